@@ -1,0 +1,52 @@
+# quill_options: what every target of this project is compiled and linked with.
+add_library(quill_options INTERFACE)
+add_library(quill::options ALIAS quill_options)
+
+target_compile_features(quill_options INTERFACE cxx_std_20)
+target_compile_definitions(quill_options INTERFACE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX STRICT
+    WINVER=0x0A00 _WIN32_WINNT=0x0A00 _WIN32_IE=0x0A00 NTDDI_VERSION=0x0A000000
+    _GLIBCXX_ASSERTIONS)
+# COM declarations need -fms-extensions (__uuidof, __declspec, anonymous structures);
+# the language-extension warning would fire on every one of them.
+target_compile_options(quill_options INTERFACE
+    -fms-extensions
+    -Wall -Wextra -Wpedantic -Werror
+    -Wno-language-extension-token
+    -Wshadow -Wconversion -Wcast-qual -Wundef -Wextra-semi -Wimplicit-fallthrough -Wformat=2
+    $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
+    -fstack-protector-strong -ffunction-sections -fdata-sections
+    -g -gcodeview)
+target_compile_options(quill_options INTERFACE $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
+target_link_options(quill_options INTERFACE
+    -fstack-protector-strong
+    -Wl,--gc-sections -Wl,--no-insert-timestamp)
+
+if(QUILL_CHECKS)
+    # No sanitizer runtime exists for this target: undefined behaviour traps.
+    target_compile_options(quill_options INTERFACE -fsanitize=undefined -fsanitize-trap=undefined
+        # COM proxies and type-library dispatch call through types the compiler cannot see.
+        -fno-sanitize=vptr,function)
+    target_compile_definitions(quill_options INTERFACE _GLIBCXX_DEBUG=0)
+endif()
+
+# quill_add_library(NAME SOURCES...): one folder of the layout as one static library "quill_NAME".
+function(quill_add_library name)
+    add_library(quill_${name} STATIC ${ARGN})
+    add_library(quill::${name} ALIAS quill_${name})
+    target_include_directories(quill_${name} PUBLIC ${PROJECT_SOURCE_DIR})
+    target_link_libraries(quill_${name} PUBLIC quill::options)
+endfunction()
+
+# quill_set_output(TARGET): places an artifact in bin/ with its debug information beside it.
+function(quill_set_output target)
+    set_target_properties(${target} PROPERTIES
+        RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin
+        LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin
+        PREFIX "")
+    get_target_property(output_name ${target} OUTPUT_NAME)
+    if(NOT output_name)
+        set(output_name ${target})
+    endif()
+    target_link_options(${target} PRIVATE -Wl,--pdb=${PROJECT_BINARY_DIR}/bin/${output_name}.pdb)
+endfunction()

@@ -1,0 +1,29 @@
+# Tests run under Wine in one persistent session: every program start into a fresh session would cost
+# seconds. tools/wine-session owns the session and its prefix, tools/wine-run runs one program in it.
+set(CMAKE_CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/tools/wine-run)
+
+set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
+set(BUILD_GMOCK ON CACHE BOOL "" FORCE)
+set(gtest_disable_pthreads ON CACHE BOOL "" FORCE)
+set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
+add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+include(GoogleTest)
+
+# quill_add_test(NAME [LIBRARIES...] SOURCES...): one test program "test_NAME", each of its cases a
+# ctest of its own.
+function(quill_add_test name)
+    cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
+    if(NOT arg_TIMEOUT)
+        set(arg_TIMEOUT 60)
+    endif()
+    add_executable(test_${name} ${arg_SOURCES})
+    target_link_libraries(test_${name} PRIVATE ${arg_LIBRARIES} test_support)
+    target_include_directories(test_${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_link_options(test_${name} PRIVATE -municode)
+    quill_set_output(test_${name})
+    gtest_discover_tests(test_${name}
+        TEST_PREFIX "${name}."
+        DISCOVERY_MODE PRE_TEST
+        DISCOVERY_TIMEOUT 60
+        PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS ${name})
+endfunction()

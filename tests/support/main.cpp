@@ -1,0 +1,12 @@
+// Entry point of every test program.
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+int wmain(int argc, wchar_t** argv)
+{
+    // A failing assertion or an access violation ends the program; nobody is there to answer a dialog.
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+    testing::InitGoogleMock(&argc, argv);
+    return RUN_ALL_TESTS();
+}
