@@ -1,27 +1,24 @@
 #include "retrieval/url_text.h"
 
+#include "platform/text.h"
+
 #include <windows.h>
 
 #include <algorithm>
-#include <array>
-#include <climits>
 #include <cwchar>
 #include <cwctype>
+#include <system_error>
 
 namespace quill {
 namespace {
 
 std::string to_utf8_or_empty(std::wstring_view text)
 {
-    if (text.empty() || text.size() > INT_MAX)
+    try {
+        return to_utf8(text);
+    } catch (const std::system_error&) {
         return {};
-    const int units = static_cast<int>(text.size());
-    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
-    if (size <= 0)
-        return {};
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), units, bytes.data(), size, nullptr, nullptr);
-    return bytes;
+    }
 }
 
 // bytes end at their first zero byte: an escaped zero cuts the URL.
