@@ -136,7 +136,7 @@ std::uint32_t fetch(const wininet_functions& wininet, const download_job& job, c
 
     const std::uint32_t expected = content_length(wininet, opened.request.get());
 
-    file_handle file(cache_path ? _wfopen(cache_path, L"wb") : nullptr);
+    const file_handle file(cache_path ? _wfopen(cache_path, L"wb") : nullptr);
     if (!file) {
         const DWORD error = GetLastError();
         log_stream(log_level::debug) << "ACTIVEDOC DEBUG FAILED TO CREATE CACHE FILE " << error;
@@ -144,8 +144,8 @@ std::uint32_t fetch(const wininet_functions& wininet, const download_job& job, c
     }
 
     const std::uint32_t result = transfer(wininet, job, opened.request.get(), file.get(), expected).run();
-    // The last of the body may still be in the stream's buffer: a full disk shows itself here.
-    const bool is_written = std::fclose(file.release()) == 0;
+    // The last of the body is still in the stream's buffer: a full disk may show itself only here.
+    const bool is_written = std::fflush(file.get()) == 0;
     return result == succeeded && !is_written ? failed : result;
 }
 
