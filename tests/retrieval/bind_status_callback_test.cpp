@@ -59,14 +59,6 @@ TEST(BindStatusCallback, LeavesEverythingElseToTheSystem)
     EXPECT_EQ(std::memcmp(&info, &untouched, sizeof info), 0);
 }
 
-TEST(BindStatusCallback, HasItsSlotsInTheInterfacesOrder)
-{
-    CBindStatusCallbackImpl callback(nullptr, nullptr);
-    IBindStatusCallback* plain = &callback;
-    EXPECT_EQ(plain->GetPriority(nullptr), E_NOTIMPL);
-    EXPECT_EQ(plain->OnProgress(1, 2, BINDSTATUS_CONNECTING, nullptr), S_OK);
-}
-
 TEST(BindStatusCallback, ReportsTheDownloadOfDataOnly)
 {
     fake_document_window window({});
