@@ -36,13 +36,11 @@ public:
 private:
     struct ignore_case
     {
-        using is_transparent = void;
         bool operator()(const std::wstring& left, const std::wstring& right) const noexcept;
     };
 
     HRESULT update(LPCOLESTR script, bool registering) noexcept;
     HRESULT update_from_resource(HINSTANCE instance, UINT id, LPCOLESTR type, bool registering) noexcept;
-    const std::wstring* find(const std::wstring& key) const;
 
     std::map<std::wstring, std::wstring, ignore_case> m_replacements;
 };

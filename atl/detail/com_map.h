@@ -95,15 +95,15 @@ public:                                                                         
 
 // The three methods are declared once more, so that a class with several interfaces can call its own. Whether
 // the class marks its other methods with "override" is its own choice.
+// clang-format off
 #define END_COM_MAP()                                                                                        \
-    {nullptr, nullptr, nullptr, 0}                                                                             \
+            {nullptr, nullptr, nullptr, 0}};                                                                 \
+        return entries;                                                                                      \
     }                                                                                                        \
-    ;                                                                                                        \
-    return entries;                                                                                          \
-    }                                                                                                        \
-    _Pragma("clang diagnostic push") _Pragma(                                                                \
-        "clang diagnostic ignored \"-Winconsistent-missing-override\"") virtual ULONG STDMETHODCALLTYPE      \
-    AddRef() = 0;                                                                                            \
+    _Pragma("clang diagnostic push")                                                                         \
+    _Pragma("clang diagnostic ignored \"-Winconsistent-missing-override\"")                                  \
+    virtual ULONG STDMETHODCALLTYPE AddRef() = 0;                                                            \
     virtual ULONG STDMETHODCALLTYPE Release() = 0;                                                           \
     virtual HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) = 0;                           \
     _Pragma("clang diagnostic pop")
+// clang-format on

@@ -5,6 +5,7 @@
 
 #include <oaidl.h>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -40,7 +41,7 @@ private:
 
     HRESULT EnsureTI(LCID lcid) noexcept;
     HRESULT load(LCID lcid);
-    void load_names();
+    static std::vector<named_id> load_names(ITypeInfo* info);
     static void __stdcall Cleanup(DWORD_PTR holder) noexcept;
 
     const GUID* m_pguid;
@@ -49,7 +50,7 @@ private:
     WORD m_wMinor;
     SRWLOCK m_lock = SRWLOCK_INIT;
     ITypeInfo* m_pInfo = nullptr;
-    std::vector<named_id> m_names;
+    std::vector<named_id>* m_names = nullptr; // as m_pInfo, released when the module ends
 };
 
 template <class T, const IID* piid = &__uuidof(T), const GUID* plibid = &CAtlModule::m_libid, WORD wMajor = 1,

@@ -98,7 +98,24 @@ public:
     LONG DeleteValue(LPCWSTR name) noexcept { return RegDeleteValueW(m_hKey, name); }
     // The subkey must have no subkeys of its own.
     LONG DeleteSubKey(LPCWSTR name) noexcept { return RegDeleteKeyW(m_hKey, name); }
-    LONG RecurseDeleteKey(LPCWSTR name) noexcept { return RegDeleteTreeW(m_hKey, name); }
+    // The subkey with all that is below it. Subkeys are opened anew, so that the rights that this key was
+    // opened with do not matter.
+    LONG RecurseDeleteKey(LPCWSTR name) noexcept { return delete_tree(m_hKey, name); }
+
+    static LONG delete_tree(HKEY parent, LPCWSTR name) noexcept
+    {
+        CRegKey key;
+        LONG status = key.Open(parent, name, KEY_READ);
+        while (status == ERROR_SUCCESS) {
+            wchar_t subkey[256];
+            DWORD length = ARRAYSIZE(subkey);
+            status = RegEnumKeyExW(key, 0, subkey, &length, nullptr, nullptr, nullptr, nullptr);
+            if (status == ERROR_SUCCESS)
+                status = delete_tree(key, subkey);
+        }
+        key.Close();
+        return status == ERROR_NO_MORE_ITEMS ? RegDeleteKeyW(parent, name) : status;
+    }
 
     HKEY m_hKey = nullptr;
 };

@@ -26,16 +26,8 @@ public:
     // module itself and needs no registration.
     static inline GUID m_libid{};
 
-    CAtlModule() noexcept
-    {
-        ATLASSERT(!_pAtlModule);
-        _pAtlModule = this;
-    }
-    virtual ~CAtlModule()
-    {
-        Term();
-        _pAtlModule = nullptr;
-    }
+    CAtlModule() noexcept;
+    virtual ~CAtlModule();
     CAtlModule(const CAtlModule&) = delete;
     CAtlModule& operator=(const CAtlModule&) = delete;
 
@@ -66,12 +58,13 @@ private:
     {
         _ATL_TERMFUNC* function;
         DWORD_PTR data;
-        std::unique_ptr<term_function> next;
+        term_function* next;
     };
 
     HRESULT prepare_registrar(const _ATL_REGMAP_ENTRY* entries);
 
-    std::unique_ptr<term_function> m_termFunctions;
+    CComAutoCriticalSection m_csTermFunctions;
+    term_function* m_termFunctions = nullptr;
     std::unique_ptr<CRegObject> m_registrar; // made when it is first needed, then kept
 };
 

@@ -6,6 +6,9 @@
 
 #include <comcat.h>
 
+#include <atomic>
+#include <span>
+
 namespace ATL {
 
 using _ATL_CREATORFUNC = HRESULT WINAPI(void* pv, REFIID riid, LPVOID* ppv);
@@ -28,7 +31,7 @@ using _ATL_CATMAPFUNC = const _ATL_CATMAP_ENTRY*();
 // plain pointer to code in writable memory is what an attacker looks for.
 struct _ATL_OBJMAP_CACHE
 {
-    PVOID pCF = nullptr;
+    std::atomic<PVOID> pCF = nullptr;
 };
 
 struct _ATL_OBJMAP_ENTRY_EX
@@ -40,14 +43,6 @@ struct _ATL_OBJMAP_ENTRY_EX
     _ATL_OBJMAP_CACHE* pCache;
     _ATL_CATMAPFUNC* pfnGetCategoryMap;
     _ATL_OBJECTMAINFUNC* pfnObjectMain;
-};
-
-// The map is an array of pointers that the linker puts together from all objects' ATL$__m sections; the
-// two bounds lie in sections that sort before and after. Entries may be null.
-struct _ATL_OBJMAP_BOUND
-{
-    static const _ATL_OBJMAP_ENTRY_EX* const first;
-    static const _ATL_OBJMAP_ENTRY_EX* const last;
 };
 
 // The module's class objects: created on demand, registered and unregistered together.
@@ -73,10 +68,14 @@ public:
     // Tells every class that the module starts or ends.
     void ExecuteObjectMain(bool bStarting) noexcept;
 
-    const _ATL_OBJMAP_ENTRY_EX* const* m_ppAutoObjMapFirst = &_ATL_OBJMAP_BOUND::first + 1;
-    const _ATL_OBJMAP_ENTRY_EX* const* m_ppAutoObjMapLast = &_ATL_OBJMAP_BOUND::last;
+    // The map: an array of pointers that the linker puts together from the ATL$__m sections of all object
+    // files, between two bounds in sections that sort before and after. An entry may be null.
+    const _ATL_OBJMAP_ENTRY_EX* const* m_ppAutoObjMapFirst;
+    const _ATL_OBJMAP_ENTRY_EX* const* m_ppAutoObjMapLast;
 
 private:
+    std::span<const _ATL_OBJMAP_ENTRY_EX* const> entries() const noexcept;
+
     bool m_bInitialized = false;
     CComSafeDeleteCriticalSection m_csObjMap;
 };

@@ -81,6 +81,7 @@ private:
         return this->GetUnknown();                                                                           \
     }
 
+// clang-format off
 #define BEGIN_CATEGORY_MAP(class_name)                                                                       \
     static const ATL::_ATL_CATMAP_ENTRY* GetCategoryMap() noexcept                                           \
     {                                                                                                        \
@@ -88,10 +89,7 @@ private:
 #define IMPLEMENTED_CATEGORY(catid) {ATL::_ATL_CATMAP_ENTRY_IMPLEMENTED, &catid},
 #define REQUIRED_CATEGORY(catid) {ATL::_ATL_CATMAP_ENTRY_REQUIRED, &catid},
 #define END_CATEGORY_MAP()                                                                                   \
-    {                                                                                                        \
-        ATL::_ATL_CATMAP_ENTRY_END, nullptr                                                                  \
-    }                                                                                                        \
-    }                                                                                                        \
-    ;                                                                                                        \
-    return map;                                                                                              \
+            {ATL::_ATL_CATMAP_ENTRY_END, nullptr}};                                                          \
+        return map;                                                                                          \
     }
+// clang-format on

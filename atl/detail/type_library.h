@@ -3,6 +3,8 @@
 
 #include "atl/atlcomcli.h"
 
+#include <string>
+
 namespace ATL {
 
 // Loads resource TYPELIB 1 of the module (`index` null) or another one (index "\\2"). `path` receives what
@@ -13,6 +15,6 @@ ATLAPI AtlRegisterTypeLib(HINSTANCE instance, LPCOLESTR index) noexcept;
 ATLAPI AtlUnRegisterTypeLib(HINSTANCE instance, LPCOLESTR index) noexcept;
 
 // The full path of a module, whatever its length. Empty when it cannot be had.
-CComBSTR AtlGetModulePath(HINSTANCE instance);
+std::wstring AtlGetModulePath(HINSTANCE instance);
 
 } // namespace ATL
