@@ -270,13 +270,8 @@ bool page_pane::handle(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& resu
 
 BOOL page_pane::ProcessWindowMessage(HWND, UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result, DWORD)
 {
-    try {
-        result = 0;
-        return handle(message, wparam, lparam, result) ? TRUE : FALSE;
-    } catch (...) {
-        // Out of memory: what was asked for is left out.
-        return FALSE;
-    }
+    result = 0;
+    return handle(message, wparam, lparam, result) ? TRUE : FALSE;
 }
 
 } // namespace quill

@@ -96,7 +96,7 @@ void viewer_window::ask_for(const page_view& view, bool from_bottom)
     has_picture_ = false;
     set_state(viewer_state::working, L"page " + std::to_wstring(view_.page + 1));
     renderer_.request(view_);
-    SetTimer(poll_timer, poll_interval_ms);
+    ::SetTimer(m_hWnd, poll_timer, poll_interval_ms, nullptr);
 }
 
 void viewer_window::poll_renderer()
@@ -121,7 +121,7 @@ void viewer_window::poll_renderer()
         break;
     }
     if (!renderer_.busy() && m_hWnd != nullptr)
-        KillTimer(poll_timer);
+        ::KillTimer(m_hWnd, poll_timer);
 }
 
 void viewer_window::set_state(viewer_state state, std::wstring status)
@@ -303,13 +303,8 @@ bool viewer_window::handle(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& 
 BOOL viewer_window::ProcessWindowMessage(HWND, UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result,
                                          DWORD)
 {
-    try {
-        result = 0;
-        return handle(message, wparam, lparam, result) ? TRUE : FALSE;
-    } catch (...) {
-        // Out of memory: what was asked for is left out.
-        return FALSE;
-    }
+    result = 0;
+    return handle(message, wparam, lparam, result) ? TRUE : FALSE;
 }
 
 } // namespace quill

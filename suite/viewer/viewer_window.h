@@ -33,7 +33,7 @@ public:
     void go_to_page(std::size_t page);
     void set_zoom(double zoom);
     void print();
-    host_requests& host() { return host_; }
+    void set_host(const host_requests& host) { host_ = host; }
 
     BOOL ProcessWindowMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result,
                               DWORD map = 0) override;
