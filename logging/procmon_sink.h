@@ -1,0 +1,74 @@
+// A log sink that shows each line among the events that Process Monitor captures.
+#pragma once
+
+#include <windows.h>
+
+#include <spdlog/sinks/base_sink.h>
+#include <winioctl.h>
+
+#include <boost/container/small_vector.hpp>
+#include <string>
+
+namespace quill::spdlog_sinks {
+
+// Process Monitor's control code for one line of text: a user-defined device type, function 0x81.
+inline constexpr DWORD procmon_log_control_code =
+    CTL_CODE(DWORD{0x9535}, DWORD{0x81}, METHOD_BUFFERED, FILE_WRITE_ACCESS);
+static_assert(procmon_log_control_code == 0x95358204);
+
+// Opens the device once; without it, or once it has failed, every line is dropped at the cost of one
+// comparison. Nothing is reported or thrown by its own doing.
+template <typename Mutex>
+class procmon_sink : public spdlog::sinks::base_sink<Mutex>
+{
+public:
+    procmon_sink()
+        : device_(CreateFileW(L"\\\\.\\Global\\ProcmonDebugLogger", GENERIC_WRITE, FILE_SHARE_WRITE, nullptr,
+                              OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr))
+    {
+    }
+    ~procmon_sink() override { close(); }
+    procmon_sink(const procmon_sink&) = delete;
+    procmon_sink& operator=(const procmon_sink&) = delete;
+
+protected:
+    void sink_it_(const spdlog::details::log_msg& message) override
+    {
+        if (device_ == INVALID_HANDLE_VALUE || message.payload.size() == 0)
+            return;
+        spdlog::memory_buf_t formatted;
+        spdlog::sinks::base_sink<Mutex>::formatter_->format(message, formatted);
+        send(std::string(formatted.data(), formatted.size()));
+    }
+
+    void flush_() override {}
+
+private:
+    void send(const std::string& line)
+    {
+        const int line_size = static_cast<int>(line.size());
+        const int length = MultiByteToWideChar(CP_UTF8, 0, line.data(), line_size, nullptr, 0);
+        if (length < 1)
+            return;
+        boost::container::small_vector<wchar_t, 2048> text(static_cast<std::size_t>(length));
+        if (MultiByteToWideChar(CP_UTF8, 0, line.data(), line_size, text.data(), length) == 0)
+            return;
+        // The last character is the "\n" of the line end; Process Monitor ends each line itself.
+        const DWORD size = static_cast<DWORD>(length - 1) * DWORD{sizeof(wchar_t)};
+        DWORD returned = 0;
+        if (!DeviceIoControl(device_, procmon_log_control_code, text.data(), size, nullptr, 0, &returned,
+                             nullptr))
+            close();
+    }
+
+    void close()
+    {
+        if (device_ != INVALID_HANDLE_VALUE)
+            CloseHandle(device_);
+        device_ = INVALID_HANDLE_VALUE;
+    }
+
+    HANDLE device_;
+};
+
+} // namespace quill::spdlog_sinks

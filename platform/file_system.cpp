@@ -1,0 +1,84 @@
+#include "platform/file_system.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <boost/container/small_vector.hpp>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+
+namespace quill {
+namespace {
+
+bool is_drive(std::wstring_view component)
+{
+    if (component.size() != 2 || component[1] != L':')
+        return false;
+    const wchar_t letter = component[0];
+    return (letter >= L'A' && letter <= L'Z') || (letter >= L'a' && letter <= L'z');
+}
+
+// Somebody else may create the same level at the same time, so "already exists" is success. That it may
+// be a file shows at the next level.
+void create_unless_present(const std::wstring& path)
+{
+    if (DirectoryExists(path))
+        return;
+    try {
+        DirectoryCreate(path);
+    } catch (const std::system_error& error) {
+        const int code = error.code().value();
+        if (code != ERROR_ALREADY_EXISTS && code != ERROR_FILE_EXISTS)
+            throw std::runtime_error("DirectoryCreateRecursively: cannot create directory");
+    }
+}
+
+} // namespace
+
+bool DirectoryExists(const std::wstring& path)
+{
+    if (path.empty())
+        throw std::runtime_error("DirectoryExists: empty path");
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+void DirectoryCreate(const std::wstring& path)
+{
+    if (path.empty())
+        throw std::runtime_error("DirectoryCreate: empty path");
+    if (!CreateDirectoryW(path.c_str(), nullptr)) {
+        const int code = static_cast<int>(GetLastError());
+        throw std::system_error(code, std::system_category(), "DirectoryCreate: cannot create directory");
+    }
+}
+
+void DirectoryCreateRecursively(const std::wstring& path)
+{
+    if (path.empty())
+        throw std::runtime_error("DirectoryCreateRecursively: empty path");
+    if (DirectoryExists(path))
+        return;
+
+    boost::container::small_vector<wchar_t, MAX_PATH> buffer(path.begin(), path.end());
+    buffer.push_back(L'\0');
+    const auto end = buffer.end() - 1;
+    bool first = true;
+    for (auto start = buffer.begin(); start != end;) {
+        const auto stop = std::find(start, end, L'\\');
+        if (stop != start) {
+            const std::wstring_view component(&*start, static_cast<std::size_t>(stop - start));
+            if (!first || !is_drive(component)) {
+                const wchar_t separator = *stop;
+                *stop = L'\0';
+                create_unless_present(buffer.data());
+                *stop = separator;
+            }
+            first = false;
+        }
+        start = stop == end ? end : stop + 1;
+    }
+}
+
+} // namespace quill
