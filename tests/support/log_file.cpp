@@ -6,7 +6,7 @@
 
 #include <cstdio>
 #include <ostream>
-#include <regex>
+#include <string_view>
 
 namespace quill::test {
 
@@ -15,18 +15,51 @@ void PrintTo(const log_line& line, std::ostream* out)
     *out << "[" << line.level << "] " << line.text;
 }
 
+namespace {
+
+// Takes text from the front of rest up to mark, which is dropped too. Without the mark, rest gets empty.
+std::string take_until(std::string_view& rest, std::string_view mark)
+{
+    const std::size_t end = rest.find(mark);
+    const std::string taken(rest.substr(0, end));
+    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + mark.size());
+    return taken;
+}
+
+bool has_only(const std::string& text, const char* characters)
+{
+    return !text.empty() && text.find_first_not_of(characters) == std::string::npos;
+}
+
+bool is_time(const std::string& text)
+{
+    return text.size() == 15 && has_only(text, "0123456789:") && text[2] == ':' && text[5] == ':' &&
+           text[8] == ':';
+}
+
+log_line parse_line(const std::string& whole)
+{
+    std::string_view rest = whole;
+    log_line line;
+    line.time = take_until(rest, " [t:");
+    line.thread = take_until(rest, "] [");
+    const bool has_text = rest.find("] ") != std::string_view::npos;
+    line.level = take_until(rest, "] ");
+    line.text = rest;
+    const bool well_formed = has_text && is_time(line.time) && has_only(line.thread, "0123456789") &&
+                             has_only(line.level, "abcdefghijklmnopqrstuvwxyz");
+    return well_formed ? line : log_line{"malformed", whole};
+}
+
+} // namespace
+
 std::vector<log_line> parse_log(const std::string& text)
 {
-    static const std::regex shape(R"((\d\d:\d\d:\d\d:\d{6}) \[t:(\d+)\] \[([a-z]+)\] ([^]*))");
     std::vector<log_line> lines;
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t stop = text.find("\r\n", start);
         const std::string line = text.substr(start, stop - start);
-        std::smatch parts;
-        if (stop != std::string::npos && std::regex_match(line, parts, shape))
-            lines.push_back({parts[3], parts[4], parts[2], parts[1]});
-        else
-            lines.push_back({"malformed", line, "", ""});
+        lines.push_back(stop == std::string::npos ? log_line{"malformed", line} : parse_line(line));
         start = stop == std::string::npos ? text.size() : stop + 2;
     }
     return lines;
