@@ -17,7 +17,8 @@
 
 namespace quill::test {
 
-inline constexpr wchar_t switch_key[] = L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin";
+inline constexpr wchar_t switch_key[] =
+    L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin";
 inline constexpr wchar_t switch_value[] = L"kIEBrowserPluginWinINet";
 
 // The worker's thread, waited for at the end.

@@ -23,7 +23,8 @@ struct seen_progress
 };
 
 // How the window treats one message.
-enum class reply {
+enum class reply
+{
     proper,
     nothing, // handles it without doing anything
     hang,    // does not return until stop_hanging(), then does what is proper
@@ -32,7 +33,7 @@ enum class reply {
 
 struct window_script
 {
-    std::wstring url;
+    std::wstring url = {};
     reply to_length = reply::proper;
     reply to_url = reply::proper;
     reply to_progress = reply::proper;
@@ -76,7 +77,7 @@ private:
     HANDLE go_on_;
     HWND window_ = nullptr;
     mutable std::mutex mutex_;
-    std::vector<UINT> messages_;           // guarded by mutex_, as all below
+    std::vector<UINT> messages_; // guarded by mutex_, as all below
     std::vector<seen_progress> progress_;
     std::wstring cache_file_;
     std::vector<std::string> violations_;
