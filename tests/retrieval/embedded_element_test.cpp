@@ -285,10 +285,9 @@ TEST_F(EmbeddedElement, FreesTheStringsOfThePage)
 {
     page.add_embedded(L"EMBED", L"application/pdf", std::wstring(500'000, L'a').c_str());
     const auto held = [] {
-        PROCESS_MEMORY_COUNTERS_EX counters{};
-        GetProcessMemoryInfo(GetCurrentProcess(), reinterpret_cast<PROCESS_MEMORY_COUNTERS*>(&counters),
-                             sizeof counters);
-        return counters.PrivateUsage / 1'000'000;
+        PROCESS_MEMORY_COUNTERS counters{};
+        GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+        return counters.WorkingSetSize / 1'000'000;
     };
     resolve(0);
     const auto before = held();
