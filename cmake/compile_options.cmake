@@ -13,6 +13,8 @@ target_compile_options(quill_options INTERFACE
     -fms-extensions
     -Wall -Wextra -Wpedantic -Werror
     -Wno-language-extension-token
+    # mingw's STDMETHOD says nothrow where its STDMETHODIMP does not.
+    -Wno-missing-exception-spec
     -Wshadow -Wconversion -Wcast-qual -Wundef -Wextra-semi -Wimplicit-fallthrough -Wformat=2
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
     -fstack-protector-strong -ffunction-sections -fdata-sections

@@ -1,0 +1,167 @@
+// The object's life, its client site and its verbs.
+#include "active_doc/active_doc_ctrl.h"
+
+#include "logging/log_stream.h"
+
+using quill::log_level;
+using quill::log_stream;
+
+CActiveDocCtrl::CActiveDocCtrl()
+{
+    m_bWindowOnly = TRUE; // the viewer needs a window to live in
+    frame_info_.cb = sizeof frame_info_;
+    stop_event_.reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
+    log_stream(log_level::debug) << "ACTIVEDOC " << address();
+}
+
+CActiveDocCtrl::~CActiveDocCtrl()
+{
+    log_stream(log_level::debug) << "~ACTIVEDOC " << address();
+}
+
+void CActiveDocCtrl::FinalRelease()
+{
+    // A host that lets go without deactivating leaves the window behind: its handler stops the worker,
+    // which still uses this object.
+    if (m_hWnd)
+        DestroyWindow();
+    viewer_.release();
+}
+
+STDMETHODIMP CActiveDocCtrl::SetClientSite(IOleClientSite* site)
+{
+    document_site_.Release();
+    has_document_site_ = false;
+    HRESULT result = S_OK;
+    if (site) {
+        void* document_site = nullptr;
+        result = site->QueryInterface(IID_IOleDocumentSite, &document_site);
+        if (SUCCEEDED(result) && document_site) {
+            document_site_.Attach(static_cast<IOleDocumentSite*>(document_site));
+            has_document_site_ = true;
+        }
+    }
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " IOleObject_SetClientSite 0x" << result;
+    return IOleObjectImpl<CActiveDocCtrl>::SetClientSite(site);
+}
+
+STDMETHODIMP CActiveDocCtrl::DoVerb(LONG verb, LPMSG message, IOleClientSite* active_site, LONG index,
+                                    HWND parent, LPCRECT position)
+{
+    const RECT rect = position ? *position : RECT{};
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " DoVerb {" << verb << "} {" << rect.left
+                                 << " " << rect.top << " " << rect.right << " " << rect.bottom << "} {"
+                                 << static_cast<const void*>(active_site) << " " << index << " "
+                                 << static_cast<int>(m_bUIActive) << " "
+                                 << static_cast<int>(has_document_site_) << "}";
+
+    // Hosts that place the object themselves keep their own menu.
+    if (!has_document_site_ || verb == OLEIVERB_INPLACEACTIVATE)
+        merge_menus_ = false;
+
+    const bool activating = verb == OLEIVERB_SHOW || verb == OLEIVERB_OPEN || verb == OLEIVERB_UIACTIVATE ||
+                            verb == OLEIVERB_INPLACEACTIVATE;
+    if (has_document_site_ && activating && !m_bUIActive && document_site_) {
+        // The site activates the document by creating its view, which may give up the site's pointer here.
+        const CComPtr<IOleDocumentSite> document_site = document_site_;
+        return document_site->ActivateMe(nullptr);
+    }
+    return IOleObjectImpl<CActiveDocCtrl>::DoVerb(verb, message, active_site, index, parent, position);
+}
+
+STDMETHODIMP CActiveDocCtrl::InPlaceDeactivate()
+{
+    // The site may drop its last reference to us in any of the calls below.
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
+    document_site_.Release();
+    frame_.Release();
+    if (!m_bInPlaceActive)
+        return S_OK;
+
+    if (m_bUIActive)
+        UIDeactivate();
+    m_bInPlaceActive = FALSE;
+    if (m_hWnd && IsWindow())
+        DestroyWindow();
+    m_hWnd = nullptr;
+    if (const CComPtr<IOleInPlaceSite> site = m_spInPlaceSite.p)
+        site->OnInPlaceDeactivate();
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::SetObjectRects(LPCRECT position, LPCRECT clip)
+{
+    if (!position || !clip)
+        return E_POINTER;
+    m_rcPos = *position;
+    if (!m_hWnd)
+        return S_OK;
+
+    RECT visible{};
+    HRGN region = nullptr;
+    if (IntersectRect(&visible, position, clip) && !EqualRect(&visible, position)) {
+        OffsetRect(&visible, -position->left, -position->top);
+        region = CreateRectRgnIndirect(&visible);
+    }
+    // The system owns the region once it is the window's.
+    if (!SetWindowRgn(m_hWnd, region, TRUE) && region)
+        DeleteObject(region);
+    ::SetWindowPos(m_hWnd, nullptr, position->left, position->top, position->right - position->left,
+                   position->bottom - position->top, SWP_NOZORDER | SWP_NOACTIVATE);
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::TranslateAccelerator(LPMSG message)
+{
+    if (!message)
+        return E_POINTER;
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " TranslateAccelerator";
+
+    // Select all, copy, find and print are the viewer's: the window passes them on.
+    const bool viewer_key =
+        message->wParam == 'A' || message->wParam == 'C' || message->wParam == 'F' || message->wParam == 'P';
+    const bool control_down = GetKeyState(VK_LCONTROL) < 0 || GetKeyState(VK_RCONTROL) < 0;
+    if (message->message == WM_KEYDOWN && viewer_key && control_down) {
+        ::SendMessageW(m_hWnd, message->message, message->wParam, message->lParam);
+        return S_OK;
+    }
+    if (!hold_frame())
+        return S_FALSE;
+    const CComPtr<IOleInPlaceFrame> frame = frame_;
+    return OleTranslateAccelerator(frame, &frame_info_, message);
+}
+
+STDMETHODIMP CActiveDocCtrl::OnDocWindowActivate(BOOL activate)
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnDocWindowActivate " << activate;
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::ResizeBorder(LPCRECT border, IOleInPlaceUIWindow*, BOOL)
+{
+    const RECT rect = border ? *border : RECT{};
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " ResizeBorder {" << rect.left << " "
+                                 << rect.top << " " << rect.right << " " << rect.bottom << "}";
+    return S_OK;
+}
+
+CComPtr<IOleInPlaceFrame> CActiveDocCtrl::frame_of_site(OLEINPLACEFRAMEINFO& info) const
+{
+    info = {};
+    info.cb = sizeof info;
+    CComPtr<IOleInPlaceFrame> frame;
+    CComPtr<IOleInPlaceUIWindow> ui_window;
+    RECT position{};
+    RECT clip{};
+    const CComPtr<IOleInPlaceSite> site = m_spInPlaceSite.p;
+    if (!site || FAILED(site->GetWindowContext(&frame, &ui_window, &position, &clip, &info)))
+        frame.Release();
+    return frame;
+}
+
+bool CActiveDocCtrl::hold_frame()
+{
+    if (!frame_ && m_bInPlaceActive)
+        frame_ = frame_of_site(frame_info_);
+    return frame_ != nullptr;
+}

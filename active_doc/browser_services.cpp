@@ -1,0 +1,81 @@
+#include "active_doc/browser_services.h"
+
+#include "platform/unique_com_memory.h"
+
+#include <windows.h>
+
+#include <shlguid.h>
+#include <shlobj.h>
+
+namespace quill {
+namespace {
+
+template <class Interface>
+ATL::CComPtr<Interface> query_service(IOleClientSite* site, REFGUID service, REFIID interface_id)
+{
+    ATL::CComPtr<Interface> result;
+    const ATL::CComQIPtr<IServiceProvider> provider(site);
+    // A failed call's out value is nobody's reference, so it is taken over only after success.
+    void* found = nullptr;
+    if (provider && SUCCEEDED(provider->QueryService(service, interface_id, &found)))
+        result.Attach(static_cast<Interface*>(found));
+    return result;
+}
+
+} // namespace
+
+HWND browser_window(IOleClientSite* site)
+{
+    const auto shell_browser = query_service<IOleWindow>(site, SID_SShellBrowser, IID_IOleWindow);
+    HWND window = nullptr;
+    if (!shell_browser || FAILED(shell_browser->GetWindow(&window)))
+        return nullptr;
+    return window;
+}
+
+ATL::CComPtr<IWebBrowser2> web_browser(IOleClientSite* site)
+{
+    return query_service<IWebBrowser2>(site, SID_SWebBrowserApp, IID_IWebBrowser2);
+}
+
+std::optional<std::wstring> browser_location(IOleClientSite* site)
+{
+    const auto browser = web_browser(site);
+    ATL::CComBSTR address;
+    if (!browser || FAILED(browser->get_LocationURL(&address)) || !address)
+        return std::nullopt;
+    return std::wstring(address, address.Length());
+}
+
+std::optional<std::wstring> moniker_name(IMoniker* moniker)
+{
+    unique_com_string text;
+    if (!moniker || FAILED(moniker->GetDisplayName(nullptr, nullptr, text.put())) || !text)
+        return std::nullopt;
+    return std::wstring(text.get());
+}
+
+std::optional<std::wstring> site_moniker_name(IOleClientSite* site, DWORD which_moniker)
+{
+    IMoniker* assigned = nullptr;
+    if (!site || FAILED(site->GetMoniker(OLEGETMONIKER_TEMPFORUSER, which_moniker, &assigned)))
+        return std::nullopt;
+    ATL::CComPtr<IMoniker> moniker;
+    moniker.Attach(assigned);
+    return moniker_name(moniker);
+}
+
+void navigate(IOleClientSite* site, const wchar_t* address, bool new_window)
+{
+    const auto browser = web_browser(site);
+    if (!browser)
+        return;
+    ATL::CComBSTR url(address);
+    ATL::CComVariant flags(0L, VT_I4);
+    ATL::CComVariant target_frame(new_window ? L"_blank" : L"");
+    ATL::CComVariant post_data;
+    ATL::CComVariant headers;
+    browser->Navigate(url, &flags, &target_frame, &post_data, &headers);
+}
+
+} // namespace quill

@@ -1,0 +1,174 @@
+// The window's creation: hosts the viewer and finds out where the document comes from.
+#include "active_doc/active_doc_ctrl.h"
+#include "active_doc/browser_instances.h"
+#include "active_doc/browser_services.h"
+#include "active_doc/no_throw.h"
+#include "logging/log_stream.h"
+#include "retrieval/embedded_element.h"
+#include "retrieval/pdf_check.h"
+#include "retrieval/url_fragment.h"
+#include "retrieval/url_resolution.h"
+#include "retrieval/url_text.h"
+
+#include <atlhost.h>
+#include <shlwapi.h>
+
+using quill::log_level;
+using quill::log_stream;
+
+namespace {
+
+constexpr int host_control_id = 1;
+
+// Creates the control in the host window. The window's own host object is used when it answers, a new one
+// is attached to the window otherwise.
+CComPtr<IUnknown> create_hosted_control(HWND host_window)
+{
+    CComPtr<IUnknown> control;
+    CComPtr<IUnknown> host;
+    AtlAxGetHost(host_window, &host);
+    if (const CComQIPtr<IAxWinHostWindow> window_host(host); window_host)
+        window_host->CreateControlEx(quill::inner_viewer_progid, host_window, nullptr, &control, IID_NULL,
+                                     nullptr);
+    else
+        AtlAxCreateControlEx(quill::inner_viewer_progid, host_window, nullptr, nullptr, &control, IID_NULL,
+                             nullptr);
+    return control;
+}
+
+} // namespace
+
+LRESULT CActiveDocCtrl::OnCreate(UINT, WPARAM, LPARAM lparam, BOOL&)
+{
+    // Creating the viewer and asking the site call out: the host may let go of the document meanwhile.
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
+    const auto& creation = *reinterpret_cast<const CREATESTRUCTW*>(lparam);
+    return quill::no_throw(
+        [&]() -> LRESULT {
+            browser_ = quill::browser_window(m_spClientSite);
+            instance_ = quill::add_browser_instance(browser_);
+            log_stream(log_level::debug)
+                << "ACTIVEDOC " << address() << " OnCreate [#1] {" << creation.x << " " << creation.cx << " "
+                << creation.y << " " << creation.cy << "}";
+            create_inner_viewer(creation);
+            if (!viewer_)
+                return 0; // the window stays, empty
+            viewer_.set_link_target(m_hWnd, quill::WM_USER_OPENLINK);
+            viewer_.set_save_target(m_hWnd, quill::WM_USER_SAVEAS);
+            viewer_.finish_setup();
+            pane_.Create(m_hWnd, _AtlBaseModule.GetResourceInstance());
+            choose_document();
+            return 0;
+        },
+        LRESULT{0});
+}
+
+void CActiveDocCtrl::create_inner_viewer(const CREATESTRUCTW& creation)
+{
+    AtlAxWinInit();
+    host_window_ = CreateWindowExW(
+        0, CAxWindow::GetWndClassName(), nullptr, WS_CHILD | WS_VISIBLE | WS_BORDER, creation.x, creation.y,
+        creation.cx, creation.cy, m_hWnd, reinterpret_cast<HMENU>(static_cast<INT_PTR>(host_control_id)),
+        _AtlBaseModule.GetModuleInstance(), nullptr);
+    if (host_window_)
+        viewer_.attach(create_hosted_control(host_window_));
+}
+
+void CActiveDocCtrl::choose_document()
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [#2] " << path_.data();
+    if (path_is_pdf()) {
+        read_page_and_zoom_of_location();
+        load_into_viewer();
+        return;
+    }
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [#3]";
+    if (!document_url_.empty()) {
+        // A document that owns the frame shows the browser's address, which has the fragment as the user
+        // typed it; one that a page activated in place does not.
+        if (merge_menus_)
+            read_page_and_zoom_of_location();
+        else
+            read_page_and_zoom(document_url_);
+    } else {
+        find_document_url();
+        if (find_embedded_document())
+            return;
+    }
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [URL]";
+    start_download();
+}
+
+void CActiveDocCtrl::find_document_url()
+{
+    auto name = quill::site_moniker_name(m_spClientSite, OLEWHICHMK_OBJFULL);
+    if (!name) {
+        log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [DocUrl] - FAILED";
+        name = quill::site_moniker_name(m_spClientSite, OLEWHICHMK_CONTAINER);
+    }
+    document_url_ = quill::EncodeUrl(name.value_or(std::wstring()));
+}
+
+// True when the element names a local file, which is loaded here; false when there is something to fetch.
+bool CActiveDocCtrl::find_embedded_document()
+{
+    std::wstring element_url;
+    quill::embedded_request request{m_spClientSite, instance_, address(), page_, zoom_};
+    if (!quill::ResolveEmbeddedElement(request, element_url))
+        return false;
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [EmbedURL]";
+
+    int is_other_scheme = 0;
+    if (quill::IsUrl(element_url.c_str(), &is_other_scheme)) {
+        embedded_url_ = element_url;
+    } else if (!PathIsRelativeW(element_url.c_str()) && quill::isPDF(element_url.c_str())) {
+        set_path(element_url.c_str());
+        load_into_viewer();
+        return true;
+    } else {
+        quill::CombineUrl(element_url, document_url_, embedded_url_);
+    }
+    read_page_and_zoom(embedded_url_);
+    return false;
+}
+
+void CActiveDocCtrl::start_download()
+{
+    // A stop that a former window asked for is not meant for this one.
+    ResetEvent(stop_event_.get());
+    download_thread_.reset(CreateThread(nullptr, 0, download_thread, this, 0, nullptr));
+}
+
+DWORD WINAPI CActiveDocCtrl::download_thread(void* document)
+{
+    // The window's destruction waits for this thread, so the document outlives it.
+    auto* const self = static_cast<CActiveDocCtrl*>(document);
+    const quill::download_job job{self->m_hWnd, self->stop_event_.get(), self->GetUnknown()};
+    return quill::no_throw([&] { return quill::DownloadPDFFile(job); }, DWORD{0});
+}
+
+void CActiveDocCtrl::read_page_and_zoom(const std::wstring& url)
+{
+    quill::parse_url_number(url.c_str(), L"page", page_);
+    quill::parse_url_number(url.c_str(), L"zoom", zoom_);
+}
+
+bool CActiveDocCtrl::read_page_and_zoom_of_location()
+{
+    const auto location = quill::browser_location(m_spClientSite);
+    if (location)
+        read_page_and_zoom(*location);
+    return location.has_value();
+}
+
+bool CActiveDocCtrl::path_is_pdf() const
+{
+    return quill::isPDF(path_.data()) != 0;
+}
+
+void CActiveDocCtrl::set_path(const wchar_t* path)
+{
+    path_ = {};
+    const std::size_t length = wcsnlen(path, path_.size() - 1);
+    std::copy_n(path, length, path_.begin());
+}

@@ -1,0 +1,116 @@
+// IOleDocumentView for a control that is its own only view. The site of the view is the control's
+// in-place site.
+#pragma once
+
+#include <windows.h>
+
+#include <docobj.h>
+
+#include <atomic>
+
+namespace quill::detail {
+
+// Set while a view is being placed. It is one flag for the process: placing one view must not place
+// another from within, whichever document that belongs to.
+inline std::atomic<bool> placing_view{false};
+
+} // namespace quill::detail
+
+template <class T>
+class ATL_NO_VTABLE IOleDocumentViewImpl : public IOleDocumentView
+{
+public:
+    STDMETHOD(SetInPlaceSite)(IOleInPlaceSite* site) override
+    {
+        T* const document = static_cast<T*>(this);
+        if (document->m_spInPlaceSite) {
+            UIActivate(FALSE);
+            const HRESULT result = document->InPlaceDeactivate();
+            if (FAILED(result))
+                return result;
+        }
+        // Taking the site away deactivates but keeps the pointer: hosts send UI events behind it.
+        if (site && site != document->m_spInPlaceSite)
+            document->m_spInPlaceSite = site;
+        return S_OK;
+    }
+
+    STDMETHOD(GetInPlaceSite)(IOleInPlaceSite** site) override
+    {
+        if (!site)
+            return E_FAIL;
+        *site = static_cast<T*>(this)->m_spInPlaceSite;
+        if (*site)
+            (*site)->AddRef();
+        return S_OK;
+    }
+
+    STDMETHOD(GetDocument)(IUnknown** document) override
+    {
+        if (!document)
+            return E_FAIL;
+        *document = static_cast<T*>(this)->GetUnknown();
+        (*document)->AddRef();
+        return S_OK;
+    }
+
+    STDMETHOD(SetRect)(RECT* rect) override
+    {
+        if (quill::detail::placing_view.exchange(true))
+            return S_OK;
+        static_cast<T*>(this)->SetObjectRects(rect, rect);
+        quill::detail::placing_view = false;
+        return S_OK;
+    }
+
+    STDMETHOD(GetRect)(RECT* rect) override
+    {
+        if (!rect)
+            return E_POINTER;
+        *rect = static_cast<T*>(this)->m_rcPos;
+        return S_OK;
+    }
+
+    STDMETHOD(SetRectComplex)(RECT*, RECT*, RECT*, RECT*) override { return S_OK; }
+
+    STDMETHOD(Show)(BOOL show) override
+    {
+        T* const document = static_cast<T*>(this);
+        if (show)
+            return document->m_bUIActive ? S_OK : document->InPlaceActivate(OLEIVERB_INPLACEACTIVATE);
+        const HRESULT result = UIActivate(FALSE);
+        if (document->m_hWnd)
+            ShowWindow(document->m_hWnd, SW_HIDE);
+        return result;
+    }
+
+    STDMETHOD(UIActivate)(BOOL activate) override
+    {
+        T* const document = static_cast<T*>(this);
+        if (!activate)
+            return document->UIDeactivate();
+        if (!document->m_spInPlaceSite)
+            return E_UNEXPECTED;
+        return document->m_bUIActive ? S_OK : document->InPlaceActivate(OLEIVERB_UIACTIVATE);
+    }
+
+    STDMETHOD(Open)() override { return S_OK; }
+
+    STDMETHOD(CloseView)(DWORD) override
+    {
+        Show(FALSE);
+        SetInPlaceSite(nullptr);
+        return S_OK;
+    }
+
+    STDMETHOD(SaveViewState)(IStream*) override { return S_OK; }
+    STDMETHOD(ApplyViewState)(IStream*) override { return S_OK; }
+
+    STDMETHOD(Clone)(IOleInPlaceSite*, IOleDocumentView** view) override
+    {
+        // Nothing is cloned; a caller that trusts the result must not find an old value.
+        if (view)
+            *view = nullptr;
+        return S_OK;
+    }
+};

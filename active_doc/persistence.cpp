@@ -1,0 +1,120 @@
+// How the browser hands the document its content: an address or a path is recorded, streams are not read.
+// The window's creation fetches what was recorded.
+#include "active_doc/active_doc_ctrl.h"
+#include "active_doc/browser_services.h"
+#include "active_doc/no_throw.h"
+#include "logging/log_stream.h"
+#include "retrieval/url_text.h"
+
+#include <shlwapi.h>
+
+using quill::log_level;
+using quill::log_stream;
+
+STDMETHODIMP CActiveDocCtrl::GetClassID(CLSID* class_id)
+{
+    if (!class_id)
+        return E_POINTER;
+    *class_id = GetObjectCLSID();
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::IsDirty()
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " IsDirty";
+    return S_FALSE;
+}
+
+STDMETHODIMP CActiveDocCtrl::Load(IStream*)
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Load STREAM";
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::Save(IStream*, BOOL)
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Save STREAM";
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::GetSizeMax(ULARGE_INTEGER* size)
+{
+    if (!size)
+        return E_POINTER;
+    size->QuadPart = 0; // nothing is ever written
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::InitNew()
+{
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::Load(LPCOLESTR path, DWORD mode)
+{
+    if (!path)
+        return E_POINTER;
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Load " << path << " " << mode;
+    if (PathIsUNCW(path))
+        return S_OK;
+    set_path(path);
+    // The former file is given back first: it may be the same one. A failure shows when the file is checked.
+    open_file_.reset();
+    open_file_.reset(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                 FILE_ATTRIBUTE_NORMAL, nullptr));
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::Save(LPCOLESTR, BOOL)
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Save";
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::SaveCompleted(LPCOLESTR)
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " SaveCompleted";
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::GetCurFile(LPOLESTR* path)
+{
+    if (path)
+        *path = nullptr;
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " GetCurFile";
+    return E_NOTIMPL;
+}
+
+STDMETHODIMP CActiveDocCtrl::Load(BOOL fully_available, IMoniker* moniker, IBindCtx*, DWORD)
+{
+    if (!moniker)
+        return E_FAIL;
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Load IPersistMoniker " << fully_available;
+    return quill::no_throw(
+        [&]() -> HRESULT {
+            document_url_ = quill::EncodeUrl(quill::moniker_name(moniker).value_or(std::wstring()));
+            // Deliberate: content that has arrived already is refused, but its address is kept in either
+            // case, for the window to fetch anew.
+            return fully_available ? E_FAIL : S_OK;
+        },
+        E_OUTOFMEMORY);
+}
+
+STDMETHODIMP CActiveDocCtrl::Save(IMoniker*, IBindCtx*, BOOL)
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Save IPersistMoniker";
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::SaveCompleted(IMoniker*, IBindCtx*)
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " SaveCompleted IPersistMoniker";
+    return S_OK;
+}
+
+STDMETHODIMP CActiveDocCtrl::GetCurMoniker(IMoniker**)
+{
+    // The out value is left as the host set it: hosts ask with a moniker of their own in it.
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " GetCurMoniker IPersistMoniker";
+    return S_OK;
+}

@@ -1,0 +1,120 @@
+// The window's life after creation: size, input, loading and destruction.
+#include "active_doc/active_doc_ctrl.h"
+#include "active_doc/browser_instances.h"
+#include "active_doc/no_throw.h"
+#include "logging/log_stream.h"
+
+#include <shlwapi.h>
+
+using quill::log_level;
+using quill::log_stream;
+
+namespace {
+
+constexpr DWORD worker_poll_ms = 100;
+
+} // namespace
+
+LRESULT CActiveDocCtrl::OnDestroy(UINT, WPARAM, LPARAM, BOOL&)
+{
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
+    stop_download();
+    OLEINPLACEFRAMEINFO info{};
+    UnmergeMenu(frame_of_site(info));
+    quill::remove_browser_instances(browser_);
+    pane_.Detach();
+    if (const HWND pane = pane_.window(); pane && ::IsWindow(pane))
+        ::DestroyWindow(pane);
+    open_file_.reset();
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnDestroy";
+
+    viewer_.release();
+    host_window_ = nullptr; // destroyed with this window, as every child
+    return 0;
+}
+
+void CActiveDocCtrl::stop_download()
+{
+    SetEvent(stop_event_.get());
+    if (!download_thread_)
+        return;
+    // The worker is bounded: each of its calls to this window gives up after a time, and the download
+    // polls the event. Messages are not pumped: the browser must not find a half-destroyed window.
+    DWORD exit_code = STILL_ACTIVE;
+    while (GetExitCodeThread(download_thread_.get(), &exit_code) && exit_code == STILL_ACTIVE)
+        WaitForSingleObject(download_thread_.get(), worker_poll_ms);
+    download_thread_.reset();
+}
+
+LRESULT CActiveDocCtrl::OnSize(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
+{
+    const int width = LOWORD(lparam);
+    const int height = HIWORD(lparam);
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnSize {" << wparam << " " << width << " "
+                                 << height << "}";
+    if (host_window_)
+        ::SetWindowPos(host_window_, nullptr, 0, 0, width, height, SWP_SHOWWINDOW);
+    pane_.Recentre(); // after the host, which the line above puts on top
+    return 0;
+}
+
+LRESULT CActiveDocCtrl::OnCommand(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
+{
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCommand {" << wparam << " "
+                                 << static_cast<int>(LOWORD(lparam)) << " "
+                                 << static_cast<int>(HIWORD(lparam)) << "}";
+    return 0;
+}
+
+LRESULT CActiveDocCtrl::OnMouseActivate(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
+{
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnMouseActivate {" << wparam << " "
+                                 << static_cast<int>(LOWORD(lparam)) << " "
+                                 << static_cast<int>(HIWORD(lparam)) << "}";
+    if (!m_bUIActive)
+        InPlaceActivate(OLEIVERB_UIACTIVATE);
+    return MA_ACTIVATE;
+}
+
+LRESULT CActiveDocCtrl::OnKeyDown(UINT message, WPARAM wparam, LPARAM lparam, BOOL&)
+{
+    // A viewer that reports this window as its own would have the key sent here for ever.
+    if (const HWND viewer_window = viewer_.window(); viewer_window && viewer_window != m_hWnd)
+        ::SendMessageW(viewer_window, message, wparam, lparam);
+    return 0;
+}
+
+LRESULT CActiveDocCtrl::OnLoadFile(UINT, WPARAM, LPARAM, BOOL&)
+{
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " LOADFILE " << path_.data();
+    pane_.Hide();
+    if (!PathFileExistsW(path_.data()))
+        return 0;
+    const CComVariant result = viewer_.open(path_.data());
+    if (result.vt == VT_BOOL && result.boolVal == VARIANT_TRUE) {
+        show_page_and_zoom();
+        merge_frame_menu();
+    }
+    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " LOADFILE RESULT " << result.boolVal;
+    return 0;
+}
+
+void CActiveDocCtrl::merge_frame_menu()
+{
+    if (!merge_menus_)
+        return;
+    OLEINPLACEFRAMEINFO info{};
+    const CComPtr<IOleInPlaceFrame> frame = frame_ ? frame_ : frame_of_site(info);
+    MergeMenu(frame);
+}
+
+void CActiveDocCtrl::show_page_and_zoom() const
+{
+    // Pages count from 1 in addresses and from 0 in the viewer; any number may stand in an address.
+    if (page_)
+        viewer_.go_to_page(static_cast<std::int32_t>(static_cast<std::uint32_t>(page_) - 1));
+    if (zoom_)
+        viewer_.set_zoom(zoom_ / 100.0);
+}
