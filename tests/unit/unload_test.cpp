@@ -57,7 +57,7 @@ TEST_F(Unload, ClosesTheFileAndLeavesNothing)
     EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "first"}, log_line{"info", "second"},
                                           log_line{"info", "third"}));
     // Nobody else has the file open.
-    const unique_handle file(CreateFileW(logs.file_of(L"test_logging", GetCurrentProcessId()).c_str(),
+    const unique_handle file(CreateFileW(logs.file_of(L"test_unload", GetCurrentProcessId()).c_str(),
                                          GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_TRUE(file);
 }
