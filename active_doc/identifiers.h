@@ -2,6 +2,8 @@
 // the suite's viewer control.
 #pragma once
 
+#include "platform/com_categories.h"
+
 #include <windows.h>
 
 #include <oaidl.h>
@@ -27,10 +29,6 @@ inline constexpr CLSID CLSID_ActiveDocCtrl = {
 inline constexpr wchar_t inner_viewer_progid[] = L"QuillPDF.QuillPDFCtrl";
 inline constexpr IID IID_inner_viewer = {
     0xE7C40B19, 0x2A6D, 0x4F85, {0xB3, 0xE2, 0x91, 0x0D, 0x5C, 0x7A, 0x4F, 0x38}};
-
-// Category of controls that may run in the browser's sandbox; the headers at hand do not have it.
-inline constexpr GUID CATID_AppContainerCompatible = {
-    0x59FB2056, 0xD625, 0x48D0, {0xA9, 0x44, 0x1A, 0x85, 0xB5, 0xAB, 0x26, 0x40}};
 
 // Script resource of the class.
 inline constexpr UINT active_doc_registry_script = 100;

@@ -1,6 +1,7 @@
 // The browser helper object: created by the browser for every tab and given the tab's browser as its site.
 #pragma once
 
+#include "platform/com_categories.h"
 #include "sharepoint/identifiers.h"
 
 #include <atlbase.h>
