@@ -101,7 +101,6 @@ struct SaveAs : testing::Test
     HRESULT cancel_result = S_OK;
     bool gives_destination = true;
     bool gives_folder = true;
-    bool copy_is_read_only = false;
     std::function<void()> while_dialog_is_up;
     std::wstring suggested;
     std::vector<std::string> calls;
@@ -350,17 +349,6 @@ TEST_F(SaveAs, AsksNothingForAFileWithoutANameOrAnExtension)
     }
     EXPECT_EQ(SaveDocumentAs(document_window, nullptr), 0);
     EXPECT_EQ(loads, 0);
-}
-
-// The copy of a file that may only be read may only be read, too. Not every system copies that, so the
-// browser's part does it here.
-TEST_F(SaveAs, LeavesNoReadOnlyCopyBehind)
-{
-    const ieframe_scope browser;
-    copy_is_read_only = true;
-    save_result = E_FAIL;
-    EXPECT_EQ(save(), 0);
-    EXPECT_THAT(files_in(cache.path()), IsEmpty());
 }
 
 TEST_F(SaveAs, SavesWhatWasShownWhenItWasAskedTo)
