@@ -19,6 +19,37 @@ bool is_drive(std::wstring_view component)
     return (letter >= L'A' && letter <= L'Z') || (letter >= L'a' && letter <= L'z');
 }
 
+std::wstring parent_of(const std::wstring& path)
+{
+    constexpr const wchar_t* separators = L"\\/";
+    const std::size_t name_end = path.find_last_not_of(separators);
+    const std::size_t separator = path.find_last_of(separators, name_end);
+    if (name_end == std::wstring::npos || separator == std::wstring::npos)
+        return {};
+    return path.substr(0, path.find_last_not_of(separators, separator) + 1);
+}
+
+// The error that stands in the way of path being a directory, 0 for none.
+DWORD make_directory(const std::wstring& path)
+{
+    if (CreateDirectoryW(path.c_str(), nullptr))
+        return ERROR_SUCCESS;
+    const DWORD error = GetLastError();
+    if (DirectoryExists(path))
+        return ERROR_SUCCESS;
+    return error == ERROR_ALREADY_EXISTS || error == ERROR_FILE_EXISTS ? ERROR_DIRECTORY : error;
+}
+
+DWORD make_directories(const std::wstring& path)
+{
+    DWORD error = make_directory(path);
+    const std::wstring parent = error == ERROR_PATH_NOT_FOUND ? parent_of(path) : std::wstring();
+    if (parent.empty())
+        return error;
+    error = make_directories(parent);
+    return error == ERROR_SUCCESS ? make_directory(path) : error;
+}
+
 // Somebody else may create the same level at the same time, so "already exists" is success. That it may
 // be a file shows at the next level.
 void create_unless_present(const std::wstring& path)
@@ -79,6 +110,12 @@ void DirectoryCreateRecursively(const std::wstring& path)
         }
         start = stop == end ? end : stop + 1;
     }
+}
+
+std::error_code create_missing_directories(const std::wstring& path)
+{
+    const DWORD error = path.empty() ? DWORD{ERROR_PATH_NOT_FOUND} : make_directories(path);
+    return {static_cast<int>(error), std::system_category()};
 }
 
 } // namespace quill

@@ -11,11 +11,12 @@ struct process_resources
 {
     DWORD kernel_handles = 0;
     DWORD gdi_objects = 0;
-    DWORD user_objects = 0;
+    DWORD menus = 0;
     DWORD threads = 0;
-    DWORD windows = 0; // windows of the calling thread, children included
+    DWORD windows = 0; // windows of the calling thread, children included, without its input-method window
 
-    // The counts of the calling process at this moment.
+    // The counts of the calling process at this moment. The first call makes a window and drops it again,
+    // so that what the window system keeps for good is there before anything is counted.
     static process_resources now();
 
     friend bool operator==(const process_resources&, const process_resources&) = default;

@@ -1,0 +1,115 @@
+// Owners of what the system hands out and wants back: one type for each way of giving back.
+#pragma once
+
+#include <windows.h>
+
+#include <utility>
+
+namespace quill {
+
+// Owns one value of Traits::type until it is released. Traits gives close(value), is_empty(value) and the
+// value of an empty owner, empty().
+template <typename Traits>
+class unique_resource
+{
+public:
+    using type = typename Traits::type;
+
+    unique_resource() noexcept = default;
+    explicit unique_resource(type value) noexcept : value_(value) {}
+    ~unique_resource() { reset(); }
+    unique_resource(unique_resource&& other) noexcept : value_(other.release()) {}
+    unique_resource& operator=(unique_resource&& other) noexcept
+    {
+        if (this != &other)
+            reset(other.release());
+        return *this;
+    }
+
+    type get() const noexcept { return value_; }
+    explicit operator bool() const noexcept { return !Traits::is_empty(value_); }
+
+    // Gives the value up without closing it.
+    [[nodiscard]] type release() noexcept { return std::exchange(value_, Traits::empty()); }
+
+    // Closes what is owned and owns value instead.
+    void reset(type value = Traits::empty()) noexcept
+    {
+        const type before = std::exchange(value_, value);
+        if (!Traits::is_empty(before))
+            Traits::close(before);
+    }
+
+    // Empties the owner and gives its address to a function that fills it.
+    [[nodiscard]] type* put() noexcept
+    {
+        reset();
+        return &value_;
+    }
+
+private:
+    type value_ = Traits::empty();
+};
+
+template <typename Type>
+struct null_is_empty
+{
+    using type = Type;
+    static constexpr type empty() noexcept { return nullptr; }
+    static constexpr bool is_empty(type value) noexcept { return value == nullptr; }
+};
+
+// Kernel objects. The functions that make them disagree on how they say "none", so both ways count.
+struct handle_traits
+{
+    using type = HANDLE;
+    static constexpr type empty() noexcept { return nullptr; }
+    static bool is_empty(type value) noexcept { return value == nullptr || value == INVALID_HANDLE_VALUE; }
+    static void close(type value) noexcept { CloseHandle(value); }
+};
+using unique_handle = unique_resource<handle_traits>;
+
+// Searches begun with FindFirstFileW.
+struct find_handle_traits : handle_traits
+{
+    static void close(type value) noexcept { FindClose(value); }
+};
+using unique_find_handle = unique_resource<find_handle_traits>;
+
+struct registry_key_traits : null_is_empty<HKEY>
+{
+    static void close(type value) noexcept { RegCloseKey(value); }
+};
+using unique_registry_key = unique_resource<registry_key_traits>;
+
+struct library_traits : null_is_empty<HMODULE>
+{
+    static void close(type value) noexcept { FreeLibrary(value); }
+};
+using unique_library = unique_resource<library_traits>;
+
+struct menu_traits : null_is_empty<HMENU>
+{
+    static void close(type value) noexcept { DestroyMenu(value); }
+};
+using unique_menu = unique_resource<menu_traits>;
+
+// Pens, brushes, fonts, bitmaps and regions of one's own; nothing that a device context has selected.
+template <typename Type>
+struct gdi_object_traits : null_is_empty<Type>
+{
+    static void close(Type value) noexcept { DeleteObject(value); }
+};
+template <typename Type>
+using unique_gdi_object = unique_resource<gdi_object_traits<Type>>;
+
+// Memory from LocalAlloc.
+template <typename Pointer>
+struct local_memory_traits : null_is_empty<Pointer>
+{
+    static void close(Pointer value) noexcept { LocalFree(value); }
+};
+template <typename Pointer>
+using unique_local_memory = unique_resource<local_memory_traits<Pointer>>;
+
+} // namespace quill

@@ -1,0 +1,63 @@
+#include "tests/support/log_capture.h"
+
+#include "logging/global_logger.h"
+
+#include <windows.h>
+
+#include <spdlog/logger.h>
+#include <spdlog/sinks/base_sink.h>
+
+#include <mutex>
+#include <utility>
+
+namespace quill::test {
+
+struct log_capture::store : spdlog::sinks::base_sink<std::mutex>
+{
+    std::vector<std::string> copy()
+    {
+        const std::lock_guard lock(mutex_);
+        return lines;
+    }
+
+    void clear()
+    {
+        const std::lock_guard lock(mutex_);
+        lines.clear();
+    }
+
+    void sink_it_(const spdlog::details::log_msg& message) override
+    {
+        const auto level = spdlog::level::to_string_view(message.level);
+        lines.push_back(std::string(level.data(), level.size()) + ": " +
+                        std::string(message.payload.data(), message.payload.size()));
+    }
+
+    void flush_() override {}
+
+    std::vector<std::string> lines;
+};
+
+log_capture::log_capture() : store_(std::make_shared<store>()), before_(global_logger().logger)
+{
+    auto logger = std::make_shared<spdlog::logger>("capture", store_);
+    logger->set_level(spdlog::level::trace);
+    global_logger().logger = std::move(logger);
+}
+
+log_capture::~log_capture()
+{
+    global_logger().logger = before_;
+}
+
+std::vector<std::string> log_capture::lines() const
+{
+    return store_->copy();
+}
+
+void log_capture::clear()
+{
+    store_->clear();
+}
+
+} // namespace quill::test

@@ -1,0 +1,70 @@
+#include "tests/support/log_file.h"
+
+#include <windows.h>
+
+#include <shlobj.h>
+
+#include <cstdio>
+#include <ostream>
+#include <regex>
+
+namespace quill::test {
+
+void PrintTo(const log_line& line, std::ostream* out)
+{
+    *out << "[" << line.level << "] " << line.text;
+}
+
+std::vector<log_line> parse_log(const std::string& text)
+{
+    static const std::regex shape(R"((\d\d:\d\d:\d\d:\d{6}) \[t:(\d+)\] \[([a-z]+)\] ([^]*))");
+    std::vector<log_line> lines;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t stop = text.find("\r\n", start);
+        const std::string line = text.substr(start, stop - start);
+        std::smatch parts;
+        if (stop != std::string::npos && std::regex_match(line, parts, shape))
+            lines.push_back({parts[3], parts[4], parts[2], parts[1]});
+        else
+            lines.push_back({"malformed", line, "", ""});
+        start = stop == std::string::npos ? text.size() : stop + 2;
+    }
+    return lines;
+}
+
+std::wstring profile_log_folder_path()
+{
+    wchar_t profile[MAX_PATH] = {};
+    SHGetFolderPathW(nullptr, CSIDL_PROFILE, nullptr, 0, profile);
+    return std::wstring(profile) + L"\\.quill\\test";
+}
+
+log_folder_scope::log_folder_scope(folder wanted) : lock_(L"log-folder"), path_(profile_log_folder_path())
+{
+    remove_path(path_);
+    if (wanted == folder::absent)
+        return;
+    CreateDirectoryW(path_.substr(0, path_.find_last_of(L'\\')).c_str(), nullptr);
+    CreateDirectoryW(path_.c_str(), nullptr);
+}
+
+log_folder_scope::~log_folder_scope()
+{
+    remove_path(path_);
+}
+
+std::wstring log_folder_scope::file_of(const std::wstring& stem, DWORD process_id) const
+{
+    return path_ + L"\\" + stem + L"-" + std::to_wstring(process_id) + L".log";
+}
+
+std::vector<log_line> log_folder_scope::lines() const
+{
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    std::wstring name = path;
+    name.erase(0, name.find_last_of(L'\\') + 1);
+    return parse_log(read_file(file_of(name.substr(0, name.find(L'.')), GetCurrentProcessId())).value_or(""));
+}
+
+} // namespace quill::test
