@@ -12,7 +12,7 @@ namespace {
 // What the scanner has to be equal to, for text short enough for the library's matcher.
 std::optional<std::wstring> rewritten_by_expression(const std::wstring& markup)
 {
-    static const std::wregex handler(LR"(onclick="[^"]*PdfFile\.OpenDocuments[^"]*")");
+    static const std::wregex handler(LR"m(onclick="[^"]*PdfFile\.OpenDocuments[^"]*")m");
     if (!std::regex_search(markup, handler))
         return std::nullopt;
     return std::regex_replace(markup, handler, L"");
@@ -28,30 +28,30 @@ TEST(LinkRewriting, RemovesTheHandlers)
 {
     const rewriting_case cases[] = {
         {L"", nullptr},
-        {LR"(<a href="/x.pdf">x</a>)", nullptr},
-        {LR"(<a href="/x.pdf" onclick="PdfFile.OpenDocuments(this)" id="1">x</a>)",
-         LR"(<a href="/x.pdf"  id="1">x</a>)"},
-        {LR"(<a onclick="return a(), PdfFile.OpenDocuments('x'); b();">)", LR"(<a >)"},
-        {LR"(<a onclick="PdfFile.OpenDocuments">)", LR"(<a >)"},
-        {LR"(<a onclick="PdfFile.OpenDocuments>)", nullptr},
-        {LR"(<a onclick="PdfFile.OpenDocument">)", nullptr},
-        {LR"(<a onclick="PdfFileXOpenDocuments()">)", nullptr},
-        {LR"(<a onclick="pdffile.opendocuments()">)", nullptr},
-        {LR"(<a ONCLICK="PdfFile.OpenDocuments()">)", nullptr},
-        {LR"(<a onclick='PdfFile.OpenDocuments()'>)", nullptr},
-        {LR"(<a onclick = "PdfFile.OpenDocuments()">)", nullptr},
-        {LR"(<a onclick="x()" title="PdfFile.OpenDocuments">)", nullptr},
-        {LR"(<a onclick="x()" onclick="PdfFile.OpenDocuments()">)", LR"(<a onclick="x()" >)"},
-        {LR"(<a data-onclick="PdfFile.OpenDocuments()">)", LR"(<a data->)"},
-        {LR"(<a title="onclick="PdfFile.OpenDocuments"">)", LR"(<a title="">)"},
-        {LR"(onclick="a onclick="PdfFile.OpenDocuments"b)", LR"(onclick="a b)"},
-        {LR"(onclick="onclick="onclick="PdfFile.OpenDocuments")", LR"(onclick="onclick=")"},
-        {LR"(1onclick="PdfFile.OpenDocuments"2onclick="PdfFile.OpenDocuments"3)", L"123"},
-        {LR"(onclick="PdfFile.OpenDocuments"onclick="PdfFile.OpenDocuments")", L""},
-        {LR"(onclick="PdfFile.OpenDocumentsPdfFile.OpenDocuments")", L""},
+        {LR"m(<a href="/x.pdf">x</a>)m", nullptr},
+        {LR"m(<a href="/x.pdf" onclick="PdfFile.OpenDocuments(this)" id="1">x</a>)m",
+         LR"m(<a href="/x.pdf"  id="1">x</a>)m"},
+        {LR"m(<a onclick="return a(), PdfFile.OpenDocuments('x'); b();">)m", LR"m(<a >)m"},
+        {LR"m(<a onclick="PdfFile.OpenDocuments">)m", LR"m(<a >)m"},
+        {LR"m(<a onclick="PdfFile.OpenDocuments>)m", nullptr},
+        {LR"m(<a onclick="PdfFile.OpenDocument">)m", nullptr},
+        {LR"m(<a onclick="PdfFileXOpenDocuments()">)m", nullptr},
+        {LR"m(<a onclick="pdffile.opendocuments()">)m", nullptr},
+        {LR"m(<a ONCLICK="PdfFile.OpenDocuments()">)m", nullptr},
+        {LR"m(<a onclick='PdfFile.OpenDocuments()'>)m", nullptr},
+        {LR"m(<a onclick = "PdfFile.OpenDocuments()">)m", nullptr},
+        {LR"m(<a onclick="x()" title="PdfFile.OpenDocuments">)m", nullptr},
+        {LR"m(<a onclick="x()" onclick="PdfFile.OpenDocuments()">)m", LR"m(<a onclick="x()" >)m"},
+        {LR"m(<a data-onclick="PdfFile.OpenDocuments()">)m", LR"m(<a data->)m"},
+        {LR"m(<a title="onclick="PdfFile.OpenDocuments"">)m", LR"m(<a title="">)m"},
+        {LR"m(onclick="a onclick="PdfFile.OpenDocuments"b)m", LR"m(onclick="a b)m"},
+        {LR"m(onclick="onclick="onclick="PdfFile.OpenDocuments")m", LR"m(onclick="onclick=")m"},
+        {LR"m(1onclick="PdfFile.OpenDocuments"2onclick="PdfFile.OpenDocuments"3)m", L"123"},
+        {LR"m(onclick="PdfFile.OpenDocuments"onclick="PdfFile.OpenDocuments")m", L""},
+        {LR"m(onclick="PdfFile.OpenDocumentsPdfFile.OpenDocuments")m", L""},
         {L"<a onclick=\"\nPdfFile.OpenDocuments\r\n()\">", L"<a >"},
-        {LR"(<a onclick="öPdfFile.OpenDocuments文">ä</a>)", LR"(<a >ä</a>)"},
-        {LR"($& $1 onclick="PdfFile.OpenDocuments" $`)", LR"($& $1  $`)"},
+        {LR"m(<a onclick="öPdfFile.OpenDocuments文">ä</a>)m", LR"m(<a >ä</a>)m"},
+        {LR"m($& $1 onclick="PdfFile.OpenDocuments" $`)m", LR"m($& $1  $`)m"},
     };
     for (const rewriting_case& expected : cases) {
         SCOPED_TRACE(testing::PrintToString(expected.markup));

@@ -174,19 +174,20 @@ TEST(Click, IsDecidedByTagAndMarkup)
 
     const address_case markups[] = {
         {L"", false},
-        {LR"(<a class="ms-listlink ms-draggable" onclick="return DispEx(this,event)" href="/x.pdf">x</a>)", true},
-        {LR"(<A HREF="/x.pdf" ONCLICK="RETURN DISPEX(THIS" CLASS="MS-LISTLINK MS-DRAGGABLE">)", true},
-        {LR"(<a class="ms-listlink ms-draggable extra" onclick="return DispEx(this,event)">)", false},
-        {LR"(<a class="x ms-listlink ms-draggable" onclick="return DispEx(this,event)">)", false},
-        {LR"(<a class="ms-listlink" onclick="return DispEx(this,event)">)", false},
-        {LR"(<a class='ms-listlink ms-draggable' onclick="return DispEx(this,event)">)", false},
-        {LR"(<a class=" ms-listlink ms-draggable" onclick="return DispEx(this,event)">)", false},
-        {LR"(<a class="ms-listlink ms-draggable" onclick=" return DispEx(this,event)">)", false},
-        {LR"(<a class="ms-listlink ms-draggable" onclick='return DispEx(this,event)'>)", false},
-        {LR"(<a class="ms-listlink ms-draggable" onclick = "return DispEx(this,event)">)", false},
-        {LR"(<a class="ms-listlink ms-draggable" onclick="DispEx(this,event)">)", false},
-        {LR"(<a class="ms-listlink ms-draggable" onmousedown="return DispEx(this)">)", false},
-        {LR"(<a class="ms-listlink ms-draggable">)", false},
+        {LR"m(<a class="ms-listlink ms-draggable" onclick="return DispEx(this,event)" href="/x.pdf">x</a>)m",
+         true},
+        {LR"m(<A HREF="/x.pdf" ONCLICK="RETURN DISPEX(THIS" CLASS="MS-LISTLINK MS-DRAGGABLE">)m", true},
+        {LR"m(<a class="ms-listlink ms-draggable extra" onclick="return DispEx(this,event)">)m", false},
+        {LR"m(<a class="x ms-listlink ms-draggable" onclick="return DispEx(this,event)">)m", false},
+        {LR"m(<a class="ms-listlink" onclick="return DispEx(this,event)">)m", false},
+        {LR"m(<a class='ms-listlink ms-draggable' onclick="return DispEx(this,event)">)m", false},
+        {LR"m(<a class=" ms-listlink ms-draggable" onclick="return DispEx(this,event)">)m", false},
+        {LR"m(<a class="ms-listlink ms-draggable" onclick=" return DispEx(this,event)">)m", false},
+        {LR"m(<a class="ms-listlink ms-draggable" onclick='return DispEx(this,event)'>)m", false},
+        {LR"m(<a class="ms-listlink ms-draggable" onclick = "return DispEx(this,event)">)m", false},
+        {LR"m(<a class="ms-listlink ms-draggable" onclick="DispEx(this,event)">)m", false},
+        {LR"m(<a class="ms-listlink ms-draggable" onmousedown="return DispEx(this)">)m", false},
+        {LR"m(<a class="ms-listlink ms-draggable">)m", false},
     };
     for (const address_case& expected : markups) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(expected.url)));
