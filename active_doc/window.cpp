@@ -112,8 +112,9 @@ void CActiveDocCtrl::merge_frame_menu()
 
 void CActiveDocCtrl::show_page_and_zoom() const
 {
+    // Pages count from 1 in addresses and from 0 in the viewer; any number may stand in an address.
     if (page_)
-        viewer_.go_to_page(page_ - 1);
+        viewer_.go_to_page(static_cast<std::int32_t>(static_cast<std::uint32_t>(page_) - 1));
     if (zoom_)
         viewer_.set_zoom(zoom_ / 100.0);
 }

@@ -1,38 +1,37 @@
 #include "retrieval/url_text.h"
 
+#include "platform/text.h"
+
 #include <windows.h>
 
 #include <algorithm>
-#include <array>
 #include <climits>
 #include <cwchar>
 #include <cwctype>
+#include <system_error>
 
 namespace quill {
 namespace {
 
 std::string to_utf8_or_empty(std::wstring_view text)
 {
-    if (text.empty() || text.size() > INT_MAX)
+    try {
+        return to_utf8(text);
+    } catch (const std::system_error&) {
         return {};
-    const int units = static_cast<int>(text.size());
-    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
-    if (size <= 0)
-        return {};
-    std::string bytes(static_cast<std::size_t>(size), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text.data(), units, bytes.data(), size, nullptr, nullptr);
-    return bytes;
+    }
 }
 
 // bytes end at their first zero byte: an escaped zero cuts the URL.
-std::wstring from_utf8_or_empty(const std::string& bytes)
+std::wstring from_utf8_or_empty(std::string_view bytes)
 {
-    const int size = MultiByteToWideChar(CP_UTF8, 0, bytes.c_str(), -1, nullptr, 0);
-    if (size <= 1)
+    bytes = bytes.substr(0, bytes.find('\0'));
+    if (bytes.empty() || bytes.size() > INT_MAX)
         return {};
+    const int length = static_cast<int>(bytes.size());
+    const int size = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, nullptr, 0);
     std::wstring text(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, bytes.c_str(), -1, text.data(), size);
-    text.pop_back();
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, text.data(), size);
     return text;
 }
 

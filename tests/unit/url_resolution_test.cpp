@@ -126,7 +126,7 @@ TEST(CombineUrl, ProtectsAsMuchAsASchemeTakesWhereverTheBaseHoldsOne)
     // Seven units for a "http://" that comes later: here "ftp://h".
     expect_combined({L"/b.pdf", L"ftp://h/x?u=http://y/z", L"ftp://h/b.pdf"});
     expect_combined({L"b.pdf", L"ftp://ho/x?u=http://y/z", L"ftp://ho/b.pdf"});
-    expect_combined({L"b.pdf", L"ab?c/d?u=https://y/z", L"ab?c/d/b.pdf"});
+    expect_combined({L"b.pdf", L"ab?c/d?u=https://y/z", L"ab?c/d?u=https://y/b.pdf"});
     // "http://" is looked for first.
     expect_combined({L"/b.pdf", L"https://h/x?u=http://y/z", L"https://b.pdf"});
 }

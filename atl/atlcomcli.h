@@ -1,0 +1,24 @@
+// What a client of COM needs: smart pointers, strings, variants, connection points.
+#pragma once
+
+#include "atl/atldef.h"
+#include "atl/detail/com_bstr.h"
+#include "atl/detail/com_ptr.h"
+#include "atl/detail/com_variant.h"
+
+namespace ATL {
+
+// Connects `sink` to the connection point `iid` of `source`. The cookie is cleared on failure.
+ATLAPI AtlAdvise(IUnknown* source, IUnknown* sink, const IID& iid, LPDWORD cookie);
+ATLAPI AtlUnadvise(IUnknown* source, const IID& iid, DWORD cookie);
+
+inline bool InlineIsEqualUnknown(REFGUID guid) noexcept
+{
+    return IsEqualGUID(guid, IID_IUnknown);
+}
+
+} // namespace ATL
+
+#ifndef _ATL_NO_AUTOMATIC_NAMESPACE
+using namespace ATL;
+#endif

@@ -1,0 +1,239 @@
+// CComPtr and CComQIPtr: one reference each, given back at the end of the scope.
+#pragma once
+
+#include "atl/atldef.h"
+
+#include <ocidl.h>
+#include <unknwn.h>
+
+#include <cstddef>
+#include <memory>
+
+namespace ATL {
+
+// True for interfaces of one and the same object. Two null pointers are equal.
+inline bool AtlIsEqualObject(IUnknown* left, IUnknown* right) noexcept
+{
+    if (left == right)
+        return true;
+    if (!left || !right)
+        return false;
+    IUnknown* left_identity = nullptr;
+    IUnknown* right_identity = nullptr;
+    left->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&left_identity));
+    right->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&right_identity));
+    const bool equal = left_identity && left_identity == right_identity;
+    if (left_identity)
+        left_identity->Release();
+    if (right_identity)
+        right_identity->Release();
+    return equal;
+}
+
+template <class T>
+class CComPtrBase
+{
+public:
+    CComPtrBase(const CComPtrBase&) = delete;
+    CComPtrBase& operator=(const CComPtrBase&) = delete;
+    ~CComPtrBase()
+    {
+        if (p)
+            p->Release();
+    }
+
+    operator T*() const noexcept { return p; }
+    T& operator*() const noexcept
+    {
+        ATLASSERT(p);
+        return *p;
+    }
+    // For out-parameters: the pointer must be empty, or what it holds would be lost.
+    T** operator&() noexcept
+    {
+        ATLASSERT(!p);
+        return &p;
+    }
+    T* operator->() const noexcept
+    {
+        ATLASSERT(p);
+        return p;
+    }
+    bool operator!() const noexcept { return !p; }
+    bool operator<(T* other) const noexcept { return p < other; }
+    bool operator==(T* other) const noexcept { return p == other; }
+
+    // The member is cleared first: releasing may lead back to whoever owns this pointer.
+    void Release() noexcept
+    {
+        T* const old = p;
+        p = nullptr;
+        if (old)
+            old->Release();
+    }
+    bool IsEqualObject(IUnknown* other) const noexcept { return AtlIsEqualObject(p, other); }
+    // Takes over a reference that the caller owns.
+    void Attach(T* other) noexcept
+    {
+        T* const old = p;
+        p = other;
+        if (old)
+            old->Release();
+    }
+    // Hands the reference over to the caller.
+    [[nodiscard]] T* Detach() noexcept
+    {
+        T* const old = p;
+        p = nullptr;
+        return old;
+    }
+    HRESULT CopyTo(T** out) const noexcept
+    {
+        if (!out)
+            return E_POINTER;
+        *out = p;
+        if (p)
+            p->AddRef();
+        return S_OK;
+    }
+    HRESULT SetSite(IUnknown* parent) noexcept
+    {
+        IObjectWithSite* with_site = nullptr;
+        HRESULT hr = QueryInterface(&with_site);
+        if (SUCCEEDED(hr) && with_site) {
+            hr = with_site->SetSite(parent);
+            with_site->Release();
+        }
+        return hr;
+    }
+    HRESULT CoCreateInstance(REFCLSID clsid, IUnknown* outer = nullptr, DWORD context = CLSCTX_ALL) noexcept
+    {
+        ATLASSERT(!p);
+        return ::CoCreateInstance(clsid, outer, context, __uuidof(T), reinterpret_cast<void**>(&p));
+    }
+    HRESULT CoCreateInstance(LPCOLESTR prog_id, IUnknown* outer = nullptr,
+                             DWORD context = CLSCTX_ALL) noexcept
+    {
+        CLSID clsid{};
+        const HRESULT hr = CLSIDFromProgID(prog_id, &clsid);
+        return SUCCEEDED(hr) ? CoCreateInstance(clsid, outer, context) : hr;
+    }
+    // An empty pointer has no interfaces.
+    template <class Q>
+    HRESULT QueryInterface(Q** out) const noexcept
+    {
+        if (!out)
+            return E_POINTER;
+        *out = nullptr;
+        return p ? p->QueryInterface(__uuidof(Q), reinterpret_cast<void**>(out)) : E_NOINTERFACE;
+    }
+
+    T* p = nullptr;
+
+protected:
+    CComPtrBase() noexcept = default;
+    explicit CComPtrBase(T* other) noexcept : p(other)
+    {
+        if (p)
+            p->AddRef();
+    }
+
+    // The new reference is taken before the old one is given back: both may be the same object's last.
+    void assign(T* other) noexcept
+    {
+        if (other)
+            other->AddRef();
+        Attach(other);
+    }
+    void assign_queried(IUnknown* other, const IID& iid) noexcept
+    {
+        T* queried = nullptr;
+        if (other && FAILED(other->QueryInterface(iid, reinterpret_cast<void**>(&queried))))
+            queried = nullptr;
+        Attach(queried);
+    }
+};
+
+template <class T>
+class CComPtr : public CComPtrBase<T>
+{
+public:
+    CComPtr() noexcept = default;
+    CComPtr(std::nullptr_t) noexcept {}
+    CComPtr(T* other) noexcept : CComPtrBase<T>(other) {}
+    CComPtr(const CComPtr& other) noexcept : CComPtrBase<T>(other.p) {}
+    CComPtr(CComPtr&& other) noexcept { this->p = other.Detach(); }
+
+    T* operator=(T* other) noexcept
+    {
+        this->assign(other);
+        return this->p;
+    }
+    T* operator=(const CComPtr& other) noexcept
+    {
+        this->assign(other.p);
+        return this->p;
+    }
+    T* operator=(CComPtr&& other) noexcept
+    {
+        if (this != std::addressof(other))
+            this->Attach(other.Detach());
+        return this->p;
+    }
+    // From a pointer of another type: by QueryInterface, empty when the object does not have it.
+    template <class Q>
+    T* operator=(const CComPtr<Q>& other) noexcept
+    {
+        this->assign_queried(other.p, __uuidof(T));
+        return this->p;
+    }
+};
+
+// As CComPtr, and takes any interface: by QueryInterface, empty when the object does not have it.
+template <class T, const IID* piid = &__uuidof(T)>
+class CComQIPtr : public CComPtr<T>
+{
+public:
+    CComQIPtr() noexcept = default;
+    CComQIPtr(std::nullptr_t) noexcept {}
+    CComQIPtr(T* other) noexcept : CComPtr<T>(other) {}
+    CComQIPtr(const CComQIPtr& other) noexcept : CComPtr<T>(other.p) {}
+    CComQIPtr(IUnknown* other) noexcept { this->assign_queried(other, *piid); }
+
+    T* operator=(std::nullptr_t) noexcept
+    {
+        this->Release();
+        return nullptr;
+    }
+    T* operator=(T* other) noexcept
+    {
+        this->assign(other);
+        return this->p;
+    }
+    T* operator=(const CComQIPtr& other) noexcept
+    {
+        this->assign(other.p);
+        return this->p;
+    }
+    T* operator=(IUnknown* other) noexcept
+    {
+        this->assign_queried(other, *piid);
+        return this->p;
+    }
+};
+
+// Every object is an IUnknown already; only the identity has to be asked for.
+template <>
+class CComQIPtr<IUnknown, &IID_IUnknown> : public CComPtr<IUnknown>
+{
+public:
+    CComQIPtr() noexcept = default;
+    CComQIPtr(IUnknown* other) noexcept { assign_queried(other, IID_IUnknown); }
+    IUnknown* operator=(IUnknown* other) noexcept
+    {
+        assign_queried(other, IID_IUnknown);
+        return p;
+    }
+};
+
+} // namespace ATL

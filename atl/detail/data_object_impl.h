@@ -1,0 +1,64 @@
+// IDataObjectImpl: the control's picture as a metafile, and the connections that hear of changes.
+#pragma once
+
+#include "atl/detail/control_base.h"
+
+namespace ATL {
+
+template <class T>
+class ATL_NO_VTABLE IDataObjectImpl : public IDataObject
+{
+public:
+    STDMETHOD(GetData)(FORMATETC* pformatetcIn, STGMEDIUM* pmedium) override
+    {
+        return Self()->IDataObject_GetData(pformatetcIn, pmedium);
+    }
+    STDMETHOD(GetDataHere)(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
+    STDMETHOD(QueryGetData)(FORMATETC*) override { return E_NOTIMPL; }
+    STDMETHOD(GetCanonicalFormatEtc)(FORMATETC*, FORMATETC*) override { return E_NOTIMPL; }
+    STDMETHOD(SetData)(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
+    STDMETHOD(EnumFormatEtc)(DWORD, IEnumFORMATETC** ppenumFormatEtc) override
+    {
+        if (!ppenumFormatEtc)
+            return E_POINTER;
+        *ppenumFormatEtc = nullptr;
+        return E_NOTIMPL;
+    }
+    STDMETHOD(DAdvise)(FORMATETC* pformatetc, DWORD advf, IAdviseSink* pAdvSink,
+                       DWORD* pdwConnection) override
+    {
+        if (!pdwConnection)
+            return E_POINTER;
+        *pdwConnection = 0;
+        if (!pformatetc || !pAdvSink)
+            return E_POINTER;
+        CComPtr<IDataAdviseHolder>& holder = Self()->m_spDataAdviseHolder;
+        if (!holder) {
+            const HRESULT hr = CreateDataAdviseHolder(&holder);
+            if (FAILED(hr))
+                return hr;
+        }
+        return holder->Advise(this, pformatetc, advf, pAdvSink, pdwConnection);
+    }
+    STDMETHOD(DUnadvise)(DWORD dwConnection) override
+    {
+        const CComPtr<IDataAdviseHolder> holder = Self()->m_spDataAdviseHolder;
+        return holder ? holder->Unadvise(dwConnection) : OLE_E_NOCONNECTION;
+    }
+    STDMETHOD(EnumDAdvise)(IEnumSTATDATA** ppenumAdvise) override
+    {
+        if (!ppenumAdvise)
+            return E_POINTER;
+        *ppenumAdvise = nullptr;
+        const CComPtr<IDataAdviseHolder> holder = Self()->m_spDataAdviseHolder;
+        return holder ? holder->EnumAdvise(ppenumAdvise) : E_FAIL;
+    }
+
+protected:
+    ~IDataObjectImpl() = default;
+
+private:
+    T* Self() noexcept { return static_cast<T*>(this); }
+};
+
+} // namespace ATL

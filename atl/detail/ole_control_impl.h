@@ -1,0 +1,31 @@
+// IOleControlImpl: a control without mnemonics that takes ambient properties when it needs them.
+#pragma once
+
+#include "atl/detail/control_base.h"
+
+namespace ATL {
+
+template <class T>
+class ATL_NO_VTABLE IOleControlImpl : public IOleControl
+{
+public:
+    STDMETHOD(GetControlInfo)(CONTROLINFO*) override { return E_NOTIMPL; }
+    STDMETHOD(OnMnemonic)(LPMSG) override { return E_NOTIMPL; }
+    STDMETHOD(OnAmbientPropertyChange)(DISPID) override { return S_OK; }
+    STDMETHOD(FreezeEvents)(BOOL bFreeze) override
+    {
+        if (bFreeze)
+            ++m_nFreezeEvents;
+        else if (m_nFreezeEvents > 0)
+            --m_nFreezeEvents;
+        return S_OK;
+    }
+
+    // While positive the host wants no events.
+    short m_nFreezeEvents = 0;
+
+protected:
+    ~IOleControlImpl() = default;
+};
+
+} // namespace ATL

@@ -1,0 +1,35 @@
+#include "atl/detail/ole_in_place_object_impl.h"
+
+namespace ATL {
+
+void ReleaseActiveObject(IOleInPlaceSite* site) noexcept
+{
+    CComPtr<IOleInPlaceFrame> frame;
+    CComPtr<IOleInPlaceUIWindow> document;
+    RECT position{};
+    RECT clip{};
+    OLEINPLACEFRAMEINFO frame_info{};
+    frame_info.cb = sizeof frame_info;
+    site->GetWindowContext(&frame, &document, &position, &clip, &frame_info);
+    if (document)
+        document->SetActiveObject(nullptr, nullptr);
+    if (frame)
+        frame->SetActiveObject(nullptr, nullptr);
+}
+
+void PlaceControlWindow(HWND window, const RECT& position, const RECT& clip) noexcept
+{
+    RECT visible{};
+    HRGN region = nullptr;
+    if (IntersectRect(&visible, &position, &clip) && !EqualRect(&visible, &position)) {
+        OffsetRect(&visible, -position.left, -position.top);
+        region = CreateRectRgnIndirect(&visible);
+    }
+    // The system owns the region once it is set.
+    if (!SetWindowRgn(window, region, TRUE) && region)
+        DeleteObject(region);
+    SetWindowPos(window, nullptr, position.left, position.top, position.right - position.left,
+                 position.bottom - position.top, SWP_NOZORDER | SWP_NOACTIVATE);
+}
+
+} // namespace ATL

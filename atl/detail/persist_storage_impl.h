@@ -1,0 +1,76 @@
+// IPersistStorageImpl: storage persistence through the control's IPersistStreamInit, in one stream.
+#pragma once
+
+#include "atl/detail/control_base.h"
+
+namespace ATL {
+
+// Name of the one stream in the storage.
+inline constexpr const wchar_t* persist_storage_stream = L"Contents";
+
+template <class T>
+class ATL_NO_VTABLE IPersistStorageImpl : public IPersistStorage
+{
+public:
+    STDMETHOD(GetClassID)(CLSID* pClassID) override
+    {
+        if (!pClassID)
+            return E_POINTER;
+        *pClassID = T::GetObjectCLSID();
+        return S_OK;
+    }
+    STDMETHOD(IsDirty)() override
+    {
+        const CComPtr<IPersistStreamInit> stream_init = StreamInit();
+        return stream_init ? stream_init->IsDirty() : E_FAIL;
+    }
+    STDMETHOD(InitNew)(IStorage*) override
+    {
+        const CComPtr<IPersistStreamInit> stream_init = StreamInit();
+        return stream_init ? stream_init->InitNew() : E_FAIL;
+    }
+    STDMETHOD(Load)(IStorage* pStorage) override
+    {
+        if (!pStorage)
+            return E_POINTER;
+        const CComPtr<IPersistStreamInit> stream_init = StreamInit();
+        if (!stream_init)
+            return E_FAIL;
+        CComPtr<IStream> stream;
+        const HRESULT hr = pStorage->OpenStream(persist_storage_stream, nullptr,
+                                                STGM_READ | STGM_SHARE_EXCLUSIVE, 0, &stream);
+        if (FAILED(hr))
+            return hr;
+        return stream ? stream_init->Load(stream) : E_FAIL;
+    }
+    STDMETHOD(Save)(IStorage* pStorage, BOOL fSameAsLoad) override
+    {
+        if (!pStorage)
+            return E_POINTER;
+        const CComPtr<IPersistStreamInit> stream_init = StreamInit();
+        if (!stream_init)
+            return E_FAIL;
+        CComPtr<IStream> stream;
+        const HRESULT hr = pStorage->CreateStream(
+            persist_storage_stream, STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE, 0, 0, &stream);
+        if (FAILED(hr))
+            return hr;
+        return stream ? stream_init->Save(stream, fSameAsLoad) : E_FAIL;
+    }
+    STDMETHOD(SaveCompleted)(IStorage*) override { return S_OK; }
+    STDMETHOD(HandsOffStorage)() override { return S_OK; }
+
+protected:
+    ~IPersistStorageImpl() = default;
+
+private:
+    CComPtr<IPersistStreamInit> StreamInit()
+    {
+        CComPtr<IPersistStreamInit> result;
+        static_cast<T*>(this)->ControlQueryInterface(IID_IPersistStreamInit,
+                                                     reinterpret_cast<void**>(&result));
+        return result;
+    }
+};
+
+} // namespace ATL

@@ -1,0 +1,234 @@
+#include "atl/detail/window_impl.h"
+
+#include "atl/atlbase.h"
+
+namespace ATL {
+
+// Lives on the stack of the window procedure; tells it when a handler deleted the object.
+struct CWindowImplRoot::Frame
+{
+    explicit Frame(CWindowImplRoot& object) noexcept : m_pObject(&object), m_pOuter(object.m_pFrame)
+    {
+        object.m_pFrame = this;
+    }
+    ~Frame()
+    {
+        if (m_pObject)
+            m_pObject->m_pFrame = m_pOuter;
+    }
+    Frame(const Frame&) = delete;
+    Frame& operator=(const Frame&) = delete;
+
+    CWindowImplRoot* m_pObject; // null once deleted
+    Frame* m_pOuter;
+};
+
+CWindowImplRoot::~CWindowImplRoot()
+{
+    for (Frame* frame = m_pFrame; frame; frame = frame->m_pOuter)
+        frame->m_pObject = nullptr;
+    const HWND hWnd = m_hWndLinked;
+    if (!hWnd)
+        return;
+    Unlink();
+    if (m_bCreated)
+        ::DestroyWindow(hWnd);
+}
+
+void CWindowImplRoot::OnFinalMessage(HWND) {}
+
+HWND CWindowImplRoot::CreateOfClass(CWndClassInfo& info, HWND hWndParent, LPCRECT rect, LPCWSTR szWindowName,
+                                    DWORD dwStyle, DWORD dwExStyle, HMENU menu, void* lpCreateParam) noexcept
+{
+    const ATOM atom = info.Register();
+    if (!atom || m_hWndLinked)
+        return nullptr;
+    static constexpr RECT default_rect{CW_USEDEFAULT, CW_USEDEFAULT, 0, 0};
+    if (!rect)
+        rect = &default_rect;
+    const bool placed = rect->left != CW_USEDEFAULT;
+    _AtlCreateWndData data{};
+    _AtlWinModule.AddCreateWndData(&data, this);
+    const HWND hWnd = CreateWindowExW(dwExStyle, MAKEINTATOM(atom), szWindowName, dwStyle, rect->left,
+                                      rect->top, placed ? rect->right - rect->left : CW_USEDEFAULT,
+                                      placed ? rect->bottom - rect->top : CW_USEDEFAULT, hWndParent, menu,
+                                      _AtlBaseModule.GetModuleInstance(), lpCreateParam);
+    // A hook may have refused the window before it got its first message.
+    _AtlWinModule.RemoveCreateWndData(&data);
+    // Members are not touched from here on: a failed creation ends with OnFinalMessage.
+    if (hWnd && !FromWindow(hWnd)) {
+        ::DestroyWindow(hWnd);
+        return nullptr;
+    }
+    return hWnd;
+}
+
+BOOL CWindowImplRoot::SubclassWindow(HWND hWnd) noexcept
+{
+    if (m_hWndLinked || !::IsWindow(hWnd) || GetWindowThreadProcessId(hWnd, nullptr) != GetCurrentThreadId())
+        return FALSE;
+    const LPCWSTR property = _AtlWinModule.SuperProperty();
+    const LONG_PTR super = GetWindowLongPtrW(hWnd, GWLP_WNDPROC);
+    // Our procedure may be there already: below objects of ours, or left behind by one that went away while
+    // somebody else's procedure stood above it.
+    const bool install = super != reinterpret_cast<LONG_PTR>(WindowProc) && !FromWindow(hWnd) &&
+                         !(property && GetPropW(hWnd, property));
+    if (install) {
+        if (!property || !super || !SetPropW(hWnd, property, reinterpret_cast<HANDLE>(super)))
+            return FALSE;
+    }
+    if (!Link(hWnd)) {
+        if (install)
+            RemovePropW(hWnd, property);
+        return FALSE;
+    }
+    if (install)
+        SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WindowProc));
+    return TRUE;
+}
+
+HWND CWindowImplRoot::UnsubclassWindow() noexcept
+{
+    const HWND hWnd = m_hWndLinked;
+    if (!hWnd)
+        return nullptr;
+    Unlink();
+    m_hWnd = nullptr;
+    return hWnd;
+}
+
+LRESULT CWindowImplRoot::DefWindowProc(UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
+{
+    return m_pLower ? m_pLower->Dispatch(uMsg, wParam, lParam)
+                    : CallSuper(m_hWndLinked, uMsg, wParam, lParam);
+}
+
+LRESULT CALLBACK CWindowImplRoot::StartWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
+{
+    auto* const object = static_cast<CWindowImplRoot*>(_AtlWinModule.ExtractCreateWndData());
+    if (!object || !object->Link(hWnd))
+        return ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
+    object->m_bCreated = true;
+    // From now on a message for this window never takes the object of another window being created.
+    SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WindowProc));
+    return WindowProc(hWnd, uMsg, wParam, lParam);
+}
+
+LRESULT CALLBACK CWindowImplRoot::WindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
+{
+    CWindowImplRoot* const object = FromWindow(hWnd);
+    const LRESULT result =
+        object ? object->Dispatch(uMsg, wParam, lParam) : CallSuper(hWnd, uMsg, wParam, lParam);
+    if (uMsg == WM_NCDESTROY)
+        RemovePropW(hWnd, _AtlWinModule.SuperProperty());
+    return result;
+}
+
+CWindowImplRoot* CWindowImplRoot::FromWindow(HWND hWnd) noexcept
+{
+    const LPCWSTR property = _AtlWinModule.ObjectProperty();
+    return property ? static_cast<CWindowImplRoot*>(GetPropW(hWnd, property)) : nullptr;
+}
+
+LRESULT CWindowImplRoot::CallSuper(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
+{
+    const LPCWSTR property = _AtlWinModule.SuperProperty();
+    const HANDLE super = property ? GetPropW(hWnd, property) : nullptr;
+    return super ? CallWindowProcW(reinterpret_cast<WNDPROC>(super), hWnd, uMsg, wParam, lParam)
+                 : ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
+}
+
+bool CWindowImplRoot::Link(HWND hWnd) noexcept
+{
+    const LPCWSTR property = _AtlWinModule.ObjectProperty();
+    CWindowImplRoot* const lower = FromWindow(hWnd);
+    if (!property || !SetPropW(hWnd, property, this))
+        return false;
+    m_pLower = lower;
+    m_hWnd = m_hWndLinked = hWnd;
+    m_bCreated = false;
+    return true;
+}
+
+void CWindowImplRoot::Unlink() noexcept
+{
+    const LPCWSTR property = _AtlWinModule.ObjectProperty();
+    const HWND hWnd = m_hWndLinked;
+    CWindowImplRoot* const top = FromWindow(hWnd);
+    CWindowImplRoot* const lower = m_pLower;
+    m_hWndLinked = nullptr;
+    m_pLower = nullptr;
+    if (top != this) {
+        for (CWindowImplRoot* above = top; above; above = above->m_pLower) {
+            if (above->m_pLower == this)
+                above->m_pLower = lower;
+        }
+        return;
+    }
+    if (lower) {
+        SetPropW(hWnd, property, lower);
+        return;
+    }
+    RemovePropW(hWnd, property);
+    // Somebody who replaced the procedure after us still calls ours: then it stays, and only passes on.
+    const LPCWSTR super_property = _AtlWinModule.SuperProperty();
+    const HANDLE super = GetPropW(hWnd, super_property);
+    if (super && GetWindowLongPtrW(hWnd, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(WindowProc)) {
+        SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(super));
+        RemovePropW(hWnd, super_property);
+    }
+}
+
+LRESULT CWindowImplRoot::Dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
+{
+    const CComPtr<IUnknown> owner(GetMessageOwner());
+    LRESULT result = 0;
+    {
+        const Frame frame(*this);
+        const bool handled = TryHandle(uMsg, wParam, lParam, result);
+        if (!frame.m_pObject)
+            return result;
+        // The last message always goes on: objects below wait for it.
+        if (!handled || uMsg == WM_NCDESTROY) {
+            if (m_hWndLinked) {
+                const LRESULT super_result = DefWindowProc(uMsg, wParam, lParam);
+                if (!handled)
+                    result = super_result;
+            }
+            if (!frame.m_pObject)
+                return result;
+        }
+        if (uMsg == WM_NCDESTROY && m_hWndLinked) {
+            m_hWndDestroyed = m_hWndLinked;
+            Unlink();
+        }
+    }
+    if (m_hWndDestroyed && !m_pFrame)
+        Finish();
+    return result;
+}
+
+bool CWindowImplRoot::TryHandle(UINT uMsg, WPARAM wParam, LPARAM lParam, LRESULT& lResult) noexcept
+{
+    try {
+        return ProcessWindowMessage(m_hWndLinked, uMsg, wParam, lParam, lResult, 0);
+    } catch (...) {
+        // Nothing may unwind through the system. A window that could not be set up is not created.
+        lResult = uMsg == WM_CREATE ? -1 : 0;
+        return true;
+    }
+}
+
+void CWindowImplRoot::Finish() noexcept
+{
+    const HWND hWnd = m_hWndDestroyed;
+    m_hWndDestroyed = nullptr;
+    if (m_hWnd == hWnd)
+        m_hWnd = nullptr;
+    try {
+        OnFinalMessage(hWnd);
+    } catch (...) {
+    }
+}
+
+} // namespace ATL

@@ -1,0 +1,52 @@
+// What the system's URL download reports its progress to, and learns from that it is to stop.
+#pragma once
+
+#include <windows.h>
+
+#include <urlmon.h>
+
+#include <cstdint>
+
+namespace quill {
+
+// Built on the worker's stack for one download and used on that thread only: the count is kept for the
+// system's sake and never deletes the object.
+class CBindStatusCallbackImpl : public IBindStatusCallback
+{
+public:
+    // notify_window: receives WM_USER_PROGRESS; may be null. cancel_event: signalled, the next report ends
+    // the download with E_ABORT; may be null.
+    CBindStatusCallbackImpl(HWND notify_window, HANDLE cancel_event) noexcept
+        : notify_window_(notify_window), cancel_event_(cancel_event)
+    {
+    }
+    CBindStatusCallbackImpl(const CBindStatusCallbackImpl&) = delete;
+    CBindStatusCallbackImpl& operator=(const CBindStatusCallbackImpl&) = delete;
+
+    // IUnknown
+    STDMETHODIMP QueryInterface(REFIID iid, void** object) override;
+    STDMETHODIMP_(ULONG) AddRef() override;
+    STDMETHODIMP_(ULONG) Release() override;
+
+    // IBindStatusCallback
+    STDMETHODIMP OnStartBinding(DWORD reserved, IBinding* binding) override;
+    STDMETHODIMP GetPriority(LONG* priority) override;
+    STDMETHODIMP OnLowResource(DWORD reserved) override;
+    STDMETHODIMP OnProgress(ULONG progress, ULONG progress_max, ULONG status_code,
+                            LPCWSTR status_text) override;
+    STDMETHODIMP OnStopBinding(HRESULT result, LPCWSTR error) override;
+    STDMETHODIMP GetBindInfo(DWORD* flags, BINDINFO* info) override;
+    STDMETHODIMP OnDataAvailable(DWORD flags, DWORD size, FORMATETC* format, STGMEDIUM* medium) override;
+    STDMETHODIMP OnObjectAvailable(REFIID iid, IUnknown* object) override;
+
+    virtual ~CBindStatusCallbackImpl() = default;
+
+private:
+    std::uint32_t references_ = 0;
+    HWND notify_window_;
+    HANDLE cancel_event_;
+};
+
+static_assert(sizeof(CBindStatusCallbackImpl) == 4 * sizeof(void*));
+
+} // namespace quill

@@ -1,0 +1,99 @@
+#include "retrieval/cache_folder.h"
+
+#include "retrieval/url_text.h"
+
+#include <windows.h>
+
+#include <shlwapi.h>
+
+#include <array>
+#include <climits>
+
+namespace quill {
+namespace {
+
+constexpr wchar_t untitled_name[] = L"Untitled.pdf";
+constexpr wchar_t extension[] = L".pdf";
+constexpr std::size_t extension_units = 4;
+
+// How many times another download may take the chosen folder between the look and the making.
+constexpr int most_lost_races = 64;
+
+// Asked without the backslash at the end: with it the question fails for a file, which is in the way
+// just as a folder is.
+bool is_taken(const std::wstring& folder)
+{
+    return GetFileAttributesW(folder.substr(0, folder.size() - 1).c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::wstring full_path_or_empty(const std::wstring& path)
+{
+    const DWORD units = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    std::wstring full(units, L'\0');
+    full.resize(units == 0 ? 0 : GetFullPathNameW(path.c_str(), units, full.data(), nullptr));
+    return full;
+}
+
+// A server chooses the name: "..\" in it, or a device's name, must not lead out of the folder.
+bool lies_inside(const std::wstring& path, const std::wstring& folder)
+{
+    const std::wstring full_folder = full_path_or_empty(folder);
+    return !full_folder.empty() && full_path_or_empty(path).compare(0, full_folder.size(), full_folder) == 0;
+}
+
+// The name without its extension, as the shell tells extensions. name: below MAX_PATH units.
+std::wstring base_name_of(const std::wstring& name)
+{
+    std::array<wchar_t, MAX_PATH> buffer{};
+    name.copy(buffer.data(), buffer.size() - 1);
+    PathRemoveExtensionW(buffer.data());
+    return buffer.data();
+}
+
+} // namespace
+
+std::wstring CacheFileName(const wchar_t* url)
+{
+    std::array<wchar_t, MAX_PATH> name{};
+    const std::size_t length = GetFileNameFromUrl(DecodeUrl(url).c_str(), name.data(), name.size());
+    if (length == 0 || length >= name.size())
+        return untitled_name;
+    return {name.data(), length};
+}
+
+std::wstring WithSeparator(std::wstring temp_path)
+{
+    if (!temp_path.empty() && temp_path.back() != L'\\' && temp_path.back() != L'/')
+        temp_path += L'\\';
+    return temp_path;
+}
+
+std::wstring CreateCacheFolder(const std::wstring& temp_path)
+{
+    int lost_races = 0;
+    for (int number = 0; number < INT_MAX; ++number) {
+        const std::wstring folder = temp_path + L"qll" + std::to_wstring(number) + L"\\";
+        if (folder.size() >= MAX_PATH)
+            break;
+        if (is_taken(folder))
+            continue;
+        if (CreateDirectoryW(folder.c_str(), nullptr))
+            return folder;
+        if (GetLastError() != ERROR_ALREADY_EXISTS || ++lost_races > most_lost_races)
+            break;
+    }
+    return {};
+}
+
+std::wstring CacheFilePath(const std::wstring& folder, const std::wstring& file_name)
+{
+    const std::wstring base_name = base_name_of(file_name);
+    if (base_name.size() + folder.size() + extension_units >= MAX_PATH)
+        return {};
+    const std::wstring path = folder + base_name + extension;
+    if (lies_inside(path, folder))
+        return path;
+    return file_name == untitled_name ? std::wstring() : CacheFilePath(folder, untitled_name);
+}
+
+} // namespace quill

@@ -1,0 +1,26 @@
+// Where a download is kept: a numbered folder of its own in the temporary folder, and a file in it that
+// is named after the URL and always ends in ".pdf".
+#pragma once
+
+#include <string>
+
+namespace quill {
+
+// The name, at most 259 units, that the file behind url is to have; "Untitled.pdf" when url gives none
+// that fits.
+std::wstring CacheFileName(const wchar_t* url);
+
+// temp_path with a separator at its end.
+std::wstring WithSeparator(std::wstring temp_path);
+
+// Makes the first folder "qll0", "qll1", ... of temp_path that does not exist yet, neither as a folder nor
+// as a file, and returns it with a backslash at its end. Empty when it cannot be made or its text does not
+// fit into a path buffer. temp_path ends with a separator.
+std::wstring CreateCacheFolder(const std::wstring& temp_path);
+
+// The path in folder for a file of that name, its extension replaced by ".pdf"; "Untitled.pdf" in its
+// place when the name leads out of the folder. Empty when the path does not fit into a path buffer.
+// folder ends with a backslash.
+std::wstring CacheFilePath(const std::wstring& folder, const std::wstring& file_name);
+
+} // namespace quill

@@ -1,0 +1,120 @@
+#include "retrieval/download.h"
+
+#include "logging/log_stream.h"
+#include "platform/temp_file_manager.h"
+#include "retrieval/bind_status_callback.h"
+#include "retrieval/cache_folder.h"
+#include "retrieval/cancel_event.h"
+#include "retrieval/download_switch.h"
+#include "retrieval/pdf_check.h"
+#include "retrieval/window_exchange.h"
+#include "retrieval/wininet_download.h"
+
+#include <windows.h>
+
+#include <array>
+#include <filesystem>
+#include <string>
+
+namespace quill {
+namespace {
+
+template <typename... Pieces>
+void log_debug(const Pieces&... pieces) noexcept
+{
+    log_stream line(log_level::debug);
+    (line << ... << pieces);
+}
+
+// The system's temporary folder may be misconfigured, which is reported by an exception.
+std::size_t temporary_path_length(std::array<wchar_t, MAX_PATH>& buffer)
+{
+    try {
+        return temp_file_manager([](const std::string& line) { log_stream(log_level::error) << line; })
+            .get_temp_folder(buffer.size(), buffer.data(), 0);
+    } catch (const std::filesystem::filesystem_error&) {
+        return 0;
+    }
+}
+
+// A path for the fetched file in a folder made for it; empty when there is none, which is logged.
+std::wstring make_cache_path(const std::wstring& url)
+{
+    const std::wstring file_name = CacheFileName(url.c_str());
+    std::array<wchar_t, MAX_PATH> temporary_path{};
+    if (temporary_path_length(temporary_path) == 0) {
+        log_debug("ACTIVEDOC DownloadPDFFile FAILED TO GET TEMP PATH");
+        return {};
+    }
+    const std::wstring folder = CreateCacheFolder(WithSeparator(temporary_path.data()));
+    if (folder.empty()) {
+        log_debug("ACTIVEDOC DownloadPDFFile FAILED TO CREATE TEMP DIRECTORY");
+        return {};
+    }
+    std::wstring path = CacheFilePath(folder, file_name);
+    if (path.empty())
+        log_debug("ACTIVEDOC DownloadPDFFile FAILED TO GET CACHE FILE PATH");
+    return path;
+}
+
+// 0 on success, whatever else the chosen way of downloading answers on failure.
+HRESULT fetch(const download_job& job, const std::wstring& url, const std::wstring& cache_path)
+{
+    DWORD last_error = 0;
+    const int answer = ReadWinINetSwitch(last_error);
+    if (answer == wininet_switch_on) {
+        log_debug("ACTIVEDOC KIEBrowserPlugin: WinINet");
+        return static_cast<HRESULT>(DownloadWithWinINet(job, url.c_str(), cache_path.c_str()));
+    }
+    log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", answer, " ", last_error);
+    CBindStatusCallbackImpl callback(job.window, job.cancel_event);
+    return URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
+}
+
+// The download's success does not prove a file, let alone a PDF.
+void hand_over(const download_job& job, const std::wstring& cache_path)
+{
+    if (IsCancelled(job.cancel_event))
+        return;
+    if (!isPDF(cache_path.c_str())) {
+        log_debug("ACTIVEDOC DownloadPDFFile MISSING FILE");
+        return;
+    }
+    if (IsCancelled(job.cancel_event))
+        return;
+    if (SendCacheFile(job.window, cache_path))
+        PostLoadFile(job.window);
+}
+
+void download(const download_job& job)
+{
+    std::wstring url;
+    if (!RequestUrl(job.window, url))
+        return;
+    log_debug("ACTIVEDOC DownloadPDFFile URL: ", url);
+    const std::wstring cache_path = make_cache_path(url);
+    if (cache_path.empty())
+        return;
+    log_debug("ACTIVEDOC DownloadPDFFile CACHE: ", cache_path);
+    const HRESULT result = fetch(job, url, cache_path);
+    if (result != 0) {
+        log_debug("ACTIVEDOC DownloadPDFFile FAILED ", result);
+        return;
+    }
+    log_debug("ACTIVEDOC DownloadPDFFile CACHE:", cache_path);
+    hand_over(job, cache_path);
+}
+
+} // namespace
+
+DWORD DownloadPDFFile(const download_job& job) noexcept
+{
+    try {
+        download(job);
+    } catch (const std::exception&) {
+        // Out of memory: the window keeps what it shows, as after every failure here.
+    }
+    return 0;
+}
+
+} // namespace quill

@@ -1,0 +1,60 @@
+#include "retrieval/download_switch.h"
+
+#include <array>
+#include <cctype>
+#include <cwchar>
+
+namespace quill {
+namespace {
+
+constexpr wchar_t settings_key[] = L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences"
+                                   L"\\kBrowserPlugin";
+constexpr wchar_t value_name[] = L"kIEBrowserPluginWinINet";
+constexpr DWORD value_units = 16;
+
+// The machine's settings may have been written by a 32-bit installer, into the other view.
+LSTATUS open_settings(HKEY& key) noexcept
+{
+    LSTATUS status = RegOpenKeyExW(HKEY_CURRENT_USER, settings_key, 0, KEY_READ | KEY_WOW64_64KEY, &key);
+    if (status == ERROR_FILE_NOT_FOUND)
+        status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, settings_key, 0, KEY_READ | KEY_WOW64_64KEY, &key);
+    if (status == ERROR_FILE_NOT_FOUND)
+        status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, settings_key, 0, KEY_READ | KEY_WOW64_32KEY, &key);
+    return status;
+}
+
+wininet_switch read_switch() noexcept
+{
+    HKEY key = nullptr;
+    if (open_settings(key) != ERROR_SUCCESS)
+        return wininet_switch_no_key;
+    // A value of any type is taken for text; the unit behind it ends one that fills the buffer.
+    std::array<wchar_t, value_units + 1> text{};
+    DWORD size_in_bytes = value_units * sizeof(wchar_t);
+    const LSTATUS status = RegQueryValueExW(key, value_name, nullptr, nullptr,
+                                            reinterpret_cast<BYTE*>(text.data()), &size_in_bytes);
+    RegCloseKey(key);
+    return status == ERROR_SUCCESS ? ParseWinINetSwitch(text.data()) : wininet_switch_no_value;
+}
+
+} // namespace
+
+wininet_switch ParseWinINetSwitch(const wchar_t* text) noexcept
+{
+    const wchar_t* number = std::wcsstr(text, L"/b");
+    if (!number)
+        return wininet_switch_no_number;
+    number += 2;
+    while (*number < 0x80 && std::isspace(*number))
+        ++number;
+    return std::wcstol(number, nullptr, 10) == 0 ? wininet_switch_zero : wininet_switch_on;
+}
+
+wininet_switch ReadWinINetSwitch(DWORD& last_error) noexcept
+{
+    const wininet_switch answer = read_switch();
+    last_error = GetLastError();
+    return answer;
+}
+
+} // namespace quill

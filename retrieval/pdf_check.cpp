@@ -1,0 +1,81 @@
+#include "retrieval/pdf_check.h"
+
+#include "logging/log_stream.h"
+
+#include <windows.h>
+
+#include <shlwapi.h>
+
+#include <array>
+#include <optional>
+
+namespace quill {
+namespace {
+
+// One zero byte behind what is read: the place of the version's digit when the header ends the window.
+struct file_window
+{
+    std::array<char, pdf_check_bytes + 1> bytes{};
+    DWORD bytes_read = 0;
+};
+
+// Nothing when the file cannot be opened. A file that cannot be read counts as empty.
+std::optional<file_window> read_window(const wchar_t* path) noexcept
+{
+    const HANDLE file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE)
+        return std::nullopt;
+    file_window window;
+    if (!ReadFile(file, window.bytes.data(), pdf_check_bytes, &window.bytes_read, nullptr))
+        window.bytes_read = 0;
+    CloseHandle(file);
+    return window;
+}
+
+// Whether the first occurrence of marker leaves room for wanted bytes, counted from its own start.
+bool holds(std::string_view window, std::string_view marker, std::size_t wanted)
+{
+    const std::size_t position = window.find(marker);
+    return position != std::string_view::npos && window.size() - position >= wanted;
+}
+
+} // namespace
+
+pdf_verdict JudgePdf(std::string_view window, std::size_t bytes_read)
+{
+    constexpr std::string_view header = "%PDF-1.", protected_marker = ".pfile";
+    constexpr std::size_t smallest_file = 9;
+    if (bytes_read < smallest_file)
+        return pdf_verdict::refused;
+    if (holds(window, header, header.size() + 1))
+        return pdf_verdict::pdf;
+    if (holds(window, protected_marker, protected_marker.size()))
+        return pdf_verdict::protected_pdf;
+    return pdf_verdict::refused;
+}
+
+int isPDF(const wchar_t* path) noexcept
+{
+    if (!path || !PathFileExistsW(path)) {
+        log_stream(log_level::debug) << "ACTIVEDOC isPDF [FALSE] MISSING FILE";
+        return 0;
+    }
+    const auto window = read_window(path);
+    if (!window)
+        return 0;
+    switch (JudgePdf({window->bytes.data(), window->bytes.size()}, window->bytes_read)) {
+    case pdf_verdict::pdf:
+        log_stream(log_level::debug) << "ACTIVEDOC isPDF [TRUE]";
+        return 1;
+    case pdf_verdict::protected_pdf:
+        log_stream(log_level::debug) << "ACTIVEDOC isPDF [TRUE] - ppdf file";
+        return 1;
+    case pdf_verdict::refused:
+        break;
+    }
+    log_stream(log_level::debug) << "ACTIVEDOC isPDF [FALSE]";
+    return 0;
+}
+
+} // namespace quill

@@ -1,0 +1,43 @@
+// One connection of the test server: non-blocking socket work that a stop event can break off.
+#pragma once
+
+#include "tests/support/http_server.h"
+
+#include <windows.h>
+#include <winsock2.h>
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace quill::test {
+
+// Owns the socket. Closing is in good order unless unread bytes are left.
+class http_connection
+{
+public:
+    // stop and release: manual-reset events that outlive the connection.
+    http_connection(SOCKET socket, HANDLE stop, HANDLE release);
+    ~http_connection();
+    http_connection(const http_connection&) = delete;
+    http_connection& operator=(const http_connection&) = delete;
+
+    // Nothing when the client went away or the server stops.
+    std::optional<http_request> read_request();
+    void write_response(const http_response& response, bool with_body);
+
+private:
+    bool wait_for_socket();
+    bool pause(std::uint32_t timeout_ms) const;
+    bool wait_for_release() const;
+    bool send_all(std::string_view bytes);
+    bool send_body(const http_response& response);
+    bool send_piece(std::string_view piece, http_response::framing framing);
+
+    SOCKET socket_;
+    WSAEVENT ready_;
+    HANDLE stop_;
+    HANDLE release_;
+};
+
+} // namespace quill::test

@@ -1,0 +1,73 @@
+#include "retrieval/status_pane_layout.h"
+
+#include <gtest/gtest.h>
+
+namespace quill {
+namespace {
+
+struct rectangle
+{
+    LONG left, top, right, bottom;
+
+    explicit rectangle(const RECT& from) : rectangle(from.left, from.top, from.right, from.bottom) {}
+    rectangle(LONG l, LONG t, LONG r, LONG b) : left(l), top(t), right(r), bottom(b) {}
+    friend bool operator==(const rectangle&, const rectangle&) = default;
+};
+
+std::pair<LONG, LONG> position(LONG width, LONG height)
+{
+    const POINT place = StatusPanePosition({width, height});
+    return {place.x, place.y};
+}
+
+constexpr RECT client{0, 0, 350, 45};
+
+TEST(StatusPaneLayout, PlacesThePaneAboveTheMiddle)
+{
+    EXPECT_EQ(position(350, 90), std::pair(0L, 0L));
+    EXPECT_EQ(position(800, 600), std::pair(225L, 255L));
+    EXPECT_EQ(position(801, 601), std::pair(225L, 255L));
+}
+
+TEST(StatusPaneLayout, KeepsNegativePlacesOfASmallParent)
+{
+    EXPECT_EQ(position(0, 0), std::pair(-175L, -45L));
+    EXPECT_EQ(position(100, 50), std::pair(-125L, -20L));
+    EXPECT_EQ(position(349, 89), std::pair(0L, -1L));
+}
+
+TEST(StatusPaneLayout, DrawsTwoPixelsForEachPercent)
+{
+    EXPECT_EQ(rectangle(StatusBar(client, 0)), rectangle(10, 10, 10, 35));
+    EXPECT_EQ(rectangle(StatusBar(client, 1)), rectangle(10, 10, 12, 35));
+    EXPECT_EQ(rectangle(StatusBar(client, 50)), rectangle(10, 10, 110, 35));
+    EXPECT_EQ(rectangle(StatusBar(client, 100)), rectangle(10, 10, 210, 35));
+    EXPECT_EQ(rectangle(StatusBarFrame(client)), rectangle(10, 10, 210, 35));
+}
+
+TEST(StatusPaneLayout, GivesTheTextWhatLiesRightOfTheBar)
+{
+    EXPECT_EQ(rectangle(StatusTextArea(client)), rectangle(210, 0, 350, 45));
+}
+
+std::wstring text_of(const wchar_t* format, std::uint32_t percent)
+{
+    return FormatStatusText(format, percent).data();
+}
+
+TEST(StatusPaneLayout, FormatsThePercentage)
+{
+    EXPECT_EQ(text_of(L"Downloading... %d%%", 7), L"Downloading... 7%");
+    EXPECT_EQ(text_of(L"Downloading... %d%%", 100), L"Downloading... 100%");
+    EXPECT_EQ(text_of(L"", 100), L"");
+}
+
+TEST(StatusPaneLayout, CutsATextThatDoesNotFit)
+{
+    const std::wstring longest(254, L'x');
+    EXPECT_EQ(text_of((longest + L"%d").c_str(), 7), longest + L"7");
+    EXPECT_LE(text_of((longest + L"%d").c_str(), 77).size(), 255u);
+}
+
+} // namespace
+} // namespace quill
