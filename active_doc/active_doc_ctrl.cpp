@@ -122,7 +122,7 @@ STDMETHODIMP CActiveDocCtrl::TranslateAccelerator(LPMSG message)
         message->wParam == 'A' || message->wParam == 'C' || message->wParam == 'F' || message->wParam == 'P';
     const bool control_down = GetKeyState(VK_LCONTROL) < 0 || GetKeyState(VK_RCONTROL) < 0;
     if (message->message == WM_KEYDOWN && viewer_key && control_down) {
-        SendMessageW(m_hWnd, message->message, message->wParam, message->lParam);
+        ::SendMessageW(m_hWnd, message->message, message->wParam, message->lParam);
         return S_OK;
     }
     if (!hold_frame())

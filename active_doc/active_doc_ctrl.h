@@ -77,7 +77,7 @@ public:
     END_COM_MAP()
 
     BEGIN_CATEGORY_MAP(CActiveDocCtrl)
-    IMPLEMENTED_CATEGORY(CATID_AppContainerCompatible)
+    IMPLEMENTED_CATEGORY(quill::CATID_AppContainerCompatible)
     END_CATEGORY_MAP()
 
     BEGIN_MSG_MAP(CActiveDocCtrl)
@@ -186,7 +186,7 @@ private:
     bool read_page_and_zoom_of_location();
     void show_page_and_zoom() const;
     void merge_frame_menu();
-    void load_into_viewer() { SendMessageW(m_hWnd, quill::WM_USER_LOADFILE, 0, 0); }
+    void load_into_viewer() { ::SendMessageW(m_hWnd, quill::WM_USER_LOADFILE, 0, 0); }
     bool path_is_pdf() const;
     void set_path(const wchar_t* path);
     const std::wstring& url_to_fetch() const { return embedded_url_.empty() ? document_url_ : embedded_url_; }

@@ -1,6 +1,11 @@
 #include "active_doc/browser_services.h"
 
+#include "platform/unique_com_memory.h"
+
+#include <windows.h>
+
 #include <shlguid.h>
+#include <shlobj.h>
 
 namespace quill {
 namespace {
@@ -44,11 +49,10 @@ std::optional<std::wstring> browser_location(IOleClientSite* site)
 
 std::optional<std::wstring> moniker_name(IMoniker* moniker)
 {
-    LPOLESTR text = nullptr;
-    if (!moniker || FAILED(moniker->GetDisplayName(nullptr, nullptr, &text)) || !text)
+    unique_com_string text;
+    if (!moniker || FAILED(moniker->GetDisplayName(nullptr, nullptr, text.put())) || !text)
         return std::nullopt;
-    const ATL::CComHeapPtr<OLECHAR> owner(text);
-    return std::wstring(text);
+    return std::wstring(text.get());
 }
 
 std::optional<std::wstring> site_moniker_name(IOleClientSite* site, DWORD which_moniker)

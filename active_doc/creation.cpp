@@ -66,10 +66,10 @@ LRESULT CActiveDocCtrl::OnCreate(UINT, WPARAM, LPARAM lparam, BOOL&)
 void CActiveDocCtrl::create_inner_viewer(const CREATESTRUCTW& creation)
 {
     AtlAxWinInit();
-    host_window_ = CreateWindowExW(
-        0, CAxWindow::GetWndClassName(), nullptr, WS_CHILD | WS_VISIBLE | WS_BORDER, creation.x, creation.y,
-        creation.cx, creation.cy, m_hWnd, reinterpret_cast<HMENU>(static_cast<INT_PTR>(host_control_id)),
-        _AtlBaseModule.GetModuleInstance(), nullptr);
+    host_window_ = CreateWindowExW(0, L"" ATLAXWIN_CLASS, nullptr, WS_CHILD | WS_VISIBLE | WS_BORDER,
+                                   creation.x, creation.y, creation.cx, creation.cy, m_hWnd,
+                                   reinterpret_cast<HMENU>(static_cast<INT_PTR>(host_control_id)),
+                                   _AtlBaseModule.GetModuleInstance(), nullptr);
     if (host_window_)
         viewer_.attach(create_hosted_control(host_window_));
 }

@@ -2,6 +2,8 @@
 // the suite's viewer control.
 #pragma once
 
+#include "platform/com_categories.h"
+
 #include <windows.h>
 
 #include <oaidl.h>

@@ -31,7 +31,7 @@ public:
         }
         // Taking the site away deactivates but keeps the pointer: hosts send UI events behind it.
         if (site && site != document->m_spInPlaceSite)
-            document->m_spInPlaceSite = static_cast<IOleInPlaceSiteWindowless*>(site);
+            document->m_spInPlaceSite = site;
         return S_OK;
     }
 

@@ -81,7 +81,7 @@ LRESULT CActiveDocCtrl::OnKeyDown(UINT message, WPARAM wparam, LPARAM lparam, BO
 {
     // A viewer that reports this window as its own would have the key sent here for ever.
     if (const HWND viewer_window = viewer_.window(); viewer_window && viewer_window != m_hWnd)
-        SendMessageW(viewer_window, message, wparam, lparam);
+        ::SendMessageW(viewer_window, message, wparam, lparam);
     return 0;
 }
 

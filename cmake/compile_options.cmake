@@ -13,6 +13,8 @@ target_compile_options(quill_options INTERFACE
     -fms-extensions
     -Wall -Wextra -Wpedantic -Werror
     -Wno-language-extension-token
+    # mingw's STDMETHOD says nothrow where its STDMETHODIMP does not.
+    -Wno-missing-exception-spec
     -Wshadow -Wconversion -Wcast-qual -Wundef -Wextra-semi -Wimplicit-fallthrough -Wformat=2
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
     -fstack-protector-strong -ffunction-sections -fdata-sections
@@ -27,7 +29,6 @@ if(QUILL_CHECKS)
     target_compile_options(quill_options INTERFACE -fsanitize=undefined -fsanitize-trap=undefined
         # COM proxies and type-library dispatch call through types the compiler cannot see.
         -fno-sanitize=vptr,function)
-    target_compile_definitions(quill_options INTERFACE _GLIBCXX_DEBUG=0)
 endif()
 
 # quill_add_library(NAME SOURCES...): one folder of the layout as one static library "quill_NAME".

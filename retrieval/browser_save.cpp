@@ -1,31 +1,19 @@
 #include "retrieval/browser_save.h"
 
-#include <cstring>
-#include <memory>
-#include <type_traits>
+#include "platform/library_function.h"
+#include "platform/unique_handle.h"
 
 namespace quill {
 namespace {
-
-struct library_closer
-{
-    void operator()(HMODULE library) const noexcept { FreeLibrary(library); }
-};
-using library_handle = std::unique_ptr<std::remove_pointer_t<HMODULE>, library_closer>;
 
 // The library is a system component that the browser has loaded already; its bare name finds that one.
 template <typename... Parameters>
 HRESULT call_browser(const char* name, Parameters... arguments) noexcept
 {
-    const library_handle library(LoadLibraryExW(L"ieframe.dll", nullptr, 0));
-    const FARPROC address = library ? GetProcAddress(library.get(), name) : nullptr;
-    if (!address)
-        return E_NOTIMPL;
+    const unique_library library(LoadLibraryExW(L"ieframe.dll", nullptr, 0));
     using function = HRESULT(WINAPI*)(Parameters...);
-    static_assert(sizeof(function) == sizeof(FARPROC));
-    function entry = nullptr;
-    std::memcpy(&entry, &address, sizeof entry);
-    return entry(arguments...);
+    const auto entry = library_function<function>(library.get(), name);
+    return entry ? entry(arguments...) : E_NOTIMPL;
 }
 
 } // namespace

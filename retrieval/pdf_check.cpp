@@ -1,6 +1,7 @@
 #include "retrieval/pdf_check.h"
 
 #include "logging/log_stream.h"
+#include "platform/unique_handle.h"
 
 #include <windows.h>
 
@@ -22,14 +23,13 @@ struct file_window
 // Nothing when the file cannot be opened. A file that cannot be read counts as empty.
 std::optional<file_window> read_window(const wchar_t* path) noexcept
 {
-    const HANDLE file = CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
-                                    FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
+    const unique_handle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                                         FILE_ATTRIBUTE_NORMAL, nullptr));
+    if (!file)
         return std::nullopt;
     file_window window;
-    if (!ReadFile(file, window.bytes.data(), pdf_check_bytes, &window.bytes_read, nullptr))
+    if (!ReadFile(file.get(), window.bytes.data(), pdf_check_bytes, &window.bytes_read, nullptr))
         window.bytes_read = 0;
-    CloseHandle(file);
     return window;
 }
 

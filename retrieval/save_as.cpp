@@ -1,11 +1,9 @@
 #include "retrieval/save_as.h"
 
+#include "platform/unique_com_memory.h"
 #include "retrieval/browser_save.h"
 #include "retrieval/suggested_name.h"
 
-#include <objbase.h>
-
-#include <memory>
 #include <new>
 #include <optional>
 #include <string>
@@ -18,12 +16,6 @@ constexpr GUID internet_cache_folder = {
     0x352481E8, 0x33BE, 0x4251, {0xBA, 0x85, 0x60, 0x07, 0xCA, 0xED, 0xCF, 0x9D}};
 
 constexpr DWORD overwrite_prompt = 0x2; // OFN_OVERWRITEPROMPT
-
-struct task_memory_freer
-{
-    void operator()(wchar_t* text) const noexcept { CoTaskMemFree(text); }
-};
-using task_string = std::unique_ptr<wchar_t, task_memory_freer>;
 
 // The browser keeps the place that the user chose until it is told to save or to forget.
 class pending_save
@@ -77,13 +69,11 @@ private:
 
 bool save_copy(const wchar_t* local_path, pending_save& pending) noexcept
 {
-    wchar_t* folder = nullptr;
-    const HRESULT result = IEGetWriteableFolderPath(internet_cache_folder, &folder);
-    task_string owned_folder(folder);
-    if (FAILED(result) || !folder)
+    unique_com_string folder;
+    if (FAILED(IEGetWriteableFolderPath(internet_cache_folder, folder.put())) || !folder)
         return false;
-    const temporary_file copy(folder);
-    owned_folder.reset();
+    const temporary_file copy(folder.get());
+    folder.reset();
     return *copy.path() && CopyFileExW(local_path, copy.path(), nullptr, nullptr, nullptr, 0) &&
            pending.save(copy.path());
 }
@@ -93,12 +83,10 @@ int save_document(HWND window, const std::wstring& local_path)
     const std::optional<std::wstring> name = suggested_file_name(local_path.c_str());
     if (!name)
         return 0;
-    wchar_t* destination = nullptr;
+    unique_com_string destination; // not needed: the browser moves the copy itself
     HANDLE state = nullptr;
     const HRESULT result = IEShowSaveFileDialog(window, name->c_str(), nullptr, L"PDF files (*.pdf)|*.PDF|",
-                                                L"pdf", 0, overwrite_prompt, &destination, &state);
-    // Not needed: the browser moves the copy itself.
-    const task_string owned_destination(destination);
+                                                L"pdf", 0, overwrite_prompt, destination.put(), &state);
     if (result == S_FALSE)
         return 1;
     if (result != S_OK)

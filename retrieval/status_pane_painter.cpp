@@ -1,8 +1,7 @@
 #include "retrieval/status_pane_painter.h"
 
+#include "platform/unique_handle.h"
 #include "retrieval/status_pane_layout.h"
-
-#include <memory>
 
 namespace quill {
 namespace {
@@ -11,26 +10,18 @@ constexpr COLORREF ground_colour = RGB(79, 79, 79);
 constexpr COLORREF bar_colour = RGB(25, 30, 80);
 constexpr COLORREF text_colour = RGB(255, 255, 255);
 
-struct object_deleter
+struct memory_context_traits : null_is_empty<HDC>
 {
-    using pointer = HGDIOBJ;
-    void operator()(HGDIOBJ object) const noexcept { DeleteObject(object); }
+    static void close(HDC context) noexcept { DeleteDC(context); }
 };
-using gdi_object = std::unique_ptr<void, object_deleter>;
-
-struct context_deleter
-{
-    using pointer = HDC;
-    void operator()(HDC context) const noexcept { DeleteDC(context); }
-};
-using memory_context = std::unique_ptr<void, context_deleter>;
+using unique_memory_context = unique_resource<memory_context_traits>;
 
 // Selects an object for as long as it lives; a selected object cannot be deleted.
 class selection
 {
 public:
-    selection(HDC context, const gdi_object& object) noexcept
-        : context_(context), previous_(object ? SelectObject(context, object.get()) : nullptr)
+    selection(HDC context, HGDIOBJ object) noexcept
+        : context_(context), previous_(object ? SelectObject(context, object) : nullptr)
     {
     }
     ~selection()
@@ -46,25 +37,25 @@ private:
     HGDIOBJ previous_;
 };
 
-gdi_object make_font()
+unique_gdi_object<HFONT> make_font()
 {
     constexpr int height = 14;
     constexpr DWORD pitch_and_family = 48;
-    return gdi_object(CreateFontW(height, 0, 0, 0, 0, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
-                                  OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY, pitch_and_family,
-                                  L"Verdana"));
+    return unique_gdi_object<HFONT>(CreateFontW(height, 0, 0, 0, 0, FALSE, FALSE, FALSE, DEFAULT_CHARSET,
+                                                OUT_DEFAULT_PRECIS, CLIP_DEFAULT_PRECIS, DEFAULT_QUALITY,
+                                                pitch_and_family, L"Verdana"));
 }
 
 void fill(HDC context, const RECT& area, COLORREF colour)
 {
-    const gdi_object brush(CreateSolidBrush(colour));
-    FillRect(context, &area, static_cast<HBRUSH>(brush.get()));
+    const unique_gdi_object<HBRUSH> brush(CreateSolidBrush(colour));
+    FillRect(context, &area, brush.get());
 }
 
 void draw(HDC context, const RECT& client, const RECT& damaged, std::uint32_t percent, const wchar_t* text)
 {
-    const gdi_object font = make_font();
-    const selection font_selected(context, font);
+    const unique_gdi_object<HFONT> font = make_font();
+    const selection font_selected(context, font.get());
     fill(context, damaged, ground_colour);
     const RECT frame = StatusBarFrame(client);
     FillRect(context, &frame, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
@@ -82,11 +73,11 @@ void PaintStatusPane(HDC target, const RECT& client, const RECT& damaged, std::u
 {
     const int width = client.right - client.left;
     const int height = client.bottom - client.top;
-    const memory_context context(CreateCompatibleDC(target));
-    const gdi_object bitmap(CreateCompatibleBitmap(target, width, height));
+    const unique_memory_context context(CreateCompatibleDC(target));
+    const unique_gdi_object<HBITMAP> bitmap(CreateCompatibleBitmap(target, width, height));
     if (!context || !bitmap)
         return;
-    const selection bitmap_selected(context.get(), bitmap);
+    const selection bitmap_selected(context.get(), bitmap.get());
     draw(context.get(), client, damaged, percent, text);
     BitBlt(target, client.left, client.top, width, height, context.get(), 0, 0, SRCCOPY);
 }

@@ -1,7 +1,8 @@
 #include "retrieval/wininet_download.h"
 
 #include "logging/log_stream.h"
-#include "retrieval/window_messages.h"
+#include "retrieval/cancel_event.h"
+#include "retrieval/window_exchange.h"
 #include "retrieval/wininet_functions.h"
 #include "retrieval/wininet_request.h"
 
@@ -32,11 +33,6 @@ std::wstring without_fragment(const wchar_t* url)
     return url ? std::wstring(url, std::wcscspn(url, L"#")) : std::wstring();
 }
 
-bool is_cancelled(const download_job& job) noexcept
-{
-    return job.cancel_event && WaitForSingleObject(job.cancel_event, 0) == WAIT_OBJECT_0;
-}
-
 // 0 when the server did not say.
 std::uint32_t content_length(const wininet_functions& wininet, HINTERNET request) noexcept
 {
@@ -62,7 +58,7 @@ public:
     std::uint32_t run() noexcept
     {
         while (const DWORD available = query_available()) {
-            if (is_cancelled(job_))
+            if (IsCancelled(job_.cancel_event))
                 return cancelled;
             if (!take(available))
                 return failed;
@@ -101,10 +97,7 @@ private:
 
     void report() const noexcept
     {
-        progress_record record{received_, expected_, BINDSTATUS_DOWNLOADINGDATA, nullptr};
-        DWORD_PTR ignored = 0;
-        SendMessageTimeoutW(job_.window, WM_USER_PROGRESS, 0, reinterpret_cast<LPARAM>(&record),
-                            window_message_flags, window_message_timeout_ms, &ignored);
+        SendProgress(job_.window, {received_, expected_, BINDSTATUS_DOWNLOADINGDATA, nullptr});
     }
 
     const wininet_functions& wininet_;
@@ -136,7 +129,7 @@ std::uint32_t fetch(const wininet_functions& wininet, const download_job& job, c
 
     const std::uint32_t expected = content_length(wininet, opened.request.get());
 
-    file_handle file(cache_path ? _wfopen(cache_path, L"wb") : nullptr);
+    const file_handle file(cache_path ? _wfopen(cache_path, L"wb") : nullptr);
     if (!file) {
         const DWORD error = GetLastError();
         log_stream(log_level::debug) << "ACTIVEDOC DEBUG FAILED TO CREATE CACHE FILE " << error;
@@ -144,8 +137,8 @@ std::uint32_t fetch(const wininet_functions& wininet, const download_job& job, c
     }
 
     const std::uint32_t result = transfer(wininet, job, opened.request.get(), file.get(), expected).run();
-    // The last of the body may still be in the stream's buffer: a full disk shows itself here.
-    const bool is_written = std::fclose(file.release()) == 0;
+    // The last of the body is still in the stream's buffer: a full disk may show itself only here.
+    const bool is_written = std::fflush(file.get()) == 0;
     return result == succeeded && !is_written ? failed : result;
 }
 

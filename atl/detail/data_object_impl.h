@@ -9,23 +9,23 @@ template <class T>
 class ATL_NO_VTABLE IDataObjectImpl : public IDataObject
 {
 public:
-    STDMETHOD(GetData)(FORMATETC* pformatetcIn, STGMEDIUM* pmedium) override
+    HRESULT STDMETHODCALLTYPE GetData(FORMATETC* pformatetcIn, STGMEDIUM* pmedium) override
     {
         return Self()->IDataObject_GetData(pformatetcIn, pmedium);
     }
-    STDMETHOD(GetDataHere)(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
-    STDMETHOD(QueryGetData)(FORMATETC*) override { return E_NOTIMPL; }
-    STDMETHOD(GetCanonicalFormatEtc)(FORMATETC*, FORMATETC*) override { return E_NOTIMPL; }
-    STDMETHOD(SetData)(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
-    STDMETHOD(EnumFormatEtc)(DWORD, IEnumFORMATETC** ppenumFormatEtc) override
+    HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetCanonicalFormatEtc(FORMATETC*, FORMATETC*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetData(FORMATETC*, STGMEDIUM*, BOOL) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE EnumFormatEtc(DWORD, IEnumFORMATETC** ppenumFormatEtc) override
     {
         if (!ppenumFormatEtc)
             return E_POINTER;
         *ppenumFormatEtc = nullptr;
         return E_NOTIMPL;
     }
-    STDMETHOD(DAdvise)(FORMATETC* pformatetc, DWORD advf, IAdviseSink* pAdvSink,
-                       DWORD* pdwConnection) override
+    HRESULT STDMETHODCALLTYPE DAdvise(FORMATETC* pformatetc, DWORD advf, IAdviseSink* pAdvSink,
+                                      DWORD* pdwConnection) override
     {
         if (!pdwConnection)
             return E_POINTER;
@@ -40,12 +40,12 @@ public:
         }
         return holder->Advise(this, pformatetc, advf, pAdvSink, pdwConnection);
     }
-    STDMETHOD(DUnadvise)(DWORD dwConnection) override
+    HRESULT STDMETHODCALLTYPE DUnadvise(DWORD dwConnection) override
     {
         const CComPtr<IDataAdviseHolder> holder = Self()->m_spDataAdviseHolder;
         return holder ? holder->Unadvise(dwConnection) : OLE_E_NOCONNECTION;
     }
-    STDMETHOD(EnumDAdvise)(IEnumSTATDATA** ppenumAdvise) override
+    HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA** ppenumAdvise) override
     {
         if (!ppenumAdvise)
             return E_POINTER;

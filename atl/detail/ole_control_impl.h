@@ -9,10 +9,10 @@ template <class T>
 class ATL_NO_VTABLE IOleControlImpl : public IOleControl
 {
 public:
-    STDMETHOD(GetControlInfo)(CONTROLINFO*) override { return E_NOTIMPL; }
-    STDMETHOD(OnMnemonic)(LPMSG) override { return E_NOTIMPL; }
-    STDMETHOD(OnAmbientPropertyChange)(DISPID) override { return S_OK; }
-    STDMETHOD(FreezeEvents)(BOOL bFreeze) override
+    HRESULT STDMETHODCALLTYPE GetControlInfo(CONTROLINFO*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OnMnemonic(LPMSG) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OnAmbientPropertyChange(DISPID) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE FreezeEvents(BOOL bFreeze) override
     {
         if (bFreeze)
             ++m_nFreezeEvents;

@@ -12,15 +12,15 @@ template <class T>
 class ATL_NO_VTABLE IOleInPlaceActiveObjectImpl : public IOleInPlaceActiveObject
 {
 public:
-    STDMETHOD(GetWindow)(HWND* phwnd) override
+    HRESULT STDMETHODCALLTYPE GetWindow(HWND* phwnd) override
     {
         if (!phwnd)
             return E_POINTER;
         *phwnd = Self()->m_hWndCD;
         return *phwnd ? S_OK : E_FAIL;
     }
-    STDMETHOD(ContextSensitiveHelp)(BOOL) override { return E_NOTIMPL; }
-    STDMETHOD(TranslateAccelerator)(LPMSG pMsg) override
+    HRESULT STDMETHODCALLTYPE ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE TranslateAccelerator(LPMSG pMsg) override
     {
         if (!pMsg)
             return E_POINTER;
@@ -30,13 +30,13 @@ public:
         const CComPtr<IOleClientSite> site = Self()->m_spClientSite;
         return OfferAcceleratorToSite(site, pMsg);
     }
-    STDMETHOD(OnFrameWindowActivate)(BOOL) override { return S_OK; }
-    STDMETHOD(OnDocWindowActivate)(BOOL fActivate) override
+    HRESULT STDMETHODCALLTYPE OnFrameWindowActivate(BOOL) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE OnDocWindowActivate(BOOL fActivate) override
     {
         return fActivate ? S_OK : Self()->UIDeactivate();
     }
-    STDMETHOD(ResizeBorder)(LPCRECT, IOleInPlaceUIWindow*, BOOL) override { return S_OK; }
-    STDMETHOD(EnableModeless)(BOOL) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE ResizeBorder(LPCRECT, IOleInPlaceUIWindow*, BOOL) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE EnableModeless(BOOL) override { return S_OK; }
 
     // For a class that wants keys before the site: TRUE when it took the message, with the answer.
     BOOL PreTranslateAccelerator(LPMSG, HRESULT&) { return FALSE; }

@@ -16,15 +16,15 @@ template <class T>
 class ATL_NO_VTABLE IOleInPlaceObjectWindowlessImpl : public IOleInPlaceObjectWindowless
 {
 public:
-    STDMETHOD(GetWindow)(HWND* phwnd) override
+    HRESULT STDMETHODCALLTYPE GetWindow(HWND* phwnd) override
     {
         if (!phwnd)
             return E_POINTER;
         *phwnd = Self()->m_hWndCD;
         return *phwnd ? S_OK : E_FAIL;
     }
-    STDMETHOD(ContextSensitiveHelp)(BOOL) override { return E_NOTIMPL; }
-    STDMETHOD(InPlaceDeactivate)() override
+    HRESULT STDMETHODCALLTYPE ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE InPlaceDeactivate() override
     {
         T* const pT = Self();
         CComPtr<IUnknown> self;
@@ -47,7 +47,7 @@ public:
             site->OnInPlaceDeactivate();
         return S_OK;
     }
-    STDMETHOD(UIDeactivate)() override
+    HRESULT STDMETHODCALLTYPE UIDeactivate() override
     {
         T* const pT = Self();
         CComPtr<IUnknown> self;
@@ -61,7 +61,7 @@ public:
         }
         return S_OK;
     }
-    STDMETHOD(SetObjectRects)(LPCRECT prcPos, LPCRECT prcClip) override
+    HRESULT STDMETHODCALLTYPE SetObjectRects(LPCRECT prcPos, LPCRECT prcClip) override
     {
         if (!prcPos || !prcClip)
             return E_POINTER;
@@ -70,15 +70,15 @@ public:
             PlaceControlWindow(Self()->m_hWndCD, *prcPos, *prcClip);
         return S_OK;
     }
-    STDMETHOD(ReactivateAndUndo)() override { return E_NOTIMPL; }
-    STDMETHOD(OnWindowMessage)(UINT, WPARAM, LPARAM, LRESULT* plResult) override
+    HRESULT STDMETHODCALLTYPE ReactivateAndUndo() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE OnWindowMessage(UINT, WPARAM, LPARAM, LRESULT* plResult) override
     {
         if (!plResult)
             return E_POINTER;
         *plResult = 0;
         return S_FALSE;
     }
-    STDMETHOD(GetDropTarget)(IDropTarget** ppDropTarget) override
+    HRESULT STDMETHODCALLTYPE GetDropTarget(IDropTarget** ppDropTarget) override
     {
         if (!ppDropTarget)
             return E_POINTER;

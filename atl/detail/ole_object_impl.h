@@ -9,24 +9,31 @@ template <class T>
 class ATL_NO_VTABLE IOleObjectImpl : public IOleObject
 {
 public:
-    STDMETHOD(SetClientSite)(IOleClientSite* pClientSite) override
+    HRESULT STDMETHODCALLTYPE SetClientSite(IOleClientSite* pClientSite) override
     {
         return Self()->IOleObject_SetClientSite(pClientSite);
     }
-    STDMETHOD(GetClientSite)(IOleClientSite** ppClientSite) override
+    HRESULT STDMETHODCALLTYPE GetClientSite(IOleClientSite** ppClientSite) override
     {
         return Self()->m_spClientSite.CopyTo(ppClientSite);
     }
-    STDMETHOD(SetHostNames)(LPCOLESTR, LPCOLESTR) override { return S_OK; }
-    STDMETHOD(Close)(DWORD dwSaveOption) override { return Self()->IOleObject_Close(dwSaveOption); }
-    STDMETHOD(SetMoniker)(DWORD, IMoniker*) override { return E_NOTIMPL; }
-    STDMETHOD(GetMoniker)(DWORD, DWORD, IMoniker** ppmk) override { return NotImplemented(ppmk); }
-    STDMETHOD(InitFromData)(IDataObject*, BOOL, DWORD) override { return E_NOTIMPL; }
-    STDMETHOD(GetClipboardData)(DWORD, IDataObject** ppDataObject) override
+    HRESULT STDMETHODCALLTYPE SetHostNames(LPCOLESTR, LPCOLESTR) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE Close(DWORD dwSaveOption) override
+    {
+        return Self()->IOleObject_Close(dwSaveOption);
+    }
+    HRESULT STDMETHODCALLTYPE SetMoniker(DWORD, IMoniker*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetMoniker(DWORD, DWORD, IMoniker** ppmk) override
+    {
+        return NotImplemented(ppmk);
+    }
+    HRESULT STDMETHODCALLTYPE InitFromData(IDataObject*, BOOL, DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetClipboardData(DWORD, IDataObject** ppDataObject) override
     {
         return NotImplemented(ppDataObject);
     }
-    STDMETHOD(DoVerb)(LONG iVerb, LPMSG, IOleClientSite*, LONG, HWND hwndParent, LPCRECT prcPosRect) override
+    HRESULT STDMETHODCALLTYPE DoVerb(LONG iVerb, LPMSG, IOleClientSite*, LONG, HWND hwndParent,
+                                     LPCRECT prcPosRect) override
     {
         T* const pT = Self();
         switch (iVerb) {
@@ -48,47 +55,47 @@ public:
             return E_NOTIMPL;
         }
     }
-    STDMETHOD(EnumVerbs)(IEnumOLEVERB** ppEnumOleVerb) override
+    HRESULT STDMETHODCALLTYPE EnumVerbs(IEnumOLEVERB** ppEnumOleVerb) override
     {
         if (!ppEnumOleVerb)
             return E_POINTER;
         *ppEnumOleVerb = nullptr;
         return OleRegEnumVerbs(T::GetObjectCLSID(), ppEnumOleVerb);
     }
-    STDMETHOD(Update)() override { return S_OK; }
-    STDMETHOD(IsUpToDate)() override { return S_OK; }
-    STDMETHOD(GetUserClassID)(CLSID* pClsid) override
+    HRESULT STDMETHODCALLTYPE Update() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE IsUpToDate() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE GetUserClassID(CLSID* pClsid) override
     {
         if (!pClsid)
             return E_POINTER;
         *pClsid = T::GetObjectCLSID();
         return S_OK;
     }
-    STDMETHOD(GetUserType)(DWORD dwFormOfType, LPOLESTR* pszUserType) override
+    HRESULT STDMETHODCALLTYPE GetUserType(DWORD dwFormOfType, LPOLESTR* pszUserType) override
     {
         if (!pszUserType)
             return E_POINTER;
         *pszUserType = nullptr;
         return OleRegGetUserType(T::GetObjectCLSID(), dwFormOfType, pszUserType);
     }
-    STDMETHOD(SetExtent)(DWORD dwDrawAspect, SIZEL* psizel) override
+    HRESULT STDMETHODCALLTYPE SetExtent(DWORD dwDrawAspect, SIZEL* psizel) override
     {
         return Self()->IOleObject_SetExtent(dwDrawAspect, psizel);
     }
-    STDMETHOD(GetExtent)(DWORD dwDrawAspect, SIZEL* psizel) override
+    HRESULT STDMETHODCALLTYPE GetExtent(DWORD dwDrawAspect, SIZEL* psizel) override
     {
         return Self()->IOleObject_GetExtent(dwDrawAspect, psizel);
     }
-    STDMETHOD(Advise)(IAdviseSink* pAdvSink, DWORD* pdwConnection) override
+    HRESULT STDMETHODCALLTYPE Advise(IAdviseSink* pAdvSink, DWORD* pdwConnection) override
     {
         return Self()->IOleObject_Advise(pAdvSink, pdwConnection);
     }
-    STDMETHOD(Unadvise)(DWORD dwConnection) override
+    HRESULT STDMETHODCALLTYPE Unadvise(DWORD dwConnection) override
     {
         const CComPtr<IOleAdviseHolder> holder = Self()->m_spOleAdviseHolder;
         return holder ? holder->Unadvise(dwConnection) : OLE_E_NOCONNECTION;
     }
-    STDMETHOD(EnumAdvise)(IEnumSTATDATA** ppenumAdvise) override
+    HRESULT STDMETHODCALLTYPE EnumAdvise(IEnumSTATDATA** ppenumAdvise) override
     {
         if (!ppenumAdvise)
             return E_POINTER;
@@ -96,14 +103,14 @@ public:
         const CComPtr<IOleAdviseHolder> holder = Self()->m_spOleAdviseHolder;
         return holder ? holder->EnumAdvise(ppenumAdvise) : E_FAIL;
     }
-    STDMETHOD(GetMiscStatus)(DWORD dwAspect, DWORD* pdwStatus) override
+    HRESULT STDMETHODCALLTYPE GetMiscStatus(DWORD dwAspect, DWORD* pdwStatus) override
     {
         if (!pdwStatus)
             return E_POINTER;
         *pdwStatus = 0;
         return OleRegGetMiscStatus(T::GetObjectCLSID(), dwAspect, pdwStatus);
     }
-    STDMETHOD(SetColorScheme)(LOGPALETTE*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetColorScheme(LOGPALETTE*) override { return E_NOTIMPL; }
 
     // What each verb does; a class replaces the ones it wants.
     HRESULT DoVerbPrimary(LPCRECT prcPosRect, HWND hwndParent)

@@ -12,24 +12,24 @@ template <class T>
 class ATL_NO_VTABLE IPersistStorageImpl : public IPersistStorage
 {
 public:
-    STDMETHOD(GetClassID)(CLSID* pClassID) override
+    HRESULT STDMETHODCALLTYPE GetClassID(CLSID* pClassID) override
     {
         if (!pClassID)
             return E_POINTER;
         *pClassID = T::GetObjectCLSID();
         return S_OK;
     }
-    STDMETHOD(IsDirty)() override
+    HRESULT STDMETHODCALLTYPE IsDirty() override
     {
         const CComPtr<IPersistStreamInit> stream_init = StreamInit();
         return stream_init ? stream_init->IsDirty() : E_FAIL;
     }
-    STDMETHOD(InitNew)(IStorage*) override
+    HRESULT STDMETHODCALLTYPE InitNew(IStorage*) override
     {
         const CComPtr<IPersistStreamInit> stream_init = StreamInit();
         return stream_init ? stream_init->InitNew() : E_FAIL;
     }
-    STDMETHOD(Load)(IStorage* pStorage) override
+    HRESULT STDMETHODCALLTYPE Load(IStorage* pStorage) override
     {
         if (!pStorage)
             return E_POINTER;
@@ -43,7 +43,7 @@ public:
             return hr;
         return stream ? stream_init->Load(stream) : E_FAIL;
     }
-    STDMETHOD(Save)(IStorage* pStorage, BOOL fSameAsLoad) override
+    HRESULT STDMETHODCALLTYPE Save(IStorage* pStorage, BOOL fSameAsLoad) override
     {
         if (!pStorage)
             return E_POINTER;
@@ -57,8 +57,8 @@ public:
             return hr;
         return stream ? stream_init->Save(stream, fSameAsLoad) : E_FAIL;
     }
-    STDMETHOD(SaveCompleted)(IStorage*) override { return S_OK; }
-    STDMETHOD(HandsOffStorage)() override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE SaveCompleted(IStorage*) override { return S_OK; }
+    HRESULT STDMETHODCALLTYPE HandsOffStorage() override { return S_OK; }
 
 protected:
     ~IPersistStorageImpl() = default;

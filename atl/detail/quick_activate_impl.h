@@ -10,15 +10,15 @@ template <class T>
 class ATL_NO_VTABLE IQuickActivateImpl : public IQuickActivate
 {
 public:
-    STDMETHOD(QuickActivate)(QACONTAINER* pQACont, QACONTROL* pQACtrl) override
+    HRESULT STDMETHODCALLTYPE QuickActivate(QACONTAINER* pQACont, QACONTROL* pQACtrl) override
     {
         return Self()->IQuickActivate_QuickActivate(pQACont, pQACtrl);
     }
-    STDMETHOD(SetContentExtent)(LPSIZEL pSize) override
+    HRESULT STDMETHODCALLTYPE SetContentExtent(LPSIZEL pSize) override
     {
         return Self()->IOleObject_SetExtent(DVASPECT_CONTENT, pSize);
     }
-    STDMETHOD(GetContentExtent)(LPSIZEL pSize) override
+    HRESULT STDMETHODCALLTYPE GetContentExtent(LPSIZEL pSize) override
     {
         return Self()->IOleObject_GetExtent(DVASPECT_CONTENT, pSize);
     }

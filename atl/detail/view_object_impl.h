@@ -9,9 +9,9 @@ template <class T>
 class ATL_NO_VTABLE IViewObjectExImpl : public IViewObjectEx
 {
 public:
-    STDMETHOD(Draw)(DWORD dwDrawAspect, LONG lindex, void*, DVTARGETDEVICE* ptd, HDC hicTargetDev,
-                    HDC hdcDraw, LPCRECTL prcBounds, LPCRECTL prcWBounds, BOOL(__stdcall*)(ULONG_PTR),
-                    ULONG_PTR) override
+    HRESULT STDMETHODCALLTYPE Draw(DWORD dwDrawAspect, LONG lindex, void*, DVTARGETDEVICE* ptd,
+                                   HDC hicTargetDev, HDC hdcDraw, LPCRECTL prcBounds, LPCRECTL prcWBounds,
+                                   BOOL(__stdcall*)(ULONG_PTR), ULONG_PTR) override
     {
         ATL_DRAWINFO di{};
         di.dwDrawAspect = dwDrawAspect;
@@ -24,23 +24,24 @@ public:
         di.bOptimize = TRUE;
         return Self()->IViewObject_Draw(di);
     }
-    STDMETHOD(GetColorSet)(DWORD, LONG, void*, DVTARGETDEVICE*, HDC, LOGPALETTE** ppColorSet) override
+    HRESULT STDMETHODCALLTYPE GetColorSet(DWORD, LONG, void*, DVTARGETDEVICE*, HDC,
+                                          LOGPALETTE** ppColorSet) override
     {
         if (!ppColorSet)
             return E_POINTER;
         *ppColorSet = nullptr;
         return E_NOTIMPL;
     }
-    STDMETHOD(Freeze)(DWORD, LONG, void*, DWORD*) override { return E_NOTIMPL; }
-    STDMETHOD(Unfreeze)(DWORD) override { return E_NOTIMPL; }
-    STDMETHOD(SetAdvise)(DWORD, DWORD advf, IAdviseSink* pAdvSink) override
+    HRESULT STDMETHODCALLTYPE Freeze(DWORD, LONG, void*, DWORD*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE Unfreeze(DWORD) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetAdvise(DWORD, DWORD advf, IAdviseSink* pAdvSink) override
     {
         Self()->m_spAdviseSink = pAdvSink;
         if (pAdvSink && (advf & ADVF_PRIMEFIRST))
             Self()->SendOnViewChange(DVASPECT_CONTENT);
         return S_OK;
     }
-    STDMETHOD(GetAdvise)(DWORD* pAspects, DWORD* pAdvf, IAdviseSink** ppAdvSink) override
+    HRESULT STDMETHODCALLTYPE GetAdvise(DWORD* pAspects, DWORD* pAdvf, IAdviseSink** ppAdvSink) override
     {
         if (pAspects)
             *pAspects = DVASPECT_CONTENT;
@@ -50,26 +51,26 @@ public:
             Self()->m_spAdviseSink.CopyTo(ppAdvSink);
         return S_OK;
     }
-    STDMETHOD(GetExtent)(DWORD dwDrawAspect, LONG, DVTARGETDEVICE*, SIZEL* lpsizel) override
+    HRESULT STDMETHODCALLTYPE GetExtent(DWORD dwDrawAspect, LONG, DVTARGETDEVICE*, SIZEL* lpsizel) override
     {
         return Self()->IOleObject_GetExtent(dwDrawAspect, lpsizel);
     }
-    STDMETHOD(GetRect)(DWORD, LPRECTL pRect) override
+    HRESULT STDMETHODCALLTYPE GetRect(DWORD, LPRECTL pRect) override
     {
         if (!pRect)
             return E_POINTER;
         *pRect = {};
         return E_NOTIMPL;
     }
-    STDMETHOD(GetViewStatus)(DWORD* pdwStatus) override
+    HRESULT STDMETHODCALLTYPE GetViewStatus(DWORD* pdwStatus) override
     {
         if (!pdwStatus)
             return E_POINTER;
         *pdwStatus = T::_GetViewStatus();
         return S_OK;
     }
-    STDMETHOD(QueryHitPoint)(DWORD dwAspect, LPCRECT pRectBounds, POINT ptlLoc, LONG,
-                             DWORD* pHitResult) override
+    HRESULT STDMETHODCALLTYPE QueryHitPoint(DWORD dwAspect, LPCRECT pRectBounds, POINT ptlLoc, LONG,
+                                            DWORD* pHitResult) override
     {
         if (!pRectBounds || !pHitResult)
             return E_POINTER;
@@ -80,8 +81,8 @@ public:
             *pHitResult = HITRESULT_HIT;
         return S_OK;
     }
-    STDMETHOD(QueryHitRect)(DWORD dwAspect, LPCRECT pRectBounds, LPCRECT prcLoc, LONG,
-                            DWORD* pHitResult) override
+    HRESULT STDMETHODCALLTYPE QueryHitRect(DWORD dwAspect, LPCRECT pRectBounds, LPCRECT prcLoc, LONG,
+                                           DWORD* pHitResult) override
     {
         if (!pRectBounds || !prcLoc || !pHitResult)
             return E_POINTER;
@@ -93,8 +94,8 @@ public:
             *pHitResult = HITRESULT_HIT;
         return S_OK;
     }
-    STDMETHOD(GetNaturalExtent)(DWORD dwAspect, LONG, DVTARGETDEVICE*, HDC, DVEXTENTINFO* pExtentInfo,
-                                LPSIZEL psizel) override
+    HRESULT STDMETHODCALLTYPE GetNaturalExtent(DWORD dwAspect, LONG, DVTARGETDEVICE*, HDC,
+                                               DVEXTENTINFO* pExtentInfo, LPSIZEL psizel) override
     {
         if (!pExtentInfo || !psizel)
             return E_POINTER;

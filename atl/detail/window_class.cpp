@@ -55,18 +55,33 @@ ATOM CAtlWinModule::Register(CWndClassInfo& info) noexcept
     return info.m_atom;
 }
 
+bool CAtlWinModule::TryUnregister(CWndClassInfo** link) noexcept
+{
+    CWndClassInfo* const info = *link;
+    if (!UnregisterClassW(MAKEINTATOM(info->m_atom), _AtlBaseModule.GetModuleInstance()))
+        return false;
+    *link = info->m_pNext;
+    info->m_pNext = nullptr;
+    info->m_atom = 0;
+    return true;
+}
+
+BOOL CAtlWinModule::Unregister(CWndClassInfo& info) noexcept
+{
+    const exclusive guard(m_lock);
+    for (CWndClassInfo** link = &m_pClasses; *link; link = &(*link)->m_pNext) {
+        if (*link == &info)
+            return TryUnregister(link);
+    }
+    return TRUE;
+}
+
 void CAtlWinModule::Term() noexcept
 {
     const exclusive guard(m_lock);
-    CWndClassInfo** link = &m_pClasses;
-    while (CWndClassInfo* const info = *link) {
-        if (!UnregisterClassW(MAKEINTATOM(info->m_atom), _AtlBaseModule.GetModuleInstance())) {
-            link = &info->m_pNext;
-            continue;
-        }
-        *link = info->m_pNext;
-        info->m_pNext = nullptr;
-        info->m_atom = 0;
+    for (CWndClassInfo** link = &m_pClasses; *link;) {
+        if (!TryUnregister(link))
+            link = &(*link)->m_pNext;
     }
     if (m_pClasses)
         return; // windows remain, and with them the need for the properties' names

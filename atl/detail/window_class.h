@@ -50,6 +50,8 @@ public:
     void Term() noexcept;
 
     ATOM Register(CWndClassInfo& info) noexcept;
+    // One class only. FALSE: it still has windows.
+    BOOL Unregister(CWndClassInfo& info) noexcept;
 
     void AddCreateWndData(_AtlCreateWndData* pData, void* pObject) noexcept;
     // The object of the window that the calling thread began to create last, null when there is none.
@@ -63,6 +65,7 @@ public:
     LPCWSTR SuperProperty() noexcept { return Property(m_superAtom, L's'); }
 
 private:
+    static bool TryUnregister(CWndClassInfo** link) noexcept;
     LPCWSTR Property(ATOM& atom, wchar_t kind) noexcept;
 
     SRWLOCK m_lock = SRWLOCK_INIT;

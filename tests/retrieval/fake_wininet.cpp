@@ -24,7 +24,7 @@ std::string narrow(const wchar_t* text)
 fake_wininet* fake_wininet::current_ = nullptr;
 
 fake_wininet::fake_wininet()
-    : functions_{open,         query_option, set_option, open_url,  connect,     open_request,
+    : functions_{open,         query_option, set_option,           open_url,  connect,     open_request,
                  send_request, query_info,   query_data_available, read_file, close_handle}
 {
     EXPECT_EQ(current_, nullptr);
@@ -92,8 +92,8 @@ BOOL WINAPI fake_wininet::set_option(HINTERNET handle, DWORD option, LPVOID buff
     return current_->options_fail ? FALSE : TRUE;
 }
 
-HINTERNET WINAPI fake_wininet::open_url(HINTERNET session, LPCWSTR url, LPCWSTR headers, DWORD length, DWORD flags,
-                                        DWORD_PTR context)
+HINTERNET WINAPI fake_wininet::open_url(HINTERNET session, LPCWSTR url, LPCWSTR headers, DWORD length,
+                                        DWORD flags, DWORD_PTR context)
 {
     note(fmt::format("open_url {} {} {} {} {} {}", name(session), narrow(url), narrow(headers), length, flags,
                      context));
@@ -108,11 +108,13 @@ HINTERNET WINAPI fake_wininet::connect(HINTERNET session, LPCWSTR host, INTERNET
     return make_handle("connection", current_->connect_error);
 }
 
-HINTERNET WINAPI fake_wininet::open_request(HINTERNET connection, LPCWSTR verb, LPCWSTR object, LPCWSTR version,
-                                            LPCWSTR referrer, LPCWSTR* types, DWORD flags, DWORD_PTR context)
+HINTERNET WINAPI fake_wininet::open_request(HINTERNET connection, LPCWSTR verb, LPCWSTR object,
+                                            LPCWSTR version, LPCWSTR referrer, LPCWSTR* types, DWORD flags,
+                                            DWORD_PTR context)
 {
-    note(fmt::format("open_request {} {} {} {} {} {} {:#x} {}", name(connection), narrow(verb), narrow(object),
-                     narrow(version), narrow(referrer), types ? "types" : "-", flags, context));
+    note(fmt::format("open_request {} {} {} {} {} {} {:#x} {}", name(connection), narrow(verb),
+                     narrow(object), narrow(version), narrow(referrer), types ? "types" : "-", flags,
+                     context));
     return make_handle("request", current_->open_request_error);
 }
 
@@ -125,7 +127,8 @@ BOOL WINAPI fake_wininet::send_request(HINTERNET request, LPCWSTR headers, DWORD
     return current_->send_error == 0;
 }
 
-BOOL WINAPI fake_wininet::query_info(HINTERNET request, DWORD info, LPVOID buffer, LPDWORD size, LPDWORD index)
+BOOL WINAPI fake_wininet::query_info(HINTERNET request, DWORD info, LPVOID buffer, LPDWORD size,
+                                     LPDWORD index)
 {
     note(fmt::format("info {} {} size {} index {}", name(request), info, *size, *index));
     if (current_->content_length.empty()) {
@@ -133,14 +136,14 @@ BOOL WINAPI fake_wininet::query_info(HINTERNET request, DWORD info, LPVOID buffe
         return FALSE;
     }
     // As some systems do: the text alone, without a terminator.
-    const std::size_t bytes =
-        std::min<std::size_t>(*size, current_->content_length.size() * sizeof(wchar_t));
+    const std::size_t bytes = std::min<std::size_t>(*size, current_->content_length.size() * sizeof(wchar_t));
     std::memcpy(buffer, current_->content_length.data(), bytes);
     *size = static_cast<DWORD>(bytes);
     return TRUE;
 }
 
-BOOL WINAPI fake_wininet::query_data_available(HINTERNET request, LPDWORD count, DWORD flags, DWORD_PTR context)
+BOOL WINAPI fake_wininet::query_data_available(HINTERNET request, LPDWORD count, DWORD flags,
+                                               DWORD_PTR context)
 {
     note(fmt::format("available {} {} {}", name(request), flags, context));
     EXPECT_EQ(*count, 0u);

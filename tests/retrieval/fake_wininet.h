@@ -20,7 +20,7 @@ class fake_wininet
 public:
     struct read_step
     {
-        DWORD bytes;     // how much is given, at most what is asked for
+        DWORD bytes; // how much is given, at most what is asked for
         BOOL result = TRUE;
     };
 
@@ -38,12 +38,12 @@ public:
     DWORD open_request_error = 0;
     DWORD send_error = 0;
     bool options_fail = false;
-    DWORD initial_flags = 0;             // what option 31 holds on every handle
-    std::wstring content_length;         // empty: the header is absent
-    std::deque<DWORD> available;         // one for each query; then 0
-    std::deque<read_step> reads;         // one for each read; then all that is asked for
-    std::function<void()> on_read;       // called after every read
-    std::function<void()> on_close;      // called before every closing
+    DWORD initial_flags = 0;        // what option 31 holds on every handle
+    std::wstring content_length;    // empty: the header is absent
+    std::deque<DWORD> available;    // one for each query; then 0
+    std::deque<read_step> reads;    // one for each read; then all that is asked for
+    std::function<void()> on_read;  // called after every read
+    std::function<void()> on_close; // called before every closing
 
     // What happened.
     std::vector<std::string> calls;
@@ -57,8 +57,8 @@ private:
     static HINTERNET WINAPI open(LPCWSTR agent, DWORD type, LPCWSTR proxy, LPCWSTR bypass, DWORD flags);
     static BOOL WINAPI query_option(HINTERNET handle, DWORD option, LPVOID buffer, LPDWORD size);
     static BOOL WINAPI set_option(HINTERNET handle, DWORD option, LPVOID buffer, DWORD size);
-    static HINTERNET WINAPI open_url(HINTERNET session, LPCWSTR url, LPCWSTR headers, DWORD length, DWORD flags,
-                                     DWORD_PTR context);
+    static HINTERNET WINAPI open_url(HINTERNET session, LPCWSTR url, LPCWSTR headers, DWORD length,
+                                     DWORD flags, DWORD_PTR context);
     static HINTERNET WINAPI connect(HINTERNET session, LPCWSTR host, INTERNET_PORT port, LPCWSTR user,
                                     LPCWSTR password, DWORD service, DWORD flags, DWORD_PTR context);
     static HINTERNET WINAPI open_request(HINTERNET connection, LPCWSTR verb, LPCWSTR object, LPCWSTR version,

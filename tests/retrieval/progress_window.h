@@ -5,7 +5,9 @@
 
 #include <windows.h>
 
+#include <cstdint>
 #include <functional>
+#include <iosfwd>
 #include <vector>
 
 namespace quill::test {

@@ -1,0 +1,59 @@
+// The WebBrowser control's events, handed on as plain calls.
+#pragma once
+
+#include <windows.h>
+
+#include <atlbase.h>
+#include <atlcom.h>
+#include <exdisp.h>
+
+#include <string>
+
+namespace quill {
+
+// What the events are handed to. Called inside the control's calls and on its thread.
+class browser_events_owner
+{
+public:
+    virtual void on_title(const std::wstring& title) = 0;
+    virtual void on_status(const std::wstring& text) = 0;
+    virtual void on_navigate(const std::wstring& address) = 0;
+    virtual void on_failure(const std::wstring& address, long status) = 0;
+    // A link wants a window of its own.
+    virtual void on_new_window(const std::wstring& address) = 0;
+    // Whether the control's own "back" (or else "forward") leads anywhere.
+    virtual void on_command_state(bool back, bool enabled) = 0;
+
+protected:
+    ~browser_events_owner() = default;
+};
+
+class ATL_NO_VTABLE browser_events : public CComObjectRootEx<CComSingleThreadModel>, public IDispatch
+{
+public:
+    BEGIN_COM_MAP(browser_events)
+    COM_INTERFACE_ENTRY(IDispatch)
+    COM_INTERFACE_ENTRY_IID(DIID_DWebBrowserEvents2, IDispatch)
+    END_COM_MAP()
+
+    ~browser_events() { unsubscribe(); }
+
+    HRESULT subscribe(IUnknown* browser, browser_events_owner& owner);
+    void unsubscribe();
+
+    // IDispatch
+    STDMETHOD(GetTypeInfoCount)(UINT* count) override;
+    STDMETHOD(GetTypeInfo)(UINT index, LCID locale, ITypeInfo** info) override;
+    STDMETHOD(GetIDsOfNames)(REFIID reserved, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override;
+    STDMETHOD(Invoke)(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
+                      VARIANT* result, EXCEPINFO* exception, UINT* bad_argument) override;
+
+private:
+    void take(DISPID id, const DISPPARAMS& parameters);
+
+    browser_events_owner* owner_ = nullptr;
+    CComPtr<IConnectionPoint> point_;
+    DWORD cookie_ = 0;
+};
+
+} // namespace quill

@@ -1,0 +1,60 @@
+// The DLL's entry point and its five exports.
+#include "module/active_doc_module.h"
+#include "module/load_gate.h"
+
+#include <olectl.h>
+
+#include <cwchar>
+
+namespace {
+
+active_doc_module _AtlModule;
+
+} // namespace
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved)
+{
+    if (quill::refuses_this_process())
+        return FALSE;
+    if (reason != DLL_PROCESS_ATTACH)
+        return TRUE;
+    // Refused by the system for a module with thread-local data, which is as good.
+    DisableThreadLibraryCalls(instance);
+    return _AtlModule.DllMain(reason, reserved);
+}
+
+STDAPI DllCanUnloadNow()
+{
+    return _AtlModule.DllCanUnloadNow();
+}
+
+STDAPI DllGetClassObject(REFCLSID rclsid, REFIID riid, LPVOID* ppv)
+{
+    return _AtlModule.DllGetClassObject(rclsid, riid, ppv);
+}
+
+STDAPI DllRegisterServer()
+{
+    return _AtlModule.DllRegisterServer();
+}
+
+STDAPI DllUnregisterServer()
+{
+    return _AtlModule.DllUnregisterServer();
+}
+
+// Called by "regsvr32 /i:COMMAND_LINE". The command line "user" asks for a registration for the user only.
+STDAPI DllInstall(BOOL install, LPCWSTR command_line)
+{
+    static constexpr wchar_t per_user[] = L"user";
+    // The terminator is compared as well: a longer word is another word.
+    if (command_line && _wcsnicmp(command_line, per_user, ARRAYSIZE(per_user)) == 0)
+        AtlSetPerUserRegistration(true);
+    if (!install)
+        return DllUnregisterServer();
+    const HRESULT hr = DllRegisterServer();
+    // Whoever installs is told why it failed, not how well the remains could be removed.
+    if (FAILED(hr))
+        DllUnregisterServer();
+    return hr;
+}

@@ -1,0 +1,20 @@
+#include "module/load_gate.h"
+
+#include <cwchar>
+
+namespace quill {
+
+bool refuses_host(wchar_t (&path)[MAX_PATH])
+{
+    path[MAX_PATH - 1] = L'\0';
+    // Anywhere in the path: a copy of the shell in a folder named after it counts as the shell.
+    return _wcslwr_s(path, MAX_PATH) == 0 && std::wcsstr(path, L"explorer.exe") != nullptr;
+}
+
+bool refuses_this_process()
+{
+    wchar_t path[MAX_PATH] = {};
+    return GetModuleFileNameW(nullptr, path, MAX_PATH) != 0 && refuses_host(path);
+}
+
+} // namespace quill

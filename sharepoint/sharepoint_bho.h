@@ -1,0 +1,46 @@
+// The browser helper object: created by the browser for every tab and given the tab's browser as its site.
+#pragma once
+
+#include "platform/com_categories.h"
+#include "sharepoint/identifiers.h"
+
+#include <atlbase.h>
+#include <atlcom.h>
+
+#include <memory>
+
+namespace quill {
+
+class browser_subscription;
+
+// Does nothing by itself: while it has a site, a subscription to the browser's events does the work.
+class ATL_NO_VTABLE sharepoint_bho : public CComObjectRootEx<CComSingleThreadModel>,
+                                     public CComCoClass<sharepoint_bho, &CLSID_SharepointBrowserHelperObject>,
+                                     public IObjectWithSiteImpl<sharepoint_bho>
+{
+public:
+    sharepoint_bho();
+    ~sharepoint_bho();
+
+    DECLARE_REGISTRY_RESOURCEID(sharepoint_registry_script)
+    DECLARE_NOT_AGGREGATABLE(sharepoint_bho)
+
+    BEGIN_COM_MAP(sharepoint_bho)
+    COM_INTERFACE_ENTRY(IObjectWithSite)
+    END_COM_MAP()
+
+    // May run in the browser's sandbox.
+    BEGIN_CATEGORY_MAP(sharepoint_bho)
+    IMPLEMENTED_CATEGORY(CATID_AppContainerCompatible)
+    END_CATEGORY_MAP()
+
+    // IObjectWithSite
+    HRESULT STDMETHODCALLTYPE SetSite(IUnknown* site) override;
+
+private:
+    HRESULT attach(IUnknown* site);
+
+    std::unique_ptr<browser_subscription> subscription_; // while there is a site
+};
+
+} // namespace quill

@@ -1,0 +1,93 @@
+// The PDF check on real files.
+#include "retrieval/pdf_check.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/process_resources.h"
+#include "tests/support/scopes.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+namespace quill::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class PdfFile : public testing::Test
+{
+protected:
+    int check(const std::string& content)
+    {
+        EXPECT_TRUE(write_file(path_, content));
+        return isPDF(path_.c_str());
+    }
+
+    scratch_directory folder_;
+    std::wstring path_ = folder_ / L"a.pdf";
+    log_capture log_;
+};
+
+TEST_F(PdfFile, IsAccepted)
+{
+    EXPECT_EQ(check("%PDF-1.7\n"), 1);
+    EXPECT_EQ(check(std::string(500, 'j') + "%PDF-1.4"), 1);
+    EXPECT_EQ(check(std::string(1017, 'j') + "%PDF-1.4 and much more" + std::string(100'000, 'x')), 1);
+    EXPECT_THAT(log_.lines(), ElementsAre("debug: ACTIVEDOC isPDF [TRUE]", "debug: ACTIVEDOC isPDF [TRUE]",
+                                          "debug: ACTIVEDOC isPDF [TRUE]"));
+}
+
+TEST_F(PdfFile, MayBeProtected)
+{
+    EXPECT_EQ(check("xyz.pfile and no header"), 1);
+    EXPECT_THAT(log_.lines(), ElementsAre("debug: ACTIVEDOC isPDF [TRUE] - ppdf file"));
+}
+
+TEST_F(PdfFile, IsRefused)
+{
+    EXPECT_EQ(check("<html><body>An error</body></html>"), 0);
+    EXPECT_EQ(check(""), 0);
+    EXPECT_EQ(check("%PDF-1.7"), 0);
+    EXPECT_EQ(check(std::string(1024, 'j') + "%PDF-1.4"), 0);
+    EXPECT_EQ(check(std::string(1018, 'j') + "%PDF-1.4"), 0);
+    EXPECT_EQ(log_.lines(), std::vector<std::string>(5, "debug: ACTIVEDOC isPDF [FALSE]"));
+}
+
+TEST_F(PdfFile, MayBeMissing)
+{
+    EXPECT_EQ(isPDF(path_.c_str()), 0);
+    EXPECT_EQ(isPDF(L""), 0);
+    EXPECT_EQ(isPDF(nullptr), 0);
+    EXPECT_EQ(log_.lines(), std::vector<std::string>(3, "debug: ACTIVEDOC isPDF [FALSE] MISSING FILE"));
+}
+
+TEST_F(PdfFile, IsRefusedSilentlyWhenItCannotBeOpened)
+{
+    ASSERT_TRUE(write_file(path_, "%PDF-1.7\n"));
+    const HANDLE writer =
+        CreateFileW(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(isPDF(path_.c_str()), 0);
+    CloseHandle(writer);
+    const HANDLE hog = CreateFileW(path_.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(isPDF(path_.c_str()), 0);
+    CloseHandle(hog);
+    EXPECT_EQ(isPDF(folder_.path().c_str()), 0); // a folder exists, too
+    EXPECT_THAT(log_.lines(), IsEmpty());
+    const HANDLE reader =
+        CreateFileW(path_.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_EQ(isPDF(path_.c_str()), 1);
+    CloseHandle(reader);
+}
+
+TEST_F(PdfFile, IsLeftAsItIs)
+{
+    check("%PDF-1.7\n");
+    EXPECT_EQ(read_file(path_), "%PDF-1.7\n");
+    const auto before = process_resources::now();
+    for (int i = 0; i < 10; ++i)
+        isPDF(path_.c_str());
+    EXPECT_EQ(process_resources::now(), before);
+}
+
+} // namespace
+} // namespace quill::test

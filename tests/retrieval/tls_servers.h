@@ -1,0 +1,49 @@
+// HTTPS in front of a test's HTTP server: tls_servers.py, run as a program of the machine below Wine.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace quill::test {
+
+// Runs from construction to destruction. One connection per request.
+class tls_servers
+{
+public:
+    // http_port: where the requests are passed on to.
+    explicit tls_servers(std::uint16_t http_port);
+    ~tls_servers();
+    tls_servers(const tls_servers&) = delete;
+    tls_servers& operator=(const tls_servers&) = delete;
+
+    // "https://localhost:PORT" followed by target. kind: "trusted" (issued by the root), "self_signed",
+    // "expired" and "wrong_name" (both issued by the root).
+    std::wstring url(const std::string& kind, const std::wstring& target) const;
+
+    // The issuer's certificate.
+    const std::vector<std::uint8_t>& root() const { return root_; }
+
+private:
+    void read_announcement(const std::string& text);
+
+    std::map<std::string, std::uint16_t> ports_;
+    std::vector<std::uint8_t> root_;
+    std::uintptr_t control_;
+};
+
+// Makes the system trust an issuer, and no longer at the end of the scope.
+class trusted_root
+{
+public:
+    explicit trusted_root(const std::vector<std::uint8_t>& certificate);
+    ~trusted_root();
+    trusted_root(const trusted_root&) = delete;
+    trusted_root& operator=(const trusted_root&) = delete;
+
+private:
+    const void* certificate_ = nullptr;
+};
+
+} // namespace quill::test

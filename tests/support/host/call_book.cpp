@@ -1,0 +1,110 @@
+#include "tests/support/host/call_book.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+namespace quill::test {
+
+const char* to_text(fault kind)
+{
+    switch (kind) {
+    case fault::none:
+        return "as usual";
+    case fault::failure:
+        return "failure";
+    case fault::failure_untouched:
+        return "failure, out argument untouched";
+    case fault::success_null:
+        return "success with nothing";
+    case fault::success_untouched:
+        return "success, out argument untouched";
+    }
+    return "?";
+}
+
+call_book::call_book() : thread_(GetCurrentThreadId()) {}
+
+void call_book::allow(std::string_view name)
+{
+    allowed_.emplace(name);
+}
+
+void call_book::forbid(std::string_view name)
+{
+    allowed_.erase(std::string{name});
+}
+
+void call_book::make_fail(std::string_view name, fault kind, int nth)
+{
+    faults_[std::string{name}] = {kind, nth};
+}
+
+void call_book::fail_call_number(int number, fault kind)
+{
+    failing_number_ = number;
+    failing_kind_ = kind;
+}
+
+void call_book::when(std::string_view name, std::function<void()> action)
+{
+    actions_[std::string{name}] = std::move(action);
+}
+
+fault call_book::arrive(std::string_view name, std::string_view arguments)
+{
+    EXPECT_NE(allowed_.find(name), allowed_.end()) << "unexpected call: " << name << " " << arguments;
+    std::string line{name};
+    if (!arguments.empty())
+        line.append(" ").append(arguments);
+    calls_.push_back(std::move(line));
+    return arrive_query(name);
+}
+
+fault call_book::arrive_query(std::string_view name)
+{
+    EXPECT_EQ(GetCurrentThreadId(), thread_) << name << " called on another thread";
+    ++total_;
+    const int number = ++counts_[std::string{name}];
+    const fault kind = fault_of(name, number);
+    if (const auto action = actions_.find(name); action != actions_.end()) {
+        const auto run = action->second;
+        run();
+    }
+    return kind;
+}
+
+fault call_book::fault_of(std::string_view name, int number) const
+{
+    if (failing_number_ != 0 && total_ == failing_number_)
+        return failing_kind_;
+    const auto planned = faults_.find(name);
+    if (planned == faults_.end())
+        return fault::none;
+    return planned->second.nth == 0 || planned->second.nth == number ? planned->second.kind : fault::none;
+}
+
+int call_book::count(std::string_view name) const
+{
+    const auto found = counts_.find(name);
+    return found == counts_.end() ? 0 : found->second;
+}
+
+std::vector<std::string> call_book::calls_of(const std::set<std::string, std::less<>>& names) const
+{
+    std::vector<std::string> chosen;
+    for (const auto& call : calls_) {
+        if (names.find(std::string_view{call}.substr(0, call.find(' '))) != names.end())
+            chosen.push_back(call);
+    }
+    return chosen;
+}
+
+void call_book::forget_calls()
+{
+    total_ = 0;
+    counts_.clear();
+    calls_.clear();
+}
+
+} // namespace quill::test

@@ -1,0 +1,239 @@
+#include "tests/support/host/host_site.h"
+
+#include "tests/support/host/document_host.h"
+
+#include <shlguid.h>
+#include <shobjidl.h>
+
+namespace quill::test {
+
+host_site::host_site(call_book& calls, document_host& host) : fake_object(calls, "site"), host_(host)
+{
+    for (const char* name :
+         {"IOleClientSite::GetMoniker", "IOleClientSite::GetContainer", "IOleClientSite::ShowObject",
+          "IOleClientSite::OnShowWindow", "IOleDocumentSite::ActivateMe", "IOleInPlaceSite::GetWindow",
+          "IOleInPlaceSite::CanInPlaceActivate", "IOleInPlaceSite::OnInPlaceActivate",
+          "IOleInPlaceSite::OnUIActivate", "IOleInPlaceSite::GetWindowContext",
+          "IOleInPlaceSite::OnUIDeactivate", "IOleInPlaceSite::OnInPlaceDeactivate",
+          "IServiceProvider::QueryService", "IDispatch::Invoke"})
+        calls.allow(name);
+}
+
+IUnknown* host_site::find(REFIID iid)
+{
+    if (IsEqualIID(iid, IID_IOleClientSite))
+        return client_site();
+    if (IsEqualIID(iid, IID_IOleDocumentSite))
+        return offered.document_site ? static_cast<IOleDocumentSite*>(this) : nullptr;
+    if (IsEqualIID(iid, IID_IOleInPlaceSite) || IsEqualIID(iid, IID_IOleWindow))
+        return offered.in_place_site ? in_place_site() : nullptr;
+    if (IsEqualIID(iid, IID_IOleInPlaceSiteEx))
+        return offered.in_place_site_ex ? in_place_site() : nullptr;
+    if (IsEqualIID(iid, IID_IServiceProvider))
+        return offered.service_provider ? static_cast<IServiceProvider*>(this) : nullptr;
+    if (IsEqualIID(iid, IID_IDispatch))
+        return offered.ambient_properties ? static_cast<IDispatch*>(this) : nullptr;
+    return nullptr;
+}
+
+HRESULT host_site::unexpected(const char* method) const
+{
+    ADD_FAILURE() << "unexpected call: " << method;
+    return E_NOTIMPL;
+}
+
+STDMETHODIMP host_site::SaveObject()
+{
+    return unexpected("IOleClientSite::SaveObject");
+}
+
+STDMETHODIMP host_site::GetMoniker(DWORD assign, DWORD which, IMoniker** out)
+{
+    const fault kind =
+        arrive("IOleClientSite::GetMoniker", std::to_string(assign) + " " + std::to_string(which));
+    EXPECT_EQ(assign, DWORD{OLEGETMONIKER_TEMPFORUSER});
+    fake_moniker& moniker = which == OLEWHICHMK_OBJFULL ? host_.object_moniker : host_.container_moniker;
+    EXPECT_TRUE(which == OLEWHICHMK_OBJFULL || which == OLEWHICHMK_CONTAINER);
+    return answer_interface<IMoniker>(kind, out, moniker.display_name ? &moniker : nullptr);
+}
+
+STDMETHODIMP host_site::GetContainer(IOleContainer** out)
+{
+    const fault kind = arrive("IOleClientSite::GetContainer");
+    if (!host_.container && kind == fault::none)
+        return E_NOTIMPL; // the out argument stays as it was, as the real browser's site leaves it
+    return answer_interface(kind, out, host_.container);
+}
+
+STDMETHODIMP host_site::ShowObject()
+{
+    return answer_plain(arrive("IOleClientSite::ShowObject"));
+}
+
+STDMETHODIMP host_site::OnShowWindow(BOOL)
+{
+    return answer_plain(arrive("IOleClientSite::OnShowWindow"));
+}
+
+STDMETHODIMP host_site::RequestNewObjectLayout()
+{
+    return unexpected("IOleClientSite::RequestNewObjectLayout");
+}
+
+STDMETHODIMP host_site::ActivateMe(IOleDocumentView* view)
+{
+    const fault kind = arrive("IOleDocumentSite::ActivateMe", view ? "view" : "null");
+    if (kind == fault::failure || kind == fault::failure_untouched)
+        return answer_plain(kind);
+    return host_.activate(view);
+}
+
+STDMETHODIMP host_site::GetWindow(HWND* out)
+{
+    return answer_window(arrive("IOleInPlaceSite::GetWindow"), out, host_.view_window());
+}
+
+STDMETHODIMP host_site::ContextSensitiveHelp(BOOL)
+{
+    return unexpected("IOleInPlaceSite::ContextSensitiveHelp");
+}
+
+STDMETHODIMP host_site::CanInPlaceActivate()
+{
+    return answer_plain(arrive("IOleInPlaceSite::CanInPlaceActivate"));
+}
+
+STDMETHODIMP host_site::OnInPlaceActivate()
+{
+    return answer_plain(arrive("IOleInPlaceSite::OnInPlaceActivate"));
+}
+
+STDMETHODIMP host_site::OnUIActivate()
+{
+    return answer_plain(arrive("IOleInPlaceSite::OnUIActivate"));
+}
+
+STDMETHODIMP host_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document,
+                                         LPRECT position, LPRECT clip, LPOLEINPLACEFRAMEINFO info)
+{
+    const fault kind = arrive("IOleInPlaceSite::GetWindowContext");
+    if (!frame || !document || !position || !clip || !info) {
+        ADD_FAILURE() << "GetWindowContext without an out argument";
+        return E_INVALIDARG;
+    }
+    EXPECT_EQ(*frame, nullptr) << "the frame variable was not initialised";
+    EXPECT_EQ(*document, nullptr) << "the document variable was not initialised";
+    EXPECT_EQ(info->cb, sizeof *info);
+    EXPECT_EQ(sizeof *info, 32u);
+    if (kind == fault::failure_untouched)
+        return E_NOTIMPL;
+    if (kind == fault::success_untouched)
+        return S_OK;
+    *frame = nullptr;
+    *document = nullptr;
+    if (kind == fault::failure)
+        return E_FAIL;
+    *position = host_.position;
+    *clip = host_.clip;
+    if (kind == fault::success_null)
+        return S_OK;
+    info->fMDIApp = FALSE;
+    info->hwndFrame = host_.frame_window();
+    info->haccel = host_.accelerators();
+    info->cAccelEntries = host_.accelerator_count();
+    host_.frame.AddRef();
+    *frame = &host_.frame;
+    return S_OK;
+}
+
+STDMETHODIMP host_site::Scroll(SIZE)
+{
+    return unexpected("IOleInPlaceSite::Scroll");
+}
+
+STDMETHODIMP host_site::OnUIDeactivate(BOOL)
+{
+    return answer_plain(arrive("IOleInPlaceSite::OnUIDeactivate"));
+}
+
+STDMETHODIMP host_site::OnInPlaceDeactivate()
+{
+    return answer_plain(arrive("IOleInPlaceSite::OnInPlaceDeactivate"));
+}
+
+STDMETHODIMP host_site::DiscardUndoState()
+{
+    return unexpected("IOleInPlaceSite::DiscardUndoState");
+}
+
+STDMETHODIMP host_site::DeactivateAndUndo()
+{
+    return unexpected("IOleInPlaceSite::DeactivateAndUndo");
+}
+
+STDMETHODIMP host_site::OnPosRectChange(LPCRECT)
+{
+    return unexpected("IOleInPlaceSite::OnPosRectChange");
+}
+
+STDMETHODIMP host_site::OnInPlaceActivateEx(BOOL* no_redraw, DWORD)
+{
+    if (no_redraw)
+        *no_redraw = FALSE;
+    return answer_plain(arrive("IOleInPlaceSite::OnInPlaceActivate"));
+}
+
+STDMETHODIMP host_site::OnInPlaceDeactivateEx(BOOL)
+{
+    return answer_plain(arrive("IOleInPlaceSite::OnInPlaceDeactivate"));
+}
+
+STDMETHODIMP host_site::RequestUIActivate()
+{
+    return S_OK;
+}
+
+STDMETHODIMP host_site::QueryService(REFGUID service, REFIID iid, void** out)
+{
+    const bool browser = IsEqualGUID(service, IID_IWebBrowserApp);
+    const bool shell = IsEqualGUID(service, SID_SShellBrowser);
+    const fault kind = arrive("IServiceProvider::QueryService", browser ? "browser"
+                                                                : shell ? "shell"
+                                                                        : "other");
+    if (!out) {
+        ADD_FAILURE() << "QueryService without an out argument";
+        return E_POINTER;
+    }
+    if (browser) {
+        EXPECT_TRUE(IsEqualIID(iid, IID_IWebBrowser2));
+        return answer_interface(kind, reinterpret_cast<IUnknown**>(out),
+                                static_cast<IUnknown*>(&host_.browser));
+    }
+    EXPECT_TRUE(shell) << "a service was asked for that the document does not need";
+    EXPECT_TRUE(IsEqualIID(iid, IID_IOleWindow));
+    return answer_interface(kind, reinterpret_cast<IUnknown**>(out), static_cast<IUnknown*>(&host_.shell));
+}
+
+STDMETHODIMP host_site::GetTypeInfoCount(UINT* count)
+{
+    *count = 0;
+    return S_OK;
+}
+
+STDMETHODIMP host_site::GetTypeInfo(UINT, LCID, ITypeInfo**)
+{
+    return unexpected("IDispatch::GetTypeInfo");
+}
+
+STDMETHODIMP host_site::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*)
+{
+    return unexpected("IDispatch::GetIDsOfNames");
+}
+
+STDMETHODIMP host_site::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*)
+{
+    arrive("IDispatch::Invoke", std::to_string(id));
+    return DISP_E_MEMBERNOTFOUND;
+}
+
+} // namespace quill::test

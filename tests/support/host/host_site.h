@@ -1,0 +1,84 @@
+// The site that the browser gives a document: client site, document site, in-place site, services.
+#pragma once
+
+#include "tests/support/host/fake_object.h"
+
+#include <docobj.h>
+#include <ocidl.h>
+#include <servprov.h>
+
+#include <string>
+
+namespace quill::test {
+
+class document_host;
+
+// Which interfaces the site answers beside IOleClientSite.
+struct site_interfaces
+{
+    bool document_site = true;
+    bool in_place_site = true;
+    bool in_place_site_ex = false;
+    bool service_provider = true;
+    bool ambient_properties = false; // an IDispatch without any property
+};
+
+class host_site final
+    : public fake_object<IOleClientSite, IOleDocumentSite, IOleInPlaceSiteEx, IServiceProvider, IDispatch>
+{
+public:
+    host_site(call_book& calls, document_host& host);
+
+    site_interfaces offered;
+
+    IOleClientSite* client_site() { return this; }
+    IOleInPlaceSite* in_place_site() { return this; }
+
+    // IOleClientSite
+    STDMETHODIMP SaveObject() override;
+    STDMETHODIMP GetMoniker(DWORD assign, DWORD which, IMoniker** out) override;
+    STDMETHODIMP GetContainer(IOleContainer** out) override;
+    STDMETHODIMP ShowObject() override;
+    STDMETHODIMP OnShowWindow(BOOL) override;
+    STDMETHODIMP RequestNewObjectLayout() override;
+
+    // IOleDocumentSite
+    STDMETHODIMP ActivateMe(IOleDocumentView* view) override;
+
+    // IOleInPlaceSite
+    STDMETHODIMP GetWindow(HWND* out) override;
+    STDMETHODIMP ContextSensitiveHelp(BOOL) override;
+    STDMETHODIMP CanInPlaceActivate() override;
+    STDMETHODIMP OnInPlaceActivate() override;
+    STDMETHODIMP OnUIActivate() override;
+    STDMETHODIMP GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
+                                  LPRECT clip, LPOLEINPLACEFRAMEINFO info) override;
+    STDMETHODIMP Scroll(SIZE) override;
+    STDMETHODIMP OnUIDeactivate(BOOL) override;
+    STDMETHODIMP OnInPlaceDeactivate() override;
+    STDMETHODIMP DiscardUndoState() override;
+    STDMETHODIMP DeactivateAndUndo() override;
+    STDMETHODIMP OnPosRectChange(LPCRECT) override;
+
+    // IOleInPlaceSiteEx
+    STDMETHODIMP OnInPlaceActivateEx(BOOL* no_redraw, DWORD) override;
+    STDMETHODIMP OnInPlaceDeactivateEx(BOOL) override;
+    STDMETHODIMP RequestUIActivate() override;
+
+    // IServiceProvider
+    STDMETHODIMP QueryService(REFGUID service, REFIID iid, void** out) override;
+
+    // IDispatch
+    STDMETHODIMP GetTypeInfoCount(UINT* count) override;
+    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override;
+    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override;
+    STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override;
+
+private:
+    IUnknown* find(REFIID iid) override;
+    HRESULT unexpected(const char* method) const;
+
+    document_host& host_;
+};
+
+} // namespace quill::test

@@ -1,0 +1,25 @@
+#include "tests/support/text.h"
+
+#include <windows.h>
+
+namespace quill::test {
+
+std::string to_utf8(std::wstring_view text)
+{
+    const int units = static_cast<int>(text.size());
+    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), units, nullptr, 0, nullptr, nullptr);
+    std::string result(static_cast<std::size_t>(size), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text.data(), units, result.data(), size, nullptr, nullptr);
+    return result;
+}
+
+std::wstring to_wide(std::string_view text)
+{
+    const int bytes = static_cast<int>(text.size());
+    const int size = MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, nullptr, 0);
+    std::wstring result(static_cast<std::size_t>(size), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, result.data(), size);
+    return result;
+}
+
+} // namespace quill::test

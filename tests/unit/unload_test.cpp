@@ -1,0 +1,128 @@
+// A library with the logging in it is loaded into the browser and taken out of it again, many times, while
+// threads that have logged live on.
+#include "platform/library_function.h"
+#include "platform/unique_handle.h"
+#include "tests/support/child_process.h"
+#include "tests/support/log_file.h"
+#include "tests/support/process_resources.h"
+#include "tests/support/scopes.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+namespace quill {
+namespace {
+
+using test::environment_scope;
+using test::log_folder_scope;
+using test::log_line;
+using test::process_resources;
+using testing::ElementsAre;
+
+using write_line_function = void (*)(int level, const char* text);
+constexpr const wchar_t* library_name = L"logging_library.dll";
+constexpr int info = 2;
+
+// The library for as long as it lives, and its one function.
+struct loaded_library
+{
+    unique_library library{LoadLibraryW(test::beside_this_program(library_name).c_str())};
+    write_line_function write_line = library_function<write_line_function>(library.get(), "write_line");
+};
+
+struct Unload : testing::Test
+{
+    log_folder_scope logs;
+    environment_scope level{L"QUILL_LOG_LEVEL", L"info"};
+    environment_scope sinks{L"QUILL_LOG_SINKS", L"file,procmon"};
+
+    static void write_and_unload(const char* text)
+    {
+        const loaded_library loaded;
+        ASSERT_NE(loaded.write_line, nullptr);
+        loaded.write_line(info, text);
+    }
+};
+
+TEST_F(Unload, ClosesTheFileAndLeavesNothing)
+{
+    write_and_unload("first");
+    const auto before = process_resources::now();
+    write_and_unload("second");
+    write_and_unload("third");
+    EXPECT_EQ(process_resources::now(), before);
+    EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
+    EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "first"}, log_line{"info", "second"},
+                                          log_line{"info", "third"}));
+    // Nobody else has the file open.
+    const unique_handle file(CreateFileW(logs.file_of(L"test_logging", GetCurrentProcessId()).c_str(),
+                                         GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_TRUE(file);
+}
+
+TEST_F(Unload, DecidesAnewWhenItIsLoadedAgain)
+{
+    write_and_unload("on");
+    SetEnvironmentVariableW(L"QUILL_LOG_LEVEL", nullptr);
+    write_and_unload("off");
+    EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "on"}));
+}
+
+TEST_F(Unload, WhileAThreadThatLoggedLivesOn)
+{
+    struct shared
+    {
+        write_line_function write_line = nullptr;
+        unique_handle written{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+        unique_handle finish{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+    } state;
+    const auto write_and_wait = [](void* argument) -> DWORD {
+        const auto& s = *static_cast<shared*>(argument);
+        s.write_line(info, "from the thread");
+        SetEvent(s.written.get());
+        return WaitForSingleObject(s.finish.get(), INFINITE);
+    };
+    const auto run = [&] {
+        unique_handle thread;
+        {
+            const loaded_library loaded;
+            ASSERT_NE(loaded.write_line, nullptr);
+            state.write_line = loaded.write_line;
+            thread.reset(CreateThread(nullptr, 0, write_and_wait, &state, 0, nullptr));
+            ASSERT_EQ(WaitForSingleObject(state.written.get(), 10'000), WAIT_OBJECT_0);
+            loaded.write_line(info, "from here");
+        }
+        EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
+        SetEvent(state.finish.get());
+        EXPECT_EQ(WaitForSingleObject(thread.get(), 10'000), WAIT_OBJECT_0);
+    };
+    run();
+    const auto before = process_resources::now();
+    run();
+    EXPECT_EQ(process_resources::now(), before);
+    EXPECT_THAT(logs.lines(),
+                ElementsAre(log_line{"info", "from the thread"}, log_line{"info", "from here"},
+                            log_line{"info", "from the thread"}, log_line{"info", "from here"}));
+}
+
+TEST_F(Unload, AfterASetUpThatThrew)
+{
+    // A file where the log's folder would be made: each line's set-up throws and is swallowed.
+    test::remove_path(test::profile_log_folder_path());
+    wchar_t app_data[MAX_PATH] = {};
+    GetEnvironmentVariableW(L"APPDATA", app_data, MAX_PATH);
+    const std::wstring company = std::wstring(app_data) + L"\\Quill";
+    test::remove_path(company);
+    ASSERT_TRUE(test::write_file(company, "in the way"));
+    write_and_unload("lost");
+    const auto before = process_resources::now();
+    write_and_unload("lost");
+    write_and_unload("lost");
+    EXPECT_EQ(process_resources::now(), before);
+    EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
+    test::remove_path(company);
+}
+
+} // namespace
+} // namespace quill
