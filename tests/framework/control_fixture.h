@@ -26,7 +26,8 @@ protected:
     {
         ASSERT_EQ(OleInitialize(nullptr), S_OK);
         {
-            // What the first active control brings with it stays.
+            // What the first active control, and the test library's first trace, bring with them stays.
+            SCOPED_TRACE("warm-up");
             strict_container warm_up;
             const ATL::CComPtr<control_object> first = make_control();
             first->SetClientSite(&warm_up);
