@@ -6,6 +6,7 @@
 #include "tests/support/log_capture.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
+#include "tests/support/task_memory.h"
 
 #include <windows.h>
 
@@ -14,7 +15,6 @@
 
 #include <functional>
 #include <optional>
-#include <set>
 
 namespace quill::test {
 namespace {
@@ -24,51 +24,6 @@ using testing::IsEmpty;
 
 const HWND document_window = reinterpret_cast<HWND>(0x1234);
 const HANDLE save_state = reinterpret_cast<HANDLE>(0x5678);
-
-// What COM's allocator handed out while this lives and has not got back.
-class com_memory_watch : public IMallocSpy
-{
-public:
-    com_memory_watch() { EXPECT_EQ(CoRegisterMallocSpy(this), S_OK); }
-    ~com_memory_watch()
-    {
-        EXPECT_THAT(blocks_, IsEmpty()) << "not freed";
-        CoRevokeMallocSpy();
-    }
-    com_memory_watch(const com_memory_watch&) = delete;
-    com_memory_watch& operator=(const com_memory_watch&) = delete;
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** out) override
-    {
-        *out = iid == IID_IUnknown || iid == IID_IMallocSpy ? this : nullptr;
-        return *out ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP_(SIZE_T) PreAlloc(SIZE_T size) override { return size; }
-    STDMETHODIMP_(void*) PostAlloc(void* block) override
-    {
-        blocks_.insert(block);
-        return block;
-    }
-    STDMETHODIMP_(void*) PreFree(void* block, BOOL) override
-    {
-        blocks_.erase(block);
-        return block;
-    }
-    STDMETHODIMP_(void) PostFree(BOOL) override {}
-    STDMETHODIMP_(SIZE_T) PreRealloc(void*, SIZE_T size, void**, BOOL) override { return size; }
-    STDMETHODIMP_(void*) PostRealloc(void* block, BOOL) override { return block; }
-    STDMETHODIMP_(void*) PreGetSize(void* block, BOOL) override { return block; }
-    STDMETHODIMP_(SIZE_T) PostGetSize(SIZE_T size, BOOL) override { return size; }
-    STDMETHODIMP_(void*) PreDidAlloc(void* block, BOOL) override { return block; }
-    STDMETHODIMP_(int) PostDidAlloc(void*, BOOL, int did) override { return did; }
-    STDMETHODIMP_(void) PreHeapMinimize() override {}
-    STDMETHODIMP_(void) PostHeapMinimize() override {}
-
-private:
-    std::set<void*> blocks_;
-};
 
 wchar_t* task_string(const std::wstring& text)
 {
@@ -133,8 +88,10 @@ struct SaveAs : testing::Test
 
     int save()
     {
-        const com_memory_watch memory;
-        return SaveDocumentAs(document_window, shown.c_str());
+        const long memory = outstanding_task_memory();
+        const int result = SaveDocumentAs(document_window, shown.c_str());
+        EXPECT_EQ(outstanding_task_memory(), memory) << "a string of the browser is not freed";
+        return result;
     }
 };
 
@@ -354,9 +311,8 @@ TEST_F(SaveAs, AsksNothingForAFileWithoutANameOrAnExtension)
 TEST_F(SaveAs, SavesWhatWasShownWhenItWasAskedTo)
 {
     const ieframe_scope browser;
-    const com_memory_watch memory;
     while_dialog_is_up = [&] { shown.assign(shown.size(), L'?'); };
-    EXPECT_EQ(SaveDocumentAs(document_window, shown.c_str()), 1);
+    EXPECT_EQ(save(), 1);
     EXPECT_EQ(read_file(destination), "%PDF-1.7 of the cache");
 }
 
