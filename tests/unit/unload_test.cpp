@@ -34,6 +34,7 @@ struct loaded_library
 struct Unload : testing::Test
 {
     log_folder_scope logs;
+    test::cross_process_lock device{L"procmon"};
     environment_scope level{L"QUILL_LOG_LEVEL", L"info"};
     environment_scope sinks{L"QUILL_LOG_SINKS", L"file,procmon"};
 
