@@ -17,8 +17,9 @@ namespace quill {
 
 class ATL_NO_VTABLE browser_events_sink
     : public CComObjectRootEx<CComSingleThreadModel>,
-      public IDispEventImpl<1, browser_events_sink, &IID_browser_events, &LIBID_browser, browser_library_major,
-                            browser_library_minor>
+      public IUnknown,
+      public IDispEventImpl<1, browser_events_sink, &IID_browser_events, &LIBID_browser,
+                            browser_library_major, browser_library_minor>
 {
 public:
     using object = CComObject<browser_events_sink>;
@@ -29,13 +30,13 @@ public:
     void disconnect(IWebBrowser2* browser);
 
     BEGIN_COM_MAP(browser_events_sink)
-    COM_INTERFACE_ENTRY_IID(IID_browser_events, browser_events_sink)
+    COM_INTERFACE_ENTRY(IUnknown)
     END_COM_MAP()
 
     BEGIN_SINK_MAP(browser_events_sink)
-    SINK_ENTRY_EX(1, IID_browser_events, DISPID_BEFORENAVIGATE2, on_before_navigate)
-    SINK_ENTRY_EX(1, IID_browser_events, DISPID_DOCUMENTCOMPLETE, on_document_complete)
-    SINK_ENTRY_EX(1, IID_browser_events, DISPID_ONQUIT, on_quit)
+    SINK_ENTRY_EX(1, IID_browser_events, DISPID_BEFORENAVIGATE2, &browser_events_sink::on_before_navigate)
+    SINK_ENTRY_EX(1, IID_browser_events, DISPID_DOCUMENTCOMPLETE, &browser_events_sink::on_document_complete)
+    SINK_ENTRY_EX(1, IID_browser_events, DISPID_ONQUIT, &browser_events_sink::on_quit)
     END_SINK_MAP()
 
     // The events. Null pointers are no event at all.

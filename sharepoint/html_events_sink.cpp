@@ -59,6 +59,8 @@ VARIANT_BOOL html_events_sink::click(IDispatch* event_object)
         throw_com_error(E_FAIL, "Click without an event object");
     CComPtr<IHTMLEventObj> event;
     throw_if_failed(event_object->QueryInterface(&event), "Click without an event object");
+    if (!event)
+        throw_com_error(E_FAIL, "Click without an event object");
 
     // The handler may close the tab, which takes the document's records and this sink along.
     const CComPtr<IUnknown> keep_alive(GetUnknown());
@@ -79,7 +81,8 @@ void html_events_sink::ready_state_changed()
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     const CComPtr<IHTMLDocument2> document(document_);
-    if (ready_state_from_text(read_text(document.p, &IHTMLDocument2::get_readyState)) != ready_state::complete)
+    if (ready_state_from_text(read_text(document.p, &IHTMLDocument2::get_readyState)) !=
+        ready_state::complete)
         return;
     if (const auto handler = handler_.lock())
         handler->on_document_ready(document);

@@ -6,8 +6,8 @@
 
 #include <atlbase.h>
 #include <atlcom.h>
-#include <mshtml.h>
 #include <mshtmdid.h>
+#include <mshtml.h>
 
 #include <memory>
 
@@ -15,6 +15,7 @@ namespace quill {
 
 class ATL_NO_VTABLE html_events_sink
     : public CComObjectRootEx<CComSingleThreadModel>,
+      public IUnknown,
       public IDispEventImpl<2, html_events_sink, &IID_html_document_events, &LIBID_html_engine,
                             html_library_major, html_library_minor>
 {
@@ -27,13 +28,14 @@ public:
     void disconnect();
 
     BEGIN_COM_MAP(html_events_sink)
-    COM_INTERFACE_ENTRY_IID(IID_html_document_events, html_events_sink)
+    COM_INTERFACE_ENTRY(IUnknown)
     END_COM_MAP()
 
     BEGIN_SINK_MAP(html_events_sink)
-    SINK_ENTRY_EX(2, IID_html_document_events, DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, on_click)
+    SINK_ENTRY_EX(2, IID_html_document_events, DISPID_HTMLDOCUMENTEVENTS2_ONCLICK,
+                  &html_events_sink::on_click)
     SINK_ENTRY_EX(2, IID_html_document_events, DISPID_HTMLDOCUMENTEVENTS2_ONREADYSTATECHANGE,
-                  on_ready_state_change)
+                  &html_events_sink::on_ready_state_change)
     END_SINK_MAP()
 
     // The events. What the type library calls an event object arrives as whatever the engine packed, so it

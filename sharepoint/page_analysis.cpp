@@ -63,9 +63,9 @@ page_kind classify_page(IHTMLDocument3* document)
                 });
         },
         [&](auto test) {
-            return any_element<IHTMLMetaElement>(
-                elements_by_tag(head, L"meta"),
-                [&](IHTMLMetaElement* meta) { return test(meta_element(meta)); });
+            return any_element<IHTMLMetaElement>(elements_by_tag(head, L"meta"), [&](IHTMLMetaElement* meta) {
+                return test(meta_element(meta));
+            });
         });
     if (kind == page_kind::sharepoint)
         log_stream(log_level::info) << "sharepoint document has been detected";

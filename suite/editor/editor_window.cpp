@@ -36,7 +36,8 @@ void paint(HWND window, const std::wstring& text)
     band_area.left += margin;
     DrawTextW(context, title, -1, &band_area, DT_SINGLELINE | DT_VCENTER | DT_NOPREFIX);
     SetTextColor(context, band);
-    RECT text_area = {area.left + margin, band_area.bottom + margin, area.right - margin, area.bottom - margin};
+    RECT text_area = {area.left + margin, band_area.bottom + margin, area.right - margin,
+                      area.bottom - margin};
     DrawTextW(context, text.c_str(), -1, &text_area, DT_WORDBREAK | DT_EDITCONTROL | DT_NOPREFIX);
     SelectObject(context, font_before);
     EndPaint(window, &state);
@@ -46,8 +47,9 @@ LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wparam, LPAR
 {
     switch (message) {
     case WM_CREATE:
-        SetWindowLongPtrW(window, GWLP_USERDATA,
-                          reinterpret_cast<LONG_PTR>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams));
+        SetWindowLongPtrW(
+            window, GWLP_USERDATA,
+            reinterpret_cast<LONG_PTR>(reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams));
         return 0;
     case WM_PAINT:
         paint(window, *reinterpret_cast<const std::wstring*>(GetWindowLongPtrW(window, GWLP_USERDATA)));
@@ -71,8 +73,8 @@ int show_text(HINSTANCE instance, const std::wstring& text, int show_command)
     window_class.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     window_class.lpszClassName = class_name;
     RegisterClassExW(&window_class);
-    const HWND window = CreateWindowExW(0, class_name, title, WS_OVERLAPPEDWINDOW, 280, 330, width, height, nullptr,
-                                        nullptr, instance, const_cast<std::wstring*>(&text));
+    const HWND window = CreateWindowExW(0, class_name, title, WS_OVERLAPPEDWINDOW, 280, 330, width, height,
+                                        nullptr, nullptr, instance, const_cast<std::wstring*>(&text));
     if (!window)
         return 1;
     ShowWindow(window, show_command);

@@ -4,6 +4,7 @@
 #include "tests/framework/strict_container.h"
 #include "tests/framework/test_control.h"
 #include "tests/support/process_resources.h"
+#include "tests/support/scopes.h"
 
 #include <windows.h>
 
@@ -31,7 +32,13 @@ protected:
             strict_container warm_up;
             const ATL::CComPtr<control_object> first = make_control();
             first->SetClientSite(&warm_up);
+            ShowWindow(warm_up.window, SW_SHOWNA);
             first->DoVerb(OLEIVERB_UIACTIVATE, nullptr, nullptr, 0, nullptr, nullptr);
+            UpdateWindow(first->m_hWnd);
+            const registry_key_scope key(HKEY_LOCAL_MACHINE, L"Software\\Classes\\QuillFrameworkWarmUp");
+            key.set_string(nullptr, L"");
+            DWORD status = 0;
+            first->GetMiscStatus(DVASPECT_CONTENT, &status);
             first->Close(OLECLOSE_NOSAVE);
             first->SetClientSite(nullptr);
         }

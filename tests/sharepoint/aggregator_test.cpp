@@ -69,9 +69,9 @@ protected:
 TEST_F(Aggregator, SendsNavigationsToTheEditor)
 {
     EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_EQ(log_.lines(), (lines{"debug: detect click to http://h/Doc.pdf",
-                                   "info: sharepoint document has been detected", "info: trying to open pdf link",
-                                   "info: checkout file http://h/Doc.pdf"}));
+    EXPECT_EQ(log_.lines(),
+              (lines{"debug: detect click to http://h/Doc.pdf", "info: sharepoint document has been detected",
+                     "info: trying to open pdf link", "info: checkout file http://h/Doc.pdf"}));
     EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(pdf_url)});
 }
 
@@ -150,12 +150,14 @@ TEST_F(Aggregator, CancelsAlsoWithoutAnEditor)
 TEST_F(Aggregator, RecordsAPageOnce)
 {
     complete();
-    EXPECT_EQ(log_.lines(),
-              (lines{"debug: opening document by http://h/list", "info: sharepoint document has been detected",
-                     "info: http://h/list events subscribed ", "debug: http://h/list is new document"}));
+    EXPECT_EQ(
+        log_.lines(),
+        (lines{"debug: opening document by http://h/list", "info: sharepoint document has been detected",
+               "info: http://h/list events subscribed ", "debug: http://h/list is new document"}));
     log_.clear();
     complete();
-    EXPECT_EQ(log_.lines(), (lines{"debug: opening document by http://h/list", "debug: document already exists"}));
+    EXPECT_EQ(log_.lines(),
+              (lines{"debug: opening document by http://h/list", "debug: document already exists"}));
     log_.clear();
     page_->change_ready_state(L"complete");
     EXPECT_EQ(log_.lines(), (lines{"info: Ready state change.", "debug: document already exists"}));
@@ -168,9 +170,10 @@ TEST_F(Aggregator, KeepsARecordForEveryPage)
     const auto plain = show_plain_page();
     log_.clear();
     complete();
-    EXPECT_EQ(log_.lines(), (lines{"debug: opening document by http://h/list", "info: http://plain/ events subscribed ",
-                                   "debug: http://plain/ is new document",
-                                   "debug: Should not modify links on regular documents"}));
+    EXPECT_EQ(log_.lines(),
+              (lines{"debug: opening document by http://h/list", "info: http://plain/ events subscribed ",
+                     "debug: http://plain/ is new document",
+                     "debug: Should not modify links on regular documents"}));
     EXPECT_EQ(page_->events().sinks(), 1u);
     EXPECT_EQ(plain->events().sinks(), 1u);
     aggregator_.reset();
@@ -199,19 +202,22 @@ TEST_F(Aggregator, ClassifiesARecordedPageOnce)
     page_->add_to_head({.tag = L"SCRIPT", .src = L"https://x.sharepointonline.com/x.js"});
     auto& link = page_->add_to_body(test::list_link(L"/x.pdf"));
     const auto event = make_fake<fake_event>(scene_, &link);
-    EXPECT_EQ(page_->click(event).value, CComVariant(false));
+    EXPECT_TRUE(test::is_bool(page_->click(event).value, false));
     EXPECT_EQ(bench_.starts(1).size(), 1u);
 }
 
 TEST_F(Aggregator, RewritesTheLinksOfASharePointPage)
 {
-    auto& handled = page_->add_to_body({.tag = L"A",
-                                        .outer_html = LR"m(<a href="/x.pdf" onclick="PdfFile.OpenDocuments(1)" id="i">x</a>)m",
-                                        .href = L"/x.pdf"});
-    auto& other_link = page_->add_to_body({.tag = L"A",
-                                           .outer_html = LR"m(<a href="/x.doc" onclick="PdfFile.OpenDocuments(1)">x</a>)m",
-                                           .href = L"/x.doc"});
-    auto& plain_link = page_->add_to_body({.tag = L"A", .outer_html = L"<a href=\"/y.pdf\">y</a>", .href = L"/y.pdf"});
+    auto& handled = page_->add_to_body(
+        {.tag = L"A",
+         .outer_html = LR"m(<a href="/x.pdf" onclick="PdfFile.OpenDocuments(1)" id="i">x</a>)m",
+         .href = L"/x.pdf"});
+    auto& other_link =
+        page_->add_to_body({.tag = L"A",
+                            .outer_html = LR"m(<a href="/x.doc" onclick="PdfFile.OpenDocuments(1)">x</a>)m",
+                            .href = L"/x.doc"});
+    auto& plain_link =
+        page_->add_to_body({.tag = L"A", .outer_html = L"<a href=\"/y.pdf\">y</a>", .href = L"/y.pdf"});
     auto& anchor = page_->add_to_body({.tag = L"A", .outer_html = L"<a name=\"z\"></a>"});
     auto& unreadable = page_->add_to_body({.tag = L"A", .href = L"/z.pdf"});
     unreadable.is_element = false;
@@ -221,14 +227,16 @@ TEST_F(Aggregator, RewritesTheLinksOfASharePointPage)
         EXPECT_TRUE(untouched->written_html().empty());
     // Markup is read of PDF links only.
     EXPECT_EQ(scene_.count_calls("IHTMLElement::get_outerHTML"), 2);
-    EXPECT_EQ(log_.lines(),
-              (lines{"debug: opening document by http://h/list", "info: sharepoint document has been detected",
-                     "info: http://h/list events subscribed ", "debug: http://h/list is new document",
-                     "debug: detect click to /x.pdf", "debug: detect click to /x.doc",
-                     "debug: detect click to /y.pdf", "debug: detect click to "}));
+    EXPECT_EQ(
+        log_.lines(),
+        (lines{"debug: opening document by http://h/list", "info: sharepoint document has been detected",
+               "info: http://h/list events subscribed ", "debug: http://h/list is new document",
+               "debug: detect click to /x.pdf", "debug: detect click to /x.doc",
+               "debug: detect click to /y.pdf", "debug: detect click to "}));
 
     // Pages go on adding links: the next readiness finds those.
-    auto& late = page_->add_to_body({.tag = L"A", .outer_html = L"onclick=\"PdfFile.OpenDocuments\"", .href = L"/l.pdf"});
+    auto& late = page_->add_to_body(
+        {.tag = L"A", .outer_html = L"onclick=\"PdfFile.OpenDocuments\"", .href = L"/l.pdf"});
     page_->change_ready_state(L"complete");
     EXPECT_EQ(late.written_html(), std::vector<std::wstring>{L""});
     EXPECT_EQ(handled.written_html().size(), 1u);
@@ -252,11 +260,12 @@ protected:
     {
         complete();
         const auto logged = log_.lines();
-        return std::find(logged.begin(), logged.end(), "debug: Should not modify links on regular documents") ==
-               logged.end();
+        return std::find(logged.begin(), logged.end(),
+                         "debug: Should not modify links on regular documents") == logged.end();
     }
     CComPtr<fake_document> plain_ = show_plain_page();
-    const element_text generator_ = {.tag = L"META", .name = L"generator", .content = L"My SharePointServer 16"};
+    const element_text generator_ = {
+        .tag = L"META", .name = L"generator", .content = L"My SharePointServer 16"};
 };
 
 TEST_F(ClassifiedPage, IsFoundByItsGenerator)
@@ -341,7 +350,7 @@ protected:
         log_.clear();
         const auto result = page_->click(event);
         EXPECT_EQ(result.code, S_OK);
-        const bool is_cancelled = result.value == CComVariant(false);
+        const bool is_cancelled = test::is_bool(result.value, false);
         EXPECT_NE(is_cancelled, event->is_untouched());
         return {is_cancelled, log_.lines()};
     }
@@ -417,7 +426,7 @@ TEST_F(Click, OnARegularPageIsLetThrough)
 TEST_F(Click, OnNothingIsLetThrough)
 {
     const auto event = make_fake<fake_event>(scene_, nullptr);
-    EXPECT_EQ(page_->click(event).value, CComVariant(true));
+    EXPECT_TRUE(test::is_bool(page_->click(event).value, true));
     EXPECT_EQ(log_.lines().back(), "info: do not block clicks for not-pdf links");
 }
 
@@ -449,7 +458,8 @@ TEST_F(Click, AfterTheTabIsClosedIsLetThrough)
     VARIANT argument{};
     argument.vt = VT_DISPATCH;
     argument.pdispVal = event;
-    EXPECT_EQ(test::fire_at(sink, DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, {argument}).value, CComVariant(true));
+    EXPECT_TRUE(
+        test::is_bool(test::fire_at(sink, DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, {argument}).value, true));
     EXPECT_TRUE(event->is_untouched());
 }
 

@@ -23,7 +23,9 @@ using lines = std::vector<std::string>;
 class recording_handler : public browser_events_handler
 {
 public:
-    std::function<bool(IWebBrowser2*, std::wstring_view, bool)> before_navigate = [](auto&&...) { return false; };
+    std::function<bool(IWebBrowser2*, std::wstring_view, bool)> before_navigate = [](auto&&...) {
+        return false;
+    };
     std::function<void(IWebBrowser2*, std::wstring_view)> document_complete = [](auto&&...) {};
     std::vector<std::wstring> navigations; // with " (post)"
     std::vector<std::wstring> completions;
@@ -176,7 +178,8 @@ TEST_F(BrowserEventsSink, TakesNoPointersForNoEvent)
     CComVariant wrong(5);
     VARIANT_BOOL cancel = VARIANT_FALSE;
     EXPECT_EQ(sink_->on_before_navigate(nullptr, &wrong, nullptr, nullptr, nullptr, nullptr, &cancel), S_OK);
-    EXPECT_EQ(sink_->on_before_navigate(browser_, nullptr, nullptr, nullptr, nullptr, nullptr, &cancel), S_OK);
+    EXPECT_EQ(sink_->on_before_navigate(browser_, nullptr, nullptr, nullptr, nullptr, nullptr, &cancel),
+              S_OK);
     EXPECT_EQ(sink_->on_before_navigate(browser_, &wrong, nullptr, nullptr, nullptr, nullptr, nullptr), S_OK);
     EXPECT_EQ(sink_->on_document_complete(nullptr, &wrong), S_OK);
     EXPECT_EQ(sink_->on_document_complete(browser_, nullptr), S_OK);
@@ -205,8 +208,8 @@ TEST_F(BrowserEventsSink, TellsPostsByTheOuterVariantOnly)
         VARIANT post_data{};
         post_data.vt = outer;
         VARIANT_BOOL cancel = VARIANT_FALSE;
-        EXPECT_EQ(sink_->on_before_navigate(browser_, &url, nullptr, nullptr, is_null ? nullptr : &post_data, nullptr,
-                                            &cancel),
+        EXPECT_EQ(sink_->on_before_navigate(browser_, &url, nullptr, nullptr, is_null ? nullptr : &post_data,
+                                            nullptr, &cancel),
                   S_OK);
     };
     fire(VT_EMPTY, true);
@@ -219,8 +222,9 @@ TEST_F(BrowserEventsSink, TellsPostsByTheOuterVariantOnly)
     fire(VT_BYREF | VT_ARRAY | VT_UI1);
     fire(VT_NULL);
     fire(VT_BSTR);
-    EXPECT_EQ(handler_->navigations, (std::vector<std::wstring>{L"u", L"u", L"u", L"u", L"u", L"u", L"u (post)",
-                                                                L"u (post)", L"u (post)", L"u (post)"}));
+    EXPECT_EQ(handler_->navigations,
+              (std::vector<std::wstring>{L"u", L"u", L"u", L"u", L"u", L"u", L"u (post)", L"u (post)",
+                                         L"u (post)", L"u (post)"}));
 }
 
 TEST_F(BrowserEventsSink, TakesTheBrowsersOwnFormDataForNone)
@@ -290,7 +294,8 @@ TEST_F(BrowserEventsSink, KeepsExceptionsFromTheBrowser)
     std::thread([&] {
         CComVariant url(L"u");
         VARIANT_BOOL cancel = VARIANT_FALSE;
-        EXPECT_EQ(sink_->on_before_navigate(browser_, &url, nullptr, nullptr, nullptr, nullptr, &cancel), S_OK);
+        EXPECT_EQ(sink_->on_before_navigate(browser_, &url, nullptr, nullptr, nullptr, nullptr, &cancel),
+                  S_OK);
     }).join();
 }
 

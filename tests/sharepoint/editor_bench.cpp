@@ -26,8 +26,8 @@ std::wstring read_default(const wchar_t* key)
 {
     wchar_t text[1024] = {};
     DWORD size = sizeof text;
-    RegGetValueW(HKEY_LOCAL_MACHINE, key, nullptr, RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND, nullptr, text,
-                 &size);
+    RegGetValueW(HKEY_LOCAL_MACHINE, key, nullptr, RRF_RT_REG_SZ | RRF_RT_REG_EXPAND_SZ | RRF_NOEXPAND,
+                 nullptr, text, &size);
     return text;
 }
 
@@ -41,8 +41,8 @@ void write_default(const wchar_t* key, const std::wstring& text)
 std::wstring from_utf8(std::string_view text)
 {
     std::wstring wide(text.size(), L'\0');
-    const int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()), wide.data(),
-                                           static_cast<int>(wide.size()));
+    const int length = MultiByteToWideChar(CP_UTF8, 0, text.data(), static_cast<int>(text.size()),
+                                           wide.data(), static_cast<int>(wide.size()));
     wide.resize(static_cast<std::size_t>(std::max(length, 0)));
     return wide;
 }
@@ -61,8 +61,8 @@ std::wstring value_of(const std::wstring& record, std::wstring_view label)
 
 void PrintTo(const program_start& start, std::ostream* out)
 {
-    *out << testing::PrintToString(start.command_line) << " in " << testing::PrintToString(start.directory) << " show "
-         << start.show_command;
+    *out << testing::PrintToString(start.command_line) << " in " << testing::PrintToString(start.directory)
+         << " show " << start.show_command;
 }
 
 editor_bench::editor_bench()
@@ -99,7 +99,8 @@ std::wstring editor_bench::install_editor(const std::wstring& relative_path)
 
 std::vector<program_start> editor_bench::starts(std::size_t expected)
 {
-    EXPECT_TRUE(wait_until([&] { return read_starts().size() >= expected; })) << expected << " starts expected";
+    EXPECT_TRUE(wait_until([&] { return read_starts().size() >= expected; }))
+        << expected << " starts expected";
     EXPECT_TRUE(run_program(recorder(), end_mark).started);
     std::vector<program_start> all = read_starts();
     std::erase_if(all, [](const program_start& start) { return start.command_line.ends_with(end_mark); });
@@ -112,7 +113,8 @@ std::vector<program_start> editor_bench::read_starts() const
     constexpr std::wstring_view record_end = L"\r\n\r\n";
     std::vector<program_start> all;
     std::size_t begin = 0;
-    for (std::size_t end = text.find(record_end); end != std::wstring::npos; end = text.find(record_end, begin)) {
+    for (std::size_t end = text.find(record_end); end != std::wstring::npos;
+         end = text.find(record_end, begin)) {
         const std::wstring record = text.substr(begin, end + record_end.size() - begin);
         all.push_back({value_of(record, L"command line: "), value_of(record, L"directory: "),
                        _wtoi(value_of(record, L"show: ").c_str())});

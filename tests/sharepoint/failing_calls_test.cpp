@@ -36,7 +36,8 @@ visit_result visit(fake_scene& scene, IObjectWithSite* helper, bool has_element2
     page->head->has_element2 = has_element2;
     page->add_to_head({.tag = L"SCRIPT", .src = L"/x.js"});
     auto& link = page->add_to_body(test::list_link(L"http://h/x.pdf"));
-    page->add_to_body({.tag = L"A", .outer_html = L"<a onclick=\"PdfFile.OpenDocuments()\">", .href = L"/y.pdf"});
+    page->add_to_body(
+        {.tag = L"A", .outer_html = L"<a onclick=\"PdfFile.OpenDocuments()\">", .href = L"/y.pdf"});
     browser->document = page->dispatch();
 
     result.attach = helper->SetSite(browser->unknown());
@@ -50,7 +51,7 @@ visit_result visit(fake_scene& scene, IObjectWithSite* helper, bool has_element2
         const auto event = make_fake<fake_event>(scene, &link);
         const auto click = page->click(event);
         EXPECT_EQ(click.code, S_OK);
-        result.click_cancelled = click.value == CComVariant(false);
+        result.click_cancelled = test::is_bool(click.value, false);
         EXPECT_EQ(page->change_ready_state(L"complete").code, S_OK);
     }
     if (browser->events().sinks() == 1) {
@@ -96,7 +97,8 @@ TEST_P(FailingCalls, LeaveNothingBehind)
 }
 
 INSTANTIATE_TEST_SUITE_P(InEveryWay, FailingCalls,
-                         testing::Combine(testing::Values(fake_scene::failure::error, fake_scene::failure::empty),
+                         testing::Combine(testing::Values(fake_scene::failure::error,
+                                                          fake_scene::failure::empty),
                                           testing::Bool()));
 
 } // namespace

@@ -105,8 +105,13 @@ before_navigate_arguments::before_navigate_arguments(IDispatch* frame, const std
 
 std::vector<VARIANT> before_navigate_arguments::packed() const
 {
-    return {cancel_argument,         reference_to(headers), post_data_argument, reference_to(frame_name),
-            reference_to(flags), url_argument,          disp};
+    return {cancel_argument,
+            reference_to(headers),
+            post_data_argument,
+            reference_to(frame_name),
+            reference_to(flags),
+            url_argument,
+            disp};
 }
 
 event_result before_navigate_arguments::fire(fake_connection_point& events) const

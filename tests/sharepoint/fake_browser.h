@@ -21,8 +21,8 @@ class fake_browser : public fake_object<without_IWebBrowser2<IWebBrowser2>,
 public:
     explicit fake_browser(fake_scene& scene);
 
-    CComPtr<IDispatch> document;       // null: no page
-    bool is_browser = true;            // answers IWebBrowser2
+    CComPtr<IDispatch> document; // null: no page
+    bool is_browser = true;      // answers IWebBrowser2
     VARIANT_BOOL is_top_level = VARIANT_TRUE;
     int stops = 0;
 
@@ -60,7 +60,7 @@ struct before_navigate_arguments
     CComVariant url;
     CComVariant flags;
     CComVariant frame_name;
-    CComVariant post_data;  // what the variant that the browser passes refers to
+    CComVariant post_data; // what the variant that the browser passes refers to
     CComVariant headers;
     VARIANT_BOOL cancel = VARIANT_FALSE;
     // What goes into the event: by default references to the above.

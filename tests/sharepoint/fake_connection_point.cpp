@@ -8,8 +8,8 @@ event_result fire_at(IDispatch* sink, DISPID event, std::vector<VARIANT> argumen
 {
     DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
     event_result result{};
-    result.code = sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters, &result.value,
-                               nullptr, nullptr);
+    result.code = sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                               &result.value, nullptr, nullptr);
     return result;
 }
 

@@ -16,6 +16,12 @@ struct event_result
     CComVariant value;
 };
 
+// Whether the variant is VT_BOOL with exactly the system's value for it.
+inline bool is_bool(const VARIANT& variant, bool value)
+{
+    return variant.vt == VT_BOOL && variant.boolVal == (value ? VARIANT_TRUE : VARIANT_FALSE);
+}
+
 class fake_connection_point : public fake_object<without_IConnectionPoint<IConnectionPoint>>
 {
 public:

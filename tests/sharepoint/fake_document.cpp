@@ -10,8 +10,8 @@
 namespace quill::test {
 
 fake_document::fake_document(fake_scene& scene, std::wstring url)
-    : fake_object(scene), head(make_fake<fake_element>(scene, element_text{.tag = L"HEAD"})), url_(std::move(url)),
-      root_(make_fake<fake_element>(scene, element_text{.tag = L"HTML"})),
+    : fake_object(scene), head(make_fake<fake_element>(scene, element_text{.tag = L"HEAD"})),
+      url_(std::move(url)), root_(make_fake<fake_element>(scene, element_text{.tag = L"HTML"})),
       events_(make_fake<fake_connection_point>(scene, IID_html_document_events))
 {
 }
@@ -144,10 +144,12 @@ CComPtr<fake_document> sharepoint_page(fake_scene& scene, std::wstring url)
 
 element_text list_link(const std::wstring& href)
 {
-    return {.tag = L"A",
-            .outer_html = LR"(<a class="ms-listlink ms-draggable" onclick="return DispEx(this,event,'TRUE')" href=")" +
-                          href + LR"(">x</a>)",
-            .href = href};
+    return {
+        .tag = L"A",
+        .outer_html =
+            L"<a class=\"ms-listlink ms-draggable\" onclick=\"return DispEx(this,event,'TRUE')\" href=\"" +
+            href + L"\">x</a>",
+        .href = href};
 }
 
 } // namespace quill::test

@@ -6,8 +6,9 @@
 
 namespace quill::test {
 
-class fake_document : public fake_object<without_IHTMLDocument2<IHTMLDocument2>, without_IHTMLDocument3<IHTMLDocument3>,
-                                         without_IConnectionPointContainer<IConnectionPointContainer>>
+class fake_document
+    : public fake_object<without_IHTMLDocument2<IHTMLDocument2>, without_IHTMLDocument3<IHTMLDocument3>,
+                         without_IConnectionPointContainer<IConnectionPointContainer>>
 {
 public:
     // A page with an empty head.
@@ -23,11 +24,11 @@ public:
     event_result change_ready_state(std::wstring state);
 
     std::wstring ready_state = L"complete";
-    bool is_html = true;        // answers IHTMLDocument2
-    bool has_document3 = true;  // answers IHTMLDocument3
+    bool is_html = true;       // answers IHTMLDocument2
+    bool has_document3 = true; // answers IHTMLDocument3
     bool has_root = true;
     bool has_head = true;
-    bool has_events = true;     // is a connection point container
+    bool has_events = true; // is a connection point container
 
     HRESULT STDMETHODCALLTYPE get_URL(BSTR* out) override;
     HRESULT STDMETHODCALLTYPE get_readyState(BSTR* out) override;

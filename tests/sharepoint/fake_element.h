@@ -25,9 +25,10 @@ struct element_text
 class fake_element;
 using element_list = std::vector<CComPtr<fake_element>>;
 
-class fake_element : public fake_object<without_IHTMLElement<IHTMLElement>, without_IHTMLElement2<IHTMLElement2>,
-                                        without_IHTMLScriptElement<IHTMLScriptElement>,
-                                        without_IHTMLMetaElement<IHTMLMetaElement>>
+class fake_element
+    : public fake_object<without_IHTMLElement<IHTMLElement>, without_IHTMLElement2<IHTMLElement2>,
+                         without_IHTMLScriptElement<IHTMLScriptElement>,
+                         without_IHTMLMetaElement<IHTMLMetaElement>>
 {
 public:
     fake_element(fake_scene& scene, element_text text) : fake_object(scene), text_(std::move(text)) {}

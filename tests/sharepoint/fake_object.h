@@ -8,7 +8,6 @@
 #include <exdisp.h>
 #include <mshtml.h>
 #include <ocidl.h>
-
 #include <unimplemented_interfaces.h>
 
 namespace quill::test {

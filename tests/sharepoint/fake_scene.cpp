@@ -2,9 +2,19 @@
 
 #include "tests/sharepoint/fake_object.h"
 
+#include <atlbase.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+
+namespace {
+
+// Counts the objects of the code under test, as the module it belongs to would.
+class test_module : public CAtlDllModuleT<test_module>
+{
+} module_of_this_program;
+
+} // namespace
 
 // Whatever a fake does not have was not to be called.
 HRESULT unimplemented_method(const char* name) noexcept
@@ -15,8 +25,11 @@ HRESULT unimplemented_method(const char* name) noexcept
 
 namespace quill::test {
 
+fake_scene::fake_scene() : module_locks_before_(module_of_this_program.GetLockCount()) {}
+
 fake_scene::~fake_scene()
 {
+    EXPECT_EQ(module_of_this_program.GetLockCount(), module_locks_before_) << "objects were left behind";
     EXPECT_EQ(live_objects_, 0) << "references to fakes were not given back";
 }
 

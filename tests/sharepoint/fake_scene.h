@@ -9,7 +9,8 @@
 
 namespace quill::test {
 
-// Fakes outlive no scene: at its end every reference to them has to be given back.
+// Fakes outlive no scene: at its end every reference to them has to be given back, and the objects of the
+// code under test that came after it have to be gone.
 class fake_scene
 {
 public:
@@ -19,7 +20,7 @@ public:
         empty  // the call succeeds and hands out nothing
     };
 
-    fake_scene() = default;
+    fake_scene();
     ~fake_scene();
     fake_scene(const fake_scene&) = delete;
     fake_scene& operator=(const fake_scene&) = delete;
@@ -52,6 +53,7 @@ private:
     failure how_name_fails_ = failure::error;
     bool has_failed_ = false;
     int live_objects_ = 0;
+    LONG module_locks_before_;
 };
 
 } // namespace quill::test

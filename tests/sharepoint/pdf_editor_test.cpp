@@ -146,8 +146,8 @@ TEST(PdfEditor, PassesAddressesCharacterForCharacter)
     bench.use_editor();
     const pdf_editor editor;
     std::vector<test::program_start> expected;
-    for (const wchar_t* address : {L"http://server/a%20b.pdf", L"http://server/ä 文.pdf", L"http://server:8080/{}%s.pdf",
-                                   L"https://server/x.pdf?a=b&c=d#page=2"}) {
+    for (const wchar_t* address : {L"http://server/a%20b.pdf", L"http://server/ä 文.pdf",
+                                   L"http://server:8080/{}%s.pdf", L"https://server/x.pdf?a=b&c=d#page=2"}) {
         editor.open(parse_url(address));
         expected.push_back(bench.editor_start(address));
         EXPECT_EQ(bench.starts(expected.size()), expected);

@@ -117,7 +117,8 @@ TEST_F(SharepointBho, HandsOutItsSite)
 TEST_F(SharepointBho, RefusesAggregation)
 {
     void* out = this;
-    EXPECT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(helper_, IID_IUnknown, &out), CLASS_E_NOAGGREGATION);
+    EXPECT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(helper_, IID_IUnknown, &out),
+              CLASS_E_NOAGGREGATION);
     EXPECT_EQ(out, nullptr);
 }
 
@@ -145,7 +146,7 @@ TEST_F(SharepointBho, SendsAClickToTheEditorAndStopsAtTheEnd)
     auto& link = page_->add_to_body(test::list_link(L"http://h/x.pdf"));
     EXPECT_EQ(browser_->document_complete(L"http://h/"), S_OK);
     const auto event = make_fake<test::fake_event>(scene_, &link);
-    EXPECT_EQ(page_->click(event).value, CComVariant(false));
+    EXPECT_TRUE(test::is_bool(page_->click(event).value, false));
     const auto navigation = browser_->before_navigate(L"http://h/y.pdf");
     EXPECT_EQ(navigation.cancel, VARIANT_TRUE);
     EXPECT_EQ(bench_.starts(2).size(), 2u);
@@ -188,7 +189,8 @@ TEST_F(SharepointBho, RefusesASecondSubscriptionOnTheWay)
     EXPECT_EQ(returning->nested, S_OK);
     EXPECT_EQ(browser_->events().sinks(), 1u);
     EXPECT_EQ(returning->events().sinks(), 0u);
-    EXPECT_EQ(log_.lines(), (lines{unload_line, begin_line, editor_line, created_line, unload_line, begin_line}));
+    EXPECT_EQ(log_.lines(),
+              (lines{unload_line, begin_line, editor_line, created_line, unload_line, begin_line}));
     EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
     EXPECT_EQ(browser_->events().sinks(), 0u);
 }
@@ -208,7 +210,7 @@ TEST_F(SharepointBho, OutlivesABrowserThatDropsItWhileDetaching)
     };
     const auto dropping = make_fake<dropping_browser>(scene_);
     helper_->SetSite(dropping->unknown());
-    dropping->helper = &helper_;
+    dropping->helper = std::addressof(helper_);
     IObjectWithSite* const helper = helper_;
     EXPECT_EQ(helper->SetSite(nullptr), S_OK);
     EXPECT_EQ(helper_.p, nullptr);
