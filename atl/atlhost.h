@@ -3,6 +3,7 @@
 #pragma once
 
 #include "atl/atlbase.h"
+#include "atl/detail/window.h"
 
 #include <windows.h>
 
@@ -58,5 +59,28 @@ ATLAPI AtlAxCreateControlEx(LPCOLESTR lpszName, HWND hWnd, IStream* pStream, IUn
                             IUnknown** ppUnkControl, REFIID iidSink = IID_NULL, IUnknown* punkSink = nullptr);
 // The same for a control that exists and is initialised.
 ATLAPI AtlAxAttachControl(IUnknown* pControl, HWND hWnd, IUnknown** ppUnkContainer);
+
+// A hosting window.
+class CAxWindow : public CWindow
+{
+public:
+    using CWindow::CWindow;
+
+    static LPCWSTR GetWndClassName() noexcept { return TEXT(ATLAXWIN_CLASS); }
+
+    HRESULT QueryHost(REFIID iid, void** ppUnk) const { return Query(&AtlAxGetHost, iid, ppUnk); }
+    HRESULT QueryControl(REFIID iid, void** ppUnk) const { return Query(&AtlAxGetControl, iid, ppUnk); }
+
+private:
+    HRESULT Query(HRESULT(__stdcall* get)(HWND, IUnknown**), REFIID iid, void** ppUnk) const
+    {
+        if (!ppUnk)
+            return E_POINTER;
+        *ppUnk = nullptr;
+        CComPtr<IUnknown> unknown;
+        const HRESULT hr = get(m_hWnd, &unknown);
+        return SUCCEEDED(hr) ? unknown->QueryInterface(iid, ppUnk) : hr;
+    }
+};
 
 } // namespace ATL

@@ -10,5 +10,6 @@ class active_doc_module : public CAtlDllModuleT<active_doc_module>
 public:
     DECLARE_LIBID(quill::LIBID_QuillPDF_IE_ActiveDocLib)
     // The script is the document class's own: it is applied for the module as well as for the class.
-    DECLARE_REGISTRY_APPID_RESOURCEID(quill::active_doc_registry_script, "{0F6D3B8A-E2C4-4A71-8B59-D3061A7C9E24}")
+    DECLARE_REGISTRY_APPID_RESOURCEID(quill::active_doc_registry_script,
+                                      "{0F6D3B8A-E2C4-4A71-8B59-D3061A7C9E24}")
 };

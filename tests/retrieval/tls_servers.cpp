@@ -6,9 +6,8 @@
 #include <windows.h>
 #include <winsock2.h>
 
-#include <wincrypt.h>
-
 #include <gtest/gtest.h>
+#include <wincrypt.h>
 
 #include <optional>
 #include <sstream>
@@ -16,13 +15,12 @@
 namespace quill::test {
 namespace {
 
-constexpr DWORD start_deadline_ms = 30'000; // four keys are made
+constexpr DWORD start_deadline_ms = 30'000; // six keys are made
 
 // A program of the machine cannot be waited for, and only a file can be its output.
 bool start_script(std::uint16_t http_port, HANDLE output)
 {
-    std::wstring command =
-        L"python3 " QUILL_TLS_SERVERS_SCRIPT " " + std::to_wstring(http_port);
+    std::wstring command = L"python3 " QUILL_TLS_SERVERS_SCRIPT " " + std::to_wstring(http_port);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -67,8 +65,9 @@ tls_servers::tls_servers(std::uint16_t http_port) : control_(INVALID_SOCKET)
     const scratch_directory folder;
     const std::wstring path = folder / L"servers.txt";
     SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
-    const HANDLE output = CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                                      &inherited, CREATE_ALWAYS, 0, nullptr);
+    const HANDLE output =
+        CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    &inherited, CREATE_ALWAYS, 0, nullptr);
     EXPECT_TRUE(start_script(http_port, output)) << "python3 is missing: run tools/install-packages";
     CloseHandle(output);
     std::string text;
@@ -111,21 +110,30 @@ std::wstring tls_servers::url(const std::string& kind, const std::wstring& targe
     return L"https://localhost:" + std::to_wstring(port == ports_.end() ? 0 : port->second) + target;
 }
 
-trusted_root::trusted_root(const std::vector<std::uint8_t>& certificate)
+// The store is written back when it closes, which an open certificate of it would put off.
+trusted_root::trusted_root(const std::vector<std::uint8_t>& certificate) : certificate_(certificate)
 {
     const HCERTSTORE store = CertOpenSystemStoreW(0, L"Root");
-    PCCERT_CONTEXT added = nullptr;
-    EXPECT_TRUE(CertAddEncodedCertificateToStore(store, X509_ASN_ENCODING, certificate.data(),
-                                                 static_cast<DWORD>(certificate.size()), CERT_STORE_ADD_ALWAYS,
-                                                 &added));
-    certificate_ = added;
-    CertCloseStore(store, 0);
+    EXPECT_TRUE(CertAddEncodedCertificateToStore(store, X509_ASN_ENCODING, certificate_.data(),
+                                                 static_cast<DWORD>(certificate_.size()),
+                                                 CERT_STORE_ADD_ALWAYS, nullptr));
+    EXPECT_TRUE(CertCloseStore(store, 0));
 }
 
 trusted_root::~trusted_root()
 {
-    if (certificate_)
-        CertDeleteCertificateFromStore(static_cast<PCCERT_CONTEXT>(certificate_));
+    if (certificate_.empty())
+        return;
+    const HCERTSTORE store = CertOpenSystemStoreW(0, L"Root");
+    const PCCERT_CONTEXT wanted = CertCreateCertificateContext(X509_ASN_ENCODING, certificate_.data(),
+                                                               static_cast<DWORD>(certificate_.size()));
+    const PCCERT_CONTEXT found =
+        CertFindCertificateInStore(store, X509_ASN_ENCODING, 0, CERT_FIND_EXISTING, wanted, nullptr);
+    EXPECT_TRUE(found);
+    if (found)
+        EXPECT_TRUE(CertDeleteCertificateFromStore(found)); // frees found
+    CertFreeCertificateContext(wanted);
+    EXPECT_TRUE(CertCloseStore(store, 0));
 }
 
 } // namespace quill::test

@@ -18,8 +18,9 @@ public:
     tls_servers(const tls_servers&) = delete;
     tls_servers& operator=(const tls_servers&) = delete;
 
-    // "https://localhost:PORT" followed by target. kind: "trusted" (issued by the root), "self_signed",
-    // "expired" and "wrong_name" (both issued by the root).
+    // "https://localhost:PORT" followed by target. kind, issued by the root: "trusted", "expired",
+    // "wrong_name"; signed by itself: "self_signed", "all_faults"; and "not_tls" for a server that does not
+    // answer in TLS.
     std::wstring url(const std::string& kind, const std::wstring& target) const;
 
     // The issuer's certificate.
@@ -43,7 +44,7 @@ public:
     trusted_root& operator=(const trusted_root&) = delete;
 
 private:
-    const void* certificate_ = nullptr;
+    std::vector<std::uint8_t> certificate_;
 };
 
 } // namespace quill::test

@@ -4,12 +4,12 @@
 usage: tls_servers.py HTTP_PORT
 
 Listens on one port of 127.0.0.1 for each kind of certificate; a connection takes one request without a
-body, passes it on to HTTP_PORT and the answer back.
-Prints the ports, the issuer's certificate and "ready"; lives for as long as the test keeps one
-connection to the control port open.
+body, passes it on to HTTP_PORT and the answer back. Prints the ports, the issuer's certificate and
+"ready"; lives for as long as the test keeps one connection to the control port open.
 """
 import base64
 import os
+import secrets
 import socket
 import ssl
 import subprocess
@@ -40,11 +40,16 @@ extendedKeyUsage = serverAuth
 subjectAltName = DNS:{name}
 """
 
-# kind: name in the certificate, validity, issued by the root
+VALID = ("20200101000000Z", "20491231000000Z")
+EXPIRED = ("20200101000000Z", "20200201000000Z")
+
+# kind: name in the certificate, validity, whether the root issues it
 KINDS = {
-    "trusted": ("localhost", ("20200101000000Z", "20491231000000Z")),
-    "expired": ("localhost", ("20200101000000Z", "20200201000000Z")),
-    "wrong_name": ("elsewhere.example", ("20200101000000Z", "20491231000000Z")),
+    "trusted": ("localhost", VALID, True),
+    "self_signed": ("localhost", VALID, False),
+    "expired": ("localhost", EXPIRED, True),
+    "wrong_name": ("elsewhere.example", VALID, True),
+    "all_faults": ("elsewhere.example", EXPIRED, False),
 }
 
 
@@ -52,31 +57,32 @@ def openssl(*arguments):
     subprocess.run(["openssl", *arguments], check=True, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
 
 
-def self_signed(folder, stem, name, *extensions):
-    openssl("req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "3650", "-sha256", "-subj", f"/CN={name}",
-            "-keyout", f"{folder}/{stem}.key", "-out", f"{folder}/{stem}.pem",
-            *[word for extension in extensions for word in ("-addext", extension)])
+def make_root(folder):
+    # A name of its own: a root that an earlier run left behind must not be taken for this one.
+    openssl("req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-sha256",
+            "-subj", f"/CN=Test issuer {secrets.token_hex(8)}", "-addext", "keyUsage=critical,keyCertSign,cRLSign",
+            "-keyout", f"{folder}/root.key", "-out", f"{folder}/root.pem")
 
 
-def issue(folder, kind, name, validity):
+def make_certificate(folder, kind, name, validity, by_root):
     with open(f"{folder}/ca.cnf", "w") as config:
         config.write(CA_CONFIG.format(folder=folder, name=name))
     openssl("req", "-new", "-newkey", "rsa:2048", "-nodes", "-subj", f"/CN={name}",
             "-keyout", f"{folder}/{kind}.key", "-out", f"{folder}/{kind}.csr")
-    openssl("ca", "-batch", "-config", f"{folder}/ca.cnf", "-extensions", "leaf", "-notext",
+    signer = [] if by_root else ["-selfsign", "-keyfile", f"{folder}/{kind}.key"]
+    openssl("ca", "-batch", "-config", f"{folder}/ca.cnf", "-extensions", "leaf", "-notext", *signer,
             "-startdate", validity[0], "-enddate", validity[1],
             "-in", f"{folder}/{kind}.csr", "-out", f"{folder}/{kind}.pem")
 
 
 def make_certificates(folder):
-    self_signed(folder, "root", "Test issuer", "keyUsage=critical,keyCertSign,cRLSign")
-    self_signed(folder, "self_signed", "localhost", "subjectAltName=DNS:localhost")
+    make_root(folder)
     with open(f"{folder}/index", "w"):
         pass
     with open(f"{folder}/serial", "w") as serial:
         serial.write("1000\n")
-    for kind, (name, validity) in KINDS.items():
-        issue(folder, kind, name, validity)
+    for kind, properties in KINDS.items():
+        make_certificate(folder, kind, *properties)
 
 
 def read_request(connection):
@@ -102,10 +108,22 @@ def serve(connection, context, http_port):
         pass  # a client that does not like the certificate goes away
 
 
-def accept_all(listener, context, http_port):
-    while True:
-        connection, _ = listener.accept()
-        threading.Thread(target=serve, args=(connection, context, http_port), daemon=True).start()
+def refuse_tls(connection):
+    with connection:
+        connection.recv(65536)
+        connection.sendall(b"HTTP/1.0 400 Bad Request\r\n\r\n")
+
+
+def listen(kind, answer, *arguments):
+    listener = socket.create_server(("127.0.0.1", 0))
+
+    def accept_all():
+        while True:
+            connection, _ = listener.accept()
+            threading.Thread(target=answer, args=(connection, *arguments), daemon=True).start()
+
+    threading.Thread(target=accept_all, daemon=True).start()
+    print(kind, listener.getsockname()[1])
 
 
 def main():
@@ -114,12 +132,11 @@ def main():
     control.settimeout(CONTROL_TIMEOUT)
     with tempfile.TemporaryDirectory() as folder:
         make_certificates(folder)
-        for kind in ["self_signed", *KINDS]:
+        for kind in KINDS:
             context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
             context.load_cert_chain(f"{folder}/{kind}.pem", f"{folder}/{kind}.key")
-            listener = socket.create_server(("127.0.0.1", 0))
-            threading.Thread(target=accept_all, args=(listener, context, http_port), daemon=True).start()
-            print(kind, listener.getsockname()[1])
+            listen(kind, serve, context, http_port)
+        listen("not_tls", refuse_tls)
         with open(f"{folder}/root.pem") as root:
             encoded = ssl.PEM_cert_to_DER_cert(root.read())
     print("root", base64.b64encode(encoded).decode())

@@ -1,6 +1,6 @@
 // The download's calls one by one: their order and arguments, and that every path closes what it opened.
 #include "tests/retrieval/fake_wininet.h"
-#include "tests/retrieval/progress_window.h"
+#include "tests/retrieval/progress_steps.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
@@ -48,7 +48,7 @@ using testing::ElementsAre;
 struct WinInetCalls : testing::Test
 {
     fake_wininet wininet;
-    progress_window window;
+    fake_document_window window{{}};
     log_capture log;
     scratch_directory folder;
     std::wstring path = folder / L"a.pdf";
@@ -89,7 +89,7 @@ TEST_F(WinInetCalls, FetchInOrder)
                             "info #2 5 size 128 index 0", "available #2 0 0", "read #2 8", "available #2 0 0",
                             "read #2 4", "available #2 0 0", "close #2", "close #1"));
     EXPECT_EQ(read_file(path), std::string(12, 'x'));
-    EXPECT_THAT(window.steps, ElementsAre(progress_window::step{8, 12}, progress_window::step{12, 12}));
+    EXPECT_THAT(steps_of(window), ElementsAre(progress_step{8, 12}, progress_step{12, 12}));
     EXPECT_THAT(log.lines(), ElementsAre("debug: ACTIVEDOC DEBUG SUCCESS"));
 }
 
@@ -145,14 +145,10 @@ TEST_F(WinInetCalls, AnswerACertificateErrorWithOneRelaxedRequest)
 {
     for (const DWORD error : {12037u, 12038u, 12045u, 12055u, 12169u}) {
         SCOPED_TRACE(error);
-        fake_wininet* const fake = &wininet;
-        fake->calls.clear();
-        window.steps.clear();
-        fake->open_url_error = error;
-        fake->available = {5};
+        wininet.calls.clear();
         log.clear();
-        const auto first = 1 + fake->calls.size();
-        EXPECT_EQ(first, 1u);
+        wininet.open_url_error = error;
+        wininet.available = {5};
         EXPECT_EQ(download(L"https://user:secret@h:444/x/a.pdf?q=%20#page=2"), 0u);
         EXPECT_EQ(read_file(path), "xxxxx");
         EXPECT_EQ(calls_of("open_url").size(), 1u);
@@ -266,8 +262,8 @@ TEST_F(WinInetCalls, ReadOnWhileMoreIsLeftThanThisPassBrought)
     EXPECT_EQ(download(), 0u);
     // 90 left after 10, 70 after 30; 40 left after 60 are for the next query.
     EXPECT_THAT(calls_of("read"), ElementsAre("read #2 100", "read #2 90", "read #2 70", "read #2 7"));
-    EXPECT_THAT(window.steps, ElementsAre(progress_window::step{10, 0}, progress_window::step{30, 0},
-                                          progress_window::step{60, 0}, progress_window::step{67, 0}));
+    EXPECT_THAT(steps_of(window), ElementsAre(progress_step{10, 0}, progress_step{30, 0},
+                                              progress_step{60, 0}, progress_step{67, 0}));
     EXPECT_EQ(read_file(path), std::string(67, 'x'));
 }
 
@@ -316,11 +312,13 @@ TEST_F(WinInetCalls, ReadTheLengthFromItsText)
     };
     for (const auto& [text, length] : lengths) {
         SCOPED_TRACE(length);
-        window.steps.clear();
+        fake_document_window own_window({});
         wininet.content_length = text;
         wininet.available = {1};
-        EXPECT_EQ(download(), 0u);
-        EXPECT_THAT(window.steps, ElementsAre(progress_window::step{1, length}));
+        EXPECT_EQ(download_with(wininet.functions(), {own_window.handle(), cancel, nullptr}, L"http://h/",
+                                path.c_str()),
+                  0u);
+        EXPECT_THAT(steps_of(own_window), ElementsAre(progress_step{1, length}));
     }
 }
 

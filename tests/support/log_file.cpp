@@ -6,61 +6,39 @@
 
 #include <cstdio>
 #include <ostream>
-#include <string_view>
+#include <regex>
 
 namespace quill::test {
+namespace {
+
+// A line may be of any length, which the regular expressions of the library are not made for.
+log_line parse_line(const std::string& line)
+{
+    static const std::regex shape(R"((\d\d:\d\d:\d\d:\d{6}) \[t:(\d+)\] \[([a-z]+)\] )");
+    constexpr std::size_t longest_head = 64;
+    std::smatch parts;
+    const std::string head = line.substr(0, longest_head);
+    if (!std::regex_search(head, parts, shape, std::regex_constants::match_continuous))
+        return {"malformed", line, "", ""};
+    return {parts[3], line.substr(static_cast<std::size_t>(parts.length(0))), parts[2], parts[1]};
+}
+
+} // namespace
 
 void PrintTo(const log_line& line, std::ostream* out)
 {
     *out << "[" << line.level << "] " << line.text;
 }
 
-namespace {
-
-// Takes text from the front of rest up to mark, which is dropped too. Without the mark, rest gets empty.
-std::string take_until(std::string_view& rest, std::string_view mark)
-{
-    const std::size_t end = rest.find(mark);
-    const std::string taken(rest.substr(0, end));
-    rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + mark.size());
-    return taken;
-}
-
-bool has_only(const std::string& text, const char* characters)
-{
-    return !text.empty() && text.find_first_not_of(characters) == std::string::npos;
-}
-
-bool is_time(const std::string& text)
-{
-    return text.size() == 15 && has_only(text, "0123456789:") && text[2] == ':' && text[5] == ':' &&
-           text[8] == ':';
-}
-
-log_line parse_line(const std::string& whole)
-{
-    std::string_view rest = whole;
-    log_line line;
-    line.time = take_until(rest, " [t:");
-    line.thread = take_until(rest, "] [");
-    const bool has_text = rest.find("] ") != std::string_view::npos;
-    line.level = take_until(rest, "] ");
-    line.text = rest;
-    const bool well_formed = has_text && is_time(line.time) && has_only(line.thread, "0123456789") &&
-                             has_only(line.level, "abcdefghijklmnopqrstuvwxyz");
-    return well_formed ? line : log_line{"malformed", whole};
-}
-
-} // namespace
-
 std::vector<log_line> parse_log(const std::string& text)
 {
     std::vector<log_line> lines;
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t stop = text.find("\r\n", start);
-        const std::string line = text.substr(start, stop - start);
-        lines.push_back(stop == std::string::npos ? log_line{"malformed", line} : parse_line(line));
-        start = stop == std::string::npos ? text.size() : stop + 2;
+        const bool whole = stop != std::string::npos;
+        const std::string line = text.substr(start, whole ? stop - start : stop);
+        lines.push_back(whole ? parse_line(line) : log_line{"malformed", line, "", ""});
+        start = whole ? stop + 2 : text.size();
     }
     return lines;
 }

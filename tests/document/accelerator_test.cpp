@@ -1,0 +1,207 @@
+// Keys: which the document keeps for its viewer and which it leaves to the browser.
+#include "tests/document/document_bench.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+namespace quill::test {
+namespace {
+
+constexpr char translate[] = "IOleInPlaceFrame::TranslateAccelerator";
+
+// Holds keys of this thread down while it lives.
+class held_keys
+{
+public:
+    explicit held_keys(std::initializer_list<int> keys)
+    {
+        GetKeyboardState(before_);
+        BYTE state[256]{};
+        for (const int key : keys)
+            state[key] = 0x80;
+        SetKeyboardState(state);
+    }
+    held_keys(const held_keys&) = delete;
+    held_keys& operator=(const held_keys&) = delete;
+    ~held_keys() { SetKeyboardState(before_); }
+
+private:
+    BYTE before_[256]{};
+};
+
+// A window in the role of the viewer's own: takes down the keys that reach it.
+class key_window
+{
+public:
+    key_window()
+    {
+        window_ =
+            CreateWindowExW(0, L"STATIC", L"keys", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
+        SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        old_ = reinterpret_cast<WNDPROC>(
+            SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
+    }
+    key_window(const key_window&) = delete;
+    key_window& operator=(const key_window&) = delete;
+    ~key_window() { DestroyWindow(window_); }
+
+    HWND handle() const { return window_; }
+    std::vector<std::pair<WPARAM, LPARAM>> keys;
+
+private:
+    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
+    {
+        auto* const self = reinterpret_cast<key_window*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        if (message == WM_KEYDOWN)
+            self->keys.emplace_back(wparam, lparam);
+        return CallWindowProcW(self->old_, window, message, wparam, lparam);
+    }
+
+    HWND window_ = nullptr;
+    WNDPROC old_ = nullptr;
+};
+
+using keys = std::vector<std::pair<WPARAM, LPARAM>>;
+
+HRESULT press(document_bench& bench, UINT message, WPARAM key)
+{
+    MSG event{};
+    event.hwnd = bench.window();
+    event.message = message;
+    event.wParam = key;
+    event.lParam = 0x210001;
+    return bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&event);
+}
+
+QUILL_DOCUMENT_TEST(DocumentKeys, NullMessageIsRefused)
+{
+    bench.create();
+    EXPECT_EQ(bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(nullptr), E_POINTER);
+    EXPECT_EQ(bench.take_log(), std::vector<std::string>{});
+}
+
+QUILL_DOCUMENT_TEST(DocumentKeys, BeforeActivationNobodyTranslates)
+{
+    bench.create();
+    bench.set_site();
+    bench.take_log();
+    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_FALSE);
+    EXPECT_EQ(bench.take_log(), std::vector<std::string>{"@ TranslateAccelerator"});
+    EXPECT_EQ(press(bench, WM_CHAR, 'f'), S_FALSE);
+    const held_keys control{VK_CONTROL, VK_LCONTROL};
+    EXPECT_EQ(press(bench, WM_KEYDOWN, 'O'), S_FALSE);
+    EXPECT_EQ(bench.host.calls.count(translate), 0);
+    press(bench, WM_KEYDOWN, 'F'); // there is no window to send it to
+}
+
+QUILL_DOCUMENT_TEST(DocumentKeys, ControlWithAnEditingKeyGoesToTheViewer)
+{
+    key_window viewer_window;
+    bench.viewer.window = viewer_window.handle();
+    bench.show_file(bench.pdf());
+    for (const int control : {VK_LCONTROL, VK_RCONTROL}) {
+        const held_keys held{VK_CONTROL, control};
+        for (const WPARAM key : {WPARAM{'A'}, WPARAM{'C'}, WPARAM{'F'}, WPARAM{'P'}}) {
+            SCOPED_TRACE(key);
+            viewer_window.keys.clear();
+            bench.take_log();
+            EXPECT_EQ(press(bench, WM_KEYDOWN, key), S_OK);
+            EXPECT_EQ(viewer_window.keys, (keys{{key, 0x210001}}));
+            EXPECT_EQ(bench.take_log(), std::vector<std::string>{"@ TranslateAccelerator"});
+        }
+    }
+    EXPECT_EQ(bench.host.calls.count(translate), 0) << "the browser saw the document's keys";
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentKeys, OtherKeysGoToTheFrame)
+{
+    key_window viewer_window;
+    bench.viewer.window = viewer_window.handle();
+    bench.show_file(bench.pdf());
+    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_OK) << "no Control key: the frame's own F";
+    EXPECT_EQ(bench.host.frame.commands, std::vector<WORD>{18});
+    {
+        const held_keys control{VK_CONTROL, VK_LCONTROL};
+        EXPECT_EQ(press(bench, WM_KEYDOWN, 'O'), S_OK);
+        EXPECT_EQ(bench.host.frame.commands, (std::vector<WORD>{18, 17}));
+        EXPECT_EQ(press(bench, WM_KEYDOWN, 'B'), S_FALSE) << "nobody's key";
+        EXPECT_EQ(press(bench, WM_KEYUP, 'F'), S_FALSE) << "only pressing counts";
+        EXPECT_EQ(press(bench, WM_SYSKEYDOWN, 'C'), S_FALSE);
+        EXPECT_EQ(press(bench, WM_KEYDOWN, 'a'), S_FALSE) << "0x61 is a key of the number pad";
+    }
+    {
+        const held_keys alt{VK_MENU, VK_LMENU};
+        EXPECT_EQ(press(bench, WM_SYSKEYDOWN, 'F'), S_OK);
+        EXPECT_EQ(bench.host.frame.commands, (std::vector<WORD>{18, 17, 19}));
+    }
+    EXPECT_EQ(viewer_window.keys, keys{});
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentKeys, GenericControlStateAloneIsNotEnough)
+{
+    bench.show_file(bench.pdf());
+    const held_keys only_generic{VK_CONTROL};
+    EXPECT_NE(press(bench, WM_KEYDOWN, 'P'), S_OK) << "neither the left nor the right key is down";
+    EXPECT_EQ(bench.viewer.texts(viewer_get_window), std::vector<std::string>{});
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentKeys, AfterDeactivationNobodyTranslates)
+{
+    bench.show_file(bench.pdf());
+    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_OK);
+    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    bench.host.calls.forget_calls();
+    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_FALSE) << "the frame is let go";
+    EXPECT_EQ(bench.host.calls.count(translate), 0);
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentKeys, TheFrameMayRefuse)
+{
+    bench.show_file(bench.pdf());
+    bench.host.calls.make_fail(translate, fault::failure);
+    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), E_FAIL);
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentKeys, KeyDownMessagesGoToTheViewersWindow)
+{
+    key_window viewer_window;
+    bench.viewer.window = viewer_window.handle();
+    bench.show_file(bench.pdf());
+    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 0x1510001), 0);
+    EXPECT_EQ(bench.send(WM_KEYDOWN, 'Z', 1), 0);
+    EXPECT_EQ(viewer_window.keys, (keys{{VK_NEXT, 0x1510001}, {'Z', 1}}));
+    EXPECT_EQ(bench.viewer.texts(viewer_get_window).size(), 2u) << "asked for each key";
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentKeys, WithoutAWindowOfTheViewerNothingHappens)
+{
+    key_window viewer_window;
+    bench.viewer.window = nullptr;
+    bench.show_file(bench.pdf());
+    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 1), 0);
+
+    VARIANT answer{};
+    answer.vt = VT_I8; // the right number in the wrong type
+    answer.ullVal = reinterpret_cast<ULONG_PTR>(viewer_window.handle());
+    bench.viewer.answer(viewer_get_window, S_OK, answer);
+    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 1), 0);
+
+    answer.vt = VT_UI8;
+    bench.viewer.answer(viewer_get_window, DISP_E_EXCEPTION, answer);
+    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 1), 0);
+
+    answer.ullVal = 0xdead0;
+    bench.viewer.answer(viewer_get_window, S_OK, answer);
+    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 1), 0);
+    EXPECT_EQ(viewer_window.keys, keys{});
+    bench.close_in_order();
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,146 @@
+// The browser's commands: which are offered and what they do.
+#include "tests/document/document_bench.h"
+
+#include <docobj.h>
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+namespace quill::test {
+namespace {
+
+using lines = std::vector<std::string>;
+
+constexpr DWORD untouched = 0x5a5a;
+constexpr HRESULT not_supported = OLECMDERR_E_NOTSUPPORTED;
+static_assert(static_cast<unsigned long>(not_supported) == 0x80040100);
+constexpr GUID some_group = {0x1, 0x2, 0x3, {0x4}};
+
+std::vector<DWORD> status_of(document_bench& bench, std::initializer_list<ULONG> ids,
+                             const GUID* group = nullptr)
+{
+    std::vector<OLECMD> commands;
+    for (const ULONG id : ids)
+        commands.push_back({id, untouched});
+    EXPECT_EQ(bench.as<IOleCommandTarget>()->QueryStatus(group, static_cast<ULONG>(commands.size()),
+                                                         commands.data(), nullptr),
+              S_OK);
+    std::vector<DWORD> flags;
+    for (const auto& command : commands)
+        flags.push_back(command.cmdf);
+    return flags;
+}
+
+HRESULT execute(document_bench& bench, DWORD id, const GUID* group = nullptr)
+{
+    return bench.as<IOleCommandTarget>()->Exec(group, id, OLECMDEXECOPT_DODEFAULT, nullptr, nullptr);
+}
+
+QUILL_DOCUMENT_TEST(DocumentCommands, TheFirstKnownCommandAloneIsEnabled)
+{
+    bench.create();
+    using flags = std::vector<DWORD>;
+    EXPECT_EQ(status_of(bench, {OLECMDID_PRINT, OLECMDID_SAVEAS}), (flags{OLECMDF_ENABLED, untouched}));
+    EXPECT_EQ(status_of(bench, {OLECMDID_SAVEAS, OLECMDID_PRINT}), (flags{OLECMDF_ENABLED, untouched}));
+    EXPECT_EQ(status_of(bench, {OLECMDID_SAVE, OLECMDID_PRINT}), (flags{untouched, OLECMDF_ENABLED}));
+    EXPECT_EQ(status_of(bench, {OLECMDID_OPEN, OLECMDID_COPY, OLECMDID_SAVEAS, OLECMDID_SAVEAS}),
+              (flags{untouched, untouched, OLECMDF_ENABLED, untouched}));
+    EXPECT_EQ(status_of(bench, {OLECMDID_OPEN, 0, 0xffffffff}), (flags{untouched, untouched, untouched}));
+    EXPECT_EQ(status_of(bench, {OLECMDID_PRINT}, &some_group), flags{OLECMDF_ENABLED}) << "any group";
+    EXPECT_EQ(status_of(bench, {OLECMDID_PRINTPREVIEW}), flags{untouched});
+}
+
+QUILL_DOCUMENT_TEST(DocumentCommands, NoCommandsAreFine)
+{
+    bench.create();
+    const auto target = bench.as<IOleCommandTarget>();
+    EXPECT_EQ(target->QueryStatus(nullptr, 0, nullptr, nullptr), S_OK);
+    OLECMD command{OLECMDID_PRINT, untouched};
+    EXPECT_EQ(target->QueryStatus(nullptr, 0, &command, nullptr), S_OK);
+    EXPECT_EQ(command.cmdf, untouched);
+    target->QueryStatus(nullptr, 3, nullptr, nullptr); // must not fall over
+}
+
+QUILL_DOCUMENT_TEST(DocumentCommands, TheTextIsLeftAlone)
+{
+    bench.create();
+    OLECMDTEXT text{OLECMDTEXTF_NAME, 77, 1, {L'q'}};
+    OLECMD command{OLECMDID_PRINT, 0};
+    EXPECT_EQ(bench.as<IOleCommandTarget>()->QueryStatus(nullptr, 1, &command, &text), S_OK);
+    EXPECT_EQ(text.cwActual, 77u);
+    EXPECT_EQ(text.rgwz[0], L'q');
+}
+
+QUILL_DOCUMENT_TEST(DocumentCommands, WithoutViewerNothingIsDone)
+{
+    bench.create();
+    EXPECT_EQ(execute(bench, OLECMDID_PRINT), not_supported);
+    EXPECT_EQ(execute(bench, OLECMDID_SAVEAS), not_supported);
+    EXPECT_EQ(execute(bench, OLECMDID_OPEN), not_supported);
+    EXPECT_EQ(execute(bench, 0, &some_group), not_supported);
+    EXPECT_EQ(execute(bench, 0xffffffff), not_supported);
+    EXPECT_EQ(bench.take_log(), (lines{"@ Exec 6", "@ Exec 4", "@ Exec 1", "@ Exec 0", "@ Exec 4294967295"}));
+}
+
+QUILL_DOCUMENT_TEST(DocumentCommands, PrintPrintsAndSaysNotSupported)
+{
+    bench.show_file(bench.pdf());
+    bench.viewer.forget_calls();
+    EXPECT_EQ(execute(bench, OLECMDID_PRINT), not_supported);
+    EXPECT_EQ(bench.viewer.texts(), lines{"12()"});
+    bench.host.calls.make_fail("viewer::12", fault::failure);
+    EXPECT_EQ(execute(bench, OLECMDID_PRINT, &some_group), not_supported);
+    EXPECT_EQ(bench.viewer.texts(), (lines{"12()", "12()"}));
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentCommands, OtherCommandsDoNothing)
+{
+    bench.show_file(bench.pdf());
+    bench.viewer.forget_calls();
+    for (const DWORD id : {OLECMDID_OPEN, OLECMDID_SAVE, OLECMDID_PRINTPREVIEW, OLECMDID_COPY, OLECMDID_ZOOM})
+        EXPECT_EQ(execute(bench, id), not_supported);
+    EXPECT_EQ(bench.viewer.texts(), lines{});
+    bench.close_in_order();
+}
+
+// Whether or not the browser can save, the command itself succeeds.
+QUILL_DOCUMENT_TEST(DocumentCommands, SaveAsSucceedsWithAViewer)
+{
+    bench.show_file(bench.pdf());
+    bench.take_log();
+    EXPECT_EQ(execute(bench, OLECMDID_SAVEAS), S_OK);
+    EXPECT_EQ(bench.take_log(), lines{"@ Exec 4"});
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentCommands, NothingIsDoneAfterDeactivation)
+{
+    bench.show_file(bench.pdf());
+    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    bench.viewer.forget_calls();
+    EXPECT_EQ(execute(bench, OLECMDID_PRINT), not_supported);
+    EXPECT_EQ(execute(bench, OLECMDID_SAVEAS), not_supported);
+    EXPECT_EQ(bench.viewer.texts(), lines{});
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentCommands, ArgumentsAreLeftAlone)
+{
+    bench.show_file(bench.pdf());
+    VARIANT in{};
+    in.vt = VT_I4;
+    in.lVal = 5;
+    VARIANT out{};
+    out.vt = VT_I4;
+    out.lVal = 6;
+    EXPECT_EQ(
+        bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, OLECMDEXECOPT_DONTPROMPTUSER, &in, &out),
+        not_supported);
+    EXPECT_EQ(in.lVal, 5);
+    EXPECT_EQ(out.vt, VT_I4);
+    EXPECT_EQ(out.lVal, 6);
+    bench.close_in_order();
+}
+
+} // namespace
+} // namespace quill::test

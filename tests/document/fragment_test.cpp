@@ -1,0 +1,153 @@
+// Page and zoom out of an address, seen in what the viewer is told.
+#include "tests/document/document_bench.h"
+#include "tests/document/document_messages.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+namespace quill::test {
+namespace {
+
+using lines = std::vector<std::string>;
+
+struct fragment_case
+{
+    const wchar_t* fragment;
+    lines calls; // after the file is opened
+};
+
+const fragment_case cases[] = {
+    {L"", {}},
+    {L"#", {}},
+    {L"#page=1", {"4(I4 0)"}},
+    {L"#page=0", {}},
+    {L"#page=7", {"4(I4 6)"}},
+    {L"#page=007", {"4(I4 6)"}},
+    {L"#zoom=50", {"9(R8 0.5)"}},
+    {L"#zoom=100", {"9(R8 1)"}},
+    {L"#zoom=0", {}},
+    {L"#zoom=150.9", {"9(R8 1.5)"}},
+    {L"#page=3#zoom=150", {"4(I4 2)", "9(R8 1.5)"}},
+    {L"#zoom=150#page=3", {"4(I4 2)", "9(R8 1.5)"}},
+    {L"#page=3&zoom=150", {"4(I4 2)", "9(R8 0.03)"}},
+    {L"#zoom=150&page=3", {"4(I4 149)", "9(R8 1.5)"}},
+    {L"#pagemode=none", {}},
+    {L"#pagemode=4", {"4(I4 3)"}},
+    {L"#pagemode=none#page=5", {}},
+    {L"#page=5#page=6", {"4(I4 4)"}},
+    {L"#page", {}},
+    {L"#page#page=5", {}},
+    {L"#page=", {}},
+    {L"#page=x5", {}},
+    {L"#page=5x", {"4(I4 4)"}},
+    {L"#Page=5", {}},
+    {L"#nameddest=page", {}},
+    {L"#a=9&page=5", {"4(I4 8)"}},
+    {L"##page=2", {"4(I4 1)"}},
+    {L"#page=2##zoom=25#", {"4(I4 1)", "9(R8 0.25)"}},
+    {L"?page=9", {}},
+    {L"?page=9#zoom=200", {"9(R8 2)"}},
+};
+
+lines calls_after_opening(document_bench& bench)
+{
+    auto calls = bench.viewer.texts();
+    while (!calls.empty() && calls.front().rfind("1(", 0) != 0)
+        calls.erase(calls.begin());
+    EXPECT_FALSE(calls.empty()) << "the file was not opened";
+    if (!calls.empty())
+        calls.erase(calls.begin());
+    return calls;
+}
+
+QUILL_DOCUMENT_TEST(DocumentFragment, OfTheBrowsersLocationForALocalFile)
+{
+    for (const auto& one : cases) {
+        SCOPED_TRACE(testing::PrintToString(one.fragment));
+        bench.viewer.forget_calls();
+        bench.host.browser.location_url = std::wstring{L"http://host.test/x.pdf"} + one.fragment;
+        bench.show_file(bench.pdf());
+        EXPECT_EQ(calls_after_opening(bench), one.calls);
+        bench.close_in_order();
+        bench.release();
+    }
+}
+
+QUILL_DOCUMENT_TEST(DocumentFragment, OfTheBrowsersLocationForAUrlWithMenu)
+{
+    bench.host.browser.location_url = L"http://host.test/x.pdf#page=3#zoom=75";
+    bench.show_url(L"quilltest://host.test/x.pdf#page=9#zoom=99");
+    bench.wait_for_failed_worker();
+    load_fetched_file(bench, bench.pdf());
+    EXPECT_EQ(calls_after_opening(bench), (lines{"4(I4 2)", "9(R8 0.75)"}));
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentFragment, OfTheUrlItselfWithoutMenu)
+{
+    for (const auto& one : cases) {
+        SCOPED_TRACE(testing::PrintToString(one.fragment));
+        bench.viewer.forget_calls();
+        bench.host.browser.location_url = L"http://host.test/x.pdf#page=77#zoom=77";
+        bench.create();
+        bench.set_site();
+        bench.load_url(std::wstring{L"quilltest://host.test/x.pdf"} + one.fragment);
+        EXPECT_EQ(bench.do_verb(OLEIVERB_INPLACEACTIVATE), S_OK);
+        load_fetched_file(bench, bench.pdf());
+        EXPECT_EQ(calls_after_opening(bench), one.calls);
+        bench.close_in_order();
+        bench.release();
+    }
+}
+
+QUILL_DOCUMENT_TEST(DocumentFragment, WithoutALocationThereIsNeitherPageNorZoom)
+{
+    for (const char* call : {"IServiceProvider::QueryService", "IWebBrowser2::get_LocationURL"}) {
+        for (const fault kind : every_fault) {
+            SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
+            bench.viewer.forget_calls();
+            bench.host.browser.location_url = L"http://host.test/x.pdf#page=3";
+            bench.host.calls.make_fail(call, kind);
+            bench.show_file(bench.pdf());
+            EXPECT_EQ(calls_after_opening(bench), lines{});
+            bench.close_in_order();
+            bench.release();
+        }
+        bench.host.calls.make_fail(call, fault::none);
+    }
+}
+
+QUILL_DOCUMENT_TEST(DocumentFragment, OfAnyLength)
+{
+    bench.host.browser.location_url = L"http://host.test/x.pdf#page=12#";
+    bench.host.browser.location_url.append(200'000, L'#');
+    bench.host.browser.location_url.append(200'000, L'z');
+    bench.show_file(bench.pdf());
+    EXPECT_EQ(calls_after_opening(bench), lines{"4(I4 11)"});
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentFragment, HugeNumbersAreBorne)
+{
+    for (const wchar_t* fragment : {L"#page=99999999999999999999#zoom=99999999999999999999",
+                                    L"#page=-2147483648#zoom=-1", L"#page=-1"}) {
+        bench.host.browser.location_url = std::wstring{L"http://host.test/x.pdf"} + fragment;
+        bench.show_file(bench.pdf());
+        bench.close_in_order();
+        bench.release();
+    }
+}
+
+// A second load of the same window keeps page and zoom.
+QUILL_DOCUMENT_TEST(DocumentFragment, AppliesToEveryLoad)
+{
+    bench.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=300";
+    bench.show_file(bench.pdf());
+    bench.viewer.forget_calls();
+    EXPECT_EQ(bench.send(message_load_file), 0);
+    EXPECT_EQ(calls_after_opening(bench), (lines{"4(I4 1)", "9(R8 3)"}));
+    bench.close_in_order();
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,134 @@
+// Numbers of the documents in one browser window.
+#include "tests/document/document_bench.h"
+#include "tests/document/document_messages.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+#include <memory>
+
+namespace quill::test {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+// One more document of the same module, in a host of its own whose browser window can be another's.
+class further_document
+{
+public:
+    further_document(document_bench& bench, HWND browser_window)
+    {
+        host_.shell.window = browser_window;
+        ComPtr<IClassFactory> factory;
+        EXPECT_EQ(bench.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
+        EXPECT_EQ(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object_)), S_OK);
+        host_.document = object_.Get();
+        object_->SetClientSite(host_.site.client_site());
+        EXPECT_EQ(object_->DoVerb(OLEIVERB_SHOW, nullptr, host_.site.client_site(), -1, host_.view_window(),
+                                  &host_.position),
+                  S_OK);
+    }
+    further_document(const further_document&) = delete;
+    further_document& operator=(const further_document&) = delete;
+    ~further_document()
+    {
+        deactivate();
+        object_->SetClientSite(nullptr);
+        host_.view.Reset();
+        EXPECT_EQ(object_.Detach()->Release(), 0u);
+    }
+
+    document_host& host() { return host_; }
+
+    void deactivate()
+    {
+        ComPtr<IOleInPlaceObject> in_place;
+        EXPECT_EQ(object_.As(&in_place), S_OK);
+        in_place->InPlaceDeactivate();
+    }
+
+    std::uint32_t number() const
+    {
+        ComPtr<IOleWindow> ole_window;
+        EXPECT_EQ(object_.As(&ole_window), S_OK);
+        HWND window = nullptr;
+        ole_window->GetWindow(&window);
+        EXPECT_NE(window, nullptr);
+        return instance_number(window);
+    }
+
+private:
+    document_host host_;
+    ComPtr<IOleObject> object_;
+};
+
+QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedFromZero)
+{
+    const HWND browser = bench.host.frame_window();
+    further_document first(bench, browser);
+    further_document second(bench, browser);
+    further_document third(bench, browser);
+    EXPECT_EQ(first.number(), 0u);
+    EXPECT_EQ(second.number(), 1u);
+    EXPECT_EQ(third.number(), 2u);
+}
+
+QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedPerBrowserWindow)
+{
+    document_host other;
+    further_document first(bench, bench.host.frame_window());
+    further_document elsewhere(bench, other.frame_window());
+    further_document second(bench, bench.host.frame_window());
+    EXPECT_EQ(first.number(), 0u);
+    EXPECT_EQ(elsewhere.number(), 0u);
+    EXPECT_EQ(second.number(), 1u);
+}
+
+// The entry goes with the first document that goes, whatever its count.
+QUILL_DOCUMENT_TEST(DocumentInstances, StartAgainWhenOneIsDestroyed)
+{
+    const HWND browser = bench.host.frame_window();
+    auto first = std::make_unique<further_document>(bench, browser);
+    further_document second(bench, browser);
+    EXPECT_EQ(second.number(), 1u);
+    first.reset();
+    EXPECT_EQ(second.number(), 1u) << "a number is kept for life";
+    further_document third(bench, browser);
+    EXPECT_EQ(third.number(), 0u);
+    further_document fourth(bench, browser);
+    EXPECT_EQ(fourth.number(), 1u);
+}
+
+QUILL_DOCUMENT_TEST(DocumentInstances, StartAgainWithANewWindowOfTheDocument)
+{
+    const HWND browser = bench.host.frame_window();
+    further_document first(bench, browser);
+    further_document second(bench, browser);
+    second.deactivate();
+    further_document third(bench, browser);
+    EXPECT_EQ(third.number(), 0u);
+}
+
+QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedWithoutABrowserWindowToo)
+{
+    further_document first(bench, nullptr);
+    further_document second(bench, nullptr);
+    EXPECT_EQ(first.number(), 0u);
+    EXPECT_EQ(second.number(), 1u);
+}
+
+// The window is asked for once; what it is later does not matter.
+QUILL_DOCUMENT_TEST(DocumentInstances, BelongToTheWindowOfTheCreation)
+{
+    document_host other;
+    const HWND browser = bench.host.frame_window();
+    {
+        further_document first(bench, browser);
+        first.host().shell.window = other.frame_window();
+    }
+    further_document second(bench, browser);
+    EXPECT_EQ(second.number(), 0u);
+}
+
+} // namespace
+} // namespace quill::test

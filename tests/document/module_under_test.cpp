@@ -1,0 +1,58 @@
+#include "tests/document/module_under_test.h"
+
+#include "tests/support/child_process.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <stdexcept>
+
+namespace quill::test {
+namespace {
+
+constexpr wchar_t module_name[] = L"QuillPDF.IE.dll";
+
+template <class Function>
+Function export_of(HMODULE module, const char* name)
+{
+    const FARPROC address = GetProcAddress(module, name);
+    if (!address)
+        throw std::runtime_error(std::string{"the module does not export "} + name);
+    Function function;
+    static_assert(sizeof function == sizeof address);
+    std::memcpy(&function, &address, sizeof function);
+    return function;
+}
+
+} // namespace
+
+module_under_test::module_under_test()
+{
+    handle_ = LoadLibraryW(beside_this_program(module_name).c_str());
+    if (!handle_)
+        throw std::runtime_error("QuillPDF.IE.dll does not load: error " + std::to_string(GetLastError()));
+    get_class_object_ = export_of<get_class_object_function>(handle_, "DllGetClassObject");
+    can_unload_ = export_of<can_unload_function>(handle_, "DllCanUnloadNow");
+}
+
+module_under_test::~module_under_test()
+{
+    const HRESULT can_unload = can_unload_now();
+    EXPECT_EQ(can_unload, S_OK) << "the module still counts objects or locks";
+    if (can_unload != S_OK)
+        return; // unloading it under a living object would only hide the failure behind a crash
+    FreeLibrary(handle_);
+    EXPECT_EQ(GetModuleHandleW(module_name), nullptr) << "the module stays loaded";
+}
+
+HRESULT module_under_test::get_class_object(REFCLSID class_id, REFIID iid, void** out) const
+{
+    return get_class_object_(class_id, iid, out);
+}
+
+HRESULT module_under_test::can_unload_now() const
+{
+    return can_unload_();
+}
+
+} // namespace quill::test

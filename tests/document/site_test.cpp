@@ -1,0 +1,106 @@
+// The client site: what is asked of it, what is kept, what the log says.
+#include "tests/document/document_bench.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+#include <regex>
+
+namespace quill::test {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+using lines = std::vector<std::string>;
+
+QUILL_DOCUMENT_TEST(DocumentSite, IsKeptWithItsDocumentSite)
+{
+    bench.create();
+    EXPECT_EQ(bench.set_site(), S_OK);
+    EXPECT_EQ(bench.take_log(), lines{"@ IOleObject_SetClientSite 0x0"});
+    EXPECT_EQ(bench.host.site.references(), 2) << "the client site and the document site";
+    ComPtr<IOleClientSite> kept;
+    EXPECT_EQ(bench.as<IOleObject>()->GetClientSite(&kept), S_OK);
+    EXPECT_EQ(kept.Get(), bench.host.site.client_site());
+}
+
+QUILL_DOCUMENT_TEST(DocumentSite, WithoutDocumentSiteIsKeptToo)
+{
+    bench.create();
+    bench.host.site.offered.document_site = false;
+    EXPECT_EQ(bench.set_site(), S_OK);
+    EXPECT_EQ(bench.take_log(), lines{"@ IOleObject_SetClientSite 0x-2147467262"});
+    EXPECT_EQ(bench.host.site.references(), 1);
+}
+
+QUILL_DOCUMENT_TEST(DocumentSite, GivesItsAmbientProperties)
+{
+    bench.create();
+    bench.host.site.offered.ambient_properties = true;
+    EXPECT_EQ(bench.set_site(), S_OK);
+    EXPECT_EQ(bench.host.site.references(), 3) << "client site, document site, ambient properties";
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(bench.host.site.references(), 0);
+}
+
+QUILL_DOCUMENT_TEST(DocumentSite, TakenAwayIsReleasedAtOnce)
+{
+    bench.create();
+    bench.set_site();
+    bench.take_log();
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(bench.host.site.references(), 0);
+    const auto logged = bench.take_log();
+    ASSERT_EQ(logged.size(), 1u);
+    EXPECT_TRUE(std::regex_match(logged[0], std::regex{"@ IOleObject_SetClientSite 0x-?[0-9]+"}))
+        << logged[0];
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    ComPtr<IOleClientSite> kept;
+    bench.as<IOleObject>()->GetClientSite(&kept);
+    EXPECT_EQ(kept.Get(), nullptr);
+}
+
+QUILL_DOCUMENT_TEST(DocumentSite, IsReplacedByAnother)
+{
+    document_host other;
+    bench.create();
+    bench.set_site();
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
+    EXPECT_EQ(bench.host.site.references(), 0);
+    EXPECT_EQ(other.site.references(), 2);
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
+    EXPECT_EQ(other.site.references(), 2) << "set twice, held once";
+    bench.release();
+    EXPECT_EQ(other.site.references(), 0);
+}
+
+QUILL_DOCUMENT_TEST(DocumentSite, LosingTheDocumentSiteClearsTheFlag)
+{
+    document_host plain;
+    plain.site.offered.document_site = false;
+    bench.create();
+    bench.set_site();
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(plain.site.client_site()), S_OK);
+    bench.take_log();
+    bench.as<IOleObject>()->DoVerb(OLEIVERB_HIDE, nullptr, nullptr, 0, nullptr, nullptr);
+    const auto logged = bench.take_log();
+    ASSERT_FALSE(logged.empty());
+    EXPECT_TRUE(logged[0].ends_with("{0x0 0 0 0}")) << logged[0];
+    bench.release();
+}
+
+QUILL_DOCUMENT_TEST(DocumentSite, WithoutOutArgumentIsRefused)
+{
+    bench.create();
+    bench.set_site();
+    EXPECT_EQ(bench.as<IOleObject>()->GetClientSite(nullptr), E_POINTER);
+}
+
+QUILL_DOCUMENT_TEST(DocumentSite, IsReleasedWithTheDocument)
+{
+    bench.create();
+    bench.set_site();
+    bench.release(); // checks the site's references
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,275 @@
+// CWindowImpl: window classes, messages, and the ways in which a window and its object may end.
+#include "tests/framework/window_fixture.h"
+
+#include <stdexcept>
+#include <thread>
+
+using ATL::_AtlWinModule;
+
+namespace quill::test {
+namespace {
+
+class unnamed_window : public ATL::CWindowImpl<unnamed_window>
+{
+public:
+    BEGIN_MSG_MAP(unnamed_window)
+    END_MSG_MAP()
+};
+
+using framework_window = window_fixture;
+
+TEST_F(framework_window, class_is_registered_on_first_use_and_gone_after_term)
+{
+    EXPECT_FALSE(class_exists(L"QuillFrameworkTestWindow"));
+    test_window window;
+    ASSERT_TRUE(create(window));
+    EXPECT_TRUE(class_exists(L"QuillFrameworkTestWindow"));
+
+    _AtlWinModule.Term();
+    EXPECT_TRUE(class_exists(L"QuillFrameworkTestWindow")) << "a class with windows stays";
+    EXPECT_EQ(window.run([](test_window&) { return LRESULT{42}; }), 42) << "and its windows work";
+
+    window.DestroyWindow();
+    _AtlWinModule.Term();
+    EXPECT_FALSE(class_exists(L"QuillFrameworkTestWindow"));
+    ASSERT_TRUE(create(window)) << "registered again when it is used again";
+    window.DestroyWindow();
+}
+
+TEST_F(framework_window, class_without_a_name_gets_one_of_its_own)
+{
+    unnamed_window window;
+    ASSERT_TRUE(window.Create(HWND_MESSAGE));
+    wchar_t name[64]{};
+    GetClassNameW(window, name, std::size(name));
+    EXPECT_EQ(std::wstring(name).substr(0, 4), L"ATL:");
+    EXPECT_TRUE(class_exists(name));
+    window.DestroyWindow();
+    _AtlWinModule.Term();
+    EXPECT_FALSE(class_exists(name));
+}
+
+TEST_F(framework_window, position_title_styles_and_parameter_reach_the_window)
+{
+    test_window window;
+    int parameter = 0;
+    ASSERT_TRUE(create(window, &parameter));
+    EXPECT_EQ(window.create_param, &parameter);
+    RECT place{};
+    window.GetWindowRect(&place);
+    EXPECT_EQ(place.left, 10);
+    EXPECT_EQ(place.top, 20);
+    EXPECT_EQ(place.right, 310);
+    EXPECT_EQ(place.bottom, 220);
+    wchar_t title[16]{};
+    GetWindowTextW(window, title, std::size(title));
+    EXPECT_STREQ(title, L"title");
+
+    test_window child;
+    ASSERT_TRUE(child.Create(window, at({1, 2, 30, 40}), nullptr, 0, 0, 9U));
+    EXPECT_EQ(child.GetStyle() & (WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS),
+              DWORD{WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS});
+    EXPECT_EQ(child.GetDlgCtrlID(), 9);
+    window.DestroyWindow();
+    EXPECT_EQ(child.m_hWnd, nullptr) << "children end with their parent";
+    EXPECT_EQ(child.finals.size(), 1u);
+}
+
+TEST_F(framework_window, messages_before_nccreate_find_the_object)
+{
+    test_window window;
+    const HWND handle = create(window);
+    ASSERT_TRUE(handle);
+    EXPECT_EQ(window.handle_in_min_max_info, handle);
+    window.DestroyWindow();
+}
+
+TEST_F(framework_window, map_finds_the_handler)
+{
+    test_window window;
+    const HWND handle = create(window);
+    ASSERT_TRUE(handle);
+    EXPECT_EQ(SendMessageW(handle, message_first, 0, 0), LRESULT{message_first});
+    EXPECT_EQ(SendMessageW(handle, message_last, 0, 0), LRESULT{message_last});
+    EXPECT_EQ(SendMessageW(handle, message_last + 1, 0, 0), 0);
+    EXPECT_EQ(SendMessageW(handle, WM_COMMAND, MAKEWPARAM(5, 7), reinterpret_cast<LPARAM>(handle)), 706);
+    EXPECT_EQ(SendMessageW(handle, WM_COMMAND, MAKEWPARAM(5, 9), 0), 0);
+    EXPECT_EQ(SendMessageW(handle, WM_COMMAND, MAKEWPARAM(6, 9), 0), 60);
+    EXPECT_EQ(SendMessageW(handle, WM_COMMAND, MAKEWPARAM(1, 8), 0), 80);
+
+    window.heard.clear();
+    EXPECT_EQ(SendMessageW(handle, message_passed_on, 0, 0), 2);
+    EXPECT_EQ(window.heard, (std::vector<std::string>{"passed on", "reached"}));
+    window.DestroyWindow();
+}
+
+TEST_F(framework_window, object_is_deleted_by_its_final_message)
+{
+    int ends = 0;
+    auto* const window = new test_window(&ends);
+    window->on_final = [](test_window& self) { delete &self; };
+    const HWND handle = create(*window);
+    ASSERT_TRUE(handle);
+    DestroyWindow(handle);
+    EXPECT_EQ(ends, 1);
+    EXPECT_FALSE(IsWindow(handle));
+}
+
+TEST_F(framework_window, final_message_waits_for_the_handler_that_destroyed_the_window)
+{
+    int ends = 0;
+    auto* const window = new test_window(&ends);
+    window->on_final = [](test_window& self) { delete &self; };
+    ASSERT_TRUE(create(*window));
+    const LRESULT result = window->run([&](test_window& self) {
+        ::DestroyWindow(self.m_hWnd);
+        EXPECT_EQ(ends, 0) << "the handler's object is alive";
+        EXPECT_EQ(self.finals.size(), 0u);
+        return LRESULT{7};
+    });
+    EXPECT_EQ(result, 7);
+    EXPECT_EQ(ends, 1);
+}
+
+TEST_F(framework_window, final_message_comes_once_when_the_handle_was_forgotten)
+{
+    test_window window;
+    const HWND handle = create(window);
+    ASSERT_TRUE(handle);
+    window.on_destroy = [](test_window& self) { self.m_hWnd = nullptr; };
+    DestroyWindow(handle);
+    EXPECT_EQ(window.finals, std::vector<HWND>{handle});
+    EXPECT_FALSE(IsWindow(handle));
+    EXPECT_TRUE(create(window)) << "the object can have a new window";
+    window.on_destroy = nullptr;
+    window.DestroyWindow();
+}
+
+TEST_F(framework_window, creation_refused_by_the_object_ends_it)
+{
+    for (const bool early : {true, false}) {
+        int ends = 0;
+        auto* const window = new test_window(&ends);
+        window->refuse_nc_create = early;
+        window->create_result = -1;
+        window->on_final = [](test_window& self) { delete &self; };
+        EXPECT_EQ(create(*window), nullptr);
+        EXPECT_EQ(ends, 1) << early;
+    }
+}
+
+TEST_F(framework_window, creation_refused_by_a_hook_leaves_nothing_behind)
+{
+    static bool refuse = false;
+    const HHOOK hook = SetWindowsHookExW(
+        WH_CBT,
+        [](int code, WPARAM wparam, LPARAM lparam) -> LRESULT {
+            return code == HCBT_CREATEWND && refuse ? 1 : CallNextHookEx(nullptr, code, wparam, lparam);
+        },
+        nullptr, GetCurrentThreadId());
+    ASSERT_TRUE(hook);
+    refuse = true;
+    test_window refused;
+    EXPECT_EQ(refused.Create(nullptr, at({0, 0, 9, 9}), nullptr, WS_POPUP), nullptr);
+    EXPECT_EQ(refused.m_hWnd, nullptr);
+    UnhookWindowsHookEx(hook);
+
+    test_window next;
+    const HWND handle = create(next);
+    ASSERT_TRUE(handle);
+    EXPECT_EQ(next.m_hWnd, handle) << "the next window goes to its own object";
+    EXPECT_EQ(refused.m_hWnd, nullptr);
+    next.DestroyWindow();
+}
+
+TEST_F(framework_window, exceptions_stay_inside)
+{
+    test_window window;
+    window.on_create = [](test_window&) { throw std::runtime_error("cannot set up"); };
+    EXPECT_EQ(create(window), nullptr);
+    EXPECT_EQ(window.finals.size(), 1u);
+    window.on_create = nullptr;
+    const HWND handle = create(window);
+    ASSERT_TRUE(handle);
+    EXPECT_EQ(window.run([](test_window&) -> LRESULT { throw 1; }), 0);
+    window.on_final = [](test_window&) { throw 2; };
+    DestroyWindow(handle);
+    EXPECT_EQ(window.m_hWnd, nullptr);
+}
+
+TEST_F(framework_window, object_deleted_by_its_own_handler_takes_its_window_along)
+{
+    int ends = 0;
+    auto* const window = new test_window(&ends);
+    const HWND handle = create(*window);
+    ASSERT_TRUE(handle);
+    window->to_run = [](test_window& self) {
+        delete &self;
+        return LRESULT{3};
+    };
+    EXPECT_EQ(SendMessageW(handle, message_run, 0, 0), 3);
+    EXPECT_EQ(ends, 1);
+    EXPECT_FALSE(IsWindow(handle));
+}
+
+TEST_F(framework_window, object_that_goes_first_destroys_its_window)
+{
+    HWND handle = nullptr;
+    {
+        test_window window;
+        handle = create(window);
+        ASSERT_TRUE(handle);
+    }
+    EXPECT_FALSE(IsWindow(handle));
+}
+
+TEST_F(framework_window, window_created_while_another_is_being_created)
+{
+    test_window inner;
+    test_window outer;
+    outer.on_create = [&](test_window& self) {
+        inner.Create(self.m_hWnd, at({0, 0, 5, 5}));
+        EXPECT_TRUE(inner.m_hWnd);
+    };
+    const HWND handle = create(outer);
+    ASSERT_TRUE(handle);
+    EXPECT_EQ(outer.m_hWnd, handle);
+    EXPECT_EQ(GetParent(inner.m_hWnd), handle);
+    outer.DestroyWindow();
+    EXPECT_EQ(inner.m_hWnd, nullptr);
+}
+
+TEST_F(framework_window, one_object_has_one_window)
+{
+    test_window window;
+    const HWND handle = create(window);
+    ASSERT_TRUE(handle);
+    EXPECT_EQ(create(window), nullptr);
+    EXPECT_EQ(window.m_hWnd, handle);
+    EXPECT_EQ(window.run([](test_window&) { return LRESULT{1}; }), 1);
+    window.DestroyWindow();
+}
+
+TEST_F(framework_window, threads_create_windows_at_the_same_time)
+{
+    constexpr int windows_each = 50;
+    const auto create_many = [](int& right) {
+        for (int i = 0; i < windows_each; ++i) {
+            test_window window;
+            const HWND handle = window.Create(HWND_MESSAGE, at({0, 0, 1, 1}));
+            right += handle && window.m_hWnd == handle &&
+                     window.run([&](test_window& self) { return LRESULT{&self == &window}; }) == 1;
+            window.DestroyWindow();
+        }
+    };
+    int first = 0;
+    int second = 0;
+    std::thread other(create_many, std::ref(first));
+    create_many(second);
+    other.join();
+    EXPECT_EQ(first, windows_each);
+    EXPECT_EQ(second, windows_each);
+}
+
+} // namespace
+} // namespace quill::test

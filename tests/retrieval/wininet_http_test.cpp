@@ -1,0 +1,290 @@
+// The download against a real HTTP server, as the document's worker runs it.
+#include "retrieval/wininet_download.h"
+#include "tests/retrieval/progress_steps.h"
+#include "tests/support/http_server.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/process_resources.h"
+#include "tests/support/scopes.h"
+#include "tests/support/wait.h"
+
+#include <windows.h>
+#include <winsock2.h>
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+namespace quill::test {
+namespace {
+
+using testing::ElementsAre;
+
+struct WinInetHttp : testing::Test
+{
+    http_server server;
+    log_capture log;
+    scratch_directory folder;
+    std::wstring path = folder / L"a.pdf";
+    HANDLE cancel = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+
+    ~WinInetHttp() override { CloseHandle(cancel); }
+
+    std::uint32_t download(const fake_document_window& window, const std::wstring& url)
+    {
+        return DownloadWithWinINet({window.handle(), cancel, nullptr}, url.c_str(), path.c_str());
+    }
+    void expect_success() const { EXPECT_THAT(log.lines(), ElementsAre("debug: ACTIVEDOC DEBUG SUCCESS")); }
+};
+
+// Progress never goes back, names the same maximum every time, and ends with everything.
+void expect_steady(const fake_document_window& window, std::uint32_t size, std::uint32_t maximum)
+{
+    const auto steps = steps_of(window);
+    ASSERT_FALSE(steps.empty());
+    std::uint32_t before = 0;
+    for (const auto& [progress, progress_max] : steps) {
+        EXPECT_GT(progress, before);
+        EXPECT_EQ(progress_max, maximum);
+        before = progress;
+    }
+    EXPECT_EQ(before, size);
+    EXPECT_EQ(window.violations(), std::vector<std::string>());
+}
+
+TEST_F(WinInetHttp, TellsTheServerWhoAsks)
+{
+    server.route("/a.pdf", http_response::ok("hello"));
+    fake_document_window window({});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf?x=%20y")), 0u);
+    ASSERT_EQ(server.requests().size(), 1u);
+    const http_request request = server.requests().front();
+    EXPECT_EQ(request.method, "GET");
+    EXPECT_EQ(request.target, "/a.pdf?x=%20y");
+    EXPECT_EQ(request.header("User-Agent"), "Quill5_IEactivedoc");
+    EXPECT_EQ(read_file(path), "hello");
+    expect_success();
+}
+
+TEST_F(WinInetHttp, KeepsTheFragmentToItself)
+{
+    server.route("/a.pdf", http_response::ok("hello"));
+    fake_document_window window({});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf?q=1#page=2#zoom=50")), 0u);
+    ASSERT_EQ(server.requests().size(), 1u);
+    EXPECT_EQ(server.requests().front().target, "/a.pdf?q=1");
+}
+
+TEST_F(WinInetHttp, ReportsProgressAgainstTheLength)
+{
+    const std::string body = pdf_body(300'000);
+    server.route("/a.pdf", http_response::ok(body));
+    fake_document_window window({});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
+    EXPECT_TRUE(read_file(path) == body);
+    expect_steady(window, 300'000, 300'000);
+}
+
+TEST_F(WinInetHttp, FetchesBodiesWithoutALength)
+{
+    for (const auto framing : {http_response::framing::chunked, http_response::framing::until_close}) {
+        http_response response = http_response::ok(pdf_body(100'000));
+        response.body_framing = framing;
+        response.piece_size = 30'000;
+        server.route("/a.pdf", response);
+        fake_document_window window({});
+        log.clear();
+        EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
+        EXPECT_TRUE(read_file(path) == response.body);
+        expect_steady(window, 100'000, 0);
+        expect_success();
+    }
+}
+
+TEST_F(WinInetHttp, FollowsRedirects)
+{
+    server.route("/a.pdf", http_response::redirect("/b/c.pdf"));
+    server.route("/b/c.pdf", http_response::ok("moved"));
+    fake_document_window window({});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
+    EXPECT_EQ(read_file(path), "moved");
+    EXPECT_EQ(server.requests().size(), 2u);
+}
+
+TEST_F(WinInetHttp, WritesAnErrorPageLikeAnyBody)
+{
+    server.route("/a.pdf", http_response::not_found("nothing here"));
+    fake_document_window window({});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
+    EXPECT_EQ(read_file(path), "nothing here");
+    expect_success();
+}
+
+TEST_F(WinInetHttp, ReplacesTheFileAndTakesAnEmptyBody)
+{
+    ASSERT_TRUE(write_file(path, "what was there before"));
+    server.route("/a.pdf", http_response::ok(""));
+    fake_document_window window({});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
+    EXPECT_EQ(read_file(path), "");
+    EXPECT_THAT(steps_of(window), ElementsAre());
+}
+
+TEST_F(WinInetHttp, KeepsWhatABrokenOffBodyBrought)
+{
+    http_response response = http_response::ok(pdf_body(50'000));
+    response.cut_after = 20'000;
+    server.route("/a.pdf", response);
+    fake_document_window window({});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
+    EXPECT_TRUE(read_file(path) == response.body.substr(0, 20'000));
+    expect_steady(window, 20'000, 50'000);
+}
+
+// Answers one connection with headers and then breaks it off without good order.
+class resetting_server
+{
+public:
+    resetting_server() : listener_(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP))
+    {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+        EXPECT_EQ(listen(listener_, 1), 0);
+        int size = sizeof address;
+        getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
+        url = L"http://127.0.0.1:" + std::to_wstring(ntohs(address.sin_port)) + L"/a.pdf";
+        thread_ = std::thread([this] { answer(); });
+    }
+    ~resetting_server()
+    {
+        closesocket(listener_);
+        thread_.join();
+    }
+
+    std::wstring url;
+
+private:
+    void answer() const
+    {
+        const SOCKET connection = accept(listener_, nullptr, nullptr);
+        std::string request;
+        char byte = 0;
+        while (!request.ends_with("\r\n\r\n") && recv(connection, &byte, 1, 0) == 1)
+            request += byte;
+        const std::string headers = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n";
+        send(connection, headers.data(), static_cast<int>(headers.size()), 0);
+        const linger abort{1, 0};
+        setsockopt(connection, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&abort), sizeof abort);
+        closesocket(connection);
+    }
+
+    SOCKET listener_;
+    std::thread thread_;
+};
+
+// Depending on when the reset is seen, there is no request or a request without data: it always ends.
+TEST_F(WinInetHttp, SurvivesAResetBehindTheHeaders)
+{
+    const resetting_server resetting;
+    fake_document_window window({});
+    const std::uint32_t result = download(window, resetting.url);
+    if (result == 0)
+        EXPECT_EQ(read_file(path), "");
+    else
+        EXPECT_EQ(result, 1u);
+    EXPECT_THAT(steps_of(window), ElementsAre());
+}
+
+TEST_F(WinInetHttp, ReportsAServerThatIsNotThere)
+{
+    fake_document_window window({});
+    EXPECT_EQ(download(window, http_server::refused_url(L"/a.pdf")), 1u);
+    EXPECT_THAT(log.lines(), ElementsAre("debug: ACTIVEDOC DEBUG InternetOpenUrl FAILED 12029"));
+    EXPECT_EQ(read_file(path), std::nullopt);
+}
+
+TEST_F(WinInetHttp, ReportsAnAddressThatIsNone)
+{
+    fake_document_window window({});
+    EXPECT_EQ(download(window, L"no scheme"), 1u);
+    ASSERT_EQ(log.lines().size(), 1u);
+    EXPECT_TRUE(log.lines().front().starts_with("debug: ACTIVEDOC DEBUG InternetOpenUrl FAILED 12"));
+}
+
+TEST_F(WinInetHttp, ReportsAFileThatCannotBeMade)
+{
+    server.route("/a.pdf", http_response::ok("hello"));
+    path = folder / L"missing\\a.pdf";
+    fake_document_window window({});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf")), 1u);
+    EXPECT_THAT(log.lines(), ElementsAre("debug: ACTIVEDOC DEBUG FAILED TO CREATE CACHE FILE 3"));
+    EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "the request is closed";
+}
+
+TEST_F(WinInetHttp, StopsBetweenChunks)
+{
+    http_response response = http_response::ok(pdf_body(400'000));
+    response.piece_size = 1'000;
+    response.piece_delay_ms = 1;
+    server.route("/a.pdf", response);
+    fake_document_window window({.url = {}, .on_progress = [&](const seen_progress& seen) {
+                                     if (seen.progress >= 5'000)
+                                         SetEvent(cancel);
+                                 }});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0x80004004u);
+    const std::string part = read_file(path).value_or("");
+    EXPECT_GE(part.size(), 5'000u);
+    EXPECT_LT(part.size(), response.body.size());
+    EXPECT_TRUE(response.body.starts_with(part));
+    EXPECT_THAT(log.lines(), ElementsAre());
+    EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "the request is closed";
+}
+
+// The window's thread may wait for this very download: a window that does not answer delays it only.
+TEST_F(WinInetHttp, GoesOnWithoutAWindow)
+{
+    server.route("/a.pdf", http_response::ok("hello"));
+    EXPECT_EQ(DownloadWithWinINet({nullptr, cancel, nullptr}, server.url(L"/a.pdf").c_str(), path.c_str()),
+              0u);
+    fake_document_window window({.url = {}, .to_progress = reply::vanish});
+    EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
+    EXPECT_EQ(read_file(path), "hello");
+}
+
+TEST_F(WinInetHttp, LeavesNothingOpen)
+{
+    http_response slow = http_response::ok(pdf_body(100'000));
+    slow.piece_size = 5'000;
+    slow.piece_delay_ms = 1;
+    server.route("/a.pdf", http_response::ok("hello"));
+    server.route("/slow.pdf", slow);
+    const auto every_path = [&] {
+        fake_document_window window({.url = {}, .on_progress = [&](const seen_progress& seen) {
+                                         if (seen.progress >= 6'000)
+                                             SetEvent(cancel);
+                                     }});
+        const std::wstring good_path = path;
+        EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
+        EXPECT_EQ(download(window, server.url(L"/slow.pdf")), 0x80004004u);
+        ResetEvent(cancel);
+        EXPECT_EQ(download(window, http_server::refused_url(L"/a.pdf")), 1u);
+        path = folder / L"missing\\a.pdf";
+        EXPECT_EQ(download(window, server.url(L"/a.pdf")), 1u);
+        path = good_path;
+    };
+    const auto held = [&] {
+        EXPECT_TRUE(server.wait_idle(default_deadline_ms));
+        return process_resources::now().kernel_handles;
+    };
+    every_path();
+    const DWORD before = held();
+    constexpr DWORD rounds = 4;
+    for (DWORD round = 0; round < rounds; ++round)
+        every_path();
+    // WinINet's own threads come and go; what a path leaves open stays, once for each round.
+    EXPECT_TRUE(wait_until([&] { return held() < before + rounds; })) << held() << " after " << before;
+}
+
+} // namespace
+} // namespace quill::test
