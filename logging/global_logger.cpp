@@ -25,7 +25,7 @@ using platform::MutexImpl;
 using file_sink = spdlog::sinks::rotating_file_sink<MutexImpl>;
 using process_monitor_sink = spdlog_sinks::procmon_sink<MutexImpl>;
 
-constexpr std::size_t maximum_log_size = 10 * 1024 * 1024; // bytes
+constexpr std::size_t maximum_log_size = std::size_t{10} * 1024 * 1024; // bytes
 constexpr std::size_t maximum_rotated_files = 7;
 constexpr const char* line_pattern = "%H:%M:%S:%f [t:%t] [%l] %v";
 constexpr const char* line_end = "\r\n";
@@ -86,6 +86,7 @@ logger_holder make_holder()
         spdlog::set_level(static_cast<spdlog::level::level_enum>(level_from_name(*level)));
     } catch (const spdlog::spdlog_ex&) {
         // A log that cannot be opened is no reason to trouble the browser: the module stays silent.
+        return holder;
     }
     return holder;
 }

@@ -47,7 +47,7 @@ log_stream::~log_stream()
         logger_->flush();
         buffer_.clear();
     } catch (...) {
-        // The line is lost.
+        buffer_.clear(); // the line is lost
     }
 }
 

@@ -90,6 +90,7 @@ private:
                 piece();
             } catch (...) {
                 // Nobody is to be troubled by the log: the piece is lost, the line goes on.
+                return *this;
             }
         }
         return *this;

@@ -12,6 +12,7 @@ Function library_function(HMODULE library, const char* name) noexcept
     if (!library)
         return nullptr;
     // By way of void*: no function type converts to another one without a warning.
+    // NOLINTNEXTLINE(bugprone-casting-through-void)
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }
 

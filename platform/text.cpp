@@ -22,13 +22,14 @@ std::string to_utf8(std::wstring_view text)
     if (text.size() > static_cast<std::size_t>(std::numeric_limits<int>::max()))
         throw_conversion_error(ERROR_INVALID_PARAMETER, "Conversion check has been failed");
 
+    const wchar_t* const first = text.data();
     const int length = static_cast<int>(text.size());
-    const int size = WideCharToMultiByte(CP_UTF8, 0, text.data(), length, nullptr, 0, nullptr, nullptr);
+    const int size = WideCharToMultiByte(CP_UTF8, 0, first, length, nullptr, 0, nullptr, nullptr);
     if (size < 1)
         throw_conversion_error(GetLastError(), "Conversion check has been failed");
 
     std::string converted(static_cast<std::size_t>(size), '\0');
-    if (WideCharToMultiByte(CP_UTF8, 0, text.data(), length, converted.data(), size, nullptr, nullptr) == 0)
+    if (WideCharToMultiByte(CP_UTF8, 0, first, length, converted.data(), size, nullptr, nullptr) == 0)
         throw_conversion_error(GetLastError(), "Conversion failed");
     return converted;
 }
