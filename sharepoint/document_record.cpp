@@ -29,14 +29,9 @@ std::wstring list_link_address(IHTMLElement* element)
 document_record::document_record(IHTMLDocument2* document, std::weak_ptr<pdf_editor> editor,
                                  std::weak_ptr<html_events_handler> handler)
     : document_(document), document3_(document), kind_(classify_page(document3_)), editor_(std::move(editor)),
-      sink_(html_events_sink::connect(document, std::move(handler)))
+      events_(document, std::move(handler))
 {
     log_stream(log_level::info) << description() << " events subscribed ";
-}
-
-document_record::~document_record()
-{
-    sink_->disconnect();
 }
 
 std::wstring document_record::description() const
