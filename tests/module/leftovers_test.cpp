@@ -6,6 +6,10 @@
 #include <gtest/gtest.h>
 #include <oleauto.h>
 
+#include <algorithm>
+#include <array>
+#include <string>
+
 namespace quill::test {
 namespace {
 
@@ -29,24 +33,37 @@ void create_both_classes(const loaded_module& module)
     }
 }
 
-// What the process holds more after a number of runs; the first one is for what the system makes only once.
+process_resources difference(const process_resources& after, const process_resources& before)
+{
+    process_resources result;
+    result.kernel_handles = after.kernel_handles - before.kernel_handles;
+    result.gdi_objects = after.gdi_objects - before.gdi_objects;
+    result.menus = after.menus - before.menus;
+    result.threads = after.threads - before.threads;
+    result.windows = after.windows - before.windows;
+    return result;
+}
+
+// What the process holds more after five runs. The system opens or closes a handle of its own now and then:
+// what each run leaves is seen in the middle one of three counts, what happened once is not.
 template <class Scenario>
 process_resources left_by(const Scenario& scenario)
 {
     keep_system_libraries_loaded();
     EXPECT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
-    scenario();
-    const auto before = process_resources::now();
-    for (int i = 0; i < 5; ++i)
-        scenario();
-    auto left = process_resources::now();
-    left.kernel_handles -= before.kernel_handles;
-    left.gdi_objects -= before.gdi_objects;
-    left.menus -= before.menus;
-    left.threads -= before.threads;
-    left.windows -= before.windows;
+    scenario(); // what the system makes once for the process
+    std::array<process_resources, 3> counts;
+    for (auto& count : counts) {
+        const auto before = process_resources::now();
+        for (int i = 0; i < 5; ++i)
+            scenario();
+        count = difference(process_resources::now(), before);
+    }
     CoUninitialize();
-    return left;
+    std::sort(counts.begin(), counts.end(), [](const auto& left, const auto& right) {
+        return static_cast<int>(left.kernel_handles) < static_cast<int>(right.kernel_handles);
+    });
+    return counts[1];
 }
 
 TEST(Leftovers, NoneOfClassObjectsAndObjects)
