@@ -174,6 +174,12 @@ TEST_F(framework_window, creation_refused_by_a_hook_leaves_nothing_behind)
     EXPECT_EQ(refused.m_hWnd, nullptr);
     UnhookWindowsHookEx(hook);
 
+    const HWND nobodys = CreateWindowExW(0, L"QuillFrameworkTestWindow", nullptr, WS_POPUP, 0, 0, 9, 9,
+                                         nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+    ASSERT_TRUE(nobodys);
+    EXPECT_EQ(refused.m_hWnd, nullptr) << "a window of the class does not fall to it";
+    DestroyWindow(nobodys);
+
     test_window next;
     const HWND handle = create(next);
     ASSERT_TRUE(handle);
