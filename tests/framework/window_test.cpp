@@ -36,6 +36,30 @@ TEST_F(framework_window, class_is_registered_on_first_use_and_gone_after_term)
     window.DestroyWindow();
 }
 
+// A class that outlived its module would point into memory that is gone, and be in the way of the module's
+// next load at the same address.
+TEST_F(framework_window, classes_go_with_their_module)
+{
+    HMODULE first_place = nullptr;
+    for (int load = 0; load < 3; ++load) {
+        const HMODULE module = LoadLibraryW(L"test_window_module.dll");
+        ASSERT_TRUE(module);
+        if (!first_place)
+            first_place = module;
+        EXPECT_EQ(module, first_place) << "otherwise this proves nothing";
+        const auto use = reinterpret_cast<BOOL (*)()>(
+            reinterpret_cast<void (*)()>(GetProcAddress(module, "use_window_classes")));
+        ASSERT_TRUE(use);
+        EXPECT_TRUE(use()) << load;
+        FreeLibrary(module);
+        EXPECT_FALSE(GetModuleHandleW(L"test_window_module.dll"));
+        WNDCLASSEXW found{};
+        found.cbSize = sizeof found;
+        EXPECT_FALSE(GetClassInfoExW(module, L"QuillFrameworkModuleWindow", &found));
+        EXPECT_FALSE(GetClassInfoExW(module, L"AtlAxWin140", &found));
+    }
+}
+
 TEST_F(framework_window, class_without_a_name_gets_one_of_its_own)
 {
     unnamed_window window;
