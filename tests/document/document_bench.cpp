@@ -106,6 +106,7 @@ void document_bench::show_url(const std::wstring& url)
 
 void document_bench::show()
 {
+    pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
     require(do_verb(OLEIVERB_SHOW) == S_OK, "DoVerb(OLEIVERB_SHOW) failed");
     last_window_ = window();
     require(last_window_ != nullptr, "the document has no window");

@@ -204,7 +204,7 @@ QUILL_DOCUMENT_TEST(DocumentLoad, NamesOfAnyLanguageAreOpened)
 
 QUILL_DOCUMENT_TEST(DocumentLoad, WithoutAViewerNothingIsOpened)
 {
-    bench.viewers.revoke();
+    bench.registration.remove();
     bench.show_url(unserved_url);
     load_fetched_file(bench, bench.pdf());
     EXPECT_EQ(bench.viewer.texts(), lines{});

@@ -43,6 +43,14 @@ void expect_an_empty_window(document_bench& bench)
 
 QUILL_DOCUMENT_TEST(DocumentWithoutViewer, OnAMachineWithoutTheSuite)
 {
+    bench.registration.remove();
+    expect_an_empty_window(bench);
+}
+
+// Not in balance: the system itself keeps handles when it looks for such a class.
+TEST(DocumentWithoutViewer, WhenNobodyServesItsClass)
+{
+    document_bench bench;
     bench.viewers.revoke();
     expect_an_empty_window(bench);
 }
@@ -128,9 +136,11 @@ QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, ThatClosesTheDocumentWhileOpening
     });
     load_fetched_file(bench, bench.pdf());
     EXPECT_EQ(bench.viewer.texts(viewer_open).size(), 1u);
-    for (const HMENU menu : bench.host.frame.filled_menus)
-        EXPECT_FALSE(IsMenu(menu));
     bench.close_in_order();
+    for (const HMENU menu : bench.host.frame.filled_menus)
+        EXPECT_FALSE(IsMenu(menu)) << "a menu merged for a window that is gone is never taken back";
+    ASSERT_FALSE(bench.host.frame.set_menus.empty());
+    EXPECT_EQ(bench.host.frame.set_menus.back().menu, nullptr) << "the frame keeps a menu that nobody owns";
 }
 
 // The viewer may already ask for the window's services while it is set up.

@@ -58,6 +58,7 @@ fault call_book::arrive(std::string_view name, std::string_view arguments)
     if (!arguments.empty())
         line.append(" ").append(arguments);
     calls_.push_back(std::move(line));
+    names_.emplace_back(name);
     return arrive_query(name);
 }
 
@@ -93,9 +94,9 @@ int call_book::count(std::string_view name) const
 std::vector<std::string> call_book::calls_of(const std::set<std::string, std::less<>>& names) const
 {
     std::vector<std::string> chosen;
-    for (const auto& call : calls_) {
-        if (names.find(std::string_view{call}.substr(0, call.find(' '))) != names.end())
-            chosen.push_back(call);
+    for (std::size_t index = 0; index < calls_.size(); ++index) {
+        if (names.find(names_[index]) != names.end())
+            chosen.push_back(calls_[index]);
     }
     return chosen;
 }
@@ -105,6 +106,7 @@ void call_book::forget_calls()
     total_ = 0;
     counts_.clear();
     calls_.clear();
+    names_.clear();
 }
 
 } // namespace quill::test

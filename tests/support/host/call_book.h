@@ -77,6 +77,7 @@ private:
     std::map<std::string, std::function<void()>, std::less<>> actions_;
     std::map<std::string, int, std::less<>> counts_;
     std::vector<std::string> calls_;
+    std::vector<std::string> names_; // of calls_, without the arguments
 };
 
 } // namespace quill::test

@@ -31,6 +31,11 @@ viewer_registration::viewer_registration()
     EXPECT_EQ(set_default(class_key, class_text), ERROR_SUCCESS);
 }
 
+void viewer_registration::remove()
+{
+    EXPECT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, prog_id_key), ERROR_SUCCESS);
+}
+
 viewer_registration::~viewer_registration()
 {
     if (had_class_)

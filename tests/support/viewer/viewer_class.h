@@ -21,6 +21,9 @@ public:
     viewer_registration& operator=(const viewer_registration&) = delete;
     ~viewer_registration();
 
+    // Takes the ProgID away, as on a machine without the suite.
+    void remove();
+
 private:
     HANDLE mutex_ = nullptr;
     bool had_class_ = false;
@@ -37,7 +40,8 @@ public:
     const std::vector<std::unique_ptr<recording_viewer>>& viewers() const { return viewers_; }
     int living_viewers() const;
 
-    // Takes the class object away, as on a machine without the suite.
+    // Takes the class object away: the ProgID names a class that nobody serves. The system itself keeps two
+    // handles each time such a class is asked for.
     void revoke();
 
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** out) override;

@@ -1,7 +1,7 @@
-# Writes C++ classes that implement every method of COM interfaces by saying that it was not expected. For
+# Writes C++ classes that implement every method of COM interfaces by calling unimplemented_method. For
 # interface X with base B:
 #     template <class I> struct without_X : without_B<I> { ...every method of X... };
-# so that a fake derives from without_X<X> and overrides the few methods that it has. Input: headers as widl
+# so that a class derives from without_X<X> and overrides the few methods that it has. Input: headers as widl
 # writes them. Variable "wanted": names of the interfaces, bases included, separated by blanks.
 BEGIN {
     count = split(wanted, names, " ")
@@ -9,7 +9,7 @@ BEGIN {
         is_wanted[names[i]] = 1
     print "// Made from the system's interface headers."
     print "#pragma once"
-    print "// Called by every method that a fake does not have; what it returns is the method's result."
+    print "// Called by every method that a class leaves out; what it returns is the method's result."
     print "HRESULT unimplemented_method(const char* name) noexcept;"
 }
 !inside && /^[A-Za-z0-9_]+ : public [A-Za-z0-9_]+/ && ($1 in is_wanted) && !($1 in done) {
@@ -44,7 +44,7 @@ inside {
 END {
     for (i = 1; i <= count; ++i)
         if (!(names[i] in done)) {
-            print "unimplemented.awk: no interface " names[i] > "/dev/stderr"
+            print "unimplemented_interfaces.awk: no interface " names[i] > "/dev/stderr"
             exit 1
         }
 }
