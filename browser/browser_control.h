@@ -39,6 +39,8 @@ public:
     bool take_key(MSG& message);
 
     std::wstring address() const;
+    // The control itself; null when it is closed.
+    IWebBrowser2* browser() const { return browser_; }
 
 private:
     HWND window_ = nullptr;
