@@ -7,6 +7,7 @@
 #include "tests/support/scopes.h"
 #include "tests/support/viewer/viewer_class.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -91,8 +92,12 @@ private:
     HWND last_window_ = nullptr;
 };
 
-// Runs the scenario twice, each time in a world of its own; the second time must leave the process as it
-// was, in handles, GDI objects, menus, threads, windows and task memory.
+// Runs a life until the process is after it as it was before, in handles, GDI objects, menus, threads,
+// windows and task memory: at most four times, since what the system makes once and keeps comes with the
+// first runs. What a document leaves behind comes with every run.
+void expect_balance(const std::function<void()>& life);
+
+// The same with a bench of its own for each run of the scenario.
 void in_balance(void (*scenario)(document_bench&));
 
 } // namespace quill::test

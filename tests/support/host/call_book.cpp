@@ -68,6 +68,8 @@ fault call_book::arrive_query(std::string_view name)
     ++total_;
     const int number = ++counts_[std::string{name}];
     const fault kind = fault_of(name, number);
+    if (total_ == failing_number_)
+        failed_call_ = name;
     if (const auto action = actions_.find(name); action != actions_.end()) {
         const auto run = action->second;
         run();

@@ -41,6 +41,8 @@ public:
     void make_fail(std::string_view name, fault kind, int nth = 0);
     // Makes the nth call of all (counted from 1, interface queries included) answer badly.
     void fail_call_number(int number, fault kind);
+    // The name of the call that fail_call_number made fail; empty when it did not come.
+    const std::string& failed_call() const { return failed_call_; }
     // Runs before the call of this name is answered.
     void when(std::string_view name, std::function<void()> action);
 
@@ -72,6 +74,7 @@ private:
     int total_ = 0;
     int failing_number_ = 0;
     fault failing_kind_ = fault::none;
+    std::string failed_call_;
     std::set<std::string, std::less<>> allowed_;
     std::map<std::string, planned_fault, std::less<>> faults_;
     std::map<std::string, std::function<void()>, std::less<>> actions_;

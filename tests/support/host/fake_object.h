@@ -37,7 +37,7 @@ public:
         IUnknown* const found = IsEqualIID(iid, __uuidof(IUnknown)) ? static_cast<First*>(this) : find(iid);
         if (!found)
             return E_NOINTERFACE;
-        switch (book_->arrive_query(name_ + "::QueryInterface")) {
+        switch (queries_can_fail() ? book_->arrive_query(name_ + "::QueryInterface") : fault::none) {
         case fault::failure:
         case fault::failure_untouched:
             return E_NOINTERFACE;
@@ -69,6 +69,8 @@ protected:
     // The object's interface of that identifier, without a reference; null when it has none.
     virtual IUnknown* find(REFIID iid) = 0;
     virtual void on_last_release() {}
+    // False for an object that the system itself queries, which does not bear a query that gives nothing.
+    virtual bool queries_can_fail() const { return true; }
 
     call_book& book() const { return *book_; }
 
