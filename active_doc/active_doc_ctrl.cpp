@@ -25,6 +25,7 @@ void CActiveDocCtrl::FinalRelease()
     // which still uses this object.
     if (m_hWnd)
         DestroyWindow();
+    stop_download();
     viewer_.release();
 }
 

@@ -176,7 +176,7 @@ private:
     void find_document_url();
     bool find_embedded_document();
     void start_download();
-    static DWORD WINAPI download_thread(void* document);
+    static DWORD WINAPI download_thread(void* job);
 
     // Destruction
     void stop_download();
@@ -215,6 +215,7 @@ private:
     std::uint32_t instance_ = 0;
     HWND browser_ = nullptr;
 
+    quill::download_job download_{}; // what the running worker was handed
     quill::unique_handle stop_event_;
     quill::unique_handle download_thread_;
     quill::unique_handle open_file_; // keeps writers away from a local file while it is shown

@@ -134,17 +134,18 @@ bool CActiveDocCtrl::find_embedded_document()
 
 void CActiveDocCtrl::start_download()
 {
+    if (!m_hWnd)
+        return; // the host has closed the document while it was asked about it
     // A stop that a former window asked for is not meant for this one.
     ResetEvent(stop_event_.get());
-    download_thread_.reset(CreateThread(nullptr, 0, download_thread, this, 0, nullptr));
+    download_ = {m_hWnd, stop_event_.get(), GetUnknown()};
+    download_thread_.reset(CreateThread(nullptr, 0, download_thread, &download_, 0, nullptr));
 }
 
-DWORD WINAPI CActiveDocCtrl::download_thread(void* document)
+DWORD WINAPI CActiveDocCtrl::download_thread(void* job)
 {
-    // The window's destruction waits for this thread, so the document outlives it.
-    auto* const self = static_cast<CActiveDocCtrl*>(document);
-    const quill::download_job job{self->m_hWnd, self->stop_event_.get(), self->GetUnknown()};
-    return quill::no_throw([&] { return quill::DownloadPDFFile(job); }, DWORD{0});
+    // The window's destruction waits for this thread, so the document and its job outlive it.
+    return quill::DownloadPDFFile(*static_cast<const quill::download_job*>(job));
 }
 
 void CActiveDocCtrl::read_page_and_zoom(const std::wstring& url)

@@ -27,6 +27,10 @@ public:
             DiscardMenu(menu);
             return;
         }
+        if (!static_cast<T*>(this)->m_hWnd) {
+            DiscardMenu(menu); // closed meanwhile: nobody would unmerge it
+            return;
+        }
         LoadOwnMenu();
         shared_menu_ = menu;
         descriptor_ = OleCreateMenuDescriptor(menu, &widths);

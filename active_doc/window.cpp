@@ -93,7 +93,8 @@ LRESULT CActiveDocCtrl::OnLoadFile(UINT, WPARAM, LPARAM, BOOL&)
     if (!PathFileExistsW(path_.data()))
         return 0;
     const CComVariant result = viewer_.open(path_.data());
-    if (result.vt == VT_BOOL && result.boolVal == VARIANT_TRUE) {
+    // The viewer pumps messages while it opens a file: the document may be closed by now.
+    if (m_hWnd && result.vt == VT_BOOL && result.boolVal == VARIANT_TRUE) {
         show_page_and_zoom();
         merge_frame_menu();
     }

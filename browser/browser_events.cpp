@@ -64,7 +64,7 @@ void browser_events::unsubscribe()
         point->Unadvise(cookie_);
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_events::GetTypeInfoCount(UINT* count)
+STDMETHODIMP browser_events::GetTypeInfoCount(UINT* count)
 {
     if (count == nullptr)
         return E_POINTER;
@@ -72,7 +72,7 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP browser_events::GetTypeInfoCount(UINT* count)
     return S_OK;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_events::GetTypeInfo(UINT, LCID, ITypeInfo** info)
+STDMETHODIMP browser_events::GetTypeInfo(UINT, LCID, ITypeInfo** info)
 {
     if (info == nullptr)
         return E_POINTER;
@@ -80,13 +80,13 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP browser_events::GetTypeInfo(UINT, LCID, ITypeI
     return E_NOTIMPL;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_events::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*)
+STDMETHODIMP browser_events::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*)
 {
     return E_NOTIMPL;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_events::Invoke(DISPID id, REFIID, LCID, WORD,
-                                                         DISPPARAMS* parameters, VARIANT*, EXCEPINFO*, UINT*)
+STDMETHODIMP browser_events::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*,
+                                    EXCEPINFO*, UINT*)
 {
     if (parameters == nullptr)
         return E_POINTER;

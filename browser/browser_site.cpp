@@ -8,7 +8,7 @@ void browser_site::attach(HWND window, IOleInPlaceObject* control)
     control_ = control;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::GetMoniker(DWORD, DWORD, IMoniker** moniker)
+STDMETHODIMP browser_site::GetMoniker(DWORD, DWORD, IMoniker** moniker)
 {
     if (moniker == nullptr)
         return E_POINTER;
@@ -16,7 +16,7 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::GetMoniker(DWORD, DWORD, IMonike
     return E_NOTIMPL;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::GetContainer(IOleContainer** container)
+STDMETHODIMP browser_site::GetContainer(IOleContainer** container)
 {
     if (container == nullptr)
         return E_POINTER;
@@ -24,7 +24,7 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::GetContainer(IOleContainer** con
     return E_NOINTERFACE;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::GetWindow(HWND* window)
+STDMETHODIMP browser_site::GetWindow(HWND* window)
 {
     if (window == nullptr)
         return E_POINTER;
@@ -32,10 +32,8 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::GetWindow(HWND* window)
     return window_ != nullptr ? S_OK : E_FAIL;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::GetWindowContext(IOleInPlaceFrame** frame,
-                                                                 IOleInPlaceUIWindow** document,
-                                                                 LPRECT position, LPRECT clip,
-                                                                 LPOLEINPLACEFRAMEINFO info)
+STDMETHODIMP browser_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document,
+                                            LPRECT position, LPRECT clip, LPOLEINPLACEFRAMEINFO info)
 {
     if (frame == nullptr || document == nullptr || position == nullptr || clip == nullptr || info == nullptr)
         return E_POINTER;
@@ -51,14 +49,14 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::GetWindowContext(IOleInPlaceFram
     return S_OK;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::OnPosRectChange(LPCRECT position)
+STDMETHODIMP browser_site::OnPosRectChange(LPCRECT position)
 {
     if (position == nullptr)
         return E_POINTER;
     return control_ != nullptr ? control_->SetObjectRects(position, position) : S_OK;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP browser_site::GetBorder(LPRECT border)
+STDMETHODIMP browser_site::GetBorder(LPRECT border)
 {
     if (border == nullptr)
         return E_POINTER;

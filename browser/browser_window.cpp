@@ -17,6 +17,7 @@ constexpr int bar_height = 44; // pixels
 constexpr int status_height = 24;
 constexpr int button_width = 34;
 constexpr int gap = 8;
+constexpr int address_height = 18;
 constexpr SIZE usual_size = {1240, 1004};
 
 constexpr COLORREF bar_color = RGB(237, 240, 243);
@@ -98,7 +99,7 @@ bool browser_window::create_children()
 {
     for (const bar_button& button : bar_buttons)
         create_child(m_hWnd, L"BUTTON", button.label, BS_OWNERDRAW, button.id);
-    address_ = create_child(m_hWnd, L"EDIT", L"", WS_BORDER | WS_TABSTOP | ES_AUTOHSCROLL, id_address);
+    address_ = create_child(m_hWnd, L"EDIT", L"", WS_TABSTOP | ES_AUTOHSCROLL, id_address);
     content_ = create_child(m_hWnd, L"STATIC", L"", WS_CLIPCHILDREN, 0);
     ::SendMessageW(address_, WM_SETFONT, reinterpret_cast<WPARAM>(font_.get()), FALSE);
     ::SendMessageW(address_, EM_SETMARGINS, EC_LEFTMARGIN | EC_RIGHTMARGIN, MAKELPARAM(gap, gap));
@@ -116,7 +117,11 @@ void browser_window::lay_out()
         left += button_width + gap / 2;
     }
     left += gap / 2;
-    address_.MoveWindow(left, gap + 2, std::max<int>(0, client.right - left - gap), height - 4);
+    // The text of an edit control stands at its top, so the control is as high as the text and the box
+    // around it is drawn by this window.
+    address_box_ = {left, gap, std::max<LONG>(left, client.right - gap), gap + height};
+    address_.MoveWindow(left + 2, gap + (height - address_height) / 2,
+                        std::max<int>(0, address_box_.right - left - 4), address_height);
     content_.MoveWindow(0, bar_height, client.right,
                         std::max<int>(0, client.bottom - bar_height - status_height));
     control_.resize();
@@ -130,6 +135,10 @@ void browser_window::paint()
     GetClientRect(&client);
     fill(dc, {0, 0, client.right, bar_height}, bar_color);
     fill(dc, {0, bar_height - 1, client.right, bar_height}, edge_color);
+    fill(dc, address_box_, edge_color);
+    RECT inside = address_box_;
+    InflateRect(&inside, -1, -1);
+    fill(dc, inside, RGB(255, 255, 255));
     RECT status = {0, client.bottom - status_height, client.right, client.bottom};
     fill(dc, status, bar_color);
     fill(dc, {0, status.top, client.right, status.top + 1}, edge_color);

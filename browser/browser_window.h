@@ -59,6 +59,7 @@ private:
     browser_options options_;
     browser_control control_;
     CWindow address_;
+    RECT address_box_ = {};
     CWindow content_;
     std::wstring status_;
     std::wstring last_address_;

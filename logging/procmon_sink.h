@@ -1,6 +1,8 @@
 // A log sink that shows each line among the events that Process Monitor captures.
 #pragma once
 
+#include "platform/unique_handle.h"
+
 #include <windows.h>
 
 #include <spdlog/sinks/base_sink.h>
@@ -27,14 +29,14 @@ public:
                               OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr))
     {
     }
-    ~procmon_sink() override { close(); }
+    ~procmon_sink() override = default;
     procmon_sink(const procmon_sink&) = delete;
     procmon_sink& operator=(const procmon_sink&) = delete;
 
 protected:
     void sink_it_(const spdlog::details::log_msg& message) override
     {
-        if (device_ == INVALID_HANDLE_VALUE || message.payload.size() == 0)
+        if (!device_ || message.payload.size() == 0)
             return;
         spdlog::memory_buf_t formatted;
         spdlog::sinks::base_sink<Mutex>::formatter_->format(message, formatted);
@@ -50,25 +52,19 @@ private:
         const int length = MultiByteToWideChar(CP_UTF8, 0, line.data(), line_size, nullptr, 0);
         if (length < 1)
             return;
-        boost::container::small_vector<wchar_t, 2048> text(static_cast<std::size_t>(length));
+        boost::container::small_vector<wchar_t, 2048> text(static_cast<std::size_t>(length),
+                                                           boost::container::default_init);
         if (MultiByteToWideChar(CP_UTF8, 0, line.data(), line_size, text.data(), length) == 0)
             return;
         // The last character is the "\n" of the line end; Process Monitor ends each line itself.
         const DWORD size = static_cast<DWORD>(length - 1) * DWORD{sizeof(wchar_t)};
         DWORD returned = 0;
-        if (!DeviceIoControl(device_, procmon_log_control_code, text.data(), size, nullptr, 0, &returned,
-                             nullptr))
-            close();
+        if (!DeviceIoControl(device_.get(), procmon_log_control_code, text.data(), size, nullptr, 0,
+                             &returned, nullptr))
+            device_.reset();
     }
 
-    void close()
-    {
-        if (device_ != INVALID_HANDLE_VALUE)
-            CloseHandle(device_);
-        device_ = INVALID_HANDLE_VALUE;
-    }
-
-    HANDLE device_;
+    unique_handle device_;
 };
 
 } // namespace quill::spdlog_sinks

@@ -7,13 +7,21 @@
 #include <atlbase.h>
 #include <atlcom.h>
 
+#include <memory>
+
 namespace quill {
 
+class browser_subscription;
+
+// Does nothing by itself: while it has a site, a subscription to the browser's events does the work.
 class ATL_NO_VTABLE sharepoint_bho : public CComObjectRootEx<CComSingleThreadModel>,
                                      public CComCoClass<sharepoint_bho, &CLSID_SharepointBrowserHelperObject>,
                                      public IObjectWithSiteImpl<sharepoint_bho>
 {
 public:
+    sharepoint_bho();
+    ~sharepoint_bho();
+
     DECLARE_REGISTRY_RESOURCEID(sharepoint_registry_script)
     DECLARE_NOT_AGGREGATABLE(sharepoint_bho)
 
@@ -25,6 +33,14 @@ public:
     BEGIN_CATEGORY_MAP(sharepoint_bho)
     IMPLEMENTED_CATEGORY(CATID_AppContainerCompatible)
     END_CATEGORY_MAP()
+
+    // IObjectWithSite
+    HRESULT STDMETHODCALLTYPE SetSite(IUnknown* site) override;
+
+private:
+    HRESULT attach(IUnknown* site);
+
+    std::unique_ptr<browser_subscription> subscription_; // while there is a site
 };
 
 } // namespace quill

@@ -80,13 +80,8 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::CreateControlEx(LPCOLESTR lpTricsData, 
         hr = E_NOINTERFACE;
     if (SUCCEEDED(hr))
         hr = Embed(control, pStream, false);
-    if (SUCCEEDED(hr) && punkAdvise) {
-        m_iidSink = riidAdvise;
-        hr = AtlAdvise(control, punkAdvise, riidAdvise, &m_dwAdviseSink);
-    }
-    // The window may have been destroyed by what the control did meanwhile.
-    if (SUCCEEDED(hr) && !Hosts(control))
-        hr = E_ABORT;
+    if (SUCCEEDED(hr) && punkAdvise)
+        hr = ConnectSink(control, riidAdvise, punkAdvise);
     if (FAILED(hr)) {
         ReleaseAll();
         return hr;
@@ -119,62 +114,114 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::QueryControl(REFIID riid, void** ppvObj
     return m_spUnknown ? m_spUnknown->QueryInterface(riid, ppvObject) : E_FAIL;
 }
 
+// Any call to the control may destroy the window, and with it release the control. What was done by the call
+// itself is then undone, and the rest is left out.
 HRESULT CAxHostWindow::Embed(IUnknown* control, IStream* stream, bool initialised)
 {
     m_spUnknown = control;
     // Automation objects without a user interface are hosted as well: they only have nothing to show.
     const CComQIPtr<IOleObject> object(control);
     m_spOleObject = object;
-    HRESULT hr = S_OK;
     if (object) {
-        hr = Introduce(object, stream, initialised);
-        if (SUCCEEDED(hr) && Hosts(control)) {
-            Connect(object);
-            if (!(m_dwMiscStatus & OLEMISC_INVISIBLEATRUNTIME))
-                hr = Activate(object);
+        HRESULT hr = Introduce(object, stream, initialised);
+        if (SUCCEEDED(hr))
+            hr = Connect(object);
+        if (SUCCEEDED(hr) && !(m_dwMiscStatus & OLEMISC_INVISIBLEATRUNTIME))
+            hr = Activate(object);
+        if (FAILED(hr))
+            return hr;
+    }
+    if (!Hosts(control))
+        return E_ABORT;
+    if (const CComQIPtr<IObjectWithSite> with_site(control); with_site) {
+        with_site->SetSite(GetUnknown());
+        if (!Hosts(control)) {
+            with_site->SetSite(nullptr);
+            return E_ABORT;
         }
     }
-    if (SUCCEEDED(hr) && !Hosts(control))
-        return E_ABORT;
-    if (const CComQIPtr<IObjectWithSite> with_site(control); SUCCEEDED(hr) && with_site)
-        with_site->SetSite(GetUnknown());
-    return hr;
+    return S_OK;
 }
 
 HRESULT CAxHostWindow::Introduce(IOleObject* object, IStream* stream, bool initialised)
 {
-    if (FAILED(object->GetMiscStatus(DVASPECT_CONTENT, &m_dwMiscStatus)))
-        m_dwMiscStatus = 0;
-    const bool site_first = m_dwMiscStatus & OLEMISC_SETCLIENTSITEFIRST;
-    if (site_first)
-        object->SetClientSite(this);
-    const HRESULT hr = initialised ? S_OK : Initialise(object, stream);
+    const CComPtr<IUnknown> control = m_spUnknown;
+    DWORD misc_status = 0;
+    if (FAILED(object->GetMiscStatus(DVASPECT_CONTENT, &misc_status)))
+        misc_status = 0;
+    m_dwMiscStatus = misc_status;
+    const bool site_first = misc_status & OLEMISC_SETCLIENTSITEFIRST;
+    HRESULT hr = site_first ? GiveSite(object, control) : S_OK;
+    if (SUCCEEDED(hr) && !initialised)
+        hr = Initialise(object, stream);
+    if (SUCCEEDED(hr) && !Hosts(control))
+        hr = E_ABORT;
     if (SUCCEEDED(hr) && !site_first)
-        object->SetClientSite(this);
+        hr = GiveSite(object, control);
     return hr;
 }
 
-void CAxHostWindow::Connect(IOleObject* object)
+HRESULT CAxHostWindow::GiveSite(IOleObject* object, IUnknown* control)
 {
-    if (FAILED(object->Advise(this, &m_dwOleObject)))
-        m_dwOleObject = 0;
-    const CComQIPtr<IViewObject> view(object);
-    m_spViewObject = view;
-    if (view)
+    object->SetClientSite(this);
+    if (Hosts(control))
+        return S_OK;
+    object->SetClientSite(nullptr);
+    return E_ABORT;
+}
+
+HRESULT CAxHostWindow::Connect(IOleObject* object)
+{
+    const CComPtr<IUnknown> control = m_spUnknown;
+    DWORD connection = 0;
+    const bool advised = SUCCEEDED(object->Advise(this, &connection));
+    if (!Hosts(control)) {
+        if (advised)
+            object->Unadvise(connection);
+        return E_ABORT;
+    }
+    m_dwOleObject = advised ? connection : 0;
+    if (const CComQIPtr<IViewObject> view(object); view) {
+        m_spViewObject = view;
         view->SetAdvise(DVASPECT_CONTENT, 0, this);
+        if (!Hosts(control)) {
+            view->SetAdvise(DVASPECT_CONTENT, 0, nullptr);
+            return E_ABORT;
+        }
+    }
     object->SetHostNames(OLESTR("AXWIN"), nullptr);
+    return Hosts(control) ? S_OK : E_ABORT;
 }
 
 HRESULT CAxHostWindow::Activate(IOleObject* object)
 {
+    const CComPtr<IUnknown> control = m_spUnknown;
     const RECT area = ClientArea();
     SIZEL size{area.right - area.left, area.bottom - area.top};
     AtlPixelToHiMetric(&size, &size);
     object->SetExtent(DVASPECT_CONTENT, &size);
+    if (!Hosts(control))
+        return E_ABORT;
     const HRESULT hr = object->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, this, 0, m_hWnd, &area);
-    if (m_hWnd)
-        RedrawWindow(m_hWnd, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
+    if (!Hosts(control))
+        return E_ABORT;
+    RedrawWindow(m_hWnd, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
     return hr;
+}
+
+HRESULT CAxHostWindow::ConnectSink(IUnknown* control, REFIID iid, IUnknown* sink)
+{
+    DWORD cookie = 0;
+    const HRESULT hr = AtlAdvise(control, sink, iid, &cookie);
+    if (FAILED(hr))
+        return hr;
+    if (!Hosts(control)) {
+        AtlUnadvise(control, iid, cookie);
+        return E_ABORT;
+    }
+    m_iidSink = iid;
+    m_dwAdviseSink = cookie;
+    return S_OK;
 }
 
 void CAxHostWindow::ReleaseAll() noexcept

@@ -135,8 +135,10 @@ private:
 
     HRESULT Embed(IUnknown* control, IStream* stream, bool initialised);
     HRESULT Introduce(IOleObject* object, IStream* stream, bool initialised);
+    HRESULT GiveSite(IOleObject* object, IUnknown* control);
+    HRESULT Connect(IOleObject* object);
     HRESULT Activate(IOleObject* object);
-    void Connect(IOleObject* object);
+    HRESULT ConnectSink(IUnknown* control, REFIID iid, IUnknown* sink);
     void ReleaseAll() noexcept;
     bool Hosts(IUnknown* control) const noexcept { return control && m_spUnknown == control; }
     RECT ClientArea() const noexcept;

@@ -163,6 +163,7 @@ public:
         return VarCmp(const_cast<CComVariant*>(this), const_cast<VARIANT*>(&other), LOCALE_USER_DEFAULT, 0) ==
                static_cast<HRESULT>(VARCMP_EQ);
     }
+    bool operator!=(const VARIANT& other) const noexcept { return !(*this == other); }
 
 private:
     void copy_from(const VARIANT& source)

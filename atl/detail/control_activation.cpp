@@ -62,6 +62,8 @@ HRESULT CComControlBase::EnterInPlace(IOleInPlaceSite* pSite)
     HRESULT hr = pSite->CanInPlaceActivate();
     if (hr != S_OK)
         return FAILED(hr) ? hr : E_FAIL; // S_FALSE: not now
+    if (m_spInPlaceSite != pSite)
+        return OLE_E_NOT_INPLACEACTIVE; // closed by the site meanwhile
     m_bInPlaceActive = 1;
     hr = pSite->OnInPlaceActivate();
     if (FAILED(hr))

@@ -25,10 +25,10 @@ void host_requests::save_as() const
 }
 
 // The window that takes links is the one that speaks the rest of the protocol, too.
-void host_requests::log(const std::wstring& text) const
+void host_requests::log(const std::wstring& text, bool flag) const
 {
     if (link_)
-        SendMessageW(link_.window, WM_USER_LOGFILE, 0, as_parameter(text.c_str()));
+        SendMessageW(link_.window, WM_USER_LOGFILE, flag ? 1 : 0, as_parameter(text.c_str()));
 }
 
 unsigned host_requests::instance() const

@@ -18,7 +18,8 @@ public:
     // its window is gone, nothing happens.
     void open_link(const std::wstring& link, bool new_window) const;
     void save_as() const;
-    void log(const std::wstring& text) const;
+    // The host writes the flag behind the text, as 0 or 1.
+    void log(const std::wstring& text, bool flag) const;
 
     // The number of this document among those of its browser window.
     unsigned instance() const;

@@ -35,7 +35,7 @@ UINT argument_count(viewer_method method)
 
 } // namespace
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::GetTypeInfoCount(UINT* count)
+STDMETHODIMP CViewerControl::GetTypeInfoCount(UINT* count)
 {
     if (count == nullptr)
         return E_POINTER;
@@ -43,7 +43,7 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::GetTypeInfoCount(UINT* count)
     return S_OK;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::GetTypeInfo(UINT, LCID, ITypeInfo** info)
+STDMETHODIMP CViewerControl::GetTypeInfo(UINT, LCID, ITypeInfo** info)
 {
     if (info == nullptr)
         return E_POINTER;
@@ -51,8 +51,7 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::GetTypeInfo(UINT, LCID, ITypeI
     return E_NOTIMPL;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::GetIDsOfNames(REFIID, LPOLESTR*, UINT count, LCID,
-                                                                DISPID* ids)
+STDMETHODIMP CViewerControl::GetIDsOfNames(REFIID, LPOLESTR*, UINT count, LCID, DISPID* ids)
 {
     if (ids == nullptr)
         return E_POINTER;
@@ -61,9 +60,8 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::GetIDsOfNames(REFIID, LPOLESTR
     return DISP_E_UNKNOWNNAME;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::Invoke(DISPID id, REFIID, LCID, WORD flags,
-                                                         DISPPARAMS* parameters, VARIANT* result, EXCEPINFO*,
-                                                         UINT*)
+STDMETHODIMP CViewerControl::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
+                                    VARIANT* result, EXCEPINFO*, UINT*)
 {
     if (result != nullptr)
         VariantInit(result);
@@ -144,7 +142,7 @@ HRESULT CViewerControl::set_target(DISPPARAMS& parameters, void (quill::host_req
     return S_OK;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::GetClassID(CLSID* class_id)
+STDMETHODIMP CViewerControl::GetClassID(CLSID* class_id)
 {
     if (class_id == nullptr)
         return E_POINTER;
@@ -152,7 +150,7 @@ COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::GetClassID(CLSID* class_id)
     return S_OK;
 }
 
-COM_DECLSPEC_NOTHROW STDMETHODIMP CViewerControl::GetSizeMax(ULARGE_INTEGER* size)
+STDMETHODIMP CViewerControl::GetSizeMax(ULARGE_INTEGER* size)
 {
     if (size == nullptr)
         return E_POINTER;

@@ -82,7 +82,7 @@ void viewer_window::set_zoom(double zoom)
 
 void viewer_window::print()
 {
-    host_.log(L"viewer: printing " + file_name_ + L" was asked for; this viewer has no printer");
+    host_.log(L"viewer: " + file_name_ + L", there is no printer here, failed: ", true);
 }
 
 void viewer_window::ask_for(const page_view& view, bool from_bottom)
@@ -117,7 +117,7 @@ void viewer_window::poll_renderer()
     case document_renderer::news::failure:
         pane_.show_words(renderer_.failure());
         set_state(viewer_state::failed, renderer_.failure());
-        host_.log(L"viewer: " + renderer_.failure());
+        PostMessageW(message_report, 0, 0);
         break;
     }
     if (!renderer_.busy() && m_hWnd != nullptr)
@@ -292,8 +292,9 @@ bool viewer_window::handle(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& 
         carry_out(static_cast<strip_command>(wparam));
         return true;
     case message_report:
-        host_.log(L"viewer: " + file_name_ + L", " + status_ + L", instance " +
-                  std::to_wstring(host_.instance()));
+        host_.log(L"viewer " + std::to_wstring(host_.instance()) + L": " + file_name_ + L", " + status_ +
+                      L", failed: ",
+                  state_ == viewer_state::failed);
         return true;
     default:
         return false;

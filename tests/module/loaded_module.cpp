@@ -21,6 +21,21 @@ void find_export(HMODULE handle, const char* name, Function*& function)
 
 } // namespace
 
+void keep_system_libraries_loaded()
+{
+    const loaded_module module;
+    const auto* const image = reinterpret_cast<const BYTE*>(module.handle());
+    const auto* const headers = reinterpret_cast<const IMAGE_NT_HEADERS64*>(
+        image + reinterpret_cast<const IMAGE_DOS_HEADER*>(image)->e_lfanew);
+    const DWORD imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    for (auto* import = reinterpret_cast<const IMAGE_IMPORT_DESCRIPTOR*>(image + imports); import->Name;
+         ++import) {
+        HMODULE pinned = nullptr;
+        GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_PIN, reinterpret_cast<const char*>(image + import->Name),
+                           &pinned);
+    }
+}
+
 loaded_module::loaded_module() : handle_(LoadLibraryW(path().c_str()))
 {
     if (!handle_)

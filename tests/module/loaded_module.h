@@ -18,6 +18,10 @@ inline constexpr GUID library_id = {
 inline constexpr IID document_interface = {
     0xA4E19C37, 0x5D82, 0x4B0F, {0x96, 0xE3, 0x7C, 0x21, 0xD8, 0xF0, 0x5B, 0x6A}};
 
+// Loads the system libraries that the DLL needs, for good. They write to the registry when they are loaded,
+// which is not to happen in a test's own registry.
+void keep_system_libraries_loaded();
+
 class loaded_module
 {
 public:

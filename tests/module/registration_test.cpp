@@ -45,6 +45,8 @@ void write_text(HKEY root, const wchar_t* path, const wchar_t* name, const wchar
 
 struct Registration : testing::Test
 {
+    static void SetUpTestSuite() { keep_system_libraries_loaded(); }
+
     private_registry registry;
 };
 

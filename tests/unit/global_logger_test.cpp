@@ -118,6 +118,7 @@ TEST_F(GlobalLogger, StdoutAloneWritesNoFile)
 
 TEST_F(GlobalLogger, SinksStandInTheirOrder)
 {
+    const test::cross_process_lock device(L"procmon");
     set(L"QUILL_LOG_LEVEL", L"err");
     set(L"QUILL_LOG_SINKS", L"procmon,stdout");
     EXPECT_EQ(run(L"logger").output, "quill 4 stdout procmon, null registered, global 4\r\n");

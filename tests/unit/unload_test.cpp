@@ -34,6 +34,7 @@ struct loaded_library
 struct Unload : testing::Test
 {
     log_folder_scope logs;
+    test::cross_process_lock device{L"procmon"};
     environment_scope level{L"QUILL_LOG_LEVEL", L"info"};
     environment_scope sinks{L"QUILL_LOG_SINKS", L"file,procmon"};
 
@@ -56,7 +57,7 @@ TEST_F(Unload, ClosesTheFileAndLeavesNothing)
     EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "first"}, log_line{"info", "second"},
                                           log_line{"info", "third"}));
     // Nobody else has the file open.
-    const unique_handle file(CreateFileW(logs.file_of(L"test_logging", GetCurrentProcessId()).c_str(),
+    const unique_handle file(CreateFileW(logs.file_of(L"test_unload", GetCurrentProcessId()).c_str(),
                                          GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_TRUE(file);
 }
@@ -122,6 +123,25 @@ TEST_F(Unload, AfterASetUpThatThrew)
     EXPECT_EQ(process_resources::now(), before);
     EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
     test::remove_path(company);
+}
+
+TEST_F(Unload, TakesTheSuitesLibrariesWithIt)
+{
+    const auto fail_and_unload = [] {
+        const loaded_library loaded;
+        const auto fail = library_function<int (*)(int)>(loaded.library.get(), "fail_behind_barrier");
+        ASSERT_NE(fail, nullptr);
+        EXPECT_EQ(fail(7), 7);
+        EXPECT_NE(GetModuleHandleW(L"crashguard14.dll"), nullptr);
+    };
+    fail_and_unload();
+    const auto before = process_resources::now();
+    fail_and_unload();
+    for (const wchar_t* name : {library_name, L"crashguard14.dll", L"pdfcore.dll", L"as_compat.dll"})
+        EXPECT_EQ(GetModuleHandleW(name), nullptr);
+    EXPECT_EQ(process_resources::now(), before);
+    const log_line line{"info", "System exception in fail_behind_barrier"};
+    EXPECT_THAT(logs.lines(), ElementsAre(line, line));
 }
 
 } // namespace

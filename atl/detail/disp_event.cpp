@@ -1,0 +1,190 @@
+#include "atl/detail/disp_event.h"
+
+#include <olectl.h>
+
+#include <array>
+
+namespace ATL {
+namespace {
+
+// A description that is given back to the type that it came from.
+class function_description
+{
+public:
+    function_description(ITypeInfo* type, UINT index) noexcept : type_(type)
+    {
+        if (FAILED(type_->GetFuncDesc(index, &function_)))
+            function_ = nullptr;
+    }
+    ~function_description()
+    {
+        if (function_)
+            type_->ReleaseFuncDesc(function_);
+    }
+    function_description(const function_description&) = delete;
+    function_description& operator=(const function_description&) = delete;
+
+    explicit operator bool() const noexcept { return function_; }
+    const FUNCDESC* operator->() const noexcept { return function_; }
+
+private:
+    ITypeInfo* type_;
+    FUNCDESC* function_ = nullptr;
+};
+
+VARTYPE variant_type(ITypeInfo* type, const TYPEDESC& description) noexcept;
+
+// The type that a name in a type library stands for; VT_USERDEFINED for one that automation cannot pass.
+VARTYPE named_type(ITypeInfo* type, HREFTYPE reference) noexcept
+{
+    CComPtr<ITypeInfo> referenced;
+    if (FAILED(type->GetRefTypeInfo(reference, &referenced)) || !referenced)
+        return VT_USERDEFINED;
+    TYPEATTR* attributes = nullptr;
+    if (FAILED(referenced->GetTypeAttr(&attributes)) || !attributes)
+        return VT_USERDEFINED;
+    VARTYPE result = VT_USERDEFINED;
+    switch (attributes->typekind) {
+    case TKIND_ENUM:
+        result = VT_I4;
+        break;
+    case TKIND_ALIAS:
+        result = variant_type(referenced, attributes->tdescAlias);
+        break;
+    case TKIND_DISPATCH:
+    case TKIND_COCLASS:
+        result = VT_DISPATCH;
+        break;
+    case TKIND_INTERFACE:
+        result = attributes->wTypeFlags & TYPEFLAG_FDISPATCHABLE ? VT_DISPATCH : VT_UNKNOWN;
+        break;
+    default:
+        break;
+    }
+    referenced->ReleaseTypeAttr(attributes);
+    return result;
+}
+
+VARTYPE variant_type(ITypeInfo* type, const TYPEDESC& description) noexcept
+{
+    switch (description.vt) {
+    case VT_PTR: {
+        const TYPEDESC& pointed = *description.lptdesc;
+        const VARTYPE inner = variant_type(type, pointed);
+        // A pointer to an interface is what a variant holds as the interface itself.
+        if (pointed.vt == VT_USERDEFINED && (inner == VT_DISPATCH || inner == VT_UNKNOWN))
+            return inner;
+        return inner == VT_USERDEFINED ? inner : static_cast<VARTYPE>(inner | VT_BYREF);
+    }
+    case VT_USERDEFINED:
+        return named_type(type, description.hreftype);
+    case VT_VOID:
+    case VT_HRESULT:
+        return VT_EMPTY;
+    case VT_INT:
+        return VT_I4;
+    case VT_UINT:
+        return VT_UI4;
+    default:
+        return description.vt;
+    }
+}
+
+// The argument as the handler takes it: itself, or `converted`, which borrows from it or owns its value.
+HRESULT convert(VARIANTARG& given, VARTYPE wanted, VARIANT& converted, VARIANTARG*& argument) noexcept
+{
+    argument = &given;
+    if (V_VT(&given) == wanted || wanted == VT_VARIANT)
+        return S_OK;
+    argument = &converted;
+    if (wanted == (VT_BYREF | VT_VARIANT)) {
+        // A source that passes the value itself: the handler gets a pointer to it.
+        V_VT(&converted) = wanted;
+        V_VARIANTREF(&converted) = &given;
+        return S_OK;
+    }
+    if (wanted & VT_BYREF)
+        return DISP_E_TYPEMISMATCH;
+    return VariantChangeType(&converted, &given, 0, wanted);
+}
+
+} // namespace
+
+HRESULT _AtlGetFuncInfo(ITypeInfo* type, DISPID id, _ATL_FUNC_INFO& info) noexcept
+{
+    CComPtr<ITypeInfo2> type2;
+    HRESULT hr = type->QueryInterface(IID_ITypeInfo2, reinterpret_cast<void**>(&type2));
+    if (FAILED(hr))
+        return hr;
+    UINT index = 0;
+    hr = type2->GetFuncIndexOfMemId(id, INVOKE_FUNC, &index);
+    if (FAILED(hr))
+        return hr;
+    const function_description function(type, index);
+    if (!function || function->cParams < 0 || function->cParams > _ATL_MAX_VARTYPES)
+        return E_FAIL;
+    info.cc = function->callconv;
+    info.nParams = function->cParams;
+    info.vtReturn = variant_type(type, function->elemdescFunc.tdesc);
+    for (SHORT i = 0; i < info.nParams; ++i) {
+        info.pVarTypes[i] = variant_type(type, function->lprgelemdescParam[i].tdesc);
+        if (info.pVarTypes[i] == VT_USERDEFINED)
+            return DISP_E_BADVARTYPE;
+    }
+    return S_OK;
+}
+
+HRESULT _AtlInvokeEvent(const _AtlEventHandler& handler, void* object, const _ATL_FUNC_INFO& info,
+                        const DISPPARAMS* parameters, VARIANT* result) noexcept
+{
+    if (parameters->cNamedArgs != 0)
+        return DISP_E_NONAMEDARGS;
+    const auto count = static_cast<UINT>(info.nParams);
+    if (parameters->cArgs != count || handler.parameters != info.nParams)
+        return DISP_E_BADPARAMCOUNT;
+
+    std::array<CComVariant, _ATL_MAX_VARTYPES> converted;
+    std::array<VARIANTARG*, _ATL_MAX_VARTYPES> arguments{};
+    std::array<VARTYPE, _ATL_MAX_VARTYPES> types{};
+    for (UINT i = 0; i < count; ++i) {
+        types[i] = info.pVarTypes[i];
+        // Arguments come in reverse.
+        const HRESULT hr = convert(parameters->rgvarg[count - 1 - i], types[i], converted[i], arguments[i]);
+        if (FAILED(hr))
+            return hr;
+    }
+    _AtlEventTarget target{&handler.entry, object, S_OK};
+    CComVariant value;
+    const HRESULT hr =
+        DispCallFunc(&target, 0, info.cc, handler.returns_value ? info.vtReturn : VARTYPE{VT_EMPTY}, count,
+                     types.data(), arguments.data(), &value);
+    if (FAILED(hr))
+        return hr;
+    if (result && SUCCEEDED(target.result))
+        value.Detach(result);
+    return target.result;
+}
+
+HRESULT _IDispEvent::DispEventAdvise(IUnknown* source, const IID* piid) noexcept
+{
+    // A second connection would lose the first one's cookie, and with it the way to end it.
+    if (m_dwEventCookie != not_advised)
+        return CONNECT_E_ADVISELIMIT;
+    DWORD cookie = 0;
+    const HRESULT hr = AtlAdvise(source, reinterpret_cast<IUnknown*>(this), *piid, &cookie);
+    if (SUCCEEDED(hr))
+        m_dwEventCookie = cookie;
+    return hr;
+}
+
+HRESULT _IDispEvent::DispEventUnadvise(IUnknown* source, const IID* piid) noexcept
+{
+    if (m_dwEventCookie == not_advised)
+        return CONNECT_E_NOCONNECTION;
+    // Forgotten first: ending the connection may release this object.
+    const DWORD cookie = m_dwEventCookie;
+    m_dwEventCookie = not_advised;
+    return AtlUnadvise(source, *piid, cookie);
+}
+
+} // namespace ATL

@@ -1,0 +1,24 @@
+# quill_unimplemented_interfaces(TARGET INTERFACES...): an interface library with <unimplemented_interfaces.h>,
+# classes that have every method of the system's large interfaces and answer each with a function of the
+# program's own, unimplemented_method. For programs that implement a few methods out of a hundred.
+find_path(quill_windows_headers mshtml.h REQUIRED)
+
+function(quill_unimplemented_interfaces target)
+    set(folder ${CMAKE_CURRENT_BINARY_DIR}/${target})
+    set(header ${folder}/unimplemented_interfaces.h)
+    set(sources)
+    foreach(name oaidl ocidl exdisp mshtml)
+        list(APPEND sources ${quill_windows_headers}/${name}.h)
+    endforeach()
+    set(script ${PROJECT_SOURCE_DIR}/cmake/unimplemented_interfaces.awk)
+    file(MAKE_DIRECTORY ${folder})
+    list(JOIN ARGN " " wanted)
+    add_custom_command(OUTPUT ${header}
+        COMMAND awk -v wanted=${wanted} -f ${script} ${sources} > ${header}
+        DEPENDS ${script} ${sources}
+        COMMENT "Writing unimplemented_interfaces.h" VERBATIM)
+    add_custom_target(${target}_header DEPENDS ${header})
+    add_library(${target} INTERFACE)
+    target_include_directories(${target} SYSTEM INTERFACE ${folder})
+    add_dependencies(${target} ${target}_header)
+endfunction()

@@ -1,0 +1,78 @@
+// Barriers around what the browser calls: no thrown exception and no system exception gets into the
+// browser. An entry point runs its body as
+//     return CrashBorder([&] { ...; return S_OK; }, E_FAIL, "quill::sharepoint_bho::SetSite", 58);
+// The name and the line are part of the log's text: constants, not the compiler's idea of them.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+#include <memory>
+#include <type_traits>
+
+namespace quill {
+
+inline constexpr const char* crash_border_name = "quill::CrashBorder";
+inline constexpr const char* no_throw_name = "quill::NoThrow";
+inline constexpr std::uint32_t no_throw_line = 38;
+
+// Logs what kind of exception is being handled, and its text. Does nothing when there is none.
+void log_current_exception(const char* name, std::uint32_t line) noexcept;
+
+namespace barrier {
+
+// The logging of NoThrow: a name that is null or empty is replaced by NoThrow's own, with its line.
+void log_thrown(const char* name, std::uint32_t line) noexcept;
+
+// The logging of CrashBorder: a null name is replaced by CrashBorder's own.
+void log_system_exception(const char* name) noexcept;
+
+// Calls call(context) behind the crash library's filter. Returns whether the call came to its end; false
+// when the filter had a system exception handled here, in which case nothing that the call began has
+// been undone.
+bool call_behind_filter(void (*call)(void* context), void* context);
+
+} // namespace barrier
+
+// The callable's result, or fallback when it throws; the exception is logged.
+template <typename Callable, typename Result = std::invoke_result_t<const Callable&>>
+Result NoThrow(const Callable& callable, std::type_identity_t<Result> fallback,
+               const char* name = no_throw_name, std::uint32_t line = no_throw_line)
+{
+    try {
+        return callable();
+    } catch (...) {
+        barrier::log_thrown(name, line);
+    }
+    return fallback;
+}
+
+// As NoThrow; in addition, a system exception (an access violation, a division by zero, ...) is given to
+// the crash library, which reports it and decides: fallback is returned, or the search for a handler goes
+// on in the browser, or execution resumes.
+template <typename Callable, typename Result = std::invoke_result_t<const Callable&>>
+Result CrashBorder(const Callable& callable, std::type_identity_t<Result> fallback,
+                   const char* name = crash_border_name, std::uint32_t line = 0)
+{
+    struct guarded_call
+    {
+        const Callable& callable;
+        Result result;
+        const Result fallback;
+        const char* name;
+        std::uint32_t line;
+
+        static void run(void* context)
+        {
+            auto& self = *static_cast<guarded_call*>(context);
+            self.result = NoThrow(self.callable, self.fallback, self.name, self.line);
+        }
+    };
+    guarded_call call{callable, fallback, fallback, name, line};
+    if (barrier::call_behind_filter(&guarded_call::run, &call))
+        return call.result;
+    barrier::log_system_exception(name);
+    return fallback;
+}
+
+} // namespace quill

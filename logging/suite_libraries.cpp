@@ -1,0 +1,99 @@
+#include "logging/suite_libraries.h"
+
+#include "platform/impl/windows/module_traits.h"
+#include "platform/library_function.h"
+#include "platform/unique_handle.h"
+
+#include <exception>
+#include <string>
+
+namespace quill {
+namespace {
+
+int run_the_handler(EXCEPTION_POINTERS*)
+{
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+int no_error_code()
+{
+    return 0;
+}
+
+wchar_t* no_error_string(int, wchar_t* buffer, std::uint64_t size)
+{
+    if (buffer && size > 0)
+        *buffer = L'\0';
+    return buffer;
+}
+
+// The folder of the binary that this code is linked into, with a backslash at its end.
+std::wstring own_folder()
+{
+    HMODULE self = nullptr;
+    constexpr DWORD flags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    if (!GetModuleHandleExW(flags, reinterpret_cast<const wchar_t*>(&run_the_handler), &self))
+        return {};
+    const std::wstring path = module_path(self);
+    return path.substr(0, path.find_last_of(L'\\') + 1);
+}
+
+unique_library load(const std::wstring& folder, const wchar_t* name)
+{
+    constexpr DWORD beside = LOAD_LIBRARY_SEARCH_DLL_LOAD_DIR | LOAD_LIBRARY_SEARCH_DEFAULT_DIRS;
+    unique_library library;
+    if (!folder.empty())
+        library.reset(LoadLibraryExW((folder + name).c_str(), nullptr, beside));
+    if (!library)
+        library.reset(LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS));
+    return library;
+}
+
+template <typename Function>
+Function function_or(const unique_library& library, const char* name, Function otherwise)
+{
+    const auto found = library_function<Function>(library.get(), name);
+    return found ? found : otherwise;
+}
+
+class suite_libraries
+{
+public:
+    suite_libraries()
+    {
+        const std::wstring folder = own_folder();
+        crash_guard_ = load(folder, L"crashguard14.dll");
+        pdf_core_ = load(folder, L"pdfcore.dll");
+        compatibility_ = load(folder, L"as_compat.dll");
+        functions_.handle_exception = function_or(crash_guard_, "HandleException", &run_the_handler);
+        functions_.get_exception_error_code =
+            function_or(pdf_core_, "ASGetExceptionErrorCode", &no_error_code);
+        functions_.get_error_string = function_or(compatibility_, "ASGetErrorString", &no_error_string);
+    }
+
+    const suite_functions& functions() const { return functions_; }
+
+private:
+    unique_library crash_guard_;
+    unique_library pdf_core_;
+    unique_library compatibility_;
+    suite_functions functions_{run_the_handler, no_error_code, no_error_string};
+};
+
+constexpr suite_functions stand_alone{run_the_handler, no_error_code, no_error_string};
+
+} // namespace
+
+const suite_functions& suite_library_functions()
+{
+    try {
+        static const suite_libraries libraries;
+        return libraries.functions();
+    } catch (const std::exception&) {
+        // No memory, or no path of one's own: a barrier must stand all the same.
+        return stand_alone;
+    }
+}
+
+} // namespace quill

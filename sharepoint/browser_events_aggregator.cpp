@@ -1,0 +1,85 @@
+#include "sharepoint/browser_events_aggregator.h"
+
+#include "logging/log_stream.h"
+#include "sharepoint/html_reading.h"
+#include "sharepoint/page_analysis.h"
+#include "sharepoint/pdf_editor.h"
+#include "sharepoint/pdf_link.h"
+
+#include <atlutil.h>
+
+#include <utility>
+
+namespace quill {
+
+browser_events_aggregator::browser_events_aggregator()
+    : editor_(std::make_shared<pdf_editor>()), repeats_(GetTickCount64())
+{
+}
+
+bool browser_events_aggregator::on_before_navigate(IWebBrowser2* browser, std::wstring_view url, bool is_post)
+{
+    const CComPtr<IHTMLDocument2> document = html_document_of(browser);
+    if (!document || is_post || !is_pdf_link(url))
+        return false;
+    if (classify_page(CComQIPtr<IHTMLDocument3>(document)) != page_kind::sharepoint)
+        return false;
+
+    if (repeats_.is_repeat(url, GetTickCount64())) {
+        log_stream(log_level::info) << url << " just canceled";
+    } else {
+        log_stream(log_level::info) << "trying to open pdf link";
+        editor_->open(parse_url(url));
+    }
+    // Opening may have taken longer than a repeat is waited for, so the clock is read again.
+    repeats_.cancelled(url, GetTickCount64());
+    return true;
+}
+
+void browser_events_aggregator::on_document_complete(IWebBrowser2* browser, std::wstring_view url)
+{
+    const CComPtr<IHTMLDocument2> document = html_document_of(browser);
+    if (!document)
+        return;
+    log_stream(log_level::debug) << "opening document by " << url;
+    repeats_.forget_url();
+    find_or_create_record(document).rewrite_links();
+}
+
+bool browser_events_aggregator::on_click(IHTMLDocument2* document, IHTMLElement* element)
+{
+    const document_record* const record = find_record(document);
+    if (!record) {
+        log_stream(log_level::warning) << "click: opened document not found";
+        return false;
+    }
+    log_stream(log_level::debug) << "click handling...";
+    return record->click(element);
+}
+
+void browser_events_aggregator::on_document_ready(IHTMLDocument2* document)
+{
+    find_or_create_record(document).rewrite_links();
+}
+
+document_record* browser_events_aggregator::find_record(IHTMLDocument2* document) const
+{
+    for (const auto& record : documents_)
+        if (record->is_for(document))
+            return record.get();
+    return nullptr;
+}
+
+document_record& browser_events_aggregator::find_or_create_record(IHTMLDocument2* document)
+{
+    if (document_record* const known = find_record(document)) {
+        log_stream(log_level::debug) << "document already exists";
+        return *known;
+    }
+    auto record = std::make_unique<document_record>(document, editor_, weak_from_this());
+    document_record& added = *documents_.emplace_back(std::move(record));
+    log_stream(log_level::debug) << added.description() << " is new document";
+    return added;
+}
+
+} // namespace quill

@@ -1,0 +1,71 @@
+#include "sharepoint/document_record.h"
+
+#include "logging/log_stream.h"
+#include "sharepoint/click_decision.h"
+#include "sharepoint/html_reading.h"
+#include "sharepoint/page_analysis.h"
+#include "sharepoint/pdf_editor.h"
+#include "sharepoint/pdf_link.h"
+
+#include <atlutil.h>
+
+#include <utility>
+
+namespace quill {
+namespace {
+
+// The address of the PDF when the element is a list's link to one, nothing otherwise.
+std::wstring list_link_address(IHTMLElement* element)
+{
+    if (!is_link_tag(read_text(element, &IHTMLElement::get_tagName)) ||
+        !is_list_link_markup(read_text(element, &IHTMLElement::get_outerHTML)))
+        return {};
+    std::wstring address = read_attribute(element, L"href");
+    return is_pdf_link(address) ? address : std::wstring();
+}
+
+} // namespace
+
+document_record::document_record(IHTMLDocument2* document, std::weak_ptr<pdf_editor> editor,
+                                 std::weak_ptr<html_events_handler> handler)
+    : document_(document), document3_(document), kind_(classify_page(document3_)), editor_(std::move(editor)),
+      events_(document, std::move(handler))
+{
+    log_stream(log_level::info) << description() << " events subscribed ";
+}
+
+std::wstring document_record::description() const
+{
+    return read_text(document_.p, &IHTMLDocument2::get_URL);
+}
+
+void document_record::rewrite_links() const
+{
+    if (kind_ != page_kind::sharepoint) {
+        log_stream(log_level::debug) << "Should not modify links on regular documents";
+        return;
+    }
+    remove_open_handlers(document3_);
+}
+
+bool document_record::click(IHTMLElement* element) const
+{
+    if (kind_ != page_kind::sharepoint) {
+        log_stream(log_level::debug) << "do not block clicks for regular documents";
+        return false;
+    }
+    const auto editor = editor_.lock();
+    if (!editor) {
+        log_stream(log_level::warning) << "click handler is missing";
+        return false;
+    }
+    const std::wstring address = list_link_address(element);
+    if (address.empty()) {
+        log_stream(log_level::info) << "do not block clicks for not-pdf links";
+        return false;
+    }
+    editor->open(parse_url(address));
+    return true;
+}
+
+} // namespace quill

@@ -1,0 +1,50 @@
+// Reading pages through the HTML engine's interfaces. Nothing here fails: pages come in every state of
+// loading and repair, so what cannot be had is an empty pointer or empty text.
+#pragma once
+
+#include <atlbase.h>
+#include <exdisp.h>
+#include <mshtml.h>
+
+#include <string>
+#include <vector>
+
+namespace quill {
+
+// The page that the browser (a tab or a frame) shows, if it is an HTML page.
+CComPtr<IHTMLDocument2> html_document_of(IWebBrowser2* browser);
+
+// The elements of one tag name in document order: all of a document, or those inside an element.
+CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLDocument3* document, const wchar_t* tag);
+CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wchar_t* tag);
+
+// Number of elements, 0 for no collection, and one of them.
+long element_count(IHTMLElementCollection* elements);
+CComPtr<IDispatch> element_at(IHTMLElementCollection* elements, long index);
+
+// Whether test is true for one of the elements, asked in order; what is not an Element is left out.
+template <class Element, class Test>
+bool any_element(IHTMLElementCollection* elements, Test&& test)
+{
+    const long count = element_count(elements);
+    for (long index = 0; index < count; ++index) {
+        const CComQIPtr<Element> element(element_at(elements, index));
+        if (element && test(element.p))
+            return true;
+    }
+    return false;
+}
+
+// A text property: read_text(script, &IHTMLScriptElement::get_src).
+template <class Object>
+std::wstring read_text(Object* object, HRESULT (STDMETHODCALLTYPE Object::*getter)(BSTR*))
+{
+    CComBSTR text;
+    if (!object || FAILED((object->*getter)(&text)))
+        return {};
+    return std::wstring(text.m_str ? text.m_str : L"", text.Length());
+}
+
+std::wstring read_attribute(IHTMLElement* element, const wchar_t* name);
+
+} // namespace quill

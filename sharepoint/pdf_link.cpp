@@ -1,0 +1,19 @@
+#include "sharepoint/pdf_link.h"
+
+#include "logging/log_stream.h"
+#include "sharepoint/case_insensitive.h"
+
+namespace quill {
+
+bool is_pdf_link(std::wstring_view url)
+{
+    log_stream(log_level::debug) << "detect click to " << url;
+    if (url.empty())
+        return false;
+    if (url.front() != L'/' && !begins_with_ignoring_case(url, L"http"))
+        return false;
+    return ends_with_ignoring_case(url, L".pdf") && !contains_ignoring_case(url, L"/_vti_history/") &&
+           !contains_ignoring_case(url, L"/_vti_bin/");
+}
+
+} // namespace quill

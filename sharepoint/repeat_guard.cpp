@@ -1,0 +1,23 @@
+#include "sharepoint/repeat_guard.h"
+
+#include "sharepoint/case_insensitive.h"
+
+namespace quill {
+namespace {
+
+constexpr std::uint64_t repeat_window_ms = 100;
+
+}
+
+bool repeat_guard::is_repeat(std::wstring_view url, std::uint64_t now) const
+{
+    return now - last_cancel_tick_ < repeat_window_ms && equal_ignoring_case(url, last_canceled_url_);
+}
+
+void repeat_guard::cancelled(std::wstring_view url, std::uint64_t now)
+{
+    last_canceled_url_ = url;
+    last_cancel_tick_ = now;
+}
+
+} // namespace quill

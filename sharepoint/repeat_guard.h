@@ -1,0 +1,30 @@
+// Recognises the second of two navigations that the browser announces for one click.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace quill {
+
+class repeat_guard
+{
+public:
+    // Ticks are milliseconds of the system's tick count.
+    explicit repeat_guard(std::uint64_t now) : last_cancel_tick_(now) {}
+
+    // Whether url, without regard to case, was cancelled less than 100 ms ago.
+    bool is_repeat(std::wstring_view url, std::uint64_t now) const;
+
+    // Every cancellation begins a new 100 ms, that of a repeat too.
+    void cancelled(std::wstring_view url, std::uint64_t now);
+
+    // The time is kept.
+    void forget_url() { last_canceled_url_.clear(); }
+
+private:
+    std::uint64_t last_cancel_tick_;
+    std::wstring last_canceled_url_;
+};
+
+} // namespace quill

@@ -1,0 +1,36 @@
+#include "suite/editor/start_record.h"
+
+#include "platform/text.h"
+#include "platform/unique_handle.h"
+
+#include <windows.h>
+
+namespace quill::editor {
+
+start_record start_record::of_this_program()
+{
+    std::wstring directory(GetCurrentDirectoryW(0, nullptr), L'\0');
+    directory.resize(GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data()));
+    STARTUPINFOW startup{};
+    GetStartupInfoW(&startup);
+    const bool has_show_command = (startup.dwFlags & STARTF_USESHOWWINDOW) != 0;
+    return {GetCommandLineW(), std::move(directory), has_show_command ? startup.wShowWindow : -1};
+}
+
+std::wstring start_record::text() const
+{
+    return L"command line: " + command_line + L"\r\ndirectory: " + directory + L"\r\nshow: " +
+           std::to_wstring(show_command) + L"\r\n\r\n";
+}
+
+bool append_to_file(const std::wstring& path, const std::wstring& text)
+{
+    const unique_handle file(CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                         nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
+    const std::string bytes = to_utf8(text);
+    DWORD written = 0;
+    return file && WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
+           written == bytes.size();
+}
+
+} // namespace quill::editor

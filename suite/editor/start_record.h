@@ -1,0 +1,24 @@
+// How a program was started, as text.
+#pragma once
+
+#include <string>
+
+namespace quill::editor {
+
+struct start_record
+{
+    std::wstring command_line; // character for character
+    std::wstring directory;
+    int show_command; // -1: none was given
+
+    // How this program was started.
+    static start_record of_this_program();
+
+    // One line per value, and an empty line.
+    std::wstring text() const;
+};
+
+// Adds text, as UTF-8, to the file's end in one piece: several programs may record into one file.
+bool append_to_file(const std::wstring& path, const std::wstring& text);
+
+} // namespace quill::editor

@@ -1,0 +1,129 @@
+// Closing the browser, at rest and in the middle of a download: nothing hangs and nothing stays.
+#include "tests/browser/engine.h"
+#include "tests/browser/registered_module.h"
+#include "tests/support/http_server.h"
+#include "tests/support/process_resources.h"
+#include "tests/support/viewer/viewer_class.h"
+#include "tests/support/wait.h"
+
+#include <gmock/gmock.h>
+
+namespace quill::test {
+namespace {
+
+constexpr DWORD prompt_ms = 5'000;
+
+class Closing : public testing::Test
+{
+protected:
+    Closing()
+    {
+        script.calls.allow("viewer class::CreateInstance");
+        script.answers_ole_object = true;
+    }
+
+    // A body that takes half a minute, so that whoever waits for its end is seen to.
+    static http_response slow_document()
+    {
+        http_response response = http_response::ok(pdf_body(300'000));
+        response.piece_size = 1'000;
+        response.piece_delay_ms = 100;
+        return response;
+    }
+
+    bool wait_for_setup() // the document's window is there and its download has begun
+    {
+        return wait_until([this] { return !script.texts(viewer_second_setup).empty(); }) &&
+               wait_until([this] { return server.requests().size() >= 2; });
+    }
+
+    ole_apartment apartment;
+    registered_module module;
+    viewer_registration registration;
+    call_book book;
+    viewer_script script{book};
+    viewer_class viewers{script};
+    http_server server;
+};
+
+TEST_F(Closing, WhileTheDocumentIsShownReleasesEverything)
+{
+    server.route("/plan.pdf", http_response::ok(pdf_body(20'000)));
+    {
+        engine browser;
+        browser.open(server.url(L"/plan.pdf"));
+        ASSERT_TRUE(wait_until([this] { return !script.texts(viewer_open).empty(); }));
+        EXPECT_FALSE(module.can_unload());
+    }
+    EXPECT_EQ(viewers.living_viewers(), 0);
+    EXPECT_TRUE(module.can_unload());
+}
+
+TEST_F(Closing, InTheMiddleOfADownloadStopsIt)
+{
+    server.route("/slow.pdf", slow_document());
+    const ULONGLONG start = [this] {
+        engine browser;
+        browser.open(server.url(L"/slow.pdf"));
+        EXPECT_TRUE(wait_for_setup());
+        return GetTickCount64();
+    }(); // the engine is closed here
+    EXPECT_LT(GetTickCount64() - start, prompt_ms);
+    EXPECT_EQ(viewers.living_viewers(), 0);
+    EXPECT_TRUE(script.texts(viewer_open).empty());
+    EXPECT_TRUE(wait_until([this] { return module.can_unload(); }));
+    EXPECT_TRUE(server.wait_idle(prompt_ms)) << "somebody still downloads";
+}
+
+TEST_F(Closing, NavigatingAwayInTheMiddleOfADownloadStopsIt)
+{
+    server.route("/slow.pdf", slow_document());
+    server.route("/quick.pdf", http_response::ok(pdf_body(20'000)));
+    engine browser;
+    browser.open(server.url(L"/slow.pdf"));
+    ASSERT_TRUE(wait_for_setup());
+
+    browser.open(server.url(L"/quick.pdf"));
+    ASSERT_TRUE(wait_until([this] { return !script.texts(viewer_open).empty(); }));
+    EXPECT_THAT(script.texts(viewer_open), testing::ElementsAre(testing::EndsWith("\\quick.pdf)")));
+    EXPECT_TRUE(server.wait_idle(prompt_ms)) << "the first download still runs";
+}
+
+TEST_F(Closing, BeforeAnythingArrivedIsHarmless)
+{
+    http_response held = http_response::ok(pdf_body(20'000));
+    held.hold_after = 0;
+    server.route("/held.pdf", held);
+    {
+        engine browser;
+        browser.open(server.url(L"/held.pdf"));
+        ASSERT_TRUE(wait_until([this] { return !server.requests().empty(); }));
+    }
+    EXPECT_EQ(viewers.living_viewers(), 0);
+    EXPECT_TRUE(wait_until([this] { return module.can_unload(); }));
+    server.release();
+}
+
+TEST_F(Closing, LeavesNoWindowThreadOrGdiObjectBehind)
+{
+    server.route("/plan.pdf", http_response::ok(pdf_body(20'000)));
+    const auto visit = [this](std::size_t times) {
+        engine browser;
+        browser.open(server.url(L"/plan.pdf"));
+        ASSERT_TRUE(wait_until([&] { return script.texts(viewer_open).size() >= times; }));
+    };
+    visit(1); // the system's engine sets itself up
+    const process_resources before = process_resources::now();
+    visit(2);
+    visit(3);
+    process_resources after = {};
+    EXPECT_TRUE(wait_until([&] {
+        after = process_resources::now();
+        return after.threads <= before.threads && after.windows <= before.windows &&
+               after.gdi_objects <= before.gdi_objects && after.menus <= before.menus;
+    })) << "before: "
+        << before << "\nafter: " << after;
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,63 @@
+// The system's browser engine in a window, as a test drives it.
+#pragma once
+
+#include "browser/browser_control.h"
+#include "browser/browser_events.h"
+
+#include <windows.h>
+
+#include <string>
+#include <vector>
+
+namespace quill::test {
+
+// An apartment for the calling thread, entered first and left last.
+class ole_apartment
+{
+public:
+    ole_apartment();
+    ole_apartment(const ole_apartment&) = delete;
+    ole_apartment& operator=(const ole_apartment&) = delete;
+    ~ole_apartment();
+};
+
+class engine : private browser_events_owner
+{
+public:
+    engine();
+    engine(const engine&) = delete;
+    engine& operator=(const engine&) = delete;
+    ~engine();
+
+    // Navigates; fails the test when the control refuses.
+    void open(const std::wstring& address);
+    // Takes the control down, and then the window, as a browser does that is closed.
+    void close();
+
+    HWND window() const { return window_; }
+    browser_control& control() { return control_; }
+    // The first descendant window of a class; null when there is none.
+    HWND find_window(const std::wstring& window_class) const;
+
+    // Addresses that the control said it goes to, and those that failed.
+    const std::vector<std::wstring>& navigations() const { return navigations_; }
+    const std::vector<std::wstring>& failures() const { return failures_; }
+
+private:
+    void on_title(const std::wstring&) override {}
+    void on_status(const std::wstring&) override {}
+    void on_navigate(const std::wstring& address) override { navigations_.push_back(address); }
+    void on_failure(const std::wstring& address, long) override { failures_.push_back(address); }
+    void on_new_window(const std::wstring&) override {}
+    void on_command_state(bool, bool) override {}
+
+    HWND window_;
+    browser_control control_;
+    std::vector<std::wstring> navigations_;
+    std::vector<std::wstring> failures_;
+};
+
+// A file of the repository's samples folder: its bytes.
+std::string sample(const std::wstring& name);
+
+} // namespace quill::test

@@ -1,0 +1,85 @@
+#include "suite/viewer/machine_program.h"
+#include "tests/support/scopes.h"
+#include "tests/support/wait.h"
+
+#include <gtest/gtest.h>
+
+namespace quill::test {
+namespace {
+
+class MachineProgram : public testing::Test
+{
+protected:
+    MachineProgram() { write_file(input, "what the program reads"); }
+
+    std::optional<machine_program::result> run(const std::wstring& program,
+                                               const std::vector<std::wstring>& arguments)
+    {
+        const auto started = machine_program::start(program, arguments, input);
+        std::optional<machine_program::result> result;
+        EXPECT_TRUE(started.has_value());
+        if (started)
+            wait_until([&] { return (result = started->poll()).has_value(); });
+        return result;
+    }
+
+    scratch_directory folder;
+    const std::wstring input = folder / L"input.txt";
+};
+
+TEST_F(MachineProgram, ReadsItsInputAndWritesItsOutput)
+{
+    const auto result = run(L"/bin/cat", {});
+    ASSERT_TRUE(result.has_value());
+    EXPECT_EQ(result->exit_code, 0);
+    EXPECT_EQ(result->output, "what the program reads");
+}
+
+TEST_F(MachineProgram, GetsItsArgumentsAsTheyAre)
+{
+    const auto result =
+        run(L"/usr/bin/printf", {L"%s|", L"a b", L"", L"q\"q", L"back\\", L"\\\"", L"$HOME", L"*"});
+    ASSERT_TRUE(result.has_value());
+    EXPECT_EQ(result->output, "a b||q\"q|back\\|\\\"|$HOME|*|");
+}
+
+TEST_F(MachineProgram, MayWriteNothingAndFail)
+{
+    const auto result = run(L"/bin/sh", {L"-c", L"exit 3"});
+    ASSERT_TRUE(result.has_value());
+    EXPECT_EQ(result->exit_code, 3);
+    EXPECT_EQ(result->output, "");
+}
+
+TEST_F(MachineProgram, MayWriteWhatLooksLikeItsEnd)
+{
+    const auto result = run(L"/usr/bin/printf", {L"before\\nend 5\\nafter"});
+    ASSERT_TRUE(result.has_value());
+    EXPECT_EQ(result->exit_code, 0);
+    EXPECT_EQ(result->output, "before\nend 5\nafter");
+}
+
+TEST_F(MachineProgram, ThatIsMissingIsReportedAsSuch)
+{
+    const auto result = run(L"/usr/bin/no-such-program", {});
+    ASSERT_TRUE(result.has_value());
+    EXPECT_EQ(result->exit_code, 127);
+}
+
+TEST_F(MachineProgram, DoesNotStartWithoutItsInput)
+{
+    EXPECT_FALSE(machine_program::start(L"/bin/cat", {}, folder / L"missing.txt").has_value());
+}
+
+TEST(QuotedArgument, FollowsTheRulesOfACommandLine)
+{
+    EXPECT_EQ(quoted_argument(L""), L"\"\"");
+    EXPECT_EQ(quoted_argument(L"a b"), L"\"a b\"");
+    EXPECT_EQ(quoted_argument(L"a\\b"), L"\"a\\b\"");
+    EXPECT_EQ(quoted_argument(L"a\\"), L"\"a\\\\\"");
+    EXPECT_EQ(quoted_argument(L"a\""), L"\"a\\\"\"");
+    EXPECT_EQ(quoted_argument(L"a\\\""), L"\"a\\\\\\\"\"");
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,198 @@
+// The stand-in viewer inside the document inside the engine: what a user sees and can do.
+#include "browser/shown_document.h"
+#include "suite/viewer/viewer_layout.h"
+#include "tests/browser/engine.h"
+#include "tests/browser/registered_module.h"
+#include "tests/support/http_server.h"
+#include "tests/support/text.h"
+#include "tests/support/viewer/viewer_class.h"
+#include "tests/support/wait.h"
+
+#include <gmock/gmock.h>
+
+#include <set>
+
+namespace quill::test {
+namespace {
+
+constexpr DWORD rendering_ms = 30'000; // other programs start here, on a machine that may be busy
+
+std::set<std::wstring> result_files()
+{
+    wchar_t folder[MAX_PATH + 1] = {};
+    GetTempPathW(MAX_PATH, folder);
+    std::set<std::wstring> names;
+    WIN32_FIND_DATAW found = {};
+    const HANDLE search = FindFirstFileW((std::wstring(folder) + L"qpv*.tmp").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return names;
+    do {
+        names.insert(found.cFileName);
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
+    return names;
+}
+
+class StandInViewer : public testing::Test
+{
+protected:
+    StandInViewer()
+    {
+        server.route("/set/bracket.pdf", http_response::ok(sample(L"bracket.pdf")));
+        server.route("/set/care.pdf", http_response::ok(sample(L"care.pdf")));
+    }
+
+    // What the viewer says once it has ended its work.
+    static shown_document settled(const engine& browser)
+    {
+        shown_document document;
+        wait_until(
+            [&] {
+                document = find_shown_document(browser.window());
+                return document.state == viewer_state::shown || document.state == viewer_state::failed;
+            },
+            rendering_ms);
+        return document;
+    }
+
+    static bool shows(const engine& browser, const std::wstring& text)
+    {
+        return wait_until(
+            [&] {
+                const shown_document document = find_shown_document(browser.window());
+                return document.state == viewer_state::shown && document.text == text;
+            },
+            rendering_ms);
+    }
+
+    // Clicks a place of an A4 page shown at 100 % from its top, given in fractions of the page.
+    static void click(const engine& browser, double x, double y)
+    {
+        const HWND pane = browser.find_window(L"QuillPDFPage");
+        RECT client = {};
+        GetClientRect(pane, &client);
+        constexpr SIZE picture = {794, 1123};
+        const POINT origin = page_origin({0, 0}, picture, {client.right, client.bottom});
+        const LPARAM place = MAKELPARAM(origin.x + static_cast<LONG>(x * picture.cx),
+                                        origin.y + static_cast<LONG>(y * picture.cy));
+        PostMessageW(pane, WM_LBUTTONDOWN, MK_LBUTTON, place);
+        PostMessageW(pane, WM_LBUTTONUP, 0, place);
+    }
+
+    // A page's links are found after it is shown; until then a click does nothing.
+    static bool click_until_shown(const engine& browser, double x, double y, const std::wstring& text)
+    {
+        const std::wstring before = find_shown_document(browser.window()).text;
+        return wait_until(
+            [&] {
+                const shown_document document = find_shown_document(browser.window());
+                if (document.state == viewer_state::shown && document.text == before)
+                    click(browser, x, y);
+                return document.state == viewer_state::shown && document.text == text;
+            },
+            rendering_ms);
+    }
+
+    ole_apartment apartment;
+    registered_module module;
+    // Keeps others from the ProgID; the library then takes it over.
+    viewer_registration registration;
+    registered_library viewer{L"QuillPDFCtrl.dll"};
+    http_server server;
+};
+
+TEST_F(StandInViewer, ShowsThePageAndZoomOfTheAddress)
+{
+    engine browser;
+    browser.open(server.url(L"/set/bracket.pdf#page=2#zoom=150"));
+    const shown_document document = settled(browser);
+    EXPECT_EQ(document.state, viewer_state::shown);
+    EXPECT_EQ(document.text, L"page 2 of 5 - 150 %");
+}
+
+TEST_F(StandInViewer, ShowsTheLastPageForOneBeyondIt)
+{
+    engine browser;
+    browser.open(server.url(L"/set/bracket.pdf#page=77"));
+    EXPECT_EQ(settled(browser).text, L"page 5 of 5 - 100 %");
+}
+
+TEST_F(StandInViewer, LimitsTheZoom)
+{
+    engine browser;
+    browser.open(server.url(L"/set/bracket.pdf#page=2#zoom=100000"));
+    EXPECT_EQ(settled(browser).text, L"page 2 of 5 - 400 %");
+}
+
+TEST_F(StandInViewer, SaysWhenADocumentCannotBeDrawn)
+{
+    server.route("/broken.pdf", http_response::ok("%PDF-1.4\n" + std::string(5'000, 'x')));
+    engine browser;
+    browser.open(server.url(L"/broken.pdf"));
+    const shown_document document = settled(browser);
+    EXPECT_EQ(document.state, viewer_state::failed);
+    EXPECT_THAT(to_utf8(document.text), testing::HasSubstr("damaged"));
+}
+
+TEST_F(StandInViewer, GetsTheKeysThatTheDocumentPassesOn)
+{
+    engine browser;
+    browser.open(server.url(L"/set/bracket.pdf"));
+    ASSERT_TRUE(shows(browser, L"page 1 of 5 - 100 %"));
+    const HWND document = GetParent(browser.find_window(L"AtlAxWin140"));
+    SendMessageW(document, WM_KEYDOWN, VK_END, 0);
+    EXPECT_TRUE(shows(browser, L"page 5 of 5 - 100 %"));
+    SendMessageW(document, WM_KEYDOWN, VK_HOME, 0);
+    EXPECT_TRUE(shows(browser, L"page 1 of 5 - 100 %"));
+    SendMessageW(document, WM_KEYDOWN, VK_ADD, 0);
+    EXPECT_TRUE(shows(browser, L"page 1 of 5 - 125 %"));
+}
+
+TEST_F(StandInViewer, FollowsALinkWithinTheDocument)
+{
+    engine browser;
+    browser.open(server.url(L"/set/bracket.pdf"));
+    ASSERT_TRUE(shows(browser, L"page 1 of 5 - 100 %"));
+    // "Invoice 2291" in the contents
+    EXPECT_TRUE(click_until_shown(browser, 100.0 / 892, 634.0 / 1263, L"page 4 of 5 - 100 %"));
+    EXPECT_EQ(browser.navigations().size(), 1u) << "the browser has no part in it";
+}
+
+TEST_F(StandInViewer, FollowsALinkToAnotherDocument)
+{
+    engine browser;
+    browser.open(server.url(L"/set/bracket.pdf#page=5"));
+    ASSERT_TRUE(shows(browser, L"page 5 of 5 - 100 %"));
+    // "Care of bearings", which the document names as care.pdf
+    EXPECT_TRUE(click_until_shown(browser, 163.0 / 892, 538.0 / 1263, L"page 1 of 1 - 100 %"));
+    EXPECT_EQ(browser.navigations().back(), server.url(L"/set/care.pdf"));
+}
+
+TEST_F(StandInViewer, KeepsNoFilesOfTheRenderer)
+{
+    const std::set<std::wstring> before = result_files();
+    {
+        engine browser;
+        browser.open(server.url(L"/set/bracket.pdf#page=2"));
+        ASSERT_TRUE(shows(browser, L"page 2 of 5 - 100 %"));
+    }
+    EXPECT_EQ(result_files(), before);
+}
+
+TEST_F(StandInViewer, ClosesWhileThePageIsBeingRendered)
+{
+    const std::set<std::wstring> before = result_files();
+    {
+        engine browser;
+        browser.open(server.url(L"/set/bracket.pdf#page=2#zoom=400"));
+        ASSERT_TRUE(
+            wait_until([&] { return find_shown_document(browser.window()).state == viewer_state::working; },
+                       rendering_ms));
+    }
+    EXPECT_EQ(result_files(), before);
+    EXPECT_TRUE(viewer.can_unload());
+    EXPECT_TRUE(module.can_unload());
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,223 @@
+// What the DLL's file is made of: exports, imports, protections, resources, type library.
+#include "tests/module/loaded_module.h"
+#include "tests/support/scopes.h"
+
+#include <gmock/gmock.h>
+#include <oleauto.h>
+#include <winver.h>
+
+#include <string>
+#include <vector>
+
+namespace quill::test {
+namespace {
+
+struct Image : testing::Test
+{
+    template <class T>
+    const T* at(DWORD offset) const
+    {
+        return reinterpret_cast<const T*>(reinterpret_cast<const BYTE*>(module.handle()) + offset);
+    }
+    const IMAGE_OPTIONAL_HEADER64& header() const
+    {
+        return at<IMAGE_NT_HEADERS64>(static_cast<DWORD>(at<IMAGE_DOS_HEADER>(0)->e_lfanew))->OptionalHeader;
+    }
+    std::string version_text(const wchar_t* name) const;
+
+    loaded_module module;
+};
+
+TEST_F(Image, ExportsFiveFunctionsByName)
+{
+    const auto* const exports =
+        at<IMAGE_EXPORT_DIRECTORY>(header().DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress);
+    EXPECT_EQ(exports->NumberOfFunctions, 5u);
+    std::vector<std::string> names;
+    for (DWORD i = 0; i < exports->NumberOfNames; ++i)
+        names.emplace_back(at<char>(at<DWORD>(exports->AddressOfNames)[i]));
+    EXPECT_THAT(names, testing::UnorderedElementsAre("DllCanUnloadNow", "DllGetClassObject", "DllInstall",
+                                                     "DllRegisterServer", "DllUnregisterServer"));
+}
+
+TEST_F(Image, ImportsSystemLibrariesOnly)
+{
+    char system[MAX_PATH] = {};
+    GetSystemDirectoryA(system, MAX_PATH);
+    const auto* import =
+        at<IMAGE_IMPORT_DESCRIPTOR>(header().DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress);
+    ASSERT_NE(import->Name, 0u);
+    for (; import->Name; ++import) {
+        const std::string path = std::string(system) + "\\" + at<char>(import->Name);
+        EXPECT_NE(GetFileAttributesA(path.c_str()), INVALID_FILE_ATTRIBUTES) << path;
+    }
+}
+
+TEST_F(Image, ProtectionsAreOn)
+{
+    constexpr WORD wanted = IMAGE_DLLCHARACTERISTICS_DYNAMIC_BASE | IMAGE_DLLCHARACTERISTICS_HIGH_ENTROPY_VA |
+                            IMAGE_DLLCHARACTERISTICS_NX_COMPAT;
+    EXPECT_EQ(header().DllCharacteristics & wanted, wanted);
+}
+
+TEST_F(Image, DebugInformationLiesBeside)
+{
+    const std::wstring path = loaded_module::folder() + L"QuillPDF.IE.pdb";
+    EXPECT_NE(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
+}
+
+std::string Image::version_text(const wchar_t* name) const
+{
+    DWORD ignored = 0;
+    const std::wstring path = loaded_module::path();
+    std::vector<BYTE> block(GetFileVersionInfoSizeW(path.c_str(), &ignored));
+    if (block.empty() ||
+        !GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block.size()), block.data()))
+        return "no version information";
+    wchar_t* text = nullptr;
+    UINT length = 0;
+    if (!VerQueryValueW(block.data(), (std::wstring(L"\\StringFileInfo\\040904B0\\") + name).c_str(),
+                        reinterpret_cast<void**>(&text), &length))
+        return "no such text";
+    return std::string(text, text + wcslen(text));
+}
+
+TEST_F(Image, VersionIsNamed)
+{
+    EXPECT_EQ(version_text(L"FileVersion"), "14.0.0.0");
+    EXPECT_EQ(version_text(L"ProductVersion"), "14.0.0.0");
+    EXPECT_EQ(version_text(L"ProductName"), "Quill PDF");
+    EXPECT_EQ(version_text(L"OriginalFilename"), "QuillPDF.IE.dll");
+}
+
+TEST_F(Image, VersionNumberIsTheProducts)
+{
+    DWORD ignored = 0;
+    const std::wstring path = loaded_module::path();
+    std::vector<BYTE> block(GetFileVersionInfoSizeW(path.c_str(), &ignored));
+    ASSERT_TRUE(GetFileVersionInfoW(path.c_str(), 0, static_cast<DWORD>(block.size()), block.data()));
+    VS_FIXEDFILEINFO* fixed = nullptr;
+    UINT size = 0;
+    ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&fixed), &size));
+    EXPECT_EQ(fixed->dwFileVersionMS, MAKELONG(0, 14));
+    EXPECT_EQ(fixed->dwFileVersionLS, 0u);
+    EXPECT_EQ(fixed->dwProductVersionMS, MAKELONG(0, 14));
+    EXPECT_EQ(fixed->dwFileType, static_cast<DWORD>(VFT_DLL));
+}
+
+TEST_F(Image, CarriesScriptsAndText)
+{
+    EXPECT_NE(FindResourceW(module.handle(), MAKEINTRESOURCEW(100), L"REGISTRY"), nullptr);
+    EXPECT_NE(FindResourceW(module.handle(), MAKEINTRESOURCEW(102), L"REGISTRY"), nullptr);
+    EXPECT_NE(FindResourceW(module.handle(), MAKEINTRESOURCEW(1), L"TYPELIB"), nullptr);
+    wchar_t text[64] = {};
+    EXPECT_GT(LoadStringW(module.handle(), 101, text, ARRAYSIZE(text)), 0);
+    EXPECT_STREQ(text, L"Downloading... %d%%");
+    // There is no menu to merge.
+    EXPECT_EQ(FindResourceW(module.handle(), MAKEINTRESOURCEW(206), MAKEINTRESOURCEW(4)), nullptr);
+}
+
+// One element of the type library: its name, help string and kind, in one text.
+struct TypeLibrary : Image
+{
+    TypeLibrary() { EXPECT_EQ(LoadTypeLibEx(loaded_module::path().c_str(), REGKIND_NONE, &library), S_OK); }
+    ~TypeLibrary() override { library->Release(); }
+
+    std::wstring describe(REFGUID guid)
+    {
+        ITypeInfo* info = nullptr;
+        if (FAILED(library->GetTypeInfoOfGuid(guid, &info)))
+            return L"missing";
+        BSTR name = nullptr;
+        BSTR help = nullptr;
+        info->GetDocumentation(MEMBERID_NIL, &name, &help, nullptr, nullptr);
+        TYPEATTR* attributes = nullptr;
+        info->GetTypeAttr(&attributes);
+        const std::wstring kind =
+            attributes->typekind == TKIND_COCLASS ? L"coclass "
+            : attributes->typekind == TKIND_DISPATCH && (attributes->wTypeFlags & TYPEFLAG_FDUAL) ? L"dual "
+            : attributes->typekind == TKIND_INTERFACE ? L"interface "
+                                                      : L"other ";
+        info->ReleaseTypeAttr(attributes);
+        info->Release();
+        const std::wstring text = kind + (name ? name : L"") + L"|" + (help ? help : L"");
+        SysFreeString(name);
+        SysFreeString(help);
+        return text;
+    }
+    // The interface that a coclass implements.
+    std::wstring implemented(REFGUID coclass)
+    {
+        ITypeInfo* info = nullptr;
+        ITypeInfo* found = nullptr;
+        HREFTYPE reference = 0;
+        if (FAILED(library->GetTypeInfoOfGuid(coclass, &info)))
+            return L"missing";
+        std::wstring text = L"none";
+        if (SUCCEEDED(info->GetRefTypeOfImplType(0, &reference)) &&
+            SUCCEEDED(info->GetRefTypeInfo(reference, &found))) {
+            BSTR name = nullptr;
+            found->GetDocumentation(MEMBERID_NIL, &name, nullptr, nullptr, nullptr);
+            text = name ? name : L"";
+            SysFreeString(name);
+            found->Release();
+        }
+        info->Release();
+        return text;
+    }
+
+    ITypeLib* library = nullptr;
+};
+
+TEST_F(TypeLibrary, DescribesItself)
+{
+    TLIBATTR* attributes = nullptr;
+    ASSERT_EQ(library->GetLibAttr(&attributes), S_OK);
+    EXPECT_EQ(attributes->guid, library_id);
+    library->ReleaseTLibAttr(attributes);
+    BSTR name = nullptr;
+    BSTR help = nullptr;
+    ASSERT_EQ(library->GetDocumentation(-1, &name, &help, nullptr, nullptr), S_OK);
+    EXPECT_EQ(std::wstring(name), L"QuillPDF_IE_ActiveDocLib");
+    EXPECT_EQ(std::wstring(help), L"QuillPDF.IE.ActiveDoc 14.0 Type Library");
+    SysFreeString(name);
+    SysFreeString(help);
+}
+
+TEST_F(TypeLibrary, DescribesClassesAndInterfaces)
+{
+    EXPECT_EQ(describe(document_interface), L"dual IQuillPDF_IE_ActiveDoc|QuillPDF.IE.ActiveDoc Interface");
+    EXPECT_EQ(describe(active_doc_class), L"coclass ActiveDocCtrl|QuillPDF.IE.ActiveDoc Class");
+    EXPECT_EQ(describe(helper_class), L"coclass SharepointBrowserHelperObject|QuillPDF.IE.Sharepoint Class");
+    EXPECT_EQ(implemented(active_doc_class), L"IQuillPDF_IE_ActiveDoc");
+    EXPECT_EQ(implemented(helper_class), L"IObjectWithSite");
+}
+
+TEST_F(TypeLibrary, DescribesTheSiteInterfaceWithItsMethods)
+{
+    static constexpr IID site_interface = {
+        0xFC4801A3, 0x2BA9, 0x11CF, {0xA2, 0x29, 0x00, 0xAA, 0x00, 0x3D, 0x73, 0x52}};
+    EXPECT_EQ(describe(site_interface), L"interface IObjectWithSite|");
+    ITypeInfo* info = nullptr;
+    ASSERT_EQ(library->GetTypeInfoOfGuid(site_interface, &info), S_OK);
+    std::vector<std::wstring> methods;
+    for (UINT i = 0; i < 2; ++i) {
+        FUNCDESC* function = nullptr;
+        ASSERT_EQ(info->GetFuncDesc(i, &function), S_OK);
+        BSTR names[4] = {};
+        UINT count = 0;
+        EXPECT_EQ(info->GetNames(function->memid, names, ARRAYSIZE(names), &count), S_OK);
+        info->ReleaseFuncDesc(function);
+        std::wstring text;
+        for (UINT n = 0; n < count; ++n) {
+            text += (n ? L" " : L"") + std::wstring(names[n]);
+            SysFreeString(names[n]);
+        }
+        methods.push_back(text);
+    }
+    info->Release();
+    EXPECT_THAT(methods, testing::ElementsAre(L"SetSite pUnkSite", L"GetSite riid ppvSite"));
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,287 @@
+#include "tests/retrieval/fake_page.h"
+
+#include <docobj.h>
+#include <exdisp.h>
+#include <gtest/gtest.h>
+#include <mshtml.h>
+#include <ocidl.h>
+#include <oleidl.h>
+#include <unimplemented_interfaces.h>
+
+#include <algorithm>
+#include <utility>
+
+HRESULT unimplemented_method(const char* name) noexcept
+{
+    ADD_FAILURE() << "not expected: " << name;
+    return E_NOTIMPL;
+}
+
+namespace quill::test {
+namespace {
+
+// IUnknown of an object of the page. Interfaces: those that it has besides IUnknown, the first one being
+// Base.
+template <typename Base, typename... Interfaces>
+class page_object : public Base
+{
+public:
+    explicit page_object(fake_page& page) : page_(page) {}
+    page_object(const page_object&) = delete;
+    page_object& operator=(const page_object&) = delete;
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** out) override
+    {
+        *out = nullptr;
+        if (const HRESULT result = page_.enter("QueryInterface"); result != S_OK)
+            return result == S_FALSE ? S_OK : result;
+        if (iid != IID_IUnknown && !((iid == __uuidof(Interfaces)) || ...))
+            return E_NOINTERFACE;
+        *out = static_cast<Base*>(this);
+        AddRef();
+        return S_OK;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override
+    {
+        page_.count(1);
+        return static_cast<ULONG>(++references_);
+    }
+    STDMETHODIMP_(ULONG) Release() override
+    {
+        page_.count(-1);
+        const long left = --references_;
+        EXPECT_GE(left, 0) << "released too often";
+        if (left == 0)
+            delete this;
+        return static_cast<ULONG>(left);
+    }
+
+protected:
+    virtual ~page_object() = default;
+
+    // Runs give(), which fills *out, unless this call is to go wrong.
+    template <typename Out, typename Give>
+    HRESULT answer(const char* call, Out* out, const Give& give)
+    {
+        EXPECT_EQ(*out, Out{}) << call << " fills a variable that is not cleared";
+        const HRESULT result = page_.enter(call);
+        if (result == S_OK)
+            *out = give();
+        return result == S_FALSE ? S_OK : result;
+    }
+
+    fake_page& page_;
+
+private:
+    long references_ = 0;
+};
+
+template <typename Object>
+Object* referenced(Object* object)
+{
+    object->AddRef();
+    return object;
+}
+
+class element_object : public page_object<without_IHTMLElement<IHTMLElement>, IDispatch, IHTMLElement>
+{
+public:
+    element_object(fake_page& page, std::size_t place) : page_object(page), place_(place) {}
+
+    STDMETHODIMP get_tagName(BSTR* out) override
+    {
+        return answer("tagName", out, [&] { return SysAllocString(self().tag.c_str()); });
+    }
+    STDMETHODIMP get_outerHTML(BSTR* out) override
+    {
+        return answer("outerHTML", out, [&] { return SysAllocString(self().outer_html.c_str()); });
+    }
+    STDMETHODIMP getAttribute(BSTR name, LONG flags, VARIANT* out) override
+    {
+        EXPECT_EQ(flags, 2);
+        EXPECT_EQ(V_VT(out), VT_EMPTY);
+        const std::wstring wanted(name, SysStringLen(name));
+        EXPECT_TRUE(wanted == L"TYPE" || wanted == (self().tag[0] == L'E' ? L"SRC" : L"DATA"));
+        const HRESULT result = page_.enter(wanted == L"TYPE" ? "TYPE" : "reference");
+        if (result != S_OK)
+            return result == S_FALSE ? S_OK : result;
+        const auto found = self().attributes.find(wanted);
+        const fake_element::attribute value =
+            found == self().attributes.end() ? fake_element::attribute{} : found->second;
+        V_VT(out) = value.text ? static_cast<VARTYPE>(VT_BSTR) : value.other_type;
+        if (value.text)
+            V_BSTR(out) = SysAllocString(value.text->c_str());
+        return S_OK;
+    }
+    STDMETHODIMP get_children(IDispatch** out) override;
+
+private:
+    const fake_element& self() const { return page_.elements[place_]; }
+
+    std::size_t place_;
+};
+
+class collection_object : public page_object<without_IHTMLElementCollection<IHTMLElementCollection>,
+                                             IDispatch, IHTMLElementCollection>
+{
+public:
+    collection_object(fake_page& page, std::size_t place) : page_object(page), place_(place) {}
+
+    STDMETHODIMP get_length(LONG* out) override
+    {
+        return answer("length", out,
+                      [&] { return page_.length.value_or(static_cast<LONG>(children().size())); });
+    }
+    STDMETHODIMP item(VARIANT name, VARIANT index, IDispatch** out) override
+    {
+        EXPECT_EQ(V_VT(&name), VT_I4);
+        EXPECT_EQ(V_VT(&index), VT_I4);
+        EXPECT_EQ(V_I4(&name), V_I4(&index));
+        const auto place = static_cast<std::size_t>(V_I4(&index));
+        EXPECT_LT(place, children().size());
+        return answer("item", out, [&]() -> IDispatch* {
+            return referenced(new element_object(page_, children()[place]));
+        });
+    }
+
+private:
+    const std::vector<std::size_t>& children() const { return page_.elements[place_].children; }
+
+    std::size_t place_;
+};
+
+HRESULT element_object::get_children(IDispatch** out)
+{
+    return answer("children", out,
+                  [&]() -> IDispatch* { return referenced(new collection_object(page_, place_)); });
+}
+
+class document_object
+    : public page_object<without_IHTMLDocument2<IHTMLDocument2>, IDispatch, IHTMLDocument, IHTMLDocument2>
+{
+public:
+    using page_object::page_object;
+
+    STDMETHODIMP get_body(IHTMLElement** out) override
+    {
+        return answer("body", out, [&]() -> IHTMLElement* {
+            return page_.has_body ? referenced(new element_object(page_, 0)) : nullptr;
+        });
+    }
+    STDMETHODIMP get_URL(BSTR* out) override
+    {
+        return answer("URL", out, [&] { return SysAllocString(page_.url.c_str()); });
+    }
+};
+
+// The document, as an object of its own, is found through its container.
+class container_object : public page_object<IOleContainer, IParseDisplayName, IOleContainer>
+{
+public:
+    using page_object::page_object;
+
+    STDMETHODIMP QueryInterface(REFIID iid, void** out) override
+    {
+        if (iid != IID_IHTMLDocument2)
+            return page_object::QueryInterface(iid, out);
+        EXPECT_EQ(*out, nullptr);
+        const HRESULT result = page_.enter("QueryInterface");
+        if (result != S_OK)
+            return result == S_FALSE ? S_OK : result;
+        if (!page_.is_html)
+            return E_NOINTERFACE;
+        *out = static_cast<IHTMLDocument2*>(referenced(new document_object(page_)));
+        return S_OK;
+    }
+    STDMETHODIMP ParseDisplayName(IBindCtx*, LPOLESTR, ULONG*, IMoniker**) override
+    {
+        return unimplemented_method("IParseDisplayName::ParseDisplayName");
+    }
+    STDMETHODIMP EnumObjects(DWORD, IEnumUnknown**) override
+    {
+        return unimplemented_method("IOleContainer::EnumObjects");
+    }
+    STDMETHODIMP LockContainer(BOOL) override { return unimplemented_method("IOleContainer::LockContainer"); }
+};
+
+} // namespace
+
+struct fake_page::site_object : page_object<IOleClientSite, IOleClientSite>
+{
+    using page_object::page_object;
+
+    STDMETHODIMP GetContainer(IOleContainer** out) override
+    {
+        EXPECT_EQ(*out, nullptr);
+        if (!page_.has_container) {
+            page_.enter("GetContainer");
+            return E_NOTIMPL; // as real hosts do, with *out untouched
+        }
+        return answer("GetContainer", out,
+                      [&]() -> IOleContainer* { return referenced(new container_object(page_)); });
+    }
+    STDMETHODIMP SaveObject() override { return unimplemented_method("IOleClientSite::SaveObject"); }
+    STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker**) override
+    {
+        return unimplemented_method("IOleClientSite::GetMoniker");
+    }
+    STDMETHODIMP ShowObject() override { return unimplemented_method("IOleClientSite::ShowObject"); }
+    STDMETHODIMP OnShowWindow(BOOL) override { return unimplemented_method("IOleClientSite::OnShowWindow"); }
+    STDMETHODIMP RequestNewObjectLayout() override
+    {
+        return unimplemented_method("IOleClientSite::RequestNewObjectLayout");
+    }
+};
+
+fake_page::fake_page() : elements(1), site_(referenced(new site_object(*this)))
+{
+    elements.front().tag = L"BODY";
+    live_ = 0; // the page's own reference is none that a caller holds
+}
+
+fake_page::~fake_page()
+{
+    EXPECT_EQ(live_, 0) << "references are still held";
+    site_->Release();
+}
+
+std::size_t fake_page::add(fake_element element, std::size_t parent)
+{
+    elements.push_back(std::move(element));
+    elements[parent].children.push_back(elements.size() - 1);
+    return elements.size() - 1;
+}
+
+std::size_t fake_page::add_plain(const wchar_t* tag, std::size_t parent)
+{
+    fake_element element;
+    element.tag = tag;
+    return add(std::move(element), parent);
+}
+
+std::size_t fake_page::add_embedded(const wchar_t* tag, const wchar_t* type, const wchar_t* reference,
+                                    std::size_t parent)
+{
+    fake_element element;
+    element.tag = tag;
+    if (type)
+        element.attributes[L"TYPE"].text = type;
+    if (reference)
+        element.attributes[element.tag[0] == L'E' ? L"SRC" : L"DATA"].text = reference;
+    return add(std::move(element), parent);
+}
+
+IOleClientSite* fake_page::site()
+{
+    return site_;
+}
+
+HRESULT fake_page::enter(const char* call)
+{
+    calls_.emplace_back(call);
+    if (calls_.size() != faulty_call)
+        return S_OK;
+    return how == fault::error ? E_FAIL : S_FALSE;
+}
+
+} // namespace quill::test

@@ -1,0 +1,54 @@
+#include "tests/sharepoint/fake_connection_point.h"
+
+#include <gtest/gtest.h>
+
+namespace quill::test {
+
+event_result fire_at(IDispatch* sink, DISPID event, std::vector<VARIANT> arguments)
+{
+    DISPPARAMS parameters{arguments.data(), nullptr, static_cast<UINT>(arguments.size()), 0};
+    event_result result{};
+    result.code = sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &parameters,
+                               &result.value, nullptr, nullptr);
+    return result;
+}
+
+std::vector<event_result> fake_connection_point::fire(DISPID event, std::vector<VARIANT> arguments)
+{
+    const auto sinks = sinks_; // a sink may disconnect while it is called
+    std::vector<event_result> results;
+    for (const auto& [cookie, sink] : sinks)
+        results.push_back(fire_at(sink, event, arguments));
+    return results;
+}
+
+HRESULT fake_connection_point::Advise(IUnknown* sink, DWORD* cookie)
+{
+    *cookie = 0;
+    if (const auto result = scene().enter("IConnectionPoint::Advise"))
+        return *result;
+    CComPtr<IDispatch> events;
+    if (FAILED(sink->QueryInterface(events_, reinterpret_cast<void**>(&events))))
+        return CONNECT_E_CANNOTCONNECT;
+    *cookie = ++last_cookie_;
+    sinks_.emplace(*cookie, events);
+    return S_OK;
+}
+
+HRESULT fake_connection_point::Unadvise(DWORD cookie)
+{
+    // A sink may believe an Advise that only said that it succeeded.
+    EXPECT_TRUE(sinks_.count(cookie) == 1 || scene().has_failed()) << "a connection that there is not";
+    // Fails, if it shall, after the connection has ended: hosts differ in what they answer, not in that.
+    const auto ended = sinks_.extract(cookie);
+    if (const auto result = scene().enter("IConnectionPoint::Unadvise"))
+        return *result;
+    return ended ? S_OK : CONNECT_E_NOCONNECTION;
+}
+
+IUnknown* fake_connection_point::find_interface(REFIID iid)
+{
+    return iid == IID_IUnknown || iid == IID_IConnectionPoint ? this : nullptr;
+}
+
+} // namespace quill::test

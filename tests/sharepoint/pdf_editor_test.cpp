@@ -1,0 +1,187 @@
+// The launcher, with a real program for the editor and one for the system's default handler.
+#include "sharepoint/pdf_editor.h"
+#include "tests/sharepoint/editor_bench.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/process_resources.h"
+
+#include <atlutil.h>
+#include <gtest/gtest.h>
+
+namespace quill {
+namespace {
+
+using test::editor_bench;
+using test::log_capture;
+using lines = std::vector<std::string>;
+
+constexpr wchar_t url[] = L"https://server/sites/a/x.pdf";
+constexpr char checkout_line[] = "info: checkout file https://server/sites/a/x.pdf";
+constexpr char not_found_line[] = "warning: QuillStudio not found. Trying to use default pdf view...";
+constexpr char failed_line[] = "warning: QuillStudio failed. Trying to use default pdf view...";
+
+std::string editor_line(const std::wstring& path)
+{
+    return "debug: PDF Editor: " + std::string(path.begin(), path.end());
+}
+
+TEST(PdfEditor, StartsTheEditor)
+{
+    editor_bench bench;
+    bench.use_editor();
+    log_capture log;
+    pdf_editor().open(parse_url(url));
+    EXPECT_EQ(log.lines(), (lines{editor_line(bench.scratch() / L"Editor\\editor.exe"), checkout_line}));
+
+    const auto starts = bench.starts(1);
+    ASSERT_EQ(starts.size(), 1u);
+    EXPECT_EQ(starts[0], bench.editor_start(url));
+    EXPECT_EQ(starts[0].command_line, L"/pdf \"sharepoint://https://server/sites/a/x.pdf\"");
+}
+
+TEST(PdfEditor, IsFoundWithBlanksAndAnyCharacters)
+{
+    editor_bench bench;
+    const std::wstring path = bench.install_editor(L"Übersicht 文書 ж\\My Editor ä.exe");
+    bench.set_editor(path);
+    pdf_editor().open(parse_url(url));
+    const auto starts = bench.starts(1);
+    ASSERT_EQ(starts.size(), 1u);
+    EXPECT_EQ(starts[0].command_line, L"/pdf \"sharepoint://https://server/sites/a/x.pdf\"");
+    EXPECT_EQ(starts[0].directory, bench.scratch() / L"Übersicht 文書 ж");
+}
+
+TEST(PdfEditor, IsFoundInThe32BitViewOnly)
+{
+    editor_bench bench;
+    bench.set_editor(bench.install_editor(L"Editor\\editor.exe"), KEY_WOW64_32KEY);
+    pdf_editor().open(parse_url(url));
+    EXPECT_EQ(bench.starts(1), std::vector{bench.editor_start(url)});
+}
+
+TEST(PdfEditor, IsTakenFromThe64BitViewFirst)
+{
+    editor_bench bench;
+    bench.use_editor();
+    bench.set_editor(L"C:\\nowhere\\editor.exe", KEY_WOW64_32KEY);
+    pdf_editor().open(parse_url(url));
+    EXPECT_EQ(bench.starts(1), std::vector{bench.editor_start(url)});
+}
+
+// The settings are read once: a tab keeps its editor.
+TEST(PdfEditor, ReadsTheSettingsOnce)
+{
+    editor_bench bench;
+    bench.use_editor();
+    const pdf_editor editor;
+    bench.set_editor(L"C:\\nowhere\\editor.exe");
+    editor.open(parse_url(url));
+    EXPECT_EQ(bench.starts(1), std::vector{bench.editor_start(url)});
+}
+
+void expect_default_handler(editor_bench& bench, const std::string& editor, const char* warning)
+{
+    log_capture log;
+    pdf_editor().open(parse_url(url));
+    EXPECT_EQ(log.lines(), (lines{editor, checkout_line, warning}));
+    const auto starts = bench.starts(1);
+    ASSERT_EQ(starts.size(), 1u);
+    EXPECT_EQ(starts[0].command_line, editor_bench::default_handler_line(url));
+}
+
+TEST(PdfEditor, GivesTheAddressToTheDefaultHandlerWithoutAnEditor)
+{
+    editor_bench bench;
+    expect_default_handler(bench, "debug: PDF Editor: ", not_found_line);
+}
+
+TEST(PdfEditor, GivesTheAddressToTheDefaultHandlerWhenTheEditorIsGone)
+{
+    editor_bench bench;
+    bench.set_editor(L"C:\\nowhere\\editor.exe");
+    expect_default_handler(bench, "debug: PDF Editor: C:\\nowhere\\editor.exe", not_found_line);
+}
+
+TEST(PdfEditor, GivesTheAddressToTheDefaultHandlerWhenTheEditorIsNoProgram)
+{
+    editor_bench bench;
+    const std::wstring path = bench.scratch() / L"editor.exe";
+    ASSERT_TRUE(test::write_file(path, "not a program"));
+    bench.set_editor(path);
+    expect_default_handler(bench, editor_line(path), failed_line);
+}
+
+TEST(PdfEditor, GivesTheAddressToTheDefaultHandlerWhenTheEditorIsAFolder)
+{
+    editor_bench bench;
+    bench.set_editor(bench.scratch().path());
+    expect_default_handler(bench, editor_line(bench.scratch().path()), failed_line);
+}
+
+// A value that does not fit is no value, in either view.
+TEST(PdfEditor, IgnoresAnOverlongPath)
+{
+    editor_bench bench;
+    std::wstring path = bench.install_editor(L"Editor\\editor.exe");
+    path.insert(path.find(L"\\Editor"), std::wstring(260, L'\\'));
+    bench.set_editor(path);
+    bench.set_editor(path, KEY_WOW64_32KEY);
+    expect_default_handler(bench, "debug: PDF Editor: ", not_found_line);
+}
+
+TEST(PdfEditor, TakesAPathOfExactly259Characters)
+{
+    editor_bench bench;
+    std::wstring path = bench.install_editor(L"Editor\\editor.exe");
+    path.insert(path.find(L"\\Editor"), std::wstring(259 - path.size(), L'\\'));
+    bench.set_editor(path);
+    log_capture log;
+    pdf_editor().open(parse_url(url));
+    EXPECT_EQ(log.lines(), (lines{editor_line(path), checkout_line}));
+    EXPECT_EQ(bench.starts(1).size(), 1u);
+}
+
+TEST(PdfEditor, PassesAddressesCharacterForCharacter)
+{
+    editor_bench bench;
+    bench.use_editor();
+    const pdf_editor editor;
+    std::vector<test::program_start> expected;
+    for (const wchar_t* address : {L"http://server/a%20b.pdf", L"http://server/ä 文.pdf",
+                                   L"http://server:8080/{}%s.pdf", L"https://server/x.pdf?a=b&c=d#page=2"}) {
+        editor.open(parse_url(address));
+        expected.push_back(bench.editor_start(address));
+        EXPECT_EQ(bench.starts(expected.size()), expected);
+    }
+}
+
+// What the address object makes of text that it cannot take apart is its own; the launcher takes it.
+TEST(PdfEditor, SurvivesAddressesThatCannotBeTakenApart)
+{
+    editor_bench bench;
+    bench.use_editor();
+    const pdf_editor editor;
+    editor.open(parse_url(L"/sites/a/x.pdf"));
+    editor.open(parse_url(L""));
+    editor.open(parse_url(L"http://h/" + std::wstring(100'000, L'x') + L".pdf"));
+    const auto starts = bench.starts(3);
+    ASSERT_EQ(starts.size(), 3u);
+    for (const auto& start : starts)
+        EXPECT_TRUE(start.command_line.starts_with(L"/pdf \"sharepoint://")) << start.command_line.size();
+}
+
+TEST(PdfEditor, KeepsNoHandles)
+{
+    editor_bench bench;
+    bench.use_editor();
+    const pdf_editor editor;
+    editor.open(parse_url(url));
+    bench.starts(1);
+    const auto before = test::process_resources::now();
+    for (int i = 0; i < 5; ++i)
+        editor.open(parse_url(url));
+    bench.starts(6);
+    EXPECT_EQ(test::process_resources::now(), before);
+}
+
+} // namespace
+} // namespace quill
