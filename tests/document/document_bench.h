@@ -83,13 +83,19 @@ public:
     std::wstring pdf(const std::wstring& name = L"sample.pdf") const;
     std::wstring file(const std::wstring& name, const std::string& contents) const;
 
-    // Waits until the download worker has given up or handed over; fails the test when it does not.
+    // Waits until the download worker of the document created last has given up; fails the test when it
+    // does not.
     void wait_for_failed_worker() const;
+    // Waits until the document has no worker any more, whatever became of it. For a document whose window
+    // is the only one of this bench.
+    void wait_for_no_worker() const;
 
     std::vector<std::string> take_log() { return log.take(address); }
 
 private:
     HWND last_window_ = nullptr;
+    std::size_t failures_before_ = 0;
+    DWORD threads_before_ = 0;
 };
 
 // Runs a life until the process is after it as it was before, in handles, GDI objects, menus, threads,
