@@ -180,14 +180,13 @@ class HelperInATab : public HelperInTheEngine
 protected:
     HelperInATab()
     {
-        server.route("/library",
-                     http_response::ok(
-                         page(generator,
-                              R"(<a id="list" class="ms-listlink ms-draggable" href=")" + url(L"/Doc.pdf") + R"(" )"
-                              R"(onclick="return DispEx(this,event,'TRUE')">list</a> )"
-                              R"(<a id="other" href="/Other.pdf" title="t" onclick="PdfFile.OpenDocuments(1)">other</a> )"
-                              R"(<a id="word" href="/a.docx" onclick="PdfFile.OpenDocuments(1)">word</a>)"),
-                         html));
+        const std::string links =
+            "<a id='list' class='ms-listlink ms-draggable' onclick=\"return DispEx(this,event,'TRUE')\" "
+            "href='" +
+            url(L"/Doc.pdf") + "'>list</a> " +
+            "<a id='other' title='t' onclick='PdfFile.OpenDocuments(1)' href='/Other.pdf'>other</a> " +
+            "<a id='word' onclick='PdfFile.OpenDocuments(1)' href='/a.docx'>word</a>";
+        server.route("/library", http_response::ok(page(generator, links), html));
         CComObject<tab_browser>* created = nullptr;
         EXPECT_EQ(CComObject<tab_browser>::CreateInstance(&created), S_OK);
         tab = created;
