@@ -1,6 +1,5 @@
 #include "browser/event_relay.h"
 
-#include <exdisp.h>
 #include <exdispid.h>
 #include <olectl.h>
 

@@ -5,6 +5,7 @@
 
 #include <atlbase.h>
 #include <atlcom.h>
+#include <exdisp.h>
 #include <ocidl.h>
 
 #include <vector>

@@ -22,7 +22,7 @@ public:
     document_record& operator=(const document_record&) = delete;
 
     bool is_for(IHTMLDocument2* document) const { return document_.IsEqualObject(document); }
-    std::wstring description() const;
+    std::wstring address() const;
 
     // Rewrites the PDF links of a SharePoint page.
     void rewrite_links() const;

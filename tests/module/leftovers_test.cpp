@@ -4,6 +4,11 @@
 #include "tests/support/process_resources.h"
 
 #include <gtest/gtest.h>
+#include <oleauto.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
 
 namespace quill::test {
 namespace {
@@ -12,7 +17,8 @@ void create_both_classes(const loaded_module& module)
 {
     for (const CLSID& clsid : {active_doc_class, helper_class}) {
         IClassFactory* factory = nullptr;
-        ASSERT_EQ(module.DllGetClassObject(clsid, IID_IClassFactory, reinterpret_cast<void**>(&factory)), S_OK);
+        ASSERT_EQ(module.DllGetClassObject(clsid, IID_IClassFactory, reinterpret_cast<void**>(&factory)),
+                  S_OK);
         IUnknown* object = nullptr;
         EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, reinterpret_cast<void**>(&object)), S_OK);
         object->Release();
@@ -27,40 +33,73 @@ void create_both_classes(const loaded_module& module)
     }
 }
 
+process_resources difference(const process_resources& after, const process_resources& before)
+{
+    process_resources result;
+    result.kernel_handles = after.kernel_handles - before.kernel_handles;
+    result.gdi_objects = after.gdi_objects - before.gdi_objects;
+    result.menus = after.menus - before.menus;
+    result.threads = after.threads - before.threads;
+    result.windows = after.windows - before.windows;
+    return result;
+}
+
+// What the process holds more after five runs. The system opens or closes a handle of its own now and then:
+// what each run leaves is seen in the middle one of three counts, what happened once is not.
 template <class Scenario>
-void expect_nothing_left(const Scenario& scenario)
+process_resources left_by(const Scenario& scenario)
 {
     keep_system_libraries_loaded();
-    ASSERT_EQ(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED), S_OK);
+    EXPECT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
     scenario(); // what the system makes once for the process
-    const auto before = process_resources::now();
-    for (int i = 0; i < 5; ++i)
-        scenario();
-    EXPECT_EQ(process_resources::now(), before);
+    std::array<process_resources, 3> counts;
+    for (auto& count : counts) {
+        const auto before = process_resources::now();
+        for (int i = 0; i < 5; ++i)
+            scenario();
+        count = difference(process_resources::now(), before);
+    }
     CoUninitialize();
+    std::sort(counts.begin(), counts.end(), [](const auto& left, const auto& right) {
+        return static_cast<int>(left.kernel_handles) < static_cast<int>(right.kernel_handles);
+    });
+    return counts[1];
 }
 
 TEST(Leftovers, NoneOfClassObjectsAndObjects)
 {
-    expect_nothing_left([] {
+    const auto left = left_by([] {
         const loaded_module module;
         create_both_classes(module);
     });
+    EXPECT_EQ(left, process_resources{});
 }
 
 TEST(Leftovers, NoneOfRegistration)
 {
-    expect_nothing_left([] {
+    const auto left = left_by([] {
         const private_registry registry;
         const loaded_module module;
         EXPECT_EQ(module.DllInstall(TRUE, nullptr), S_OK);
         EXPECT_EQ(module.DllInstall(FALSE, nullptr), S_OK);
     });
+    // Wine's functions for type libraries keep registry keys open each time that they are called.
+    const auto left_by_system = left_by([] {
+        const private_registry registry;
+        const loaded_module module;
+        ITypeLib* library = nullptr;
+        ASSERT_EQ(LoadTypeLibEx(loaded_module::path().c_str(), REGKIND_NONE, &library), S_OK);
+        std::wstring path = loaded_module::path();
+        EXPECT_EQ(RegisterTypeLib(library, path.data(), nullptr), S_OK);
+        library->Release();
+        EXPECT_EQ(UnRegisterTypeLib(library_id, 14, 0, LOCALE_NEUTRAL, SYS_WIN64), S_OK);
+    });
+    EXPECT_EQ(left, left_by_system);
 }
 
 TEST(Leftovers, NoneOfFailedRegistration)
 {
-    expect_nothing_left([] {
+    const auto left = left_by([] {
         const private_registry registry;
         HKEY key = nullptr;
         ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Microsoft", 0, nullptr, REG_OPTION_VOLATILE,
@@ -70,6 +109,7 @@ TEST(Leftovers, NoneOfFailedRegistration)
         const loaded_module module;
         EXPECT_TRUE(FAILED(module.DllInstall(TRUE, L"user")));
     });
+    EXPECT_EQ(left, process_resources{});
 }
 
 } // namespace
