@@ -39,6 +39,8 @@ public:
     bool take_key(MSG& message);
 
     std::wstring address() const;
+    // The control itself; null before open() and after close().
+    IWebBrowser2* browser() const { return browser_; }
 
 private:
     HWND window_ = nullptr;

@@ -78,7 +78,7 @@ document_record& browser_events_aggregator::find_or_create_record(IHTMLDocument2
     }
     auto record = std::make_unique<document_record>(document, editor_, weak_from_this());
     document_record& added = *documents_.emplace_back(std::move(record));
-    log_stream(log_level::debug) << added.description() << " is new document";
+    log_stream(log_level::debug) << added.address() << " is new document";
     return added;
 }
 

@@ -3,6 +3,7 @@
 #include "logging/log_stream.h"
 #include "sharepoint/click_decision.h"
 #include "sharepoint/html_reading.h"
+#include "sharepoint/link_address.h"
 #include "sharepoint/page_analysis.h"
 #include "sharepoint/pdf_editor.h"
 #include "sharepoint/pdf_link.h"
@@ -14,14 +15,14 @@
 namespace quill {
 namespace {
 
-// The address of the PDF when the element is a list's link to one, nothing otherwise.
-std::wstring list_link_address(IHTMLElement* element)
+// What the element links to when it is a list's link to a PDF, nothing otherwise.
+std::wstring list_link(IHTMLElement* element)
 {
     if (!is_link_tag(read_text(element, &IHTMLElement::get_tagName)) ||
         !is_list_link_markup(read_text(element, &IHTMLElement::get_outerHTML)))
         return {};
-    std::wstring address = read_attribute(element, L"href");
-    return is_pdf_link(address) ? address : std::wstring();
+    std::wstring link = read_attribute(element, L"href");
+    return is_pdf_link(link) ? link : std::wstring();
 }
 
 } // namespace
@@ -29,17 +30,12 @@ std::wstring list_link_address(IHTMLElement* element)
 document_record::document_record(IHTMLDocument2* document, std::weak_ptr<pdf_editor> editor,
                                  std::weak_ptr<html_events_handler> handler)
     : document_(document), document3_(document), kind_(classify_page(document3_)), editor_(std::move(editor)),
-      sink_(html_events_sink::connect(document, std::move(handler)))
+      events_(document, std::move(handler))
 {
-    log_stream(log_level::info) << description() << " events subscribed ";
+    log_stream(log_level::info) << address() << " events subscribed ";
 }
 
-document_record::~document_record()
-{
-    sink_->disconnect();
-}
-
-std::wstring document_record::description() const
+std::wstring document_record::address() const
 {
     return read_text(document_.p, &IHTMLDocument2::get_URL);
 }
@@ -64,12 +60,13 @@ bool document_record::click(IHTMLElement* element) const
         log_stream(log_level::warning) << "click handler is missing";
         return false;
     }
-    const std::wstring address = list_link_address(element);
-    if (address.empty()) {
+    const std::wstring link = list_link(element);
+    if (link.empty()) {
         log_stream(log_level::info) << "do not block clicks for not-pdf links";
         return false;
     }
-    editor->open(parse_url(address));
+    const bool needs_server = link.starts_with(L'/');
+    editor->open(parse_url(needs_server ? link_address(link, address()) : link));
     return true;
 }
 

@@ -18,12 +18,11 @@ public:
     // events. Throws std::system_error with the failure code when the page takes no connection.
     document_record(IHTMLDocument2* document, std::weak_ptr<pdf_editor> editor,
                     std::weak_ptr<html_events_handler> handler);
-    ~document_record();
     document_record(const document_record&) = delete;
     document_record& operator=(const document_record&) = delete;
 
     bool is_for(IHTMLDocument2* document) const { return document_.IsEqualObject(document); }
-    std::wstring description() const;
+    std::wstring address() const;
 
     // Rewrites the PDF links of a SharePoint page.
     void rewrite_links() const;
@@ -37,7 +36,7 @@ private:
     CComQIPtr<IHTMLDocument3> document3_; // the same page; empty when it does not answer
     page_kind kind_;
     std::weak_ptr<pdf_editor> editor_;
-    CComPtr<CComObject<html_events_sink>> sink_;
+    html_events_connection events_;
 };
 
 } // namespace quill

@@ -10,6 +10,7 @@
 #include <mshtml.h>
 
 #include <memory>
+#include <utility>
 
 namespace quill {
 
@@ -49,6 +50,23 @@ private:
 
     CComPtr<IHTMLDocument2> document_;
     std::weak_ptr<html_events_handler> handler_;
+};
+
+// A sink that is connected for as long as this lives. The document keeps the sink and the sink keeps the
+// document: nothing but the end of the connection takes them apart.
+class html_events_connection
+{
+public:
+    html_events_connection(IHTMLDocument2* document, std::weak_ptr<html_events_handler> handler)
+        : sink_(html_events_sink::connect(document, std::move(handler)))
+    {
+    }
+    ~html_events_connection() { sink_->disconnect(); }
+    html_events_connection(const html_events_connection&) = delete;
+    html_events_connection& operator=(const html_events_connection&) = delete;
+
+private:
+    CComPtr<html_events_sink::object> sink_;
 };
 
 } // namespace quill

@@ -82,6 +82,12 @@ editor_bench::~editor_bench()
         write_default(handler_keys[i], handlers_before_[i]);
 }
 
+void editor_bench::break_default_handler()
+{
+    for (const wchar_t* key : handler_keys)
+        write_default(key, L"C:\\nowhere\\handler.exe \"%1\"");
+}
+
 void editor_bench::set_editor(const std::wstring& path, REGSAM view)
 {
     (view == KEY_WOW64_64KEY ? settings_64_ : settings_32_).set_string(L"exepath", path);
@@ -102,16 +108,14 @@ std::vector<program_start> editor_bench::starts(std::size_t expected)
     EXPECT_TRUE(wait_until([&] { return read_starts().size() >= expected; }))
         << expected << " starts expected";
     EXPECT_TRUE(run_program(recorder(), end_mark).started);
-    std::vector<program_start> all = read_starts();
-    std::erase_if(all, [](const program_start& start) { return start.command_line.ends_with(end_mark); });
-    return all;
+    return read_starts();
 }
 
 std::vector<program_start> editor_bench::read_starts() const
 {
     const std::wstring text = from_utf8(read_file(scratch_ / L"starts.txt").value_or(""));
     constexpr std::wstring_view record_end = L"\r\n\r\n";
-    std::vector<program_start> all;
+    std::vector<program_start> all; // without the end marks
     std::size_t begin = 0;
     for (std::size_t end = text.find(record_end); end != std::wstring::npos;
          end = text.find(record_end, begin)) {
@@ -119,6 +123,8 @@ std::vector<program_start> editor_bench::read_starts() const
         all.push_back({value_of(record, L"command line: "), value_of(record, L"directory: "),
                        _wtoi(value_of(record, L"show: ").c_str())});
         begin = end + record_end.size();
+        if (all.back().command_line.ends_with(end_mark))
+            all.pop_back();
     }
     return all;
 }

@@ -31,6 +31,8 @@ public:
     editor_bench(const editor_bench&) = delete;
     editor_bench& operator=(const editor_bench&) = delete;
 
+    // Nothing can be started from here on.
+    void break_default_handler();
     // Writes the editor's path into a view of the settings.
     void set_editor(const std::wstring& path, REGSAM view = KEY_WOW64_64KEY);
     // Copies the recorder to a file in the scratch folder (folders are made) and returns its full path.
@@ -48,7 +50,6 @@ public:
     const scratch_directory& scratch() const { return scratch_; }
 
 private:
-    class default_handler;
     std::vector<program_start> read_starts() const;
 
     cross_process_lock lock_;

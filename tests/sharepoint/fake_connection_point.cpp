@@ -37,7 +37,8 @@ HRESULT fake_connection_point::Advise(IUnknown* sink, DWORD* cookie)
 
 HRESULT fake_connection_point::Unadvise(DWORD cookie)
 {
-    EXPECT_EQ(sinks_.count(cookie), 1u) << "a connection that there is not";
+    // A sink may believe an Advise that only said that it succeeded.
+    EXPECT_TRUE(sinks_.count(cookie) == 1 || scene().has_failed()) << "a connection that there is not";
     // Fails, if it shall, after the connection has ended: hosts differ in what they answer, not in that.
     const auto ended = sinks_.extract(cookie);
     if (const auto result = scene().enter("IConnectionPoint::Unadvise"))

@@ -37,6 +37,9 @@ public:
     int count_calls(const std::string& name) const;
     void forget_calls() { calls_.clear(); }
 
+    // For scenes in which something crashes: what that interrupts stays behind.
+    void expect_leaks() { expects_leaks_ = true; }
+
     // For the fakes. A result of enter() is what the call has to return at once.
     std::optional<HRESULT> enter(const char* call);
     void object_created() { ++live_objects_; }
@@ -53,6 +56,7 @@ private:
     failure how_name_fails_ = failure::error;
     bool has_failed_ = false;
     int live_objects_ = 0;
+    bool expects_leaks_ = false;
     LONG module_locks_before_;
 };
 

@@ -1,5 +1,6 @@
 #include "sharepoint/click_decision.h"
 #include "sharepoint/editor_launch.h"
+#include "sharepoint/link_address.h"
 #include "sharepoint/page_kind.h"
 #include "sharepoint/pdf_link.h"
 #include "sharepoint/ready_state.h"
@@ -193,6 +194,36 @@ TEST(Click, IsDecidedByTagAndMarkup)
         SCOPED_TRACE(testing::PrintToString(std::wstring(expected.url)));
         EXPECT_EQ(is_list_link_markup(expected.url), expected.is_link);
     }
+}
+
+TEST(LinkAddress, IsCompletedFromThePages)
+{
+    struct
+    {
+        const wchar_t* link;
+        const wchar_t* page;
+        const wchar_t* address;
+    } const cases[] = {
+        {L"/sites/a/x.pdf", L"https://server/sites/a/Forms/AllItems.aspx", L"https://server/sites/a/x.pdf"},
+        {L"/x.pdf", L"http://server:8080/list?a=b#c", L"http://server:8080/x.pdf"},
+        {L"/x.pdf", L"http://server", L"http://server/x.pdf"},
+        {L"/x.pdf", L"http://server?u=http://other/", L"http://server/x.pdf"},
+        {L"/x.pdf", L"http://server#a/b", L"http://server/x.pdf"},
+        {L"/Übersicht 文.pdf", L"http://ä/", L"http://ä/Übersicht 文.pdf"},
+        {L"//other/x.pdf", L"https://server/list", L"https://other/x.pdf"},
+        {L"http://other/x.pdf", L"https://server/list", L"http://other/x.pdf"},
+        {L"https://server/x.pdf", L"http://server/", L"https://server/x.pdf"},
+        {L"x.pdf", L"https://server/list", L"x.pdf"},
+        {L"", L"https://server/list", L""},
+        {L"/x.pdf", L"", L"/x.pdf"},
+        {L"/x.pdf", L"about:blank", L"/x.pdf"},
+        {L"/x.pdf", L"file:///c:/page.htm", L"/x.pdf"},
+        {L"/x.pdf", L"http://", L"/x.pdf"},
+        {L"/x.pdf", L"http:///list", L"/x.pdf"},
+    };
+    for (const auto& expected : cases)
+        EXPECT_EQ(link_address(expected.link, expected.page), expected.address)
+            << testing::PrintToString(expected.link) << " in " << testing::PrintToString(expected.page);
 }
 
 TEST(ReadyState, IsNamedExactly)

@@ -1,0 +1,74 @@
+// A connection point for a browser's events, fed with the events of another browser object.
+#pragma once
+
+#include <windows.h>
+
+#include <atlbase.h>
+#include <atlcom.h>
+#include <exdisp.h>
+#include <ocidl.h>
+
+#include <vector>
+
+namespace quill {
+
+// The connection point. Sinks stay until they disconnect or close() is called.
+class ATL_NO_VTABLE event_relay : public CComObjectRootEx<CComSingleThreadModel>, public IConnectionPoint
+{
+public:
+    BEGIN_COM_MAP(event_relay)
+    COM_INTERFACE_ENTRY(IConnectionPoint)
+    END_COM_MAP()
+
+    // The container is not referenced; it calls close() before it goes.
+    void attach(IConnectionPointContainer* container) { container_ = container; }
+    void close();
+    void fire(DISPID event, DISPPARAMS* arguments);
+
+    // IConnectionPoint
+    STDMETHOD(GetConnectionInterface)(IID* events) override;
+    STDMETHOD(GetConnectionPointContainer)(IConnectionPointContainer** container) override;
+    STDMETHOD(Advise)(IUnknown* sink, DWORD* cookie) override;
+    STDMETHOD(Unadvise)(DWORD cookie) override;
+    STDMETHOD(EnumConnections)(IEnumConnections** connections) override;
+
+private:
+    struct connection
+    {
+        DWORD cookie;
+        CComPtr<IDispatch> sink;
+    };
+
+    IConnectionPointContainer* container_ = nullptr;
+    std::vector<connection> connections_;
+    DWORD last_cookie_ = 0;
+};
+
+// The sink at the other browser: passes its events on with the browser that they are about replaced.
+class ATL_NO_VTABLE event_listener : public CComObjectRootEx<CComSingleThreadModel>, public IDispatch
+{
+public:
+    BEGIN_COM_MAP(event_listener)
+    COM_INTERFACE_ENTRY(IDispatch)
+    COM_INTERFACE_ENTRY_IID(DIID_DWebBrowserEvents2, IDispatch)
+    END_COM_MAP()
+
+    // Events about `source` come out of the relay as events about `shown`, which is not referenced.
+    HRESULT listen(IUnknown* source, IDispatch* shown, event_relay* relay);
+    void close();
+
+    // IDispatch
+    STDMETHOD(GetTypeInfoCount)(UINT* count) override;
+    STDMETHOD(GetTypeInfo)(UINT index, LCID locale, ITypeInfo** info) override;
+    STDMETHOD(GetIDsOfNames)(REFIID reserved, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override;
+    STDMETHOD(Invoke)(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
+                      VARIANT* result, EXCEPINFO* exception, UINT* bad_argument) override;
+
+private:
+    CComPtr<IUnknown> source_;
+    IDispatch* shown_ = nullptr;
+    CComPtr<event_relay> relay_;
+    DWORD cookie_ = 0;
+};
+
+} // namespace quill

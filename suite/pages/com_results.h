@@ -1,0 +1,58 @@
+// What every method of the page's interfaces does with its arguments and failures.
+#pragma once
+
+#include <windows.h>
+
+#include <oleauto.h>
+
+#include <new>
+#include <string>
+#include <string_view>
+
+namespace quill {
+
+// Runs `work`; what it throws becomes a result, for nothing may be thrown at a host.
+template <class Work>
+HRESULT guarded(const Work& work) noexcept
+{
+    try {
+        return work();
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    } catch (...) {
+        return E_FAIL;
+    }
+}
+
+// Clears the out-parameter, then runs `work`, which fills it.
+template <class Out, class Work>
+HRESULT guarded_out(Out* out, const Work& work) noexcept
+{
+    if (out == nullptr)
+        return E_POINTER;
+    *out = Out{};
+    return guarded(work);
+}
+
+inline std::wstring_view view_of(BSTR text)
+{
+    return text != nullptr ? std::wstring_view(text, SysStringLen(text)) : std::wstring_view();
+}
+
+inline BSTR new_bstr(std::wstring_view text)
+{
+    const BSTR result = SysAllocStringLen(text.data(), static_cast<UINT>(text.size()));
+    if (result == nullptr)
+        throw std::bad_alloc();
+    return result;
+}
+
+inline HRESULT give_bool(VARIANT_BOOL* out, bool value)
+{
+    if (out == nullptr)
+        return E_POINTER;
+    *out = value ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+}
+
+} // namespace quill

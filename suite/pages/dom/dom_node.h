@@ -1,0 +1,75 @@
+// The tree of an HTML page: plain data, no COM, no window.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quill {
+
+enum class node_kind
+{
+    document,
+    doctype, // text: the name
+    element,
+    text,
+    comment,
+};
+
+struct dom_attribute
+{
+    std::wstring name; // lower case
+    std::wstring value;
+};
+
+// A node belongs to its parent; whoever keeps a pointer to one keeps that part of the tree, also after it was
+// taken out of the page.
+class dom_node : public std::enable_shared_from_this<dom_node>
+{
+public:
+    using pointer = std::shared_ptr<dom_node>;
+
+    explicit dom_node(node_kind node_is, std::wstring name_or_text = {});
+    dom_node(const dom_node&) = delete;
+    dom_node& operator=(const dom_node&) = delete;
+    ~dom_node();
+
+    bool is(std::wstring_view element_name) const;
+    bool is_element() const { return kind == node_kind::element; }
+
+    dom_node* parent() const { return parent_; }
+    const std::vector<pointer>& children() const { return children_; }
+    void append(pointer child);
+    void remove_children();
+    // Puts `nodes` where this node stands. False for a node without a parent.
+    bool replace_with(std::vector<pointer> nodes);
+    // Whether this node is `other` or one of the nodes above it.
+    bool contains(const dom_node& other) const;
+
+    // Names in any case. The value as it stands in the page; nothing when there is none.
+    std::optional<std::wstring> attribute(std::wstring_view name) const;
+    void set_attribute(std::wstring_view name, std::wstring value);
+    bool remove_attribute(std::wstring_view name);
+
+    const node_kind kind;
+    const std::wstring name; // of an element, lower case
+    std::wstring text;       // of a text, comment or doctype
+    std::vector<dom_attribute> attributes;
+
+private:
+    dom_node* parent_ = nullptr;
+    std::vector<pointer> children_;
+};
+
+std::wstring lower_case(std::wstring_view text);
+
+// Calls `visit` for every element below `top`, in document order, until it answers false.
+void visit_elements(const dom_node& top, const std::function<bool(dom_node&)>& visit);
+
+// The first element of that name below `top`, null without one.
+dom_node::pointer find_element(const dom_node& top, std::wstring_view name);
+
+} // namespace quill

@@ -1,0 +1,269 @@
+// The helper object in the system's own browser engine: made by its class, with the engine's control or a
+// tab around it as its site, on pages that come from a web server.
+#include "browser/tab_browser.h"
+#include "sharepoint/identifiers.h"
+#include "tests/browser/engine.h"
+#include "tests/browser/registered_module.h"
+#include "tests/sharepoint/editor_bench.h"
+#include "tests/support/http_server.h"
+#include "tests/support/log_file.h"
+#include "tests/support/text.h"
+#include "tests/support/wait.h"
+
+#include <gmock/gmock.h>
+#include <mshtml.h>
+
+#include <string>
+#include <vector>
+
+namespace quill::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr char html[] = "text/html; charset=utf-8";
+constexpr char generator[] = R"(<meta name="GENERATOR" content="Microsoft SharePoint">)";
+
+std::string page(const std::string& head, const std::string& body)
+{
+    return "<!DOCTYPE html><html><head><title>Documents</title>" + head + "</head><body>" + body +
+           "</body></html>";
+}
+
+class HelperInTheEngine : public testing::Test
+{
+protected:
+    HelperInTheEngine()
+    {
+        bench.use_editor();
+        server.route("/list", http_response::ok(page(generator, "<p>Library</p>"), html));
+        server.route("/plain", http_response::ok(page("", "<p>Plain</p>"), html));
+        server.route("/Doc.pdf", http_response::ok(pdf_body(2'000)));
+        EXPECT_EQ(CoCreateInstance(CLSID_SharepointBrowserHelperObject, nullptr, CLSCTX_INPROC_SERVER,
+                                   IID_PPV_ARGS(&helper)),
+                  S_OK);
+    }
+    ~HelperInTheEngine() override
+    {
+        helper.Release();
+        browser.close();
+    }
+
+    IWebBrowser2* control() { return browser.control().browser(); }
+
+    // The page that the engine shows, once it is an HTML page and complete; null when there is none.
+    CComPtr<IHTMLDocument2> shown_page()
+    {
+        CComPtr<IDispatch> document;
+        if (FAILED(control()->get_Document(&document)))
+            return nullptr;
+        return CComQIPtr<IHTMLDocument2>(document);
+    }
+    bool is_showing(const std::wstring& address)
+    {
+        const auto shown = shown_page();
+        CComBSTR state;
+        CComBSTR url;
+        return shown && SUCCEEDED(shown->get_readyState(&state)) && state == L"complete" &&
+               SUCCEEDED(shown->get_URL(&url)) && url == address.c_str();
+    }
+    void show(const wchar_t* target)
+    {
+        browser.open(server.url(target));
+        EXPECT_TRUE(wait_until([&] { return is_showing(server.url(target)); })) << to_utf8(target);
+    }
+    std::vector<std::string> requested() const
+    {
+        std::vector<std::string> targets;
+        for (const http_request& request : server.requests())
+            targets.push_back(request.target);
+        return targets;
+    }
+    // The log's lines so far, as "level: text", without those of the page's own script handling.
+    std::vector<std::string> logged() const
+    {
+        std::vector<std::string> all;
+        for (const log_line& line : log.lines())
+            all.push_back(line.level + ": " + line.text);
+        return all;
+    }
+    std::string url(const wchar_t* target) const { return to_utf8(server.url(target)); }
+
+    ole_apartment apartment;
+    editor_bench bench;
+    log_folder_scope log;
+    environment_scope level{L"QUILL_LOG_LEVEL", L"debug"};
+    registered_module module;
+    registered_library pages{L"QuillPages.dll"};
+    http_server server;
+    engine browser;
+    CComPtr<IObjectWithSite> helper;
+};
+
+TEST_F(HelperInTheEngine, CancelsTheNavigationToAPdf)
+{
+    EXPECT_EQ(helper->SetSite(control()), S_OK);
+    show(L"/list");
+    const auto before = logged().size();
+    browser.open(server.url(L"/Doc.pdf"));
+
+    EXPECT_THAT(bench.starts(1), ElementsAre(bench.editor_start(server.url(L"/Doc.pdf"))));
+    EXPECT_THAT(requested(), ElementsAre("/list"));
+    EXPECT_TRUE(is_showing(server.url(L"/list")));
+    auto lines = logged();
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(before));
+    EXPECT_THAT(lines, ElementsAre("debug: on_before_navigate " + url(L"/Doc.pdf"),
+                                   "debug: detect click to " + url(L"/Doc.pdf"),
+                                   "info: sharepoint document has been detected",
+                                   "info: trying to open pdf link", "info: checkout file " + url(L"/Doc.pdf"),
+                                   "info:  block navigation to sharepoint PDF!"));
+}
+
+TEST_F(HelperInTheEngine, CancelsARepeatWithoutASecondEditor)
+{
+    EXPECT_EQ(helper->SetSite(control()), S_OK);
+    show(L"/list");
+    const std::wstring address = server.url(L"/Doc.pdf");
+    // Two announcements of one navigation come right after each other; a machine that halts in between makes
+    // them two navigations, and then there is nothing to see.
+    std::size_t starts = 0;
+    ULONGLONG between = 0;
+    do {
+        browser.open(address);
+        const ULONGLONG first = GetTickCount64();
+        browser.open(address);
+        between = GetTickCount64() - first;
+        starts += between < 100 ? 1u : 2u;
+    } while (between >= 100);
+    EXPECT_EQ(logged().back(), "info:  block navigation to sharepoint PDF!");
+    EXPECT_EQ(logged()[logged().size() - 2], "info: " + to_utf8(address) + " just canceled");
+    EXPECT_THAT(bench.starts(starts), SizeIs(starts));
+    EXPECT_THAT(requested(), ElementsAre("/list"));
+}
+
+TEST_F(HelperInTheEngine, LetsAPdfOfAPlainPageThrough)
+{
+    EXPECT_EQ(helper->SetSite(control()), S_OK);
+    show(L"/plain");
+    browser.open(server.url(L"/Doc.pdf"));
+    EXPECT_TRUE(wait_until([&] { return requested().size() >= 2; }));
+    EXPECT_THAT(requested(), ElementsAre("/plain", "/Doc.pdf"));
+    EXPECT_THAT(bench.starts(0), IsEmpty());
+}
+
+TEST_F(HelperInTheEngine, ForwardsNothingWithoutASite)
+{
+    EXPECT_EQ(helper->SetSite(control()), S_OK);
+    EXPECT_EQ(helper->SetSite(control()), S_OK);
+    EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+    show(L"/list");
+    browser.open(server.url(L"/Doc.pdf"));
+    EXPECT_TRUE(wait_until([&] { return requested().size() >= 2; }));
+    EXPECT_THAT(bench.starts(0), IsEmpty());
+}
+
+TEST_F(HelperInTheEngine, LeavesNothingBehindWithoutBeingTold)
+{
+    EXPECT_EQ(helper->SetSite(control()), S_OK);
+    show(L"/list");
+    helper.Release();
+    EXPECT_TRUE(module.can_unload());
+    browser.open(server.url(L"/plain"));
+    EXPECT_TRUE(wait_until([&] { return is_showing(server.url(L"/plain")); }));
+}
+
+// A tab says that it is the whole page, which the control does not: complete documents count.
+class HelperInATab : public HelperInTheEngine
+{
+protected:
+    HelperInATab()
+    {
+        const std::string links =
+            "<a id='list' class='ms-listlink ms-draggable' onclick=\"return DispEx(this,event,'TRUE')\" "
+            "href='" +
+            url(L"/Doc.pdf") + "'>list</a> " +
+            "<a id='other' title='t' onclick='PdfFile.OpenDocuments(1)' href='/Other.pdf'>other</a> " +
+            "<a id='word' onclick='PdfFile.OpenDocuments(1)' href='/a.docx'>word</a>";
+        server.route("/library", http_response::ok(page(generator, links), html));
+        CComObject<tab_browser>* created = nullptr;
+        EXPECT_EQ(CComObject<tab_browser>::CreateInstance(&created), S_OK);
+        tab = created;
+        EXPECT_EQ(tab->open(control()), S_OK);
+        EXPECT_EQ(helper->SetSite(static_cast<IWebBrowser2*>(tab)), S_OK);
+    }
+    ~HelperInATab() override
+    {
+        if (helper)
+            helper->SetSite(nullptr);
+        tab->close();
+    }
+
+    CComPtr<IHTMLElement> element(const wchar_t* id)
+    {
+        const CComQIPtr<IHTMLDocument3> document(shown_page());
+        CComPtr<IHTMLElement> found;
+        EXPECT_TRUE(document && SUCCEEDED(document->getElementById(CComBSTR(id), &found)) && found);
+        return found;
+    }
+    std::wstring markup(const wchar_t* id)
+    {
+        CComBSTR text;
+        element(id)->get_outerHTML(&text);
+        return std::wstring(text.m_str ? text.m_str : L"");
+    }
+    bool has_line(const std::string& line) const
+    {
+        const auto lines = logged();
+        return std::find(lines.begin(), lines.end(), line) != lines.end();
+    }
+    void show_library()
+    {
+        show(L"/library");
+        EXPECT_TRUE(wait_until([&] { return has_line("debug: " + url(L"/library") + " is new document"); }));
+    }
+
+    CComPtr<tab_browser> tab;
+};
+
+TEST_F(HelperInATab, SendsAClickToTheEditor)
+{
+    show_library();
+    element(L"list")->click();
+    EXPECT_THAT(bench.starts(1), ElementsAre(bench.editor_start(server.url(L"/Doc.pdf"))));
+    EXPECT_TRUE(has_line("info: blocking click event..."));
+    EXPECT_THAT(requested(), ElementsAre("/library"));
+}
+
+TEST_F(HelperInATab, TakesTheOpenHandlersOutOfThePage)
+{
+    show_library();
+    EXPECT_EQ(markup(L"other").find(L"onclick"), std::wstring::npos) << to_utf8(markup(L"other"));
+    EXPECT_NE(markup(L"other").find(L"title=\"t\""), std::wstring::npos);
+    EXPECT_NE(markup(L"word").find(L"PdfFile.OpenDocuments"), std::wstring::npos);
+    EXPECT_NE(markup(L"list").find(L"DispEx"), std::wstring::npos);
+}
+
+TEST_F(HelperInATab, RecordsAPageOnce)
+{
+    show_library();
+    const auto lines = logged();
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "debug: " + url(L"/library") + " is new document"), 1);
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "info: " + url(L"/library") + " events subscribed "), 1);
+    EXPECT_TRUE(has_line("debug: on_document_complete " + url(L"/library")));
+    EXPECT_TRUE(has_line("debug: opening document by " + url(L"/library")));
+}
+
+TEST_F(HelperInATab, ForwardsNothingAfterTheTabsEnd)
+{
+    show_library();
+    tab->close();
+    EXPECT_EQ(logged().back(), "info: on_quit");
+    browser.open(server.url(L"/Doc.pdf"));
+    EXPECT_TRUE(wait_until([&] { return requested().size() >= 2; }));
+    EXPECT_THAT(bench.starts(0), IsEmpty());
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,156 @@
+// What each entry from the browser makes of crashes below it. What a crash interrupts is not undone, so these
+// tests say what stays behind instead of asking for nothing.
+#include "sharepoint/browser_events_sink.h"
+#include "sharepoint/html_events_sink.h"
+#include "sharepoint/sharepoint_bho.h"
+#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/fake_browser.h"
+#include "tests/support/log_capture.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <utility>
+
+namespace quill {
+namespace {
+
+using test::fake_browser;
+using test::fake_document;
+using test::fake_event;
+using test::fake_scene;
+using test::make_fake;
+using lines = std::vector<std::string>;
+
+[[gnu::noinline]] void write_to_nowhere()
+{
+    volatile std::uintptr_t nowhere = 64;
+    *reinterpret_cast<volatile int*>(nowhere) = 1;
+}
+
+[[gnu::noinline]] void divide_by_zero()
+{
+    volatile int zero = 0;
+    volatile int one = 1;
+    one = one / zero;
+}
+
+[[gnu::noinline]] void raise_own_exception()
+{
+    RaiseException(0xE0001234, 0, 0, nullptr);
+}
+
+class crashing_handler : public browser_events_handler, public html_events_handler
+{
+public:
+    std::function<void()> crash;
+
+    bool on_before_navigate(IWebBrowser2*, std::wstring_view, bool) override
+    {
+        crash();
+        return true;
+    }
+    void on_document_complete(IWebBrowser2*, std::wstring_view) override { crash(); }
+    bool on_click(IHTMLDocument2*, IHTMLElement*) override
+    {
+        crash();
+        return true;
+    }
+    void on_document_ready(IHTMLDocument2*) override {}
+};
+
+class CrashBelow : public testing::TestWithParam<void (*)()>
+{
+protected:
+    CrashBelow()
+    {
+        scene_.expect_leaks();
+        handler_->crash = GetParam();
+        browser_->document = page_->dispatch();
+    }
+
+    fake_scene scene_;
+    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(scene_);
+    CComPtr<fake_document> page_ = make_fake<fake_document>(scene_, L"http://h/");
+    std::shared_ptr<crashing_handler> handler_ = std::make_shared<crashing_handler>();
+    test::log_capture log_;
+};
+
+TEST_P(CrashBelow, ANavigationIsToldTheBrowserAsAFailure)
+{
+    const auto sink = browser_events_sink::connect(browser_, handler_);
+    const auto result = browser_->before_navigate(L"u");
+    EXPECT_EQ(result.code, E_FAIL);
+    EXPECT_EQ(result.cancel, VARIANT_FALSE);
+    EXPECT_EQ(log_.lines(),
+              (lines{"debug: on_before_navigate u",
+                     "info: System exception in quill::browser_events_sink::on_before_navigate"}));
+    // The browser goes on.
+    handler_->crash = [] {};
+    EXPECT_EQ(browser_->before_navigate(L"u").cancel, VARIANT_TRUE);
+    sink->disconnect(browser_);
+}
+
+TEST_P(CrashBelow, ACompletePageIsToldTheBrowserAsAFailure)
+{
+    const auto sink = browser_events_sink::connect(browser_, handler_);
+    EXPECT_EQ(browser_->document_complete(L"u"), E_FAIL);
+    EXPECT_EQ(log_.lines(),
+              (lines{"debug: on_document_complete u",
+                     "info: System exception in quill::browser_events_sink::on_document_complete"}));
+    handler_->crash = [] {};
+    EXPECT_EQ(browser_->document_complete(L"u"), S_OK);
+    sink->disconnect(browser_);
+}
+
+TEST_P(CrashBelow, AClickIsLetThrough)
+{
+    const auto sink = html_events_sink::connect(page_, handler_);
+    const auto event = make_fake<fake_event>(scene_, nullptr);
+    const auto result = page_->click(event);
+    EXPECT_EQ(result.code, S_OK);
+    EXPECT_TRUE(test::is_bool(result.value, true));
+    EXPECT_TRUE(event->is_untouched());
+    EXPECT_EQ(log_.lines(),
+              (lines{"debug: CLICK!", "info: System exception in quill::html_events_sink::on_click"}));
+    handler_->crash = [] {};
+    EXPECT_TRUE(test::is_bool(page_->click(event).value, false));
+    sink->disconnect();
+}
+
+class crashing_browser : public fake_browser
+{
+public:
+    using fake_browser::fake_browser;
+    void (*crash)() = nullptr;
+
+protected:
+    IUnknown* find_interface(REFIID iid) override
+    {
+        if (iid == IID_IConnectionPointContainer && crash)
+            std::exchange(crash, nullptr)();
+        return fake_browser::find_interface(iid);
+    }
+};
+
+TEST_P(CrashBelow, ASiteIsRefused)
+{
+    test::editor_bench bench;
+    CComPtr<IObjectWithSite> helper;
+    ASSERT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(nullptr, IID_IObjectWithSite,
+                                                            reinterpret_cast<void**>(&helper)),
+              S_OK);
+    const auto crashing = make_fake<crashing_browser>(scene_);
+    crashing->crash = GetParam();
+    EXPECT_EQ(helper->SetSite(crashing->unknown()), E_FAIL);
+    EXPECT_EQ(log_.lines().back(), "info: System exception in quill::sharepoint_bho::SetSite");
+    EXPECT_EQ(helper->SetSite(browser_->unknown()), S_OK);
+    EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEveryKind, CrashBelow,
+                         testing::Values(&write_to_nowhere, &divide_by_zero, &raise_own_exception));
+
+} // namespace
+} // namespace quill
