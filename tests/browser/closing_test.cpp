@@ -30,12 +30,12 @@ protected:
     http_server::handler slow_for_the_module()
     {
         return [this](const http_request&) {
-            http_response response = http_response::ok(pdf_body(300'000));
-            if (++slow_requests > 1) {
-                response.piece_size = 1'000;
-                response.piece_delay_ms = 100;
-            }
-            return response;
+            if (++slow_requests == 1)
+                return http_response::ok(pdf_body(6'000));
+            http_response slow = http_response::ok(pdf_body(300'000));
+            slow.piece_size = 1'000;
+            slow.piece_delay_ms = 100;
+            return slow;
         };
     }
 
@@ -56,12 +56,25 @@ protected:
 
 TEST_F(Closing, WhileTheDocumentIsShownReleasesEverything)
 {
-    server.route("/plan.pdf", http_response::ok(pdf_body(20'000)));
+    server.route("/plan.pdf", http_response::ok(pdf_body(6'000)));
     {
         engine browser;
         browser.open(server.url(L"/plan.pdf"));
         ASSERT_TRUE(wait_until([this] { return !script.texts(viewer_open).empty(); }));
         EXPECT_FALSE(module.can_unload());
+    }
+    EXPECT_EQ(viewers.living_viewers(), 0);
+    EXPECT_TRUE(module.can_unload());
+}
+
+TEST_F(Closing, ByDestroyingTheWindowFirstReleasesEverything)
+{
+    server.route("/plan.pdf", http_response::ok(pdf_body(6'000)));
+    {
+        engine browser;
+        browser.open(server.url(L"/plan.pdf"));
+        ASSERT_TRUE(wait_until([this] { return !script.texts(viewer_open).empty(); }));
+        DestroyWindow(browser.window());
     }
     EXPECT_EQ(viewers.living_viewers(), 0);
     EXPECT_TRUE(module.can_unload());
@@ -86,7 +99,7 @@ TEST_F(Closing, InTheMiddleOfADownloadStopsIt)
 TEST_F(Closing, NavigatingAwayInTheMiddleOfADownloadStopsIt)
 {
     server.route("/slow.pdf", slow_for_the_module());
-    server.route("/quick.pdf", http_response::ok(pdf_body(20'000)));
+    server.route("/quick.pdf", http_response::ok(pdf_body(6'000)));
     engine browser;
     browser.open(server.url(L"/slow.pdf"));
     ASSERT_TRUE(wait_for_download());
@@ -99,7 +112,7 @@ TEST_F(Closing, NavigatingAwayInTheMiddleOfADownloadStopsIt)
 
 TEST_F(Closing, BeforeAnythingArrivedIsHarmless)
 {
-    http_response held = http_response::ok(pdf_body(20'000));
+    http_response held = http_response::ok(pdf_body(6'000));
     held.hold_after = 0;
     server.route("/held.pdf", held);
     {
@@ -113,7 +126,7 @@ TEST_F(Closing, BeforeAnythingArrivedIsHarmless)
 
 TEST_F(Closing, LeavesNoWindowThreadOrGdiObjectBehind)
 {
-    server.route("/plan.pdf", http_response::ok(pdf_body(20'000)));
+    server.route("/plan.pdf", http_response::ok(pdf_body(6'000)));
     const auto visit = [this](std::size_t times) {
         engine browser;
         browser.open(server.url(L"/plan.pdf"));

@@ -14,7 +14,8 @@ class registered_library
 {
 public:
     explicit registered_library(const std::wstring& name);
-    // Unregisters it, and fails the test when something still keeps it from unloading.
+    // Unregisters it. Whether everything of it was released is for the test to ask, on a quiet engine: this
+    // platform's keeps a document for good when data of its own request came late.
     ~registered_library();
     registered_library(const registered_library&) = delete;
     registered_library& operator=(const registered_library&) = delete;
