@@ -1,5 +1,7 @@
 #include "active_doc/browser_instances.h"
 
+#include "platform/mutex.h"
+
 #include <map>
 #include <mutex>
 
@@ -7,25 +9,15 @@ namespace quill {
 namespace {
 
 // One process may run several tabs, each on a thread of its own.
-struct instance_counts
-{
-    std::mutex mutex;
-    std::map<HWND, std::uint32_t> by_browser;
-};
-
-instance_counts& counts()
-{
-    static instance_counts instance;
-    return instance;
-}
+platform::MutexImpl counts_mutex;
+std::map<HWND, std::uint32_t> counts;
 
 } // namespace
 
 std::uint32_t add_browser_instance(HWND browser)
 {
-    auto& [mutex, by_browser] = counts();
-    const std::lock_guard lock(mutex);
-    const auto [entry, inserted] = by_browser.try_emplace(browser, 0);
+    const std::lock_guard lock(counts_mutex);
+    const auto [entry, inserted] = counts.try_emplace(browser, 0);
     if (!inserted)
         ++entry->second;
     return entry->second;
@@ -33,9 +25,8 @@ std::uint32_t add_browser_instance(HWND browser)
 
 void remove_browser_instances(HWND browser)
 {
-    auto& [mutex, by_browser] = counts();
-    const std::lock_guard lock(mutex);
-    by_browser.erase(browser);
+    const std::lock_guard lock(counts_mutex);
+    counts.erase(browser);
 }
 
 } // namespace quill

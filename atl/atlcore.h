@@ -10,7 +10,7 @@ namespace ATL {
 class CComCriticalSection
 {
 public:
-    CComCriticalSection() noexcept : m_sec{} {}
+    constexpr CComCriticalSection() noexcept = default;
     CComCriticalSection(const CComCriticalSection&) = delete;
     CComCriticalSection& operator=(const CComCriticalSection&) = delete;
 
@@ -34,7 +34,7 @@ public:
         return S_OK;
     }
 
-    CRITICAL_SECTION m_sec;
+    CRITICAL_SECTION m_sec{};
 };
 
 // Usable from construction to destruction.
@@ -136,20 +136,22 @@ public:
     // Set when the framework could not be initialised; the module then refuses to load.
     static inline bool m_bInitFailed = false;
 
-    HINSTANCE GetModuleInstance() const noexcept { return m_hInst; }
-    HINSTANCE GetResourceInstance() const noexcept { return m_hInstResource; }
+    HINSTANCE GetModuleInstance() const noexcept { return reinterpret_cast<HINSTANCE>(&__ImageBase); }
+    HINSTANCE GetResourceInstance() const noexcept
+    {
+        return m_hInstResource ? m_hInstResource : GetModuleInstance();
+    }
     HINSTANCE SetResourceInstance(HINSTANCE hInst) noexcept
     {
-        const HINSTANCE previous = m_hInstResource;
+        const HINSTANCE previous = GetResourceInstance();
         m_hInstResource = hInst;
         return previous;
     }
 
 private:
-    HINSTANCE m_hInst = reinterpret_cast<HINSTANCE>(&__ImageBase);
-    HINSTANCE m_hInstResource = reinterpret_cast<HINSTANCE>(&__ImageBase);
+    HINSTANCE m_hInstResource = nullptr; // null: the module itself
 };
 
-inline CAtlBaseModule _AtlBaseModule;
+constinit inline CAtlBaseModule _AtlBaseModule;
 
 } // namespace ATL

@@ -207,7 +207,7 @@ void browser_window::watch()
     follow_address();
     if (!watching_)
         return;
-    const shown_document document = find_shown_document(content_);
+    const shown_document document = summarise(find_shown_documents(content_), options_.documents);
     if (document.state == viewer_state::shown)
         end_watch(true, document.text);
     else if (document.state == viewer_state::failed)

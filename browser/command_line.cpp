@@ -5,14 +5,17 @@
 namespace quill {
 namespace {
 
-std::optional<std::chrono::seconds> parse_wait(const std::wstring& text)
+constexpr unsigned long longest_wait = 600;
+constexpr unsigned long most_documents = 99;
+
+// A number from 1 to `largest`.
+std::optional<unsigned long> parse_number(const std::wstring& text, unsigned long largest)
 {
     wchar_t* end = nullptr;
-    const unsigned long seconds = std::wcstoul(text.c_str(), &end, 10);
-    constexpr unsigned long longest = 600;
-    if (text.empty() || text[0] < L'0' || text[0] > L'9' || *end != L'\0' || seconds < 1 || seconds > longest)
+    const unsigned long number = std::wcstoul(text.c_str(), &end, 10);
+    if (text.empty() || text[0] < L'0' || text[0] > L'9' || *end != L'\0' || number < 1 || number > largest)
         return std::nullopt;
-    return std::chrono::seconds(seconds);
+    return number;
 }
 
 } // namespace
@@ -29,10 +32,16 @@ std::optional<browser_options> parse_command_line(const std::vector<std::wstring
             options.screenshot = *value;
             ++i;
         } else if (argument == L"--wait" && value != nullptr) {
-            const auto wait = parse_wait(*value);
+            const auto wait = parse_number(*value, longest_wait);
             if (!wait)
                 return std::nullopt;
-            options.wait = *wait;
+            options.wait = std::chrono::seconds(*wait);
+            ++i;
+        } else if (argument == L"--documents" && value != nullptr) {
+            const auto documents = parse_number(*value, most_documents);
+            if (!documents)
+                return std::nullopt;
+            options.documents = *documents;
             ++i;
         } else if (!argument.empty() && argument[0] != L'-' && options.address.empty()) {
             options.address = argument;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,13 +15,15 @@ struct browser_options
     std::wstring screenshot;       // PNG file to save when the document is shown; empty for none
     bool exit = false;             // leave after that, instead of staying until the window is closed
     std::chrono::seconds wait{30}; // how long the document may take to appear
+    std::size_t documents = 1;     // how many are to appear: a page can have several
 };
 
 inline constexpr wchar_t browser_usage[] =
-    L"usage: quill_browser [--screenshot FILE] [--exit] [--wait SECONDS] ADDRESS\n"
+    L"usage: quill_browser [--screenshot FILE] [--exit] [--wait SECONDS] [--documents COUNT] ADDRESS\n"
     L"  --screenshot FILE  saves a picture of the window (PNG) when the document is shown\n"
     L"  --exit             leaves then; the exit code is 0 when the document was shown\n"
-    L"  --wait SECONDS     how long the document may take to appear, 1 to 600 (30)\n";
+    L"  --wait SECONDS     how long the document may take to appear, 1 to 600 (30)\n"
+    L"  --documents COUNT  how many documents the page shows, 1 to 99 (1)\n";
 
 // Empty when the arguments (without the program's name) make no sense.
 std::optional<browser_options> parse_command_line(const std::vector<std::wstring>& arguments);

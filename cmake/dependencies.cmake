@@ -18,7 +18,8 @@ endfunction()
 
 # fmt shares spdlog's folder: the two are used together or not at all.
 quill_header_library(spdlog spdlog)
+# A program that the process starts must not inherit the log file: it would keep it from being renamed.
 target_compile_definitions(quill_dep_spdlog INTERFACE
-    FMT_HEADER_ONLY SPDLOG_FMT_EXTERNAL SPDLOG_WCHAR_FILENAMES)
+    FMT_HEADER_ONLY SPDLOG_FMT_EXTERNAL SPDLOG_WCHAR_FILENAMES SPDLOG_PREVENT_CHILD_FD)
 quill_header_library(boost boost)
 quill_header_library(catch2 catch2)

@@ -14,6 +14,17 @@ HRESULT ClassFromName(LPCOLESTR name, CLSID& clsid) noexcept
     return *name == L'{' ? CLSIDFromString(name, &clsid) : CLSIDFromProgID(name, &clsid);
 }
 
+// Through the class object, because CoCreateInstance trusts one that succeeds with nothing.
+HRESULT CreateObject(REFCLSID clsid, CComPtr<IUnknown>& object) noexcept
+{
+    CComPtr<IClassFactory> factory;
+    HRESULT hr = CoGetClassObject(clsid, CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER,
+                                  nullptr, IID_IClassFactory, reinterpret_cast<void**>(&factory));
+    if (SUCCEEDED(hr) && factory)
+        hr = factory->CreateInstance(nullptr, IID_IUnknown, reinterpret_cast<void**>(&object));
+    return SUCCEEDED(hr) && !object ? E_NOINTERFACE : hr;
+}
+
 // A control without persistence needs no initialisation.
 HRESULT Initialise(IUnknown* control, IStream* stream) noexcept
 {
@@ -74,10 +85,7 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::CreateControlEx(LPCOLESTR lpTricsData, 
         return hr;
     ReleaseAll();
     CComPtr<IUnknown> control;
-    hr = CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER,
-                          IID_IUnknown, reinterpret_cast<void**>(&control));
-    if (SUCCEEDED(hr) && !control)
-        hr = E_NOINTERFACE;
+    hr = CreateObject(clsid, control);
     if (SUCCEEDED(hr))
         hr = Embed(control, pStream, false);
     if (SUCCEEDED(hr) && punkAdvise)

@@ -1,6 +1,8 @@
 // The hosting window class and the functions around it.
 #include "atl/detail/ax_host_window.h"
 
+#include <atomic>
+
 namespace ATL {
 namespace {
 
@@ -37,6 +39,15 @@ LRESULT CALLBACK AtlAxWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lPa
 
 constinit CWndClassInfo g_hostClass(TEXT(ATLAXWIN_CLASS), CS_DBLCLKS, COLOR_WINDOW, AtlAxWindowProc);
 
+// Asked for with every message of a hosting window, so the number is kept. Registering twice gives the same
+// one.
+UINT RegisteredMessage(std::atomic<UINT>& message, LPCWSTR name) noexcept
+{
+    if (!message)
+        message = RegisterWindowMessageW(name);
+    return message;
+}
+
 HRESULT AskWindow(HWND h, UINT message, IUnknown** pp) noexcept
 {
     if (!pp)
@@ -64,14 +75,14 @@ BOOL AtlAxWinTerm() noexcept
 
 UINT AtlGetHostMessage() noexcept
 {
-    static const UINT message = RegisterWindowMessageW(L"WM_ATLGETHOST");
-    return message;
+    static constinit std::atomic<UINT> message{0};
+    return RegisteredMessage(message, L"WM_ATLGETHOST");
 }
 
 UINT AtlGetControlMessage() noexcept
 {
-    static const UINT message = RegisterWindowMessageW(L"WM_ATLGETCONTROL");
-    return message;
+    static constinit std::atomic<UINT> message{0};
+    return RegisteredMessage(message, L"WM_ATLGETCONTROL");
 }
 
 ATLAPI AtlAxGetHost(HWND h, IUnknown** pp)

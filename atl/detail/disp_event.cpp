@@ -153,7 +153,7 @@ HRESULT _AtlInvokeEvent(const _AtlEventHandler& handler, void* object, const _AT
         if (FAILED(hr))
             return hr;
     }
-    _AtlEventTarget target{handler.vtable, object, S_OK};
+    _AtlEventTarget target{&handler.entry, object, S_OK};
     CComVariant value;
     const HRESULT hr =
         DispCallFunc(&target, 0, info.cc, handler.returns_value ? info.vtReturn : VARTYPE{VT_EMPTY}, count,

@@ -26,14 +26,14 @@ struct _ATL_FUNC_INFO
 // object whose table of functions has the handler's own entry function as its only one.
 struct _AtlEventTarget
 {
-    const void* const* vtable;
+    const void* const* table;
     void* object;
     HRESULT result; // of a handler that returns HRESULT or throws
 };
 
 struct _AtlEventHandler
 {
-    const void* const* vtable;
+    const void* entry;
     SHORT parameters;
     bool returns_value; // other than HRESULT, which is the result of the call and not the event's
 };
@@ -57,15 +57,12 @@ public:
         return Result();
     }
 
-    template <auto function>
-    static inline const void* const vtable[] = {reinterpret_cast<const void*>(&Call<function>)};
-
     static_assert(sizeof...(Arguments) <= _ATL_MAX_VARTYPES);
 
     template <auto function>
     static _AtlEventHandler handler() noexcept
     {
-        return {vtable<function>, static_cast<SHORT>(sizeof...(Arguments)),
+        return {reinterpret_cast<const void*>(&Call<function>), static_cast<SHORT>(sizeof...(Arguments)),
                 !std::is_void_v<Result> && !std::is_same_v<Result, HRESULT>};
     }
 };
@@ -219,7 +216,7 @@ public:
     }
 
     using _tihclass = tihclass;
-    static inline _tihclass _tih{pdiid, plibid, wMajor, wMinor};
+    constinit static inline _tihclass _tih{pdiid, plibid, wMajor, wMinor};
 };
 
 } // namespace ATL

@@ -83,7 +83,7 @@ public:
     static HRESULT GetTI(LCID lcid, ITypeInfo** out) noexcept { return _tih.GetTI(lcid, out); }
 
     using _tihclass = tihclass;
-    static inline _tihclass _tih{piid, plibid, wMajor, wMinor};
+    constinit static inline _tihclass _tih{piid, plibid, wMajor, wMinor};
 };
 
 } // namespace ATL

@@ -96,8 +96,18 @@ template <class T>
 class CAtlDllModuleT : public CAtlModuleT<T>
 {
 public:
-    CAtlDllModuleT() noexcept { _AtlComModule.ExecuteObjectMain(true); }
-    ~CAtlDllModuleT() override { _AtlComModule.ExecuteObjectMain(false); }
+    CAtlDllModuleT() noexcept
+    {
+        if (FAILED(_AtlComModule.Init()))
+            CAtlBaseModule::m_bInitFailed = true;
+        _AtlComModule.ExecuteObjectMain(true);
+    }
+    ~CAtlDllModuleT() override
+    {
+        _AtlComModule.ExecuteObjectMain(false);
+        this->Term();
+        _AtlComModule.Term();
+    }
 
     BOOL WINAPI DllMain(DWORD reason, LPVOID) noexcept
     {

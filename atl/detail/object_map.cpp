@@ -94,16 +94,21 @@ IUnknown* decode_factory(PVOID encoded)
     return encoded ? static_cast<IUnknown*>(DecodePointer(encoded)) : nullptr;
 }
 
-__attribute__((section("ATL$__a"), used)) const _ATL_OBJMAP_ENTRY_EX* const map_first = nullptr;
-__attribute__((section("ATL$__z"), used)) const _ATL_OBJMAP_ENTRY_EX* const map_last = nullptr;
-
 } // namespace
 
-CAtlComModule::CAtlComModule() noexcept : m_ppAutoObjMapFirst(&map_first + 1), m_ppAutoObjMapLast(&map_last)
+namespace detail {
+
+__attribute__((section("ATL$__a"), used)) const _ATL_OBJMAP_ENTRY_EX* const object_map_first = nullptr;
+__attribute__((section("ATL$__z"), used)) const _ATL_OBJMAP_ENTRY_EX* const object_map_last = nullptr;
+
+} // namespace detail
+
+HRESULT CAtlComModule::Init() noexcept
 {
-    m_bInitialized = SUCCEEDED(m_csObjMap.Init());
-    if (!m_bInitialized)
-        CAtlBaseModule::m_bInitFailed = true;
+    ATLASSERT(!m_bInitialized);
+    const HRESULT hr = m_csObjMap.Init();
+    m_bInitialized = SUCCEEDED(hr);
+    return hr;
 }
 
 void CAtlComModule::Term() noexcept

@@ -45,15 +45,25 @@ struct _ATL_OBJMAP_ENTRY_EX
     _ATL_OBJECTMAINFUNC* pfnObjectMain;
 };
 
-// The module's class objects: created on demand, registered and unregistered together.
+namespace detail {
+
+// The map: an array of pointers that the linker puts together from the ATL$__m sections of all object files,
+// between these two in sections that sort before and after. An entry may be null.
+extern const _ATL_OBJMAP_ENTRY_EX* const object_map_first;
+extern const _ATL_OBJMAP_ENTRY_EX* const object_map_last;
+
+} // namespace detail
+
+// The module's class objects: created on demand, registered and unregistered together. The module object
+// starts and ends it, since the order of construction between source files is nobody's choice.
 class CAtlComModule
 {
 public:
-    CAtlComModule() noexcept;
-    ~CAtlComModule() { Term(); }
+    constexpr CAtlComModule() noexcept = default;
     CAtlComModule(const CAtlComModule&) = delete;
     CAtlComModule& operator=(const CAtlComModule&) = delete;
 
+    HRESULT Init() noexcept;
     // Releases the cached class factories. Nothing can be created afterwards.
     void Term() noexcept;
     bool IsInitialized() const noexcept { return m_bInitialized; }
@@ -68,19 +78,17 @@ public:
     // Tells every class that the module starts or ends.
     void ExecuteObjectMain(bool bStarting) noexcept;
 
-    // The map: an array of pointers that the linker puts together from the ATL$__m sections of all object
-    // files, between two bounds in sections that sort before and after. An entry may be null.
-    const _ATL_OBJMAP_ENTRY_EX* const* m_ppAutoObjMapFirst;
-    const _ATL_OBJMAP_ENTRY_EX* const* m_ppAutoObjMapLast;
+    const _ATL_OBJMAP_ENTRY_EX* const* m_ppAutoObjMapFirst = &detail::object_map_first + 1;
+    const _ATL_OBJMAP_ENTRY_EX* const* m_ppAutoObjMapLast = &detail::object_map_last;
 
 private:
     std::span<const _ATL_OBJMAP_ENTRY_EX* const> entries() const noexcept;
 
     bool m_bInitialized = false;
-    CComSafeDeleteCriticalSection m_csObjMap;
+    CComCriticalSection m_csObjMap;
 };
 
-inline CAtlComModule _AtlComModule;
+constinit inline CAtlComModule _AtlComModule;
 
 // Registers a class per user (true) or per machine, for the whole process.
 ATLAPI AtlSetPerUserRegistration(bool bEnable) noexcept;

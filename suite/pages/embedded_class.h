@@ -11,7 +11,7 @@
 namespace quill {
 
 // The class registered for the content of an EMBED or OBJECT element: by its stated type, else by the type
-// that the extension of what it refers to has in the registry. Nothing for every other element, and for
+// that the extension of what it refers to has, or that has that extension, in the registry. Nothing for every other element, and for
 // types without a class. A page does not hold pages.
 std::optional<CLSID> embedded_class(const dom_node& element);
 

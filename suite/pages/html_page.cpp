@@ -43,14 +43,15 @@ STDMETHODIMP CHtmlPage::Invoke(DISPID id, REFIID reserved, LCID locale, WORD fla
     return S_OK;
 }
 
-// A host of documents is asked to give the page a view; any other one activates it as it would a control.
+// A host of documents is asked to give the page a view, once: it would lose the view that it has. Any other
+// host activates the page as it would a control.
 STDMETHODIMP CHtmlPage::DoVerb(LONG verb, LPMSG message, IOleClientSite* site, LONG index, HWND parent,
                                LPCRECT place)
 {
     const CComQIPtr<IOleDocumentSite> document_site(m_spClientSite);
     const bool shows = verb == OLEIVERB_SHOW || verb == OLEIVERB_OPEN || verb == OLEIVERB_UIACTIVATE ||
                        verb == OLEIVERB_INPLACEACTIVATE;
-    if (document_site && shows && !m_bUIActive)
+    if (document_site && shows && !m_bInPlaceActive)
         return document_site->ActivateMe(nullptr);
     return IOleObjectImpl<CHtmlPage>::DoVerb(verb, message, site, index, parent, place);
 }

@@ -128,8 +128,9 @@ void viewer_window::set_state(viewer_state state, std::wstring status)
 {
     state_ = state;
     status_ = std::move(status);
-    ::SetPropW(m_hWnd, viewer_state_property, reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(state)));
+    // The text first: who sees the state from another process reads the text that belongs to it.
     ::SetWindowTextW(m_hWnd, status_.c_str());
+    ::SetPropW(m_hWnd, viewer_state_property, reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(state)));
     RECT strip = {0, 0, 0, strip_height};
     strip.right = MAXSHORT;
     ::InvalidateRect(m_hWnd, &strip, FALSE);

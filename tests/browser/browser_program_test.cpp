@@ -53,7 +53,7 @@ TEST_F(BrowserProgram, FailsWhenTheViewerCannotShowTheDocument)
 
 TEST_F(BrowserProgram, FailsWhenNoDocumentAppears)
 {
-    server.route("/page.pdf", http_response::ok("<html><body>Please sign in</body></html>"));
+    server.route("/page.pdf", http_response::ok(std::string("\x01\x02\x03 no document\n", 17)));
     const child_result result = run(L"--exit --wait 1 " + server.url(L"/page.pdf"));
     EXPECT_EQ(result.exit_code, 1u);
     EXPECT_THAT(result.errors, HasSubstr("not shown: no document appeared in 1 s"));

@@ -162,7 +162,7 @@ QUILL_DOCUMENT_TEST(DocumentKeys, AfterDeactivationNobodyTranslates)
 QUILL_DOCUMENT_TEST(DocumentKeys, TheFrameMayRefuse)
 {
     bench.show_file(bench.pdf());
-    bench.host.calls.make_fail(translate, fault::failure);
+    bench.host.calls.make_fail(translate, bad_answer::failure);
     EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), E_FAIL);
     bench.close_in_order();
 }

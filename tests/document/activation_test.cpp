@@ -83,7 +83,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, SiteMayForbidIt)
 {
     bench.create();
     bench.set_site();
-    bench.host.calls.make_fail("IOleInPlaceSite::CanInPlaceActivate", fault::failure);
+    bench.host.calls.make_fail("IOleInPlaceSite::CanInPlaceActivate", bad_answer::failure);
     bench.do_verb(OLEIVERB_SHOW);
     EXPECT_EQ(bench.window(), nullptr);
     EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 0);
@@ -196,7 +196,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, DeactivationLetsGoOfTheDocumentSiteToo)
 
 QUILL_DOCUMENT_TEST(DocumentActivation, AHostWithoutFrameIsBorne)
 {
-    for (const fault kind : every_fault) {
+    for (const bad_answer kind : every_bad_answer) {
         SCOPED_TRACE(to_text(kind));
         bench.create();
         bench.set_site();

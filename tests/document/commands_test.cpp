@@ -87,7 +87,7 @@ QUILL_DOCUMENT_TEST(DocumentCommands, PrintPrintsAndSaysNotSupported)
     bench.viewer.forget_calls();
     EXPECT_EQ(execute(bench, OLECMDID_PRINT), not_supported);
     EXPECT_EQ(bench.viewer.texts(), lines{"12()"});
-    bench.host.calls.make_fail("viewer::12", fault::failure);
+    bench.host.calls.make_fail("viewer::12", bad_answer::failure);
     EXPECT_EQ(execute(bench, OLECMDID_PRINT, &some_group), not_supported);
     EXPECT_EQ(bench.viewer.texts(), (lines{"12()", "12()"}));
     bench.close_in_order();

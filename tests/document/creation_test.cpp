@@ -171,7 +171,7 @@ QUILL_DOCUMENT_TEST(DocumentCreation, ThenTheContainersMoniker)
 QUILL_DOCUMENT_TEST(DocumentCreation, AMonikerWithoutNameCountsAsNone)
 {
     for (const char* call : {"IOleClientSite::GetMoniker", "object moniker::GetDisplayName"}) {
-        for (const fault kind : every_fault) {
+        for (const bad_answer kind : every_bad_answer) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
             bench.host.calls.forget_calls();
             bench.host.object_moniker.display_name = L"quilltest://host.test/object.pdf";
@@ -183,10 +183,11 @@ QUILL_DOCUMENT_TEST(DocumentCreation, AMonikerWithoutNameCountsAsNone)
             bench.show();
             EXPECT_TRUE(contains(creation_lines(bench), "@ OnCreate [DocUrl] - FAILED"));
             EXPECT_EQ(document_url(bench), L"quilltest://host.test/container.pdf");
+            bench.wait_for_failed_worker();
             bench.close_in_order();
             bench.release();
         }
-        bench.host.calls.make_fail(call, fault::none);
+        bench.host.calls.make_fail(call, bad_answer::none);
     }
 }
 
@@ -198,6 +199,8 @@ QUILL_DOCUMENT_TEST(DocumentCreation, WithoutAnySourceTheWindowStaysEmpty)
     bench.show();
     EXPECT_TRUE(contains(creation_lines(bench), "@ OnCreate [URL]"));
     EXPECT_EQ(document_url(bench), L"");
+    bench.wait_for_no_worker();
+    EXPECT_EQ(bench.log.worker_lines(), lines{}) << "without a URL the worker ends silently";
     EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
     bench.close_in_order();
 }

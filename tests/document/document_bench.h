@@ -7,6 +7,7 @@
 #include "tests/support/scopes.h"
 #include "tests/support/viewer/viewer_class.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -82,17 +83,27 @@ public:
     std::wstring pdf(const std::wstring& name = L"sample.pdf") const;
     std::wstring file(const std::wstring& name, const std::string& contents) const;
 
-    // Waits until the download worker has given up or handed over; fails the test when it does not.
+    // Waits until the download worker of the document created last has given up; fails the test when it
+    // does not.
     void wait_for_failed_worker() const;
+    // Waits until the document has no worker any more, whatever became of it. For a document whose window
+    // is the only one of this bench.
+    void wait_for_no_worker() const;
 
     std::vector<std::string> take_log() { return log.take(address); }
 
 private:
     HWND last_window_ = nullptr;
+    std::size_t failures_before_ = 0;
+    DWORD threads_before_ = 0;
 };
 
-// Runs the scenario twice, each time in a world of its own; the second time must leave the process as it
-// was, in handles, GDI objects, menus, threads, windows and task memory.
+// Runs a life until the process is after it as it was before, in handles, GDI objects, menus, threads,
+// windows and task memory: at most four times, since what the system makes once and keeps comes with the
+// first runs. What a document leaves behind comes with every run.
+void expect_balance(const std::function<void()>& life);
+
+// The same with a bench of its own for each run of the scenario.
 void in_balance(void (*scenario)(document_bench&));
 
 } // namespace quill::test

@@ -1,9 +1,7 @@
 // Every call that a document makes of its host and its viewer fails once, in every way: nothing may crash,
 // nothing may stay.
 #include "tests/document/document_bench.h"
-#include "tests/document/document_messages.h"
-#include "tests/support/process_resources.h"
-#include "tests/support/task_memory.h"
+#include "tests/document/document_life.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>
@@ -11,79 +9,26 @@
 namespace quill::test {
 namespace {
 
-// A whole life: opened, used, taken down. Results are not looked at.
-void live(document_bench& bench)
-{
-    bench.create();
-    bench.set_site();
-    bench.load_file(bench.pdf());
-    bench.do_verb(OLEIVERB_SHOW);
-    bench.do_verb(OLEIVERB_UIACTIVATE);
-    if (const HWND window = bench.window()) {
-        SendMessageW(window, message_load_file, 0, 0);
-        SendMessageW(window, message_open_link, 1, reinterpret_cast<LPARAM>(L"../x.pdf"));
-        HWND browser = nullptr;
-        SendMessageW(window, message_get_browser_window, 0, reinterpret_cast<LPARAM>(&browser));
-        SendMessageW(window, WM_KEYDOWN, 'A', 1);
-        SendMessageW(window, WM_MOUSEACTIVATE, 0, 0);
-        SendMessageW(window, WM_SIZE, 0, MAKELPARAM(300, 200));
-    }
-    MSG key{};
-    key.message = WM_KEYDOWN;
-    key.wParam = 'F';
-    bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key);
-    bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr);
-    const auto view = bench.as<IOleDocumentView>();
-    view->UIActivate(FALSE);
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-    view->Show(TRUE);
-    view->CloseView(0);
-    bench.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
-    bench.as<IOleObject>()->SetClientSite(nullptr);
-}
-
-void prepare(document_bench& bench, activation_order order)
-{
-    bench.host.order = order;
-    bench.host.site.offered.ambient_properties = true;
-    bench.host.object_moniker.display_name = L"http://host.test/a/c/d.pdf";
-    bench.host.browser.location_url = L"http://host.test/a/c/d.pdf#page=2#zoom=50";
-}
-
-int calls_of_a_life(activation_order order)
-{
-    document_bench bench;
-    prepare(bench, order);
-    live(bench);
-    return bench.host.calls.total();
-}
-
-void fail_each_call(activation_order order, fault kind)
+void fail_each_call(activation_order order, bad_answer kind)
 {
     const int calls = calls_of_a_life(order);
     ASSERT_GT(calls, 30) << "the scenario does not reach the host";
-    process_resources before;
-    long memory_before = 0;
     for (int number = 1; number <= calls && !testing::Test::HasFailure(); ++number) {
         SCOPED_TRACE("call " + std::to_string(number) + " of " + std::to_string(calls) + ": " +
                      to_text(kind));
-        {
+        expect_balance([&] {
             document_bench bench;
-            prepare(bench, order);
+            prepare_life(bench, order);
             bench.host.calls.fail_call_number(number, kind);
             live(bench);
-        }
-        if (number == 1) {
-            before = process_resources::now();
-            memory_before = outstanding_task_memory();
-            continue;
-        }
-        EXPECT_EQ(process_resources::now(), before);
-        EXPECT_EQ(outstanding_task_memory(), memory_before);
+            bench.release();
+            if (testing::Test::HasFailure())
+                ADD_FAILURE() << "the failing call is " << bench.host.calls.failed_call();
+        });
     }
 }
 
-class FailingHost : public testing::TestWithParam<std::tuple<activation_order, fault>>
+class FailingHost : public testing::TestWithParam<std::tuple<activation_order, bad_answer>>
 {
 };
 
@@ -95,7 +40,7 @@ TEST_P(FailingHost, LeavesNothingBehind)
 INSTANTIATE_TEST_SUITE_P(Document, FailingHost,
                          testing::Combine(testing::Values(activation_order::create_view_with_site,
                                                           activation_order::site_then_ui_activate),
-                                          testing::ValuesIn(every_fault)));
+                                          testing::ValuesIn(every_bad_answer)));
 
 // Without any of the site's further interfaces, alone and together.
 TEST(DocumentPoorSite, IsBorneInEveryCombination)
@@ -103,7 +48,7 @@ TEST(DocumentPoorSite, IsBorneInEveryCombination)
     for (unsigned bits = 0; bits < 16; ++bits) {
         SCOPED_TRACE(bits);
         document_bench bench;
-        prepare(bench, activation_order::create_view_with_site);
+        prepare_life(bench, activation_order::create_view_with_site);
         bench.host.site.offered.document_site = (bits & 1) != 0;
         bench.host.site.offered.in_place_site = (bits & 2) != 0;
         bench.host.site.offered.service_provider = (bits & 4) != 0;

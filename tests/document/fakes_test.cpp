@@ -32,13 +32,13 @@ TEST_F(Fakes, APlannedFaultComesInItsTurn)
     call_book calls;
     calls.allow("I::One");
     calls.allow("I::Two");
-    calls.make_fail("I::One", fault::failure, 2);
-    EXPECT_EQ(calls.arrive("I::One"), fault::none);
-    EXPECT_EQ(calls.arrive("I::One"), fault::failure);
-    EXPECT_EQ(calls.arrive("I::One"), fault::none);
-    calls.fail_call_number(5, fault::success_null);
-    EXPECT_EQ(calls.arrive("I::Two"), fault::none);
-    EXPECT_EQ(calls.arrive("I::Two"), fault::success_null);
+    calls.make_fail("I::One", bad_answer::failure, 2);
+    EXPECT_EQ(calls.arrive("I::One"), bad_answer::none);
+    EXPECT_EQ(calls.arrive("I::One"), bad_answer::failure);
+    EXPECT_EQ(calls.arrive("I::One"), bad_answer::none);
+    calls.fail_call_number(5, bad_answer::success_null);
+    EXPECT_EQ(calls.arrive("I::Two"), bad_answer::none);
+    EXPECT_EQ(calls.arrive("I::Two"), bad_answer::success_null);
     EXPECT_EQ(calls.calls().size(), 5u);
 }
 

@@ -93,6 +93,7 @@ QUILL_DOCUMENT_TEST(DocumentFragment, OfTheUrlItselfWithoutMenu)
         bench.set_site();
         bench.load_url(std::wstring{L"quilltest://host.test/x.pdf"} + one.fragment);
         EXPECT_EQ(bench.do_verb(OLEIVERB_INPLACEACTIVATE), S_OK);
+        bench.wait_for_failed_worker();
         load_fetched_file(bench, bench.pdf());
         EXPECT_EQ(calls_after_opening(bench), one.calls);
         bench.close_in_order();
@@ -103,7 +104,7 @@ QUILL_DOCUMENT_TEST(DocumentFragment, OfTheUrlItselfWithoutMenu)
 QUILL_DOCUMENT_TEST(DocumentFragment, WithoutALocationThereIsNeitherPageNorZoom)
 {
     for (const char* call : {"IServiceProvider::QueryService", "IWebBrowser2::get_LocationURL"}) {
-        for (const fault kind : every_fault) {
+        for (const bad_answer kind : every_bad_answer) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
             bench.viewer.forget_calls();
             bench.host.browser.location_url = L"http://host.test/x.pdf#page=3";
@@ -113,7 +114,7 @@ QUILL_DOCUMENT_TEST(DocumentFragment, WithoutALocationThereIsNeitherPageNorZoom)
             bench.close_in_order();
             bench.release();
         }
-        bench.host.calls.make_fail(call, fault::none);
+        bench.host.calls.make_fail(call, bad_answer::none);
     }
 }
 

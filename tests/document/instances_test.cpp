@@ -18,12 +18,17 @@ class further_document
 public:
     further_document(document_bench& bench, HWND browser_window)
     {
+        static int number = 0;
+        const std::wstring path = bench.pdf(L"document" + std::to_wstring(++number) + L".pdf");
         host_.shell.window = browser_window;
         ComPtr<IClassFactory> factory;
         EXPECT_EQ(bench.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
         EXPECT_EQ(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object_)), S_OK);
         host_.document = object_.Get();
         object_->SetClientSite(host_.site.client_site());
+        ComPtr<IPersistFile> file;
+        EXPECT_EQ(object_.As(&file), S_OK);
+        file->Load(path.c_str(), STGM_READ);
         EXPECT_EQ(object_->DoVerb(OLEIVERB_SHOW, nullptr, host_.site.client_site(), -1, host_.view_window(),
                                   &host_.position),
                   S_OK);

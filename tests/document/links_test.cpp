@@ -99,13 +99,13 @@ QUILL_DOCUMENT_TEST(DocumentLinks, RelativeOnesNeedTheDocumentsMoniker)
     show_with_address(bench, L"http://host.test/a/c/d.pdf");
     bench.host.container_moniker.display_name = L"http://host.test/container/d.pdf";
     for (const char* call : {"IOleClientSite::GetMoniker", "object moniker::GetDisplayName"}) {
-        for (const fault kind : every_fault) {
+        for (const bad_answer kind : every_bad_answer) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
             bench.host.calls.make_fail(call, kind);
             open_link(bench, L"x.pdf");
             EXPECT_TRUE(bench.host.browser.navigations.empty());
         }
-        bench.host.calls.make_fail(call, fault::none);
+        bench.host.calls.make_fail(call, bad_answer::none);
     }
     bench.host.object_moniker.display_name.reset();
     open_link(bench, L"x.pdf");
@@ -118,14 +118,14 @@ QUILL_DOCUMENT_TEST(DocumentLinks, RelativeOnesNeedTheDocumentsMoniker)
 QUILL_DOCUMENT_TEST(DocumentLinks, NeedTheBrowser)
 {
     show_with_address(bench, L"http://host.test/a/c/d.pdf");
-    for (const fault kind : every_fault) {
+    for (const bad_answer kind : every_bad_answer) {
         SCOPED_TRACE(to_text(kind));
         bench.host.calls.make_fail("IServiceProvider::QueryService", kind);
         open_link(bench, L"x.pdf");
         EXPECT_TRUE(bench.host.browser.navigations.empty());
     }
-    bench.host.calls.make_fail("IServiceProvider::QueryService", fault::none);
-    bench.host.calls.make_fail("IWebBrowser2::Navigate", fault::failure);
+    bench.host.calls.make_fail("IServiceProvider::QueryService", bad_answer::none);
+    bench.host.calls.make_fail("IWebBrowser2::Navigate", bad_answer::failure);
     open_link(bench, L"x.pdf");
     bench.close_in_order();
 }

@@ -118,10 +118,10 @@ QUILL_DOCUMENT_TEST(DocumentLoad, AFailingViewerIsBorne)
 {
     show_waiting(bench);
     const std::wstring path = bench.pdf();
-    bench.host.calls.make_fail("viewer::1", fault::failure);
+    bench.host.calls.make_fail("viewer::1", bad_answer::failure);
     load_fetched_file(bench, path);
     EXPECT_EQ(bench.take_log(), load_lines(path, 0));
-    bench.host.calls.make_fail("viewer::1", fault::success_null);
+    bench.host.calls.make_fail("viewer::1", bad_answer::success_null);
     load_fetched_file(bench, path);
     EXPECT_EQ(bench.take_log(), load_lines(path, 0));
     EXPECT_EQ(bench.viewer.texts().size(), 2u);
@@ -157,8 +157,8 @@ QUILL_DOCUMENT_TEST(DocumentLoad, AResultOfAnyTypeIsFreed)
 
 QUILL_DOCUMENT_TEST(DocumentLoad, FailingPageAndZoomDoNotMatter)
 {
-    bench.host.calls.make_fail("viewer::4", fault::failure);
-    bench.host.calls.make_fail("viewer::9", fault::failure);
+    bench.host.calls.make_fail("viewer::4", bad_answer::failure);
+    bench.host.calls.make_fail("viewer::9", bad_answer::failure);
     show_waiting(bench);
     const std::wstring path = bench.pdf();
     load_fetched_file(bench, path);

@@ -96,7 +96,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, StaysUnmergedForGoodAfterInPlaceActivation)
 
 QUILL_DOCUMENT_TEST(DocumentMenu, RefusedByTheFrameIsDestroyedAtOnce)
 {
-    bench.host.calls.make_fail("IOleInPlaceFrame::InsertMenus", fault::failure_untouched);
+    bench.host.calls.make_fail("IOleInPlaceFrame::InsertMenus", bad_answer::failure_untouched);
     bench.show_file(bench.pdf());
     EXPECT_EQ(menu_calls(bench), lines{"IOleInPlaceFrame::InsertMenus"});
     ASSERT_EQ(bench.host.frame.filled_menus.size(), 1u);
@@ -106,7 +106,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, RefusedByTheFrameIsDestroyedAtOnce)
 
 QUILL_DOCUMENT_TEST(DocumentMenu, NotTakenByTheFrameIsDestroyedInTheEnd)
 {
-    bench.host.calls.make_fail("IOleInPlaceFrame::SetMenu", fault::failure);
+    bench.host.calls.make_fail("IOleInPlaceFrame::SetMenu", bad_answer::failure);
     bench.show_file(bench.pdf());
     ASSERT_EQ(bench.host.frame.filled_menus.size(), 1u);
     ASSERT_GE(bench.host.frame.set_menus.size(), 1u);
@@ -117,7 +117,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, NotTakenByTheFrameIsDestroyedInTheEnd)
 
 QUILL_DOCUMENT_TEST(DocumentMenu, WithoutAFrameAtTheEndIsDestroyedAllTheSame)
 {
-    for (const fault kind : every_fault) {
+    for (const bad_answer kind : every_bad_answer) {
         SCOPED_TRACE(to_text(kind));
         bench.host.frame.filled_menus.clear();
         bench.host.frame.set_menus.clear();
@@ -127,7 +127,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, WithoutAFrameAtTheEndIsDestroyedAllTheSame)
         bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
         EXPECT_FALSE(IsMenu(bench.host.frame.filled_menus[0]));
         EXPECT_TRUE(is_freed(bench.host.frame.set_menus[0].descriptor));
-        bench.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", fault::none);
+        bench.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", bad_answer::none);
         bench.close_in_order();
         bench.release();
     }

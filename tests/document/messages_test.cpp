@@ -123,14 +123,14 @@ QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowOfAPoorHostIsNone)
 {
     show_idle(bench);
     for (const char* call : {"IServiceProvider::QueryService", "IShellBrowser::GetWindow"}) {
-        for (const fault kind : every_fault) {
+        for (const bad_answer kind : every_bad_answer) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
             bench.host.calls.make_fail(call, kind);
             HWND window = nullptr;
             EXPECT_EQ(bench.send(message_get_browser_window, 0, address_of(&window)), 0);
             EXPECT_EQ(window, nullptr);
         }
-        bench.host.calls.make_fail(call, fault::none);
+        bench.host.calls.make_fail(call, bad_answer::none);
     }
     bench.host.site.offered.service_provider = false;
     HWND window = nullptr;

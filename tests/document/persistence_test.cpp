@@ -98,7 +98,7 @@ QUILL_DOCUMENT_TEST(DocumentPersistence, AUrlOfAnyLengthIsKept)
 
 QUILL_DOCUMENT_TEST(DocumentPersistence, AMonikerWithoutANameIsBorne)
 {
-    for (const fault kind : every_fault) {
+    for (const bad_answer kind : every_bad_answer) {
         SCOPED_TRACE(to_text(kind));
         bench.create();
         bench.host.calls.make_fail("loaded moniker::GetDisplayName", kind);

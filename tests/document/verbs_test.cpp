@@ -77,9 +77,9 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, TheDocumentSitesAnswerIsTheResult)
 {
     bench.create();
     bench.set_site();
-    bench.host.calls.make_fail(activate_me, fault::failure);
+    bench.host.calls.make_fail(activate_me, bad_answer::failure);
     EXPECT_EQ(bench.do_verb(OLEIVERB_SHOW), E_FAIL);
-    bench.host.calls.make_fail(activate_me, fault::failure_untouched);
+    bench.host.calls.make_fail(activate_me, bad_answer::failure_untouched);
     EXPECT_EQ(bench.do_verb(OLEIVERB_OPEN), E_NOTIMPL);
 }
 
@@ -87,6 +87,7 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, OtherVerbsNeverAskTheDocumentSite)
 {
     bench.create();
     bench.set_site();
+    bench.load_file(bench.pdf());
     bench.host.calls.forbid(activate_me);
     for (const LONG verb : {0, 1, 2, 100, -3, -6, -7, -8, -100}) {
         SCOPED_TRACE(verb);

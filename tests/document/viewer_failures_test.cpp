@@ -57,13 +57,13 @@ TEST(DocumentWithoutViewer, WhenNobodyServesItsClass)
 
 QUILL_DOCUMENT_TEST(DocumentWithoutViewer, WhenItsClassFails)
 {
-    bench.host.calls.make_fail("viewer class::CreateInstance", fault::failure);
+    bench.host.calls.make_fail("viewer class::CreateInstance", bad_answer::failure);
     expect_an_empty_window(bench);
 }
 
 QUILL_DOCUMENT_TEST(DocumentWithoutViewer, WhenItsClassGivesNothing)
 {
-    bench.host.calls.make_fail("viewer class::CreateInstance", fault::success_null);
+    bench.host.calls.make_fail("viewer class::CreateInstance", bad_answer::success_null);
     expect_an_empty_window(bench);
 }
 
@@ -83,7 +83,7 @@ QUILL_DOCUMENT_TEST(DocumentWithoutViewer, WhenItIsAnotherFullControl)
 QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, SetupGoesOnWhateverItAnswers)
 {
     for (const char* call : {"viewer::23", "viewer::24", "viewer::15", "viewer::16"}) {
-        for (const fault kind : {fault::failure, fault::success_null}) {
+        for (const bad_answer kind : {bad_answer::failure, bad_answer::success_null}) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
             bench.viewer.forget_calls();
             bench.host.calls.make_fail(call, kind);
@@ -92,7 +92,7 @@ QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, SetupGoesOnWhateverItAnswers)
             bench.close_in_order();
             bench.release();
         }
-        bench.host.calls.make_fail(call, fault::none);
+        bench.host.calls.make_fail(call, bad_answer::none);
     }
 }
 
@@ -100,7 +100,7 @@ QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, EveryCallFailing)
 {
     for (const char* call : {"viewer::1", "viewer::4", "viewer::9", "viewer::12", "viewer::15", "viewer::16",
                              "viewer::19", "viewer::23", "viewer::24"})
-        bench.host.calls.make_fail(call, fault::failure);
+        bench.host.calls.make_fail(call, bad_answer::failure);
     bench.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
     bench.show_file(bench.pdf());
     EXPECT_EQ(bench.viewer.texts(viewer_open).size(), 1u);

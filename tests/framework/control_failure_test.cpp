@@ -236,13 +236,17 @@ TEST_F(framework_failing_host, last_reference_goes_from_inside_a_message)
     ASSERT_EQ(other->SetClientSite(container.get()), S_OK);
     ASSERT_EQ(other->DoVerb(OLEIVERB_SHOW, nullptr, container.get(), 0, nullptr, nullptr), S_OK);
     const HWND window = other->m_hWnd;
+    bool ended = false;
+    other->on_end = [&] { ended = true; };
     other->stored = 41;
     other->on_app = [&] {
         other->Close(OLECLOSE_NOSAVE);
         other->SetClientSite(nullptr);
         other.Release();
+        EXPECT_FALSE(ended) << "the object outlives its handler";
     };
     EXPECT_EQ(SendMessageW(window, WM_APP, 0, 0), 42) << "the handler ran to its end";
+    EXPECT_TRUE(ended);
     EXPECT_FALSE(IsWindow(window));
     EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1);
     close();

@@ -33,6 +33,17 @@ TEST_F(framework_host_failure, class_that_nobody_serves)
     forget_new_handles();
 }
 
+TEST_F(framework_host_failure, class_object_that_succeeds_with_nothing)
+{
+    control_class().creates_nothing = true;
+    EXPECT_EQ(create(), E_NOINTERFACE);
+    control_class().creates_nothing = false;
+    control_class().is_nothing = true;
+    EXPECT_EQ(create(), E_NOINTERFACE);
+    control_class().is_nothing = false;
+    EXPECT_EQ(create(), S_OK);
+}
+
 TEST_F(framework_host_failure, each_call_of_the_way_in_fails_in_turn)
 {
     hosted_control sink; // any object will do for one

@@ -108,6 +108,7 @@ protected:
         scene_ = std::make_unique<scene>();
     }
     hosted_control& control() { return scene_->control; }
+    hosted_class& control_class() { return scene_->factory; }
     HWND parent() { return scene_->parent; }
 
     HWND host_window = nullptr;

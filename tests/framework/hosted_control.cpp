@@ -204,9 +204,12 @@ hosted_class::~hosted_class()
 
 HRESULT hosted_class::QueryInterface(REFIID iid, void** out)
 {
-    *out = iid == IID_IUnknown || iid == IID_IClassFactory ? this : nullptr;
-    if (!*out)
+    *out = nullptr;
+    if (is_nothing && iid == IID_IClassFactory)
+        return S_OK;
+    if (iid != IID_IUnknown && iid != IID_IClassFactory)
         return E_NOINTERFACE;
+    *out = static_cast<IClassFactory*>(this);
     AddRef();
     return S_OK;
 }
@@ -214,6 +217,8 @@ HRESULT hosted_class::QueryInterface(REFIID iid, void** out)
 HRESULT hosted_class::CreateInstance(IUnknown* outer, REFIID iid, void** out)
 {
     *out = nullptr;
+    if (creates_nothing)
+        return S_OK;
     return outer ? CLASS_E_NOAGGREGATION : create_(iid, out);
 }
 

@@ -196,6 +196,9 @@ public:
     HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID iid, void** out) override;
     HRESULT STDMETHODCALLTYPE LockServer(BOOL) override { return S_OK; }
 
+    bool creates_nothing = false; // succeeds without an object
+    bool is_nothing = false;      // succeeds without a class object
+
 private:
     std::function<HRESULT(REFIID, void**)> create_;
     counted references_;

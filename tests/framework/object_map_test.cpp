@@ -58,13 +58,12 @@ TEST_F(ObjectMap, ClassWithoutFactoryIsNotAvailable)
     EXPECT_EQ(out, nullptr);
 }
 
-TEST_F(ObjectMap, EndedModuleHasNoClasses)
+TEST_F(ObjectMap, ModuleThatWasNotInitialisedHasNoClasses)
 {
-    CAtlComModule ended;
-    ended.Term();
+    CAtlComModule unborn;
     void* out = &out;
-    EXPECT_EQ(ended.GetClassObject(CLSID_first, IID_IClassFactory, nullptr), E_POINTER);
-    EXPECT_EQ(ended.GetClassObject(CLSID_first, IID_IClassFactory, &out), E_UNEXPECTED);
+    EXPECT_EQ(unborn.GetClassObject(CLSID_first, IID_IClassFactory, nullptr), E_POINTER);
+    EXPECT_EQ(unborn.GetClassObject(CLSID_first, IID_IClassFactory, &out), E_UNEXPECTED);
     EXPECT_EQ(out, nullptr);
 }
 

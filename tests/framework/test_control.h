@@ -199,9 +199,12 @@ public:
     {
         if (m_hWnd)
             DestroyWindow();
+        if (on_end)
+            on_end();
     }
 
     std::function<void()> on_app;
+    std::function<void()> on_end;
     int stored = 0;
     bool refuse_window = false;
     std::vector<RECTL> drawn;

@@ -36,6 +36,30 @@ TEST_F(framework_window, class_is_registered_on_first_use_and_gone_after_term)
     window.DestroyWindow();
 }
 
+// A class that outlived its module would point into memory that is gone, and be in the way of the module's
+// next load at the same address.
+TEST_F(framework_window, classes_go_with_their_module)
+{
+    HMODULE first_place = nullptr;
+    for (int load = 0; load < 3; ++load) {
+        const HMODULE module = LoadLibraryW(L"test_window_module.dll");
+        ASSERT_TRUE(module);
+        if (!first_place)
+            first_place = module;
+        EXPECT_EQ(module, first_place) << "otherwise this proves nothing";
+        const auto use = reinterpret_cast<BOOL (*)()>(
+            reinterpret_cast<void (*)()>(GetProcAddress(module, "use_window_classes")));
+        ASSERT_TRUE(use);
+        EXPECT_TRUE(use()) << load;
+        FreeLibrary(module);
+        EXPECT_FALSE(GetModuleHandleW(L"test_window_module.dll"));
+        WNDCLASSEXW found{};
+        found.cbSize = sizeof found;
+        EXPECT_FALSE(GetClassInfoExW(module, L"QuillFrameworkModuleWindow", &found));
+        EXPECT_FALSE(GetClassInfoExW(module, L"AtlAxWin140", &found));
+    }
+}
+
 TEST_F(framework_window, class_without_a_name_gets_one_of_its_own)
 {
     unnamed_window window;
@@ -173,6 +197,12 @@ TEST_F(framework_window, creation_refused_by_a_hook_leaves_nothing_behind)
     EXPECT_EQ(refused.Create(nullptr, at({0, 0, 9, 9}), nullptr, WS_POPUP), nullptr);
     EXPECT_EQ(refused.m_hWnd, nullptr);
     UnhookWindowsHookEx(hook);
+
+    const HWND nobodys = CreateWindowExW(0, L"QuillFrameworkTestWindow", nullptr, WS_POPUP, 0, 0, 9, 9,
+                                         nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+    ASSERT_TRUE(nobodys);
+    EXPECT_EQ(refused.m_hWnd, nullptr) << "a window of the class does not fall to it";
+    DestroyWindow(nobodys);
 
     test_window next;
     const HWND handle = create(next);

@@ -273,15 +273,17 @@ TEST_F(WinInetHttp, LeavesNothingOpen)
         EXPECT_EQ(download(window, server.url(L"/a.pdf")), 1u);
         path = good_path;
     };
-    every_path();
-    const auto settled = [&] {
+    const auto held = [&] {
         EXPECT_TRUE(server.wait_idle(default_deadline_ms));
         return process_resources::now().kernel_handles;
     };
-    const DWORD before = settled();
-    for (int round = 0; round < 5; ++round)
+    every_path();
+    const DWORD before = held();
+    constexpr DWORD rounds = 4;
+    for (DWORD round = 0; round < rounds; ++round)
         every_path();
-    EXPECT_TRUE(wait_until([&] { return settled() <= before; })) << settled() << " after " << before;
+    // WinINet's own threads come and go; what a path leaves open stays, once for each round.
+    EXPECT_TRUE(wait_until([&] { return held() < before + rounds; })) << held() << " after " << before;
 }
 
 } // namespace

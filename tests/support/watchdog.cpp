@@ -139,6 +139,7 @@ void print_stacks_of_other_threads()
     SymSetOptions(SYMOPT_LOAD_LINES | SYMOPT_UNDNAME);
     SymInitialize(GetCurrentProcess(), folder_of_program().c_str(), TRUE);
     const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+    bool any = false;
     THREADENTRY32 entry{};
     entry.dwSize = sizeof entry;
     for (BOOL more = Thread32First(snapshot, &entry); more; more = Thread32Next(snapshot, &entry)) {
@@ -148,12 +149,15 @@ void print_stacks_of_other_threads()
             THREAD_SUSPEND_RESUME | THREAD_GET_CONTEXT | THREAD_QUERY_INFORMATION, FALSE, entry.th32ThreadID);
         if (!thread)
             continue;
+        any = true;
         std::fprintf(stderr, "  thread %lu\n", entry.th32ThreadID);
         for (const DWORD64 address : stack_of(thread))
             print_frame(address);
         CloseHandle(thread);
     }
     CloseHandle(snapshot);
+    if (!any)
+        std::fprintf(stderr, "  no other thread is left: the system ends a thread whose stack overflows\n");
     SymCleanup(GetCurrentProcess());
     std::fflush(stderr);
 }

@@ -81,6 +81,10 @@ TEST(ParseLog, TakesLinesApart)
         parse_log("01:02:03:000004 [t:42] [debug] a [b] c\r\n01:02:03:000004 [t:42] [info] \r\nodd\r\n"
                   "01:02:03:000004 [t:1] [info] no end");
     ASSERT_EQ(lines.size(), 4u);
+    for (const char* odd :
+         {"x\r\n", "\r\n", "01:02:03:00004 [t:42] [info] a\r\n", "01:02:03:000004 [t:] [info] a\r\n",
+          "01:02:03:000004 [t:1] [Info] a\r\n", "01:02:03:000004 [t:1] [info]a\r\n"})
+        EXPECT_EQ(parse_log(odd)[0].level, "malformed") << odd;
     EXPECT_EQ(lines[0], (log_line{"debug", "a [b] c"}));
     EXPECT_EQ(lines[0].thread, "42");
     EXPECT_EQ(lines[1], (log_line{"info", ""}));

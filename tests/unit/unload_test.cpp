@@ -62,6 +62,27 @@ TEST_F(Unload, ClosesTheFileAndLeavesNothing)
     EXPECT_TRUE(file);
 }
 
+TEST_F(Unload, NoProgramThatIsStartedMeanwhileKeepsTheFile)
+{
+    PROCESS_INFORMATION process{};
+    {
+        const loaded_library loaded;
+        loaded.write_line(info, "open");
+        STARTUPINFOW startup{};
+        startup.cb = sizeof startup;
+        const std::wstring program = test::beside_this_program(L"log_program.exe");
+        ASSERT_TRUE(CreateProcessW(program.c_str(), nullptr, nullptr, nullptr, TRUE, CREATE_SUSPENDED,
+                                   nullptr, nullptr, &startup, &process));
+    }
+    const unique_handle started(process.hProcess);
+    const unique_handle its_thread(process.hThread);
+    const std::wstring path = logs.file_of(L"test_unload", GetCurrentProcessId());
+    const unique_handle file(CreateFileW(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
+    EXPECT_TRUE(file) << GetLastError();
+    TerminateProcess(started.get(), 0);
+    EXPECT_EQ(WaitForSingleObject(started.get(), 10'000), WAIT_OBJECT_0);
+}
+
 TEST_F(Unload, DecidesAnewWhenItIsLoadedAgain)
 {
     write_and_unload("on");

@@ -6,18 +6,18 @@
 
 namespace quill::test {
 
-const char* to_text(fault kind)
+const char* to_text(bad_answer kind)
 {
     switch (kind) {
-    case fault::none:
+    case bad_answer::none:
         return "as usual";
-    case fault::failure:
+    case bad_answer::failure:
         return "failure";
-    case fault::failure_untouched:
+    case bad_answer::failure_untouched:
         return "failure, out argument untouched";
-    case fault::success_null:
+    case bad_answer::success_null:
         return "success with nothing";
-    case fault::success_untouched:
+    case bad_answer::success_untouched:
         return "success, out argument untouched";
     }
     return "?";
@@ -35,12 +35,12 @@ void call_book::forbid(std::string_view name)
     allowed_.erase(std::string{name});
 }
 
-void call_book::make_fail(std::string_view name, fault kind, int nth)
+void call_book::make_fail(std::string_view name, bad_answer kind, int nth)
 {
-    faults_[std::string{name}] = {kind, nth};
+    bad_answers_[std::string{name}] = {kind, nth};
 }
 
-void call_book::fail_call_number(int number, fault kind)
+void call_book::fail_call_number(int number, bad_answer kind)
 {
     failing_number_ = number;
     failing_kind_ = kind;
@@ -51,7 +51,13 @@ void call_book::when(std::string_view name, std::function<void()> action)
     actions_[std::string{name}] = std::move(action);
 }
 
-fault call_book::arrive(std::string_view name, std::string_view arguments)
+void call_book::when_call_number(int number, std::function<void()> action)
+{
+    action_number_ = number;
+    action_at_number_ = std::move(action);
+}
+
+bad_answer call_book::arrive(std::string_view name, std::string_view arguments)
 {
     EXPECT_NE(allowed_.find(name), allowed_.end()) << "unexpected call: " << name << " " << arguments;
     std::string line{name};
@@ -62,12 +68,19 @@ fault call_book::arrive(std::string_view name, std::string_view arguments)
     return arrive_query(name);
 }
 
-fault call_book::arrive_query(std::string_view name)
+bad_answer call_book::arrive_query(std::string_view name)
 {
     EXPECT_EQ(GetCurrentThreadId(), thread_) << name << " called on another thread";
     ++total_;
     const int number = ++counts_[std::string{name}];
-    const fault kind = fault_of(name, number);
+    const bad_answer kind = answer_of(name, number);
+    if (total_ == failing_number_)
+        failed_call_ = name;
+    if (action_number_ != 0 && total_ == action_number_) {
+        failed_call_ = name;
+        const auto run = action_at_number_;
+        run();
+    }
     if (const auto action = actions_.find(name); action != actions_.end()) {
         const auto run = action->second;
         run();
@@ -75,14 +88,15 @@ fault call_book::arrive_query(std::string_view name)
     return kind;
 }
 
-fault call_book::fault_of(std::string_view name, int number) const
+bad_answer call_book::answer_of(std::string_view name, int number) const
 {
     if (failing_number_ != 0 && total_ == failing_number_)
         return failing_kind_;
-    const auto planned = faults_.find(name);
-    if (planned == faults_.end())
-        return fault::none;
-    return planned->second.nth == 0 || planned->second.nth == number ? planned->second.kind : fault::none;
+    const auto planned = bad_answers_.find(name);
+    if (planned == bad_answers_.end())
+        return bad_answer::none;
+    return planned->second.nth == 0 || planned->second.nth == number ? planned->second.kind
+                                                                     : bad_answer::none;
 }
 
 int call_book::count(std::string_view name) const

@@ -30,17 +30,17 @@ STDMETHODIMP fake_moniker::GetDisplayName(IBindCtx* context, IMoniker* left, LPO
     }
     EXPECT_EQ(*out, nullptr) << "the out variable was not initialised";
     switch (arrive((name() + "::GetDisplayName").c_str())) {
-    case fault::failure:
+    case bad_answer::failure:
         *out = nullptr;
         return E_FAIL;
-    case fault::failure_untouched:
+    case bad_answer::failure_untouched:
         return E_NOTIMPL;
-    case fault::success_null:
+    case bad_answer::success_null:
         *out = nullptr;
         return S_OK;
-    case fault::success_untouched:
+    case bad_answer::success_untouched:
         return S_OK;
-    case fault::none:
+    case bad_answer::none:
         break;
     }
     if (!display_name)

@@ -8,7 +8,7 @@
 
 namespace quill::test {
 
-// Only GetDisplayName without a bind context and a left moniker is expected; its fault name is
+// Only GetDisplayName without a bind context and a left moniker is expected; it is called
 // "<name>::GetDisplayName".
 class fake_moniker final : public fake_object<IMoniker>
 {

@@ -37,14 +37,14 @@ public:
         IUnknown* const found = IsEqualIID(iid, __uuidof(IUnknown)) ? static_cast<First*>(this) : find(iid);
         if (!found)
             return E_NOINTERFACE;
-        switch (book_->arrive_query(name_ + "::QueryInterface")) {
-        case fault::failure:
-        case fault::failure_untouched:
+        switch (queries_can_fail() ? book_->arrive_query(name_ + "::QueryInterface") : bad_answer::none) {
+        case bad_answer::failure:
+        case bad_answer::failure_untouched:
             return E_NOINTERFACE;
-        case fault::success_null:
-        case fault::success_untouched:
+        case bad_answer::success_null:
+        case bad_answer::success_untouched:
             return S_OK;
-        case fault::none:
+        case bad_answer::none:
             break;
         }
         found->AddRef();
@@ -69,10 +69,12 @@ protected:
     // The object's interface of that identifier, without a reference; null when it has none.
     virtual IUnknown* find(REFIID iid) = 0;
     virtual void on_last_release() {}
+    // False for an object that the system itself queries, which does not bear a query that gives nothing.
+    virtual bool queries_can_fail() const { return true; }
 
     call_book& book() const { return *book_; }
 
-    fault arrive(const char* method, const std::string& arguments = {}) const
+    bad_answer arrive(const char* method, const std::string& arguments = {}) const
     {
         return book_->arrive(method, arguments);
     }
@@ -85,7 +87,7 @@ private:
 
 // Answers a call whose out argument is an interface pointer; `value` is what a good host gives.
 template <class Interface>
-HRESULT answer_interface(fault kind, Interface** out, Interface* value)
+HRESULT answer_interface(bad_answer kind, Interface** out, Interface* value)
 {
     if (!out) {
         ADD_FAILURE() << "called without an out argument";
@@ -93,17 +95,17 @@ HRESULT answer_interface(fault kind, Interface** out, Interface* value)
     }
     EXPECT_EQ(*out, nullptr) << "the out variable was not initialised";
     switch (kind) {
-    case fault::failure:
+    case bad_answer::failure:
         *out = nullptr;
         return E_FAIL;
-    case fault::failure_untouched:
+    case bad_answer::failure_untouched:
         return E_NOTIMPL;
-    case fault::success_null:
+    case bad_answer::success_null:
         *out = nullptr;
         return S_OK;
-    case fault::success_untouched:
+    case bad_answer::success_untouched:
         return S_OK;
-    case fault::none:
+    case bad_answer::none:
         break;
     }
     *out = value;
@@ -114,12 +116,12 @@ HRESULT answer_interface(fault kind, Interface** out, Interface* value)
 }
 
 // The answer of a call without an out argument.
-inline HRESULT answer_plain(fault kind, HRESULT usual = S_OK)
+inline HRESULT answer_plain(bad_answer kind, HRESULT usual = S_OK)
 {
     switch (kind) {
-    case fault::failure:
+    case bad_answer::failure:
         return E_FAIL;
-    case fault::failure_untouched:
+    case bad_answer::failure_untouched:
         return E_NOTIMPL;
     default:
         return usual;

@@ -10,7 +10,7 @@ std::wstring text_of(BSTR text)
 
 } // namespace
 
-HRESULT answer_window(fault kind, HWND* out, HWND value)
+HRESULT answer_window(bad_answer kind, HWND* out, HWND value)
 {
     if (!out) {
         ADD_FAILURE() << "GetWindow without an out argument";
@@ -18,17 +18,17 @@ HRESULT answer_window(fault kind, HWND* out, HWND value)
     }
     EXPECT_EQ(*out, nullptr) << "the out variable was not initialised";
     switch (kind) {
-    case fault::failure:
+    case bad_answer::failure:
         *out = nullptr;
         return E_FAIL;
-    case fault::failure_untouched:
+    case bad_answer::failure_untouched:
         return E_NOTIMPL;
-    case fault::success_null:
+    case bad_answer::success_null:
         *out = nullptr;
         return S_OK;
-    case fault::success_untouched:
+    case bad_answer::success_untouched:
         return S_OK;
-    case fault::none:
+    case bad_answer::none:
         break;
     }
     *out = value;
@@ -54,17 +54,17 @@ STDMETHODIMP host_web_browser::get_LocationURL(BSTR* out)
     }
     EXPECT_EQ(*out, nullptr) << "the out variable was not initialised";
     switch (arrive("IWebBrowser2::get_LocationURL")) {
-    case fault::failure:
+    case bad_answer::failure:
         *out = nullptr;
         return E_FAIL;
-    case fault::failure_untouched:
+    case bad_answer::failure_untouched:
         return E_NOTIMPL;
-    case fault::success_null:
+    case bad_answer::success_null:
         *out = nullptr;
         return S_OK;
-    case fault::success_untouched:
+    case bad_answer::success_untouched:
         return S_OK;
-    case fault::none:
+    case bad_answer::none:
         break;
     }
     *out = SysAllocStringLen(location_url.data(), static_cast<UINT>(location_url.size()));
@@ -88,7 +88,7 @@ STDMETHODIMP host_web_browser::Navigate(BSTR url, VARIANT* flags, VARIANT* targe
         seen.post_data_type = post_data->vt;
     if (headers)
         seen.headers_type = headers->vt;
-    const fault kind = arrive("IWebBrowser2::Navigate");
+    const bad_answer kind = arrive("IWebBrowser2::Navigate");
     navigations.push_back(std::move(seen));
     return answer_plain(kind);
 }

@@ -50,6 +50,6 @@ private:
 };
 
 // Answers GetWindow of any host object.
-HRESULT answer_window(fault kind, HWND* out, HWND value);
+HRESULT answer_window(bad_answer kind, HWND* out, HWND value);
 
 } // namespace quill::test

@@ -67,8 +67,8 @@ STDMETHODIMP host_frame::SetBorderSpace(LPCBORDERWIDTHS widths)
 
 STDMETHODIMP host_frame::SetActiveObject(IOleInPlaceActiveObject* object, LPCOLESTR)
 {
-    const fault kind = arrive("IOleInPlaceFrame::SetActiveObject", object ? "object" : "null");
-    if (kind != fault::none)
+    const bad_answer kind = arrive("IOleInPlaceFrame::SetActiveObject", object ? "object" : "null");
+    if (kind != bad_answer::none)
         return answer_plain(kind);
     if (object)
         object->AddRef();
@@ -83,8 +83,8 @@ STDMETHODIMP host_frame::InsertMenus(HMENU menu, LPOLEMENUGROUPWIDTHS widths)
     EXPECT_EQ(GetMenuItemCount(menu), 0) << "the shared menu was not empty";
     EXPECT_NE(widths, nullptr);
     filled_menus.push_back(menu);
-    const fault kind = arrive("IOleInPlaceFrame::InsertMenus");
-    if (kind == fault::failure || kind == fault::failure_untouched)
+    const bad_answer kind = arrive("IOleInPlaceFrame::InsertMenus");
+    if (kind == bad_answer::failure || kind == bad_answer::failure_untouched)
         return answer_plain(kind);
     // The container's groups are File (0), Container (2) and Window (4); the others stay the object's.
     const wchar_t* const titles[] = {L"&File", L"&View", L"&Window"};

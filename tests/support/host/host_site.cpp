@@ -49,7 +49,7 @@ STDMETHODIMP host_site::SaveObject()
 
 STDMETHODIMP host_site::GetMoniker(DWORD assign, DWORD which, IMoniker** out)
 {
-    const fault kind =
+    const bad_answer kind =
         arrive("IOleClientSite::GetMoniker", std::to_string(assign) + " " + std::to_string(which));
     EXPECT_EQ(assign, DWORD{OLEGETMONIKER_TEMPFORUSER});
     fake_moniker& moniker = which == OLEWHICHMK_OBJFULL ? host_.object_moniker : host_.container_moniker;
@@ -59,8 +59,8 @@ STDMETHODIMP host_site::GetMoniker(DWORD assign, DWORD which, IMoniker** out)
 
 STDMETHODIMP host_site::GetContainer(IOleContainer** out)
 {
-    const fault kind = arrive("IOleClientSite::GetContainer");
-    if (!host_.container && kind == fault::none)
+    const bad_answer kind = arrive("IOleClientSite::GetContainer");
+    if (!host_.container && kind == bad_answer::none)
         return E_NOTIMPL; // the out argument stays as it was, as the real browser's site leaves it
     return answer_interface(kind, out, host_.container);
 }
@@ -82,8 +82,8 @@ STDMETHODIMP host_site::RequestNewObjectLayout()
 
 STDMETHODIMP host_site::ActivateMe(IOleDocumentView* view)
 {
-    const fault kind = arrive("IOleDocumentSite::ActivateMe", view ? "view" : "null");
-    if (kind == fault::failure || kind == fault::failure_untouched)
+    const bad_answer kind = arrive("IOleDocumentSite::ActivateMe", view ? "view" : "null");
+    if (kind == bad_answer::failure || kind == bad_answer::failure_untouched)
         return answer_plain(kind);
     return host_.activate(view);
 }
@@ -116,7 +116,7 @@ STDMETHODIMP host_site::OnUIActivate()
 STDMETHODIMP host_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document,
                                          LPRECT position, LPRECT clip, LPOLEINPLACEFRAMEINFO info)
 {
-    const fault kind = arrive("IOleInPlaceSite::GetWindowContext");
+    const bad_answer kind = arrive("IOleInPlaceSite::GetWindowContext");
     if (!frame || !document || !position || !clip || !info) {
         ADD_FAILURE() << "GetWindowContext without an out argument";
         return E_INVALIDARG;
@@ -125,17 +125,17 @@ STDMETHODIMP host_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUI
     EXPECT_EQ(*document, nullptr) << "the document variable was not initialised";
     EXPECT_EQ(info->cb, sizeof *info);
     EXPECT_EQ(sizeof *info, 32u);
-    if (kind == fault::failure_untouched)
+    if (kind == bad_answer::failure_untouched)
         return E_NOTIMPL;
-    if (kind == fault::success_untouched)
+    if (kind == bad_answer::success_untouched)
         return S_OK;
     *frame = nullptr;
     *document = nullptr;
-    if (kind == fault::failure)
+    if (kind == bad_answer::failure)
         return E_FAIL;
     *position = host_.position;
     *clip = host_.clip;
-    if (kind == fault::success_null)
+    if (kind == bad_answer::success_null)
         return S_OK;
     info->fMDIApp = FALSE;
     info->hwndFrame = host_.frame_window();
@@ -197,9 +197,9 @@ STDMETHODIMP host_site::QueryService(REFGUID service, REFIID iid, void** out)
 {
     const bool browser = IsEqualGUID(service, IID_IWebBrowserApp);
     const bool shell = IsEqualGUID(service, SID_SShellBrowser);
-    const fault kind = arrive("IServiceProvider::QueryService", browser ? "browser"
-                                                                : shell ? "shell"
-                                                                        : "other");
+    const bad_answer kind = arrive("IServiceProvider::QueryService", browser ? "browser"
+                                                                     : shell ? "shell"
+                                                                             : "other");
     if (!out) {
         ADD_FAILURE() << "QueryService without an out argument";
         return E_POINTER;

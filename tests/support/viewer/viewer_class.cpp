@@ -88,13 +88,13 @@ STDMETHODIMP viewer_class::CreateInstance(IUnknown* outer, REFIID iid, void** ou
     *out = nullptr;
     EXPECT_EQ(outer, nullptr) << "the viewer is not aggregated";
     switch (arrive("viewer class::CreateInstance")) {
-    case fault::failure:
-    case fault::failure_untouched:
+    case bad_answer::failure:
+    case bad_answer::failure_untouched:
         return E_FAIL;
-    case fault::success_null:
-    case fault::success_untouched:
+    case bad_answer::success_null:
+    case bad_answer::success_untouched:
         return S_OK;
-    case fault::none:
+    case bad_answer::none:
         break;
     }
     viewers_.push_back(std::make_unique<recording_viewer>(script_));

@@ -49,6 +49,7 @@ public:
 
 private:
     IUnknown* find(REFIID iid) override;
+    bool queries_can_fail() const override { return false; }
 
     viewer_script& script_;
     std::vector<std::unique_ptr<recording_viewer>> viewers_;

@@ -125,13 +125,13 @@ HRESULT viewer_script::invoke(DISPID id, REFIID iid, LCID locale, WORD flags, co
     received.push_back(std::move(call));
 
     switch (calls.arrive(call_name(id))) {
-    case fault::failure:
-    case fault::failure_untouched:
+    case bad_answer::failure:
+    case bad_answer::failure_untouched:
         return DISP_E_EXCEPTION;
-    case fault::success_null:
-    case fault::success_untouched:
+    case bad_answer::success_null:
+    case bad_answer::success_untouched:
         return S_OK;
-    case fault::none:
+    case bad_answer::none:
         break;
     }
     const auto planned = answers_.find(id);

@@ -28,7 +28,7 @@ enum viewer_method : DISPID
 inline constexpr GUID viewer_interface_id = {
     0xe7c40b19, 0x2a6d, 0x4f85, {0xb3, 0xe2, 0x91, 0x0d, 0x5c, 0x7a, 0x4f, 0x38}};
 
-// Fault names in `calls`: "viewer::1" and so on for the methods, "viewer class::CreateInstance".
+// Names in `calls`: "viewer::1" and so on for the methods, "viewer class::CreateInstance".
 class viewer_script
 {
 public:

@@ -1,0 +1,34 @@
+// The page object that stands in for the HTML engine, registered for text/html for the length of a scope.
+#pragma once
+
+#include "suite/pages/living_objects.h"
+#include "tests/browser/registered_module.h"
+
+#include <iosfwd>
+
+namespace quill {
+
+void PrintTo(const living_objects& counts, std::ostream* out);
+
+namespace test {
+
+// To be used under the registration lock. At its end every object and reference must have been given back.
+class registered_pages
+{
+public:
+    registered_pages();
+    ~registered_pages();
+    registered_pages(const registered_pages&) = delete;
+    registered_pages& operator=(const registered_pages&) = delete;
+
+    living_objects living() const;
+    // Waits until nothing of any page is left.
+    bool all_gone() const;
+
+private:
+    registered_library library_{L"QuillPages.dll"};
+    count_living_objects_function* count_ = nullptr;
+};
+
+} // namespace test
+} // namespace quill

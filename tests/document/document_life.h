@@ -1,0 +1,17 @@
+// One whole life of a document, for the tests that make something go wrong at each of its calls.
+#pragma once
+
+#include "tests/document/document_bench.h"
+
+namespace quill::test {
+
+// Sets the host up so that the life reaches everything that a host is asked.
+void prepare_life(document_bench& bench, activation_order order);
+
+// Opened, used, taken down; without the last Release. Results are not looked at.
+void live(document_bench& bench);
+
+// How many calls of its host and its viewer an undisturbed life makes, interface queries included.
+int calls_of_a_life(activation_order order);
+
+} // namespace quill::test
