@@ -110,7 +110,7 @@ protected:
             }
             post(control);
             taken.pages.push_back(settled_page(control, *diary));
-            browser.open(http_server::refused_url(L"/x"));
+            browser.open(refused);
             settled_page(control, *diary);
             if (helper)
                 EXPECT_EQ(helper->SetSite(nullptr), S_OK);
@@ -128,6 +128,7 @@ protected:
     registered_module module;
     registered_library pages{L"QuillPages.dll"};
     http_server server;
+    const std::wstring refused = http_server::refused_url(L"/x");
 
 private:
     void post(IWebBrowser2* control)

@@ -13,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <mshtml.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -40,7 +41,8 @@ protected:
         bench.use_editor();
         server.route("/list", http_response::ok(page(generator, "<p>Library</p>"), html));
         server.route("/plain", http_response::ok(page("", "<p>Plain</p>"), html));
-        server.route("/Doc.pdf", http_response::ok(pdf_body(2'000)));
+        // What comes is not the question here, so it is a page, whose end can be waited for.
+        server.route("/Doc.pdf", http_response::ok(page("", "<p>Document</p>"), html));
         EXPECT_EQ(CoCreateInstance(CLSID_SharepointBrowserHelperObject, nullptr, CLSCTX_INPROC_SERVER,
                                    IID_PPV_ARGS(&helper)),
                   S_OK);
@@ -72,7 +74,9 @@ protected:
     void show(const wchar_t* target)
     {
         browser.open(server.url(target));
-        EXPECT_TRUE(wait_until([&] { return is_showing(server.url(target)); })) << to_utf8(target);
+        EXPECT_TRUE(wait_until([&] { return is_showing(server.url(target)); }))
+            << to_utf8(target) << "; requests: " << testing::PrintToString(requested())
+            << "; failures: " << browser.failures().size();
     }
     std::vector<std::string> requested() const
     {
@@ -81,13 +85,18 @@ protected:
             targets.push_back(request.target);
         return targets;
     }
-    // The log's lines so far, as "level: text", without those of the page's own script handling.
+    // The log's lines so far, as "level: text".
     std::vector<std::string> logged() const
     {
         std::vector<std::string> all;
         for (const log_line& line : log.lines())
             all.push_back(line.level + ": " + line.text);
         return all;
+    }
+    std::size_t count_lines(const std::string& line) const
+    {
+        const auto lines = logged();
+        return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
     }
     std::string url(const wchar_t* target) const { return to_utf8(server.url(target)); }
 
@@ -121,25 +130,26 @@ TEST_F(HelperInTheEngine, CancelsTheNavigationToAPdf)
                                    "info:  block navigation to sharepoint PDF!"));
 }
 
+// The engine announces a navigation when its messages are pumped. Two announcements of one address come right
+// after each other; a machine that halts in between makes them two navigations, and is asked again.
 TEST_F(HelperInTheEngine, CancelsARepeatWithoutASecondEditor)
 {
     EXPECT_EQ(helper->SetSite(control()), S_OK);
     show(L"/list");
-    const std::wstring address = server.url(L"/Doc.pdf");
-    // Two announcements of one navigation come right after each other; a machine that halts in between makes
-    // them two navigations, and then there is nothing to see.
-    std::size_t starts = 0;
-    ULONGLONG between = 0;
-    do {
-        browser.open(address);
-        const ULONGLONG first = GetTickCount64();
-        browser.open(address);
-        between = GetTickCount64() - first;
-        starts += between < 100 ? 1u : 2u;
-    } while (between >= 100);
-    EXPECT_EQ(logged().back(), "info:  block navigation to sharepoint PDF!");
-    EXPECT_EQ(logged()[logged().size() - 2], "info: " + to_utf8(address) + " just canceled");
-    EXPECT_THAT(bench.starts(starts), SizeIs(starts));
+    const std::string announcement = "debug: on_before_navigate " + url(L"/Doc.pdf");
+    const std::string repeat = "info: " + url(L"/Doc.pdf") + " just canceled";
+    std::size_t announcements = 0;
+    for (int attempt = 0; attempt < 5 && count_lines(repeat) == 0; ++attempt) {
+        browser.open(server.url(L"/Doc.pdf"));
+        EXPECT_TRUE(wait_until([&] { return count_lines(announcement) == announcements + 1; }));
+        browser.open(server.url(L"/Doc.pdf"));
+        announcements += 2;
+        EXPECT_TRUE(wait_until([&] { return count_lines(announcement) == announcements; }));
+    }
+    EXPECT_EQ(count_lines(repeat), 1u);
+    EXPECT_EQ(count_lines("info: trying to open pdf link"), announcements - 1);
+    EXPECT_EQ(count_lines("info:  block navigation to sharepoint PDF!"), announcements);
+    EXPECT_THAT(bench.starts(announcements - 1), SizeIs(announcements - 1));
     EXPECT_THAT(requested(), ElementsAre("/list"));
 }
 
@@ -147,8 +157,7 @@ TEST_F(HelperInTheEngine, LetsAPdfOfAPlainPageThrough)
 {
     EXPECT_EQ(helper->SetSite(control()), S_OK);
     show(L"/plain");
-    browser.open(server.url(L"/Doc.pdf"));
-    EXPECT_TRUE(wait_until([&] { return requested().size() >= 2; }));
+    show(L"/Doc.pdf");
     EXPECT_THAT(requested(), ElementsAre("/plain", "/Doc.pdf"));
     EXPECT_THAT(bench.starts(0), IsEmpty());
 }
@@ -159,8 +168,7 @@ TEST_F(HelperInTheEngine, ForwardsNothingWithoutASite)
     EXPECT_EQ(helper->SetSite(control()), S_OK);
     EXPECT_EQ(helper->SetSite(nullptr), S_OK);
     show(L"/list");
-    browser.open(server.url(L"/Doc.pdf"));
-    EXPECT_TRUE(wait_until([&] { return requested().size() >= 2; }));
+    show(L"/Doc.pdf");
     EXPECT_THAT(bench.starts(0), IsEmpty());
 }
 
@@ -200,6 +208,7 @@ protected:
         tab->close();
     }
 
+    // Null, and a failure of the test, when the page has none.
     CComPtr<IHTMLElement> element(const wchar_t* id)
     {
         const CComQIPtr<IHTMLDocument3> document(shown_page());
@@ -210,14 +219,11 @@ protected:
     std::wstring markup(const wchar_t* id)
     {
         CComBSTR text;
-        element(id)->get_outerHTML(&text);
+        if (const CComPtr<IHTMLElement> found = element(id))
+            found->get_outerHTML(&text);
         return std::wstring(text.m_str ? text.m_str : L"");
     }
-    bool has_line(const std::string& line) const
-    {
-        const auto lines = logged();
-        return std::find(lines.begin(), lines.end(), line) != lines.end();
-    }
+    bool has_line(const std::string& line) const { return count_lines(line) > 0; }
     void show_library()
     {
         show(L"/library");
@@ -230,7 +236,9 @@ protected:
 TEST_F(HelperInATab, SendsAClickToTheEditor)
 {
     show_library();
-    element(L"list")->click();
+    const CComPtr<IHTMLElement> link = element(L"list");
+    ASSERT_NE(link.p, nullptr);
+    link->click();
     EXPECT_THAT(bench.starts(1), ElementsAre(bench.editor_start(server.url(L"/Doc.pdf"))));
     EXPECT_TRUE(has_line("info: blocking click event..."));
     EXPECT_THAT(requested(), ElementsAre("/library"));
@@ -248,9 +256,8 @@ TEST_F(HelperInATab, TakesTheOpenHandlersOutOfThePage)
 TEST_F(HelperInATab, RecordsAPageOnce)
 {
     show_library();
-    const auto lines = logged();
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "debug: " + url(L"/library") + " is new document"), 1);
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "info: " + url(L"/library") + " events subscribed "), 1);
+    EXPECT_EQ(count_lines("debug: " + url(L"/library") + " is new document"), 1u);
+    EXPECT_EQ(count_lines("info: " + url(L"/library") + " events subscribed "), 1u);
     EXPECT_TRUE(has_line("debug: on_document_complete " + url(L"/library")));
     EXPECT_TRUE(has_line("debug: opening document by " + url(L"/library")));
 }
@@ -260,8 +267,7 @@ TEST_F(HelperInATab, ForwardsNothingAfterTheTabsEnd)
     show_library();
     tab->close();
     EXPECT_EQ(logged().back(), "info: on_quit");
-    browser.open(server.url(L"/Doc.pdf"));
-    EXPECT_TRUE(wait_until([&] { return requested().size() >= 2; }));
+    show(L"/Doc.pdf");
     EXPECT_THAT(bench.starts(0), IsEmpty());
 }
 
