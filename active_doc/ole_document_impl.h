@@ -13,10 +13,13 @@ public:
     {
         if (!view)
             return E_POINTER;
-        *view = nullptr;
         T* const document = static_cast<T*>(this);
+        // There is one view only. The value is left alone: a host whose ActivateMe comes twice (the window
+        // getting the focus asks for it) passes the place where it keeps the view that it has, and would
+        // lose it.
         if (document->m_spInPlaceSite)
-            return E_FAIL; // there is one view only
+            return E_FAIL;
+        *view = nullptr;
 
         IOleDocumentView* const own_view = document;
         own_view->AddRef();
