@@ -131,8 +131,11 @@ TEST(PdfEditor, IgnoresAnOverlongPath)
 TEST(PdfEditor, TakesAPathOfExactly259Characters)
 {
     editor_bench bench;
-    std::wstring path = bench.install_editor(L"Editor\\editor.exe");
-    path.insert(path.find(L"\\Editor"), std::wstring(259 - path.size(), L'\\'));
+    const std::wstring name = L"\\e.exe";
+    const std::size_t taken = bench.scratch().path().size() + name.size() + 1;
+    const std::wstring folder(259 - taken, L'f');
+    const std::wstring path = bench.install_editor(folder + name);
+    ASSERT_EQ(path.size(), 259u);
     bench.set_editor(path);
     log_capture log;
     pdf_editor().open(parse_url(url));

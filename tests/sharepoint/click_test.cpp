@@ -1,0 +1,149 @@
+// Clicks on the elements of a recorded page.
+#include "sharepoint/document_record.h"
+#include "sharepoint/pdf_editor.h"
+#include "tests/sharepoint/aggregator_bench.h"
+
+#include <gtest/gtest.h>
+#include <mshtmdid.h>
+
+#include <optional>
+
+namespace quill::test {
+namespace {
+
+class Click : public aggregator_bench
+{
+protected:
+    Click()
+    {
+        complete();
+        log_.clear();
+    }
+
+    struct outcome
+    {
+        bool is_cancelled = false;
+        lines log = {};
+    };
+    // Clicks an element of the page.
+    outcome click(element_text text)
+    {
+        auto& element = page_->add_to_body(std::move(text));
+        const auto event = make_fake<fake_event>(scene_, &element);
+        log_.clear();
+        const auto result = page_->click(event);
+        EXPECT_EQ(result.code, S_OK);
+        const bool is_cancelled = is_bool(result.value, false);
+        EXPECT_NE(is_cancelled, event->is_untouched());
+        return {is_cancelled, log_.lines()};
+    }
+    // Clicks what is not the list's link to a PDF.
+    void expect_let_through(element_text text, std::optional<std::string> asked_about = std::nullopt)
+    {
+        lines expected = {"debug: CLICK!", "debug: click handling..."};
+        if (asked_about)
+            expected.push_back("debug: detect click to " + *asked_about);
+        expected.push_back("info: do not block clicks for not-pdf links");
+        const outcome clicked = click(std::move(text));
+        EXPECT_FALSE(clicked.is_cancelled);
+        EXPECT_EQ(clicked.log, expected);
+    }
+};
+
+TEST_F(Click, OnAListLinkOpensTheEditor)
+{
+    const outcome clicked = click(list_link(L"http://h/a/x.pdf"));
+    EXPECT_TRUE(clicked.is_cancelled);
+    EXPECT_EQ(clicked.log,
+              (lines{"debug: CLICK!", "debug: click handling...", "debug: detect click to http://h/a/x.pdf",
+                     "info: checkout file http://h/a/x.pdf", "info: blocking click event..."}));
+    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(L"http://h/a/x.pdf")});
+}
+
+TEST_F(Click, OnAServerRelativeListLinkOpensTheEditor)
+{
+    EXPECT_TRUE(click(list_link(L"/x.pdf")).is_cancelled);
+    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(L"http://h/x.pdf")});
+}
+
+// Clicks are the user's: two of them are two starts.
+TEST_F(Click, KnowsNoRepeats)
+{
+    EXPECT_TRUE(click(list_link(L"http://h/x.pdf")).is_cancelled);
+    EXPECT_TRUE(click(list_link(L"http://h/x.pdf")).is_cancelled);
+    EXPECT_EQ(bench_.starts(2).size(), 2u);
+}
+
+TEST_F(Click, OnAnythingElseIsLetThrough)
+{
+    element_text link = list_link(L"/x.pdf");
+    link.tag = L"SPAN";
+    expect_let_through(link);
+
+    link = list_link(L"/x.pdf");
+    link.outer_html.replace(link.outer_html.find(L"ms-draggable"), 12, L"ms-dropable!");
+    expect_let_through(link);
+
+    link = list_link(L"/x.pdf");
+    link.outer_html.replace(link.outer_html.find(L"DispEx"), 6, L"Other!");
+    expect_let_through(link);
+
+    expect_let_through(list_link(L"/x.docx"), "/x.docx");
+    expect_let_through(list_link(L"/_vti_history/1/x.pdf"), "/_vti_history/1/x.pdf");
+    link = list_link(L"/x.pdf");
+    link.href.reset();
+    expect_let_through(link, "");
+    EXPECT_TRUE(bench_.starts(0).empty());
+}
+
+TEST_F(Click, OnARegularPageIsLetThrough)
+{
+    page_ = show_plain_page();
+    complete();
+    const outcome clicked = click(list_link(L"/x.pdf"));
+    EXPECT_FALSE(clicked.is_cancelled);
+    EXPECT_EQ(clicked.log, (lines{"debug: CLICK!", "debug: click handling...",
+                                  "debug: do not block clicks for regular documents"}));
+}
+
+TEST_F(Click, OnNothingIsLetThrough)
+{
+    const auto event = make_fake<fake_event>(scene_, nullptr);
+    EXPECT_TRUE(is_bool(page_->click(event).value, true));
+    EXPECT_EQ(log_.lines().back(), "info: do not block clicks for not-pdf links");
+}
+
+TEST_F(Click, OnAPageNeverRecordedIsLetThrough)
+{
+    const auto link = make_fake<fake_element>(scene_, list_link(L"/x.pdf"));
+    const auto other = sharepoint_page(scene_, L"http://other/");
+    EXPECT_FALSE(aggregator_->on_click(other, link));
+    EXPECT_EQ(log_.lines(), lines{"warning: click: opened document not found"});
+}
+
+TEST_F(Click, WithoutItsEditorIsLetThrough)
+{
+    const auto link = make_fake<fake_element>(scene_, list_link(L"/x.pdf"));
+    auto editor = std::make_shared<pdf_editor>();
+    const document_record record(page_, editor, aggregator_);
+    editor.reset();
+    log_.clear();
+    EXPECT_FALSE(record.click(link));
+    EXPECT_EQ(log_.lines(), lines{"warning: click handler is missing"});
+}
+
+TEST_F(Click, AfterTheTabIsClosedIsLetThrough)
+{
+    const CComPtr<IDispatch> sink = page_->events().first_sink();
+    aggregator_.reset();
+    auto& link = page_->add_to_body(list_link(L"/x.pdf"));
+    const auto event = make_fake<fake_event>(scene_, &link);
+    VARIANT argument{};
+    argument.vt = VT_DISPATCH;
+    argument.pdispVal = event;
+    EXPECT_TRUE(is_bool(fire_at(sink, DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, {argument}).value, true));
+    EXPECT_TRUE(event->is_untouched());
+}
+
+} // namespace
+} // namespace quill::test
