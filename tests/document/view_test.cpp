@@ -56,6 +56,17 @@ QUILL_DOCUMENT_TEST(DocumentView, ExistsOnce)
     EXPECT_EQ(second.Get(), nullptr);
 }
 
+QUILL_DOCUMENT_TEST(DocumentView, RefusedASecondTimeLeavesTheHostItsView)
+{
+    bench.create();
+    const auto document = bench.as<IOleDocument>();
+    ComPtr<IOleDocumentView> view;
+    EXPECT_EQ(document->CreateView(bench.host.site.in_place_site(), nullptr, 0, &view), S_OK);
+    IOleDocumentView* kept = view.Get();
+    EXPECT_EQ(document->CreateView(bench.host.site.in_place_site(), nullptr, 0, &kept), E_FAIL);
+    EXPECT_EQ(kept, view.Get());
+}
+
 // Without a site nothing says that there is a view already.
 QUILL_DOCUMENT_TEST(DocumentView, WithoutSiteCanBeAskedForAgain)
 {
