@@ -1,6 +1,7 @@
 // The download against a real HTTP server, as the document's worker runs it.
 #include "retrieval/wininet_download.h"
 #include "tests/retrieval/progress_steps.h"
+#include "tests/retrieval/resetting_server.h"
 #include "tests/support/http_server.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/process_resources.h"
@@ -8,11 +9,8 @@
 #include "tests/support/wait.h"
 
 #include <windows.h>
-#include <winsock2.h>
 
 #include <gmock/gmock.h>
-
-#include <thread>
 
 namespace quill::test {
 namespace {
@@ -139,49 +137,6 @@ TEST_F(WinInetHttp, KeepsWhatABrokenOffBodyBrought)
     EXPECT_TRUE(read_file(path) == response.body.substr(0, 20'000));
     expect_steady(window, 20'000, 50'000);
 }
-
-// Answers one connection with headers and then breaks it off without good order.
-class resetting_server
-{
-public:
-    resetting_server() : listener_(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP))
-    {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(listen(listener_, 1), 0);
-        int size = sizeof address;
-        getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
-        url = L"http://127.0.0.1:" + std::to_wstring(ntohs(address.sin_port)) + L"/a.pdf";
-        thread_ = std::thread([this] { answer(); });
-    }
-    ~resetting_server()
-    {
-        closesocket(listener_);
-        thread_.join();
-    }
-
-    std::wstring url;
-
-private:
-    void answer() const
-    {
-        const SOCKET connection = accept(listener_, nullptr, nullptr);
-        std::string request;
-        char byte = 0;
-        while (!request.ends_with("\r\n\r\n") && recv(connection, &byte, 1, 0) == 1)
-            request += byte;
-        const std::string headers = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n";
-        send(connection, headers.data(), static_cast<int>(headers.size()), 0);
-        const linger abort{1, 0};
-        setsockopt(connection, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&abort), sizeof abort);
-        closesocket(connection);
-    }
-
-    SOCKET listener_;
-    std::thread thread_;
-};
 
 // Depending on when the reset is seen, there is no request or a request without data: it always ends.
 TEST_F(WinInetHttp, SurvivesAResetBehindTheHeaders)
