@@ -1,10 +1,10 @@
 // The download against a real HTTP server, as the document's worker runs it.
 #include "retrieval/wininet_download.h"
+#include "retrieval/wininet_functions.h"
 #include "tests/retrieval/progress_steps.h"
 #include "tests/retrieval/resetting_server.h"
 #include "tests/support/http_server.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
 #include "tests/support/wait.h"
 
@@ -207,6 +207,45 @@ TEST_F(WinInetHttp, GoesOnWithoutAWindow)
     EXPECT_EQ(read_file(path), "hello");
 }
 
+// The system's functions, with a count of the internet handles that they gave and got back.
+class counting_wininet
+{
+public:
+    counting_wininet()
+    {
+        open_ = 0;
+        opened_ = 0;
+        functions_.open = [](auto... arguments) WINAPI { return count(InternetOpenW(arguments...)); };
+        functions_.open_url = [](auto... arguments) WINAPI { return count(InternetOpenUrlW(arguments...)); };
+        functions_.connect = [](auto... arguments) WINAPI { return count(InternetConnectW(arguments...)); };
+        functions_.open_request = [](auto... arguments)
+                                      WINAPI { return count(HttpOpenRequestW(arguments...)); };
+        functions_.close_handle = [](HINTERNET handle) WINAPI {
+            const BOOL closed = InternetCloseHandle(handle);
+            open_ -= closed != FALSE;
+            return closed;
+        };
+    }
+
+    const wininet_functions& functions() const { return functions_; }
+    static int open() { return open_; }
+    static int opened() { return opened_; }
+
+private:
+    static HINTERNET count(HINTERNET handle)
+    {
+        open_ += handle != nullptr;
+        opened_ += handle != nullptr;
+        return handle;
+    }
+
+    static inline int open_ = 0;
+    static inline int opened_ = 0;
+    wininet_functions functions_ = system_wininet;
+};
+
+// The system keeps threads and events of its own, which come and go: internet handles and the file are
+// counted themselves.
 TEST_F(WinInetHttp, LeavesNothingOpen)
 {
     http_response slow = http_response::ok(pdf_body(100'000));
@@ -214,31 +253,26 @@ TEST_F(WinInetHttp, LeavesNothingOpen)
     slow.piece_delay_ms = 1;
     server.route("/a.pdf", http_response::ok("hello"));
     server.route("/slow.pdf", slow);
-    const auto every_path = [&] {
-        fake_document_window window({.url = {}, .on_progress = [&](const seen_progress& seen) {
-                                         if (seen.progress >= 6'000)
-                                             SetEvent(cancel);
-                                     }});
-        const std::wstring good_path = path;
-        EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
-        EXPECT_EQ(download(window, server.url(L"/slow.pdf")), 0x80004004u);
-        ResetEvent(cancel);
-        EXPECT_EQ(download(window, http_server::refused_url(L"/a.pdf")), 1u);
-        path = folder / L"missing\\a.pdf";
-        EXPECT_EQ(download(window, server.url(L"/a.pdf")), 1u);
-        path = good_path;
+    fake_document_window window({.url = {}, .on_progress = [&](const seen_progress& seen) {
+                                     if (seen.progress >= 6'000)
+                                         SetEvent(cancel);
+                                 }});
+    const counting_wininet wininet;
+    const auto expect_closed = [&](const std::wstring& url, std::uint32_t result, int handles) {
+        const int before = counting_wininet::opened();
+        const download_job job{window.handle(), cancel, nullptr};
+        EXPECT_EQ(download_with(wininet.functions(), job, url.c_str(), path.c_str()), result);
+        EXPECT_EQ(counting_wininet::opened() - before, handles);
+        EXPECT_EQ(counting_wininet::open(), 0);
+        EXPECT_TRUE(!read_file(path) || DeleteFileW(path.c_str())) << "the file is still open";
+        EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "the connection is still open";
     };
-    const auto held = [&] {
-        EXPECT_TRUE(server.wait_idle(default_deadline_ms));
-        return process_resources::now().kernel_handles;
-    };
-    every_path();
-    const DWORD before = held();
-    constexpr DWORD rounds = 4;
-    for (DWORD round = 0; round < rounds; ++round)
-        every_path();
-    // WinINet's own threads come and go; what a path leaves open stays, once for each round.
-    EXPECT_TRUE(wait_until([&] { return held() < before + rounds; })) << held() << " after " << before;
+    expect_closed(server.url(L"/a.pdf"), 0, 2);
+    expect_closed(server.url(L"/slow.pdf"), 0x80004004, 2);
+    ResetEvent(cancel);
+    expect_closed(http_server::refused_url(L"/a.pdf"), 1, 1);
+    path = folder / L"missing\\a.pdf";
+    expect_closed(server.url(L"/a.pdf"), 1, 2);
 }
 
 } // namespace
