@@ -126,6 +126,26 @@ TEST_F(Aggregator, KeepsARecordForEveryPage)
     EXPECT_EQ(plain->events().sinks(), 0u);
 }
 
+// Each page is its own record's business, however many came after it.
+TEST_F(Aggregator, AsksTheRecordOfThePageThatIsClicked)
+{
+    auto& link = page_->add_to_body(list_link(L"http://h/x.pdf"));
+    const auto first = show_plain_page();
+    complete();
+    browser_->document = page_->dispatch();
+    complete();
+    const auto last = show_plain_page();
+    complete();
+    EXPECT_TRUE(aggregator_->on_click(page_, &link));
+    EXPECT_FALSE(aggregator_->on_click(first, &link));
+    EXPECT_FALSE(aggregator_->on_click(last, &link));
+    EXPECT_EQ(bench_.starts(1).size(), 1u);
+    log_.clear();
+    page_->change_ready_state(L"complete");
+    EXPECT_EQ(log_.lines(), (lines{"info: Ready state change.", "debug: document already exists",
+                                   "debug: detect click to http://h/x.pdf"}));
+}
+
 TEST_F(Aggregator, RecordsAPageThatIsReadyBeforeItIsComplete)
 {
     aggregator_->on_document_ready(page_);
