@@ -12,7 +12,8 @@ using character_facet = std::ctype<wchar_t>;
 std::wstring upper_case(const character_facet& facet, std::wstring_view text)
 {
     std::wstring upper(text);
-    facet.toupper(upper.data(), upper.data() + upper.size());
+    for (wchar_t& character : upper)
+        character = facet.toupper(character);
     return upper;
 }
 
