@@ -3,6 +3,8 @@
 #include <exdispid.h>
 #include <olectl.h>
 
+#include <utility>
+
 // What neither the tab nor the control is asked for here.
 HRESULT unimplemented_method(const char*) noexcept
 {
@@ -45,13 +47,19 @@ HRESULT tab_browser::open(IWebBrowser2* control)
     return listener_->listen(control, static_cast<IWebBrowser2*>(this), relay_);
 }
 
+void tab_browser::quit()
+{
+    const CComPtr<event_relay> relay = relay_;
+    if (!relay || std::exchange(has_quit_, true))
+        return;
+    DISPPARAMS none = {};
+    relay->fire(DISPID_ONQUIT, &none);
+}
+
 void tab_browser::close()
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
-    if (relay_) {
-        DISPPARAMS none = {};
-        relay_->fire(DISPID_ONQUIT, &none);
-    }
+    quit();
     if (listener_)
         listener_->close();
     if (relay_)

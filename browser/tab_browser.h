@@ -28,7 +28,9 @@ public:
 
     // Stands for the control from here on.
     HRESULT open(IWebBrowser2* control);
-    // Tells the tab's end to whoever listens, and lets go of everything.
+    // Tells the tab's end to whoever listens, once.
+    void quit();
+    // The same, and lets go of everything.
     void close();
 
     // IWebBrowser2: what the tab adds, and what the control knows
@@ -49,6 +51,7 @@ private:
     CComPtr<IWebBrowser2> control_;
     CComPtr<event_relay> relay_;
     CComPtr<event_listener> listener_;
+    bool has_quit_ = false;
 };
 
 } // namespace quill

@@ -21,9 +21,28 @@ struct file_window
     DWORD bytes_read = 0;
 };
 
+// A drive without a medium is an answer, not a reason for the system to ask the user for one.
+class no_system_dialogs
+{
+public:
+    no_system_dialogs() noexcept { is_set_ = SetThreadErrorMode(SEM_FAILCRITICALERRORS, &before_); }
+    ~no_system_dialogs()
+    {
+        if (is_set_)
+            SetThreadErrorMode(before_, nullptr);
+    }
+    no_system_dialogs(const no_system_dialogs&) = delete;
+    no_system_dialogs& operator=(const no_system_dialogs&) = delete;
+
+private:
+    DWORD before_ = 0;
+    BOOL is_set_;
+};
+
 // Nothing when the file cannot be opened. A file that cannot be read counts as empty.
 std::optional<file_window> read_window(const wchar_t* path) noexcept
 {
+    const no_system_dialogs quiet;
     const unique_handle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                          FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file)
@@ -38,13 +57,14 @@ std::optional<file_window> read_window(const wchar_t* path) noexcept
 
 int isPDF(const wchar_t* path) noexcept
 {
-    if (!path || !PathFileExistsW(path)) {
-        log_stream(log_level::debug) << "ACTIVEDOC isPDF [FALSE] MISSING FILE";
+    // Opened first and asked for only then: nearly every file is there, and looking for it twice is a fifth
+    // of the whole check.
+    const auto window = path ? read_window(path) : std::nullopt;
+    if (!window) {
+        if (!path || !PathFileExistsW(path))
+            log_stream(log_level::debug) << "ACTIVEDOC isPDF [FALSE] MISSING FILE";
         return 0;
     }
-    const auto window = read_window(path);
-    if (!window)
-        return 0;
     switch (JudgePdf({window->bytes.data(), window->bytes.size()}, window->bytes_read)) {
     case pdf_verdict::pdf:
         log_stream(log_level::debug) << "ACTIVEDOC isPDF [TRUE]";

@@ -15,7 +15,7 @@
 namespace quill::test {
 namespace {
 
-constexpr DWORD start_deadline_ms = 30'000; // six keys are made
+constexpr DWORD start_deadline_ms = 30'000; // keys and certificates are made
 
 // A program of the machine cannot be waited for, and only a file can be its output.
 bool start_script(std::uint16_t http_port, HANDLE output)

@@ -138,6 +138,20 @@ TEST_F(SharepointBho, FailsWhenTheBrowserTakesNoConnection)
     EXPECT_EQ(browser_->events().sinks(), 1u);
 }
 
+// The old subscription has ended by then; the site is replaced only by one that was taken.
+TEST_F(SharepointBho, KeepsTheOldSiteWhenTheNewOneFails)
+{
+    EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
+    const auto other = make_fake<fake_browser>(scene_);
+    scene_.fail_calls_named("IConnectionPoint::Advise", fake_scene::failure::error);
+    EXPECT_EQ(helper_->SetSite(other->unknown()), E_FAIL);
+    EXPECT_EQ(browser_->events().sinks(), 0u);
+    CComPtr<IUnknown> site;
+    EXPECT_EQ(helper_->GetSite(IID_IUnknown, reinterpret_cast<void**>(&site)), S_OK);
+    EXPECT_EQ(site.p, browser_->unknown());
+    EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
+}
+
 TEST_F(SharepointBho, SendsAClickToTheEditorAndStopsAtTheEnd)
 {
     bench_.use_editor();
