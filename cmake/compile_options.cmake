@@ -12,10 +12,9 @@ target_compile_definitions(quill_options INTERFACE
 target_compile_options(quill_options INTERFACE
     -fms-extensions
     -Wall -Wextra -Wpedantic -Werror
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-language-extension-token>
     # mingw's STDMETHOD says nothrow where its STDMETHODIMP does not.
-    $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wno-missing-exception-spec>
-    $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wno-language-extension-token>
-    $<$<COMPILE_LANG_AND_ID:C,Clang>:-Wno-language-extension-token>
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-missing-exception-spec>
     # GCC knows neither clang's pragmas nor the uuid attribute, and sees optional text used uninitialised in
     # the library's own headers.
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-unknown-pragmas>
