@@ -32,6 +32,8 @@ public:
     void quit();
     // The same, and lets go of everything.
     void close();
+    // How many listen.
+    std::size_t sinks() const { return relay_ ? relay_->sinks() : 0; }
 
     // IWebBrowser2: what the tab adds, and what the control knows
     STDMETHODIMP get_TopLevelContainer(VARIANT_BOOL* value) override;

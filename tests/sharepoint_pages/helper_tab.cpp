@@ -32,12 +32,12 @@ helper_tab::helper_tab(with_helper helper)
     after.advise(object());
 }
 
-void helper_tab::show(const std::wstring& address)
+void helper_tab::show(const std::wstring& address, const std::wstring& arrives_at)
 {
-    const std::size_t completed = after.count(DISPID_DOCUMENTCOMPLETE, address);
+    const std::size_t completed = after.count(DISPID_DOCUMENTCOMPLETE, arrives_at);
     go_to(address);
     EXPECT_TRUE(wait_until([&] {
-        return is_showing(address) && after.count(DISPID_DOCUMENTCOMPLETE, address) > completed;
+        return page() && after.count(DISPID_DOCUMENTCOMPLETE, arrives_at) > completed;
     })) << to_utf8(address)
         << "; events: " << testing::PrintToString(after.lines());
 }
