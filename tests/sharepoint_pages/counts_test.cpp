@@ -1,4 +1,5 @@
 // What a tab with the helper object leaves behind: nothing.
+#include "suite/pages/identifiers.h"
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/wait.h"
@@ -24,35 +25,55 @@ protected:
     void live(std::size_t starts_so_far)
     {
         helper_tab tab;
-        tab.show(server.url(library_page));
+        show_and_paint(tab, server.url(library_page));
         tab.click(L"bracket");
         tab.click(L"care");
         editor.starts(starts_so_far + 2);
-        tab.show(server.url(L"/parts.html"));
-        tab.show(server.url(library_page));
+        show_and_paint(tab, server.url(L"/parts.html"));
+        show_and_paint(tab, server.url(library_page));
         if (starts_so_far % 4 == 0)
             tab.release_helper(); // as a browser that never takes the site away
     }
+
+private:
+    // What the system makes for its first painting must not come by chance.
+    static void show_and_paint(helper_tab& tab, const std::wstring& address)
+    {
+        tab.show(address);
+        EXPECT_TRUE(wait_until([&] { return tab.browser().find_window(page_window_class) != nullptr; }));
+        pump_messages();
+        RedrawWindow(tab.browser().window(), nullptr, nullptr,
+                     RDW_INVALIDATE | RDW_FRAME | RDW_UPDATENOW | RDW_ALLCHILDREN);
+    }
 };
 
+// What leaks, leaks in every tab; what the system keeps for later it does not keep every time.
 TEST_F(Counts, AreWhatTheyWereWhenTheTabIsClosed)
 {
-    live(0); // the system's engine sets itself up
-    live(2);
-    EXPECT_TRUE(pages.all_gone());
-    EXPECT_TRUE(server.wait_idle(default_deadline_ms));
-    const process_resources before = process_resources::now();
-    for (std::size_t starts = 4; starts < 10; starts += 2)
+    constexpr DWORD settling_ms = 3'000;
+    std::size_t starts = 0;
+    const auto live_twice = [&] {
         live(starts);
-    EXPECT_TRUE(pages.all_gone());
-    EXPECT_TRUE(module.can_unload());
-    EXPECT_TRUE(server.wait_idle(default_deadline_ms));
+        live(starts + 2);
+        starts += 4;
+    };
+    live_twice(); // the system's engine sets itself up
+    process_resources before;
     process_resources after;
-    EXPECT_TRUE(wait_until([&] {
-        after = process_resources::now();
-        return holds_no_more(after, before);
-    })) << "before: "
-        << before << "\nafter: " << after;
+    bool settled = false;
+    for (int attempt = 0; attempt < 4 && !settled; ++attempt) {
+        before = process_resources::now();
+        live_twice();
+        EXPECT_TRUE(pages.all_gone());
+        EXPECT_TRUE(module.can_unload());
+        settled = wait_until(
+            [&] {
+                after = process_resources::now();
+                return holds_no_more(after, before);
+            },
+            settling_ms);
+    }
+    EXPECT_TRUE(settled) << "before: " << before << "\nafter: " << after;
 }
 
 } // namespace
