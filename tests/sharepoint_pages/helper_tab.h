@@ -10,6 +10,7 @@
 #include <ocidl.h>
 
 #include <string>
+#include <string_view>
 
 namespace quill::test {
 
@@ -33,6 +34,8 @@ public:
     void show(const std::wstring& address, const std::wstring& arrives_at);
     // Goes to an address without waiting.
     void go_to(const std::wstring& address) { browser_.open(address); }
+    // Sends a form there without waiting.
+    void post_to(const std::wstring& address, std::string_view form);
     // The page that is shown; null when there is none or it is not complete.
     CComPtr<IHTMLDocument2> page();
     bool is_showing(const std::wstring& address);

@@ -58,20 +58,6 @@ protected:
                 taken.clicks.push_back(to_utf8(event.type + L" " + event.source));
     }
 
-    void post_order(helper_tab& tab)
-    {
-        constexpr std::string_view form = "part=2291-B&quantity=4&send=Order";
-        CComVariant data;
-        data.vt = VT_ARRAY | VT_UI1;
-        data.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(form.size()));
-        std::copy(form.begin(), form.end(), static_cast<char*>(data.parray->pvData));
-        CComVariant address(server.url(L"/ordered.pdf").c_str());
-        CComVariant headers(L"Content-Type: application/x-www-form-urlencoded\r\n");
-        CComVariant none;
-        EXPECT_EQ(tab.object()->Navigate2(&address, &none, &none, &data, &headers), S_OK);
-        EXPECT_TRUE(wait_until([&] { return tab.is_showing(server.url(L"/ordered.pdf")); }));
-    }
-
     visit take(with_helper helper)
     {
         visit taken;
@@ -97,7 +83,8 @@ protected:
         tab.show(server.url(L"/saved-copy.html"));
         click(tab, taken, L"care", L"/care.pdf");
         tab.show(server.url(L"/order.html"));
-        post_order(tab);
+        tab.post_to(server.url(L"/ordered.pdf"), "part=2291-B&quantity=4&send=Order");
+        EXPECT_TRUE(wait_until([&] { return tab.is_showing(server.url(L"/ordered.pdf")); }));
         taken.requests = requests_at_the_end(tab);
         tab.close();
 
