@@ -44,6 +44,7 @@ void pump_until(const Condition& condition, HANDLE handle = nullptr)
 
 document_session::document_session()
 {
+    ShowWindow(host_.frame_window(), SW_SHOWNA); // what is not seen is not painted
     host_.calls.when("viewer::1", [this] { opened_at_ = now(); });
 }
 
@@ -95,8 +96,7 @@ void document_session::close()
     document_.Reset();
 }
 
-double document_session::run_bare(void (*download)(const std::wstring& url, const std::wstring& path),
-                                  const std::wstring& url)
+double document_session::run_bare(const std::wstring& url, const bare_download& download)
 {
     const std::wstring path = files_ / L"bare.pdf";
     double taken = 0;

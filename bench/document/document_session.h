@@ -14,6 +14,9 @@
 
 namespace quill::bench {
 
+// Fetches url into the file at path.
+using bare_download = std::function<void(const std::wstring& url, const std::wstring& path)>;
+
 // The calling thread must have started OLE. Everything throws std::runtime_error when it fails.
 class document_session
 {
@@ -24,8 +27,10 @@ public:
     // nanoseconds; what comes before and after is not counted.
     double open(const std::wstring& url);
     // Runs a bare download on a thread of its own while this host pumps its messages, and returns its time.
-    double run_bare(void (*download)(const std::wstring& url, const std::wstring& path),
-                    const std::wstring& url);
+    double run_bare(const std::wstring& url, const bare_download& download);
+    // Where the document's window is put, and the library that holds its texts.
+    HWND view_window() const { return host_.view_window(); }
+    HMODULE library() const { return module_.handle(); }
     // Lets the host pump its messages with nothing to do.
     void idle(DWORD duration_ms) const;
 

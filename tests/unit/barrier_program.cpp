@@ -37,6 +37,16 @@ __declspec(noinline) int overflow_stack(int depth)
     return depth > 1'000'000 ? 0 : overflow_stack(depth + 1) + page[0];
 }
 
+// Writes more than its buffer takes, up to where the caller's return address lies.
+__declspec(noinline) __attribute__((no_sanitize("undefined"))) void overrun_buffer(std::size_t count)
+{
+    volatile char buffer[16] = {};
+    volatile char* const end = buffer + count;
+    for (volatile char* place = buffer; place != end; ++place)
+        *place = 'x';
+    result_of_event = buffer[0];
+}
+
 void* reserved_page()
 {
     static void* const page = VirtualAlloc(nullptr, 4096, MEM_COMMIT | MEM_RESERVE, PAGE_NOACCESS);
@@ -53,6 +63,8 @@ const std::map<std::string, std::function<void()>> events = {
          divide(7, &zero);
      }},
     {"overflow", [] { result_of_event = overflow_stack(0); }},
+    {"fill", [] { overrun_buffer(16); }},
+    {"overrun", [] { overrun_buffer(48); }},
     // What a module of another compiler throws.
     {"foreign", [] { RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, 0, nullptr); }},
     {"throw", [] { throw std::runtime_error("thrown"); }},
