@@ -91,12 +91,22 @@ logger_holder make_holder()
     return holder;
 }
 
+// Made known once it is there, and no longer known once it is gone.
+struct published_holder
+{
+    logger_holder holder = make_holder();
+    published_holder() { known_holder.store(&holder, std::memory_order_release); }
+    ~published_holder() { known_holder.store(nullptr, std::memory_order_release); }
+    published_holder(const published_holder&) = delete;
+    published_holder& operator=(const published_holder&) = delete;
+};
+
 } // namespace
 
 logger_holder& global_logger()
 {
-    static logger_holder holder = make_holder();
-    return holder;
+    static published_holder published;
+    return published.holder;
 }
 
 } // namespace quill

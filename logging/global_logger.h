@@ -1,6 +1,7 @@
 // The process-wide logger that log streams write to.
 #pragma once
 
+#include <atomic>
 #include <memory>
 
 namespace spdlog {
@@ -19,5 +20,9 @@ struct logger_holder
 // (a folder that cannot be made, a path that cannot be read) is thrown to the caller, and the next call
 // tries again. Any thread may call.
 logger_holder& global_logger();
+
+// What global_logger() returns, null until it has returned for the first time: log streams look here first,
+// because most have nothing to write and shall not pay for a call.
+inline constinit std::atomic<logger_holder*> known_holder{nullptr};
 
 } // namespace quill

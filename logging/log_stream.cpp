@@ -8,6 +8,7 @@
 #include <spdlog/logger.h>
 
 #include <string>
+#include <type_traits>
 
 namespace quill {
 namespace {
@@ -22,38 +23,45 @@ static_assert(to_spdlog(log_level::warning) == spdlog::level::warn);
 static_assert(to_spdlog(log_level::error) == spdlog::level::err);
 static_assert(to_spdlog(log_level::off) == spdlog::level::off);
 
+// The member is protected, which leaves its address to derived classes.
+struct level_member : spdlog::logger
+{
+    static constexpr auto address = &level_member::level_;
+};
+static_assert(std::is_same_v<std::atomic<int>, spdlog::level_t>);
+
+// Appends what append() appends; a piece that cannot be formatted is lost.
+template <typename Append>
+void or_lose_it(const Append& append) noexcept
+{
+    try {
+        append();
+    } catch (...) {
+        return;
+    }
+}
+
 } // namespace
 
-const char* default_integer_format = "{:d}";
+std::atomic<int> spdlog::logger::* const log_detail::level_of_logger = level_member::address;
 
-log_stream::log_stream(log_level level, logger_holder* holder) noexcept
-    : level_(level), integer_format_(default_integer_format)
+spdlog::logger* log_detail::first_logger() noexcept
 {
     try {
-        logger_ = (holder ? *holder : global_logger()).logger.get();
+        return global_logger().logger.get();
     } catch (...) {
         // The caller asked for a line, not for the logger's troubles; the next stream tries again.
-        logger_ = nullptr;
+        return nullptr;
     }
 }
 
-log_stream::~log_stream()
+void log_stream::write() noexcept
 {
-    if (!enabled())
-        return;
-    try {
-        const std::string line(buffer_.data(), buffer_.size());
+    or_lose_it([&] {
+        const std::string line(buffer().data(), buffer().size());
         logger_->log(to_spdlog(level_), line);
         logger_->flush();
-        buffer_.clear();
-    } catch (...) {
-        buffer_.clear(); // the line is lost
-    }
-}
-
-bool log_stream::enabled() const noexcept
-{
-    return logger_ && logger_->level() <= to_spdlog(level_);
+    });
 }
 
 log_stream& log_stream::integer_format(const char* format) noexcept
@@ -62,33 +70,31 @@ log_stream& log_stream::integer_format(const char* format) noexcept
     return *this;
 }
 
-log_stream& log_stream::operator<<(const char* text) noexcept
+void log_stream::format(const char* text) noexcept
 {
-    if (!text)
-        return *this;
-    return append([&] { fmt::format_to(std::back_inserter(buffer_), "{}", text); });
+    if (text)
+        or_lose_it([&] { fmt::format_to(std::back_inserter(buffer()), "{}", text); });
 }
 
-log_stream& log_stream::operator<<(const wchar_t* text) noexcept
+void log_stream::format(const wchar_t* text) noexcept
 {
-    if (!text || !*text)
-        return *this;
-    return *this << std::wstring_view(text);
+    if (text && *text)
+        format(std::wstring_view(text));
 }
 
-log_stream& log_stream::operator<<(std::wstring_view text) noexcept
+void log_stream::format(std::wstring_view text) noexcept
 {
-    return append([&] { fmt::format_to(std::back_inserter(buffer_), "{}", to_utf8(text)); });
+    or_lose_it([&] { fmt::format_to(std::back_inserter(buffer()), "{}", to_utf8(text)); });
 }
 
-log_stream& log_stream::append_integer(std::int64_t value) noexcept
+void log_stream::format(std::int64_t value) noexcept
 {
-    return append([&] { fmt::format_to(std::back_inserter(buffer_), fmt::runtime(integer_format_), value); });
+    or_lose_it([&] { fmt::format_to(std::back_inserter(buffer()), fmt::runtime(integer_format_), value); });
 }
 
-log_stream& log_stream::append_integer(std::uint64_t value) noexcept
+void log_stream::format(std::uint64_t value) noexcept
 {
-    return append([&] { fmt::format_to(std::back_inserter(buffer_), fmt::runtime(integer_format_), value); });
+    or_lose_it([&] { fmt::format_to(std::back_inserter(buffer()), fmt::runtime(integer_format_), value); });
 }
 
 void log_pieces(log_level level, std::initializer_list<const char*> pieces) noexcept

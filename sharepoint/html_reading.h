@@ -7,6 +7,7 @@
 #include <mshtml.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quill {
@@ -14,7 +15,8 @@ namespace quill {
 // The page that the browser (a tab or a frame) shows, if it is an HTML page.
 CComPtr<IHTMLDocument2> html_document_of(IWebBrowser2* browser);
 
-// The elements of one tag name in document order: all of a document, or those inside an element.
+// The elements of one tag name in document order: all of a document, or those inside an element. An engine
+// that cannot search inside an element by name hands out all there are: the caller has to tell them apart.
 CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLDocument3* document, const wchar_t* tag);
 CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wchar_t* tag);
 
@@ -45,6 +47,19 @@ std::wstring read_text(Object* object, HRESULT (STDMETHODCALLTYPE Object::*gette
     return std::wstring(text.m_str ? text.m_str : L"", text.Length());
 }
 
-std::wstring read_attribute(IHTMLElement* element, const wchar_t* name);
+// The value of an element's attribute.
+class attribute_value
+{
+public:
+    attribute_value(IHTMLElement* element, const CComBSTR& name);
+    attribute_value(const attribute_value&) = delete;
+    attribute_value& operator=(const attribute_value&) = delete;
+
+    // Lives as long as this; empty for a value that is no text.
+    std::wstring_view text() const;
+
+private:
+    CComVariant value_;
+};
 
 } // namespace quill

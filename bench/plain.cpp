@@ -1,0 +1,12 @@
+// What needs no host: the log, the PDF check, the functions on URLs.
+#include "bench/plain_benchmarks.h"
+#include "bench/support/report.h"
+
+int wmain(int argc, wchar_t** argv)
+{
+    return quill::bench::run(argc, argv, [] {
+        quill::bench::log_benchmarks();
+        quill::bench::pdf_check_benchmarks();
+        quill::bench::url_benchmarks();
+    });
+}

@@ -1,0 +1,10 @@
+// The benchmarks of what needs no host.
+#pragma once
+
+namespace quill::bench {
+
+void log_benchmarks();
+void pdf_check_benchmarks();
+void url_benchmarks();
+
+} // namespace quill::bench

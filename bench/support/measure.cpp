@@ -1,0 +1,111 @@
+#include "bench/support/measure.h"
+
+#include "bench/support/report.h"
+
+#include <windows.h>
+
+#include <algorithm>
+#include <limits>
+#include <vector>
+
+namespace quill::bench {
+namespace {
+
+// A batch is long against the clock's own cost and short against the time that the system gives a thread.
+constexpr double batch_ns = 500'000;
+constexpr int rounds_in_full = 400;
+constexpr int rounds_in_short = 8;
+
+double time_batch(const repeated& work, std::size_t times)
+{
+    const double start = now();
+    work(times);
+    return (now() - start) / static_cast<double>(times);
+}
+
+std::size_t repetitions_for_a_batch(const repeated& work)
+{
+    work(1); // what is made once and kept is made here
+    double one = std::numeric_limits<double>::max();
+    std::size_t times = 1;
+    for (;;) {
+        one = std::min(one, time_batch(work, times));
+        if (one * static_cast<double>(times) >= batch_ns / 2 || times >= (1u << 24))
+            return std::max<std::size_t>(1, static_cast<std::size_t>(batch_ns / std::max(one, 0.01)));
+        times *= 2;
+    }
+}
+
+// Long work gets fewer rounds.
+int rounds_for(double round_ns)
+{
+    constexpr double budget_ns = 1.5e9;
+    constexpr int fewest = 15;
+    const int affordable = static_cast<int>(budget_ns / std::max(round_ns, 1.0));
+    return is_short_run() ? rounds_in_short : std::clamp(affordable, fewest, rounds_in_full);
+}
+
+} // namespace
+
+double now()
+{
+    static const double tick = [] {
+        LARGE_INTEGER frequency;
+        QueryPerformanceFrequency(&frequency);
+        return 1e9 / static_cast<double>(frequency.QuadPart);
+    }();
+    LARGE_INTEGER count;
+    QueryPerformanceCounter(&count);
+    return static_cast<double>(count.QuadPart) * tick;
+}
+
+double median(std::vector<double> values)
+{
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+comparison compare_shortest(const repeated& ours, const repeated& baseline)
+{
+    const std::size_t our_times = repetitions_for_a_batch(ours);
+    const std::size_t baseline_times = repetitions_for_a_batch(baseline);
+    comparison best{time_batch(ours, our_times), time_batch(baseline, baseline_times), 0};
+    const int rounds = rounds_for(best.ours * static_cast<double>(our_times) +
+                                  best.baseline * static_cast<double>(baseline_times));
+    for (int round = 0; round < rounds; ++round) {
+        best.ours = std::min(best.ours, time_batch(ours, our_times));
+        best.baseline = std::min(best.baseline, time_batch(baseline, baseline_times));
+    }
+    best.ratio = best.ours / best.baseline;
+    return best;
+}
+
+double shortest(const repeated& work)
+{
+    const std::size_t times = repetitions_for_a_batch(work);
+    double best = time_batch(work, times);
+    const int rounds = rounds_for(best * static_cast<double>(times));
+    for (int round = 0; round < rounds; ++round)
+        best = std::min(best, time_batch(work, times));
+    return best;
+}
+
+comparison compare_medians(const timed_run& ours, const timed_run& baseline, int rounds)
+{
+    baseline(); // the first of all pays for what is made once and kept
+    ours();
+    std::vector<double> our_times, baseline_times, ratios;
+    for (int round = 0; round < rounds; ++round) {
+        // Turn about, so that neither side always finds what the other has left.
+        const bool ours_first = round % 2 == 1;
+        const double first = ours_first ? ours() : baseline();
+        const double second = ours_first ? baseline() : ours();
+        our_times.push_back(ours_first ? first : second);
+        baseline_times.push_back(ours_first ? second : first);
+        ratios.push_back(our_times.back() / baseline_times.back());
+    }
+    return {median(our_times), median(baseline_times), median(ratios)};
+}
+
+} // namespace quill::bench

@@ -1,0 +1,30 @@
+// The lines of the table that the benchmarks print.
+#pragma once
+
+#include "bench/support/measure.h"
+
+#include <optional>
+#include <string>
+
+namespace quill::bench {
+
+// What the program was started with.
+struct options
+{
+    bool is_short = false;    // --short: a few rounds with small data, which judge nothing
+    std::wstring server = {}; // --server URL: where the download benchmarks fetch from
+};
+const options& current_options();
+bool is_short_run(); // current_options().is_short
+
+// One line: what was measured, both times, their ratio and the largest that will do; none for a line that
+// only informs.
+void report(const std::string& what, const comparison& measured, std::optional<double> target = {});
+// A line with figures of its own. value and limit are in the unit.
+void report_value(const std::string& what, double value, const std::string& unit,
+                  std::optional<double> limit = {});
+
+// Runs a program's benchmarks. The exit code: 0, or 1 when a target is missed, 2 when a benchmark failed.
+int run(int argc, wchar_t** argv, void (*benchmarks)());
+
+} // namespace quill::bench
