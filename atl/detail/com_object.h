@@ -68,6 +68,8 @@ public:
         if (_pAtlModule)
             _pAtlModule->Lock();
     }
+    // NOLINTNEXTLINE(modernize-use-override): of some bases it overrides the destructor, of others it does
+    // not.
     virtual ~CComObject()
     {
         this->m_dwRef = CComObjectRootBase::destroyed_count;
