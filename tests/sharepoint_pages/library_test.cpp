@@ -80,6 +80,17 @@ TEST_F(Library, ANavigationToAPdfStartsTheEditorAndIsCancelled)
     }
 }
 
+// The browser shows the data of a form only through a second reference, which is not looked into.
+TEST_F(Library, AFormSentToAPdfIsTakenForANavigation)
+{
+    serve_library("2013");
+    helper_tab tab;
+    tab.show(shown_page());
+    tab.post_to(file(L"Report.pdf"), "part=2291-B");
+    expect_start(file(L"Report.pdf"));
+    EXPECT_THAT(requests_at_the_end(tab), ElementsAre(asked_for_page, asked_for_last));
+}
+
 TEST_F(Library, OnlyTheHandlersOfPdfsAreTakenOutOfThePage)
 {
     // What is put back is parsed again, which takes the blank before the handler.
