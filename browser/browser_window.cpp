@@ -1,7 +1,6 @@
 #include "browser/browser_window.h"
 
 #include "browser/print_line.h"
-#include "browser/window_picture.h"
 
 #include <shellapi.h>
 #include <shlwapi.h>
@@ -58,15 +57,6 @@ HWND create_child(HWND parent, const wchar_t* window_class, const wchar_t* text,
                            reinterpret_cast<HMENU>(static_cast<INT_PTR>(id)), nullptr, nullptr);
 }
 
-// The last part of an address, for the title.
-std::wstring name_of(const std::wstring& address)
-{
-    const std::wstring path = address.substr(0, address.find_first_of(L"?#"));
-    const std::size_t slash = path.find_last_of(L"/\\");
-    const std::wstring name = slash == std::wstring::npos ? path : path.substr(slash + 1);
-    return name.empty() ? address : name;
-}
-
 } // namespace
 
 browser_window::browser_window(browser_options options) : options_(std::move(options)) {}
@@ -88,6 +78,8 @@ bool browser_window::open()
         DestroyWindow();
         return false;
     }
+    if (options_.helpers && !load_helpers())
+        return false;
     watching_ = true;
     deadline_ = GetTickCount64() + static_cast<ULONGLONG>(std::chrono::milliseconds(options_.wait).count());
     ::SetTimer(m_hWnd, watch_timer, watch_interval_ms, nullptr);
@@ -189,50 +181,33 @@ void browser_window::go_to(const std::wstring& address)
         end_watch(false, L"the browser does not take the address: " + hexadecimal(hr));
 }
 
-// The control's events do not tell of every change: the first question after its shell browser, which
-// documents ask, can silence them for good.
-void browser_window::follow_address()
+// As a browser does for each of its tabs.
+bool browser_window::load_helpers()
 {
-    const std::wstring address = control_.address();
-    if (address.empty() || address == last_address_)
-        return;
-    last_address_ = address;
-    if (GetFocus() != address_.m_hWnd)
-        ::SetWindowTextW(address_, address.c_str());
-    ::SetWindowTextW(m_hWnd, (name_of(address) + L" - Quill Browser").c_str());
-}
-
-void browser_window::watch()
-{
-    follow_address();
-    if (!watching_)
-        return;
-    const shown_document document = summarise(find_shown_documents(content_), options_.documents);
-    if (document.state == viewer_state::shown)
-        end_watch(true, document.text);
-    else if (document.state == viewer_state::failed)
-        end_watch(false, document.text);
-    else if (GetTickCount64() > deadline_)
-        end_watch(false, L"no document appeared in " + std::to_wstring(options_.wait.count()) + L" s");
-}
-
-void browser_window::end_watch(bool shown, const std::wstring& why)
-{
-    if (!std::exchange(watching_, false))
-        return;
-    on_status(why);
-    print_line(shown ? stdout : stderr, (shown ? L"shown: " : L"not shown: ") + why);
-    succeeded_ = shown;
-    if (!options_.screenshot.empty()) {
-        RedrawWindow(m_hWnd, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-        const bool saved = save_window_picture(m_hWnd, options_.screenshot);
-        print_line(saved ? stdout : stderr,
-                   (saved ? L"picture of the window: " : L"the picture could not be saved: ") +
-                       options_.screenshot);
-        succeeded_ = succeeded_ && saved;
+    CComObject<tab_browser>* tab = nullptr;
+    HRESULT hr = CComObject<tab_browser>::CreateInstance(&tab);
+    tab_ = tab;
+    if (SUCCEEDED(hr))
+        hr = tab_->open(control_.browser());
+    if (FAILED(hr)) {
+        print_line(stderr, L"no tab for the helper objects: " + hexadecimal(hr));
+        DestroyWindow();
+        return false;
     }
-    if (options_.exit)
-        ::PostMessageW(m_hWnd, WM_CLOSE, 0, 0);
+    const std::size_t count = helpers_.load(static_cast<IWebBrowser2*>(tab_));
+    print_line(stdout, L"helper objects loaded: " + std::to_wstring(count));
+    return true;
+}
+
+void browser_window::close_control()
+{
+    if (tab_) {
+        tab_->quit();
+        helpers_.unload();
+        tab_->close();
+        tab_.Release();
+    }
+    control_.close();
 }
 
 bool browser_window::take_key(MSG& message)
@@ -313,11 +288,11 @@ bool browser_window::handle(UINT message, WPARAM wparam, LPARAM lparam, LRESULT&
         watch();
         return true;
     case WM_CLOSE:
-        control_.close();
+        close_control();
         DestroyWindow();
         return true;
     case WM_DESTROY:
-        control_.close();
+        close_control();
         PostQuitMessage(0);
         return true;
     default:

@@ -4,7 +4,9 @@
 
 #include "browser/browser_control.h"
 #include "browser/command_line.h"
+#include "browser/helper_objects.h"
 #include "browser/shown_document.h"
+#include "browser/tab_browser.h"
 #include "suite/viewer/gdi_object.h"
 
 #include <windows.h>
@@ -44,9 +46,13 @@ private:
     void on_command(int id);
     void go_to(const std::wstring& address);
     void follow_address();
+    bool load_helpers();
+    void close_control();
 
     // The watch over the document: every tick until it has ended.
     void watch();
+    shown_document seen();
+    void click_first();
     void end_watch(bool shown, const std::wstring& why);
 
     void on_title(const std::wstring& title) override;
@@ -58,6 +64,8 @@ private:
 
     browser_options options_;
     browser_control control_;
+    CComPtr<tab_browser> tab_; // for the helper objects only
+    helper_objects helpers_;
     CWindow address_;
     RECT address_box_ = {};
     CWindow content_;
@@ -68,6 +76,7 @@ private:
     gdi_object small_font_ = make_interface_font(11);
     ULONGLONG deadline_ = 0; // of the watch, by GetTickCount64
     bool watching_ = false;
+    bool clicked_ = false;
     bool succeeded_ = false;
 };
 

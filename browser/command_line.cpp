@@ -43,6 +43,13 @@ std::optional<browser_options> parse_command_line(const std::vector<std::wstring
                 return std::nullopt;
             options.documents = *documents;
             ++i;
+        } else if (argument == L"--page") {
+            options.page = true;
+        } else if (argument == L"--click" && value != nullptr && !value->empty()) {
+            options.click = *value;
+            ++i;
+        } else if (argument == L"--helpers") {
+            options.helpers = true;
         } else if (!argument.empty() && argument[0] != L'-' && options.address.empty()) {
             options.address = argument;
         } else {

@@ -3,6 +3,8 @@
 #include <exdispid.h>
 #include <olectl.h>
 
+#include <utility>
+
 // What neither the tab nor the control is asked for here.
 HRESULT unimplemented_method(const char*) noexcept
 {
@@ -45,13 +47,35 @@ HRESULT tab_browser::open(IWebBrowser2* control)
     return listener_->listen(control, static_cast<IWebBrowser2*>(this), relay_);
 }
 
+HRESULT tab_browser::add_frame(IWebBrowser2* frame)
+{
+    if (!relay_)
+        return E_UNEXPECTED;
+    CComPtr<event_listener> listener;
+    HRESULT hr = create(listener);
+    if (SUCCEEDED(hr))
+        hr = listener->listen(frame, frame, relay_);
+    if (SUCCEEDED(hr))
+        frames_.push_back(listener);
+    return hr;
+}
+
+void tab_browser::quit()
+{
+    const CComPtr<event_relay> relay = relay_;
+    if (!relay || std::exchange(has_quit_, true))
+        return;
+    DISPPARAMS none = {};
+    relay->fire(DISPID_ONQUIT, &none);
+}
+
 void tab_browser::close()
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
-    if (relay_) {
-        DISPPARAMS none = {};
-        relay_->fire(DISPID_ONQUIT, &none);
-    }
+    quit();
+    const auto frames = std::exchange(frames_, {});
+    for (const auto& frame : frames)
+        frame->close();
     if (listener_)
         listener_->close();
     if (relay_)

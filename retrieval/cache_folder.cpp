@@ -1,6 +1,6 @@
 #include "retrieval/cache_folder.h"
 
-#include "retrieval/url_text.h"
+#include "retrieval/cache_name.h"
 
 #include <windows.h>
 
@@ -12,7 +12,6 @@
 namespace quill {
 namespace {
 
-constexpr wchar_t untitled_name[] = L"Untitled.pdf";
 constexpr wchar_t extension[] = L".pdf";
 constexpr std::size_t extension_units = 4;
 
@@ -51,22 +50,6 @@ std::wstring base_name_of(const std::wstring& name)
 }
 
 } // namespace
-
-std::wstring CacheFileName(const wchar_t* url)
-{
-    std::array<wchar_t, MAX_PATH> name{};
-    const std::size_t length = GetFileNameFromUrl(DecodeUrl(url).c_str(), name.data(), name.size());
-    if (length == 0 || length >= name.size())
-        return untitled_name;
-    return {name.data(), length};
-}
-
-std::wstring WithSeparator(std::wstring temp_path)
-{
-    if (!temp_path.empty() && temp_path.back() != L'\\' && temp_path.back() != L'/')
-        temp_path += L'\\';
-    return temp_path;
-}
 
 std::wstring CreateCacheFolder(const std::wstring& temp_path)
 {

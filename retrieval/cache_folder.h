@@ -6,13 +6,6 @@
 
 namespace quill {
 
-// The name, at most 259 units, that the file behind url is to have; "Untitled.pdf" when url gives none
-// that fits.
-std::wstring CacheFileName(const wchar_t* url);
-
-// temp_path with a separator at its end.
-std::wstring WithSeparator(std::wstring temp_path);
-
 // Makes the first folder "qll0", "qll1", ... of temp_path that does not exist yet, neither as a folder nor
 // as a file, and returns it with a backslash at its end. Empty when it cannot be made or its text does not
 // fit into a path buffer. temp_path ends with a separator.

@@ -4,6 +4,7 @@
 #include "platform/temp_file_manager.h"
 #include "retrieval/bind_status_callback.h"
 #include "retrieval/cache_folder.h"
+#include "retrieval/cache_name.h"
 #include "retrieval/cancel_event.h"
 #include "retrieval/download_switch.h"
 #include "retrieval/pdf_check.h"

@@ -3,8 +3,6 @@
 #include "platform/unique_handle.h"
 
 #include <array>
-#include <cctype>
-#include <cwchar>
 
 namespace quill {
 namespace {
@@ -40,17 +38,6 @@ wininet_switch read_switch() noexcept
 }
 
 } // namespace
-
-wininet_switch ParseWinINetSwitch(const wchar_t* text) noexcept
-{
-    const wchar_t* number = std::wcsstr(text, L"/b");
-    if (!number)
-        return wininet_switch_no_number;
-    number += 2;
-    while (*number < 0x80 && std::isspace(*number))
-        ++number;
-    return std::wcstol(number, nullptr, 10) == 0 ? wininet_switch_zero : wininet_switch_on;
-}
 
 wininet_switch ReadWinINetSwitch(DWORD& last_error) noexcept
 {

@@ -32,13 +32,18 @@ std::wstring_view up_to_last(std::wstring_view text, wchar_t end)
 }
 
 // Every step drops three characters of the reference and one folder of the base for as long as the rest
-// of the reference holds a "../", so the position of the last one tells how many steps there are.
+// of the reference holds a "../", so the position of the last one tells how many steps there are. A page
+// may write a million of them: each looks only at what it cuts off.
 void climb(std::wstring_view& reference, std::wstring_view& folder)
 {
     const std::size_t steps = reference.rfind(parent_step) / parent_step.size() + 1;
     reference.remove_prefix(steps * parent_step.size());
-    for (std::size_t step = 0; step < steps && folder.find(L'/') != std::wstring_view::npos; ++step)
-        folder = up_to_last(folder, L'/');
+    for (std::size_t step = 0; step < steps; ++step) {
+        const std::size_t slash = folder.rfind(L'/');
+        if (slash == std::wstring_view::npos)
+            break;
+        folder = folder.substr(0, slash);
+    }
 }
 
 // The one home of making a reference absolute; the callers differ in what they protect of the base.

@@ -72,14 +72,19 @@ document_record* browser_events_aggregator::find_record(IHTMLDocument2* document
 
 document_record& browser_events_aggregator::find_or_create_record(IHTMLDocument2* document)
 {
-    if (document_record* const known = find_record(document)) {
-        log_stream(log_level::debug) << "document already exists";
-        return *known;
+    document_record* known = find_record(document);
+    if (!known) {
+        auto record = std::make_unique<document_record>(document, editor_, weak_from_this());
+        // A page that tells its readiness while it is being connected to has been recorded on the way.
+        known = find_record(document);
+        if (!known) {
+            document_record& added = *documents_.emplace_back(std::move(record));
+            log_stream(log_level::debug) << added.address() << " is new document";
+            return added;
+        }
     }
-    auto record = std::make_unique<document_record>(document, editor_, weak_from_this());
-    document_record& added = *documents_.emplace_back(std::move(record));
-    log_stream(log_level::debug) << added.address() << " is new document";
-    return added;
+    log_stream(log_level::debug) << "document already exists";
+    return *known;
 }
 
 } // namespace quill

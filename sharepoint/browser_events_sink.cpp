@@ -51,9 +51,9 @@ browser_events_sink::connect(IWebBrowser2* browser, std::weak_ptr<browser_events
     return sink;
 }
 
-void browser_events_sink::disconnect(IWebBrowser2* browser)
+void browser_events_sink::disconnect(IWebBrowser2* browser) noexcept
 {
-    DispEventUnadvise(browser);
+    NoThrow([&] { return DispEventUnadvise(browser); }, E_FAIL);
 }
 
 HRESULT STDMETHODCALLTYPE browser_events_sink::on_before_navigate(IDispatch* pDisp, VARIANT* url, VARIANT*,

@@ -26,8 +26,8 @@ public:
 
     // A new sink, connected to the browser's events. Throws std::system_error with the failure code.
     static CComPtr<object> connect(IWebBrowser2* browser, std::weak_ptr<browser_events_handler> handler);
-    // Ends the connection to that browser.
-    void disconnect(IWebBrowser2* browser);
+    // Ends the connection to that browser. What the browser throws is logged.
+    void disconnect(IWebBrowser2* browser) noexcept;
 
     BEGIN_COM_MAP(browser_events_sink)
     COM_INTERFACE_ENTRY(IUnknown)

@@ -28,11 +28,11 @@ CComPtr<html_events_sink::object> html_events_sink::connect(IHTMLDocument2* docu
     return sink;
 }
 
-void html_events_sink::disconnect()
+void html_events_sink::disconnect() noexcept
 {
     const CComPtr<IHTMLDocument2> document(std::move(document_));
     handler_.reset();
-    DispEventUnadvise(document);
+    NoThrow([&] { return DispEventUnadvise(document); }, E_FAIL);
 }
 
 VARIANT_BOOL STDMETHODCALLTYPE html_events_sink::on_click(IDispatch* event)

@@ -25,8 +25,9 @@ public:
 
     // A new sink, connected to the document's events. Throws std::system_error with the failure code.
     static CComPtr<object> connect(IHTMLDocument2* document, std::weak_ptr<html_events_handler> handler);
-    // Ends the connection and lets go of the document; nothing is forwarded after it.
-    void disconnect();
+    // Ends the connection and lets go of the document; nothing is forwarded after it. What the document
+    // throws is logged.
+    void disconnect() noexcept;
 
     BEGIN_COM_MAP(html_events_sink)
     COM_INTERFACE_ENTRY(IUnknown)

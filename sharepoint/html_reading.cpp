@@ -32,8 +32,8 @@ CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wcha
         return nullptr;
     CComPtr<IDispatch> tagged;
     const CComQIPtr<IHTMLElementCollection> descendants(all);
-    if (!descendants || FAILED(descendants->tags(CComVariant(tag), &tagged)))
-        return nullptr;
+    if (!descendants || FAILED(descendants->tags(CComVariant(tag), &tagged)) || !tagged)
+        return descendants;
     return CComQIPtr<IHTMLElementCollection>(tagged);
 }
 

@@ -15,7 +15,8 @@ namespace quill {
 // The page that the browser (a tab or a frame) shows, if it is an HTML page.
 CComPtr<IHTMLDocument2> html_document_of(IWebBrowser2* browser);
 
-// The elements of one tag name in document order: all of a document, or those inside an element.
+// The elements of one tag name in document order: all of a document, or those inside an element. An engine
+// that cannot search inside an element by name hands out all there are: the caller has to tell them apart.
 CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLDocument3* document, const wchar_t* tag);
 CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wchar_t* tag);
 

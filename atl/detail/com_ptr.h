@@ -12,24 +12,10 @@
 namespace ATL {
 
 // True for interfaces of one and the same object. Two null pointers are equal.
-inline bool AtlIsEqualObject(IUnknown* left, IUnknown* right) noexcept
-{
-    if (left == right)
-        return true;
-    if (!left || !right)
-        return false;
-    IUnknown* left_identity = nullptr;
-    IUnknown* right_identity = nullptr;
-    left->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&left_identity));
-    right->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&right_identity));
-    const bool equal = left_identity && left_identity == right_identity;
-    if (left_identity)
-        left_identity->Release();
-    if (right_identity)
-        right_identity->Release();
-    return equal;
-}
+inline bool AtlIsEqualObject(IUnknown* left, IUnknown* right);
 
+// What asks an object for an interface is not noexcept: an object of the host's may throw instead of
+// answering, and that is for the caller's barrier and no reason to end the process.
 template <class T>
 class CComPtrBase
 {
@@ -71,7 +57,7 @@ public:
         if (old)
             old->Release();
     }
-    bool IsEqualObject(IUnknown* other) const noexcept { return AtlIsEqualObject(p, other); }
+    bool IsEqualObject(IUnknown* other) const { return AtlIsEqualObject(p, other); }
     // Takes over a reference that the caller owns.
     void Attach(T* other) noexcept
     {
@@ -96,7 +82,7 @@ public:
             p->AddRef();
         return S_OK;
     }
-    HRESULT SetSite(IUnknown* parent) noexcept
+    HRESULT SetSite(IUnknown* parent)
     {
         IObjectWithSite* with_site = nullptr;
         HRESULT hr = QueryInterface(&with_site);
@@ -120,7 +106,7 @@ public:
     }
     // An empty pointer has no interfaces.
     template <class Q>
-    HRESULT QueryInterface(Q** out) const noexcept
+    HRESULT QueryInterface(Q** out) const
     {
         if (!out)
             return E_POINTER;
@@ -145,7 +131,7 @@ protected:
             other->AddRef();
         Attach(other);
     }
-    void assign_queried(IUnknown* other, const IID& iid) noexcept
+    void assign_queried(IUnknown* other, const IID& iid)
     {
         T* queried = nullptr;
         if (other && FAILED(other->QueryInterface(iid, reinterpret_cast<void**>(&queried))))
@@ -182,7 +168,7 @@ public:
     }
     // From a pointer of another type: by QueryInterface, empty when the object does not have it.
     template <class Q>
-    T* operator=(const CComPtr<Q>& other) noexcept
+    T* operator=(const CComPtr<Q>& other)
     {
         this->assign_queried(other.p, __uuidof(T));
         return this->p;
@@ -198,7 +184,7 @@ public:
     CComQIPtr(std::nullptr_t) noexcept {}
     CComQIPtr(T* other) noexcept : CComPtr<T>(other) {}
     CComQIPtr(const CComQIPtr& other) noexcept : CComPtr<T>(other.p) {}
-    CComQIPtr(IUnknown* other) noexcept { this->assign_queried(other, *piid); }
+    CComQIPtr(IUnknown* other) { this->assign_queried(other, *piid); }
 
     T* operator=(std::nullptr_t) noexcept
     {
@@ -215,7 +201,7 @@ public:
         this->assign(other.p);
         return this->p;
     }
-    T* operator=(IUnknown* other) noexcept
+    T* operator=(IUnknown* other)
     {
         this->assign_queried(other, *piid);
         return this->p;
@@ -228,12 +214,25 @@ class CComQIPtr<IUnknown, &IID_IUnknown> : public CComPtr<IUnknown>
 {
 public:
     CComQIPtr() noexcept = default;
-    CComQIPtr(IUnknown* other) noexcept { assign_queried(other, IID_IUnknown); }
-    IUnknown* operator=(IUnknown* other) noexcept
+    CComQIPtr(IUnknown* other) { assign_queried(other, IID_IUnknown); }
+    IUnknown* operator=(IUnknown* other)
     {
         assign_queried(other, IID_IUnknown);
         return p;
     }
 };
+
+inline bool AtlIsEqualObject(IUnknown* left, IUnknown* right)
+{
+    if (left == right)
+        return true;
+    if (!left || !right)
+        return false;
+    CComPtr<IUnknown> left_identity;
+    CComPtr<IUnknown> right_identity;
+    left->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&left_identity));
+    right->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&right_identity));
+    return left_identity && left_identity.p == right_identity.p;
+}
 
 } // namespace ATL

@@ -181,7 +181,7 @@ HRESULT _AtlInvokeEvent(const _AtlEventHandler& handler, void* object, const _AT
     return target.result;
 }
 
-HRESULT _IDispEvent::DispEventAdvise(IUnknown* source, const IID* piid) noexcept
+HRESULT _IDispEvent::DispEventAdvise(IUnknown* source, const IID* piid)
 {
     // A second connection would lose the first one's cookie, and with it the way to end it.
     if (m_dwEventCookie != not_advised)
@@ -193,7 +193,7 @@ HRESULT _IDispEvent::DispEventAdvise(IUnknown* source, const IID* piid) noexcept
     return hr;
 }
 
-HRESULT _IDispEvent::DispEventUnadvise(IUnknown* source, const IID* piid) noexcept
+HRESULT _IDispEvent::DispEventUnadvise(IUnknown* source, const IID* piid)
 {
     if (m_dwEventCookie == not_advised)
         return CONNECT_E_NOCONNECTION;

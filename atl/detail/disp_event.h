@@ -144,8 +144,8 @@ public:
 
     static constexpr DWORD not_advised = 0xFEFEFEFE;
 
-    HRESULT DispEventAdvise(IUnknown* source, const IID* piid) noexcept;
-    HRESULT DispEventUnadvise(IUnknown* source, const IID* piid) noexcept;
+    HRESULT DispEventAdvise(IUnknown* source, const IID* piid);
+    HRESULT DispEventUnadvise(IUnknown* source, const IID* piid);
 
     DWORD m_dwEventCookie = not_advised;
 };
@@ -157,8 +157,8 @@ public:
     using _IDispEvent::DispEventAdvise;
     using _IDispEvent::DispEventUnadvise;
     // The source holds a reference to the object from here on, until it is unadvised.
-    HRESULT DispEventAdvise(IUnknown* source) noexcept { return DispEventAdvise(source, pdiid); }
-    HRESULT DispEventUnadvise(IUnknown* source) noexcept { return DispEventUnadvise(source, pdiid); }
+    HRESULT DispEventAdvise(IUnknown* source) { return DispEventAdvise(source, pdiid); }
+    HRESULT DispEventUnadvise(IUnknown* source) { return DispEventUnadvise(source, pdiid); }
 
     HRESULT STDMETHODCALLTYPE _LocDEQueryInterface(REFIID riid, void** ppv) override
     {
@@ -194,6 +194,9 @@ public:
     virtual HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID lcid, WORD, DISPPARAMS* parameters,
                                              VARIANT* result, EXCEPINFO*, UINT*)
     {
+        // Sources hand in variants that were never initialised.
+        if (result)
+            VariantInit(result);
         if (!parameters)
             return E_INVALIDARG;
         for (auto* entry = T::_GetSinkMap(); entry->piid; ++entry) {

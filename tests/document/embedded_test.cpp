@@ -80,6 +80,7 @@ QUILL_DOCUMENT_TEST(DocumentInPage, OpensALocalFileAtOnce)
                              "@ LOADFILE " + to_utf8(path), "@ LOADFILE RESULT -1"}));
     EXPECT_EQ(bench.viewer.texts(viewer_open), lines{"1(BSTR " + to_utf8(path) + ")"});
     EXPECT_EQ(bench.viewer.texts(viewer_go_to_page), lines{"4(I4 6)"}) << "of the hosting page";
+    EXPECT_EQ(bench.viewer.texts(viewer_set_zoom), lines{"9(R8 0.7)"});
     EXPECT_EQ(bench.log.worker_lines(), lines{});
     bench.close_in_order();
 }

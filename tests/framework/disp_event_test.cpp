@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <mshtmdid.h>
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -335,6 +336,14 @@ TEST_F(DispEvent, PageEventsAnswerAValue)
     EXPECT_EQ(result.boolVal, VARIANT_TRUE);
     // A source that does not ask for the result.
     EXPECT_EQ(source.fire(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, {before_navigate::dispatch(event)}), S_OK);
+
+    // A source that hands in what was on its stack.
+    VARIANT garbage;
+    garbage.vt = VT_DISPATCH;
+    garbage.pdispVal = reinterpret_cast<IDispatch*>(std::uintptr_t{64});
+    EXPECT_EQ(source.fire(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, {before_navigate::dispatch(event)}, &garbage),
+              S_OK);
+    EXPECT_EQ(garbage.vt, VT_BOOL);
 
     result.Clear();
     EXPECT_EQ(source.fire(DISPID_HTMLDOCUMENTEVENTS2_ONREADYSTATECHANGE, {before_navigate::dispatch(event)},

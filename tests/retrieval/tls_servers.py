@@ -67,9 +67,8 @@ def make_root(folder):
 def make_certificate(folder, kind, name, validity, by_root):
     with open(f"{folder}/ca.cnf", "w") as config:
         config.write(CA_CONFIG.format(folder=folder, name=name))
-    openssl("req", "-new", "-newkey", "rsa:2048", "-nodes", "-subj", f"/CN={name}",
-            "-keyout", f"{folder}/{kind}.key", "-out", f"{folder}/{kind}.csr")
-    signer = [] if by_root else ["-selfsign", "-keyfile", f"{folder}/{kind}.key"]
+    openssl("req", "-new", "-key", f"{folder}/leaf.key", "-subj", f"/CN={name}", "-out", f"{folder}/{kind}.csr")
+    signer = [] if by_root else ["-selfsign", "-keyfile", f"{folder}/leaf.key"]
     openssl("ca", "-batch", "-config", f"{folder}/ca.cnf", "-extensions", "leaf", "-notext", *signer,
             "-startdate", validity[0], "-enddate", validity[1],
             "-in", f"{folder}/{kind}.csr", "-out", f"{folder}/{kind}.pem")
@@ -77,6 +76,8 @@ def make_certificate(folder, kind, name, validity, by_root):
 
 def make_certificates(folder):
     make_root(folder)
+    # One key for all servers: making keys is what takes time.
+    openssl("genrsa", "-out", f"{folder}/leaf.key", "2048")
     with open(f"{folder}/index", "w"):
         pass
     with open(f"{folder}/serial", "w") as serial:
@@ -134,7 +135,7 @@ def main():
         make_certificates(folder)
         for kind in KINDS:
             context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
-            context.load_cert_chain(f"{folder}/{kind}.pem", f"{folder}/{kind}.key")
+            context.load_cert_chain(f"{folder}/{kind}.pem", f"{folder}/leaf.key")
             listen(kind, serve, context, http_port)
         listen("not_tls", refuse_tls)
         with open(f"{folder}/root.pem") as root:

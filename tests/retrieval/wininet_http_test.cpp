@@ -1,18 +1,16 @@
 // The download against a real HTTP server, as the document's worker runs it.
 #include "retrieval/wininet_download.h"
+#include "retrieval/wininet_functions.h"
 #include "tests/retrieval/progress_steps.h"
+#include "tests/retrieval/resetting_server.h"
 #include "tests/support/http_server.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
 #include "tests/support/wait.h"
 
 #include <windows.h>
-#include <winsock2.h>
 
 #include <gmock/gmock.h>
-
-#include <thread>
 
 namespace quill::test {
 namespace {
@@ -140,49 +138,6 @@ TEST_F(WinInetHttp, KeepsWhatABrokenOffBodyBrought)
     expect_steady(window, 20'000, 50'000);
 }
 
-// Answers one connection with headers and then breaks it off without good order.
-class resetting_server
-{
-public:
-    resetting_server() : listener_(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP))
-    {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        EXPECT_EQ(bind(listener_, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-        EXPECT_EQ(listen(listener_, 1), 0);
-        int size = sizeof address;
-        getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
-        url = L"http://127.0.0.1:" + std::to_wstring(ntohs(address.sin_port)) + L"/a.pdf";
-        thread_ = std::thread([this] { answer(); });
-    }
-    ~resetting_server()
-    {
-        closesocket(listener_);
-        thread_.join();
-    }
-
-    std::wstring url;
-
-private:
-    void answer() const
-    {
-        const SOCKET connection = accept(listener_, nullptr, nullptr);
-        std::string request;
-        char byte = 0;
-        while (!request.ends_with("\r\n\r\n") && recv(connection, &byte, 1, 0) == 1)
-            request += byte;
-        const std::string headers = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n";
-        send(connection, headers.data(), static_cast<int>(headers.size()), 0);
-        const linger abort{1, 0};
-        setsockopt(connection, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&abort), sizeof abort);
-        closesocket(connection);
-    }
-
-    SOCKET listener_;
-    std::thread thread_;
-};
-
 // Depending on when the reset is seen, there is no request or a request without data: it always ends.
 TEST_F(WinInetHttp, SurvivesAResetBehindTheHeaders)
 {
@@ -252,6 +207,45 @@ TEST_F(WinInetHttp, GoesOnWithoutAWindow)
     EXPECT_EQ(read_file(path), "hello");
 }
 
+// The system's functions, with a count of the internet handles that they gave and got back.
+class counting_wininet
+{
+public:
+    counting_wininet()
+    {
+        open_ = 0;
+        opened_ = 0;
+        functions_.open = [](auto... arguments) WINAPI { return count(InternetOpenW(arguments...)); };
+        functions_.open_url = [](auto... arguments) WINAPI { return count(InternetOpenUrlW(arguments...)); };
+        functions_.connect = [](auto... arguments) WINAPI { return count(InternetConnectW(arguments...)); };
+        functions_.open_request = [](auto... arguments)
+                                      WINAPI { return count(HttpOpenRequestW(arguments...)); };
+        functions_.close_handle = [](HINTERNET handle) WINAPI {
+            const BOOL closed = InternetCloseHandle(handle);
+            open_ -= closed != FALSE;
+            return closed;
+        };
+    }
+
+    const wininet_functions& functions() const { return functions_; }
+    static int open() { return open_; }
+    static int opened() { return opened_; }
+
+private:
+    static HINTERNET count(HINTERNET handle)
+    {
+        open_ += handle != nullptr;
+        opened_ += handle != nullptr;
+        return handle;
+    }
+
+    static inline int open_ = 0;
+    static inline int opened_ = 0;
+    wininet_functions functions_ = system_wininet;
+};
+
+// The system keeps threads and events of its own, which come and go: internet handles and the file are
+// counted themselves.
 TEST_F(WinInetHttp, LeavesNothingOpen)
 {
     http_response slow = http_response::ok(pdf_body(100'000));
@@ -259,31 +253,26 @@ TEST_F(WinInetHttp, LeavesNothingOpen)
     slow.piece_delay_ms = 1;
     server.route("/a.pdf", http_response::ok("hello"));
     server.route("/slow.pdf", slow);
-    const auto every_path = [&] {
-        fake_document_window window({.url = {}, .on_progress = [&](const seen_progress& seen) {
-                                         if (seen.progress >= 6'000)
-                                             SetEvent(cancel);
-                                     }});
-        const std::wstring good_path = path;
-        EXPECT_EQ(download(window, server.url(L"/a.pdf")), 0u);
-        EXPECT_EQ(download(window, server.url(L"/slow.pdf")), 0x80004004u);
-        ResetEvent(cancel);
-        EXPECT_EQ(download(window, http_server::refused_url(L"/a.pdf")), 1u);
-        path = folder / L"missing\\a.pdf";
-        EXPECT_EQ(download(window, server.url(L"/a.pdf")), 1u);
-        path = good_path;
+    fake_document_window window({.url = {}, .on_progress = [&](const seen_progress& seen) {
+                                     if (seen.progress >= 6'000)
+                                         SetEvent(cancel);
+                                 }});
+    const counting_wininet wininet;
+    const auto expect_closed = [&](const std::wstring& url, std::uint32_t result, int handles) {
+        const int before = counting_wininet::opened();
+        const download_job job{window.handle(), cancel, nullptr};
+        EXPECT_EQ(download_with(wininet.functions(), job, url.c_str(), path.c_str()), result);
+        EXPECT_EQ(counting_wininet::opened() - before, handles);
+        EXPECT_EQ(counting_wininet::open(), 0);
+        EXPECT_TRUE(!read_file(path) || DeleteFileW(path.c_str())) << "the file is still open";
+        EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "the connection is still open";
     };
-    const auto held = [&] {
-        EXPECT_TRUE(server.wait_idle(default_deadline_ms));
-        return process_resources::now().kernel_handles;
-    };
-    every_path();
-    const DWORD before = held();
-    constexpr DWORD rounds = 4;
-    for (DWORD round = 0; round < rounds; ++round)
-        every_path();
-    // WinINet's own threads come and go; what a path leaves open stays, once for each round.
-    EXPECT_TRUE(wait_until([&] { return held() < before + rounds; })) << held() << " after " << before;
+    expect_closed(server.url(L"/a.pdf"), 0, 2);
+    expect_closed(server.url(L"/slow.pdf"), 0x80004004, 2);
+    ResetEvent(cancel);
+    expect_closed(http_server::refused_url(L"/a.pdf"), 1, 1);
+    path = folder / L"missing\\a.pdf";
+    expect_closed(server.url(L"/a.pdf"), 1, 2);
 }
 
 } // namespace

@@ -151,6 +151,21 @@ TEST_F(Aggregator, ClassifiesARecordedPageOnce)
     EXPECT_EQ(bench_.starts(1).size(), 1u);
 }
 
+// A page may tell its readiness as soon as it is connected to.
+TEST_F(Aggregator, RecordsAPageOnceThatIsReadyOnTheWay)
+{
+    scene_.interrupt_calls_named("IHTMLDocument2::get_URL", [&] {
+        scene_.interrupt_calls_named({}, {});
+        page_->change_ready_state(L"complete");
+    });
+    complete();
+    EXPECT_TRUE(scene_.has_interrupted());
+    EXPECT_EQ(page_->events().sinks(), 1u);
+    EXPECT_EQ(log_.lines().back(), "debug: document already exists");
+    complete();
+    EXPECT_EQ(page_->events().sinks(), 1u);
+}
+
 TEST_F(Aggregator, LosesNothingWhenAPageTakesNoConnection)
 {
     page_->has_events = false;

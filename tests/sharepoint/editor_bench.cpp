@@ -82,6 +82,12 @@ editor_bench::~editor_bench()
         write_default(handler_keys[i], handlers_before_[i]);
 }
 
+void editor_bench::use_second_default_handler()
+{
+    for (const wchar_t* key : handler_keys)
+        write_default(key, L"\"" + recorder() + L"\" --second \"%1\"");
+}
+
 void editor_bench::break_default_handler()
 {
     for (const wchar_t* key : handler_keys)
@@ -132,6 +138,11 @@ std::vector<program_start> editor_bench::read_starts() const
 std::wstring editor_bench::default_handler_line(const std::wstring& url)
 {
     return L"\"" + recorder() + L"\" --default \"" + url + L"\"";
+}
+
+std::wstring editor_bench::second_default_handler_line(const std::wstring& url)
+{
+    return L"\"" + recorder() + L"\" --second \"" + url + L"\"";
 }
 
 program_start editor_bench::editor_start(const std::wstring& url) const

@@ -31,6 +31,8 @@ public:
     editor_bench(const editor_bench&) = delete;
     editor_bench& operator=(const editor_bench&) = delete;
 
+    // Addresses go to a recorder with another mark on its command line from here on.
+    void use_second_default_handler();
     // Nothing can be started from here on.
     void break_default_handler();
     // Writes the editor's path into a view of the settings.
@@ -46,6 +48,7 @@ public:
 
     // What the default handler's and the editor's start looks like.
     static std::wstring default_handler_line(const std::wstring& url);
+    static std::wstring second_default_handler_line(const std::wstring& url);
     program_start editor_start(const std::wstring& url) const;
     const scratch_directory& scratch() const { return scratch_; }
 

@@ -5,11 +5,11 @@
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/editor_bench.h"
 #include "tests/sharepoint/fake_browser.h"
+#include "tests/support/crashes.h"
 #include "tests/support/log_capture.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <functional>
 #include <utility>
 
@@ -22,24 +22,6 @@ using test::fake_event;
 using test::fake_scene;
 using test::make_fake;
 using lines = std::vector<std::string>;
-
-[[gnu::noinline]] void write_to_nowhere()
-{
-    volatile std::uintptr_t nowhere = 64;
-    *reinterpret_cast<volatile int*>(nowhere) = 1;
-}
-
-[[gnu::noinline]] void divide_by_zero()
-{
-    volatile int zero = 0;
-    volatile int one = 1;
-    one = one / zero;
-}
-
-[[gnu::noinline]] void raise_own_exception()
-{
-    RaiseException(0xE0001234, 0, 0, nullptr);
-}
 
 class crashing_handler : public browser_events_handler, public html_events_handler
 {
@@ -150,7 +132,8 @@ TEST_P(CrashBelow, ASiteIsRefused)
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEveryKind, CrashBelow,
-                         testing::Values(&write_to_nowhere, &divide_by_zero, &raise_own_exception));
+                         testing::Values(&test::read_nowhere, &test::divide_by_zero,
+                                         &test::raise_own_exception));
 
 } // namespace
 } // namespace quill

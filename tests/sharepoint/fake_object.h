@@ -22,6 +22,8 @@ public:
     fake_object(const fake_object&) = delete;
     fake_object& operator=(const fake_object&) = delete;
 
+    static void operator delete(void* memory, std::size_t size) { fake_scene::bury(memory, size); }
+
     ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
     ULONG STDMETHODCALLTYPE Release() override
     {

@@ -6,6 +6,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstring>
+#include <utility>
 
 namespace {
 
@@ -13,6 +15,14 @@ namespace {
 class test_module : public CAtlDllModuleT<test_module>
 {
 } module_of_this_program;
+
+std::vector<void*> buried;
+
+void empty_graves()
+{
+    for (void* const memory : std::exchange(buried, {}))
+        ::operator delete(memory);
+}
 
 } // namespace
 
@@ -29,6 +39,7 @@ fake_scene::fake_scene() : module_locks_before_(module_of_this_program.GetLockCo
 
 fake_scene::~fake_scene()
 {
+    empty_graves();
     if (expects_leaks_)
         return;
     EXPECT_EQ(module_of_this_program.GetLockCount(), module_locks_before_) << "objects were left behind";
@@ -55,11 +66,41 @@ int fake_scene::count_calls(const std::string& name) const
 std::optional<HRESULT> fake_scene::enter(const char* call)
 {
     calls_.emplace_back(call);
+    interrupt(call);
     if (failing_name_ == call)
         return result_of(how_name_fails_);
     if (failing_number_ > 0 && --failing_number_ == 0)
         return result_of(how_number_fails_);
     return std::nullopt;
+}
+
+void fake_scene::interrupt_call(int number, std::function<void()> action)
+{
+    interrupted_number_ = number;
+    number_interruption_ = std::move(action);
+}
+
+void fake_scene::interrupt_calls_named(std::string name, std::function<void()> action)
+{
+    interrupted_name_ = std::move(name);
+    name_interruption_ = std::move(action);
+}
+
+void fake_scene::bury(void* memory, std::size_t size)
+{
+    std::memset(memory, 0xDD, size);
+    buried.push_back(memory);
+}
+
+void fake_scene::interrupt(const char* call)
+{
+    const bool is_number = interrupted_number_ > 0 && --interrupted_number_ == 0;
+    if (!is_number && interrupted_name_ != call)
+        return;
+    has_interrupted_ = true;
+    // A copy: the action may ask for another one.
+    const auto action = is_number ? number_interruption_ : name_interruption_;
+    action();
 }
 
 std::optional<HRESULT> fake_scene::result_of(failure how)

@@ -3,6 +3,8 @@
 
 #include <windows.h>
 
+#include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -29,6 +31,12 @@ public:
     void fail_call(int number, failure how);
     // Makes every call of that name fail.
     void fail_calls_named(std::string name, failure how);
+    // Does something in the middle of a call, before its answer: in the number-th from now on, or in every
+    // call of that name. It may throw, and it may call back into the code under test.
+    void interrupt_call(int number, std::function<void()> action);
+    void interrupt_calls_named(std::string name, std::function<void()> action);
+    bool has_interrupted() const { return has_interrupted_; }
+
     // Whether a call has been made to fail.
     bool has_failed() const { return has_failed_; }
 
@@ -45,9 +53,13 @@ public:
     void object_created() { ++live_objects_; }
     void object_destroyed() { --live_objects_; }
     int live_objects() const { return live_objects_; }
+    // Memory of a fake that is gone: kept to the end of the scene, and filled so that a call through a
+    // pointer that somebody kept crashes.
+    static void bury(void* memory, std::size_t size);
 
 private:
     std::optional<HRESULT> result_of(failure how);
+    void interrupt(const char* call);
 
     std::vector<std::string> calls_;
     int failing_number_ = 0;
@@ -55,6 +67,11 @@ private:
     std::string failing_name_;
     failure how_name_fails_ = failure::error;
     bool has_failed_ = false;
+    int interrupted_number_ = 0;
+    std::function<void()> number_interruption_;
+    std::string interrupted_name_;
+    std::function<void()> name_interruption_;
+    bool has_interrupted_ = false;
     int live_objects_ = 0;
     bool expects_leaks_ = false;
     LONG module_locks_before_;

@@ -91,6 +91,26 @@ TEST_F(ClassifiedPage, IsFoundByEnginesWithTheOlderSearch)
     EXPECT_TRUE(is_sharepoint());
 }
 
+// All elements of the head, of whatever kind, are handed out there.
+TEST_F(ClassifiedPage, IsFoundByEnginesWithoutASearch)
+{
+    plain_->head->has_element2 = false;
+    scene_.fail_calls_named("IHTMLElementCollection::tags", fake_scene::failure::error);
+    plain_->add_to_head({.tag = L"TITLE"});
+    plain_->add_to_head({.tag = L"SCRIPT", .src = L"/x.js"});
+    plain_->add_to_head(generator_);
+    EXPECT_TRUE(is_sharepoint());
+}
+
+TEST_F(ClassifiedPage, IsRegularWithSharePointOnlineScriptsWithoutASearch)
+{
+    plain_->head->has_element2 = false;
+    scene_.fail_calls_named("IHTMLElementCollection::tags", fake_scene::failure::empty);
+    plain_->add_to_head(generator_);
+    plain_->add_to_head({.tag = L"SCRIPT", .src = L"https://x.SharePointOnline.com/x.js"});
+    EXPECT_FALSE(is_sharepoint());
+}
+
 TEST_F(ClassifiedPage, IsNotFoundInTheBody)
 {
     plain_->add_to_body(generator_);

@@ -24,6 +24,13 @@ std::string editor_line(const std::wstring& path)
     return "debug: PDF Editor: " + std::string(path.begin(), path.end());
 }
 
+std::wstring current_directory()
+{
+    wchar_t path[MAX_PATH] = {};
+    GetCurrentDirectoryW(MAX_PATH, path);
+    return path;
+}
+
 TEST(PdfEditor, StartsTheEditor)
 {
     editor_bench bench;
@@ -78,14 +85,24 @@ TEST(PdfEditor, ReadsTheSettingsOnce)
     EXPECT_EQ(bench.starts(1), std::vector{bench.editor_start(url)});
 }
 
+// The warning of a missing editor comes after the default handler's start, that of an editor that cannot be
+// started before it: from the warning on, addresses go to another handler.
 void expect_default_handler(editor_bench& bench, const std::string& editor, const char* warning)
 {
     log_capture log;
+    log.on_line([&](const std::string& line) {
+        if (line == warning)
+            bench.use_second_default_handler();
+    });
     pdf_editor().open(parse_url(url));
     EXPECT_EQ(log.lines(), (lines{editor, checkout_line, warning}));
     const auto starts = bench.starts(1);
     ASSERT_EQ(starts.size(), 1u);
-    EXPECT_EQ(starts[0].command_line, editor_bench::default_handler_line(url));
+    EXPECT_EQ(starts[0].command_line, warning == not_found_line
+                                          ? editor_bench::default_handler_line(url)
+                                          : editor_bench::second_default_handler_line(url));
+    EXPECT_EQ(starts[0].directory, current_directory());
+    EXPECT_EQ(starts[0].show_command, SW_SHOWNORMAL);
 }
 
 TEST(PdfEditor, GivesTheAddressToTheDefaultHandlerWithoutAnEditor)

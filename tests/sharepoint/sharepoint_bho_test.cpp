@@ -138,6 +138,20 @@ TEST_F(SharepointBho, FailsWhenTheBrowserTakesNoConnection)
     EXPECT_EQ(browser_->events().sinks(), 1u);
 }
 
+// The old subscription has ended by then; the site is replaced only by one that was taken.
+TEST_F(SharepointBho, KeepsTheOldSiteWhenTheNewOneFails)
+{
+    EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
+    const auto other = make_fake<fake_browser>(scene_);
+    scene_.fail_calls_named("IConnectionPoint::Advise", fake_scene::failure::error);
+    EXPECT_EQ(helper_->SetSite(other->unknown()), E_FAIL);
+    EXPECT_EQ(browser_->events().sinks(), 0u);
+    CComPtr<IUnknown> site;
+    EXPECT_EQ(helper_->GetSite(IID_IUnknown, reinterpret_cast<void**>(&site)), S_OK);
+    EXPECT_EQ(site.p, browser_->unknown());
+    EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
+}
+
 TEST_F(SharepointBho, SendsAClickToTheEditorAndStopsAtTheEnd)
 {
     bench_.use_editor();
@@ -193,6 +207,19 @@ TEST_F(SharepointBho, RefusesASecondSubscriptionOnTheWay)
               (lines{unload_line, begin_line, editor_line, created_line, unload_line, begin_line}));
     EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
     EXPECT_EQ(browser_->events().sinks(), 0u);
+}
+
+// Leaving the old browser may end whatever held the new one.
+TEST_F(SharepointBho, HoldsANewSiteThatIsDroppedOnTheWay)
+{
+    EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
+    auto other = make_fake<fake_browser>(scene_);
+    fake_browser* const site = other;
+    scene_.interrupt_calls_named("IConnectionPoint::Unadvise", [&] { other.Release(); });
+    EXPECT_EQ(helper_->SetSite(site->unknown()), S_OK);
+    EXPECT_EQ(other.p, nullptr);
+    EXPECT_EQ(site->events().sinks(), 1u);
+    EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
 }
 
 TEST_F(SharepointBho, OutlivesABrowserThatDropsItWhileDetaching)

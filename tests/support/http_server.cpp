@@ -130,7 +130,9 @@ void http_server::implementation::accept_clients()
     const WSAEVENT knocking = WSACreateEvent();
     WSAEventSelect(listener_, knocking, FD_ACCEPT);
     const std::array<HANDLE, 3> handles{stop_.handle, client_done_.handle, knocking};
-    while (WaitForMultipleObjects(handles.size(), handles.data(), FALSE, INFINITE) != WAIT_OBJECT_0) {
+    // When many knock at once, not every knock is told of: the door is looked at now and then anyway.
+    constexpr DWORD look_again_ms = 20;
+    while (WaitForMultipleObjects(handles.size(), handles.data(), FALSE, look_again_ms) != WAIT_OBJECT_0) {
         WSANETWORKEVENTS events{};
         WSAEnumNetworkEvents(listener_, knocking, &events);
         for (;;) {
@@ -269,6 +271,12 @@ std::vector<http_request> http_server::requests() const
 {
     const std::lock_guard lock(implementation_->mutex);
     return implementation_->requests;
+}
+
+void http_server::forget_requests()
+{
+    const std::lock_guard lock(implementation_->mutex);
+    implementation_->requests.clear();
 }
 
 void http_server::release()

@@ -76,6 +76,8 @@ public:
     std::wstring url(std::wstring_view target) const;
     // Every request so far, in order of arrival.
     std::vector<http_request> requests() const;
+    // Empties that record, which otherwise grows with every request.
+    void forget_requests();
 
     // Lets answers with hold_after go on, now and from now on.
     void release();

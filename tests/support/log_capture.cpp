@@ -31,11 +31,14 @@ struct log_capture::store : spdlog::sinks::base_sink<std::mutex>
         const auto level = spdlog::level::to_string_view(message.level);
         lines.push_back(std::string(level.data(), level.size()) + ": " +
                         std::string(message.payload.data(), message.payload.size()));
+        if (on_line)
+            on_line(lines.back());
     }
 
     void flush_() override {}
 
     std::vector<std::string> lines;
+    std::function<void(const std::string&)> on_line;
 };
 
 log_capture::log_capture() : store_(std::make_shared<store>()), before_(global_logger().logger)
@@ -58,6 +61,11 @@ std::vector<std::string> log_capture::lines() const
 void log_capture::clear()
 {
     store_->clear();
+}
+
+void log_capture::on_line(std::function<void(const std::string&)> action)
+{
+    store_->on_line = std::move(action);
 }
 
 } // namespace quill::test

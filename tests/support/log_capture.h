@@ -2,6 +2,7 @@
 // that is linked into the test; a loaded DLL has a logger of its own (see log_file.h).
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -25,6 +26,8 @@ public:
     std::vector<std::string> lines() const;
     // Forgets the lines so far.
     void clear();
+    // Called with every line from now on, before the code under test goes on.
+    void on_line(std::function<void(const std::string&)> action);
 
 private:
     struct store;

@@ -309,6 +309,17 @@ TEST_F(SuiteLibraries, ThePdfCoreGivesCodeAndText)
                                                   " pdfcore exception: -1073 Ung\xc3\xbcltig (-1073)"}));
 }
 
+// Once for its text, and once more for itself.
+TEST_F(SuiteLibraries, ThePdfCoreIsAskedTwiceForTheCode)
+{
+    add(L"pdfcore.dll");
+    add(L"as_compat.dll");
+    SetEnvironmentVariableW(L"QUILL_PDFCORE_ERROR", L"count");
+    SetEnvironmentVariableW(L"QUILL_PDFCORE_TEXT", L"x");
+    EXPECT_THAT(lines_of(run(L"pdfcore")),
+                ElementsAre(log_line{"debug", std::string(entry) + " pdfcore exception: 2 x (1)"}));
+}
+
 TEST_F(SuiteLibraries, ThePdfCoreWithoutItsCompanionGivesTheCode)
 {
     add(L"pdfcore.dll");

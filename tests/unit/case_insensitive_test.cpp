@@ -74,6 +74,38 @@ TEST(IgnoringCase, UsesTheStandardFacet)
     }
 }
 
+// Upper-cases the letter of this alphabet, as no other facet does.
+class runic_facet : public std::ctype<wchar_t>
+{
+    wchar_t do_toupper(wchar_t c) const override { return c == L'\x16A0' ? L'\x16A1' : c; }
+    const wchar_t* do_toupper(wchar_t* begin, const wchar_t* end) const override
+    {
+        for (; begin != end; ++begin)
+            *begin = do_toupper(*begin);
+        return end;
+    }
+};
+
+// The facet is that of the locale that the program has set, and no other upper-casing is mixed in.
+TEST(IgnoringCase, AsksTheLocaleThatIsSet)
+{
+    const std::locale before = std::locale::global(std::locale(std::locale::classic(), new runic_facet));
+    const std::wstring_view lower = L"\x16A0x";
+    const std::wstring_view upper = L"\x16A1x";
+    const bool equal = equal_ignoring_case(lower, upper);
+    const bool contains = contains_ignoring_case(lower, upper);
+    const bool begins = begins_with_ignoring_case(lower, upper);
+    const bool ends = ends_with_ignoring_case(lower, upper);
+    const bool ascii = equal_ignoring_case(L"x", L"X") || contains_ignoring_case(L"x", L"X");
+    std::locale::global(before);
+    EXPECT_TRUE(equal);
+    EXPECT_TRUE(contains);
+    EXPECT_TRUE(begins);
+    EXPECT_TRUE(ends);
+    EXPECT_FALSE(ascii);
+    EXPECT_FALSE(equal_ignoring_case(lower, upper));
+}
+
 TEST(IgnoringCase, FindsTextInMegabytes)
 {
     std::wstring text(4'000'000, L'x');

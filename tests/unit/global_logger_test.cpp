@@ -1,4 +1,5 @@
 // The set-up of the logger as whole processes see it: the environment before, the files after.
+#include "logging/log_file_name.h"
 #include "platform/file_system.h"
 #include "tests/support/child_process.h"
 #include "tests/support/log_file.h"
@@ -60,6 +61,13 @@ struct GlobalLogger : testing::Test
     std::vector<log_line> lines_of(const child_result& run) const
     {
         return parse_log(file_of(run).value_or(""));
+    }
+
+    // The log file's path as verbs of the program take it, which know its process id.
+    std::wstring path_before_process_id() const
+    {
+        const std::wstring path = logs.file_of(L"log_program", 0);
+        return path.substr(0, path.rfind(L'-'));
     }
 };
 
@@ -199,9 +207,7 @@ TEST_F(GlobalLogger, ThreadsDoNotMixTheirLines)
 TEST_F(GlobalLogger, AnExistingFileIsContinued)
 {
     set(L"QUILL_LOG_LEVEL", L"info");
-    const auto result = run(
-        L"\"seed=" + logs.file_of(L"log_program", 0).substr(0, logs.file_of(L"log_program", 0).size() - 6) +
-        L"\" info=x");
+    const auto result = run(L"\"seed=" + path_before_process_id() + L"\" info=x");
     EXPECT_THAT(file_of(result).value_or(""),
                 testing::AllOf(StartsWith("seeded\r\n"), EndsWith("[info] x\r\n")));
 }
@@ -226,6 +232,28 @@ TEST_F(GlobalLogger, TheFileRotatesAt10MiBAndSevenAreKept)
     EXPECT_EQ(read_file(rotated(8)), std::nullopt);
 }
 
+TEST_F(GlobalLogger, AFileHolds10MiBToTheByte)
+{
+    set(L"QUILL_LOG_LEVEL", L"info");
+    const auto files_of = [&](const std::wstring& arguments) {
+        const auto result = run(L"info=x \"top-up=" + path_before_process_id() + arguments);
+        const std::wstring base = logs.file_of(L"log_program", result.process_id);
+        return std::pair(read_file(base).value_or(""),
+                         read_file(base.substr(0, base.size() - 4) + L".1.log"));
+    };
+    const auto [full, none] = files_of(L"|10485760\"");
+    EXPECT_EQ(full.size(), 10'485'760u);
+    EXPECT_EQ(none, std::nullopt);
+
+    const auto [next, before] = files_of(L"|10485760\" info=y");
+    EXPECT_EQ(before.value_or("").size(), 10'485'760u);
+    EXPECT_THAT(parse_log(next), ElementsAre(log_line{"info", "y"}));
+
+    const auto [too_long, first] = files_of(L"|10485761\"");
+    EXPECT_THAT(parse_log(first.value_or("")), ElementsAre(log_line{"info", "x"}));
+    EXPECT_EQ(too_long.size() + first.value_or("").size(), 10'485'761u);
+}
+
 TEST_F(GlobalLogger, TheProgramsNameUpToItsFirstDotNamesTheFile)
 {
     const test::scratch_directory scratch;
@@ -246,9 +274,13 @@ TEST_F(GlobalLogger, TheProgramsNameUpToItsFirstDotNamesTheFile)
 TEST_F(GlobalLogger, AFileThatCannotBeOpenedLeavesLoggingOff)
 {
     set(L"QUILL_LOG_LEVEL", L"info");
-    // A folder stands where the file would be opened.
-    const auto result = run(L"env=QUILL_LOG_SINKS=file set-up logger info=x");
-    EXPECT_EQ(result.output, "set up: \r\nquill 2 file, null registered, global 2\r\n");
+    for (const wchar_t* sinks_text : {L"", L"file,stdout"}) {
+        set(L"QUILL_LOG_SINKS", sinks_text);
+        // A folder stands where the file would be opened. Nobody is told, and nothing tries again.
+        const auto result = run(L"\"block=" + path_before_process_id() + L"\" set-up logger info=x set-up");
+        EXPECT_EQ(result.output, "set up: \r\nnull 6 other, null registered, global 2\r\nset up: \r\n");
+        EXPECT_EQ(result.errors, "");
+    }
 }
 
 // Without the folder in the profile: logs go below the application data, which is made when missing.
@@ -281,6 +313,18 @@ TEST_F(AppDataLog, FolderIsMadeAndUsed)
     EXPECT_THAT(lines_of(run(L"info=x")), ElementsAre(log_line{"info", "x"}));
     EXPECT_FALSE(DirectoryExists(test::profile_log_folder_path()));
     EXPECT_THAT(lines_of(run(L"info=again")), ElementsAre(log_line{"info", "again"}));
+}
+
+TEST_F(AppDataLog, FolderIsNamedByItsShortForm)
+{
+    const std::wstring used = app_data_folder();
+    wchar_t short_form[MAX_PATH] = {};
+    ASSERT_NE(GetShortPathNameW(folder.c_str(), short_form, MAX_PATH), 0u);
+    EXPECT_EQ(used, short_form);
+    wchar_t long_form[MAX_PATH] = {};
+    ASSERT_NE(GetLongPathNameW(used.c_str(), long_form, MAX_PATH), 0u);
+    EXPECT_EQ(_wcsicmp(long_form, folder.c_str()), 0);
+    EXPECT_EQ(log_file_name_pattern().substr(0, used.size() + 1), used + L"/");
 }
 
 TEST_F(AppDataLog, FolderIsNotMadeWhileLoggingIsOff)

@@ -126,6 +126,21 @@ void seed(const std::string& path)
     }
 }
 
+// With one line of one letter in the log file of this process: logs a second one that brings the file to
+// the given number of bytes. The operand is "path|size".
+void top_up(const std::string& operand)
+{
+    const std::size_t mark = operand.find('|');
+    std::FILE* const file = std::fopen(own_log_file(operand.substr(0, mark)).c_str(), "rb");
+    if (!file)
+        return;
+    std::fseek(file, 0, SEEK_END);
+    const long first_line = std::ftell(file);
+    std::fclose(file);
+    const long text = std::atol(operand.c_str() + mark + 1) - first_line - (first_line - 1);
+    log_stream(log_level::info) << std::string(static_cast<std::size_t>(text), 't').c_str();
+}
+
 // Makes a folder where the log file of this process would be.
 void block(const std::string& path)
 {
@@ -144,6 +159,7 @@ int main(int argc, char** argv)
         {"threads", log_from_threads},
         {"env", set_variable},
         {"seed", seed},
+        {"top-up", top_up},
         {"block", block},
         {"remove", [](const std::string& path) { DeleteFileA(path.c_str()); }},
         {"pieces",

@@ -1,4 +1,4 @@
-#include "retrieval/pdf_check.h"
+#include "retrieval/pdf_judge.h"
 
 #include <gtest/gtest.h>
 

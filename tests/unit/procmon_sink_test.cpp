@@ -2,6 +2,7 @@
 #include "logging/procmon_sink.h"
 #include "platform/mutex.h"
 #include "tests/support/child_process.h"
+#include "tests/support/log_file.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
 #include "tests/support/wait.h"
@@ -220,6 +221,85 @@ TEST_F(ProcmonSink, OpensTheDeviceOnceOnly)
     logger->info("after it came");
     EXPECT_EQ(device.handles(), 0u);
     EXPECT_EQ(device.lines(), 0u);
+}
+
+class counting_formatter : public spdlog::formatter
+{
+public:
+    explicit counting_formatter(int& count) : count_(count) {}
+    void format(const spdlog::details::log_msg&, spdlog::memory_buf_t& text) override
+    {
+        ++count_;
+        text.push_back('\n');
+    }
+    std::unique_ptr<spdlog::formatter> clone() const override
+    {
+        return std::make_unique<counting_formatter>(count_);
+    }
+
+private:
+    int& count_;
+};
+
+TEST_F(ProcmonSink, FormatsNothingThatItDoesNotSend)
+{
+    int formatted = 0;
+    const auto log_with_new_sink = [&](std::string_view text) {
+        spdlog::logger logger("test", std::make_shared<sink_type>());
+        logger.set_formatter(std::make_unique<counting_formatter>(formatted));
+        logger.info(text);
+    };
+    log_with_new_sink("without a device");
+    EXPECT_EQ(formatted, 0);
+    ASSERT_TRUE(device.start());
+    log_with_new_sink("");
+    EXPECT_EQ(formatted, 0);
+    log_with_new_sink("with it");
+    EXPECT_EQ(formatted, 1);
+    EXPECT_EQ(device.lines(), 1u);
+    EXPECT_EQ(device.read(), L"");
+}
+
+TEST_F(ProcmonSink, DropsWhatFormatsToNothing)
+{
+    ASSERT_TRUE(device.start());
+    const auto sink = std::make_shared<sink_type>();
+    spdlog::logger logger("test", sink);
+    logger.set_formatter(
+        std::make_unique<spdlog::pattern_formatter>("", spdlog::pattern_time_type::local, ""));
+    logger.info("x");
+    EXPECT_EQ(device.lines(), 0u);
+    EXPECT_EQ(device.handles(), 1u);
+}
+
+// Every choice of sinks, as a whole process sees it.
+TEST_F(ProcmonSink, EveryChoiceOfSinksGetsTheLineOnce)
+{
+    ASSERT_TRUE(device.start());
+    const test::log_folder_scope folder;
+    const test::environment_scope level(L"QUILL_LOG_LEVEL", L"info");
+    for (int choice = 0; choice < 8; ++choice) {
+        SCOPED_TRACE(choice);
+        const bool to_stdout = (choice & 1) != 0;
+        const bool to_device = (choice & 2) != 0;
+        const bool to_file = (choice & 4) != 0 || choice == 0; // also when nothing is chosen
+        std::wstring text;
+        for (const auto& [bit, word] : {std::pair(2, L"procmon"), {1, L"stdout"}, {4, L"file"}})
+            text += (choice & bit) != 0 ? (text.empty() ? L"" : L",") + std::wstring(word) : L"";
+        const test::environment_scope sinks(L"QUILL_LOG_SINKS", text);
+        const auto result = test::run_program(test::beside_this_program(L"log_program.exe"), L"info=yes");
+        EXPECT_EQ(result.exit_code, 0u);
+        EXPECT_EQ(result.errors, "");
+        const auto file = test::read_file(folder.file_of(L"log_program", result.process_id));
+        const bool is_on_device = device.read().has_value();
+        const std::vector<test::log_line> line{{"info", "yes"}};
+        const std::vector<test::log_line> no_line;
+        EXPECT_EQ(file.has_value(), to_file);
+        EXPECT_EQ(test::parse_log(file.value_or("")), to_file ? line : no_line);
+        EXPECT_EQ(test::parse_log(result.output), to_stdout ? line : no_line);
+        EXPECT_EQ(is_on_device, to_device);
+        EXPECT_EQ(device.read(), std::nullopt);
+    }
 }
 
 TEST_F(ProcmonSink, GetsTheModulesOwnLines)

@@ -14,26 +14,28 @@ struct rectangle
     friend bool operator==(const rectangle&, const rectangle&) = default;
 };
 
-std::pair<LONG, LONG> position(LONG width, LONG height)
+using place = std::pair<LONG, LONG>;
+
+place position(LONG width, LONG height)
 {
-    const POINT place = StatusPanePosition({width, height});
-    return {place.x, place.y};
+    const POINT point = StatusPanePosition({width, height});
+    return {point.x, point.y};
 }
 
 constexpr RECT client{0, 0, 350, 45};
 
 TEST(StatusPaneLayout, PlacesThePaneAboveTheMiddle)
 {
-    EXPECT_EQ(position(350, 90), std::pair(0L, 0L));
-    EXPECT_EQ(position(800, 600), std::pair(225L, 255L));
-    EXPECT_EQ(position(801, 601), std::pair(225L, 255L));
+    EXPECT_EQ(position(350, 90), place(0, 0));
+    EXPECT_EQ(position(800, 600), place(225, 255));
+    EXPECT_EQ(position(801, 601), place(225, 255));
 }
 
 TEST(StatusPaneLayout, KeepsNegativePlacesOfASmallParent)
 {
-    EXPECT_EQ(position(0, 0), std::pair(-175L, -45L));
-    EXPECT_EQ(position(100, 50), std::pair(-125L, -20L));
-    EXPECT_EQ(position(349, 89), std::pair(0L, -1L));
+    EXPECT_EQ(position(0, 0), place(-175, -45));
+    EXPECT_EQ(position(100, 50), place(-125, -20));
+    EXPECT_EQ(position(349, 89), place(0, -1));
 }
 
 TEST(StatusPaneLayout, DrawsTwoPixelsForEachPercent)

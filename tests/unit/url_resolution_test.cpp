@@ -181,6 +181,10 @@ TEST(UrlResolution, TakesReferencesOfManyMegabytes)
     EXPECT_EQ(out, L"http://h/f/b.pdf");
     EXPECT_TRUE(resolve_link(reference, L"http://h/x/z.html", out));
     EXPECT_EQ(out, L"http://h/b.pdf");
+    // A long name before the folders is not gone through at every step.
+    const std::wstring server(steps, L'h');
+    EXPECT_EQ(CombineUrl(reference, L"http://" + server + base.substr(8) + L"g/z.html", out), 1);
+    EXPECT_EQ(out, L"http://" + server + L"/f/b.pdf");
     const std::wstring far_step = std::wstring(3 * steps, L'a') + L"../b.pdf";
     EXPECT_EQ(CombineUrl(far_step, base, out), 1);
     EXPECT_EQ(out, L"http://h/b.pdf");

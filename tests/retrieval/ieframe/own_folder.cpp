@@ -91,6 +91,12 @@ const wchar_t* file_of(ieframe variant)
 
 } // namespace
 
+void bring_along(const std::wstring& library)
+{
+    const std::wstring source = variable(home_variable) + L"\\" + library;
+    EXPECT_TRUE(CopyFileW(source.c_str(), beside_this_program(library).c_str(), FALSE)) << GetLastError();
+}
+
 ieframe_scope::ieframe_scope(ieframe variant) : path_(beside_this_program(L"ieframe.dll"))
 {
     const std::wstring source = variable(home_variable) + L"\\test_ieframe\\" + file_of(variant);

@@ -17,6 +17,9 @@ enum class ieframe
     without_cancel
 };
 
+// Puts a library that lies beside the original program beside the running copy, too; it stays there.
+void bring_along(const std::wstring& library);
+
 // Puts a variant beside this program, in place of any other, and takes it away again.
 class ieframe_scope
 {

@@ -1,4 +1,4 @@
-#include "retrieval/download_switch.h"
+#include "retrieval/switch_text.h"
 
 #include <gtest/gtest.h>
 

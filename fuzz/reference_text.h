@@ -1,0 +1,23 @@
+// Slow and simple text operations that results are compared with.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace quill::fuzz {
+
+bool is_ascii(std::wstring_view text);
+// Only ASCII letters change.
+std::wstring lower_ascii(std::wstring_view text);
+
+// UTF-16 to UTF-8; halves of characters become U+FFFD.
+std::string utf8_of(std::wstring_view text);
+// UTF-8 to UTF-16; nothing when the bytes are not UTF-8 throughout.
+std::optional<std::wstring> utf16_of(std::string_view bytes);
+
+// The parts between the separators, one more than there are separators.
+std::vector<std::wstring> split(std::wstring_view text, wchar_t separator);
+
+} // namespace quill::fuzz

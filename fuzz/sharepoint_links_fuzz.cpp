@@ -1,0 +1,105 @@
+// Links of a SharePoint page, clicks on them and the start of the editor: a link, and the page's address.
+#include "fuzz/caught_line.h"
+#include "fuzz/reference_text.h"
+#include "fuzz/subjects.h"
+#include "sharepoint/click_decision.h"
+#include "sharepoint/editor_launch.h"
+#include "sharepoint/link_address.h"
+#include "sharepoint/pdf_link.h"
+
+namespace quill::fuzz {
+namespace {
+
+constexpr auto nowhere = std::wstring::npos;
+
+bool expected_pdf_link(const std::wstring& lower)
+{
+    if (!lower.starts_with(L"/") && !lower.starts_with(L"http"))
+        return false;
+    return lower.ends_with(L".pdf") && lower.find(L"/_vti_history/") == nowhere &&
+           lower.find(L"/_vti_bin/") == nowhere;
+}
+
+bool expected_list_link(const std::wstring& lower)
+{
+    return lower.find(L"\"ms-listlink ms-draggable\"") != nowhere &&
+           lower.find(L"onclick=\"return dispex(this") != nowhere;
+}
+
+void check_tests(const std::wstring& text)
+{
+    const exact_copy<wchar_t> exact(text);
+    caught_line();
+    const bool is_link = is_pdf_link(exact);
+    FUZZ_CHECK(caught_line() == "detect click to " + utf8_of(text));
+    const bool is_list_link = is_list_link_markup(exact);
+    const bool is_anchor = is_link_tag(exact);
+    // Other letters have the case that the process's locale gives them.
+    if (!is_ascii(text))
+        return;
+    const std::wstring lower = lower_ascii(text);
+    FUZZ_CHECK(is_link == expected_pdf_link(lower));
+    FUZZ_CHECK(is_list_link == expected_list_link(lower));
+    FUZZ_CHECK(is_anchor == (lower == L"a"));
+}
+
+std::wstring expected_address(const std::wstring& link, const std::wstring& page)
+{
+    const std::size_t mark = page.find(L"://");
+    if (mark == nowhere || !link.starts_with(L"/"))
+        return link;
+    const std::wstring scheme = page.substr(0, mark + 1);
+    std::wstring server = page.substr(mark + 3);
+    for (const wchar_t end : std::wstring_view(L"/?#"))
+        server = server.substr(0, server.find(end));
+    if (server.empty())
+        return link;
+    return link.starts_with(L"//") ? scheme + link : scheme + L"//" + server + link;
+}
+
+void check_address(const std::wstring& link, const std::wstring& page)
+{
+    const std::wstring address = link_address(exact_copy<wchar_t>(link), exact_copy<wchar_t>(page));
+    FUZZ_CHECK(address == expected_address(link, page));
+    FUZZ_CHECK(address.ends_with(link));
+    if (!page.starts_with(L"/"))
+        FUZZ_CHECK(link_address(address, page) == address);
+}
+
+bool is_separator(wchar_t unit)
+{
+    return unit == L'\\' || unit == L'/';
+}
+
+void check_launch(const std::wstring& text)
+{
+    const exact_copy<wchar_t> exact(text);
+    FUZZ_CHECK(editor_command_line(exact) == L"/pdf \"sharepoint://" + text + L"\"");
+
+    const std::wstring folder = parent_directory(exact);
+    FUZZ_CHECK(text.starts_with(folder));
+    // What is cut off is one name: the folder is the parent, not an ancestor.
+    std::wstring rest = text.substr(folder.size());
+    while (!rest.empty() && is_separator(rest.front()))
+        rest.erase(0, 1);
+    FUZZ_CHECK(rest.find_first_of(L"\\/") == nowhere);
+    // A root is its own parent, with a separator behind it or without.
+    FUZZ_CHECK(parent_directory(folder).size() <= folder.size());
+    if (text.size() > 3 && text[1] == L':' && is_separator(text[2]))
+        FUZZ_CHECK(folder.size() >= 3);
+    if (folder.size() > 3 && text[1] == L':')
+        FUZZ_CHECK(!is_separator(folder.back()));
+}
+
+} // namespace
+
+void sharepoint_links(bytes input)
+{
+    const auto lines = wide_lines_of(input, 2);
+    check_tests(lines[0]);
+    check_launch(lines[0]);
+    if (lines.size() > 1)
+        check_address(lines[0], lines[1]);
+}
+
+} // namespace quill::fuzz

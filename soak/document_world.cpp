@@ -1,0 +1,155 @@
+#include "soak/document_world.h"
+
+#include "tests/support/wait.h"
+
+#include <windows.h>
+
+#include <docobj.h>
+#include <gtest/gtest.h>
+#include <ole2.h>
+#include <urlmon.h>
+
+#include <cstdlib>
+#include <stdexcept>
+
+namespace quill::soak {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+constexpr wchar_t switch_path[] = L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin";
+constexpr wchar_t switch_value[] = L"kIEBrowserPluginWinINet";
+
+// The module reads its variables with its C runtime, when it is first asked for the folder.
+std::wstring announced(const std::wstring& folder)
+{
+    _wputenv_s(L"QUILL_TMP_FOLDER", folder.c_str());
+    return folder;
+}
+
+} // namespace
+
+document_world::document_world() : local_pdf(files / L"sample.pdf"), switch_(HKEY_CURRENT_USER, switch_path)
+{
+    static const HRESULT ole = OleInitialize(nullptr);
+    EXPECT_TRUE(SUCCEEDED(ole));
+    announced(cache.path());
+    EXPECT_TRUE(test::write_file(local_pdf, test::pdf_body(5'000)));
+}
+
+document_world::~document_world()
+{
+    EXPECT_EQ(module.can_unload_now(), S_OK);
+}
+
+void document_world::use(download_path path)
+{
+    switch_.set_string(switch_value, path == download_path::wininet ? L"/b 1" : L"/b 0");
+}
+
+void document_world::empty_cache()
+{
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW((cache / L"qll*").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return;
+    do
+        test::remove_path(cache / found.cFileName);
+    while (FindNextFileW(search, &found));
+    FindClose(search);
+}
+
+std::size_t viewer_store::opened() const
+{
+    std::size_t count = 0;
+    for (const auto& call : script.received)
+        count += call.id == test::viewer_open;
+    return count;
+}
+
+bool viewer_store::wait_until_opened(std::size_t times, DWORD deadline_ms) const
+{
+    return test::wait_until([this, times] { return opened() >= times; }, deadline_ms);
+}
+
+hosted_document::hosted_document(const document_world& world)
+{
+    ComPtr<IClassFactory> factory;
+    if (world.module.get_class_object(test::active_document_class_id, IID_PPV_ARGS(&factory)) != S_OK ||
+        factory->CreateInstance(nullptr, IID_PPV_ARGS(&document)) != S_OK)
+        throw std::runtime_error("no document object");
+    host.document = document.Get();
+    EXPECT_EQ(as<IOleObject>()->SetClientSite(host.site.client_site()), S_OK);
+}
+
+hosted_document::~hosted_document()
+{
+    host.view.Reset();
+    host.frame.drop_active_object();
+    host.document = nullptr;
+    if (document)
+        EXPECT_EQ(document.Detach()->Release(), 0u) << "somebody still holds the document";
+    EXPECT_EQ(host.site.references(), 0);
+    EXPECT_EQ(host.frame.references(), 0);
+    EXPECT_EQ(host.browser.references(), 0);
+    EXPECT_EQ(host.shell.references(), 0);
+    if (host.view_window())
+        EXPECT_EQ(GetWindow(host.view_window(), GW_CHILD), nullptr) << "a window of the document is left";
+}
+
+void hosted_document::load_file(const std::wstring& path)
+{
+    EXPECT_EQ(as<IPersistFile>()->Load(path.c_str(), STGM_READ), S_OK);
+}
+
+void hosted_document::load_url(const std::wstring& url)
+{
+    test::fake_moniker moniker(host.calls, "loaded moniker");
+    moniker.display_name = url;
+    EXPECT_EQ(as<IPersistMoniker>()->Load(FALSE, &moniker, nullptr, STGM_READ), S_OK);
+    host.browser.location_url = url;
+}
+
+HRESULT hosted_document::do_verb(LONG verb)
+{
+    test::pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
+    return as<IOleObject>()->DoVerb(verb, nullptr, host.site.client_site(), -1, host.view_window(),
+                                    &host.position);
+}
+
+HWND hosted_document::window() const
+{
+    HWND found = nullptr;
+    if (document)
+        as<IOleWindow>()->GetWindow(&found);
+    return found;
+}
+
+void hosted_document::close_as_navigating_away()
+{
+    if (host.view)
+        host.view->UIActivate(FALSE);
+    as<IOleInPlaceObjectWindowless>()->InPlaceDeactivate();
+    if (host.view) {
+        host.view->Show(FALSE);
+        host.view->CloseView(0);
+        host.view->SetInPlaceSite(nullptr);
+    }
+    as<IOleObject>()->Close(OLECLOSE_NOSAVE);
+    as<IOleObject>()->SetClientSite(nullptr);
+}
+
+void hosted_document::close_as_closed_browser()
+{
+    host.destroy_windows();
+    close_as_navigating_away();
+}
+
+void hosted_document::close_view_alone()
+{
+    if (host.view)
+        host.view->CloseView(0);
+    as<IOleObject>()->SetClientSite(nullptr);
+}
+
+} // namespace quill::soak

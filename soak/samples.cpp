@@ -1,0 +1,141 @@
+#include "soak/samples.h"
+
+#include "tests/support/task_memory.h"
+#include "tests/support/wait.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+
+namespace quill::soak {
+namespace {
+
+constexpr DWORD settle_ms = 6'000; // the system's idle workers end after five seconds
+
+// Blocks in use on every heap of the process: what is lost shows here to the byte.
+void measure_heaps(sample& line)
+{
+    HANDLE heaps[64] = {};
+    const DWORD count = std::min<DWORD>(GetProcessHeaps(64, heaps), 64);
+    for (DWORD i = 0; i < count; ++i) {
+        PROCESS_HEAP_ENTRY entry{};
+        HeapLock(heaps[i]);
+        while (HeapWalk(heaps[i], &entry)) {
+            if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) {
+                line.heap_bytes += entry.cbData;
+                ++line.heap_blocks;
+            }
+        }
+        HeapUnlock(heaps[i]);
+    }
+}
+
+// Committed memory that belongs to the process alone. Asked of the map of its memory, since not every system
+// keeps the counter.
+std::uint64_t private_bytes()
+{
+    std::uint64_t total = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    for (const std::byte* address = nullptr; VirtualQuery(address, &region, sizeof region) != 0;
+         address = static_cast<const std::byte*>(region.BaseAddress) + region.RegionSize) {
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE)
+            total += region.RegionSize;
+    }
+    return total;
+}
+
+bool is_settled(const test::process_resources& now, const test::process_resources& wanted)
+{
+    return now.kernel_handles <= wanted.kernel_handles && now.threads <= wanted.threads &&
+           now.gdi_objects <= wanted.gdi_objects && now.windows <= wanted.windows &&
+           now.menus <= wanted.menus;
+}
+
+template <class Number>
+void expect_no_growth(const char* what, Number before, Number after, Number limit = 0)
+{
+    EXPECT_LE(after, before + limit) << what << " grew over the run";
+}
+
+} // namespace
+
+sample take_sample(std::size_t done)
+{
+    sample line;
+    line.done = done;
+    line.counts = test::process_resources::now();
+    line.user_objects = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
+    if (line.user_objects == 0)
+        line.user_objects = line.counts.menus + line.counts.windows;
+    line.task_memory = test::outstanding_task_memory();
+    line.private_bytes = private_bytes();
+    measure_heaps(line);
+    return line;
+}
+
+void sample_table::add(std::size_t done, bool settled)
+{
+    test::pump_messages();
+    if (settled && !lines_.empty())
+        test::wait_until([&] { return is_settled(test::process_resources::now(), lines_[0].counts); },
+                         settle_ms);
+    lines_.push_back(take_sample(done));
+}
+
+double sample_table::heap_bytes_each(std::size_t index) const
+{
+    const sample& before = lines_[index];
+    const sample& after = lines_.back();
+    return (static_cast<double>(after.heap_bytes) - static_cast<double>(before.heap_bytes)) /
+           static_cast<double>(after.done - before.done);
+}
+
+void sample_table::print() const
+{
+    std::printf("%s\n%8s %8s %6s %6s %8s %8s %6s %10s %12s %13s\n", title_.c_str(), "done", "handles", "GDI",
+                "USER", "threads", "windows", "task", "blocks", "heap bytes", "private bytes");
+    for (const sample& line : lines_)
+        std::printf("%8zu %8lu %6lu %6lu %8lu %8lu %6ld %10llu %12llu %13llu\n", line.done,
+                    line.counts.kernel_handles, line.counts.gdi_objects, line.user_objects,
+                    line.counts.threads, line.counts.windows, line.task_memory,
+                    static_cast<unsigned long long>(line.heap_blocks),
+                    static_cast<unsigned long long>(line.heap_bytes),
+                    static_cast<unsigned long long>(line.private_bytes));
+    std::fflush(stdout);
+}
+
+void sample_table::expect_flat_from(std::size_t index, const growth_limits& limits) const
+{
+    ASSERT_LT(index + 1, lines_.size());
+    const sample& before = lines_[index];
+    const sample& after = lines_.back();
+    const std::uint64_t lives = after.done - before.done;
+    expect_no_growth("kernel handles", before.counts.kernel_handles, after.counts.kernel_handles,
+                     limits.kernel_handles);
+    expect_no_growth("GDI objects", before.counts.gdi_objects, after.counts.gdi_objects);
+    expect_no_growth("USER objects", before.user_objects, after.user_objects);
+    expect_no_growth("menus", before.counts.menus, after.counts.menus);
+    expect_no_growth("threads", before.counts.threads, after.counts.threads, limits.threads);
+    expect_no_growth("windows", before.counts.windows, after.counts.windows);
+    expect_no_growth("strings and task memory", before.task_memory, after.task_memory);
+    expect_no_growth("heap bytes", before.heap_bytes, after.heap_bytes, lives * limits.heap_bytes_each);
+    expect_no_growth("private bytes", before.private_bytes, after.private_bytes,
+                     lives * limits.private_bytes_each + (std::uint64_t{1} << 20));
+}
+
+growth_limits growth_of(const sample_table& table, std::size_t index)
+{
+    growth_limits limits;
+    const sample& before = table.lines()[index];
+    const sample& after = table.lines().back();
+    limits.heap_bytes_each += static_cast<std::uint64_t>(std::max(table.heap_bytes_each(index), 0.0));
+    if (after.counts.kernel_handles > before.counts.kernel_handles)
+        limits.kernel_handles = after.counts.kernel_handles - before.counts.kernel_handles;
+    return limits;
+}
+
+} // namespace quill::soak

@@ -1,0 +1,79 @@
+// What the process holds at points of a long run, as a table, and whether it stays the same.
+#pragma once
+
+#include "tests/support/process_resources.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace quill::soak {
+
+struct sample
+{
+    std::size_t done = 0;
+    test::process_resources counts;
+    DWORD user_objects = 0; // windows and menus where the system does not tell
+    long task_memory = 0;   // strings and task memory blocks
+    std::uint64_t heap_bytes = 0;
+    std::uint64_t heap_blocks = 0;
+    std::uint64_t private_bytes = 0;
+};
+
+sample take_sample(std::size_t done);
+
+// Limits of what may be more at the end than after the warm-up, for the whole run. Counts are exact: what
+// a life leaves behind would be there once for each of them.
+struct growth_limits
+{
+    DWORD kernel_handles = 0;
+    DWORD threads = 0;
+    std::uint64_t heap_bytes_each = 16;
+    std::uint64_t private_bytes_each = 1024;
+};
+
+class sample_table
+{
+public:
+    explicit sample_table(std::string title) : title_(std::move(title)) {}
+
+    // Takes a line down; a settled one waits first for the threads and handles that are on their way out.
+    void add(std::size_t done, bool settled);
+    void print() const;
+    // Compares the last line with the one at the index, which is where the warm-up ends.
+    void expect_flat_from(std::size_t index, const growth_limits& limits) const;
+    // Growth for each life from the line at the index to the last.
+    double heap_bytes_each(std::size_t index) const;
+    const std::vector<sample>& lines() const { return lines_; }
+
+private:
+    std::string title_;
+    std::vector<sample> lines_;
+};
+
+// What a run without the module grows by, and a little: the limits for the same run with it.
+growth_limits growth_of(const sample_table& table, std::size_t index);
+
+// A run of many lives with a line of the table after the warm-up and at regular intervals; ends early when
+// a test has failed.
+template <class Life>
+void run_lives(sample_table& table, std::size_t warm_up, std::size_t lives, const Life& life)
+{
+    constexpr std::size_t intervals = 8;
+    table.add(0, false);
+    for (std::size_t i = 0; i < warm_up; ++i)
+        life(i);
+    table.add(warm_up, true);
+    std::size_t lines = 0;
+    for (std::size_t i = 0; i < lives; ++i) {
+        life(warm_up + i);
+        if ((i + 1) * intervals / lives > lines) {
+            lines = (i + 1) * intervals / lives;
+            table.add(warm_up + i + 1, i + 1 == lives);
+        }
+    }
+    table.print();
+}
+
+} // namespace quill::soak

@@ -1,0 +1,2 @@
+// Plain code uses nothing of COM.
+#pragma once

@@ -1,0 +1,70 @@
+#include "tests/sharepoint/module_bench.h"
+
+#include "sharepoint/identifiers.h"
+#include "tests/support/child_process.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace quill::test {
+namespace {
+
+std::optional<std::wstring> text_or_nothing(const wchar_t* text)
+{
+    return text ? std::optional<std::wstring>(text) : std::nullopt;
+}
+
+template <class Function>
+Function* find_export(HMODULE module, const char* name)
+{
+    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+} // namespace
+
+module_bench::module_bench(const suite_setup& suite, const wchar_t* log_level)
+    : level_(L"QUILL_LOG_LEVEL", log_level), sinks_(L"QUILL_LOG_SINKS", L"file"),
+      verdict_(L"QUILL_CRASHGUARD", text_or_nothing(suite.verdict)),
+      error_code_(L"QUILL_PDFCORE_ERROR", text_or_nothing(suite.error_code)),
+      error_text_(L"QUILL_PDFCORE_TEXT", text_or_nothing(suite.error_text))
+{
+    std::vector<const wchar_t*> files = suite.libraries;
+    files.push_back(L"QuillPDF.IE.dll");
+    for (const wchar_t* name : files)
+        EXPECT_TRUE(CopyFileW(beside_this_program(name).c_str(), (folder_ / name).c_str(), TRUE));
+    module_ = LoadLibraryW((folder_ / L"QuillPDF.IE.dll").c_str());
+    EXPECT_NE(module_, nullptr);
+}
+
+module_bench::~module_bench()
+{
+    auto* const can_unload = find_export<HRESULT WINAPI()>(module_, "DllCanUnloadNow");
+    EXPECT_TRUE(expects_leaks_ || (can_unload && can_unload() == S_OK)) << "objects were left behind";
+    FreeLibrary(module_);
+}
+
+CComPtr<IObjectWithSite> module_bench::make_helper() const
+{
+    auto* const get_class_object =
+        find_export<HRESULT WINAPI(REFCLSID, REFIID, void**)>(module_, "DllGetClassObject");
+    CComPtr<IClassFactory> factory;
+    CComPtr<IObjectWithSite> helper;
+    EXPECT_TRUE(
+        get_class_object &&
+        SUCCEEDED(get_class_object(CLSID_SharepointBrowserHelperObject, IID_IClassFactory,
+                                   reinterpret_cast<void**>(&factory))) &&
+        SUCCEEDED(factory->CreateInstance(nullptr, IID_IObjectWithSite, reinterpret_cast<void**>(&helper))));
+    return helper;
+}
+
+std::vector<std::string> module_bench::new_lines()
+{
+    const std::vector<log_line> all = logs_.lines();
+    std::vector<std::string> lines;
+    for (; seen_lines_ < all.size(); ++seen_lines_)
+        lines.push_back(all[seen_lines_].level + ": " + all[seen_lines_].text);
+    return lines;
+}
+
+} // namespace quill::test

@@ -1,0 +1,239 @@
+// A whole visit, from the site that is given to the site that is taken away, seen from outside the DLL: every
+// line of its log, every start of a program, everything that it does to the page.
+#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/fake_browser.h"
+#include "tests/sharepoint/module_bench.h"
+#include "tests/support/text.h"
+
+#include <gmock/gmock.h>
+#include <mshtmdid.h>
+
+#include <algorithm>
+#include <cstdint>
+
+namespace quill::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using lines = std::vector<std::string>;
+
+class ModuleVisit : public testing::Test
+{
+protected:
+    ModuleVisit()
+    {
+        library_->add_to_head({.tag = L"SCRIPT", .src = L"/_layouts/init.js"});
+        list_link_ = &library_->add_to_body(list_link(L"http://h/List.pdf"));
+        client_link_ = &library_->add_to_body(
+            {.tag = L"A",
+             .outer_html = LR"m(<a id="c" onclick="PdfFile.OpenDocuments(1)" href="/c.pdf">c</a>)m",
+             .href = L"/c.pdf"});
+    }
+
+    bool click(fake_document* page, fake_element* element)
+    {
+        const auto event = make_fake<fake_event>(scene_, element);
+        const auto result = page->click(event);
+        EXPECT_EQ(result.code, S_OK);
+        EXPECT_EQ(is_bool(result.value, true), event->is_untouched());
+        return is_bool(result.value, false);
+    }
+    VARIANT_BOOL navigate(const wchar_t* url)
+    {
+        const auto result = browser_->before_navigate(url);
+        EXPECT_EQ(result.code, S_OK);
+        return result.cancel;
+    }
+
+    // All that can happen, once.
+    void visit(IObjectWithSite* helper)
+    {
+        EXPECT_EQ(helper->SetSite(browser_->unknown()), S_OK);
+        browser_->document = plain_->dispatch();
+        EXPECT_EQ(navigate(L"http://h/p.pdf"), VARIANT_FALSE);
+        EXPECT_EQ(browser_->document_complete(L"http://plain/"), S_OK);
+        EXPECT_FALSE(click(plain_, list_link_));
+
+        browser_->document = library_->dispatch();
+        EXPECT_EQ(browser_->document_complete(L"http://h/list#top"), S_OK);
+        EXPECT_EQ(library_->change_ready_state(L"interactive").code, S_OK);
+        EXPECT_EQ(library_->change_ready_state(L"complete").code, S_OK);
+        EXPECT_FALSE(click(library_, client_link_));
+        EXPECT_TRUE(click(library_, list_link_));
+        const ULONGLONG begin = GetTickCount64();
+        EXPECT_EQ(navigate(L"http://h/Nav.pdf"), VARIANT_TRUE);
+        EXPECT_EQ(navigate(L"HTTP://H/NAV.PDF"), VARIANT_TRUE);
+        may_have_halted_ = GetTickCount64() - begin >= 100;
+        EXPECT_EQ(navigate(L"http://h/page.aspx"), VARIANT_FALSE);
+        browser_->quit();
+        EXPECT_EQ(navigate(L"http://h/Nav.pdf"), VARIANT_FALSE);
+        EXPECT_EQ(browser_->document_complete(L"http://h/list"), S_OK);
+        EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+    }
+
+    // A machine that halts between two announcements of one address makes them two navigations. Whether the
+    // log tells of a second one; a failure when there was no time for that.
+    bool has_opened_again(const lines& logged) const
+    {
+        const bool again =
+            std::find(logged.begin(), logged.end(), "info: HTTP://H/NAV.PDF just canceled") == logged.end();
+        EXPECT_TRUE(!again || may_have_halted_);
+        return again;
+    }
+
+    lines expected_lines(bool opens_again) const
+    {
+        lines expected = {
+            "debug: unload BHO for closing IE TAB",
+            "debug: initilize BHO for IE TAB...",
+            "debug: PDF Editor: " + to_utf8(bench_.scratch() / L"Editor\\editor.exe"),
+            "info: subscription for IE Browser events created",
+            // a page that is none of SharePoint's
+            "debug: on_before_navigate http://h/p.pdf",
+            "debug: detect click to http://h/p.pdf",
+            "debug: on_document_complete http://plain/",
+            "debug: opening document by http://plain/",
+            "info: http://plain/page events subscribed ",
+            "debug: http://plain/page is new document",
+            "debug: Should not modify links on regular documents",
+            "debug: CLICK!",
+            "debug: click handling...",
+            "debug: do not block clicks for regular documents",
+            // a library
+            "debug: on_document_complete http://h/list#top",
+            "debug: opening document by http://h/list#top",
+            "info: sharepoint document has been detected",
+            "info: http://h/list events subscribed ",
+            "debug: http://h/list is new document",
+            "debug: detect click to http://h/List.pdf",
+            "debug: detect click to /c.pdf",
+            "info: Ready state change.",
+            "info: Ready state change.",
+            "debug: document already exists",
+            "debug: detect click to http://h/List.pdf",
+            "debug: detect click to /c.pdf",
+            "debug: CLICK!",
+            "debug: click handling...",
+            "info: do not block clicks for not-pdf links",
+            "debug: CLICK!",
+            "debug: click handling...",
+            "debug: detect click to http://h/List.pdf",
+            "info: checkout file http://h/List.pdf",
+            "info: blocking click event...",
+            "debug: on_before_navigate http://h/Nav.pdf",
+            "debug: detect click to http://h/Nav.pdf",
+            "info: sharepoint document has been detected",
+            "info: trying to open pdf link",
+            "info: checkout file http://h/Nav.pdf",
+            "info:  block navigation to sharepoint PDF!",
+            "debug: on_before_navigate HTTP://H/NAV.PDF",
+            "debug: detect click to HTTP://H/NAV.PDF",
+            "info: sharepoint document has been detected",
+            opens_again ? "info: trying to open pdf link" : "info: HTTP://H/NAV.PDF just canceled",
+            "info:  block navigation to sharepoint PDF!",
+            "debug: on_before_navigate http://h/page.aspx",
+            "debug: detect click to http://h/page.aspx",
+            // the end
+            "info: on_quit",
+            "debug: on_before_navigate http://h/Nav.pdf",
+            "debug: on_document_complete http://h/list",
+            "debug: unload BHO for closing IE TAB",
+        };
+        if (opens_again)
+            expected.insert(
+                std::find(expected.rbegin(), expected.rend(), "info: trying to open pdf link").base(),
+                "info: checkout file HTTP://H/NAV.PDF");
+        return expected;
+    }
+
+    editor_bench bench_;
+    fake_scene scene_;
+    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(scene_);
+    CComPtr<fake_document> plain_ = make_fake<fake_document>(scene_, L"http://plain/page");
+    CComPtr<fake_document> library_ = sharepoint_page(scene_, L"http://h/list");
+    fake_element* list_link_ = nullptr;
+    fake_element* client_link_ = nullptr;
+    bool may_have_halted_ = false;
+};
+
+TEST_F(ModuleVisit, IsLoggedWhole)
+{
+    bench_.use_editor();
+    module_bench module;
+    EXPECT_THAT(module.new_lines(), testing::IsEmpty());
+    visit(module.make_helper());
+    const lines logged = module.new_lines();
+    const bool again = has_opened_again(logged);
+    EXPECT_THAT(logged, ElementsAreArray(expected_lines(again)));
+    std::vector<program_start> starts = {bench_.editor_start(L"http://h/List.pdf"),
+                                         bench_.editor_start(L"http://h/Nav.pdf")};
+    if (again)
+        starts.push_back(bench_.editor_start(L"HTTP://H/NAV.PDF"));
+    EXPECT_THAT(bench_.starts(starts.size()), testing::UnorderedElementsAreArray(starts));
+    EXPECT_THAT(client_link_->written_html(), ElementsAre(LR"m(<a id="c"  href="/c.pdf">c</a>)m"));
+    EXPECT_THAT(list_link_->written_html(), testing::IsEmpty());
+    EXPECT_EQ(browser_->stops, 2);
+    EXPECT_EQ(browser_->events().sinks() + library_->events().sinks() + plain_->events().sinks(), 0u);
+}
+
+// The notable events only.
+TEST_F(ModuleVisit, IsLoggedAtTheLevelThatIsAskedFor)
+{
+    bench_.use_editor();
+    module_bench module({}, L"info");
+    visit(module.make_helper());
+    const lines logged = module.new_lines();
+    lines expected = expected_lines(has_opened_again(logged));
+    std::erase_if(expected, [](const std::string& line) { return line.starts_with("debug: "); });
+    EXPECT_THAT(logged, ElementsAreArray(expected));
+    bench_.starts(2);
+}
+
+// Without an editor only its absence is worth a warning.
+TEST_F(ModuleVisit, WarnsOfAMissingEditor)
+{
+    module_bench module({}, L"warning");
+    visit(module.make_helper());
+    const std::string warning = "warning: QuillStudio not found. Trying to use default pdf view...";
+    const lines logged = module.new_lines();
+    EXPECT_THAT(logged, testing::Each(warning));
+    EXPECT_TRUE(logged.size() == 2 || (logged.size() == 3 && may_have_halted_)) << logged.size();
+    bench_.starts(2);
+}
+
+TEST_F(ModuleVisit, StaysSilentWithLoggingOff)
+{
+    bench_.use_editor();
+    module_bench module({}, L"off");
+    visit(module.make_helper());
+    EXPECT_THAT(module.new_lines(), testing::IsEmpty());
+    bench_.starts(2);
+}
+
+// Hosts hand in what they have on their stack.
+TEST_F(ModuleVisit, AnswersIntoAVariantThatWasNeverInitialised)
+{
+    module_bench module;
+    const CComPtr<IObjectWithSite> helper = module.make_helper();
+    browser_->document = library_->dispatch();
+    EXPECT_EQ(helper->SetSite(browser_->unknown()), S_OK);
+    EXPECT_EQ(browser_->document_complete(L"http://h/list"), S_OK);
+    const auto event = make_fake<fake_event>(scene_, client_link_);
+    VARIANT argument{};
+    argument.vt = VT_DISPATCH;
+    argument.pdispVal = event;
+    DISPPARAMS parameters{&argument, nullptr, 1, 0};
+    VARIANT answer;
+    answer.vt = VT_DISPATCH;
+    answer.pdispVal = reinterpret_cast<IDispatch*>(std::uintptr_t{64});
+    EXPECT_EQ(library_->events().first_sink()->Invoke(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, IID_NULL,
+                                                      LOCALE_NEUTRAL, DISPATCH_METHOD, &parameters, &answer,
+                                                      nullptr, nullptr),
+              S_OK);
+    EXPECT_TRUE(is_bool(answer, true));
+    EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,2 @@
+// Compiles the precompiled header.
+#include "tests/support/precompiled.h"
