@@ -40,6 +40,10 @@ void on_an_ordinary_page(const loaded_library& module)
 {
     const CComPtr<browser> empty = make<browser>();
     empty->shown = make<page>()->dispatch();
+    report("SetSite and back : reading a setting, advising a sink and back",
+           compare_shortest(attach_and_detach(our_helper(module), empty),
+                            attach_and_detach(plain(sink_task::read_setting), empty)),
+           1.3);
     report("SetSite and back : advising a sink and back",
            compare_shortest(attach_and_detach(our_helper(module), empty),
                             attach_and_detach(plain(sink_task::nothing), empty)));

@@ -50,9 +50,10 @@ void benchmarks()
         throw std::runtime_error("OLE does not start");
     const system_libraries in_every_browser;
     report("load, create a document, release, unload : an empty COM DLL",
-           compare_shortest(whole_life(module_name, active_document_class), whole_life(empty_server, {})));
+           compare_shortest(whole_life(module_name, active_document_class), whole_life(empty_server, {})),
+           3.0);
     report("load, create a helper, release, unload : an empty COM DLL",
-           compare_shortest(whole_life(module_name, helper_class), whole_life(empty_server, {})));
+           compare_shortest(whole_life(module_name, helper_class), whole_life(empty_server, {})), 3.0);
     {
         const loaded_library module(module_name), empty(empty_server);
         report("create and release a document : an empty object",

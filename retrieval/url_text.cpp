@@ -105,11 +105,13 @@ std::wstring EncodeUrl(std::wstring_view text)
 {
     constexpr wchar_t digits[] = L"0123456789ABCDEF";
     const std::string bytes = to_utf8_or_empty(text);
+    const auto is_escaped = [](char character) { return static_cast<unsigned char>(character) >= 0x80; };
+    const auto escapes = std::count_if(bytes.begin(), bytes.end(), is_escaped);
     std::wstring escaped;
-    escaped.reserve(bytes.size());
+    escaped.reserve(bytes.size() + 2 * static_cast<std::size_t>(escapes));
     for (const char character : bytes) {
         const auto byte = static_cast<unsigned char>(character);
-        if (byte >= 0x80) {
+        if (is_escaped(character)) {
             escaped += L'%';
             escaped += digits[byte >> 4];
             escaped += digits[byte & 0xF];

@@ -408,5 +408,38 @@ TEST_F(DispEvent, TypeInformationIsTheEventInterfaces)
     info->ReleaseTypeAttr(attributes);
 }
 
+_ATL_FUNC_INFO description_of(SHORT parameters)
+{
+    _ATL_FUNC_INFO info{};
+    info.nParams = parameters;
+    return info;
+}
+
+TEST(KeptDescriptions, AreFoundByTheirNumber)
+{
+    _AtlFuncInfos kept;
+    _ATL_FUNC_INFO found{};
+    EXPECT_FALSE(kept.Find(DISPID_BEFORENAVIGATE2, found));
+    kept.Keep(DISPID_BEFORENAVIGATE2, description_of(7));
+    kept.Keep(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, description_of(1));
+    kept.Keep(DISPID_BEFORENAVIGATE2, description_of(3)); // the first one stays
+    EXPECT_TRUE(kept.Find(DISPID_BEFORENAVIGATE2, found));
+    EXPECT_EQ(found.nParams, 7);
+    EXPECT_TRUE(kept.Find(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, found));
+    EXPECT_EQ(found.nParams, 1);
+    EXPECT_FALSE(kept.Find(DISPID_ONQUIT, found));
+}
+
+TEST(KeptDescriptions, AreKeptWhileThereIsRoom)
+{
+    _AtlFuncInfos kept;
+    _ATL_FUNC_INFO found{};
+    for (SHORT id = 1; id <= 100; ++id)
+        kept.Keep(id, description_of(id));
+    EXPECT_TRUE(kept.Find(8, found));
+    EXPECT_EQ(found.nParams, 8);
+    EXPECT_FALSE(kept.Find(9, found));
+}
+
 } // namespace
 } // namespace quill::test
