@@ -80,8 +80,8 @@ sample take_sample(std::size_t done)
 void sample_table::add(std::size_t done, bool settled)
 {
     test::pump_messages();
-    if (settled && !lines_.empty())
-        test::wait_until([&] { return is_settled(test::process_resources::now(), lines_[0].counts); },
+    if (settled && lines_.size() > 1)
+        test::wait_until([&] { return is_settled(test::process_resources::now(), lines_[1].counts); },
                          settle_ms);
     lines_.push_back(take_sample(done));
 }
