@@ -213,8 +213,8 @@ TEST_P(HostilePeer, IsClosedInTheMiddleOfAGigabyte)
     large.body_repeats = 1'024;
     // Some systems read what has already arrived to its end before they close a connection: this one takes a
     // breath now and then.
-    large.piece_size = megabyte / 8;
-    large.piece_delay_ms = 20;
+    large.piece_size = megabyte / 16;
+    large.piece_delay_ms = 50;
     world.server.route("/x.pdf", large);
     open();
     EXPECT_TRUE(live_until([this] { return !world.server.requests().empty(); }, 10'000));
@@ -227,16 +227,20 @@ TEST_P(HostilePeer, IsClosedInTheMiddleOfAGigabyte)
 // Where the system counts no redirections the worker waits in its call until the server has had enough.
 TEST_P(HostilePeer, RedirectsForEver)
 {
-    std::atomic<bool> is_tired = false;
-    std::atomic<int> number = 0;
-    world.server.route("/x.pdf", [&](const http_request&) {
-        return is_tired ? http_response::not_found()
-                        : http_response::redirect("/x.pdf?" + std::to_string(++number));
+    struct state
+    {
+        std::atomic<bool> is_tired = false;
+        std::atomic<int> number = 0;
+    };
+    const auto server = std::make_shared<state>(); // requests may come when the test is over
+    world.server.route("/x.pdf", [server](const http_request&) {
+        return server->is_tired ? http_response::not_found()
+                                : http_response::redirect("/x.pdf?" + std::to_string(++server->number));
     });
     open();
-    EXPECT_TRUE(live_until([&] { return number > 3; }, 10'000));
+    EXPECT_TRUE(live_until([&] { return server->number > 3; }, 10'000));
     live_for(500);
-    close_while([&] { is_tired = true; });
+    close_while([&] { server->is_tired = true; });
     EXPECT_EQ(viewers.opened(), 0u);
 }
 

@@ -77,7 +77,6 @@ private:
     random_source& random_;
     viewer_store viewers_;
     std::vector<std::unique_ptr<hosted_document>> documents_;
-    bool is_inside_ = false; // a step is under way: nobody takes its document away
     RECT rectangle_{};
     wchar_t text_[64] = L"../x.pdf";
     std::uint32_t record_[8] = {};

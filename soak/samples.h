@@ -30,6 +30,7 @@ struct growth_limits
 {
     DWORD kernel_handles = 0;
     DWORD threads = 0;
+    long task_memory = 4; // what a thread that the system starts meanwhile keeps
     std::uint64_t heap_bytes_each = 16;
     std::uint64_t private_bytes_each = 1024;
 };
