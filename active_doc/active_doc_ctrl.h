@@ -46,7 +46,7 @@ class ATL_NO_VTABLE CActiveDocCtrl
 {
 public:
     CActiveDocCtrl();
-    ~CActiveDocCtrl();
+    ~CActiveDocCtrl() override;
     void FinalRelease();
 
     DECLARE_REGISTRY_RESOURCEID(quill::active_doc_registry_script)

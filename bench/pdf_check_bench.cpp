@@ -2,6 +2,7 @@
 #include "bench/plain_benchmarks.h"
 #include "bench/support/report.h"
 #include "retrieval/pdf_check.h"
+#include "retrieval/pdf_judge.h"
 #include "tests/support/scopes.h"
 
 #include <windows.h>

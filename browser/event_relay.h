@@ -8,6 +8,7 @@
 #include <exdisp.h>
 #include <ocidl.h>
 
+#include <cstddef>
 #include <vector>
 
 namespace quill {
@@ -24,6 +25,7 @@ public:
     void attach(IConnectionPointContainer* container) { container_ = container; }
     void close();
     void fire(DISPID event, DISPPARAMS* arguments);
+    std::size_t sinks() const { return connections_.size(); }
 
     // IConnectionPoint
     STDMETHOD(GetConnectionInterface)(IID* events) override;

@@ -47,6 +47,19 @@ HRESULT tab_browser::open(IWebBrowser2* control)
     return listener_->listen(control, static_cast<IWebBrowser2*>(this), relay_);
 }
 
+HRESULT tab_browser::add_frame(IWebBrowser2* frame)
+{
+    if (!relay_)
+        return E_UNEXPECTED;
+    CComPtr<event_listener> listener;
+    HRESULT hr = create(listener);
+    if (SUCCEEDED(hr))
+        hr = listener->listen(frame, frame, relay_);
+    if (SUCCEEDED(hr))
+        frames_.push_back(listener);
+    return hr;
+}
+
 void tab_browser::quit()
 {
     const CComPtr<event_relay> relay = relay_;
@@ -60,6 +73,9 @@ void tab_browser::close()
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     quit();
+    const auto frames = std::exchange(frames_, {});
+    for (const auto& frame : frames)
+        frame->close();
     if (listener_)
         listener_->close();
     if (relay_)

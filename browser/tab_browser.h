@@ -11,6 +11,8 @@
 #include <exdisp.h>
 #include <unimplemented_interfaces.h>
 
+#include <vector>
+
 namespace quill {
 
 class ATL_NO_VTABLE tab_browser : public CComObjectRootEx<CComSingleThreadModel>,
@@ -28,10 +30,14 @@ public:
 
     // Stands for the control from here on.
     HRESULT open(IWebBrowser2* control);
+    // Has the events of a frame's browser heard at the tab too, about the frame, as the browser does.
+    HRESULT add_frame(IWebBrowser2* frame);
     // Tells the tab's end to whoever listens, once.
     void quit();
     // The same, and lets go of everything.
     void close();
+    // How many listen.
+    std::size_t sinks() const { return relay_ ? relay_->sinks() : 0; }
 
     // IWebBrowser2: what the tab adds, and what the control knows
     STDMETHODIMP get_TopLevelContainer(VARIANT_BOOL* value) override;
@@ -51,6 +57,7 @@ private:
     CComPtr<IWebBrowser2> control_;
     CComPtr<event_relay> relay_;
     CComPtr<event_listener> listener_;
+    std::vector<CComPtr<event_listener>> frames_;
     bool has_quit_ = false;
 };
 

@@ -12,13 +12,18 @@ target_compile_definitions(quill_options INTERFACE
 target_compile_options(quill_options INTERFACE
     -fms-extensions
     -Wall -Wextra -Wpedantic -Werror
-    -Wno-language-extension-token
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-language-extension-token>
     # mingw's STDMETHOD says nothrow where its STDMETHODIMP does not.
-    -Wno-missing-exception-spec
+    $<$<CXX_COMPILER_ID:Clang>:-Wno-missing-exception-spec>
+    # GCC knows neither clang's pragmas nor the uuid attribute, and sees optional text used uninitialised in
+    # the library's own headers.
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-unknown-pragmas>
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-attributes>
+    $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-maybe-uninitialized>
     -Wshadow -Wconversion -Wcast-qual -Wundef -Wextra-semi -Wimplicit-fallthrough -Wformat=2
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
     -fstack-protector-strong -ffunction-sections -fdata-sections
-    -g -gcodeview)
+    -g $<$<CXX_COMPILER_ID:Clang>:-gcodeview>)
 target_compile_options(quill_options INTERFACE $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 target_link_options(quill_options INTERFACE
     -fstack-protector-strong
@@ -49,5 +54,7 @@ function(quill_set_output target)
     if(NOT output_name)
         set(output_name ${target})
     endif()
-    target_link_options(${target} PRIVATE -Wl,--pdb=${PROJECT_BINARY_DIR}/bin/${output_name}.pdb)
+    if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+        target_link_options(${target} PRIVATE -Wl,--pdb=${PROJECT_BINARY_DIR}/bin/${output_name}.pdb)
+    endif()
 endfunction()

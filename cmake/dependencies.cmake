@@ -1,8 +1,8 @@
 # Header-only libraries of the build machine for the cross build. /usr/include itself must stay off
 # the include path (it holds the machine's own C headers), so a folder of links carries what is wanted.
 set(quill_links ${PROJECT_BINARY_DIR}/dependencies)
-file(MAKE_DIRECTORY ${quill_links}/spdlog ${quill_links}/boost ${quill_links}/catch2)
-foreach(entry spdlog/spdlog spdlog/fmt boost/boost catch2/catch2)
+file(MAKE_DIRECTORY ${quill_links}/spdlog ${quill_links}/boost)
+foreach(entry spdlog/spdlog spdlog/fmt boost/boost)
     get_filename_component(name ${entry} NAME)
     if(NOT EXISTS /usr/include/${name})
         message(FATAL_ERROR "/usr/include/${name} is missing: run tools/install-packages")
@@ -22,4 +22,3 @@ quill_header_library(spdlog spdlog)
 target_compile_definitions(quill_dep_spdlog INTERFACE
     FMT_HEADER_ONLY SPDLOG_FMT_EXTERNAL SPDLOG_WCHAR_FILENAMES SPDLOG_PREVENT_CHILD_FD)
 quill_header_library(boost boost)
-quill_header_library(catch2 catch2)

@@ -23,11 +23,15 @@ std::wstring escaped(std::wstring_view text)
     return result;
 }
 
-// The value of an escape's digit; nothing for another unit.
-std::optional<unsigned> digit_of(wchar_t unit)
+constexpr unsigned no_digit = 16;
+
+// The value of an escape's digit, no_digit for another unit and behind the end.
+unsigned digit_at(std::wstring_view url, std::size_t position)
 {
-    const std::size_t digit = std::wstring_view(L"0123456789abcdef").find(lower_ascii({&unit, 1}));
-    return digit == std::wstring_view::npos ? std::nullopt : std::optional(static_cast<unsigned>(digit));
+    constexpr std::wstring_view digits = L"0123456789abcdef";
+    if (position >= url.size())
+        return no_digit;
+    return static_cast<unsigned>(std::min(digits.find(lower_ascii(url.substr(position, 1))), digits.size()));
 }
 
 std::string unescaped_bytes(std::wstring_view url)
@@ -35,13 +39,12 @@ std::string unescaped_bytes(std::wstring_view url)
     std::string result;
     const auto add = [&](unsigned value) { result += static_cast<char>(static_cast<unsigned char>(value)); };
     for (std::size_t i = 0; i < url.size(); ++i) {
-        const auto first = i + 1 < url.size() ? digit_of(url[i + 1]) : std::nullopt;
-        const auto second = i + 2 < url.size() ? digit_of(url[i + 2]) : std::nullopt;
-        if (url[i] == L'%' && first && second) {
-            add(*first * 16 + *second);
+        const unsigned first = digit_at(url, i + 1), second = digit_at(url, i + 2);
+        if (url[i] == L'%' && first != no_digit && second != no_digit) {
+            add(first * 16 + second);
             i += 2;
-        } else if (url[i] == L'%' && first && i + 2 == url.size()) {
-            add(*first);
+        } else if (url[i] == L'%' && first != no_digit && i + 2 == url.size()) {
+            add(first);
             i += 1;
         } else {
             add(url[i] == L'+' ? unsigned{' '} : unsigned{url[i]} % 256);

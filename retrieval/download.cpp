@@ -113,7 +113,7 @@ DWORD DownloadPDFFile(const download_job& job) noexcept
     try {
         download(job);
     } catch (const std::exception&) {
-        // Out of memory: the window keeps what it shows, as after every failure here.
+        return 0; // out of memory: the window keeps what it shows, as after every failure here
     }
     return 0;
 }

@@ -28,10 +28,10 @@ std::wstring from_utf8_or_empty(std::string_view bytes)
     bytes = bytes.substr(0, bytes.find('\0'));
     if (bytes.empty() || bytes.size() > INT_MAX)
         return {};
-    const int length = static_cast<int>(bytes.size());
-    const int size = MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, nullptr, 0);
+    const int size =
+        MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()), nullptr, 0);
     std::wstring text(static_cast<std::size_t>(size), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), length, text.data(), size);
+    MultiByteToWideChar(CP_UTF8, 0, bytes.data(), static_cast<int>(bytes.size()), text.data(), size);
     return text;
 }
 
@@ -105,11 +105,13 @@ std::wstring EncodeUrl(std::wstring_view text)
 {
     constexpr wchar_t digits[] = L"0123456789ABCDEF";
     const std::string bytes = to_utf8_or_empty(text);
+    const auto is_escaped = [](char character) { return static_cast<unsigned char>(character) >= 0x80; };
+    const auto escapes = std::count_if(bytes.begin(), bytes.end(), is_escaped);
     std::wstring escaped;
-    escaped.reserve(bytes.size());
+    escaped.reserve(bytes.size() + 2 * static_cast<std::size_t>(escapes));
     for (const char character : bytes) {
         const auto byte = static_cast<unsigned char>(character);
-        if (byte >= 0x80) {
+        if (is_escaped(character)) {
             escaped += L'%';
             escaped += digits[byte >> 4];
             escaped += digits[byte & 0xF];

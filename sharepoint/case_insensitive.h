@@ -6,7 +6,7 @@
 
 namespace quill {
 
-// An empty part is contained in, begins and ends every text. Throw std::bad_alloc only.
+// An empty part is contained in, begins and ends every text.
 bool contains_ignoring_case(std::wstring_view text, std::wstring_view part);
 bool begins_with_ignoring_case(std::wstring_view text, std::wstring_view beginning);
 bool ends_with_ignoring_case(std::wstring_view text, std::wstring_view ending);

@@ -21,8 +21,8 @@ std::wstring list_link(IHTMLElement* element)
     if (!is_link_tag(read_text(element, &IHTMLElement::get_tagName)) ||
         !is_list_link_markup(read_text(element, &IHTMLElement::get_outerHTML)))
         return {};
-    std::wstring link = read_attribute(element, L"href");
-    return is_pdf_link(link) ? link : std::wstring();
+    const attribute_value link(element, L"href");
+    return std::wstring(is_pdf_link(link.text()) ? link.text() : std::wstring_view());
 }
 
 } // namespace

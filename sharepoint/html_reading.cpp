@@ -31,7 +31,7 @@ CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wcha
     if (!parent || FAILED(parent->get_all(&all)))
         return nullptr;
     CComPtr<IDispatch> tagged;
-    const CComQIPtr<IHTMLElementCollection> descendants(all);
+    CComQIPtr<IHTMLElementCollection> descendants(all);
     if (!descendants || FAILED(descendants->tags(CComVariant(tag), &tagged)) || !tagged)
         return descendants;
     return CComQIPtr<IHTMLElementCollection>(tagged);
@@ -51,12 +51,17 @@ CComPtr<IDispatch> element_at(IHTMLElementCollection* elements, long index)
     return element;
 }
 
-std::wstring read_attribute(IHTMLElement* element, const wchar_t* name)
+attribute_value::attribute_value(IHTMLElement* element, const CComBSTR& name)
 {
-    CComVariant value;
-    if (FAILED(element->getAttribute(CComBSTR(name), 0, &value)) || value.vt != VT_BSTR || !value.bstrVal)
+    if (FAILED(element->getAttribute(name, 0, &value_)))
+        value_.Clear();
+}
+
+std::wstring_view attribute_value::text() const
+{
+    if (value_.vt != VT_BSTR || !value_.bstrVal)
         return {};
-    return std::wstring(value.bstrVal, SysStringLen(value.bstrVal));
+    return {value_.bstrVal, SysStringLen(value_.bstrVal)};
 }
 
 } // namespace quill

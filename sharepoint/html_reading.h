@@ -7,6 +7,7 @@
 #include <mshtml.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quill {
@@ -46,6 +47,19 @@ std::wstring read_text(Object* object, HRESULT (STDMETHODCALLTYPE Object::*gette
     return std::wstring(text.m_str ? text.m_str : L"", text.Length());
 }
 
-std::wstring read_attribute(IHTMLElement* element, const wchar_t* name);
+// The value of an element's attribute.
+class attribute_value
+{
+public:
+    attribute_value(IHTMLElement* element, const CComBSTR& name);
+    attribute_value(const attribute_value&) = delete;
+    attribute_value& operator=(const attribute_value&) = delete;
+
+    // Lives as long as this; empty for a value that is no text.
+    std::wstring_view text() const;
+
+private:
+    CComVariant value_;
+};
 
 } // namespace quill

@@ -5,6 +5,9 @@
 #include "sharepoint/link_rewriting.h"
 #include "sharepoint/pdf_link.h"
 
+#include <optional>
+#include <vector>
+
 namespace quill {
 namespace {
 
@@ -33,16 +36,26 @@ CComPtr<IHTMLElement> head_of(IHTMLDocument3* document)
     return CComQIPtr<IHTMLElement>(element_at(heads, 0));
 }
 
-// Rewriting replaces elements, and the engine's collections follow the document as it changes: the elements
-// are all taken before the first is touched.
-std::vector<CComPtr<IHTMLElement>> links_of(IHTMLDocument3* document)
+// The markup to put in a link's place; nothing when the link stays as it is.
+std::optional<std::wstring> new_markup(IHTMLElement* link, const CComBSTR& href)
 {
-    std::vector<CComPtr<IHTMLElement>> links;
-    any_element<IHTMLElement>(elements_by_tag(document, L"a"), [&](IHTMLElement* link) {
-        links.emplace_back(link);
-        return false;
-    });
-    return links;
+    if (!is_pdf_link(attribute_value(link, href).text()))
+        return std::nullopt;
+    return without_open_handlers(read_text(link, &IHTMLElement::get_outerHTML));
+}
+
+void replace(IHTMLElement* link, const std::wstring& markup)
+{
+    link->put_outerHTML(CComBSTR(static_cast<int>(markup.size()), markup.data()));
+}
+
+std::vector<CComPtr<IHTMLElement>> elements_from(IHTMLElementCollection* elements, long index, long count)
+{
+    std::vector<CComPtr<IHTMLElement>> found;
+    for (; index < count; ++index)
+        if (const CComQIPtr<IHTMLElement> element(element_at(elements, index)); element)
+            found.emplace_back(element);
+    return found;
 }
 
 } // namespace
@@ -72,14 +85,24 @@ page_kind classify_page(IHTMLDocument3* document)
     return kind;
 }
 
+// Rewriting replaces elements, and the engine's collections follow the document as it changes: before the
+// first element is touched, all behind it are taken. Few pages have one to touch.
 void remove_open_handlers(IHTMLDocument3* document)
 {
-    for (const CComPtr<IHTMLElement>& link : links_of(document)) {
-        if (!is_pdf_link(read_attribute(link, L"href")))
+    const CComBSTR href(L"href");
+    const CComPtr<IHTMLElementCollection> links = elements_by_tag(document, L"a");
+    const long count = element_count(links);
+    for (long index = 0; index < count; ++index) {
+        const CComQIPtr<IHTMLElement> link(element_at(links, index));
+        const auto markup = link ? new_markup(link, href) : std::nullopt;
+        if (!markup)
             continue;
-        const auto rewritten = without_open_handlers(read_text(link.p, &IHTMLElement::get_outerHTML));
-        if (rewritten)
-            link->put_outerHTML(CComBSTR(static_cast<int>(rewritten->size()), rewritten->data()));
+        const auto links_behind = elements_from(links, index + 1, count);
+        replace(link, *markup);
+        for (const CComPtr<IHTMLElement>& other : links_behind)
+            if (const auto other_markup = new_markup(other, href))
+                replace(other, *other_markup);
+        return;
     }
 }
 

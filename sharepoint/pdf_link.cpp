@@ -8,12 +8,12 @@ namespace quill {
 bool is_pdf_link(std::wstring_view url)
 {
     log_stream(log_level::debug) << "detect click to " << url;
-    if (url.empty())
+    // Most links fail the first test, and it takes no look at the whole address.
+    if (!ends_with_ignoring_case(url, L".pdf"))
         return false;
     if (url.front() != L'/' && !begins_with_ignoring_case(url, L"http"))
         return false;
-    return ends_with_ignoring_case(url, L".pdf") && !contains_ignoring_case(url, L"/_vti_history/") &&
-           !contains_ignoring_case(url, L"/_vti_bin/");
+    return !contains_ignoring_case(url, L"/_vti_history/") && !contains_ignoring_case(url, L"/_vti_bin/");
 }
 
 } // namespace quill

@@ -134,6 +134,22 @@ HRESULT _AtlGetFuncInfo(ITypeInfo* type, DISPID id, _ATL_FUNC_INFO& info) noexce
     return S_OK;
 }
 
+void _AtlFuncInfos::Keep(DISPID id, const _ATL_FUNC_INFO& info) noexcept
+{
+    AcquireSRWLockExclusive(&m_writing);
+    for (entry& each : m_entries) {
+        const DISPID known = each.id.load(std::memory_order_relaxed);
+        if (known == id)
+            break;
+        if (known == unused) {
+            each.info = info;
+            each.id.store(id, std::memory_order_release);
+            break;
+        }
+    }
+    ReleaseSRWLockExclusive(&m_writing);
+}
+
 HRESULT _AtlInvokeEvent(const _AtlEventHandler& handler, void* object, const _ATL_FUNC_INFO& info,
                         const DISPPARAMS* parameters, VARIANT* result) noexcept
 {

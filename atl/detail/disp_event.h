@@ -5,6 +5,7 @@
 #include "atl/detail/com_map.h"
 #include "atl/detail/dispatch_impl.h"
 
+#include <atomic>
 #include <type_traits>
 
 #ifndef _ATL_MAX_VARTYPES
@@ -96,6 +97,41 @@ HRESULT _AtlInvokeEvent(const _AtlEventHandler& handler, void* object, const _AT
 
 // Describes a function of a dispatch interface.
 HRESULT _AtlGetFuncInfo(ITypeInfo* type, DISPID id, _ATL_FUNC_INFO& info) noexcept;
+
+// Descriptions of functions, kept once they are known: to get one out of a type library takes longer than the
+// rest of an event, and a library that is loaded does not change. May be used on any thread.
+class _AtlFuncInfos
+{
+public:
+    constexpr _AtlFuncInfos() noexcept = default;
+    _AtlFuncInfos(const _AtlFuncInfos&) = delete;
+    _AtlFuncInfos& operator=(const _AtlFuncInfos&) = delete;
+
+    bool Find(DISPID id, _ATL_FUNC_INFO& info) const noexcept
+    {
+        for (const entry& each : m_entries) {
+            const DISPID known = each.id.load(std::memory_order_acquire);
+            if (known == id)
+                info = each.info;
+            if (known == id || known == unused)
+                return known == id;
+        }
+        return false;
+    }
+    // Forgotten at once when there is no room left.
+    void Keep(DISPID id, const _ATL_FUNC_INFO& info) noexcept;
+
+private:
+    static constexpr DISPID unused = DISPID_UNKNOWN;
+    struct entry
+    {
+        std::atomic<DISPID> id{unused}; // set last: what is found is whole
+        _ATL_FUNC_INFO info{};
+    };
+
+    SRWLOCK m_writing = SRWLOCK_INIT;
+    entry m_entries[8];
+};
 
 // A sink has the methods of IDispatch in their order without being one: its QueryInterface is not the
 // object's, which may have several sinks and a dispatch interface of its own besides.
@@ -213,13 +249,22 @@ public:
     }
     HRESULT GetFuncInfoFromId(const IID&, DISPID id, LCID lcid, _ATL_FUNC_INFO& info) override
     {
+        if (_functions.Find(id, info))
+            return S_OK;
         CComPtr<ITypeInfo> type;
-        const HRESULT hr = _tih.GetTI(lcid, &type);
-        return SUCCEEDED(hr) ? _AtlGetFuncInfo(type, id, info) : hr;
+        HRESULT hr = _tih.GetTI(lcid, &type);
+        if (SUCCEEDED(hr))
+            hr = _AtlGetFuncInfo(type, id, info);
+        if (SUCCEEDED(hr))
+            _functions.Keep(id, info);
+        return hr;
     }
 
     using _tihclass = tihclass;
     constinit static inline _tihclass _tih{pdiid, plibid, wMajor, wMinor};
+
+private:
+    constinit static inline _AtlFuncInfos _functions;
 };
 
 } // namespace ATL

@@ -218,9 +218,7 @@ void browser::document_complete(const std::wstring& url)
 
 HRESULT browser::get_Document(IDispatch** out)
 {
-    *out = static_cast<IHTMLDocument2*>(shown.p);
-    shown->AddRef();
-    return S_OK;
+    return shown.CopyTo(out);
 }
 
 HRESULT browser::get_TopLevelContainer(VARIANT_BOOL* out)

@@ -119,6 +119,7 @@ public:
     page();
 
     element_list& links() { return links_; }
+    IDispatch* dispatch() { return static_cast<IHTMLDocument2*>(this); }
     element& head() { return *head_; }
 
     HRESULT STDMETHODCALLTYPE get_URL(BSTR* out) override;
@@ -143,7 +144,7 @@ class browser : public counted<without_IWebBrowser2<IWebBrowser2>,
 public:
     browser();
 
-    CComPtr<page> shown;
+    CComPtr<IDispatch> shown;
     IUnknown* unknown() { return static_cast<IWebBrowser2*>(this); }
 
     // Fires the events as a browser does, building the arguments anew. Returns whether it was cancelled.

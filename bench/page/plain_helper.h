@@ -9,7 +9,9 @@ namespace quill::bench {
 enum class sink_task
 {
     nothing,
-    read_links // at DocumentComplete: the address of every link of the page
+    read_setting,        // at SetSite: where the editor is, as the helper object has to
+    read_links,          // at DocumentComplete: the address of every link of the page
+    read_links_and_pdfs, // and the markup of those that lead to a PDF
 };
 
 class plain_helper : public counted<IObjectWithSite, IDispatch>

@@ -24,6 +24,7 @@ public:
 
     // A new object of the class, with one reference.
     IUnknown* create(REFCLSID class_id) const;
+    HMODULE handle() const { return handle_; }
     bool can_unload() const { return can_unload_() == S_OK; }
 
 private:

@@ -39,8 +39,8 @@ std::size_t repetitions_for_a_batch(const repeated& work)
 // Long work gets fewer rounds.
 int rounds_for(double round_ns)
 {
-    constexpr double budget_ns = 1.5e9;
-    constexpr int fewest = 15;
+    constexpr double budget_ns = 1.0e9;
+    constexpr int fewest = 21;
     const int affordable = static_cast<int>(budget_ns / std::max(round_ns, 1.0));
     return is_short_run() ? rounds_in_short : std::clamp(affordable, fewest, rounds_in_full);
 }

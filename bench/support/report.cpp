@@ -57,7 +57,7 @@ const char* verdict(double value, std::optional<double> target)
 void print(const std::string& what, const std::string& ours, const std::string& baseline,
            const std::string& ratio, const std::string& target, const char* result)
 {
-    std::printf("%-62s %10s %10s %8s %8s  %s\n", what.c_str(), ours.c_str(), baseline.c_str(), ratio.c_str(),
+    std::printf("%-84s %10s %10s %8s %8s  %s\n", what.c_str(), ours.c_str(), baseline.c_str(), ratio.c_str(),
                 target.c_str(), result);
     std::fflush(stdout);
 }

@@ -1,8 +1,11 @@
 #include "suite/pages/page_layout.h"
 
+#include "suite/pages/table_columns.h"
+
 #include <algorithm>
 #include <array>
 #include <cwchar>
+#include <utility>
 
 namespace quill {
 namespace {
@@ -10,6 +13,10 @@ namespace {
 constexpr int page_margin = 16;
 constexpr int paragraph_gap = 10;
 constexpr int list_indent = 24;
+constexpr int area_padding = 10;
+constexpr int column_gap = 28;
+constexpr int row_padding = 5;
+constexpr COLORREF row_line = RGB(222, 226, 231);
 constexpr int default_box_width = 300;
 constexpr int default_box_height = 150;
 
@@ -35,6 +42,39 @@ int heading_size(const dom_node& node)
     return sizes[static_cast<std::size_t>(node.name[1] - L'1')];
 }
 
+// "#0072c6"; nothing for any other text.
+std::optional<COLORREF> color_of(const dom_node& element, std::wstring_view attribute)
+{
+    const auto text = element.attribute(attribute);
+    if (!text || text->size() != 7 || text->front() != L'#')
+        return std::nullopt;
+    wchar_t* end = nullptr;
+    const unsigned long value = std::wcstoul(text->c_str() + 1, &end, 16);
+    if (*end != L'\0')
+        return std::nullopt;
+    return RGB((value >> 16) & 0xFF, (value >> 8) & 0xFF, value & 0xFF);
+}
+
+// The rows of a table, not those of tables in it.
+void collect_rows(const dom_node& node, std::vector<const dom_node*>& rows)
+{
+    for (const auto& child : node.children()) {
+        if (child->is(L"tr"))
+            rows.push_back(child.get());
+        else if (child->is(L"thead") || child->is(L"tbody") || child->is(L"tfoot"))
+            collect_rows(*child, rows);
+    }
+}
+
+std::vector<const dom_node*> cells_of(const dom_node& row)
+{
+    std::vector<const dom_node*> cells;
+    for (const auto& child : row.children())
+        if (child->is(L"td") || child->is(L"th"))
+            cells.push_back(child.get());
+    return cells;
+}
+
 text_style style_inside(const dom_node& element, text_style style)
 {
     if (const int size = heading_size(element)) {
@@ -45,6 +85,8 @@ text_style style_inside(const dom_node& element, text_style style)
         style.bold = true;
     if (element.is(L"a") && element.attribute(L"href"))
         style.link = true;
+    if (const auto color = element.is(L"font") ? color_of(element, L"color") : std::nullopt)
+        style.color = color;
     return style;
 }
 
@@ -107,9 +149,13 @@ private:
             return new_line(style);
         if (element.is(L"tr"))
             return add_row(element, style);
+        if (element.is(L"table"))
+            return add_table(element, style);
+        if (const auto color = is_one_of(blocks, element) ? color_of(element, L"bgcolor") : std::nullopt)
+            return add_area(element, *color, style);
         const text_style inside = style_inside(element, style);
-        const bool paragraph = element.is(L"p") || element.is(L"ul") || element.is(L"ol") ||
-                               element.is(L"table") || heading_size(element) != 0;
+        const bool paragraph =
+            element.is(L"p") || element.is(L"ul") || element.is(L"ol") || heading_size(element) != 0;
         if (paragraph || is_one_of(blocks, element)) {
             end_line();
             gap_ = std::max(gap_, paragraph ? paragraph_gap : 0);
@@ -188,25 +234,88 @@ private:
         line_height_ = std::max(line_height_, height + paragraph_gap);
     }
 
-    // The cells of a row share the width equally.
+    // A block with a background of its own.
+    void add_area(const dom_node& element, COLORREF color, const text_style& style)
+    {
+        end_line();
+        y_ += gap_;
+        const std::size_t index = page_.areas.size();
+        page_.areas.push_back({{left_, y_, right_, y_}, color});
+        flow inside(page_, surroundings_, left_ + area_padding, right_ - area_padding, y_ + area_padding);
+        inside.add_children(element, style_inside(element, style));
+        y_ = inside.finish() + area_padding;
+        page_.areas[index].place.bottom = y_;
+        gap_ = paragraph_gap;
+    }
+
+    void add_table(const dom_node& table, const text_style& style)
+    {
+        end_line();
+        gap_ = std::max(gap_, paragraph_gap);
+        const int stated = length_of(table, L"width", right_ - left_, 0);
+        const auto outer =
+            std::exchange(columns_, share_width(wanted_widths(table, style), right_ - left_, stated));
+        add_children(table, style_inside(table, style));
+        columns_ = outer;
+        end_line();
+        gap_ = std::max(gap_, paragraph_gap);
+    }
+
+    // What each column would like to have. Nothing is asked of a table in a cell that is being measured, or
+    // tables in tables would be measured over and over.
+    std::vector<int> wanted_widths(const dom_node& table, const text_style& style) const
+    {
+        std::vector<const dom_node*> rows;
+        std::vector<int> wanted;
+        if (!measures_)
+            collect_rows(table, rows);
+        for (const dom_node* row : rows) {
+            const auto cells = cells_of(*row);
+            wanted.resize(std::max(wanted.size(), cells.size()));
+            for (std::size_t i = 0; i < cells.size(); ++i)
+                wanted[i] = std::max(wanted[i], width_of(*cells[i], style));
+        }
+        return wanted;
+    }
+
+    // What a cell takes when nothing in it is broken into lines, and the gap to the next column.
+    int width_of(const dom_node& cell, const text_style& style) const
+    {
+        constexpr int endless = 10'000;
+        page_layout alone;
+        flow line(alone, surroundings_, 0, endless, 0);
+        line.measures_ = true;
+        line.add_children(cell, style_inside(cell, style));
+        line.finish();
+        LONG right = 0;
+        for (const auto& text : alone.texts)
+            right = std::max(right, text.place.right);
+        for (const auto& box : alone.boxes)
+            right = std::max(right, box.place.right);
+        return right > 0 ? static_cast<int>(right) + column_gap : 0;
+    }
+
     void add_row(const dom_node& row, const text_style& style)
     {
         end_line();
         begin_line();
-        std::vector<const dom_node*> cells;
-        for (const auto& child : row.children())
-            if (child->is(L"td") || child->is(L"th"))
-                cells.push_back(child.get());
-        int bottom = y_;
-        for (std::size_t i = 0; i < cells.size(); ++i) {
-            const int width = (right_ - left_) / static_cast<int>(cells.size());
-            const int left = left_ + width * static_cast<int>(i);
-            flow cell(page_, surroundings_, left, left + width - paragraph_gap, y_);
+        const auto cells = cells_of(row);
+        if (measures_) {
+            for (const dom_node* cell : cells)
+                add_children(*cell, style_inside(*cell, style));
+            return end_line();
+        }
+        const int top = y_;
+        int bottom = y_ + row_padding;
+        int left = left_;
+        for (std::size_t i = 0; i < cells.size() && i < columns_.size(); ++i) {
+            flow cell(page_, surroundings_, left, left + columns_[i] - column_gap / 2, top + row_padding);
             cell.add_children(*cells[i], style_inside(*cells[i], style));
             bottom = std::max(bottom, cell.finish());
+            left += columns_[i];
         }
-        constexpr int row_gap = 4;
-        y_ = bottom + row_gap;
+        y_ = bottom + row_padding;
+        page_.areas.push_back({{left_, y_ - 1, left, y_}, row_line});
     }
 
     void begin_line()
@@ -239,8 +348,10 @@ private:
     int x_;
     int y_;
     int line_height_ = 0;
-    int gap_ = 0;        // wanted before the next line
-    bool blank_ = false; // seen since the last word
+    int gap_ = 0;              // wanted before the next line
+    std::vector<int> columns_; // widths in the table around this
+    bool measures_ = false;    // laid out for its width only
+    bool blank_ = false;       // seen since the last word
 };
 
 } // namespace

@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,7 @@ struct text_style
     int size = 15; // pixels
     bool bold = false;
     bool link = false;
+    std::optional<COLORREF> color; // stated by the page
 
     friend bool operator==(const text_style&, const text_style&) = default;
 };
@@ -35,8 +37,16 @@ struct laid_box
     dom_node::pointer element;
 };
 
+// Filled before anything is written on it, in order.
+struct laid_area
+{
+    RECT place;
+    COLORREF color;
+};
+
 struct page_layout
 {
+    std::vector<laid_area> areas;
     std::vector<laid_text> texts;
     std::vector<laid_box> boxes;
     int height = 0;

@@ -74,9 +74,13 @@ void page_surface::paint(HWND window)
     SetBkMode(device, TRANSPARENT);
     SetViewportOrgEx(device, 0, -offset_, nullptr);
     const HGDIOBJ before = GetCurrentObject(device, OBJ_FONT);
+    for (const auto& area : layout_.areas) {
+        SetDCBrushColor(device, area.color);
+        FillRect(device, &area.place, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
+    }
     for (const auto& text : layout_.texts) {
         SelectObject(device, font(text.style));
-        SetTextColor(device, text.style.link ? link_ink : ink);
+        SetTextColor(device, text.style.color.value_or(text.style.link ? link_ink : ink));
         TextOutW(device, text.place.left, text.place.top, text.text.data(),
                  static_cast<int>(text.text.size()));
         if (text.style.link) {

@@ -17,6 +17,19 @@ TEST(BrowserCommandLine, TakesAnAddressAlone)
     EXPECT_FALSE(options->exit);
     EXPECT_EQ(options->wait.count(), 30);
     EXPECT_EQ(options->documents, 1u);
+    EXPECT_FALSE(options->page);
+    EXPECT_TRUE(options->click.empty());
+    EXPECT_FALSE(options->helpers);
+}
+
+TEST(BrowserCommandLine, TakesWhatAPageIsFor)
+{
+    const auto options = parse_command_line({L"--page", L"--click", L"some link", L"--helpers", L"x.html"});
+    ASSERT_TRUE(options.has_value());
+    EXPECT_TRUE(options->page);
+    EXPECT_EQ(options->click, L"some link");
+    EXPECT_TRUE(options->helpers);
+    EXPECT_EQ(options->address, L"x.html");
 }
 
 TEST(BrowserCommandLine, TakesOptionsOnBothSidesOfTheAddress)
@@ -70,7 +83,8 @@ INSTANTIATE_TEST_SUITE_P(Cases, WrongCommandLine,
                                          arguments{L"a", L"--wait", L"-1"}, arguments{L"a", L"--wait", L"5s"},
                                          arguments{L"a", L"--wait", L""}, arguments{L"a", L"--documents"},
                                          arguments{L"a", L"--documents", L"0"},
-                                         arguments{L"a", L"--documents", L"100"},
+                                         arguments{L"a", L"--documents", L"100"}, arguments{L"a", L"--click"},
+                                         arguments{L"a", L"--click", L""}, arguments{L"--click", L"a"},
                                          arguments{L"a", L"--unknown"}, arguments{L"-"}));
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "suite/pages/embedded_class.h"
 #include "suite/pages/identifiers.h"
 #include "suite/pages/page_layout.h"
+#include "suite/pages/table_columns.h"
 #include "tests/support/private_registry.h"
 #include "tests/support/scopes.h"
 
@@ -233,9 +234,54 @@ TEST(PageLayout, PutsTheCellsOfARowBesideEachOther)
     const auto page = arrange(L"<table><tr><td>a<td>b<tr><td>c<td>d</table>", 432);
     ASSERT_EQ(page.texts.size(), 4u);
     EXPECT_EQ(page.texts[0].place.top, page.texts[1].place.top);
-    EXPECT_EQ(page.texts[1].place.left - page.texts[0].place.left, 200);
+    EXPECT_GT(page.texts[1].place.left, page.texts[0].place.right);
     EXPECT_EQ(page.texts[0].place.left, page.texts[2].place.left);
+    EXPECT_EQ(page.texts[1].place.left, page.texts[3].place.left);
     EXPECT_GT(page.texts[2].place.top, page.texts[0].place.top);
+}
+
+TEST(PageLayout, GivesColumnsWhatTheirWidestCellsTake)
+{
+    const auto page = arrange(L"<table><tr><td><td>a<td>b<tr><td><td>long words<td>c</table>", 900);
+    ASSERT_EQ(texts_of(page), (std::vector<std::wstring>{L"a", L"b", L"long words", L"c"}));
+    EXPECT_EQ(page.texts[0].place.left, 16); // the first column is empty
+    EXPECT_GT(page.texts[1].place.left, page.texts[2].place.right);
+    EXPECT_LT(page.texts[1].place.left, 200);
+    const auto wide = arrange(L"<table width='100%'><tr><td>aa<td>bb</table>", 432);
+    EXPECT_EQ(wide.texts[1].place.left - wide.texts[0].place.left, 200);
+}
+
+TEST(PageLayout, LaysOutTablesInTablesInTime)
+{
+    std::wstring nested = L"word";
+    for (int depth = 0; depth < 40; ++depth)
+        nested = L"<table><tr><td>" + nested + L"</td></tr></table>";
+    EXPECT_EQ(texts_of(arrange(nested, 900)), std::vector<std::wstring>{L"word"});
+}
+
+TEST(PageLayout, ColorsWhatThePageStates)
+{
+    const auto page = arrange(
+        L"<div bgcolor='#0072c6'><font color='#fffefd'>on blue</font></div><p bgcolor=red>plain", 432);
+    ASSERT_EQ(page.areas.size(), 1u);
+    EXPECT_EQ(page.areas[0].color, RGB(0x00, 0x72, 0xC6));
+    EXPECT_EQ(page.texts[0].style.color, RGB(0xFF, 0xFE, 0xFD));
+    EXPECT_LT(page.areas[0].place.top, page.texts[0].place.top);
+    EXPECT_GT(page.areas[0].place.bottom, page.texts[0].place.bottom);
+    EXPECT_GE(page.texts[1].place.top, page.areas[0].place.bottom);
+    EXPECT_FALSE(page.texts[1].style.color.has_value());
+}
+
+TEST(ShareWidth, FillsWhatIsStatedAndNeverMoreThanThereIs)
+{
+    using widths = std::vector<int>;
+    EXPECT_EQ(share_width({}, 100, 50), widths{});
+    EXPECT_EQ(share_width({10, 30}, 100, 0), (widths{10, 30}));
+    EXPECT_EQ(share_width({10, 30}, 100, 80), (widths{20, 60}));
+    EXPECT_EQ(share_width({10, 30}, 20, 80), (widths{5, 15}));
+    EXPECT_EQ(share_width({100, 300}, 40, 0), (widths{10, 30}));
+    EXPECT_EQ(share_width({0, 30}, 100, 60), (widths{0, 60}));
+    EXPECT_EQ(share_width({0, 0}, 100, 60), (widths{0, 0}));
 }
 
 TEST(PageLayout, SurvivesAnyWidth)

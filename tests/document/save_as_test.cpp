@@ -14,6 +14,7 @@
 #include <ole2.h>
 
 #include <optional>
+#include <ostream>
 
 namespace quill::test {
 namespace {
@@ -28,6 +29,11 @@ enum class request
     by_command, // of the browser
     by_message  // of the viewer
 };
+
+void PrintTo(request which, std::ostream* out)
+{
+    *out << (which == request::by_command ? "Command" : "Message");
+}
 
 // Counts the windows that this thread makes, which a message box would be one of.
 class window_watch
@@ -295,9 +301,7 @@ TEST_P(DocumentSaveAs, SavesWhatWasShownWhenItWasAskedTo)
 }
 
 INSTANTIATE_TEST_SUITE_P(Either, DocumentSaveAs, testing::Values(request::by_command, request::by_message),
-                         [](const auto& each) {
-                             return each.param == request::by_command ? "Command" : "Message";
-                         });
+                         testing::PrintToStringParamName());
 
 // The viewer asks at the window and with the number that it was told at its creation.
 TEST(ViewerSaveAs, ReachesTheDocumentAsTheViewerWasTold)

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <mshtmdid.h>
 
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 
@@ -336,6 +337,14 @@ TEST_F(DispEvent, PageEventsAnswerAValue)
     // A source that does not ask for the result.
     EXPECT_EQ(source.fire(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, {before_navigate::dispatch(event)}), S_OK);
 
+    // A source that hands in what was on its stack.
+    VARIANT garbage;
+    garbage.vt = VT_DISPATCH;
+    garbage.pdispVal = reinterpret_cast<IDispatch*>(std::uintptr_t{64});
+    EXPECT_EQ(source.fire(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, {before_navigate::dispatch(event)}, &garbage),
+              S_OK);
+    EXPECT_EQ(garbage.vt, VT_BOOL);
+
     result.Clear();
     EXPECT_EQ(source.fire(DISPID_HTMLDOCUMENTEVENTS2_ONREADYSTATECHANGE, {before_navigate::dispatch(event)},
                           &result),
@@ -397,6 +406,39 @@ TEST_F(DispEvent, TypeInformationIsTheEventInterfaces)
     ASSERT_EQ(info->GetTypeAttr(&attributes), S_OK);
     EXPECT_EQ(attributes->guid, browser_events);
     info->ReleaseTypeAttr(attributes);
+}
+
+_ATL_FUNC_INFO description_of(SHORT parameters)
+{
+    _ATL_FUNC_INFO info{};
+    info.nParams = parameters;
+    return info;
+}
+
+TEST(KeptDescriptions, AreFoundByTheirNumber)
+{
+    _AtlFuncInfos kept;
+    _ATL_FUNC_INFO found{};
+    EXPECT_FALSE(kept.Find(DISPID_BEFORENAVIGATE2, found));
+    kept.Keep(DISPID_BEFORENAVIGATE2, description_of(7));
+    kept.Keep(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, description_of(1));
+    kept.Keep(DISPID_BEFORENAVIGATE2, description_of(3)); // the first one stays
+    EXPECT_TRUE(kept.Find(DISPID_BEFORENAVIGATE2, found));
+    EXPECT_EQ(found.nParams, 7);
+    EXPECT_TRUE(kept.Find(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, found));
+    EXPECT_EQ(found.nParams, 1);
+    EXPECT_FALSE(kept.Find(DISPID_ONQUIT, found));
+}
+
+TEST(KeptDescriptions, AreKeptWhileThereIsRoom)
+{
+    _AtlFuncInfos kept;
+    _ATL_FUNC_INFO found{};
+    for (SHORT id = 1; id <= 100; ++id)
+        kept.Keep(id, description_of(id));
+    EXPECT_TRUE(kept.Find(8, found));
+    EXPECT_EQ(found.nParams, 8);
+    EXPECT_FALSE(kept.Find(9, found));
 }
 
 } // namespace

@@ -22,6 +22,24 @@ TEST(ComPtr, HoldsOneReference)
     EXPECT_EQ(object.references, 0);
 }
 
+// An exception of the object's own is the caller's, and leaves no reference behind.
+TEST(ComPtr, LetsExceptionsOfAnObjectThrough)
+{
+    struct throwing_object : counted_object
+    {
+        HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { throw 5; }
+    };
+    throwing_object object;
+    counted_object other;
+    EXPECT_THROW(CComQIPtr<IServiceProvider>(object.unknown()), int);
+    EXPECT_THROW(AtlIsEqualObject(other.unknown(), object.unknown()), int);
+    CComPtr<IObjectWithSite> pointer(&object);
+    CComPtr<IServiceProvider> service;
+    EXPECT_THROW(service = pointer, int);
+    EXPECT_THROW(pointer.QueryInterface(&service), int);
+    EXPECT_EQ(object.references, 1);
+}
+
 TEST(ComPtr, AssignmentTakesBeforeItGives)
 {
     counted_object first;

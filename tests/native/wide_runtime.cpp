@@ -14,6 +14,10 @@
 
 extern "C" {
 
+// Two functions that C++ overloads: which ones it has differs between compilers, the library's names do not.
+wchar_t* find_unit(const wchar_t* text, wchar_t unit, std::size_t count) noexcept __asm__("wmemchr");
+wchar_t* find_part(const wchar_t* text, const wchar_t* part) noexcept __asm__("wcsstr");
+
 std::size_t wcslen(const wchar_t* text) noexcept
 {
     std::size_t length = 0;
@@ -61,7 +65,7 @@ wchar_t* wmemset(wchar_t* to, wchar_t unit, std::size_t count) noexcept
     return to;
 }
 
-wchar_t* wmemchr(const wchar_t* text, wchar_t unit, std::size_t count) noexcept
+wchar_t* find_unit(const wchar_t* text, wchar_t unit, std::size_t count) noexcept
 {
     for (std::size_t i = 0; i < count; ++i) {
         if (text[i] == unit)
@@ -70,7 +74,7 @@ wchar_t* wmemchr(const wchar_t* text, wchar_t unit, std::size_t count) noexcept
     return nullptr;
 }
 
-wchar_t* wcsstr(const wchar_t* text, const wchar_t* part) noexcept
+wchar_t* find_part(const wchar_t* text, const wchar_t* part) noexcept
 {
     const std::size_t length = wcslen(part);
     for (;; ++text) {

@@ -53,6 +53,19 @@ TEST_F(PdfFile, IsRefused)
     EXPECT_EQ(log_.lines(), std::vector<std::string>(5, "debug: ACTIVEDOC isPDF [FALSE]"));
 }
 
+// The browser may want the system's dialogs; the check does not.
+TEST_F(PdfFile, LeavesTheThreadsErrorModeAsItWas)
+{
+    for (const DWORD mode : {DWORD{0}, DWORD{SEM_NOOPENFILEERRORBOX}}) {
+        DWORD before = 0;
+        ASSERT_TRUE(SetThreadErrorMode(mode, &before));
+        EXPECT_EQ(check("%PDF-1.7\n"), 1);
+        EXPECT_EQ(isPDF(L"C:\\missing\\a.pdf"), 0);
+        EXPECT_EQ(GetThreadErrorMode(), mode);
+        SetThreadErrorMode(before, nullptr);
+    }
+}
+
 TEST_F(PdfFile, MayBeMissing)
 {
     EXPECT_EQ(isPDF(path_.c_str()), 0);

@@ -131,6 +131,20 @@ TEST_F(SaveAs, FailsWhenTheBrowserDoesNotSave)
     }
 }
 
+// The copy of a file that may only be read may on some systems only be read, too; it must not stay behind
+// for that.
+TEST_F(SaveAs, LeavesNoReadOnlyCopy)
+{
+    const ieframe_scope browser;
+    save_result = E_FAIL;
+    before_save = [](const wchar_t* copy) {
+        EXPECT_TRUE(SetFileAttributesW(copy, FILE_ATTRIBUTE_READONLY));
+        EXPECT_FALSE(DeleteFileW(copy)) << "the system deletes such files anyway";
+    };
+    EXPECT_EQ(save(), 0);
+    EXPECT_THAT(files_in(cache.path()), IsEmpty());
+}
+
 TEST_F(SaveAs, FailsWithoutOneOfTheFunctions)
 {
     {

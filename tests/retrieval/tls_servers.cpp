@@ -20,7 +20,8 @@ constexpr DWORD start_deadline_ms = 30'000; // keys and certificates are made
 // A program of the machine cannot be waited for, and only a file can be its output.
 bool start_script(std::uint16_t http_port, HANDLE output)
 {
-    std::wstring command = L"python3 " QUILL_TLS_SERVERS_SCRIPT " " + std::to_wstring(http_port);
+    // A bare name would be looked up in PATH by the program itself, for the place of its own library.
+    std::wstring command = L"/usr/bin/python3 -I " QUILL_TLS_SERVERS_SCRIPT " " + std::to_wstring(http_port);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;

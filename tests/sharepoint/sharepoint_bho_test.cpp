@@ -209,6 +209,19 @@ TEST_F(SharepointBho, RefusesASecondSubscriptionOnTheWay)
     EXPECT_EQ(browser_->events().sinks(), 0u);
 }
 
+// Leaving the old browser may end whatever held the new one.
+TEST_F(SharepointBho, HoldsANewSiteThatIsDroppedOnTheWay)
+{
+    EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
+    auto other = make_fake<fake_browser>(scene_);
+    fake_browser* const site = other;
+    scene_.interrupt_calls_named("IConnectionPoint::Unadvise", [&] { other.Release(); });
+    EXPECT_EQ(helper_->SetSite(site->unknown()), S_OK);
+    EXPECT_EQ(other.p, nullptr);
+    EXPECT_EQ(site->events().sinks(), 1u);
+    EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
+}
+
 TEST_F(SharepointBho, OutlivesABrowserThatDropsItWhileDetaching)
 {
     struct dropping_browser : fake_browser

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace quill::test {
 
 CComPtr<IObjectWithSite> create_helper()
@@ -16,6 +18,17 @@ CComPtr<IObjectWithSite> create_helper()
                                IID_PPV_ARGS(&helper)),
               S_OK);
     return helper;
+}
+
+double longest_delay(const helper_tab& tab)
+{
+    const auto& before = tab.before.entries();
+    const auto& after = tab.after.entries();
+    EXPECT_EQ(before.size(), after.size());
+    double longest = 0;
+    for (std::size_t i = 0; i < std::min(before.size(), after.size()); ++i)
+        longest = std::max(longest, after[i].at - before[i].at);
+    return longest;
 }
 
 helper_tab::helper_tab(with_helper helper)
@@ -32,14 +45,26 @@ helper_tab::helper_tab(with_helper helper)
     after.advise(object());
 }
 
-void helper_tab::show(const std::wstring& address)
+void helper_tab::show(const std::wstring& address, const std::wstring& arrives_at)
 {
-    const std::size_t completed = after.count(DISPID_DOCUMENTCOMPLETE, address);
+    const std::size_t completed = after.count(DISPID_DOCUMENTCOMPLETE, arrives_at);
     go_to(address);
     EXPECT_TRUE(wait_until([&] {
-        return is_showing(address) && after.count(DISPID_DOCUMENTCOMPLETE, address) > completed;
+        return page() && after.count(DISPID_DOCUMENTCOMPLETE, arrives_at) > completed;
     })) << to_utf8(address)
         << "; events: " << testing::PrintToString(after.lines());
+}
+
+void helper_tab::post_to(const std::wstring& address, std::string_view form)
+{
+    CComVariant data;
+    data.vt = VT_ARRAY | VT_UI1;
+    data.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(form.size()));
+    std::copy(form.begin(), form.end(), static_cast<char*>(data.parray->pvData));
+    CComVariant target(address.c_str());
+    CComVariant headers(L"Content-Type: application/x-www-form-urlencoded\r\n");
+    CComVariant none;
+    EXPECT_EQ(tab_->Navigate2(&target, &none, &none, &data, &headers), S_OK);
 }
 
 CComPtr<IHTMLDocument2> helper_tab::page()

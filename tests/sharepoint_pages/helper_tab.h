@@ -10,6 +10,7 @@
 #include <ocidl.h>
 
 #include <string>
+#include <string_view>
 
 namespace quill::test {
 
@@ -27,10 +28,14 @@ public:
     helper_tab(const helper_tab&) = delete;
     helper_tab& operator=(const helper_tab&) = delete;
 
-    // Goes to a page and waits until all of the tab's sinks have heard that it is complete.
-    void show(const std::wstring& address);
+    // Goes to a page and waits until all of the tab's sinks have heard that it is complete. A server may send
+    // the browser on to another address.
+    void show(const std::wstring& address) { show(address, address); }
+    void show(const std::wstring& address, const std::wstring& arrives_at);
     // Goes to an address without waiting.
     void go_to(const std::wstring& address) { browser_.open(address); }
+    // Sends a form there without waiting.
+    void post_to(const std::wstring& address, std::string_view form);
     // The page that is shown; null when there is none or it is not complete.
     CComPtr<IHTMLDocument2> page();
     bool is_showing(const std::wstring& address);
@@ -60,6 +65,9 @@ private:
     CComPtr<tab_browser> tab_;
     CComPtr<IObjectWithSite> helper_;
 };
+
+// The longest that the browser waited in the helper object for one event so far, in seconds.
+double longest_delay(const helper_tab& tab);
 
 // A helper object by its class; null, and a failure of the test, when it cannot be had.
 CComPtr<IObjectWithSite> create_helper();

@@ -17,12 +17,26 @@ namespace {
 constexpr const char* entry_name = "quill::browser_events_sink::on_before_navigate";
 constexpr std::uint32_t entry_line = 70;
 
+volatile char last_byte;
+
+// Writes more than its buffer takes, up to where the caller's return address lies.
+__declspec(noinline) __attribute__((no_sanitize("undefined"))) void overrun_buffer(std::size_t count)
+{
+    volatile char buffer[16] = {};
+    volatile char* const end = buffer + count;
+    for (volatile char* place = buffer; place != end; ++place)
+        *place = 'x';
+    last_byte = buffer[0];
+}
+
 const std::map<std::string, std::function<void()>> events = {
     {"nothing", [] {}},
     {"read-null", quill::test::read_nowhere},
     {"read-page", quill::test::read_page},
     {"divide", quill::test::divide_by_zero},
     {"overflow", quill::test::overflow_stack},
+    {"fill", [] { overrun_buffer(16); }},
+    {"overrun", [] { overrun_buffer(48); }},
     // What a module of another compiler throws.
     {"foreign", [] { RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, 0, nullptr); }},
     {"throw", [] { throw std::runtime_error("thrown"); }},

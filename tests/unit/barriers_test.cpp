@@ -257,6 +257,15 @@ TEST_F(SuiteLibraries, AStackOverflowCanHappenAgain)
     EXPECT_EQ(result.output, "overflow: 80004005\r\noverflow: 80004005\r\nnothing: 00000000\r\n");
 }
 
+// A damaged stack is no place for a handler, the barrier's own included.
+TEST_F(SuiteLibraries, AnOverrunBufferEndsTheProcess)
+{
+    constexpr DWORD stack_buffer_overrun = 0xC0000409;
+    const auto result = test::run_program(folder / L"barrier_program.exe", L"fill overrun nothing");
+    EXPECT_EQ(result.output, "fill: 00000000\r\n");
+    EXPECT_EQ(result.exit_code, stack_buffer_overrun);
+}
+
 TEST_F(SuiteLibraries, TheCrashLibraryMayRunTheHandler)
 {
     add(L"crashguard14.dll");
@@ -298,6 +307,17 @@ TEST_F(SuiteLibraries, ThePdfCoreGivesCodeAndText)
     EXPECT_THAT(lines_of(run(L"pdfcore")),
                 ElementsAre(log_line{"debug", std::string(entry) +
                                                   " pdfcore exception: -1073 Ung\xc3\xbcltig (-1073)"}));
+}
+
+// Once for its text, and once more for itself.
+TEST_F(SuiteLibraries, ThePdfCoreIsAskedTwiceForTheCode)
+{
+    add(L"pdfcore.dll");
+    add(L"as_compat.dll");
+    SetEnvironmentVariableW(L"QUILL_PDFCORE_ERROR", L"count");
+    SetEnvironmentVariableW(L"QUILL_PDFCORE_TEXT", L"x");
+    EXPECT_THAT(lines_of(run(L"pdfcore")),
+                ElementsAre(log_line{"debug", std::string(entry) + " pdfcore exception: 2 x (1)"}));
 }
 
 TEST_F(SuiteLibraries, ThePdfCoreWithoutItsCompanionGivesTheCode)

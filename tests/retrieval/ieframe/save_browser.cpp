@@ -71,6 +71,8 @@ HRESULT save_file(HANDLE state, const wchar_t* source)
     EXPECT_EQ(state, save_browser::state);
     EXPECT_TRUE(std::wstring(source).starts_with(browser.cache_path + L"\\qIE"))
         << testing::PrintToString(source);
+    if (browser.before_save)
+        browser.before_save(source);
     if (browser.save_result == S_OK)
         EXPECT_TRUE(MoveFileExW(source, browser.destination.c_str(),
                                 MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED));

@@ -37,6 +37,7 @@ struct save_browser
     bool gives_destination = true;
     bool gives_folder = true;
     std::function<void()> while_dialog_is_up;
+    std::function<void(const wchar_t* copy)> before_save;
     HWND owner = nullptr; // the window that the dialog has to belong to
     std::wstring cache_path = cache.path();
     std::wstring destination = chosen / L"saved.pdf";

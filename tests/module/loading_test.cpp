@@ -1,0 +1,61 @@
+// What happens while the DLL is being loaded, when no other library may be.
+#include "tests/module/loaded_module.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+#include <winternl.h>
+
+#include <string>
+#include <vector>
+
+namespace quill::test {
+namespace {
+
+// The system's notice of a library that comes or goes; its own headers do not declare it.
+struct library_notice
+{
+    ULONG flags;
+    const UNICODE_STRING* full_name;
+    const UNICODE_STRING* base_name;
+    void* base;
+    ULONG size;
+};
+constexpr ULONG library_came = 1;
+using notice_handler = void(CALLBACK*)(ULONG reason, const library_notice* notice, void* names);
+using register_function = NTSTATUS(NTAPI*)(ULONG flags, notice_handler handler, void* names, void** cookie);
+using unregister_function = NTSTATUS(NTAPI*)(void* cookie);
+
+template <class Function>
+Function system_function(const char* name)
+{
+    return reinterpret_cast<Function>(
+        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
+}
+
+void CALLBACK take_name(ULONG reason, const library_notice* notice, void* names)
+{
+    if (reason == library_came)
+        static_cast<std::vector<std::wstring>*>(names)->emplace_back(
+            notice->base_name->Buffer, notice->base_name->Length / sizeof(wchar_t));
+}
+
+// Also those are seen that are gone again when the DLL is loaded.
+TEST(Loading, BringsNoOtherLibrary)
+{
+    keep_system_libraries_loaded();
+    const auto listen = system_function<register_function>("LdrRegisterDllNotification");
+    const auto stop_listening = system_function<unregister_function>("LdrUnregisterDllNotification");
+    ASSERT_TRUE(listen && stop_listening);
+    std::vector<std::wstring> names;
+    void* cookie = nullptr;
+    ASSERT_EQ(listen(0, take_name, &names, &cookie), 0);
+    {
+        const loaded_module module;
+    }
+    EXPECT_EQ(stop_listening(cookie), 0);
+    EXPECT_THAT(names, testing::ElementsAre(L"QuillPDF.IE.dll"));
+}
+
+} // namespace
+} // namespace quill::test

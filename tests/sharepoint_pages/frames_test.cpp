@@ -1,0 +1,131 @@
+// Frames: their browsers' events are heard at the tab, and each navigation is judged by the page of the frame
+// that it is in.
+#include "tests/browser/html_page_access.h"
+#include "tests/sharepoint_pages/library_site.h"
+#include "tests/support/wait.h"
+
+#include <gmock/gmock.h>
+
+namespace quill::test {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+constexpr char asked_for_library[] = "GET /sites/workshop/Service%20manuals/Forms/AllItems.aspx";
+constexpr char asked_for_last[] = "GET /last.html";
+
+class Frames : public LibrarySite
+{
+protected:
+    Frames()
+    {
+        serve_library("2016");
+        serve_short_page("/sites/workshop/Service%20manuals/Typed.pdf");
+    }
+
+    // A frame in a tab: a browser of its own whose events the tab passes on.
+    class frame
+    {
+    public:
+        explicit frame(helper_tab& tab)
+        {
+            EXPECT_EQ(tab.tab().add_frame(browser_.control().browser()), S_OK);
+        }
+        void show(const std::wstring& address) { page_ = open_page(browser_, address); }
+        void go_to(const std::wstring& address) { browser_.open(address); }
+        bool is_showing(const std::wstring& address)
+        {
+            const auto shown = complete_page(browser_);
+            CComBSTR url;
+            return shown && shown->get_URL(&url) == S_OK && url == address.c_str();
+        }
+        CComPtr<IHTMLElement> element(const wchar_t* id) { return element_by_id(page_, id); }
+
+    private:
+        engine browser_;
+        CComPtr<IHTMLDocument2> page_;
+    };
+
+    // Everything that was asked for in the end.
+    std::vector<std::string> requests_at_the_end_of(frame& inside)
+    {
+        inside.show(server.url(L"/last.html"));
+        return requests_so_far();
+    }
+};
+
+TEST_F(Frames, APdfOfALibraryInAFrameStartsTheEditor)
+{
+    helper_tab tab;
+    tab.show(server.url(L"/frames.html"));
+    frame inside(tab);
+    inside.show(server.url(library_page));
+    inside.go_to(file(L"Typed.pdf"));
+    EXPECT_THAT(editor.starts(1), ElementsAre(editor.editor_start(file(L"Typed.pdf"))));
+    EXPECT_TRUE(inside.is_showing(server.url(library_page)));
+    EXPECT_THAT(requests_at_the_end_of(inside),
+                ElementsAre("GET /frames.html", asked_for_library, asked_for_last));
+}
+
+// A frame's page is not the tab's: nothing hears the clicks in it, and it stays as it is.
+TEST_F(Frames, AFramesPageIsNeitherHeardNorChanged)
+{
+    helper_tab tab;
+    tab.show(server.url(L"/frames.html"));
+    frame inside(tab);
+    inside.show(server.url(library_page));
+    EXPECT_EQ(tab.after.count(DISPID_DOCUMENTCOMPLETE, server.url(library_page)), 1u);
+    EXPECT_NE(outer_html_of(inside.element(L"care")).find(L"PdfFile.OpenDocuments"), std::wstring::npos);
+    // Where the click leads is cancelled, not the click.
+    EXPECT_EQ(inside.element(L"bracket")->click(), S_OK);
+    const std::wstring bracket = file(L"Pivot%20bracket%202291-B.pdf");
+    EXPECT_THAT(editor.starts(1), ElementsAre(editor.editor_start(bracket)));
+    EXPECT_EQ(tab.after.count(DISPID_BEFORENAVIGATE2, bracket), 1u);
+}
+
+TEST_F(Frames, APdfOfAnOrdinaryPageInAFrameOfALibraryIsLetThrough)
+{
+    helper_tab tab;
+    tab.show(server.url(library_page));
+    frame inside(tab);
+    inside.show(server.url(L"/documents.html"));
+    inside.go_to(file(L"Typed.pdf"));
+    EXPECT_TRUE(wait_until([&] { return inside.is_showing(file(L"Typed.pdf")); }));
+    EXPECT_THAT(requests_at_the_end_of(inside),
+                ElementsAre(asked_for_library, "GET /documents.html",
+                            "GET /sites/workshop/Service%20manuals/Typed.pdf", asked_for_last));
+    EXPECT_THAT(tab.after.lines(), Not(Contains(HasSubstr("cancelled"))));
+    EXPECT_THAT(editor.starts(0), IsEmpty());
+}
+
+// The handbook's two frames and what is clicked in them.
+TEST_F(Frames, AreTheSameWithAndWithoutTheHelperObject)
+{
+    std::vector<std::vector<std::string>> events;
+    std::vector<std::vector<std::string>> requests;
+    for (const with_helper helper : {with_helper::no, with_helper::yes}) {
+        helper_tab tab(helper);
+        tab.show(server.url(L"/frames.html"));
+        frame contents(tab);
+        frame chapter(tab);
+        contents.show(server.url(L"/contents.html"));
+        chapter.show(server.url(L"/documents.html"));
+        EXPECT_EQ(chapter.element(L"parts")->click(), S_OK);
+        EXPECT_TRUE(wait_until([&] { return chapter.is_showing(server.url(L"/parts.html")); }));
+        chapter.go_to(server.url(L"/sites/workshop/Service%20manuals/Typed.pdf"));
+        EXPECT_TRUE(wait_until([&] { return chapter.is_showing(file(L"Typed.pdf")); }));
+        requests.push_back(requests_at_the_end_of(contents));
+        events.push_back(tab.after.lines());
+    }
+    EXPECT_EQ(events[1], events[0]);
+    EXPECT_EQ(requests[1], requests[0]);
+    EXPECT_EQ(requests[0].size(), 6u);
+    EXPECT_THAT(editor.starts(0), IsEmpty());
+}
+
+} // namespace
+} // namespace quill::test
