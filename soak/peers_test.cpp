@@ -130,6 +130,17 @@ protected:
         return viewers.opened();
     }
 
+    // The same for answers that some systems do not take for one, and wait on.
+    std::size_t shown_soon_after(http_response response)
+    {
+        world.server.route("/x.pdf", std::move(response));
+        open();
+        live_until_fetched(1'000);
+        close();
+        EXPECT_LT(closing_ms, longest_closing_ms);
+        return viewers.opened();
+    }
+
     document_world world;
     viewer_store viewers;
     std::unique_ptr<hosted_document> document;
@@ -263,11 +274,11 @@ TEST_P(HostilePeer, SendsNothingAndCloses)
 {
     http_response empty;
     empty.body_framing = http_response::framing::until_close;
-    EXPECT_EQ(shown_after(empty), 0u);
+    EXPECT_EQ(shown_soon_after(empty), 0u);
     empty.raw_head = "\r\n\r\n";
-    EXPECT_EQ(shown_after(empty), 0u);
+    EXPECT_EQ(shown_soon_after(empty), 0u);
     empty.raw_head = "HTTP/9.9 -7 \r\n";
-    EXPECT_EQ(shown_after(empty), 0u);
+    EXPECT_EQ(shown_soon_after(empty), 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Download, HostilePeer,

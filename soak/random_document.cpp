@@ -208,6 +208,8 @@ void random_documents::disturb_a_call(hosted_document& document)
 {
     document.host.calls.when_call_number(static_cast<int>(1 + random_.below(12)), [this, &document] {
         document.host.calls.when_call_number(0, {});
+        if (!document.document)
+            return; // this is its last release
         const named_action& chosen = actions()[random_.below(actions().size())];
         (this->*chosen.run)(document);
     });
