@@ -29,6 +29,12 @@ int large_rounds()
     return is_short_run() ? 1 : 5;
 }
 
+// Of lines that only inform.
+int few_rounds()
+{
+    return is_short_run() ? 1 : 3;
+}
+
 // Never the same twice: the system must not take anything from its cache.
 std::wstring url_of(std::size_t size)
 {
@@ -70,9 +76,9 @@ void whole_downloads(document_session& session)
     report("100 MB, WinINet download : query, read, write and a report of each read",
            compare_medians(with_wininet, bare(shown.handle()), large_rounds()), 1.05);
     report("100 MB, WinINet download : query, read and write alone",
-           compare_medians(with_wininet, bare(nullptr), large_rounds()));
+           compare_medians(with_wininet, bare(nullptr), few_rounds()));
     report("100 MB, WinINet download : default download",
-           compare_medians(with_wininet, document, large_rounds()));
+           compare_medians(with_wininet, document, few_rounds()));
 }
 
 // The longest pause of the host while something runs.
@@ -94,7 +100,7 @@ void pauses(document_session& session)
     const comparison to_idle = compare_medians(document, idle, large_rounds());
     report("longest pause of the host in a 100 MB download : idle", to_idle);
     report("longest pause of the host : in URLDownloadToFileW alone",
-           compare_medians(document, bare, large_rounds()));
+           compare_medians(document, bare, few_rounds()));
     report_value("longest pause of the host beyond an idle one's", (to_idle.ours - to_idle.baseline) / 1e6,
                  "ms", 50.0);
 }
