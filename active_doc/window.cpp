@@ -3,6 +3,7 @@
 #include "active_doc/browser_instances.h"
 #include "active_doc/no_throw.h"
 #include "logging/log_stream.h"
+#include "retrieval/interruptible_callback.h"
 
 #include <shlwapi.h>
 
@@ -41,8 +42,12 @@ void CActiveDocCtrl::stop_download()
     // The worker is bounded: each of its calls to this window gives up after a time, and the download
     // polls the event. Messages are not pumped: the browser must not find a half-destroyed window.
     DWORD exit_code = STILL_ACTIVE;
-    while (GetExitCodeThread(download_thread_.get(), &exit_code) && exit_code == STILL_ACTIVE)
-        WaitForSingleObject(download_thread_.get(), worker_poll_ms);
+    while (GetExitCodeThread(download_thread_.get(), &exit_code) && exit_code == STILL_ACTIVE) {
+        if (WaitForSingleObject(download_thread_.get(), worker_poll_ms) != WAIT_TIMEOUT)
+            continue;
+        SetEvent(stop_event_.get());                      // whoever looked at it has taken the signal
+        quill::InterruptDownload(download_thread_.get()); // its server may say nothing for hours
+    }
     download_thread_.reset();
 }
 

@@ -102,14 +102,15 @@ BOOL CUrl::CrackUrl(LPCWSTR url, DWORD flags)
 {
     if (!url || flags != 0)
         return FALSE;
-    bool done = false;
     try {
-        done = crack(url);
+        if (crack(url))
+            return TRUE;
     } catch (...) {
-    }
-    if (!done)
         Clear();
-    return done;
+        return FALSE;
+    }
+    Clear();
+    return FALSE;
 }
 
 bool CUrl::crack(std::wstring_view url)

@@ -73,7 +73,7 @@ std::wstring CacheFilePath(const std::wstring& folder, const std::wstring& file_
     const std::wstring base_name = base_name_of(file_name);
     if (base_name.size() + folder.size() + extension_units >= MAX_PATH)
         return {};
-    const std::wstring path = folder + base_name + extension;
+    std::wstring path = folder + base_name + extension;
     if (lies_inside(path, folder))
         return path;
     return file_name == untitled_name ? std::wstring() : CacheFilePath(folder, untitled_name);

@@ -2,11 +2,11 @@
 
 #include "logging/log_stream.h"
 #include "platform/temp_file_manager.h"
-#include "retrieval/bind_status_callback.h"
 #include "retrieval/cache_folder.h"
 #include "retrieval/cache_name.h"
 #include "retrieval/cancel_event.h"
 #include "retrieval/download_switch.h"
+#include "retrieval/interruptible_callback.h"
 #include "retrieval/pdf_check.h"
 #include "retrieval/window_exchange.h"
 #include "retrieval/wininet_download.h"
@@ -68,7 +68,7 @@ HRESULT fetch(const download_job& job, const std::wstring& url, const std::wstri
         return static_cast<HRESULT>(DownloadWithWinINet(job, url.c_str(), cache_path.c_str()));
     }
     log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", answer, " ", last_error);
-    CBindStatusCallbackImpl callback(job.window, job.cancel_event);
+    interruptible_callback callback(job.window, job.cancel_event);
     return URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
 }
 
@@ -113,7 +113,7 @@ DWORD DownloadPDFFile(const download_job& job) noexcept
     try {
         download(job);
     } catch (const std::exception&) {
-        // Out of memory: the window keeps what it shows, as after every failure here.
+        return 0; // out of memory: the window keeps what it shows, as after every failure here
     }
     return 0;
 }

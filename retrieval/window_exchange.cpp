@@ -65,6 +65,8 @@ bool RequestUrl(HWND window, std::wstring& url)
     buffer->resize(*length + 1);
     if (!send(window, WM_USER_GETURL, buffer->size(), buffer->data(), buffer))
         return false;
+    // The text ends at its terminator, not where the room does.
+    // NOLINTNEXTLINE(readability-redundant-string-cstr)
     url = buffer->c_str();
     return true;
 }

@@ -38,8 +38,8 @@ void html_events_sink::disconnect() noexcept
 VARIANT_BOOL STDMETHODCALLTYPE html_events_sink::on_click(IDispatch* event)
 {
     log_stream(log_level::debug) << "CLICK!";
-    return CrashBorder([&] { return click(event); }, VARIANT_BOOL{VARIANT_TRUE},
-                       "quill::html_events_sink::on_click", click_line);
+    return CrashBorder([&] { return click(event); }, VARIANT_TRUE, "quill::html_events_sink::on_click",
+                       click_line);
 }
 
 void STDMETHODCALLTYPE html_events_sink::on_ready_state_change(IDispatch*)

@@ -31,7 +31,7 @@ CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wcha
     if (!parent || FAILED(parent->get_all(&all)))
         return nullptr;
     CComPtr<IDispatch> tagged;
-    const CComQIPtr<IHTMLElementCollection> descendants(all);
+    CComQIPtr<IHTMLElementCollection> descendants(all);
     if (!descendants || FAILED(descendants->tags(CComVariant(tag), &tagged)) || !tagged)
         return descendants;
     return CComQIPtr<IHTMLElementCollection>(tagged);

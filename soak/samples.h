@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace quill::soak {
@@ -29,6 +30,7 @@ struct growth_limits
 {
     DWORD kernel_handles = 0;
     DWORD threads = 0;
+    long task_memory = 4; // what a thread that the system starts meanwhile keeps
     std::uint64_t heap_bytes_each = 16;
     std::uint64_t private_bytes_each = 1024;
 };
@@ -36,9 +38,13 @@ struct growth_limits
 class sample_table
 {
 public:
-    explicit sample_table(std::string title) : title_(std::move(title)) {}
+    explicit sample_table(std::string title) : title_(std::move(title))
+    {
+        lines_.reserve(16); // the table itself must not show in it
+    }
 
-    // Takes a line down; a settled one waits first for the threads and handles that are on their way out.
+    // Takes a line down; a settled one waits first for what is on its way out, if there is
+    // more than after the warm-up.
     void add(std::size_t done, bool settled);
     void print() const;
     // Compares the last line with the one at the index, which is where the warm-up ends.
@@ -64,7 +70,7 @@ void run_lives(sample_table& table, std::size_t warm_up, std::size_t lives, cons
     table.add(0, false);
     for (std::size_t i = 0; i < warm_up; ++i)
         life(i);
-    table.add(warm_up, true);
+    table.add(warm_up, false);
     std::size_t lines = 0;
     for (std::size_t i = 0; i < lives; ++i) {
         life(warm_up + i);

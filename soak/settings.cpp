@@ -26,4 +26,13 @@ std::uint64_t announced_seed(const char* run)
     return seed;
 }
 
+void trace_step(std::uint64_t number, const char* what)
+{
+    static const bool is_on = number_setting(L"QUILL_SOAK_TRACE", 0) != 0;
+    if (!is_on)
+        return;
+    std::printf("%llu %s\n", static_cast<unsigned long long>(number), what);
+    std::fflush(stdout);
+}
+
 } // namespace quill::soak

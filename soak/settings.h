@@ -14,4 +14,7 @@ std::uint64_t number_setting(const wchar_t* name, std::uint64_t otherwise);
 // QUILL_SOAK_SEED, or a fixed number. Printed, so that a run can be made again.
 std::uint64_t announced_seed(const char* run);
 
+// Writes a step of a run down, when QUILL_SOAK_TRACE is set.
+void trace_step(std::uint64_t number, const char* what);
+
 } // namespace quill::soak

@@ -68,6 +68,8 @@ public:
         if (_pAtlModule)
             _pAtlModule->Lock();
     }
+    // Of some bases it overrides the destructor, of others it does not.
+    // NOLINTNEXTLINE(modernize-use-override)
     virtual ~CComObject()
     {
         this->m_dwRef = CComObjectRootBase::destroyed_count;

@@ -19,6 +19,8 @@ std::wstring quotable(const std::wstring& text)
 
 } // namespace
 
+// Initialising a critical section has not failed since Windows Vista.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 CAtlModule::CAtlModule() noexcept
 {
     ATLASSERT(!_pAtlModule);

@@ -228,6 +228,7 @@ void CWindowImplRoot::Finish() noexcept
     try {
         OnFinalMessage(hWnd);
     } catch (...) {
+        return; // nothing may unwind through the system, and the window is gone
     }
 }
 

@@ -10,8 +10,8 @@ namespace {
 
 constexpr wchar_t class_name[] = L"QuillStandInEditor";
 constexpr wchar_t title[] = L"Quill editor (stand-in)";
-constexpr int width = 900; // pixels
-constexpr int height = 330;
+constexpr int width = 960; // pixels
+constexpr int height = 240;
 constexpr int margin = 24;
 constexpr int band_height = 52;
 constexpr int gap = 14;

@@ -2,6 +2,7 @@
 // nothing may stay.
 #include "tests/document/document_bench.h"
 #include "tests/document/document_life.h"
+#include "tests/support/fault_points.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>
@@ -26,6 +27,7 @@ void fail_each_call(activation_order order, bad_answer kind)
                 ADD_FAILURE() << "the failing call is " << bench.host.calls.failed_call();
         });
     }
+    report_fault_points("a document's life on a host", static_cast<std::size_t>(calls));
 }
 
 class FailingHost : public testing::TestWithParam<std::tuple<activation_order, bad_answer>>

@@ -1,5 +1,6 @@
 // A host or a viewer that closes the document from inside any call that the document makes of it.
 #include "tests/document/document_life.h"
+#include "tests/support/fault_points.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>
@@ -73,6 +74,7 @@ TEST_P(DisturbingHost, IsSurvivedAtEveryCall)
                 ADD_FAILURE() << "the call is " << bench.host.calls.failed_call();
         });
     }
+    report_fault_points("a document closed from inside a call", static_cast<std::size_t>(calls));
 }
 
 INSTANTIATE_TEST_SUITE_P(Document, DisturbingHost,

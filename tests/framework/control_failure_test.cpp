@@ -1,5 +1,6 @@
 // Hosts that fail, answer less than they should, or call back in the middle of an activation.
 #include "tests/framework/control_fixture.h"
+#include "tests/support/fault_points.h"
 
 #include <algorithm>
 
@@ -52,6 +53,7 @@ TEST_F(framework_failing_host, each_site_call_fails_in_turn)
             break;
     }
     EXPECT_EQ(tried, 11);
+    report_fault_points("a control's activation", static_cast<std::size_t>(tried));
     close();
 }
 
@@ -72,6 +74,7 @@ TEST_F(framework_failing_host, each_site_call_of_the_way_down_fails_in_turn)
         ASSERT_EQ(control->SetClientSite(container.get()), S_OK);
     }
     close();
+    report_fault_points("a control's deactivation", 6);
 }
 
 TEST_F(framework_failing_host, no_site_is_no_activation)

@@ -1,5 +1,6 @@
 // Hosting windows when something fails: names that lead nowhere, every call of the control, windows that go.
 #include "tests/framework/host_fixture.h"
+#include "tests/support/fault_points.h"
 
 namespace quill::test {
 namespace {
@@ -70,6 +71,7 @@ TEST_F(framework_host_failure, each_call_of_the_way_in_fails_in_turn)
         tried += reached;
     }
     EXPECT_EQ(tried, 12);
+    report_fault_points("hosting a control", static_cast<std::size_t>(tried));
 }
 
 TEST_F(framework_host_failure, each_call_of_the_way_out_fails_in_turn)
@@ -82,6 +84,7 @@ TEST_F(framework_host_failure, each_call_of_the_way_out_fails_in_turn)
         control().record.fail_at = -1;
         EXPECT_TRUE(control().released());
     }
+    report_fault_points("a hosted control's way out", 6);
 }
 
 TEST_F(framework_host_failure, control_that_does_not_leave_is_made_to)

@@ -1,6 +1,7 @@
 // The search for the PDF element of a page that one document stands for.
 #include "retrieval/embedded_element.h"
 #include "tests/retrieval/fake_page.h"
+#include "tests/support/fault_points.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/task_memory.h"
 
@@ -280,6 +281,7 @@ TEST_F(EmbeddedElement, GivesUpAtWhateverCallFails)
             if (how == fault::error)
                 EXPECT_EQ(page.calls().size(), page.faulty_call) << "nothing is asked after a failure";
         }
+        report_fault_points("resolving an embedded element", calls.size());
     }
 }
 

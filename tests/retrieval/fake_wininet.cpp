@@ -45,9 +45,13 @@ std::vector<std::string> fake_wininet::open_handles() const
     return names;
 }
 
-void fake_wininet::note(std::string call)
+bool fake_wininet::note(std::string call)
 {
     current_->calls.push_back(std::move(call));
+    const bool fails = current_->calls.size() == current_->failing_call;
+    if (fails)
+        SetLastError(ERROR_INTERNET_INTERNAL_ERROR);
+    return fails;
 }
 
 std::string fake_wininet::name(HINTERNET handle)
@@ -69,7 +73,8 @@ HINTERNET fake_wininet::make_handle(const char* kind, DWORD error)
 
 HINTERNET WINAPI fake_wininet::open(LPCWSTR agent, DWORD type, LPCWSTR proxy, LPCWSTR bypass, DWORD flags)
 {
-    note(fmt::format("open {} {} {} {} {}", narrow(agent), type, narrow(proxy), narrow(bypass), flags));
+    if (note(fmt::format("open {} {} {} {} {}", narrow(agent), type, narrow(proxy), narrow(bypass), flags)))
+        return nullptr;
     return make_handle("session", current_->open_error);
 }
 
@@ -77,7 +82,8 @@ BOOL WINAPI fake_wininet::query_option(HINTERNET handle, DWORD option, LPVOID bu
 {
     DWORD before = 77;
     std::memcpy(&before, buffer, sizeof before);
-    note(fmt::format("query {} {} size {} holding {}", name(handle), option, *size, before));
+    if (note(fmt::format("query {} {} size {} holding {}", name(handle), option, *size, before)))
+        return current_->gives_nothing;
     if (current_->options_fail)
         return FALSE;
     std::memcpy(buffer, &current_->initial_flags, sizeof current_->initial_flags);
@@ -88,23 +94,26 @@ BOOL WINAPI fake_wininet::set_option(HINTERNET handle, DWORD option, LPVOID buff
 {
     DWORD value = 0;
     std::memcpy(&value, buffer, sizeof value);
-    note(fmt::format("set {} {} size {} to {:#x}", name(handle), option, size, value));
+    if (note(fmt::format("set {} {} size {} to {:#x}", name(handle), option, size, value)))
+        return current_->gives_nothing;
     return current_->options_fail ? FALSE : TRUE;
 }
 
 HINTERNET WINAPI fake_wininet::open_url(HINTERNET session, LPCWSTR url, LPCWSTR headers, DWORD length,
                                         DWORD flags, DWORD_PTR context)
 {
-    note(fmt::format("open_url {} {} {} {} {} {}", name(session), narrow(url), narrow(headers), length, flags,
-                     context));
+    if (note(fmt::format("open_url {} {} {} {} {} {}", name(session), narrow(url), narrow(headers), length,
+                         flags, context)))
+        return nullptr;
     return make_handle("request", current_->open_url_error);
 }
 
 HINTERNET WINAPI fake_wininet::connect(HINTERNET session, LPCWSTR host, INTERNET_PORT port, LPCWSTR user,
                                        LPCWSTR password, DWORD service, DWORD flags, DWORD_PTR context)
 {
-    note(fmt::format("connect {} {}:{} {} {} {} {} {}", name(session), narrow(host), port, narrow(user),
-                     narrow(password), service, flags, context));
+    if (note(fmt::format("connect {} {}:{} {} {} {} {} {}", name(session), narrow(host), port, narrow(user),
+                         narrow(password), service, flags, context)))
+        return nullptr;
     return make_handle("connection", current_->connect_error);
 }
 
@@ -112,17 +121,19 @@ HINTERNET WINAPI fake_wininet::open_request(HINTERNET connection, LPCWSTR verb, 
                                             LPCWSTR version, LPCWSTR referrer, LPCWSTR* types, DWORD flags,
                                             DWORD_PTR context)
 {
-    note(fmt::format("open_request {} {} {} {} {} {} {:#x} {}", name(connection), narrow(verb),
-                     narrow(object), narrow(version), narrow(referrer), types ? "types" : "-", flags,
-                     context));
+    if (note(fmt::format("open_request {} {} {} {} {} {} {:#x} {}", name(connection), narrow(verb),
+                         narrow(object), narrow(version), narrow(referrer), types ? "types" : "-", flags,
+                         context)))
+        return nullptr;
     return make_handle("request", current_->open_request_error);
 }
 
 BOOL WINAPI fake_wininet::send_request(HINTERNET request, LPCWSTR headers, DWORD length, LPVOID optional,
                                        DWORD optional_length)
 {
-    note(fmt::format("send {} {} {} {} {}", name(request), narrow(headers), length, optional ? "data" : "-",
-                     optional_length));
+    if (note(fmt::format("send {} {} {} {} {}", name(request), narrow(headers), length,
+                         optional ? "data" : "-", optional_length)))
+        return FALSE;
     SetLastError(current_->send_error);
     return current_->send_error == 0;
 }
@@ -130,7 +141,8 @@ BOOL WINAPI fake_wininet::send_request(HINTERNET request, LPCWSTR headers, DWORD
 BOOL WINAPI fake_wininet::query_info(HINTERNET request, DWORD info, LPVOID buffer, LPDWORD size,
                                      LPDWORD index)
 {
-    note(fmt::format("info {} {} size {} index {}", name(request), info, *size, *index));
+    if (note(fmt::format("info {} {} size {} index {}", name(request), info, *size, *index)))
+        return current_->gives_nothing;
     if (current_->content_length.empty()) {
         SetLastError(ERROR_HTTP_HEADER_NOT_FOUND);
         return FALSE;
@@ -145,7 +157,8 @@ BOOL WINAPI fake_wininet::query_info(HINTERNET request, DWORD info, LPVOID buffe
 BOOL WINAPI fake_wininet::query_data_available(HINTERNET request, LPDWORD count, DWORD flags,
                                                DWORD_PTR context)
 {
-    note(fmt::format("available {} {} {}", name(request), flags, context));
+    if (note(fmt::format("available {} {} {}", name(request), flags, context)))
+        return current_->gives_nothing;
     EXPECT_EQ(*count, 0u);
     if (current_->available.empty())
         return TRUE;
@@ -156,7 +169,10 @@ BOOL WINAPI fake_wininet::query_data_available(HINTERNET request, LPDWORD count,
 
 BOOL WINAPI fake_wininet::read_file(HINTERNET request, LPVOID buffer, DWORD size, LPDWORD read)
 {
-    note(fmt::format("read {} {}", name(request), size));
+    if (note(fmt::format("read {} {}", name(request), size))) {
+        *read = 0;
+        return current_->gives_nothing;
+    }
     read_step step{size};
     if (!current_->reads.empty()) {
         step = current_->reads.front();
@@ -171,7 +187,8 @@ BOOL WINAPI fake_wininet::read_file(HINTERNET request, LPVOID buffer, DWORD size
 
 BOOL WINAPI fake_wininet::close_handle(HINTERNET handle)
 {
-    note(fmt::format("close {}", name(handle)));
+    if (note(fmt::format("close {}", name(handle))))
+        current_->handles_.erase(handle); // gone all the same
     if (current_->on_close)
         current_->on_close();
     current_->handles_.erase(handle);

@@ -45,13 +45,18 @@ public:
     std::function<void()> on_read;  // called after every read
     std::function<void()> on_close; // called before every closing
 
+    // The call of this number, counted from 1, goes wrong: it fails, or it succeeds and gives nothing.
+    std::size_t failing_call = 0;
+    bool gives_nothing = false;
+
     // What happened.
     std::vector<std::string> calls;
     std::vector<std::string> open_handles() const;
 
 private:
     static HINTERNET make_handle(const char* kind, DWORD error);
-    static void note(std::string call);
+    // True when this call is the one that goes wrong.
+    static bool note(std::string call);
     static std::string name(HINTERNET handle);
 
     static HINTERNET WINAPI open(LPCWSTR agent, DWORD type, LPCWSTR proxy, LPCWSTR bypass, DWORD flags);

@@ -66,6 +66,32 @@ TEST_F(Aggregator, OpensTheSameAddressAgainLater)
     EXPECT_EQ(bench_.starts(2).size(), 2u);
 }
 
+// The third navigation comes more than 100 ms after the first, and less than that after the second. A machine
+// that halts on the way says nothing, and is asked again.
+TEST_F(Aggregator, WaitsAnewAfterARepeat)
+{
+    bench_.set_editor(L"C:\\nowhere\\editor.exe");
+    bench_.break_default_handler();
+    aggregator_ = std::make_shared<browser_events_aggregator>();
+    for (int attempt = 0; attempt < 50; ++attempt) {
+        const std::wstring url = L"http://h/" + std::to_wstring(attempt) + L".pdf";
+        const std::string repeat = "info: http://h/" + std::to_string(attempt) + ".pdf just canceled";
+        EXPECT_TRUE(navigate(url.c_str()));
+        const ULONGLONG first = GetTickCount64();
+        EXPECT_TRUE(wait_until([&] { return GetTickCount64() - first >= 50; }));
+        const ULONGLONG second = GetTickCount64();
+        EXPECT_TRUE(navigate(url.c_str()));
+        const bool is_repeat = log_.lines().back() == repeat;
+        EXPECT_TRUE(wait_until([&] { return GetTickCount64() - first >= 100; }));
+        EXPECT_TRUE(navigate(url.c_str()));
+        if (!is_repeat || GetTickCount64() - second >= 100)
+            continue;
+        EXPECT_EQ(log_.lines().back(), repeat);
+        return;
+    }
+    ADD_FAILURE() << "the machine never kept up";
+}
+
 TEST_F(Aggregator, OpensAnotherAddressAtOnce)
 {
     EXPECT_TRUE(navigate(L"http://h/a.pdf"));
@@ -124,6 +150,62 @@ TEST_F(Aggregator, KeepsARecordForEveryPage)
     aggregator_.reset();
     EXPECT_EQ(page_->events().sinks(), 0u);
     EXPECT_EQ(plain->events().sinks(), 0u);
+}
+
+// One more interface of a page, in an object of its own: the page's identity tells that it is the same.
+class torn_off_page : public fake_object<without_IHTMLDocument2<IHTMLDocument2>>
+{
+public:
+    torn_off_page(fake_scene& scene, fake_document* page) : fake_object(scene), page_(page) {}
+
+protected:
+    IUnknown* find_interface(REFIID iid) override
+    {
+        if (iid == IID_IHTMLDocument2)
+            return this;
+        CComPtr<IUnknown> found;
+        page_->QueryInterface(iid, reinterpret_cast<void**>(&found));
+        return found;
+    }
+
+private:
+    CComPtr<fake_document> page_;
+};
+
+TEST_F(Aggregator, KnowsAPageByItsIdentity)
+{
+    auto& link = page_->add_to_body(list_link(L"http://h/x.docx"));
+    complete();
+    const auto other_interface = make_fake<torn_off_page>(scene_, page_.p);
+    browser_->document = static_cast<IHTMLDocument2*>(other_interface);
+    log_.clear();
+    complete();
+    EXPECT_FALSE(aggregator_->on_click(other_interface, &link));
+    EXPECT_EQ(log_.lines(), (lines{"debug: opening document by http://h/list",
+                                   "debug: document already exists", "debug: detect click to http://h/x.docx",
+                                   "debug: click handling...", "debug: detect click to http://h/x.docx",
+                                   "info: do not block clicks for not-pdf links"}));
+    EXPECT_EQ(page_->events().sinks(), 1u);
+}
+
+// Each page is its own record's business, however many came after it.
+TEST_F(Aggregator, AsksTheRecordOfThePageThatIsClicked)
+{
+    auto& link = page_->add_to_body(list_link(L"http://h/x.pdf"));
+    const auto first = show_plain_page();
+    complete();
+    browser_->document = page_->dispatch();
+    complete();
+    const auto last = show_plain_page();
+    complete();
+    EXPECT_TRUE(aggregator_->on_click(page_, &link));
+    EXPECT_FALSE(aggregator_->on_click(first, &link));
+    EXPECT_FALSE(aggregator_->on_click(last, &link));
+    EXPECT_EQ(bench_.starts(1).size(), 1u);
+    log_.clear();
+    page_->change_ready_state(L"complete");
+    EXPECT_EQ(log_.lines(), (lines{"info: Ready state change.", "debug: document already exists",
+                                   "debug: detect click to http://h/x.pdf"}));
 }
 
 TEST_F(Aggregator, RecordsAPageThatIsReadyBeforeItIsComplete)

@@ -3,6 +3,7 @@
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/editor_bench.h"
 #include "tests/sharepoint/fake_browser.h"
+#include "tests/support/fault_points.h"
 
 #include <gtest/gtest.h>
 
@@ -99,6 +100,7 @@ TEST_P(FailingCalls, LeaveNothingBehind)
         expect_harmless(result.attach);
     }
     EXPECT_GT(calls, 60);
+    test::report_fault_points("a visit to a SharePoint page", static_cast<std::size_t>(calls));
 }
 
 INSTANTIATE_TEST_SUITE_P(InEveryWay, FailingCalls,

@@ -20,6 +20,17 @@ CComPtr<IObjectWithSite> create_helper()
     return helper;
 }
 
+double longest_delay(const helper_tab& tab)
+{
+    const auto& before = tab.before.entries();
+    const auto& after = tab.after.entries();
+    EXPECT_EQ(before.size(), after.size());
+    double longest = 0;
+    for (std::size_t i = 0; i < std::min(before.size(), after.size()); ++i)
+        longest = std::max(longest, after[i].at - before[i].at);
+    return longest;
+}
+
 helper_tab::helper_tab(with_helper helper)
 {
     CComObject<tab_browser>* created = nullptr;

@@ -66,6 +66,9 @@ private:
     CComPtr<IObjectWithSite> helper_;
 };
 
+// The longest that the browser waited in the helper object for one event so far, in seconds.
+double longest_delay(const helper_tab& tab);
+
 // A helper object by its class; null, and a failure of the test, when it cannot be had.
 CComPtr<IObjectWithSite> create_helper();
 

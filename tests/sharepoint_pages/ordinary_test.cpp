@@ -90,21 +90,13 @@ protected:
 
         taken.events = tab.after.lines();
         EXPECT_EQ(tab.before.lines(), taken.events);
-        measure(tab, taken);
+        taken.longest_event = longest_delay(tab);
+        if (!taken.events.empty())
+            taken.total = tab.after.entries().back().at - tab.before.entries().front().at;
         return taken;
     }
 
 private:
-    static void measure(const helper_tab& tab, visit& taken)
-    {
-        const auto& before = tab.before.entries();
-        const auto& after = tab.after.entries();
-        ASSERT_TRUE(!after.empty() && before.size() == after.size());
-        for (std::size_t i = 0; i < after.size(); ++i)
-            taken.longest_event = std::max(taken.longest_event, after[i].at - before[i].at);
-        taken.total = after.back().at - before.front().at;
-    }
-
     const std::wstring refused_ = http_server::refused_url(L"/parts.pdf");
 };
 

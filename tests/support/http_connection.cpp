@@ -29,12 +29,14 @@ const char* reason_of(int status)
 
 std::string head_of(const http_response& response)
 {
+    if (!response.raw_head.empty())
+        return response.raw_head;
     std::string head =
         "HTTP/1.1 " + std::to_string(response.status) + " " + reason_of(response.status) + "\r\n";
     for (const auto& [name, value] : response.headers)
         head += name + ": " + value + "\r\n";
     if (response.body_framing == http_response::framing::content_length)
-        head += "Content-Length: " + std::to_string(response.body.size()) + "\r\n";
+        head += "Content-Length: " + std::to_string(response.body.size() * response.body_repeats) + "\r\n";
     if (response.body_framing == http_response::framing::chunked)
         head += "Transfer-Encoding: chunked\r\n";
     return head + "Connection: close\r\n\r\n";
@@ -119,8 +121,12 @@ std::optional<http_request> http_connection::read_request()
 
 void http_connection::write_response(const http_response& response, bool with_body)
 {
-    if (send_all(head_of(response)) && with_body)
-        send_body(response);
+    if (response.hold_head && !wait_for_release())
+        return;
+    if (!send_all(head_of(response)) || !with_body)
+        return;
+    for (std::size_t time = 0; time < response.body_repeats && send_body(response); ++time) {
+    }
 }
 
 bool http_connection::send_all(std::string_view bytes)

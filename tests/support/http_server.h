@@ -49,6 +49,14 @@ struct http_response
     // Sends this many bytes of the body, then holds the rest back until http_server::release().
     std::size_t hold_after = static_cast<std::size_t>(-1);
 
+    // The body goes out this many times in a row; its length is announced for all of them. Without pieces,
+    // cutting and holding.
+    std::size_t body_repeats = 1;
+    // Sent as it stands in place of status line and headers: for servers that lie.
+    std::string raw_head;
+    // Says nothing at all until http_server::release().
+    bool hold_head = false;
+
     static http_response ok(std::string body, std::string content_type = "application/pdf");
     static http_response redirect(std::string location, int status = 302);
     static http_response not_found(std::string body = "<html><body>Not found</body></html>");

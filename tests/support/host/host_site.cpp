@@ -44,7 +44,7 @@ HRESULT host_site::unexpected(const char* method) const
 
 STDMETHODIMP host_site::SaveObject()
 {
-    return unexpected("IOleClientSite::SaveObject");
+    return answer_plain(arrive("IOleClientSite::SaveObject"), E_NOTIMPL);
 }
 
 STDMETHODIMP host_site::GetMoniker(DWORD assign, DWORD which, IMoniker** out)
@@ -77,7 +77,7 @@ STDMETHODIMP host_site::OnShowWindow(BOOL)
 
 STDMETHODIMP host_site::RequestNewObjectLayout()
 {
-    return unexpected("IOleClientSite::RequestNewObjectLayout");
+    return answer_plain(arrive("IOleClientSite::RequestNewObjectLayout"), E_NOTIMPL);
 }
 
 STDMETHODIMP host_site::ActivateMe(IOleDocumentView* view)
@@ -95,7 +95,7 @@ STDMETHODIMP host_site::GetWindow(HWND* out)
 
 STDMETHODIMP host_site::ContextSensitiveHelp(BOOL)
 {
-    return unexpected("IOleInPlaceSite::ContextSensitiveHelp");
+    return answer_plain(arrive("IOleInPlaceSite::ContextSensitiveHelp"), E_NOTIMPL);
 }
 
 STDMETHODIMP host_site::CanInPlaceActivate()
@@ -148,7 +148,7 @@ STDMETHODIMP host_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUI
 
 STDMETHODIMP host_site::Scroll(SIZE)
 {
-    return unexpected("IOleInPlaceSite::Scroll");
+    return answer_plain(arrive("IOleInPlaceSite::Scroll"), E_NOTIMPL);
 }
 
 STDMETHODIMP host_site::OnUIDeactivate(BOOL)
@@ -163,17 +163,17 @@ STDMETHODIMP host_site::OnInPlaceDeactivate()
 
 STDMETHODIMP host_site::DiscardUndoState()
 {
-    return unexpected("IOleInPlaceSite::DiscardUndoState");
+    return answer_plain(arrive("IOleInPlaceSite::DiscardUndoState"), E_NOTIMPL);
 }
 
 STDMETHODIMP host_site::DeactivateAndUndo()
 {
-    return unexpected("IOleInPlaceSite::DeactivateAndUndo");
+    return answer_plain(arrive("IOleInPlaceSite::DeactivateAndUndo"), E_NOTIMPL);
 }
 
 STDMETHODIMP host_site::OnPosRectChange(LPCRECT)
 {
-    return unexpected("IOleInPlaceSite::OnPosRectChange");
+    return answer_plain(arrive("IOleInPlaceSite::OnPosRectChange"), E_NOTIMPL);
 }
 
 STDMETHODIMP host_site::OnInPlaceActivateEx(BOOL* no_redraw, DWORD)

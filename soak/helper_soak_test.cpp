@@ -1,0 +1,102 @@
+// SharePoint pages loaded and clicked many times by one helper object and by new ones, in one process,
+// through the module's exports: nothing may grow.
+#include "soak/samples.h"
+#include "soak/settings.h"
+#include "tests/document/module_under_test.h"
+#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/fake_browser.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+namespace quill::soak {
+namespace {
+
+using test::fake_browser;
+using test::fake_event;
+using test::fake_scene;
+using test::make_fake;
+
+constexpr CLSID helper_class_id = {
+    0x8d41f0b2, 0x6c7a, 0x4e93, {0xb5, 0xd8, 0x2a, 0x0f, 0x19, 0xc6, 0xe4, 0xd7}};
+constexpr std::size_t short_pages = 48;
+constexpr std::size_t warm_up_pages = 16;
+constexpr std::size_t links_of_a_page = 20;
+// A program takes far longer to start than a page to load, so most clicks are on links that start none.
+constexpr std::size_t loads_for_an_editor = 8;
+
+CComPtr<IObjectWithSite> make_helper(const test::module_under_test& module)
+{
+    CComPtr<IClassFactory> factory;
+    CComPtr<IObjectWithSite> helper;
+    EXPECT_EQ(module.get_class_object(helper_class_id, IID_PPV_ARGS(&factory)), S_OK);
+    EXPECT_EQ(factory->CreateInstance(nullptr, IID_PPV_ARGS(&helper)), S_OK);
+    return helper;
+}
+
+bool click(test::fake_document& page, test::fake_element& element, fake_scene& scene)
+{
+    const auto event = make_fake<fake_event>(scene, &element);
+    const bool cancelled = test::is_bool(page.click(event).value, false);
+    EXPECT_EQ(event->is_untouched(), !cancelled);
+    return cancelled;
+}
+
+// A page of a library: loaded, rewritten, clicked beside and on a document, navigated.
+void visit(fake_scene& scene, IObjectWithSite* helper, std::size_t number)
+{
+    const auto browser = make_fake<fake_browser>(scene);
+    const auto page = test::sharepoint_page(scene, L"http://h/list");
+    auto& plain = page->add_to_body({.tag = L"A", .outer_html = L"<a href=\"/x\">", .href = L"/x"});
+    for (std::size_t i = 0; i < links_of_a_page; ++i)
+        page->add_to_body({.tag = L"A",
+                           .outer_html = L"<a onclick=\"PdfFile.OpenDocuments()\">",
+                           .href = L"/" + std::to_wstring(i) + L".pdf"});
+    auto& document = page->add_to_body(test::list_link(L"http://h/x.pdf"));
+    browser->document = page->dispatch();
+    EXPECT_EQ(helper->SetSite(browser->unknown()), S_OK);
+    EXPECT_EQ(browser->document_complete(L"http://h/list"), S_OK);
+    EXPECT_EQ(page->change_ready_state(L"complete").code, S_OK);
+    EXPECT_EQ(browser->before_navigate(L"http://h/other").cancel, VARIANT_FALSE);
+    EXPECT_FALSE(click(*page, plain, scene));
+    if (number % loads_for_an_editor == 0) {
+        EXPECT_TRUE(click(*page, document, scene));
+        EXPECT_EQ(browser->before_navigate(L"http://h/y.pdf").cancel, VARIANT_TRUE);
+    }
+    if (number & 1)
+        browser->quit();
+    EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+}
+
+TEST(HelperSoak, PagesWithClicks)
+{
+    ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
+    sample_table table("SharePoint pages loaded and clicked");
+    {
+        test::editor_bench bench;
+        bench.use_editor();
+        test::module_under_test module;
+        CComPtr<IObjectWithSite> kept = make_helper(module);
+        std::size_t starts = 0;
+        run_lives(table, warm_up_pages, number_setting(L"QUILL_SOAK_PAGES", short_pages),
+                  [&](std::size_t number) {
+                      if (testing::Test::HasFailure())
+                          return;
+                      fake_scene scene;
+                      // One helper object for the whole tab, and a tab of its own for every other page.
+                      const CComPtr<IObjectWithSite> helper = number & 1 ? kept : make_helper(module);
+                      visit(scene, helper, number);
+                      starts += number % loads_for_an_editor == 0 ? 2 : 0;
+                  });
+        EXPECT_EQ(bench.starts(starts).size(), starts) << "editors started";
+        table.expect_flat_from(1, {});
+        EXPECT_EQ(module.can_unload_now(), S_FALSE) << "the kept object";
+        kept.Release();
+        EXPECT_EQ(module.can_unload_now(), S_OK);
+    }
+    EXPECT_EQ(GetModuleHandleW(L"QuillPDF.IE.dll"), nullptr);
+    OleUninitialize();
+}
+
+} // namespace
+} // namespace quill::soak

@@ -1,0 +1,79 @@
+// Every single WinINet call of a download fails once, or succeeds with nothing: the result is one of those
+// that are promised, and everything that was opened is closed.
+#include "tests/retrieval/fake_document_window.h"
+#include "tests/retrieval/fake_wininet.h"
+#include "tests/support/fault_points.h"
+#include "tests/support/process_resources.h"
+#include "tests/support/scopes.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace quill::test {
+namespace {
+
+std::string verb_of(const std::string& call)
+{
+    return call.substr(0, call.find(' '));
+}
+
+// What the download makes of a call that goes wrong.
+std::uint32_t expected_result(const std::string& verb)
+{
+    static const std::set<std::string> needed = {"open",         "open_url", "connect",
+                                                 "open_request", "send",     "read"};
+    return needed.contains(verb) ? 1 : 0;
+}
+
+class WinInetFaults : public testing::TestWithParam<bool>
+{
+protected:
+    // With a certificate that has to be forgiven the address is opened step by step.
+    std::uint32_t download(std::size_t failing_call, bool gives_nothing, std::vector<std::string>& calls)
+    {
+        fake_wininet wininet;
+        wininet.failing_call = failing_call;
+        wininet.gives_nothing = gives_nothing;
+        wininet.content_length = L"8";
+        wininet.available = {4, 4};
+        wininet.open_url_error = GetParam() ? ERROR_INTERNET_INVALID_CA : 0;
+        const std::uint32_t result = download_with(wininet.functions(), {window.handle(), nullptr, nullptr},
+                                                   L"https://h/a.pdf", path.c_str());
+        calls = wininet.calls;
+        return result;
+    }
+
+    fake_document_window window{{}};
+    scratch_directory folder;
+    std::wstring path = folder / L"a.pdf";
+};
+
+TEST_P(WinInetFaults, CloseWhatIsOpen)
+{
+    std::vector<std::string> calls;
+    ASSERT_EQ(download(0, false, calls), 0u);
+    const process_resources before = process_resources::now();
+    const std::vector<std::string> all = calls;
+    std::size_t points = 0;
+    for (const bool gives_nothing : {false, true}) {
+        for (std::size_t number = 1; number <= all.size(); ++number, ++points) {
+            const std::string verb = verb_of(all[number - 1]);
+            SCOPED_TRACE(verb + (gives_nothing ? " gives nothing" : " fails") + " as call " +
+                         std::to_string(number));
+            // The first of the two ways of opening fails here by itself.
+            const bool is_expected = GetParam() && verb == "open_url";
+            const std::uint32_t result = download(number, gives_nothing, calls);
+            EXPECT_EQ(result, is_expected ? 1u : expected_result(verb));
+        }
+    }
+    EXPECT_EQ(process_resources::now(), before);
+    report_fault_points("a WinINet download", points);
+}
+
+INSTANTIATE_TEST_SUITE_P(Opened, WinInetFaults, testing::Bool(), [](const testing::TestParamInfo<bool>& way) {
+    return way.param ? "StepByStep" : "AtOnce";
+});
+
+} // namespace
+} // namespace quill::test
