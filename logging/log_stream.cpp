@@ -73,7 +73,7 @@ log_stream& log_stream::integer_format(const char* format) noexcept
 void log_stream::format(const char* text) noexcept
 {
     if (text)
-        or_lose_it([&] { fmt::format_to(std::back_inserter(buffer()), "{}", text); });
+        or_lose_it([&] { buffer().append(std::string_view(text)); });
 }
 
 void log_stream::format(const wchar_t* text) noexcept
@@ -84,7 +84,7 @@ void log_stream::format(const wchar_t* text) noexcept
 
 void log_stream::format(std::wstring_view text) noexcept
 {
-    or_lose_it([&] { fmt::format_to(std::back_inserter(buffer()), "{}", to_utf8(text)); });
+    or_lose_it([&] { buffer().append(to_utf8(text)); });
 }
 
 void log_stream::format(std::int64_t value) noexcept

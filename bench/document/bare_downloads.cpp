@@ -67,8 +67,11 @@ void download_with_wininet(const std::wstring& url, const std::wstring& path, HW
     require(request && file);
     std::vector<char> buffer;
     progress_record progress{0, content_length(request), BINDSTATUS_DOWNLOADINGDATA, nullptr};
+    const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     DWORD available = 0;
     while (InternetQueryDataAvailable(request, &available, 0, 0) && available) {
+        if (report_to && WaitForSingleObject(event, 0) == WAIT_OBJECT_0)
+            break;
         buffer.resize(available);
         DWORD read = 0;
         InternetReadFile(request, buffer.data(), available, &read);
@@ -79,6 +82,7 @@ void download_with_wininet(const std::wstring& url, const std::wstring& path, HW
             SendMessageTimeoutW(report_to, WM_USER_PROGRESS, 0, reinterpret_cast<LPARAM>(&progress),
                                 window_message_flags, window_message_timeout_ms, &unused);
     }
+    CloseHandle(event);
     std::fclose(file);
     InternetCloseHandle(request);
     InternetCloseHandle(session);
