@@ -34,6 +34,12 @@ int main(int count, char** arguments)
         std::fputs("usage: replay FOLDER [SUBJECT...]\n", stderr);
         return 2;
     }
+    for (int i = 2; i < count; ++i) {
+        if (!quill::fuzz::find_subject(arguments[i])) {
+            std::fprintf(stderr, "there is no subject %s\n", arguments[i]);
+            return 2;
+        }
+    }
     for (const auto& subject : quill::fuzz::subjects()) {
         bool wanted = count == 2;
         for (int i = 2; i < count; ++i)
