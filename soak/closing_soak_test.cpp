@@ -17,7 +17,7 @@
 namespace quill::soak {
 namespace {
 
-constexpr std::size_t short_closings = 24;
+constexpr std::size_t short_closings = 8;
 constexpr std::size_t warm_up_closings = 12;
 // The longest that a worker may keep a closing document waiting: two sends of two seconds to a window that
 // does not answer any more, and the poll.

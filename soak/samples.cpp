@@ -88,10 +88,16 @@ void sample_table::add(std::size_t done, bool settled)
 
 double sample_table::heap_bytes_each(std::size_t index) const
 {
+    // The steepest of the ways to each later line: a thread of the system's that ends before the last one
+    // takes more along than some downloads leave.
     const sample& before = lines_[index];
-    const sample& after = lines_.back();
-    return (static_cast<double>(after.heap_bytes) - static_cast<double>(before.heap_bytes)) /
-           static_cast<double>(after.done - before.done);
+    double steepest = 0;
+    for (std::size_t later = index + 1; later < lines_.size(); ++later) {
+        const sample& after = lines_[later];
+        const double growth = static_cast<double>(after.heap_bytes) - static_cast<double>(before.heap_bytes);
+        steepest = std::max(steepest, growth / static_cast<double>(after.done - before.done));
+    }
+    return steepest;
 }
 
 void sample_table::print() const

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <sstream>
 
 namespace quill::test {
 namespace {
@@ -224,22 +225,33 @@ TEST_F(Embedded, VisitsLeaveNoWindowThreadOrGdiObjectBehind)
 {
     serve_page("<embed type='application/pdf' src='/files/first.pdf'>"
                "<embed type='application/pdf' src='/files/second.pdf'>");
-    const auto visit = [this](std::size_t times) {
+    std::size_t visits = 0;
+    const auto visit = [&] {
         engine browser;
         open_page(browser, server.url(L"/pages/page.html"));
-        ASSERT_TRUE(wait_for_opened(2 * times));
+        ASSERT_TRUE(wait_for_opened(2 * ++visits));
     };
-    visit(1); // the system's engine sets itself up
-    const process_resources before = process_resources::now();
-    visit(2);
-    visit(3);
-    process_resources after;
-    EXPECT_TRUE(wait_until([&] {
-        after = process_resources::now();
-        return after.threads <= before.threads && after.windows <= before.windows &&
-               after.gdi_objects <= before.gdi_objects && after.menus <= before.menus;
-    })) << "before: "
-        << before << "\nafter: " << after;
+    visit(); // the system's engine sets itself up
+    // Now and then the system keeps a few device contexts more for good. What the module leaves, it leaves
+    // each time: one pair of visits that leaves nothing proves that it does not.
+    constexpr int pairs = 4;
+    bool is_flat = false;
+    std::ostringstream seen;
+    for (int pair = 0; pair < pairs && !is_flat && !HasFatalFailure(); ++pair) {
+        const process_resources before = process_resources::now();
+        visit();
+        visit();
+        process_resources after;
+        is_flat = wait_until(
+            [&] {
+                after = process_resources::now();
+                return after.threads <= before.threads && after.windows <= before.windows &&
+                       after.gdi_objects <= before.gdi_objects && after.menus <= before.menus;
+            },
+            3000);
+        seen << before << " to " << after << "\n";
+    }
+    EXPECT_TRUE(is_flat) << seen.str();
 }
 
 TEST_F(Embedded, APageWithoutPdfElementsIsLeftAlone)

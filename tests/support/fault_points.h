@@ -1,10 +1,29 @@
-// Counts the places at which a call fails once in some test, for the sum over all tests that do so.
+// The places at which a call fails once in some test: which of them a run takes, and how many they were.
 #pragma once
+
+#include <windows.h>
 
 #include <cstddef>
 #include <cstdio>
 
 namespace quill::test {
+
+// A long loop over a routine's calls is run for many ways of failing. The usual run takes every third call
+// for each way, beginning elsewhere for each, so that the ways together reach every call; with
+// QUILL_EVERY_FAULT set every way takes every call.
+struct fault_calls
+{
+    int first;
+    int step;
+};
+
+inline fault_calls calls_that_fail(int way)
+{
+    constexpr int usual_step = 3;
+    if (GetEnvironmentVariableW(L"QUILL_EVERY_FAULT", nullptr, 0) != 0)
+        return {1, 1};
+    return {1 + way % usual_step, usual_step};
+}
 
 // Writes one line, "fault points: N of ROUTINE", for a finished loop over a routine's calls.
 inline void report_fault_points(const char* routine, std::size_t points)
