@@ -214,7 +214,7 @@ TEST_P(HostilePeer, AnnouncesNonsense)
 TEST_P(HostilePeer, SendsAGigabyteThatIsNoPdf)
 {
     http_response large = http_response::ok(std::string(megabyte, 'x'));
-    large.body_repeats = static_cast<std::size_t>(number_setting(L"QUILL_SOAK_MEGABYTES", 4));
+    large.body_repeats = static_cast<std::size_t>(number_setting(L"QUILL_SOAK_MEGABYTES", 2));
     EXPECT_EQ(shown_after(large, 600'000), 0u);
 }
 

@@ -15,7 +15,7 @@ void fail_each_call(activation_order order, bad_answer kind)
     const int calls = calls_of_a_life(order);
     ASSERT_GT(calls, 30) << "the scenario does not reach the host";
     std::size_t points = 0;
-    const fault_calls chosen = calls_that_fail(static_cast<int>(order) + static_cast<int>(kind));
+    const fault_calls chosen = calls_that_fail(2 * static_cast<int>(kind) + static_cast<int>(order));
     for (int number = chosen.first; number <= calls && !testing::Test::HasFailure();
          number += chosen.step, ++points) {
         SCOPED_TRACE("call " + std::to_string(number) + " of " + std::to_string(calls) + ": " +

@@ -87,7 +87,7 @@ TEST_P(DisturbingHost, IsSurvivedAtEveryCall)
     const disturbance kind = std::get<1>(GetParam());
     const int calls = calls_of_a_life(order);
     std::size_t points = 0;
-    const fault_calls chosen = calls_that_fail(static_cast<int>(order) + static_cast<int>(kind));
+    const fault_calls chosen = calls_that_fail(2 * static_cast<int>(kind) + static_cast<int>(order));
     for (int number = chosen.first; number <= calls && !HasFailure(); number += chosen.step, ++points) {
         SCOPED_TRACE("inside call " + std::to_string(number) + " of " + std::to_string(calls));
         expect_balance([number, order, kind] {

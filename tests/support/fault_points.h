@@ -8,8 +8,8 @@
 
 namespace quill::test {
 
-// A long loop over a routine's calls is run for many ways of failing. The usual run takes every third call
-// for each way, beginning elsewhere for each, so that the ways together reach every call; with
+// A long loop over a routine's calls is run for many ways of failing. The usual run takes every sixth call
+// for each way, beginning elsewhere for each, so that between them they are spread over all calls; with
 // QUILL_EVERY_FAULT set every way takes every call.
 struct fault_calls
 {
@@ -19,7 +19,7 @@ struct fault_calls
 
 inline fault_calls calls_that_fail(int way)
 {
-    constexpr int usual_step = 3;
+    constexpr int usual_step = 6;
     if (GetEnvironmentVariableW(L"QUILL_EVERY_FAULT", nullptr, 0) != 0)
         return {1, 1};
     return {1 + way % usual_step, usual_step};
