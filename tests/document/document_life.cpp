@@ -52,4 +52,9 @@ int calls_of_a_life(activation_order order)
     return bench.host.calls.total();
 }
 
+std::string name_of(activation_order order)
+{
+    return order == activation_order::create_view_with_site ? "CreateViewWithSite" : "SiteThenUiActivate";
+}
+
 } // namespace quill::test

@@ -3,6 +3,8 @@
 
 #include "tests/document/document_bench.h"
 
+#include <string>
+
 namespace quill::test {
 
 // Sets the host up so that the life reaches everything that a host is asked.
@@ -13,5 +15,8 @@ void live(document_bench& bench);
 
 // How many calls of its host and its viewer an undisturbed life makes, interface queries included.
 int calls_of_a_life(activation_order order);
+
+// What the tests that run for several orders are called by.
+std::string name_of(activation_order order);
 
 } // namespace quill::test

@@ -33,11 +33,6 @@ void fail_each_call(activation_order order, bad_answer kind)
     report_fault_points("a document's life on a host", points);
 }
 
-std::string name_of(activation_order order)
-{
-    return order == activation_order::create_view_with_site ? "CreateViewWithSite" : "SiteThenUiActivate";
-}
-
 std::string name_of(bad_answer kind)
 {
     switch (kind) {

@@ -53,11 +53,6 @@ void disturb(document_bench& bench, disturbance kind)
     }
 }
 
-std::string name_of(activation_order order)
-{
-    return order == activation_order::create_view_with_site ? "CreateViewWithSite" : "SiteThenUiActivate";
-}
-
 std::string name_of(disturbance kind)
 {
     switch (kind) {
