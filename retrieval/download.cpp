@@ -5,6 +5,7 @@
 #include "retrieval/cache_folder.h"
 #include "retrieval/cache_name.h"
 #include "retrieval/cancel_event.h"
+#include "retrieval/download_libraries.h"
 #include "retrieval/download_switch.h"
 #include "retrieval/interruptible_callback.h"
 #include "retrieval/pdf_check.h"
@@ -68,6 +69,7 @@ HRESULT fetch(const download_job& job, const std::wstring& url, const std::wstri
         return static_cast<HRESULT>(DownloadWithWinINet(job, url.c_str(), cache_path.c_str()));
     }
     log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", answer, " ", last_error);
+    KeepDownloadLibraries();
     interruptible_callback callback(job.window, job.cancel_event);
     return URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
 }

@@ -281,6 +281,31 @@ TEST_P(HostilePeer, SendsNothingAndCloses)
     EXPECT_EQ(shown_soon_after(empty), 0u);
 }
 
+// The system's own threads may wait for the server when document and module are long gone, and then go on.
+TEST(SilentPeer, IsHeardOfAfterTheModuleIsGone)
+{
+    http_response silent = http_response::ok(test::pdf_body(20'000));
+    silent.hold_head = true;
+    test::http_server server;
+    server.route("/x.pdf", silent);
+    const auto threads_before = test::process_resources::now().threads;
+    {
+        document_world world;
+        world.use(download_path::urlmon);
+        viewer_store viewers;
+        hosted_document document(world);
+        document.load_url(server.url(L"/x.pdf"));
+        EXPECT_EQ(document.do_verb(OLEIVERB_SHOW), S_OK);
+        EXPECT_TRUE(test::wait_until([&] { return !server.requests().empty(); }));
+        document.close_as_navigating_away();
+    }
+    EXPECT_GT(test::process_resources::now().threads, threads_before) << "nobody waits any more";
+    EXPECT_NE(GetModuleHandleW(L"wininet.dll"), nullptr) << "what waits belongs to it";
+    EXPECT_NE(GetModuleHandleW(L"urlmon.dll"), nullptr);
+    server.stop();
+    EXPECT_TRUE(test::wait_until([&] { return test::process_resources::now().threads <= threads_before; }));
+}
+
 INSTANTIATE_TEST_SUITE_P(Download, HostilePeer,
                          testing::Values(download_path::urlmon, download_path::wininet),
                          [](const testing::TestParamInfo<download_path>& path) {
