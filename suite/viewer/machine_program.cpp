@@ -21,22 +21,34 @@ SECURITY_ATTRIBUTES inheritable()
     return {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
 }
 
-file_handle make_result_file()
+constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+// A file opened twice: a handle has one file pointer, also where another process inherits it, and reading
+// moves it, so that the program would write its next piece over what it has written.
+struct result_file
+{
+    file_handle reader; // the file goes with it
+    file_handle writer;
+};
+
+result_file make_result_file()
 {
     wchar_t folder[MAX_PATH + 1] = {};
     wchar_t path[MAX_PATH + 1] = {};
     if (GetTempPathW(MAX_PATH, folder) == 0 || GetTempFileNameW(folder, L"qpv", 0, path) == 0)
         return {};
     SECURITY_ATTRIBUTES attributes = inheritable();
-    file_handle file(CreateFileW(
-        path, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-        &attributes, CREATE_ALWAYS, FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
-    if (!file)
+    result_file file;
+    file.reader = file_handle(CreateFileW(path, GENERIC_READ, share_all, nullptr, OPEN_EXISTING,
+                                          FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    if (file.reader)
+        file.writer = file_handle(CreateFileW(path, GENERIC_WRITE, share_all, &attributes, OPEN_EXISTING,
+                                              FILE_ATTRIBUTE_NORMAL, nullptr));
+    else
         DeleteFileW(path);
     return file;
 }
 
-// The writer shares the file pointer, so every read states its own position.
 std::string read_file(HANDLE file, std::size_t start, std::size_t length)
 {
     std::string content(length, '\0');
@@ -94,11 +106,10 @@ std::optional<machine_program> machine_program::start(const std::wstring& progra
                                                       const std::wstring& input)
 {
     SECURITY_ATTRIBUTES attributes = inheritable();
-    file_handle document(CreateFileW(input.c_str(), GENERIC_READ,
-                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, &attributes,
-                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
-    file_handle output = make_result_file();
-    if (!document || !output)
+    file_handle document(CreateFileW(input.c_str(), GENERIC_READ, share_all, &attributes, OPEN_EXISTING,
+                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+    result_file output = make_result_file();
+    if (!document || !output.writer)
         return std::nullopt;
 
     std::wstring command = L"sh -c " + quoted_argument(shell_script) + L" " + quoted_argument(program);
@@ -109,7 +120,7 @@ std::optional<machine_program> machine_program::start(const std::wstring& progra
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = document.get();
-    startup.hStdOutput = output.get();
+    startup.hStdOutput = output.writer.get();
     PROCESS_INFORMATION process = {};
     if (!CreateProcessW(shell_path, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
                         &process))
@@ -119,7 +130,7 @@ std::optional<machine_program> machine_program::start(const std::wstring& progra
         CloseHandle(process.hThread);
         CloseHandle(process.hProcess);
     }
-    return machine_program(std::move(output));
+    return machine_program(std::move(output.reader));
 }
 
 std::optional<machine_program::result> machine_program::poll() const

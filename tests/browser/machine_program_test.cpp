@@ -59,6 +59,25 @@ TEST_F(MachineProgram, MayWriteWhatLooksLikeItsEnd)
     EXPECT_EQ(result->output, "before\nend 5\nafter");
 }
 
+// Whoever looks on must not move the place where the program writes next.
+TEST_F(MachineProgram, IsNotDisturbedByBeingWatched)
+{
+    constexpr int lines = 20'000;
+    const auto started = machine_program::start(
+        L"/bin/sh", {L"-c", L"i=0; while [ $i -lt 20000 ]; do echo $i; i=$((i+1)); done"}, input);
+    ASSERT_TRUE(started.has_value());
+    std::optional<machine_program::result> result;
+    const ULONGLONG end = GetTickCount64() + default_deadline_ms;
+    while (!result && GetTickCount64() < end)
+        result = started->poll();
+    ASSERT_TRUE(result.has_value());
+    EXPECT_EQ(result->exit_code, 0);
+    std::string expected;
+    for (int i = 0; i < lines; ++i)
+        expected += std::to_string(i) + "\n";
+    EXPECT_TRUE(result->output == expected) << result->output.size() << " of " << expected.size();
+}
+
 TEST_F(MachineProgram, ThatIsMissingIsReportedAsSuch)
 {
     const auto result = run(L"/usr/bin/no-such-program", {});
