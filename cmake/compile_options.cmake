@@ -1,3 +1,7 @@
+# Set for the folders of the tests: what is built often and run a few times is not optimised. Compiling the tests is
+# most of what a build takes.
+define_property(TARGET PROPERTY QUILL_IS_TEST_CODE INITIALIZE_FROM_VARIABLE DEFAULT_QUILL_IS_TEST_CODE)
+
 # quill_options: what every target of this project is compiled and linked with.
 add_library(quill_options INTERFACE)
 add_library(quill::options ALIAS quill_options)
@@ -23,7 +27,9 @@ target_compile_options(quill_options INTERFACE
     -Wshadow -Wconversion -Wcast-qual -Wundef -Wextra-semi -Wimplicit-fallthrough -Wformat=2
     $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>
     -fstack-protector-strong -ffunction-sections -fdata-sections
-    -g $<$<CXX_COMPILER_ID:Clang>:-gcodeview>)
+    $<IF:$<BOOL:$<TARGET_PROPERTY:QUILL_IS_TEST_CODE>>,-gline-tables-only,-g>
+    $<$<CXX_COMPILER_ID:Clang>:-gcodeview>
+    $<$<BOOL:$<TARGET_PROPERTY:QUILL_IS_TEST_CODE>>:-O0>)
 target_compile_options(quill_options INTERFACE $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 target_link_options(quill_options INTERFACE
     -fstack-protector-strong

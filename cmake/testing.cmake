@@ -7,20 +7,28 @@ set(BUILD_GMOCK ON CACHE BOOL "" FORCE)
 set(gtest_disable_pthreads ON CACHE BOOL "" FORCE)
 set(CMAKE_POLICY_DEFAULT_CMP0077 NEW)
 add_subdirectory(/usr/src/googletest ${PROJECT_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+target_compile_options(gtest PRIVATE -O0)
+target_compile_options(gmock PRIVATE -O0)
 include(GoogleTest)
 
-# What every test program includes anyway, compiled once: it is most of what compiling a test takes.
-# Tests are run a few times and built often, so they are optimised for the latter.
+# What every test program includes anyway, compiled once.
+set(DEFAULT_QUILL_IS_TEST_CODE ON)
 add_library(test_precompiled OBJECT ${PROJECT_SOURCE_DIR}/tests/support/precompiled.cpp)
 target_include_directories(test_precompiled PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(test_precompiled PRIVATE quill::options GTest::gmock)
 target_precompile_headers(test_precompiled PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/precompiled.h)
-target_compile_options(test_precompiled PRIVATE -O1)
 
 # quill_precompile(TARGET): gives a target of test code what is compiled once.
 function(quill_precompile target)
     target_precompile_headers(${target} REUSE_FROM test_precompiled)
-    target_compile_options(${target} PRIVATE -O1)
+endfunction()
+
+# quill_add_test_parts(NAME [LIBRARIES...] SOURCES...): what several test programs are made of, compiled once.
+function(quill_add_test_parts name)
+    cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
+    add_library(${name} STATIC ${arg_SOURCES})
+    target_link_libraries(${name} PUBLIC ${arg_LIBRARIES} test_support)
+    quill_precompile(${name})
 endfunction()
 
 # quill_add_test(NAME [LIBRARIES...] SOURCES...): one test program "test_NAME", each of its cases a

@@ -61,6 +61,13 @@ void expect_no_growth(const char* what, Number before, Number after, Number limi
     EXPECT_LE(after, before + limit) << what << " grew over the run";
 }
 
+// How much a count grew; negative when it fell.
+long growth(const sample_table& table, std::size_t index, DWORD test::process_resources::* count)
+{
+    return static_cast<long>(table.lines().back().counts.*count) -
+           static_cast<long>(table.lines()[index].counts.*count);
+}
+
 } // namespace
 
 sample take_sample(std::size_t done)
@@ -131,6 +138,28 @@ void sample_table::expect_flat_from(std::size_t index, const growth_limits& limi
     expect_no_growth("heap bytes", before.heap_bytes, after.heap_bytes, lives * limits.heap_bytes_each);
     expect_no_growth("private bytes", before.private_bytes, after.private_bytes,
                      lives * limits.private_bytes_each + (std::uint64_t{1} << 20));
+}
+
+void expect_no_steeper_than(const sample_table& bare, const sample_table& table, std::size_t index,
+                            double heap_bytes_each)
+{
+    ASSERT_LT(index + 1, table.lines().size());
+    using test::process_resources;
+    constexpr long comes_and_goes = 4;
+    const auto expect = [&](const char* what, DWORD process_resources::* count, long slack) {
+        EXPECT_LE(growth(table, index, count), std::max(growth(bare, index, count), 0L) + slack) << what;
+    };
+    expect("kernel handles", &process_resources::kernel_handles, comes_and_goes);
+    expect("GDI objects", &process_resources::gdi_objects, comes_and_goes);
+    expect("menus", &process_resources::menus, 0);
+    expect("windows", &process_resources::windows, 0);
+    expect("threads", &process_resources::threads, comes_and_goes);
+    constexpr double heap_of_a_system_thread = 4096;
+    const double growth_in_all = static_cast<double>(table.lines().back().heap_bytes) -
+                                 static_cast<double>(table.lines()[index].heap_bytes);
+    const auto lives = static_cast<double>(table.lines().back().done - table.lines()[index].done);
+    EXPECT_LE(growth_in_all,
+              lives * (bare.heap_bytes_each(index) + heap_bytes_each) + heap_of_a_system_thread);
 }
 
 growth_limits growth_of(const sample_table& table, std::size_t index)

@@ -61,6 +61,12 @@ private:
 // What a run without the module grows by, and a little: the limits for the same run with it.
 growth_limits growth_of(const sample_table& table, std::size_t index);
 
+// Compares a run through the browser's engine with the same run without what is under test: from the line at
+// the index to the last, counts may grow by no more than in the other, and by what comes and goes; the heap
+// by no more for each life than in the other, and by that many bytes.
+void expect_no_steeper_than(const sample_table& bare, const sample_table& table, std::size_t index,
+                            double heap_bytes_each);
+
 // A run of many lives with a line of the table after the warm-up and at regular intervals; ends early when
 // a test has failed.
 template <class Life>
