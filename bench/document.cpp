@@ -81,6 +81,22 @@ void whole_downloads(document_session& session)
            compare_medians(with_wininet, document, few_rounds()));
 }
 
+// Each report of a read has the pane painted once; the reports of a WinINet download take most of its time.
+void pane_repaints(document_session& session)
+{
+    pane_window shown(session.view_window(), session.library());
+    report("status pane, one repaint : a double-buffered repaint with nothing in it",
+           compare_shortest(
+               [&](std::size_t times) {
+                   for (std::size_t i = 0; i < times; ++i)
+                       shown.repaint(static_cast<std::uint32_t>(i % 100));
+               },
+               [&](std::size_t times) {
+                   for (std::size_t i = 0; i < times; ++i)
+                       shown.repaint_with_nothing();
+               }));
+}
+
 // The longest pause of the host while something runs.
 timed_run pause_in(const std::function<void()>& work)
 {
@@ -129,6 +145,7 @@ void benchmarks()
         small_document(session);
         pauses(session);
         whole_downloads(session);
+        pane_repaints(session);
     }
     OleUninitialize();
     if (testing::UnitTest::GetInstance()->ad_hoc_test_result().Failed())

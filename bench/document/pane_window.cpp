@@ -29,6 +29,30 @@ pane_window::~pane_window()
     DestroyWindow(window_);
 }
 
+void pane_window::repaint(std::uint32_t percent)
+{
+    pane_.SetPercent(percent);
+    UpdateWindow(GetWindow(window_, GW_CHILD));
+}
+
+void pane_window::repaint_with_nothing() const
+{
+    const HWND painted = GetWindow(window_, GW_CHILD);
+    InvalidateRect(painted, nullptr, TRUE);
+    RECT area{};
+    GetClientRect(painted, &area);
+    PAINTSTRUCT paint{};
+    const HDC target = BeginPaint(painted, &paint);
+    const HDC context = CreateCompatibleDC(target);
+    const HBITMAP bitmap = CreateCompatibleBitmap(target, area.right, area.bottom);
+    const HGDIOBJ before = SelectObject(context, bitmap);
+    BitBlt(target, 0, 0, area.right, area.bottom, context, 0, 0, SRCCOPY);
+    SelectObject(context, before);
+    DeleteObject(bitmap);
+    DeleteDC(context);
+    EndPaint(painted, &paint);
+}
+
 LRESULT CALLBACK pane_window::procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
 {
     auto* const pane = reinterpret_cast<status_pane*>(GetWindowLongPtrW(window, GWLP_USERDATA));

@@ -6,6 +6,8 @@
 
 #include <windows.h>
 
+#include <cstdint>
+
 namespace quill::bench {
 
 class pane_window
@@ -18,6 +20,10 @@ public:
     pane_window& operator=(const pane_window&) = delete;
 
     HWND handle() const { return window_; }
+    // Has the pane painted, as a report of progress does.
+    void repaint(std::uint32_t percent);
+    // What the system takes for any double-buffered painting of that size, on the same window.
+    void repaint_with_nothing() const;
 
 private:
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);

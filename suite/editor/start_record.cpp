@@ -1,11 +1,21 @@
 #include "suite/editor/start_record.h"
 
+#include "platform/environment.h"
 #include "platform/text.h"
 #include "platform/unique_handle.h"
 
 #include <windows.h>
 
 namespace quill::editor {
+namespace {
+
+bool has_handle(const std::wstring& number)
+{
+    DWORD flags = 0;
+    return GetHandleInformation(reinterpret_cast<HANDLE>(std::stoull(number)), &flags) != FALSE;
+}
+
+} // namespace
 
 start_record start_record::of_this_program()
 {
@@ -14,13 +24,15 @@ start_record start_record::of_this_program()
     STARTUPINFOW startup{};
     GetStartupInfoW(&startup);
     const bool has_show_command = (startup.dwFlags & STARTF_USESHOWWINDOW) != 0;
-    return {GetCommandLineW(), std::move(directory), has_show_command ? startup.wShowWindow : -1};
+    const auto canary = environment_variable(L"QUILL_EDITOR_CANARY");
+    return {GetCommandLineW(), std::move(directory), has_show_command ? startup.wShowWindow : -1,
+            canary && has_handle(*canary)};
 }
 
 std::wstring start_record::text() const
 {
     return L"command line: " + command_line + L"\r\ndirectory: " + directory + L"\r\nshow: " +
-           std::to_wstring(show_command) + L"\r\n\r\n";
+           std::to_wstring(show_command) + (has_canary ? L"\r\ncanary: inherited" : L"") + L"\r\n\r\n";
 }
 
 bool append_to_file(const std::wstring& path, const std::wstring& text)

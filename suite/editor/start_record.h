@@ -10,6 +10,8 @@ struct start_record
     std::wstring command_line; // character for character
     std::wstring directory;
     int show_command; // -1: none was given
+    // Whether it got the starter's handle whose number stands in QUILL_EDITOR_CANARY.
+    bool has_canary;
 
     // How this program was started.
     static start_record of_this_program();

@@ -62,7 +62,7 @@ std::wstring value_of(const std::wstring& record, std::wstring_view label)
 void PrintTo(const program_start& start, std::ostream* out)
 {
     *out << testing::PrintToString(start.command_line) << " in " << testing::PrintToString(start.directory)
-         << " show " << start.show_command;
+         << " show " << start.show_command << (start.has_canary ? " with the canary" : "");
 }
 
 editor_bench::editor_bench()
@@ -127,7 +127,8 @@ std::vector<program_start> editor_bench::read_starts() const
          end = text.find(record_end, begin)) {
         const std::wstring record = text.substr(begin, end + record_end.size() - begin);
         all.push_back({value_of(record, L"command line: "), value_of(record, L"directory: "),
-                       _wtoi(value_of(record, L"show: ").c_str())});
+                       _wtoi(value_of(record, L"show: ").c_str()),
+                       record.find(L"canary: inherited") != std::wstring::npos});
         begin = end + record_end.size();
         if (all.back().command_line.ends_with(end_mark))
             all.pop_back();

@@ -16,6 +16,7 @@ struct program_start
     std::wstring command_line;
     std::wstring directory;
     int show_command = -1;
+    bool has_canary = false; // the handle that QUILL_EDITOR_CANARY names
 
     friend bool operator==(const program_start&, const program_start&) = default;
 };

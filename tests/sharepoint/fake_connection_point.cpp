@@ -15,10 +15,17 @@ event_result fire_at(IDispatch* sink, DISPID event, std::vector<VARIANT> argumen
 
 std::vector<event_result> fake_connection_point::fire(DISPID event, std::vector<VARIANT> arguments)
 {
-    const auto sinks = sinks_; // a sink may disconnect while it is called
+    // A sink may disconnect while it is called. Nothing but the connection holds it, as with hosts that count
+    // on their sinks to hold themselves.
+    std::vector<DWORD> cookies;
+    for (const auto& [cookie, sink] : sinks_)
+        cookies.push_back(cookie);
     std::vector<event_result> results;
-    for (const auto& [cookie, sink] : sinks)
-        results.push_back(fire_at(sink, event, arguments));
+    for (const DWORD cookie : cookies) {
+        const auto connected = sinks_.find(cookie);
+        if (connected != sinks_.end())
+            results.push_back(fire_at(connected->second, event, arguments));
+    }
     return results;
 }
 

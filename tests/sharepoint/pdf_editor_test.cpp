@@ -1,11 +1,13 @@
 // The launcher, with a real program for the editor and one for the system's default handler.
+#include "platform/unique_handle.h"
 #include "sharepoint/pdf_editor.h"
 #include "tests/sharepoint/editor_bench.h"
+#include "tests/support/child_process.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/process_resources.h"
 
 #include <atlutil.h>
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 namespace quill {
 namespace {
@@ -201,6 +203,24 @@ TEST(PdfEditor, KeepsNoHandles)
         editor.open(parse_url(url));
     bench.starts(6);
     EXPECT_EQ(test::process_resources::now(), before);
+}
+
+// The editor outlives the browser's tab: a file of the browser's that it inherited would stay open with it.
+TEST(PdfEditor, GivesTheEditorNoHandlesOfTheBrowsers)
+{
+    editor_bench bench;
+    bench.use_editor();
+    SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};
+    // So many that the last one has a number that the editor has not given to one of its own.
+    std::vector<unique_handle> handles(200);
+    for (auto& handle : handles)
+        handle.reset(CreateEventW(&inheritable, TRUE, FALSE, nullptr));
+    const test::environment_scope canary(
+        L"QUILL_EDITOR_CANARY", std::to_wstring(reinterpret_cast<std::uintptr_t>(handles.back().get())));
+    pdf_editor().open(parse_url(url));
+    EXPECT_THAT(bench.starts(1), testing::ElementsAre(bench.editor_start(url)));
+    EXPECT_TRUE(test::run_program(bench.scratch() / L"Editor\\editor.exe", L"--inherits").started);
+    EXPECT_TRUE(bench.starts(2).back().has_canary) << "nobody would have noticed";
 }
 
 } // namespace
