@@ -163,7 +163,7 @@ void sample_table::expect_flat_from(std::size_t index, const growth_limits& limi
     const std::uint64_t lives = after.done - before.done;
     expect_no_growth("kernel handles", before.counts.kernel_handles, after.counts.kernel_handles,
                      limits.kernel_handles);
-    expect_no_growth("GDI objects", before.counts.gdi_objects, after.counts.gdi_objects);
+    expect_no_growth("GDI objects", before.counts.gdi_objects, after.counts.gdi_objects, limits.gdi_objects);
     expect_no_growth("USER objects", before.user_objects, after.user_objects);
     expect_no_growth("menus", before.counts.menus, after.counts.menus);
     expect_no_growth("threads", before.counts.threads, after.counts.threads, limits.threads);

@@ -30,6 +30,7 @@ sample take_sample(std::size_t done);
 struct growth_limits
 {
     DWORD kernel_handles = 0;
+    DWORD gdi_objects = 0;
     DWORD threads = 0;
     long task_memory = 4;           // what a thread that the system starts meanwhile keeps
     std::uint64_t heap_blocks = 24; // the same
