@@ -228,7 +228,7 @@ TEST_P(HostilePeer, SendsAGigabyteThatIsNoPdf)
 {
     http_response large = http_response::ok(std::string(megabyte, 'x'));
     large.body_repeats = static_cast<std::size_t>(number_setting(L"QUILL_SOAK_MEGABYTES", 2));
-    EXPECT_EQ(shown_after(large, 600'000), 0u);
+    EXPECT_EQ(shown_after(large, 1'800'000), 0u);
 }
 
 TEST_P(HostilePeer, IsClosedInTheMiddleOfAGigabyte)
