@@ -1,7 +1,6 @@
 #include "tests/document/document_bench.h"
 
 #include "tests/support/process_resources.h"
-#include "tests/support/task_memory.h"
 #include "tests/support/wait.h"
 
 #include <windows.h>
@@ -12,7 +11,6 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <sstream>
 #include <stdexcept>
 
 namespace quill::test {
@@ -33,21 +31,6 @@ std::size_t failed_workers(const document_log& log)
     return static_cast<std::size_t>(std::count_if(
         lines.begin(), lines.end(), [&](const std::string& line) { return line.rfind(failed, 0) == 0; }));
 }
-
-// What a life may leave behind that no fake counts.
-struct counted
-{
-    process_resources resources;
-    long task_memory = 0;
-
-    static counted now() { return {process_resources::now(), outstanding_task_memory()}; }
-
-    friend bool operator==(const counted&, const counted&) = default;
-    friend std::ostream& operator<<(std::ostream& out, const counted& counts)
-    {
-        return out << counts.resources << ", strings and task memory " << counts.task_memory;
-    }
-};
 
 HWND child_of_class(HWND parent, const wchar_t* name)
 {
@@ -226,30 +209,6 @@ void document_bench::wait_for_no_worker() const
 {
     EXPECT_TRUE(wait_until([this] { return process_resources::now().threads <= threads_before_; }))
         << "the download worker did not end";
-}
-
-void expect_balance(const std::function<void()>& life, balance_proof proof)
-{
-    constexpr int most_runs = 6;
-    constexpr int strict = 2; // one balanced run may lie between two that leave something behind
-    int balanced_runs_wanted = proof == balance_proof::one_of_many ? 1 : strict;
-    int balanced_runs = 0;
-    std::ostringstream seen;
-    counted before = counted::now();
-    seen << "before: " << before;
-    for (int run = 1; run <= most_runs && !testing::Test::HasFailure(); ++run) {
-        life();
-        const counted after = counted::now();
-        seen << "\nafter run " << run << ": " << after;
-        if (after != before)
-            balanced_runs_wanted = strict;
-        balanced_runs = after == before ? balanced_runs + 1 : 0;
-        if (balanced_runs == balanced_runs_wanted)
-            return;
-        before = after;
-    }
-    if (!testing::Test::HasFailure())
-        ADD_FAILURE() << "something is left behind again and again\n" << seen.str();
 }
 
 void in_balance(void (*scenario)(document_bench&))

@@ -3,6 +3,7 @@
 
 #include "tests/document/document_log.h"
 #include "tests/document/module_under_test.h"
+#include "tests/support/balance.h"
 #include "tests/support/host/document_host.h"
 #include "tests/support/scopes.h"
 #include "tests/support/viewer/viewer_class.h"
@@ -98,18 +99,7 @@ private:
     DWORD threads_before_ = 0;
 };
 
-enum class balance_proof
-{
-    strict,
-    one_of_many // for one of many lives that differ in a detail: one balanced run will do, if it is the first
-};
-
-// Runs a life until it has twice in a row left the process as it was before, in handles, GDI objects, menus,
-// threads, windows and task memory: at most six times. What the system makes once and keeps comes with the
-// first runs, and some of it goes late; what a document leaves behind comes again and again.
-void expect_balance(const std::function<void()>& life, balance_proof proof = balance_proof::strict);
-
-// The same with a bench of its own for each run of the scenario.
+// Runs the scenario with a bench of its own for each run, and expects balance.
 void in_balance(void (*scenario)(document_bench&));
 
 } // namespace quill::test

@@ -1,7 +1,6 @@
 #include "tests/document/document_life.h"
 
 #include "tests/document/document_messages.h"
-#include "tests/support/fault_points.h"
 #include "tests/support/wait.h"
 
 #include <ole2.h>
@@ -103,11 +102,6 @@ void prepare_life(document_bench& bench, activation_order order)
     bench.host.site.offered.ambient_properties = true;
     bench.host.object_moniker.display_name = L"http://host.test/a/c/d.pdf";
     bench.host.browser.location_url = L"http://host.test/a/c/d.pdf#page=2#zoom=50";
-}
-
-void expect_balance_in_loop(const std::function<void()>& life)
-{
-    expect_balance(life, every_fault_is_wanted() ? balance_proof::strict : balance_proof::one_of_many);
 }
 
 int calls_of_a_life(activation_order order)

@@ -3,7 +3,6 @@
 
 #include "tests/document/document_bench.h"
 
-#include <functional>
 #include <string>
 
 namespace quill::test {
@@ -17,9 +16,6 @@ void live(document_bench& bench);
 // The same with a document that comes from a server, by its moniker. Fails the test when a download does not
 // end with its file handed over. Gives the number of downloads.
 int live_from_server(document_bench& bench, const std::wstring& url);
-
-// As expect_balance, for the lives of a long loop: strict in the long run, where every call has its turn.
-void expect_balance_in_loop(const std::function<void()>& life);
 
 // How many calls of its host and its viewer an undisturbed life makes, interface queries included.
 int calls_of_a_life(activation_order order);
