@@ -62,7 +62,9 @@ bool begins_with(const std::vector<std::string>& lines, const char* beginning)
 int wait_for_hand_over(document_bench& bench)
 {
     auto lines = bench.take_log();
-    if (!begins_with(lines, "@ OnCreate [URL]"))
+    const bool has_no_file_yet = begins_with(lines, "@ OnCreate [#3]");
+    EXPECT_EQ(begins_with(lines, "@ OnCreate [URL]"), has_no_file_yet) << "nothing is fetched";
+    if (!has_no_file_yet)
         return 0;
     const bool came = begins_with(lines, "@ LOADFILE ") ||
                       wait_until([&] { return begins_with(bench.take_log(), "@ LOADFILE "); });
