@@ -1,7 +1,6 @@
 #include "tests/document/document_bench.h"
 
 #include "tests/support/process_resources.h"
-#include "tests/support/task_memory.h"
 #include "tests/support/wait.h"
 
 #include <windows.h>
@@ -210,26 +209,6 @@ void document_bench::wait_for_no_worker() const
 {
     EXPECT_TRUE(wait_until([this] { return process_resources::now().threads <= threads_before_; }))
         << "the download worker did not end";
-}
-
-void expect_balance(const std::function<void()>& life)
-{
-    constexpr int most_runs = 4;
-    process_resources before = process_resources::now();
-    long memory_before = outstanding_task_memory();
-    for (int run = 1; run <= most_runs && !testing::Test::HasFailure(); ++run) {
-        life();
-        const process_resources after = process_resources::now();
-        const long memory_after = outstanding_task_memory();
-        if (after == before && memory_after == memory_before)
-            return;
-        if (run == most_runs) {
-            EXPECT_EQ(after, before) << "left behind by every run";
-            EXPECT_EQ(memory_after, memory_before) << "strings or task memory, left behind by every run";
-        }
-        before = after;
-        memory_before = memory_after;
-    }
 }
 
 void in_balance(void (*scenario)(document_bench&))

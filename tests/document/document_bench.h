@@ -3,6 +3,7 @@
 
 #include "tests/document/document_log.h"
 #include "tests/document/module_under_test.h"
+#include "tests/support/balance.h"
 #include "tests/support/host/document_host.h"
 #include "tests/support/scopes.h"
 #include "tests/support/viewer/viewer_class.h"
@@ -98,12 +99,7 @@ private:
     DWORD threads_before_ = 0;
 };
 
-// Runs a life until the process is after it as it was before, in handles, GDI objects, menus, threads,
-// windows and task memory: at most four times, since what the system makes once and keeps comes with the
-// first runs. What a document leaves behind comes with every run.
-void expect_balance(const std::function<void()>& life);
-
-// The same with a bench of its own for each run of the scenario.
+// Runs the scenario with a bench of its own for each run, and expects balance.
 void in_balance(void (*scenario)(document_bench&));
 
 } // namespace quill::test

@@ -1,18 +1,21 @@
 #include "tests/document/document_life.h"
 
 #include "tests/document/document_messages.h"
+#include "tests/support/wait.h"
 
 #include <ole2.h>
+#include <urlmon.h>
+#include <wrl/client.h>
+
+#include <algorithm>
 
 namespace quill::test {
+namespace {
 
-void live(document_bench& bench)
+using Microsoft::WRL::ComPtr;
+
+void use_window(document_bench& bench)
 {
-    bench.create();
-    bench.set_site();
-    bench.load_file(bench.pdf());
-    bench.do_verb(OLEIVERB_SHOW);
-    bench.do_verb(OLEIVERB_UIACTIVATE);
     if (const HWND window = bench.window()) {
         SendMessageW(window, message_load_file, 0, 0);
         SendMessageW(window, message_open_link, 1, reinterpret_cast<LPARAM>(L"../x.pdf"));
@@ -27,13 +30,72 @@ void live(document_bench& bench)
     key.wParam = 'F';
     bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key);
     bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr);
+}
+
+// after_window runs after each step that may have made a window.
+template <class AfterWindow>
+void live_once_loaded(document_bench& bench, const AfterWindow& after_window)
+{
+    bench.do_verb(OLEIVERB_SHOW);
+    after_window();
+    bench.do_verb(OLEIVERB_UIACTIVATE);
+    after_window();
+    use_window(bench);
+    after_window(); // a click activates
     const auto view = bench.as<IOleDocumentView>();
     view->UIActivate(FALSE);
     bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
     view->Show(TRUE);
+    after_window();
     view->CloseView(0);
     bench.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
     bench.as<IOleObject>()->SetClientSite(nullptr);
+}
+
+bool begins_with(const std::vector<std::string>& lines, const char* beginning)
+{
+    return std::any_of(lines.begin(), lines.end(),
+                       [beginning](const std::string& line) { return line.rfind(beginning, 0) == 0; });
+}
+
+// Nothing that a host answers concerns the worker once it runs: its file must come.
+int wait_for_hand_over(document_bench& bench)
+{
+    auto lines = bench.take_log();
+    const bool has_no_file_yet = begins_with(lines, "@ OnCreate [#3]");
+    EXPECT_EQ(begins_with(lines, "@ OnCreate [URL]"), has_no_file_yet) << "nothing is fetched";
+    if (!has_no_file_yet)
+        return 0;
+    const bool came = begins_with(lines, "@ LOADFILE ") ||
+                      wait_until([&] { return begins_with(bench.take_log(), "@ LOADFILE "); });
+    EXPECT_TRUE(came) << "the file was not handed over: " << testing::PrintToString(bench.log.worker_lines());
+    return 1;
+}
+
+} // namespace
+
+void live(document_bench& bench)
+{
+    bench.create();
+    bench.set_site();
+    bench.load_file(bench.pdf());
+    live_once_loaded(bench, [] {});
+}
+
+int live_from_server(document_bench& bench, const std::wstring& url)
+{
+    bench.create();
+    bench.set_site();
+    ComPtr<IBindCtx> context;
+    EXPECT_EQ(CreateBindCtx(0, &context), S_OK);
+    fake_moniker moniker(bench.host.calls, "loaded moniker");
+    moniker.display_name = url;
+    EXPECT_EQ(bench.as<IPersistMoniker>()->Load(FALSE, &moniker, context.Get(), STGM_READ), S_OK);
+    pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
+    int downloads = 0;
+    live_once_loaded(bench, [&] { downloads += wait_for_hand_over(bench); });
+    EXPECT_EQ(context.Reset(), 0u) << "the bind context is still referenced";
+    return downloads;
 }
 
 void prepare_life(document_bench& bench, activation_order order)
@@ -55,6 +117,23 @@ int calls_of_a_life(activation_order order)
 std::string name_of(activation_order order)
 {
     return order == activation_order::create_view_with_site ? "CreateViewWithSite" : "SiteThenUiActivate";
+}
+
+std::string name_of(bad_answer kind)
+{
+    switch (kind) {
+    case bad_answer::failure:
+        return "Failure";
+    case bad_answer::failure_untouched:
+        return "FailureUntouched";
+    case bad_answer::success_null:
+        return "SuccessNull";
+    case bad_answer::success_untouched:
+        return "SuccessUntouched";
+    case bad_answer::none:
+        break;
+    }
+    return "None";
 }
 
 } // namespace quill::test

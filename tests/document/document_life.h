@@ -13,10 +13,15 @@ void prepare_life(document_bench& bench, activation_order order);
 // Opened, used, taken down; without the last Release. Results are not looked at.
 void live(document_bench& bench);
 
+// The same with a document that comes from a server, by its moniker. Fails the test when a download does not
+// end with its file handed over. Gives the number of downloads.
+int live_from_server(document_bench& bench, const std::wstring& url);
+
 // How many calls of its host and its viewer an undisturbed life makes, interface queries included.
 int calls_of_a_life(activation_order order);
 
-// What the tests that run for several orders are called by.
+// What the tests that run for several orders or ways of failing are called by.
 std::string name_of(activation_order order);
+std::string name_of(bad_answer kind);
 
 } // namespace quill::test

@@ -20,7 +20,7 @@ void fail_each_call(activation_order order, bad_answer kind)
          number += chosen.step, ++points) {
         SCOPED_TRACE("call " + std::to_string(number) + " of " + std::to_string(calls) + ": " +
                      to_text(kind));
-        expect_balance([&] {
+        expect_balance_in_loop([&] {
             document_bench bench;
             prepare_life(bench, order);
             bench.host.calls.fail_call_number(number, kind);
@@ -31,23 +31,6 @@ void fail_each_call(activation_order order, bad_answer kind)
         });
     }
     report_fault_points("a document's life on a host", points);
-}
-
-std::string name_of(bad_answer kind)
-{
-    switch (kind) {
-    case bad_answer::failure:
-        return "Failure";
-    case bad_answer::failure_untouched:
-        return "FailureUntouched";
-    case bad_answer::success_null:
-        return "SuccessNull";
-    case bad_answer::success_untouched:
-        return "SuccessUntouched";
-    case bad_answer::none:
-        break;
-    }
-    return "None";
 }
 
 class FailingHost : public testing::TestWithParam<std::tuple<activation_order, bad_answer>>

@@ -85,7 +85,7 @@ TEST_P(DisturbingHost, IsSurvivedAtEveryCall)
     const fault_calls chosen = calls_that_fail(2 * static_cast<int>(kind) + static_cast<int>(order));
     for (int number = chosen.first; number <= calls && !HasFailure(); number += chosen.step, ++points) {
         SCOPED_TRACE("inside call " + std::to_string(number) + " of " + std::to_string(calls));
-        expect_balance([number, order, kind] {
+        expect_balance_in_loop([number, order, kind] {
             document_bench bench;
             prepare_life(bench, order);
             bench.host.calls.when_call_number(number, [&bench, kind] { disturb(bench, kind); });

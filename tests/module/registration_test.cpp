@@ -13,22 +13,6 @@ constexpr wchar_t helper_objects_key[] =
     L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Browser Helper Objects";
 constexpr wchar_t user_types_key[] = L"SOFTWARE\\Classes\\MIME\\Database\\Content Type";
 
-// A key that nothing lasting can be put into: creating a key below it fails, for whoever tries.
-void make_unusable(HKEY root, const std::wstring& path)
-{
-    const auto last = path.rfind(L'\\');
-    HKEY parent = nullptr;
-    ASSERT_EQ(RegCreateKeyExW(root, path.substr(0, last).c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
-                              &parent, nullptr),
-              ERROR_SUCCESS);
-    HKEY key = nullptr;
-    EXPECT_EQ(RegCreateKeyExW(parent, path.substr(last + 1).c_str(), 0, nullptr, REG_OPTION_VOLATILE,
-                              KEY_ALL_ACCESS, nullptr, &key, nullptr),
-              ERROR_SUCCESS);
-    RegCloseKey(key);
-    RegCloseKey(parent);
-}
-
 constexpr HRESULT unusable_key = HRESULT_FROM_WIN32(ERROR_CHILD_MUST_BE_VOLATILE);
 
 bool has(const std::string& text, const std::string& what)

@@ -5,6 +5,7 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
 #include <oleidl.h>
 
 #include <cstddef>
@@ -33,8 +34,9 @@ struct fake_element
 // How a call goes wrong.
 enum class fault
 {
-    error,      // it fails
-    null_result // it succeeds and gives nothing
+    error,       // it fails
+    null_result, // it succeeds and gives nothing
+    untouched    // it succeeds and leaves its out argument as it was
 };
 
 // The page outlives what it hands out; live() tells how much of that is still held.
@@ -73,8 +75,19 @@ public:
     long live() const { return live_; }
     void forget_calls() { calls_.clear(); }
 
-    // For the page's objects: counts a call. S_OK, S_FALSE for a null result, or the error.
+    // For the page's objects: counts a call. S_OK, S_FALSE for one that succeeds without a result, or the
+    // error.
     HRESULT enter(const char* call);
+    // The same for a call that hands something out: what is left to do is filling *out when S_OK came back.
+    template <typename Out>
+    HRESULT enter(const char* call, Out* out)
+    {
+        EXPECT_EQ(*out, Out{}) << call << " fills a variable that is not cleared";
+        const HRESULT result = enter(call);
+        if (result == S_FALSE && how == fault::null_result)
+            *out = Out{};
+        return result;
+    }
     void count(long change) { live_ += change; }
 
 private:

@@ -54,16 +54,14 @@ void fake_browser::quit()
 
 HRESULT fake_browser::get_Document(IDispatch** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IWebBrowser2::get_Document"))
+    if (const auto result = scene().enter("IWebBrowser2::get_Document", out))
         return *result;
     return hand_out(document.p, out);
 }
 
 HRESULT fake_browser::get_TopLevelContainer(VARIANT_BOOL* out)
 {
-    *out = VARIANT_FALSE;
-    if (const auto result = scene().enter("IWebBrowser2::get_TopLevelContainer"))
+    if (const auto result = scene().enter("IWebBrowser2::get_TopLevelContainer", out))
         return *result;
     *out = is_top_level;
     return S_OK;
@@ -79,8 +77,7 @@ HRESULT fake_browser::Stop()
 
 HRESULT fake_browser::FindConnectionPoint(REFIID iid, IConnectionPoint** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IConnectionPointContainer::FindConnectionPoint"))
+    if (const auto result = scene().enter("IConnectionPointContainer::FindConnectionPoint", out))
         return *result;
     EXPECT_EQ(iid, IID_browser_events);
     return hand_out(events_.p, out);

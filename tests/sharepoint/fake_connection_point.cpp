@@ -31,9 +31,11 @@ std::vector<event_result> fake_connection_point::fire(DISPID event, std::vector<
 
 HRESULT fake_connection_point::Advise(IUnknown* sink, DWORD* cookie)
 {
-    *cookie = 0;
-    if (const auto result = scene().enter("IConnectionPoint::Advise"))
+    if (const auto result = scene().enter("IConnectionPoint::Advise")) {
+        if (!scene().leaves_out_untouched())
+            *cookie = 0;
         return *result;
+    }
     CComPtr<IDispatch> events;
     if (FAILED(sink->QueryInterface(events_, reinterpret_cast<void**>(&events))))
         return CONNECT_E_CANNOTCONNECT;

@@ -50,32 +50,28 @@ event_result fake_document::change_ready_state(std::wstring state)
 
 HRESULT fake_document::get_URL(BSTR* out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLDocument2::get_URL"))
+    if (const auto result = scene().enter("IHTMLDocument2::get_URL", out))
         return *result;
     return hand_out(url_, out);
 }
 
 HRESULT fake_document::get_readyState(BSTR* out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLDocument2::get_readyState"))
+    if (const auto result = scene().enter("IHTMLDocument2::get_readyState", out))
         return *result;
     return hand_out(ready_state, out);
 }
 
 HRESULT fake_document::get_documentElement(IHTMLElement** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLDocument3::get_documentElement"))
+    if (const auto result = scene().enter("IHTMLDocument3::get_documentElement", out))
         return *result;
     return has_root ? hand_out(root_.p, out) : S_OK;
 }
 
 HRESULT fake_document::getElementsByTagName(BSTR tag, IHTMLElementCollection** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLDocument3::getElementsByTagName"))
+    if (const auto result = scene().enter("IHTMLDocument3::getElementsByTagName", out))
         return *result;
     const bool is_head = std::wstring_view(tag) == L"head";
     EXPECT_TRUE(is_head || std::wstring_view(tag) == L"a") << "elements of the whole document";
@@ -86,8 +82,7 @@ HRESULT fake_document::getElementsByTagName(BSTR tag, IHTMLElementCollection** o
 
 HRESULT fake_document::FindConnectionPoint(REFIID iid, IConnectionPoint** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IConnectionPointContainer::FindConnectionPoint"))
+    if (const auto result = scene().enter("IConnectionPointContainer::FindConnectionPoint", out))
         return *result;
     EXPECT_EQ(iid, IID_html_document_events);
     return hand_out(events_.p, out);
@@ -106,8 +101,7 @@ IUnknown* fake_document::find_interface(REFIID iid)
 
 HRESULT fake_event::get_srcElement(IHTMLElement** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLEventObj::get_srcElement"))
+    if (const auto result = scene().enter("IHTMLEventObj::get_srcElement", out))
         return *result;
     return hand_out(source_.p, out);
 }

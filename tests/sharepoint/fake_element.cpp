@@ -15,8 +15,7 @@ HRESULT hand_out_attribute(const std::optional<std::wstring>& value, BSTR* out)
 
 HRESULT fake_element::get_tagName(BSTR* out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLElement::get_tagName"))
+    if (const auto result = scene().enter("IHTMLElement::get_tagName", out))
         return *result;
     return hand_out(text_.tag, out);
 }
@@ -25,8 +24,7 @@ HRESULT fake_element::getAttribute(BSTR name, LONG flags, VARIANT* out)
 {
     EXPECT_STREQ(name, L"href");
     EXPECT_EQ(flags, 0);
-    VariantInit(out);
-    if (const auto result = scene().enter("IHTMLElement::getAttribute"))
+    if (const auto result = scene().enter("IHTMLElement::getAttribute", out))
         return *result;
     out->vt = text_.href ? VT_BSTR : VT_NULL;
     return text_.href ? hand_out(*text_.href, &out->bstrVal) : S_OK;
@@ -34,8 +32,7 @@ HRESULT fake_element::getAttribute(BSTR name, LONG flags, VARIANT* out)
 
 HRESULT fake_element::get_outerHTML(BSTR* out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLElement::get_outerHTML"))
+    if (const auto result = scene().enter("IHTMLElement::get_outerHTML", out))
         return *result;
     return hand_out(text_.outer_html, out);
 }
@@ -51,8 +48,7 @@ HRESULT fake_element::put_outerHTML(BSTR html)
 
 HRESULT fake_element::get_all(IDispatch** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLElement::get_all"))
+    if (const auto result = scene().enter("IHTMLElement::get_all", out))
         return *result;
     *out = new fake_collection(scene(), children_);
     return S_OK;
@@ -60,32 +56,28 @@ HRESULT fake_element::get_all(IDispatch** out)
 
 HRESULT fake_element::getElementsByTagName(BSTR tag, IHTMLElementCollection** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLElement2::getElementsByTagName"))
+    if (const auto result = scene().enter("IHTMLElement2::getElementsByTagName", out))
         return *result;
     return hand_out_tagged(scene(), children_, tag, out);
 }
 
 HRESULT fake_element::get_src(BSTR* out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLScriptElement::get_src"))
+    if (const auto result = scene().enter("IHTMLScriptElement::get_src", out))
         return *result;
     return hand_out_attribute(text_.src, out);
 }
 
 HRESULT fake_element::get_name(BSTR* out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLMetaElement::get_name"))
+    if (const auto result = scene().enter("IHTMLMetaElement::get_name", out))
         return *result;
     return hand_out_attribute(text_.name, out);
 }
 
 HRESULT fake_element::get_content(BSTR* out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLMetaElement::get_content"))
+    if (const auto result = scene().enter("IHTMLMetaElement::get_content", out))
         return *result;
     return hand_out_attribute(text_.content, out);
 }
@@ -105,8 +97,7 @@ IUnknown* fake_element::find_interface(REFIID iid)
 
 HRESULT fake_collection::get_length(LONG* out)
 {
-    *out = 0;
-    if (const auto result = scene().enter("IHTMLElementCollection::get_length"))
+    if (const auto result = scene().enter("IHTMLElementCollection::get_length", out))
         return *result;
     *out = static_cast<LONG>(elements_.size());
     return S_OK;
@@ -114,8 +105,7 @@ HRESULT fake_collection::get_length(LONG* out)
 
 HRESULT fake_collection::item(VARIANT name, VARIANT, IDispatch** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLElementCollection::item"))
+    if (const auto result = scene().enter("IHTMLElementCollection::item", out))
         return *result;
     EXPECT_EQ(name.vt, VT_I4);
     if (name.lVal < 0 || static_cast<std::size_t>(name.lVal) >= elements_.size())
@@ -125,8 +115,7 @@ HRESULT fake_collection::item(VARIANT name, VARIANT, IDispatch** out)
 
 HRESULT fake_collection::tags(VARIANT tag, IDispatch** out)
 {
-    *out = nullptr;
-    if (const auto result = scene().enter("IHTMLElementCollection::tags"))
+    if (const auto result = scene().enter("IHTMLElementCollection::tags", out))
         return *result;
     EXPECT_EQ(tag.vt, VT_BSTR);
     CComPtr<IHTMLElementCollection> tagged;

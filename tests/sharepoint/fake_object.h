@@ -34,10 +34,10 @@ public:
     }
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override
     {
-        *out = nullptr;
         if (iid != IID_IUnknown)
-            if (const auto result = scene_.enter("IUnknown::QueryInterface"))
+            if (const auto result = scene_.enter("IUnknown::QueryInterface", out))
                 return *result;
+        *out = nullptr;
         IUnknown* const found = find_interface(iid);
         if (!found)
             return E_NOINTERFACE;

@@ -74,6 +74,15 @@ std::optional<HRESULT> fake_scene::enter(const char* call)
     return std::nullopt;
 }
 
+std::optional<HRESULT> fake_scene::enter(const char* call, VARIANT* out)
+{
+    EXPECT_EQ(out->vt, VT_EMPTY) << call << " gets a variable that is not initialised";
+    const auto result = enter(call);
+    if (!result || !leaves_out_untouched())
+        VariantInit(out);
+    return result;
+}
+
 void fake_scene::interrupt_call(int number, std::function<void()> action)
 {
     interrupted_number_ = number;
@@ -106,6 +115,7 @@ void fake_scene::interrupt(const char* call)
 std::optional<HRESULT> fake_scene::result_of(failure how)
 {
     has_failed_ = true;
+    how_last_failed_ = how;
     return how == failure::error ? E_FAIL : S_OK;
 }
 

@@ -3,6 +3,9 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
+#include <oaidl.h>
+
 #include <cstddef>
 #include <functional>
 #include <optional>
@@ -18,8 +21,9 @@ class fake_scene
 public:
     enum class failure
     {
-        error, // the call returns a failure code
-        empty  // the call succeeds and hands out nothing
+        error,    // the call returns a failure code
+        empty,    // the call succeeds and hands out nothing
+        untouched // the call succeeds and leaves its out argument as it was
     };
 
     fake_scene();
@@ -50,6 +54,20 @@ public:
 
     // For the fakes. A result of enter() is what the call has to return at once.
     std::optional<HRESULT> enter(const char* call);
+    // The same for a call that hands something out: the variable has to be initialised, and is cleared unless
+    // the call is to leave it as it was.
+    template <class Out>
+    std::optional<HRESULT> enter(const char* call, Out* out)
+    {
+        EXPECT_EQ(*out, Out{}) << call << " gets a variable that is not initialised";
+        const auto result = enter(call);
+        if (!result || !leaves_out_untouched())
+            *out = Out{};
+        return result;
+    }
+    std::optional<HRESULT> enter(const char* call, VARIANT* out);
+    // Whether the call that has just failed is to do so without writing anything.
+    bool leaves_out_untouched() const { return how_last_failed_ == failure::untouched; }
     void object_created() { ++live_objects_; }
     void object_destroyed() { --live_objects_; }
     int live_objects() const { return live_objects_; }
@@ -67,6 +85,7 @@ private:
     std::string failing_name_;
     failure how_name_fails_ = failure::error;
     bool has_failed_ = false;
+    failure how_last_failed_ = failure::error;
     int interrupted_number_ = 0;
     std::function<void()> number_interruption_;
     std::string interrupted_name_;

@@ -17,10 +17,15 @@ struct fault_calls
     int step;
 };
 
+inline bool every_fault_is_wanted()
+{
+    return GetEnvironmentVariableW(L"QUILL_EVERY_FAULT", nullptr, 0) != 0;
+}
+
 inline fault_calls calls_that_fail(int way)
 {
     constexpr int usual_step = 6;
-    if (GetEnvironmentVariableW(L"QUILL_EVERY_FAULT", nullptr, 0) != 0)
+    if (every_fault_is_wanted())
         return {1, 1};
     return {1 + way % usual_step, usual_step};
 }

@@ -1,5 +1,7 @@
 #include "tests/support/private_registry.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -127,6 +129,21 @@ private_registry::~private_registry()
     for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE, HKEY_CLASSES_ROOT})
         RegOverridePredefKey(root, nullptr);
     RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
+}
+
+void make_unusable(HKEY root, const std::wstring& path)
+{
+    const auto last = path.rfind(L'\\');
+    HKEY parent = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(root, path.substr(0, last).c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
+                              &parent, nullptr),
+              ERROR_SUCCESS);
+    HKEY key = nullptr;
+    EXPECT_EQ(RegCreateKeyExW(parent, path.substr(last + 1).c_str(), 0, nullptr, REG_OPTION_VOLATILE,
+                              KEY_ALL_ACCESS, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+    RegCloseKey(parent);
 }
 
 std::string registry_listing()

@@ -20,6 +20,10 @@ private:
     std::wstring path_; // under the real HKEY_CURRENT_USER
 };
 
+// Makes a key that nothing lasting can be put into: creating a key below it fails, for whoever tries. The
+// path has two parts at least.
+void make_unusable(HKEY root, const std::wstring& path);
+
 // Everything below the three roots but HKEY_CLASSES_ROOT, which is a part of the first: a line for every key
 // with its full path, followed by an indented line for each of its values, "name = type data", both sorted
 // without regard to case. Types are s, d and b; the default value's name is @.

@@ -46,8 +46,14 @@ HRESULT show_dialog(HWND window, const wchar_t* file_name, const wchar_t* folder
         browser.while_dialog_is_up();
     if (browser.gives_destination)
         *destination = task_string(browser.destination);
-    if (browser.dialog_result == S_OK)
+    else if (browser.writes_null)
+        *destination = nullptr;
+    if (browser.dialog_result == S_OK && browser.gives_state) {
         *state = save_browser::state;
+        ++browser.states_given;
+    } else if (browser.writes_null) {
+        *state = nullptr;
+    }
     return browser.dialog_result;
 }
 
@@ -60,7 +66,17 @@ HRESULT get_folder(REFKNOWNFOLDERID folder_id, wchar_t** folder)
     EXPECT_EQ(*folder, nullptr);
     if (current->gives_folder)
         *folder = task_string(current->cache_path);
+    else if (current->writes_null)
+        *folder = nullptr;
     return current->folder_result;
+}
+
+// False for the state that a dialog gave which gives none.
+bool take_back(HANDLE state)
+{
+    EXPECT_EQ(state, current->gives_state ? save_browser::state : nullptr);
+    current->states_given_back += state != nullptr;
+    return state != nullptr;
 }
 
 // As the browser's broker: moves the copy to where the user wants it.
@@ -68,12 +84,13 @@ HRESULT save_file(HANDLE state, const wchar_t* source)
 {
     save_browser& browser = *current;
     browser.calls.emplace_back("save");
-    EXPECT_EQ(state, save_browser::state);
+    if (!take_back(state))
+        return E_HANDLE;
     EXPECT_TRUE(std::wstring(source).starts_with(browser.cache_path + L"\\qIE"))
         << testing::PrintToString(source);
     if (browser.before_save)
         browser.before_save(source);
-    if (browser.save_result == S_OK)
+    if (browser.save_result == S_OK && browser.moves_copy)
         EXPECT_TRUE(MoveFileExW(source, browser.destination.c_str(),
                                 MOVEFILE_REPLACE_EXISTING | MOVEFILE_COPY_ALLOWED));
     return browser.save_result;
@@ -82,8 +99,7 @@ HRESULT save_file(HANDLE state, const wchar_t* source)
 HRESULT cancel_save(HANDLE state)
 {
     current->calls.emplace_back("cancel");
-    EXPECT_EQ(state, save_browser::state);
-    return current->cancel_result;
+    return take_back(state) ? current->cancel_result : E_HANDLE;
 }
 
 } // namespace

@@ -36,6 +36,9 @@ struct save_browser
     HRESULT cancel_result = S_OK;
     bool gives_destination = true;
     bool gives_folder = true;
+    bool gives_state = true;  // when the dialog succeeds
+    bool moves_copy = true;   // when saving succeeds
+    bool writes_null = false; // where it gives nothing; otherwise out values are left as they are
     std::function<void()> while_dialog_is_up;
     std::function<void(const wchar_t* copy)> before_save;
     HWND owner = nullptr; // the window that the dialog has to belong to
@@ -47,6 +50,8 @@ struct save_browser
     std::vector<std::string> calls; // "dialog", "folder", "save", "cancel"
     int loads = 0;
     int unloads = 0;
+    int states_given = 0;
+    int states_given_back = 0; // for saving or for cancelling
 };
 
 } // namespace quill::test

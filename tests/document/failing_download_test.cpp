@@ -1,0 +1,91 @@
+// A document that a server sends, from IPersistMoniker::Load to the viewer's open call: every call that it
+// makes of its moniker, its host and its viewer fails once, in every way, and the file comes all the same.
+#include "tests/document/document_bench.h"
+#include "tests/document/document_life.h"
+#include "tests/support/fault_points.h"
+#include "tests/support/http_server.h"
+#include "tests/support/wait.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+namespace quill::test {
+namespace {
+
+constexpr char naming_call[] = "loaded moniker::GetDisplayName";
+
+class FailingHostOfADownload : public testing::TestWithParam<bad_answer>
+{
+protected:
+    FailingHostOfADownload()
+    {
+        server_.route("/c/d.pdf", http_response::ok(pdf_body(2'000)));
+        server_.route("/c/named-by-site.pdf", http_response::ok(pdf_body(2'000)));
+    }
+
+    // A life in which the number-th call fails, none for 0. Gives the number of its calls.
+    int live_with(int number)
+    {
+        document_bench bench;
+        prepare_life(bench, activation_order::create_view_with_site);
+        bench.host.object_moniker.display_name = server_.url(L"/c/named-by-site.pdf");
+        if (number)
+            bench.host.calls.fail_call_number(number, GetParam());
+        bench.host.calls.when(naming_call, [&] { naming_call_number_ = bench.host.calls.total(); });
+        server_.forget_requests();
+        EXPECT_EQ(live_from_server(bench, server_.url(L"/c/d.pdf")), 1) << "downloads";
+        expect_shown(bench);
+        bench.release();
+        EXPECT_TRUE(server_.wait_idle(default_deadline_ms)) << "the request is not closed";
+        return bench.host.calls.total();
+    }
+
+    int naming_call_number() const { return naming_call_number_; }
+
+private:
+    // A document that does not learn its address from its moniker asks its site for it.
+    void expect_shown(const document_bench& bench) const
+    {
+        const std::string& failed = bench.host.calls.failed_call();
+        const bool is_nameless = failed == naming_call;
+        const auto requests = server_.requests();
+        ASSERT_EQ(requests.size(), 1u) << failed;
+        EXPECT_EQ(requests[0].target, is_nameless ? "/c/named-by-site.pdf" : "/c/d.pdf") << failed;
+        EXPECT_NE(bench.viewer.texts(viewer_open).size(), 0u) << "not opened for the failure of " << failed;
+    }
+
+    http_server server_;
+    int naming_call_number_ = 0;
+};
+
+TEST_P(FailingHostOfADownload, LeavesNothingBehindAndGetsTheFile)
+{
+    const int calls = live_with(0);
+    ASSERT_GT(calls, 70) << "the scenario does not reach the host";
+    const fault_calls chosen = calls_that_fail(2 * static_cast<int>(GetParam()));
+    std::set<int> numbers = {naming_call_number()}; // the one that decides what is fetched, every time
+    for (int number = chosen.first; number <= calls; number += chosen.step)
+        numbers.insert(number);
+    for (const int number : numbers) {
+        SCOPED_TRACE("call " + std::to_string(number) + " of " + std::to_string(calls) + ": " +
+                     to_text(GetParam()));
+        expect_balance_in_loop([&] { live_with(number); });
+        if (HasFailure())
+            return;
+    }
+    report_fault_points("a downloaded document's life on a host", numbers.size());
+}
+
+std::string name_of_way(const testing::TestParamInfo<bad_answer>& way)
+{
+    return name_of(way.param);
+}
+
+INSTANTIATE_TEST_SUITE_P(Document, FailingHostOfADownload,
+                         testing::Values(bad_answer::failure, bad_answer::success_null,
+                                         bad_answer::success_untouched),
+                         name_of_way);
+
+} // namespace
+} // namespace quill::test

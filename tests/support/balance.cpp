@@ -1,0 +1,61 @@
+#include "tests/support/balance.h"
+
+#include "tests/support/fault_points.h"
+#include "tests/support/process_resources.h"
+#include "tests/support/task_memory.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <sstream>
+
+namespace quill::test {
+namespace {
+
+// What a life may leave behind that no fake counts.
+struct counted
+{
+    process_resources resources;
+    long task_memory = 0;
+
+    static counted now() { return {process_resources::now(), outstanding_task_memory()}; }
+
+    friend bool operator==(const counted&, const counted&) = default;
+    friend std::ostream& operator<<(std::ostream& out, const counted& counts)
+    {
+        return out << counts.resources << ", strings and task memory " << counts.task_memory;
+    }
+};
+
+} // namespace
+
+void expect_balance(const std::function<void()>& life, balance_proof proof)
+{
+    constexpr int most_runs = 6;
+    constexpr int strict = 2; // one balanced run may lie between two that leave something behind
+    int balanced_runs_wanted = proof == balance_proof::one_of_many ? 1 : strict;
+    int balanced_runs = 0;
+    std::ostringstream seen;
+    counted before = counted::now();
+    seen << "before: " << before;
+    for (int run = 1; run <= most_runs && !testing::Test::HasFailure(); ++run) {
+        life();
+        const counted after = counted::now();
+        seen << "\nafter run " << run << ": " << after;
+        if (after != before)
+            balanced_runs_wanted = strict;
+        balanced_runs = after == before ? balanced_runs + 1 : 0;
+        if (balanced_runs == balanced_runs_wanted)
+            return;
+        before = after;
+    }
+    if (!testing::Test::HasFailure())
+        ADD_FAILURE() << "something is left behind again and again\n" << seen.str();
+}
+
+void expect_balance_in_loop(const std::function<void()>& life)
+{
+    expect_balance(life, every_fault_is_wanted() ? balance_proof::strict : balance_proof::one_of_many);
+}
+
+} // namespace quill::test
