@@ -80,6 +80,7 @@ struct measure_of
 constexpr int links_in_a_run = 1'000;
 constexpr measure_of addresses{sink_task::read_links, "reading each href"};
 constexpr measure_of addresses_and_pdfs{sink_task::read_links_and_pdfs, "reading each href and PDF link"};
+constexpr measure_of all_reading{sink_task::record_page, "reading its head, advising, reading them"};
 
 double compare(const loaded_library& module, const page_maker& new_page, int links, const std::string& name,
                const measure_of& least, std::optional<double> target)
@@ -139,6 +140,8 @@ void sharepoint_page_benchmarks(const loaded_library& module)
         in_the_engine(module, engine, no_pdf, addresses);
         in_the_engine(module, engine, some_pdfs, addresses_and_pdfs);
         in_the_engine(module, engine, all_pdfs, addresses_and_pdfs);
+        for (const link_kind& kind : {no_pdf, some_pdfs, all_pdfs})
+            in_the_engine(module, engine, kind, all_reading);
         for (const link_kind& kind : {some_pdfs, all_pdfs}) {
             const engine_page shown = list_page(engine, 1'000, kind);
             compare(
