@@ -83,13 +83,13 @@ constexpr measure_of addresses_and_pdfs{sink_task::read_links_and_pdfs, "reading
 constexpr measure_of all_reading{sink_task::record_page, "reading its head, advising, reading them"};
 
 double compare(const loaded_library& module, const page_maker& new_page, int links, const std::string& name,
-               const measure_of& least, std::optional<double> target)
+               const measure_of& least, std::optional<target> aim)
 {
     const int pages = std::clamp(links_in_a_run / links, 1, 20); // few links are soon read
     const comparison measured =
         compare_shortest_runs(complete_new_pages([&] { return our_helper(module); }, new_page, pages),
                               complete_new_pages([&] { return plain(least.task); }, new_page, pages));
-    report(name + " : " + least.name, measured, target);
+    report(name + " : " + least.name, measured, aim);
     return measured.ours;
 }
 
@@ -98,16 +98,21 @@ std::string page_name(int links, const link_kind& kind, const char* made_of)
     return std::string("SharePoint page") + made_of + ", " + std::to_string(links) + " links, " + kind.name;
 }
 
+void compare_in_engine(const loaded_library& module, const loaded_library& engine, int links,
+                       const link_kind& kind, const measure_of& least, const target& aim)
+{
+    const engine_page shown = list_page(engine, links, kind);
+    compare(module, [&] { return shown.read(); }, links, page_name(links, kind, ""), least, aim);
+}
+
 constexpr double most_for_reading = 1.3;
 
 void in_the_engine(const loaded_library& module, const loaded_library& engine, const link_kind& kind,
-                   const measure_of& least)
+                   const measure_of& least, const target& with_few, const target& with_many)
 {
-    for (const int links : {10, 1'000, 10'000}) {
-        const engine_page shown = list_page(engine, links, kind);
-        compare(
-            module, [&] { return shown.read(); }, links, page_name(links, kind, ""), least, most_for_reading);
-    }
+    compare_in_engine(module, engine, 10, kind, least, with_few);
+    compare_in_engine(module, engine, 1'000, kind, least, most_for_reading);
+    compare_in_engine(module, engine, 10'000, kind, least, with_many);
 }
 
 // Returns what a link costs.
@@ -137,17 +142,18 @@ void sharepoint_page_benchmarks(const loaded_library& module)
 {
     {
         const loaded_library engine(L"QuillPages.dll");
-        in_the_engine(module, engine, no_pdf, addresses);
-        in_the_engine(module, engine, some_pdfs, addresses_and_pdfs);
-        in_the_engine(module, engine, all_pdfs, addresses_and_pdfs);
+        // Before the first link a new page's head has to be looked through and its events be connected to,
+        // which takes the page as long as ten links. And the engine looks for a head in all of the page,
+        // which alone is a quarter of the time when the page no longer fits into the processor's cache.
+        const target few = target::known_missed(most_for_reading), many = few;
+        in_the_engine(module, engine, no_pdf, addresses, few, many);
+        in_the_engine(module, engine, some_pdfs, addresses_and_pdfs, few, many);
+        in_the_engine(module, engine, all_pdfs, addresses_and_pdfs, few, many);
         for (const link_kind& kind : {no_pdf, some_pdfs, all_pdfs})
-            in_the_engine(module, engine, kind, all_reading);
-        for (const link_kind& kind : {some_pdfs, all_pdfs}) {
-            const engine_page shown = list_page(engine, 1'000, kind);
-            compare(
-                module, [&] { return shown.read(); }, 1'000, page_name(1'000, kind, ""), addresses,
-                std::nullopt);
-        }
+            in_the_engine(module, engine, kind, all_reading, most_for_reading, most_for_reading);
+        // Whether a link to a PDF has a handler to be taken out stands in its markup, which has to be read.
+        for (const link_kind& kind : {some_pdfs, all_pdfs})
+            compare_in_engine(module, engine, 1'000, kind, addresses, target::known_missed(most_for_reading));
     }
     for (const link_kind& kind : {no_pdf, some_pdfs, all_pdfs, all_handled})
         growth(module, kind);
