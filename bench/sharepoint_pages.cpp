@@ -80,7 +80,7 @@ struct measure_of
 constexpr int links_in_a_run = 1'000;
 constexpr measure_of addresses{sink_task::read_links, "reading each href"};
 constexpr measure_of addresses_and_pdfs{sink_task::read_links_and_pdfs, "reading each href and PDF link"};
-constexpr measure_of all_reading{sink_task::record_page, "reading its head, advising, reading them"};
+constexpr measure_of all_reading{sink_task::record_page, "reading head and links, advising"};
 
 double compare(const loaded_library& module, const page_maker& new_page, int links, const std::string& name,
                const measure_of& least, std::optional<target> aim)
