@@ -120,7 +120,7 @@ void pauses(document_session& session)
     report("longest pause of the host : in URLDownloadToFileW alone",
            compare_medians(document, bare, few_rounds()));
     report_value("longest pause of the host beyond an idle one's", (to_idle.ours - to_idle.baseline) / 1e6,
-                 "ms", 20.0);
+                 "ms", 50.0);
 }
 
 void small_document(document_session& session)
