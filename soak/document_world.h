@@ -83,6 +83,8 @@ public:
 
     void load_file(const std::wstring& path);
     void load_url(const std::wstring& url);
+    // The same, for a document that may refuse.
+    void load_url_if_taken(const std::wstring& url);
     HRESULT do_verb(LONG verb);
     HWND window() const;
 
@@ -93,6 +95,9 @@ public:
 
     test::document_host host;
     Microsoft::WRL::ComPtr<IUnknown> document;
+
+private:
+    HRESULT try_to_load(const std::wstring& url);
 };
 
 } // namespace quill::soak

@@ -14,7 +14,28 @@ namespace {
 constexpr std::size_t most_documents = 3;
 constexpr wchar_t nowhere[] = L"quilltest://host.test/a/c/d.pdf#page=2#zoom=50";
 
+// A server of every temper: at once, piece by piece, no PDF, nothing there, silence.
+void serve(test::http_server& server)
+{
+    server.route("/quick.pdf", test::http_response::ok(test::pdf_body(20'000)));
+    auto slow = test::http_response::ok(test::pdf_body(40'000));
+    slow.piece_size = 2'000;
+    slow.piece_delay_ms = 10;
+    server.route("/slow.pdf", slow);
+    server.route("/page.pdf", test::http_response::ok("<html>no PDF</html>", "text/html"));
+    server.route("/gone.pdf", test::http_response::not_found());
+    auto silent = test::http_response::ok(test::pdf_body(20'000));
+    silent.hold_head = true;
+    server.route("/silent.pdf", silent);
+}
+
 } // namespace
+
+random_documents::random_documents(document_world& world, random_source& random)
+    : world_(world), random_(random)
+{
+    serve(world_.server);
+}
 
 const std::vector<random_documents::named_action>& random_documents::actions()
 {
@@ -23,10 +44,12 @@ const std::vector<random_documents::named_action>& random_documents::actions()
         {"verb", &random_documents::verb},
         {"load a file", &random_documents::load},
         {"load an address", &random_documents::load_address},
+        {"fetch", &random_documents::fetch},
         {"send", &random_documents::send},
         {"send", &random_documents::send},
         {"send", &random_documents::send},
         {"post", &random_documents::post},
+        {"pump", &random_documents::pump},
         {"pump", &random_documents::pump},
         {"destroy its window", &random_documents::destroy_window},
         {"destroy the host's windows", &random_documents::destroy_host_windows},
@@ -130,6 +153,21 @@ void random_documents::load_address(hosted_document& document)
     document.host.browser.location_url = nowhere;
 }
 
+// A document of the server's, shown at once, so that it is under way in whatever comes next. A WinINet call
+// that waits for a silent server cannot be broken off.
+void random_documents::fetch(hosted_document& document)
+{
+    const bool is_urlmon = random_.chance(2);
+    world_.use(is_urlmon ? download_path::urlmon : download_path::wininet);
+    const std::wstring target =
+        random_.one_of<std::wstring>({L"/quick.pdf#page=3", L"/slow.pdf", L"/slow.pdf", L"/page.pdf",
+                                      L"/gone.pdf", is_urlmon ? L"/silent.pdf" : L"/quick.pdf#zoom=75"});
+    document.load_url_if_taken(world_.server.url(target));
+    document.as<IOleObject>()->DoVerb(OLEIVERB_SHOW, nullptr, document.host.site.client_site(), -1,
+                                      document.host.view_window(), &document.host.position);
+    world_.server.forget_requests();
+}
+
 random_documents::message random_documents::any_message()
 {
     const LONG number = random_.number();
@@ -180,9 +218,11 @@ void random_documents::post(hosted_document& document)
         PostMessageW(window, chosen.number, chosen.wparam, chosen.lparam);
 }
 
+// Now and then until the next piece of a slow document has come.
 void random_documents::pump(hosted_document&)
 {
-    test::pump_messages();
+    const ULONGLONG end = GetTickCount64() + random_.below(30);
+    test::wait_until([end] { return GetTickCount64() >= end; });
 }
 
 void random_documents::destroy_window(hosted_document& document)

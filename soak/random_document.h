@@ -16,7 +16,7 @@ namespace quill::soak {
 class random_documents
 {
 public:
-    random_documents(document_world& world, random_source& random) : world_(world), random_(random) {}
+    random_documents(document_world& world, random_source& random);
 
     // One step; returns what it was, for the record of a run.
     const char* step();
@@ -55,6 +55,7 @@ private:
     void verb(hosted_document& document);
     void load(hosted_document& document);
     void load_address(hosted_document& document);
+    void fetch(hosted_document& document);
     void send(hosted_document& document);
     void post(hosted_document& document);
     void pump(hosted_document& document);
