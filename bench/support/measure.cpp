@@ -82,16 +82,6 @@ comparison compare_shortest(const repeated& ours, const repeated& baseline)
     return best;
 }
 
-double shortest(const repeated& work)
-{
-    const std::size_t times = repetitions_for_a_batch(work);
-    double best = time_batch(work, times);
-    const int rounds = rounds_for(best * static_cast<double>(times));
-    for (int round = 0; round < rounds; ++round)
-        best = std::min(best, time_batch(work, times));
-    return best;
-}
-
 comparison compare_shortest_runs(const timed_run& ours, const timed_run& baseline)
 {
     constexpr double budget_ns = 2.0e9; // with all preparation

@@ -22,8 +22,6 @@ double now();
 // often as it is told. The times are the shortest of all rounds: a disturbance only ever adds.
 using repeated = std::function<void(std::size_t times)>;
 comparison compare_shortest(const repeated& ours, const repeated& baseline);
-// The shortest time of one repetition.
-double shortest(const repeated& work);
 
 // Makes what it needs, does its work, and returns how long the work alone took, in nanoseconds.
 using timed_run = std::function<double()>;
