@@ -26,7 +26,7 @@ std::size_t large_size()
 
 int large_rounds()
 {
-    return is_short_run() ? 1 : 5;
+    return is_short_run() ? 1 : 9;
 }
 
 // Of lines that only inform.
@@ -75,8 +75,10 @@ void whole_downloads(document_session& session)
     };
     report("100 MB, WinINet download : query, read, write, poll and report",
            compare_medians(with_wininet, bare(shown.handle()), large_rounds()), 1.1);
+    // Each read of 8 KB has to be told to the document's window, which shows it before the next begins:
+    // 12,000 messages from thread to thread, which the bare loop does not send.
     report("100 MB, WinINet download : query, read and write alone",
-           compare_medians(with_wininet, bare(nullptr), few_rounds()));
+           compare_medians(with_wininet, bare(nullptr), few_rounds()), target::known_missed(1.05));
     report("100 MB, WinINet download : default download",
            compare_medians(with_wininet, document, few_rounds()));
 }
@@ -123,7 +125,7 @@ void pauses(document_session& session)
 
 void small_document(document_session& session)
 {
-    constexpr double seen_at_once_ms = 100; // a user sees no delay below that
+    constexpr double most_share_ms = 30; // what a user sees as a delay begins at 100
     constexpr std::size_t small_size = 100'000;
     const int rounds = is_short_run() ? 3 : 61;
     const comparison measured =
@@ -131,7 +133,7 @@ void small_document(document_session& session)
                         [&] { return session.run_bare(url_of(small_size), download_with_urlmon); }, rounds);
     report("100 KB, Load to the viewer's open : URLDownloadToFileW alone", measured);
     report_value("100 KB, our own share (the difference)", (measured.ours - measured.baseline) / 1e6, "ms",
-                 seen_at_once_ms);
+                 most_share_ms);
 }
 
 void benchmarks()

@@ -79,7 +79,8 @@ document_record& browser_events_aggregator::find_or_create_record(IHTMLDocument2
         known = find_record(document);
         if (!known) {
             document_record& added = *documents_.emplace_back(std::move(record));
-            log_stream(log_level::debug) << added.address() << " is new document";
+            if (log_stream line(log_level::debug); line.enabled())
+                line << added.address() << " is new document";
             return added;
         }
     }

@@ -18,8 +18,8 @@ namespace {
 // What the element links to when it is a list's link to a PDF, nothing otherwise.
 std::wstring list_link(IHTMLElement* element)
 {
-    if (!is_link_tag(read_text(element, &IHTMLElement::get_tagName)) ||
-        !is_list_link_markup(read_text(element, &IHTMLElement::get_outerHTML)))
+    if (!is_link_tag(text_property(element, &IHTMLElement::get_tagName)) ||
+        !is_list_link_markup(text_property(element, &IHTMLElement::get_outerHTML)))
         return {};
     const attribute_value link(element, L"href");
     return std::wstring(is_pdf_link(link.text()) ? link.text() : std::wstring_view());
@@ -32,12 +32,14 @@ document_record::document_record(IHTMLDocument2* document, std::weak_ptr<pdf_edi
     : document_(document), document3_(document), kind_(classify_page(document3_)), editor_(std::move(editor)),
       events_(document, std::move(handler))
 {
-    log_stream(log_level::info) << address() << " events subscribed ";
+    // A page is not asked for its address by a line that nobody reads.
+    if (log_stream line(log_level::info); line.enabled())
+        line << address() << " events subscribed ";
 }
 
 std::wstring document_record::address() const
 {
-    return read_text(document_.p, &IHTMLDocument2::get_URL);
+    return std::wstring(text_property(document_.p, &IHTMLDocument2::get_URL).text());
 }
 
 void document_record::rewrite_links() const

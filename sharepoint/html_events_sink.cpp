@@ -81,7 +81,7 @@ void html_events_sink::ready_state_changed()
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     const CComPtr<IHTMLDocument2> document(document_);
-    if (ready_state_from_text(read_text(document.p, &IHTMLDocument2::get_readyState)) !=
+    if (ready_state_from_text(text_property(document.p, &IHTMLDocument2::get_readyState)) !=
         ready_state::complete)
         return;
     if (const auto handler = handler_.lock())

@@ -6,7 +6,6 @@
 #include <exdisp.h>
 #include <mshtml.h>
 
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -37,15 +36,26 @@ bool any_element(IHTMLElementCollection* elements, Test&& test)
     return false;
 }
 
-// A text property: read_text(script, &IHTMLScriptElement::get_src).
-template <class Object>
-std::wstring read_text(Object* object, HRESULT (STDMETHODCALLTYPE Object::*getter)(BSTR*))
+// A text property: text_property(script, &IHTMLScriptElement::get_src).
+class text_property
 {
-    CComBSTR text;
-    if (!object || FAILED((object->*getter)(&text)))
-        return {};
-    return std::wstring(text.m_str ? text.m_str : L"", text.Length());
-}
+public:
+    template <class Object>
+    text_property(Object* object, HRESULT (STDMETHODCALLTYPE Object::*getter)(BSTR*))
+    {
+        if (object && FAILED((object->*getter)(&text_)))
+            text_.Empty();
+    }
+    text_property(const text_property&) = delete;
+    text_property& operator=(const text_property&) = delete;
+
+    // Lives as long as this.
+    std::wstring_view text() const { return {text_.m_str ? text_.m_str : L"", text_.Length()}; }
+    operator std::wstring_view() const { return text(); }
+
+private:
+    CComBSTR text_;
+};
 
 // The value of an element's attribute.
 class attribute_value

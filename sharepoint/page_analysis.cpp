@@ -15,8 +15,8 @@ class meta_element
 {
 public:
     explicit meta_element(IHTMLMetaElement* element) : element_(element) {}
-    std::wstring name() const { return read_text(element_, &IHTMLMetaElement::get_name); }
-    std::wstring content() const { return read_text(element_, &IHTMLMetaElement::get_content); }
+    text_property name() const { return {element_, &IHTMLMetaElement::get_name}; }
+    text_property content() const { return {element_, &IHTMLMetaElement::get_content}; }
 
 private:
     IHTMLMetaElement* element_;
@@ -41,7 +41,7 @@ std::optional<std::wstring> new_markup(IHTMLElement* link, const CComBSTR& href)
 {
     if (!is_pdf_link(attribute_value(link, href).text()))
         return std::nullopt;
-    return without_open_handlers(read_text(link, &IHTMLElement::get_outerHTML));
+    return without_open_handlers(text_property(link, &IHTMLElement::get_outerHTML));
 }
 
 void replace(IHTMLElement* link, const std::wstring& markup)
@@ -72,7 +72,7 @@ page_kind classify_page(IHTMLDocument3* document)
         [&](auto test) {
             return any_element<IHTMLScriptElement>(
                 elements_by_tag(head, L"script"), [&](IHTMLScriptElement* script) {
-                    return test(read_text(script, &IHTMLScriptElement::get_src));
+                    return test(text_property(script, &IHTMLScriptElement::get_src));
                 });
         },
         [&](auto test) {

@@ -1,7 +1,6 @@
 #include "bench/page/engine_page.h"
 
 #include "suite/pages/identifiers.h"
-#include "tests/support/scopes.h"
 #include "tests/support/wait.h"
 
 #include <mshtml.h>
@@ -21,18 +20,22 @@ bool is_complete(IHTMLDocument2* page)
 
 } // namespace
 
-CComPtr<IDispatch> read_page(const loaded_library& engine, const std::string& html)
+engine_page::engine_page(const loaded_library& engine, const std::string& html) : engine_(engine)
 {
-    const test::scratch_directory folder;
-    const std::wstring path = folder / L"page.html";
+    if (!test::write_file(path_, html))
+        throw std::runtime_error("a page cannot be written");
+}
+
+CComPtr<IDispatch> engine_page::read() const
+{
     CComPtr<IMoniker> moniker;
     CComPtr<IBindCtx> context;
     CComPtr<IUnknown> created;
-    created.Attach(engine.create(CLSID_html_page));
+    created.Attach(engine_.create(CLSID_html_page));
     const CComQIPtr<IPersistMoniker> loading(created);
     const CComQIPtr<IHTMLDocument2> page(created);
-    const bool is_read = test::write_file(path, html) && loading && page &&
-                         SUCCEEDED(CreateURLMoniker(nullptr, (L"file:///" + path).c_str(), &moniker)) &&
+    const bool is_read = loading && page &&
+                         SUCCEEDED(CreateURLMoniker(nullptr, (L"file:///" + path_).c_str(), &moniker)) &&
                          SUCCEEDED(CreateBindCtx(0, &context)) &&
                          SUCCEEDED(loading->Load(TRUE, moniker, context, STGM_READ)) &&
                          test::wait_until([&] { return is_complete(page); });

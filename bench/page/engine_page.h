@@ -2,6 +2,7 @@
 #pragma once
 
 #include "bench/support/loaded_library.h"
+#include "tests/support/scopes.h"
 
 #include <atlbase.h>
 
@@ -9,7 +10,19 @@
 
 namespace quill::bench {
 
-// Writes the markup to a file and has the engine read it to its end. Throws std::runtime_error when it fails.
-CComPtr<IDispatch> read_page(const loaded_library& engine, const std::string& html);
+// The page's file is there for as long as this lives. engine must outlive it.
+class engine_page
+{
+public:
+    engine_page(const loaded_library& engine, const std::string& html);
+
+    // A new page, read to its end. Throws std::runtime_error when that fails.
+    CComPtr<IDispatch> read() const;
+
+private:
+    const loaded_library& engine_;
+    test::scratch_directory folder_;
+    std::wstring path_ = folder_ / L"page.html";
+};
 
 } // namespace quill::bench

@@ -28,20 +28,46 @@ void read_setting()
     }
 }
 
-void read_links(IWebBrowser2* browser, bool with_pdfs)
+// Calls use for each element of the tag below the parent.
+template <class Element, class Parent, class Use>
+void for_each(Parent* parent, const wchar_t* tag, const Use& use)
 {
-    CComPtr<IDispatch> document;
-    browser->get_Document(&document);
-    const CComQIPtr<IHTMLDocument3> page(document);
-    CComPtr<IHTMLElementCollection> links;
-    page->getElementsByTagName(CComBSTR(L"a"), &links);
-    const CComBSTR href(L"href");
+    CComPtr<IHTMLElementCollection> elements;
+    parent->getElementsByTagName(CComBSTR(tag), &elements);
     long count = 0;
-    links->get_length(&count);
+    elements->get_length(&count);
     for (long index = 0; index < count; ++index) {
         CComPtr<IDispatch> item;
-        links->item(CComVariant(index), CComVariant(0), &item);
-        const CComQIPtr<IHTMLElement> link(item);
+        elements->item(CComVariant(index), CComVariant(0), &item);
+        use(CComQIPtr<Element>(item));
+    }
+}
+
+// Who made the page, and whether SharePoint's own scripts are on it.
+void read_head(IHTMLDocument3* page)
+{
+    CComPtr<IHTMLElement> root;
+    page->get_documentElement(&root);
+    for_each<IHTMLElement2>(page, L"head", [](IHTMLElement2* head) {
+        for_each<IHTMLScriptElement>(head, L"script", [](IHTMLScriptElement* script) {
+            CComBSTR source;
+            script->get_src(&source);
+            keep(source.m_str);
+        });
+        for_each<IHTMLMetaElement>(head, L"meta", [](IHTMLMetaElement* meta) {
+            CComBSTR name, content;
+            meta->get_name(&name);
+            if (name && std::wstring_view(name) == L"GENERATOR")
+                meta->get_content(&content);
+            keep(content.m_str);
+        });
+    });
+}
+
+void read_links(IHTMLDocument3* page, bool with_pdfs)
+{
+    const CComBSTR href(L"href");
+    for_each<IHTMLElement>(page, L"a", [&](IHTMLElement* link) {
         CComVariant address;
         link->getAttribute(href, 0, &address);
         keep(address.bstrVal);
@@ -50,7 +76,7 @@ void read_links(IWebBrowser2* browser, bool with_pdfs)
             link->get_outerHTML(&markup);
             keep(markup.m_str);
         }
-    }
+    });
 }
 
 } // namespace
@@ -59,6 +85,9 @@ HRESULT plain_helper::SetSite(IUnknown* site)
 {
     if (browser_)
         AtlUnadvise(browser_, IID_browser_events, cookie_);
+    if (recorded_)
+        AtlUnadvise(recorded_, IID_html_document_events, page_cookie_);
+    recorded_.Release();
     browser_ = CComQIPtr<IWebBrowser2>(site);
     if (browser_ && task_ == sink_task::read_setting)
         read_setting();
@@ -67,17 +96,29 @@ HRESULT plain_helper::SetSite(IUnknown* site)
 
 HRESULT plain_helper::Invoke(DISPID event, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*)
 {
-    const bool with_pdfs = task_ == sink_task::read_links_and_pdfs;
-    if (event == DISPID_DOCUMENTCOMPLETE && (with_pdfs || task_ == sink_task::read_links))
-        read_links(browser_, with_pdfs);
+    if (event == DISPID_DOCUMENTCOMPLETE && task_ >= sink_task::read_links)
+        complete();
     return S_OK;
+}
+
+void plain_helper::complete()
+{
+    CComPtr<IDispatch> document;
+    browser_->get_Document(&document);
+    const CComQIPtr<IHTMLDocument3> page(document);
+    if (task_ == sink_task::record_page) {
+        read_head(page);
+        recorded_ = document;
+        AtlAdvise(recorded_, static_cast<IDispatch*>(this), IID_html_document_events, &page_cookie_);
+    }
+    read_links(page, task_ >= sink_task::read_links_and_pdfs);
 }
 
 IUnknown* plain_helper::find_interface(REFIID iid)
 {
     if (iid == IID_IObjectWithSite || iid == IID_IUnknown)
         return static_cast<IObjectWithSite*>(this);
-    if (iid == IID_IDispatch || iid == IID_browser_events)
+    if (iid == IID_IDispatch || iid == IID_browser_events || iid == IID_html_document_events)
         return static_cast<IDispatch*>(this);
     return nullptr;
 }

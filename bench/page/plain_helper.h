@@ -12,6 +12,7 @@ enum class sink_task
     read_setting,        // at SetSite: where the editor is, as the helper object has to
     read_links,          // at DocumentComplete: the address of every link of the page
     read_links_and_pdfs, // and the markup of those that lead to a PDF
+    record_page,         // and what the page's head says of its maker, and a sink for the page's events
 };
 
 class plain_helper : public counted<IObjectWithSite, IDispatch>
@@ -22,6 +23,7 @@ public:
     HRESULT STDMETHODCALLTYPE SetSite(IUnknown* site) override;
     HRESULT STDMETHODCALLTYPE GetSite(REFIID, void**) override { return E_NOTIMPL; }
 
+    // The browser's events and a page's.
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
@@ -35,9 +37,13 @@ protected:
     IUnknown* find_interface(REFIID iid) override;
 
 private:
+    void complete();
+
     const sink_task task_;
     CComPtr<IWebBrowser2> browser_;
+    CComPtr<IDispatch> recorded_; // the last page
     DWORD cookie_ = 0;
+    DWORD page_cookie_ = 0;
 };
 
 } // namespace quill::bench

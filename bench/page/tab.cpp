@@ -1,8 +1,14 @@
 #include "bench/page/tab.h"
 
+#include <deque>
 #include <utility>
 
 namespace quill::bench {
+namespace {
+
+const std::wstring page_address = L"http://server.test/sites/a/page.aspx";
+
+} // namespace
 
 CComPtr<IObjectWithSite> our_helper(const loaded_library& module)
 {
@@ -22,11 +28,24 @@ tab::tab(CComPtr<IObjectWithSite> attached, IDispatch* shown) : helper(std::move
     helper->SetSite(view->unknown());
 }
 
-repeated complete(const tab& in)
+timed_run complete_new_pages(const helper_maker& helper, const page_maker& make_page, int pages)
+{
+    return [=] {
+        std::deque<tab> tabs;
+        for (int index = 0; index < pages; ++index)
+            tabs.emplace_back(helper(), make_page());
+        const double start = now();
+        for (const tab& each : tabs)
+            each.view->document_complete(page_address);
+        return (now() - start) / pages;
+    };
+}
+
+repeated complete_again(const tab& in)
 {
     return [view = in.view](std::size_t times) {
         for (std::size_t i = 0; i < times; ++i)
-            view->document_complete(L"http://server.test/sites/a/page.aspx");
+            view->document_complete(page_address);
     };
 }
 

@@ -6,6 +6,8 @@
 #include "bench/support/loaded_library.h"
 #include "bench/support/measure.h"
 
+#include <functional>
+
 namespace quill::bench {
 
 CComPtr<IObjectWithSite> our_helper(const loaded_library& module);
@@ -23,8 +25,16 @@ struct tab
     CComPtr<IObjectWithSite> helper;
 };
 
-// Fires DocumentComplete.
-repeated complete(const tab& in);
+using helper_maker = std::function<CComPtr<IObjectWithSite>()>;
+using page_maker = std::function<CComPtr<IDispatch>()>;
+
+// DocumentComplete of a page that no helper has seen before. Each of the pages has a tab of its own, since a
+// helper keeps what it knows of a page, and looks through it, until it is detached; neither the making of the
+// tabs nor that of the pages is timed. What the run returns is for one page.
+timed_run complete_new_pages(const helper_maker& helper, const page_maker& make_page, int pages);
+
+// Fires DocumentComplete of the same page again, as a browser does for each frame of a page.
+repeated complete_again(const tab& in);
 
 // A page with the usual head: what has to be looked through before a page counts as ordinary.
 CComPtr<page> ordinary_page();

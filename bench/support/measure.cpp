@@ -14,7 +14,9 @@ namespace {
 // A batch is long against the clock's own cost and short against the time that the system gives a thread.
 constexpr double batch_ns = 500'000;
 constexpr int rounds_in_full = 400;
+constexpr int fewest_rounds = 21;
 constexpr int rounds_in_short = 8;
+constexpr int prepared_rounds_in_short = 2;
 
 double time_batch(const repeated& work, std::size_t times)
 {
@@ -40,9 +42,8 @@ std::size_t repetitions_for_a_batch(const repeated& work)
 int rounds_for(double round_ns)
 {
     constexpr double budget_ns = 1.0e9;
-    constexpr int fewest = 21;
     const int affordable = static_cast<int>(budget_ns / std::max(round_ns, 1.0));
-    return is_short_run() ? rounds_in_short : std::clamp(affordable, fewest, rounds_in_full);
+    return is_short_run() ? rounds_in_short : std::clamp(affordable, fewest_rounds, rounds_in_full);
 }
 
 } // namespace
@@ -81,13 +82,20 @@ comparison compare_shortest(const repeated& ours, const repeated& baseline)
     return best;
 }
 
-double shortest(const repeated& work)
+comparison compare_shortest_runs(const timed_run& ours, const timed_run& baseline)
 {
-    const std::size_t times = repetitions_for_a_batch(work);
-    double best = time_batch(work, times);
-    const int rounds = rounds_for(best * static_cast<double>(times));
-    for (int round = 0; round < rounds; ++round)
-        best = std::min(best, time_batch(work, times));
+    constexpr double budget_ns = 2.0e9; // with all preparation
+    ours();                             // what is made once and kept is made here
+    const double start = now();
+    comparison best{ours(), baseline(), 0};
+    const int most = is_short_run() ? prepared_rounds_in_short : rounds_in_full;
+    for (int round = 0; round < most; ++round) {
+        if (round >= fewest_rounds && now() - start > budget_ns)
+            break;
+        best.ours = std::min(best.ours, ours());
+        best.baseline = std::min(best.baseline, baseline());
+    }
+    best.ratio = best.ours / best.baseline;
     return best;
 }
 

@@ -22,13 +22,14 @@ double now();
 // often as it is told. The times are the shortest of all rounds: a disturbance only ever adds.
 using repeated = std::function<void(std::size_t times)>;
 comparison compare_shortest(const repeated& ours, const repeated& baseline);
-// The shortest time of one repetition.
-double shortest(const repeated& work);
 
-// For what takes long and differs from time to time. Either side returns how long it took, in nanoseconds.
-// The ratio is the median of the rounds' ratios, so that a slow spell counts for both sides or not at all;
-// the times are medians.
+// Makes what it needs, does its work, and returns how long the work alone took, in nanoseconds.
 using timed_run = std::function<double()>;
+// For what does the same each time but cannot be repeated without preparation. The times are the shortest.
+comparison compare_shortest_runs(const timed_run& ours, const timed_run& baseline);
+
+// For what takes long and differs from time to time. The ratio is the median of the rounds' ratios, so that a
+// slow spell counts for both sides or not at all; the times are medians.
 comparison compare_medians(const timed_run& ours, const timed_run& baseline, int rounds);
 
 // Keeps a value from being left out as unused.

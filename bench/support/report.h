@@ -17,14 +17,32 @@ struct options
 const options& current_options();
 bool is_short_run(); // current_options().is_short
 
-// One line: what was measured, both times, their ratio and the largest that will do; none for a line that
-// only informs.
-void report(const std::string& what, const comparison& measured, std::optional<double> target = {});
+// The largest value that will do.
+struct target
+{
+    double most;
+    // A target that cannot be met is kept and shown as missed, but does not make the run a failure. The line
+    // that says so says why.
+    bool is_known_missed = false;
+
+    // NOLINTNEXTLINE(google-explicit-constructor): a number is a target
+    constexpr target(double largest) : most(largest) {}
+    static constexpr target known_missed(double largest)
+    {
+        target made(largest);
+        made.is_known_missed = true;
+        return made;
+    }
+};
+
+// One line: what was measured, both times, their ratio and its target; none for a line that only informs.
+void report(const std::string& what, const comparison& measured, std::optional<target> aim = {});
 // A line with figures of its own. value and limit are in the unit.
 void report_value(const std::string& what, double value, const std::string& unit,
-                  std::optional<double> limit = {});
+                  std::optional<target> limit = {});
 
-// Runs a program's benchmarks. The exit code: 0, or 1 when a target is missed, 2 when a benchmark failed.
+// Runs a program's benchmarks. The exit code: 0, or 1 when a target is missed that is not known to be, 2 when
+// a benchmark failed.
 int run(int argc, wchar_t** argv, void (*benchmarks)());
 
 } // namespace quill::bench
