@@ -40,8 +40,9 @@ std::uint64_t private_bytes()
 {
     std::uint64_t total = 0;
     MEMORY_BASIC_INFORMATION region{};
-    for (const std::byte* address = nullptr; VirtualQuery(address, &region, sizeof region) != 0;
-         address = static_cast<const std::byte*>(region.BaseAddress) + region.RegionSize) {
+    for (std::uintptr_t address = 0;
+         VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) != 0;
+         address = reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize) {
         if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE)
             total += region.RegionSize;
     }
