@@ -95,20 +95,8 @@ STDMETHODIMP CActiveDocCtrl::SetObjectRects(LPCRECT position, LPCRECT clip)
     if (!position || !clip)
         return E_POINTER;
     m_rcPos = *position;
-    if (!m_hWnd)
-        return S_OK;
-
-    RECT visible{};
-    HRGN region = nullptr;
-    if (IntersectRect(&visible, position, clip) && !EqualRect(&visible, position)) {
-        OffsetRect(&visible, -position->left, -position->top);
-        region = CreateRectRgnIndirect(&visible);
-    }
-    // The system owns the region once it is the window's.
-    if (!SetWindowRgn(m_hWnd, region, TRUE) && region)
-        DeleteObject(region);
-    ::SetWindowPos(m_hWnd, nullptr, position->left, position->top, position->right - position->left,
-                   position->bottom - position->top, SWP_NOZORDER | SWP_NOACTIVATE);
+    if (m_hWnd)
+        PlaceControlWindow(m_hWnd, *position, *clip);
     return S_OK;
 }
 

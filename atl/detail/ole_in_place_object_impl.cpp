@@ -1,5 +1,7 @@
 #include "atl/detail/ole_in_place_object_impl.h"
 
+#include "atl/detail/rect_size.h"
+
 namespace ATL {
 
 void ReleaseActiveObject(IOleInPlaceSite* site) noexcept
@@ -22,14 +24,15 @@ void PlaceControlWindow(HWND window, const RECT& position, const RECT& clip) noe
     RECT visible{};
     HRGN region = nullptr;
     if (IntersectRect(&visible, &position, &clip) && !EqualRect(&visible, &position)) {
-        OffsetRect(&visible, -position.left, -position.top);
+        OffsetRect(&visible, detail::extent(position.left, 0), detail::extent(position.top, 0));
         region = CreateRectRgnIndirect(&visible);
     }
     // The system owns the region once it is set.
     if (!SetWindowRgn(window, region, TRUE) && region)
         DeleteObject(region);
-    SetWindowPos(window, nullptr, position.left, position.top, position.right - position.left,
-                 position.bottom - position.top, SWP_NOZORDER | SWP_NOACTIVATE);
+    const SIZE size = detail::size_of(position);
+    SetWindowPos(window, nullptr, position.left, position.top, size.cx, size.cy,
+                 SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
 } // namespace ATL

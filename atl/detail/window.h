@@ -1,6 +1,8 @@
 // CWindow: a window handle with the calls that are made on it. It owns nothing.
 #pragma once
 
+#include "atl/detail/rect_size.h"
+
 #include <windows.h>
 
 namespace ATL {
@@ -74,8 +76,8 @@ public:
     }
     BOOL SetWindowPos(HWND hWndInsertAfter, LPCRECT lpRect, UINT nFlags) noexcept
     {
-        return ::SetWindowPos(m_hWnd, hWndInsertAfter, lpRect->left, lpRect->top,
-                              lpRect->right - lpRect->left, lpRect->bottom - lpRect->top, nFlags);
+        const SIZE size = detail::size_of(*lpRect);
+        return ::SetWindowPos(m_hWnd, hWndInsertAfter, lpRect->left, lpRect->top, size.cx, size.cy, nFlags);
     }
 
     BOOL Invalidate(BOOL bErase = TRUE) noexcept { return ::InvalidateRect(m_hWnd, nullptr, bErase); }

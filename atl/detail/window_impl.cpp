@@ -49,10 +49,11 @@ HWND CWindowImplRoot::CreateOfClass(CWndClassInfo& info, HWND hWndParent, LPCREC
     const bool placed = rect->left != CW_USEDEFAULT;
     _AtlCreateWndData data{};
     _AtlWinModule.AddCreateWndData(&data, this);
-    const HWND hWnd = CreateWindowExW(dwExStyle, MAKEINTATOM(atom), szWindowName, dwStyle, rect->left,
-                                      rect->top, placed ? rect->right - rect->left : CW_USEDEFAULT,
-                                      placed ? rect->bottom - rect->top : CW_USEDEFAULT, hWndParent, menu,
-                                      _AtlBaseModule.GetModuleInstance(), lpCreateParam);
+    const HWND hWnd =
+        CreateWindowExW(dwExStyle, MAKEINTATOM(atom), szWindowName, dwStyle, rect->left, rect->top,
+                        placed ? detail::extent(rect->left, rect->right) : CW_USEDEFAULT,
+                        placed ? detail::extent(rect->top, rect->bottom) : CW_USEDEFAULT, hWndParent, menu,
+                        _AtlBaseModule.GetModuleInstance(), lpCreateParam);
     // A hook may have refused the window before it got its first message.
     _AtlWinModule.RemoveCreateWndData(&data);
     // Members are not touched from here on: a failed creation ends with OnFinalMessage.

@@ -171,6 +171,28 @@ QUILL_DOCUMENT_TEST(DocumentActivation, ClippingMakesAWindowRegion)
     bench.close_in_order();
 }
 
+// Sizes that do not fit wrap; the debug build ends the program where something overflows.
+QUILL_DOCUMENT_TEST(DocumentActivation, RectanglesOfAnyKindAreBorne)
+{
+    bench.show_file(bench.pdf());
+    const auto in_place = bench.as<IOleInPlaceObject>();
+    constexpr LONG least = -0x7fffffff - 1, most = 0x7fffffff;
+    const RECT rectangles[] = {{least, least, most, most},
+                               {most, most, least, least},
+                               {least, 0, least, 0},
+                               {-2, -2, most, most},
+                               {9, 9, 3, 3},
+                               {0, 0, 0, 0}};
+    for (const RECT& position : rectangles)
+        for (const RECT& clip : rectangles)
+            EXPECT_EQ(in_place->SetObjectRects(&position, &clip), S_OK);
+    const RECT usual{50, 60, 250, 360};
+    EXPECT_EQ(in_place->SetObjectRects(&usual, &usual), S_OK);
+    const RECT actual = in_parent(bench.window());
+    EXPECT_TRUE(EqualRect(&actual, &usual));
+    bench.close_in_order();
+}
+
 QUILL_DOCUMENT_TEST(DocumentActivation, FrameIsLetGoWithDeactivation)
 {
     bench.show_file(bench.pdf());
