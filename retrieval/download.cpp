@@ -59,15 +59,6 @@ std::wstring make_cache_path(const std::wstring& url)
     return path;
 }
 
-// The system posts what remains to be done for a download to the thread that began it. A thread that ends
-// without having looked leaves behind what these messages carry: the binding and its address.
-void deliver_last_messages() noexcept
-{
-    MSG message{};
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
-        DispatchMessageW(&message);
-}
-
 // 0 on success, whatever else the chosen way of downloading answers on failure.
 HRESULT fetch(const download_job& job, const std::wstring& url, const std::wstring& cache_path)
 {
@@ -80,9 +71,7 @@ HRESULT fetch(const download_job& job, const std::wstring& url, const std::wstri
     log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", answer, " ", last_error);
     KeepDownloadLibraries();
     interruptible_callback callback(job.window, job.cancel_event);
-    const HRESULT result = URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
-    deliver_last_messages();
-    return result;
+    return URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
 }
 
 // The download's success does not prove a file, let alone a PDF.

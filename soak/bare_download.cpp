@@ -1,5 +1,6 @@
 #include "soak/bare_download.h"
 
+#include "tests/support/empty_callback.h"
 #include "tests/support/wait.h"
 
 #include <windows.h>
@@ -35,13 +36,19 @@ void read_through_wininet(const bare_job& job)
     InternetCloseHandle(session);
 }
 
+void read_through_urlmon(const bare_job& job)
+{
+    test::empty_callback callback;
+    URLDownloadToFileW(nullptr, job.url.c_str(), job.file.c_str(), 0, &callback);
+}
+
 DWORD WINAPI run(void* parameter)
 {
     const auto& job = *static_cast<const bare_job*>(parameter);
     if (job.path == download_path::wininet)
         read_through_wininet(job);
     else
-        URLDownloadToFileW(nullptr, job.url.c_str(), job.file.c_str(), 0, nullptr);
+        read_through_urlmon(job);
     return 0;
 }
 

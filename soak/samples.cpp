@@ -179,9 +179,11 @@ void sample_table::expect_flat_from(std::size_t index, const growth_limits& limi
 void expect_no_steeper_than(const sample_table& bare, const sample_table& table, std::size_t index)
 {
     ASSERT_LT(index + 1, table.lines().size());
-    // What belongs to a thread of the system's, and whether there is one at the moment.
-    constexpr double handles = 4, threads = 2, task_memory = 4, blocks = 24, bytes = 8'192;
-    constexpr double private_bytes = 4 << 20;
+    // What belongs to a thread of the system's, and whether there is one at the moment. On a busy machine
+    // urlmon keeps one download in some dozens, with a string and a few blocks.
+    const auto lives = static_cast<double>(table.lines().back().done - table.lines()[index].done);
+    constexpr double handles = 4, threads = 2, private_bytes = 4 << 20;
+    const double task_memory = 4 + lives / 50, blocks = 24 + lives / 8, bytes = 8'192 + 32 * lives;
     const auto expect = [&](const char* what, double slack, const auto& count) {
         EXPECT_LE(growth(table, index, count), std::max(growth(bare, index, count), 0.0) + slack) << what;
     };

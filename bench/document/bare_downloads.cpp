@@ -1,6 +1,7 @@
 #include "bench/document/bare_downloads.h"
 
 #include "retrieval/window_messages.h"
+#include "tests/support/empty_callback.h"
 
 #include <windows.h>
 
@@ -13,28 +14,6 @@
 
 namespace quill::bench {
 namespace {
-
-class empty_callback : public IBindStatusCallback
-{
-public:
-    virtual ~empty_callback() = default;
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override
-    {
-        const bool is_known = iid == IID_IUnknown || iid == IID_IBindStatusCallback;
-        *object = is_known ? this : nullptr;
-        return is_known ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
-    STDMETHODIMP OnStartBinding(DWORD, IBinding*) override { return S_OK; }
-    STDMETHODIMP GetPriority(LONG*) override { return E_NOTIMPL; }
-    STDMETHODIMP OnLowResource(DWORD) override { return S_OK; }
-    STDMETHODIMP OnProgress(ULONG, ULONG, ULONG, LPCWSTR) override { return S_OK; }
-    STDMETHODIMP OnStopBinding(HRESULT, LPCWSTR) override { return S_OK; }
-    STDMETHODIMP GetBindInfo(DWORD*, BINDINFO*) override { return S_OK; }
-    STDMETHODIMP OnDataAvailable(DWORD, DWORD, FORMATETC*, STGMEDIUM*) override { return S_OK; }
-    STDMETHODIMP OnObjectAvailable(REFIID, IUnknown*) override { return S_OK; }
-};
 
 void require(bool condition)
 {
@@ -54,7 +33,7 @@ DWORD content_length(HINTERNET request)
 
 void download_with_urlmon(const std::wstring& url, const std::wstring& path)
 {
-    empty_callback callback;
+    test::empty_callback callback;
     require(URLDownloadToFileW(nullptr, url.c_str(), path.c_str(), 0, &callback) == S_OK);
 }
 
