@@ -45,11 +45,7 @@ protected:
 
 TEST_P(DocumentSaveAsFaults, AreBorneAndTheNextCopyIsSaved)
 {
-    const save_fault none = {.name = "none",
-                             .arrange = [](auto&&...) {},
-                             .calls = {"dialog", "folder", "save"},
-                             .result = 1,
-                             .saves = true};
+    const save_fault none = no_save_fault();
     const auto faults = every_save_fault();
     expect_balance([&] {
         document_bench bench;

@@ -41,11 +41,7 @@ private:
 
 TEST_F(SaveAsFaults, EndAsPromisedAndLeaveNothing)
 {
-    const save_fault none = {.name = "none",
-                             .arrange = [](auto&&...) {},
-                             .calls = {"dialog", "folder", "save"},
-                             .result = 1,
-                             .saves = true};
+    const save_fault none = no_save_fault();
     const auto faults = every_save_fault();
     const auto save_with_each = [&](bool counts) {
         for (const save_fault& fault : faults) {

@@ -128,6 +128,15 @@ void add_library(std::vector<save_fault>& faults)
 
 } // namespace
 
+save_fault no_save_fault()
+{
+    return {.name = "none",
+            .arrange = [](auto&&...) {},
+            .calls = {"dialog", "folder", "save"},
+            .result = 1,
+            .saves = true};
+}
+
 std::vector<save_fault> every_save_fault()
 {
     std::vector<save_fault> faults;

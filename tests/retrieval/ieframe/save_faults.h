@@ -25,6 +25,8 @@ struct save_fault
 };
 
 std::vector<save_fault> every_save_fault();
+// Nothing goes wrong.
+save_fault no_save_fault();
 
 // What every save has to leave behind, whatever became of it: the state given back once if there was one,
 // and no file but the saved one.
