@@ -1,6 +1,6 @@
 // A document closed at every stage of its download, at random: the closing ends, nothing is shown afterwards,
 // nothing stays.
-#include "retrieval/window_messages.h"
+#include "soak/closing_plan.h"
 #include "soak/document_world.h"
 #include "soak/samples.h"
 #include "soak/settings.h"
@@ -19,94 +19,7 @@ namespace {
 
 constexpr std::size_t short_closings = 8;
 constexpr std::size_t warm_up_closings = 12;
-// The longest that a worker may keep a closing document waiting: two sends of two seconds to a window that
-// does not answer any more, and the poll.
-constexpr ULONGLONG longest_closing_ms = 5'000;
-
-// How far the download has come when the document is closed.
-enum class stage
-{
-    window_made,   // the worker may not have asked for anything yet
-    requested,     // the server has the request
-    first_bytes,   // the viewer's pane has been told of progress, or the body is half there
-    moments_later, // anywhere
-    body_sent,     // the worker checks or hands over
-    load_posted,   // the request to load waits in the queue
-    shown,         // the viewer has it
-    count
-};
-
-constexpr const char* stage_names[] = {"window made", "requested",   "first bytes", "moments later",
-                                       "body sent",   "load posted", "shown"};
-
-struct plan
-{
-    stage at = stage::window_made;
-    download_path path = download_path::urlmon;
-    std::size_t way_down = 0;
-    DWORD moments_ms = 0;
-    bool slow = false;
-};
-
-plan draw(std::mt19937_64& random)
-{
-    plan drawn;
-    drawn.at = static_cast<stage>(random() % static_cast<unsigned>(stage::count));
-    drawn.path = random() % 2 ? download_path::wininet : download_path::urlmon;
-    drawn.way_down = random() % 3;
-    drawn.moments_ms = static_cast<DWORD>(random() % 120);
-    drawn.slow = drawn.at != stage::body_sent && drawn.at != stage::load_posted && drawn.at != stage::shown &&
-                 random() % 4 != 0;
-    return drawn;
-}
-
-void pump_for(DWORD milliseconds)
-{
-    const ULONGLONG end = GetTickCount64() + milliseconds;
-    test::wait_until([end] { return GetTickCount64() >= end; });
-}
-
-// Delivers what is sent to the window, but takes nothing from its queue.
-bool wait_for_posted_load()
-{
-    const ULONGLONG end = GetTickCount64() + test::default_deadline_ms;
-    MSG message{};
-    while (!PeekMessageW(&message, nullptr, WM_USER_LOADFILE, WM_USER_LOADFILE, PM_NOREMOVE)) {
-        if (GetTickCount64() >= end)
-            return false;
-        MsgWaitForMultipleObjectsEx(0, nullptr, 10, QS_ALLINPUT, 0);
-    }
-    return true;
-}
-
-void reach(stage wanted, const plan& drawn, document_world& world, viewer_store& viewers)
-{
-    switch (wanted) {
-    case stage::window_made:
-    case stage::count:
-        break;
-    case stage::moments_later:
-        pump_for(drawn.moments_ms);
-        break;
-    case stage::requested:
-        EXPECT_TRUE(test::wait_until([&] { return !world.server.requests().empty(); }));
-        break;
-    case stage::first_bytes:
-        EXPECT_TRUE(test::wait_until([&] { return !world.server.requests().empty(); }));
-        pump_for(drawn.moments_ms);
-        break;
-    case stage::body_sent:
-        EXPECT_TRUE(test::wait_until([&] { return !world.server.requests().empty(); }));
-        EXPECT_TRUE(world.server.wait_idle(10'000));
-        break;
-    case stage::load_posted:
-        EXPECT_TRUE(wait_for_posted_load());
-        break;
-    case stage::shown:
-        EXPECT_TRUE(viewers.wait_until_opened());
-        break;
-    }
-}
+constexpr std::size_t ways_down = 3;
 
 void take_down(hosted_document& document, std::size_t way)
 {
@@ -134,16 +47,17 @@ public:
 
     void live(std::size_t number)
     {
-        const plan drawn = draw(random_);
-        SCOPED_TRACE("closing " + std::to_string(number) + ": " +
-                     stage_names[static_cast<std::size_t>(drawn.at)]);
+        const closing_plan drawn = draw_closing(random_, ways_down);
+        SCOPED_TRACE(text_of(drawn, number));
         world_.use(drawn.path);
         viewer_store viewers;
         {
             hosted_document document(world_);
             document.load_url(world_.server.url(drawn.slow ? L"/slow.pdf" : L"/quick.pdf"));
             EXPECT_EQ(document.do_verb(OLEIVERB_SHOW), S_OK);
-            reach(drawn.at, drawn, world_, viewers);
+            reach(drawn, world_.server,
+                  {[&] { return world_.server.requests().size(); }, 1, load_is_posted,
+                   [&] { return viewers.opened() > 0; }});
             const std::size_t opened = viewers.opened();
             const ULONGLONG begin = GetTickCount64();
             take_down(document, drawn.way_down);

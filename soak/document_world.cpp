@@ -9,54 +9,22 @@
 #include <ole2.h>
 #include <urlmon.h>
 
-#include <cstdlib>
 #include <stdexcept>
 
 namespace quill::soak {
-namespace {
 
 using Microsoft::WRL::ComPtr;
 
-constexpr wchar_t switch_path[] = L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin";
-constexpr wchar_t switch_value[] = L"kIEBrowserPluginWinINet";
-
-// The module reads its variables with its C runtime, when it is first asked for the folder.
-std::wstring announced(const std::wstring& folder)
-{
-    _wputenv_s(L"QUILL_TMP_FOLDER", folder.c_str());
-    return folder;
-}
-
-} // namespace
-
-document_world::document_world() : local_pdf(files / L"sample.pdf"), switch_(HKEY_CURRENT_USER, switch_path)
+document_world::document_world() : local_pdf(files / L"sample.pdf")
 {
     static const HRESULT ole = OleInitialize(nullptr);
     EXPECT_TRUE(SUCCEEDED(ole));
-    announced(cache.path());
     EXPECT_TRUE(test::write_file(local_pdf, test::pdf_body(5'000)));
 }
 
 document_world::~document_world()
 {
     EXPECT_EQ(module.can_unload_now(), S_OK);
-}
-
-void document_world::use(download_path path)
-{
-    switch_.set_string(switch_value, path == download_path::wininet ? L"/b 1" : L"/b 0");
-}
-
-void document_world::empty_cache()
-{
-    WIN32_FIND_DATAW found{};
-    const HANDLE search = FindFirstFileW((cache / L"qll*").c_str(), &found);
-    if (search == INVALID_HANDLE_VALUE)
-        return;
-    do
-        test::remove_path(cache / found.cFileName);
-    while (FindNextFileW(search, &found));
-    FindClose(search);
 }
 
 std::size_t viewer_store::opened() const

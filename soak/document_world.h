@@ -2,6 +2,7 @@
 // module's log is off, as it is with users.
 #pragma once
 
+#include "soak/download_setup.h"
 #include "tests/document/module_under_test.h"
 #include "tests/support/host/document_host.h"
 #include "tests/support/http_server.h"
@@ -16,14 +17,7 @@
 
 namespace quill::soak {
 
-// Which of the two ways the module downloads.
-enum class download_path
-{
-    urlmon,
-    wininet
-};
-
-class document_world
+class document_world : public download_setup
 {
 public:
     document_world();
@@ -31,19 +25,11 @@ public:
     document_world& operator=(const document_world&) = delete;
     ~document_world(); // the module must say that it can go, and go
 
-    void use(download_path path);
-    // Removes what the downloads so far have left in the cache folder, as a user's clean-up does.
-    void empty_cache();
-
     test::scratch_directory files;
-    test::scratch_directory cache; // the module's temporary folder
     test::viewer_registration registration;
     std::wstring local_pdf;
     test::module_under_test module;
     test::http_server server;
-
-private:
-    test::registry_key_scope switch_;
 };
 
 // The viewers of all documents that are open at a time. The class object keeps each viewer that it has made,

@@ -1,15 +1,8 @@
 // Documents through the system's own browser engine, many times in one process, beside a document object that
 // does nothing: what the engine keeps by itself is measured, the module adds nothing to it.
-#include "soak/bare_download.h"
-#include "soak/document_world.h"
+#include "soak/engine_world.h"
 #include "soak/samples.h"
 #include "soak/settings.h"
-#include "soak/trivial_document.h"
-#include "tests/browser/engine.h"
-#include "tests/browser/registered_module.h"
-#include "tests/support/http_server.h"
-#include "tests/support/log_file.h"
-#include "tests/support/viewer/viewer_class.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>
@@ -29,7 +22,7 @@ std::size_t visits()
     return static_cast<std::size_t>(number_setting(L"QUILL_SOAK_VISITS", short_visits));
 }
 
-class EngineSoak : public testing::Test
+class EngineSoak : public engine_world
 {
 protected:
     EngineSoak()
@@ -46,7 +39,8 @@ protected:
             browser.open(server.url(target));
             if (!test::wait_until(shown, patience_ms)) {
                 ++missed;
-                report_miss(target);
+                std::printf("never shown: %ls, %zu requests\n", target, server.requests().size());
+                print_last_lines();
             }
         }
         server.forget_requests();
@@ -67,24 +61,6 @@ protected:
         viewers.script.answers_ole_object = true;
         visit(L"/plan.pdf", [&] { return viewers.opened() > 0; }, missed);
     }
-    // At which step an opening stopped: who asked the server, and the module's last lines.
-    void report_miss(const wchar_t* target)
-    {
-        std::printf("never shown: %ls, %zu requests\n", target, server.requests().size());
-        const auto lines = log.lines();
-        for (std::size_t i = lines.size() > 12 ? lines.size() - 12 : 0; i < lines.size(); ++i)
-            std::printf("  %s %s\n", lines[i].time.c_str(), lines[i].text.c_str());
-        std::fflush(stdout);
-    }
-
-    test::ole_apartment apartment;
-    test::log_folder_scope log;
-    test::environment_scope level{L"QUILL_LOG_LEVEL", L"trace"};
-    test::registered_module module;
-    test::viewer_registration registration;
-    test::scratch_directory files;
-    trivial_documents trivial;
-    test::http_server server;
 };
 
 TEST_F(EngineSoak, Documents)

@@ -64,14 +64,27 @@ private:
 // What a run without the module grows by, and a little: the limits for the same run with it.
 growth_limits growth_of(const sample_table& table, std::size_t index);
 
+// What may be more for a reason that is known.
+struct known_growth
+{
+    double kernel_handles = 0;
+    double task_memory = 0;
+    double heap_blocks = 0;
+    double heap_bytes = 0;
+};
+
 // Compares a run through the browser's engine with the same run without what is under test: from the line at
-// the index to the last, everything may grow by no more than in the other, and by what comes and goes.
-void expect_no_steeper_than(const sample_table& bare, const sample_table& table, std::size_t index);
+// the index to the last, everything may grow by no more than in the other, by what is known, and by what
+// comes and goes.
+void expect_no_steeper_than(const sample_table& bare, const sample_table& table, std::size_t index,
+                            const known_growth& known = {});
+// What a table grew by from the line at the index to the last.
+known_growth growth_since(const sample_table& table, std::size_t index);
 
 // A run of many lives with a line of the table after the warm-up and at regular intervals; ends early when
 // a test has failed.
 template <class Life>
-void run_lives(sample_table& table, std::size_t warm_up, std::size_t lives, const Life& life)
+void run_lives(sample_table& table, std::size_t warm_up, std::size_t lives, bool settles, const Life& life)
 {
     constexpr std::size_t intervals = 8;
     table.add(0, false);
@@ -83,10 +96,17 @@ void run_lives(sample_table& table, std::size_t warm_up, std::size_t lives, cons
         life(warm_up + i);
         if ((i + 1) * intervals / lives > lines) {
             lines = (i + 1) * intervals / lives;
-            table.add(warm_up + i + 1, i + 1 == lives);
+            table.add(warm_up + i + 1, settles && i + 1 == lives);
         }
     }
     table.print();
+}
+
+// The same, with a settled last line.
+template <class Life>
+void run_lives(sample_table& table, std::size_t warm_up, std::size_t lives, const Life& life)
+{
+    run_lives(table, warm_up, lives, true, life);
 }
 
 } // namespace quill::soak

@@ -22,6 +22,7 @@ constexpr wchar_t type_key[] =
 
 long living_documents = 0;
 std::size_t shown_documents = 0;
+trivial_documents::work work_of_each;
 
 class document final : public IPersistMoniker,
                        public IOleObject,
@@ -66,7 +67,14 @@ public:
         return left;
     }
 
-    STDMETHODIMP Load(BOOL, IMoniker*, IBindCtx*, DWORD) override { return S_OK; }
+    STDMETHODIMP Load(BOOL, IMoniker* moniker, IBindCtx* context, DWORD) override
+    {
+        wchar_t* name = nullptr;
+        if (SUCCEEDED(moniker->GetDisplayName(context, nullptr, &name)) && name)
+            address_ = name;
+        CoTaskMemFree(name);
+        return S_OK;
+    }
     STDMETHODIMP GetClassID(CLSID* id) override
     {
         *id = class_id;
@@ -118,6 +126,8 @@ public:
         else if (!window_ && in_place_site_ && SUCCEEDED(in_place_site_->GetWindow(&parent))) {
             window_ = CreateWindowExW(0, L"STATIC", L"", WS_CHILD | WS_VISIBLE, 0, 0, 100, 100, parent,
                                       nullptr, nullptr, nullptr);
+            if (work_of_each)
+                work_ = work_of_each(address_);
             ++shown_documents;
         }
         return S_OK;
@@ -177,6 +187,7 @@ public:
 private:
     void hide()
     {
+        work_.reset();
         if (const HWND window = std::exchange(window_, nullptr); window && IsWindow(window))
             DestroyWindow(window);
     }
@@ -185,6 +196,8 @@ private:
     ComPtr<IOleClientSite> client_site_;
     ComPtr<IOleInPlaceSite> in_place_site_;
     HWND window_ = nullptr;
+    std::wstring address_;
+    std::shared_ptr<void> work_;
 };
 
 class document_class final : public IClassFactory
@@ -219,8 +232,14 @@ trivial_documents::trivial_documents()
 
 trivial_documents::~trivial_documents()
 {
+    work_of_each = nullptr;
     CoRevokeClassObject(cookie_);
     RegDeleteTreeW(HKEY_LOCAL_MACHINE, type_key);
+}
+
+void trivial_documents::give_work(work each)
+{
+    work_of_each = std::move(each);
 }
 
 std::size_t trivial_documents::shown() const

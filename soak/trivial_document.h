@@ -5,6 +5,9 @@
 #include <windows.h>
 
 #include <cstddef>
+#include <functional>
+#include <memory>
+#include <string>
 
 namespace quill::soak {
 
@@ -18,6 +21,11 @@ public:
     ~trivial_documents();
     trivial_documents(const trivial_documents&) = delete;
     trivial_documents& operator=(const trivial_documents&) = delete;
+
+    // What each document from now on does while it has a window, with the address that it was loaded from:
+    // made with the window, let go of with it. Null: nothing.
+    using work = std::function<std::shared_ptr<void>(const std::wstring& address)>;
+    void give_work(work each);
 
     std::size_t shown() const;
     long living() const;

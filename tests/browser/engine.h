@@ -21,7 +21,7 @@ public:
     ~ole_apartment();
 };
 
-class engine : private browser_events_owner
+class engine final : private browser_events_owner
 {
 public:
     engine();
