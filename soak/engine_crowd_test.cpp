@@ -81,6 +81,9 @@ private:
             for (std::size_t i = 0; i < size; ++i) {
                 browsers[i] = std::make_unique<test::engine>();
                 browsers[i]->open(server.url(guest.path() + L"?" + std::to_wstring(i)));
+                // A thread that has not looked at its messages for seconds counts as hung, and a worker
+                // does not wait for such a one.
+                test::pump_messages();
             }
             if (!test::wait_until([&] { return waiting_workers() == size; }, deadline_ms))
                 report_laggards();
