@@ -22,6 +22,7 @@ constexpr wchar_t type_key[] =
 
 long living_documents = 0;
 std::size_t shown_documents = 0;
+std::wstring last_shown_address;
 trivial_documents::work work_of_each;
 
 class document final : public IPersistMoniker,
@@ -129,6 +130,7 @@ public:
             if (work_of_each)
                 work_ = work_of_each(address_);
             ++shown_documents;
+            last_shown_address = address_;
         }
         return S_OK;
     }
@@ -245,6 +247,11 @@ void trivial_documents::give_work(work each)
 std::size_t trivial_documents::shown() const
 {
     return shown_documents;
+}
+
+const std::wstring& trivial_documents::last_shown() const
+{
+    return last_shown_address;
 }
 
 long trivial_documents::living() const

@@ -28,6 +28,8 @@ public:
     void give_work(work each);
 
     std::size_t shown() const;
+    // The address of the one that was shown last.
+    const std::wstring& last_shown() const;
     long living() const;
 
 private:
