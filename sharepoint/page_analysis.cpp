@@ -81,7 +81,7 @@ page_kind classify_page(IHTMLDocument3* document)
             });
         });
     if (kind == page_kind::sharepoint)
-        log_stream(log_level::info) << "sharepoint document has been detected";
+        QUILL_LOG(log_level::info) << "sharepoint document has been detected";
     return kind;
 }
 
