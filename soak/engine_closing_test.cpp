@@ -24,7 +24,7 @@ namespace {
 using Microsoft::WRL::ComPtr;
 
 constexpr std::size_t short_closings = 8; // half of them in each of the two runs
-constexpr std::size_t warm_up_closings = 4;
+constexpr std::size_t warm_up_closings = 6;
 constexpr DWORD patience_ms = 4'000;
 constexpr std::uint32_t server_rest_ms = 10'000;
 
@@ -108,6 +108,8 @@ protected:
             closing_plan drawn = draw_closing_in_browser(random, static_cast<std::size_t>(way_down::count));
             while (host_is_through(drawn) != through)
                 drawn = draw_closing_in_browser(random, static_cast<std::size_t>(way_down::count));
+            if (number < warm_up_closings) // what is set up once, is so now
+                drawn.path = number & 1 ? download_path::wininet : download_path::urlmon;
             trace_step(number, text_of(drawn, number).c_str());
             if (number == warm_up_closings)
                 warm = living();
