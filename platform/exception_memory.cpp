@@ -56,9 +56,8 @@ std::byte* allocate(std::size_t object_size) noexcept
 
 void release(std::byte* memory) noexcept
 {
-    const auto* const is_slot = std::find_if(slots.begin(), slots.end(), [memory](const slot& each) {
-        return each.bytes.data() == memory;
-    });
+    const auto* const is_slot = std::find_if(
+        slots.begin(), slots.end(), [memory](const slot& each) { return each.bytes.data() == memory; });
     if (is_slot == slots.end())
         std::free(memory);
     else

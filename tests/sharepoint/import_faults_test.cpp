@@ -17,7 +17,10 @@ std::string show(const visit_record& r)
 {
     std::string s;
     for (std::size_t i = 0; i < visit_steps; ++i) {
-        s += !r.outcomes[i] ? '-' : r.outcomes[i]->code != S_OK ? 'E' : r.outcomes[i]->is_cancelled ? 'C' : 'p';
+        s += !r.outcomes[i]                ? '-'
+             : r.outcomes[i]->code != S_OK ? 'E'
+             : r.outcomes[i]->is_cancelled ? 'C'
+                                           : 'p';
         s += !r.repeats[i] ? '-' : r.repeats[i]->code != S_OK ? 'E' : r.repeats[i]->is_cancelled ? 'C' : 'p';
         s += ' ';
     }
@@ -59,7 +62,8 @@ TEST(ImportFaults, Explore)
             if (helper) {
                 const std::string seen = show(visit_page(scene, helper, true));
                 helper.Release();
-                std::printf("   %d %s %s\n", faults.has_failed(), seen.c_str(), seen == normal ? "same" : "OTHER");
+                std::printf("   %d %s %s\n", faults.has_failed(), seen.c_str(),
+                            seen == normal ? "same" : "OTHER");
             } else
                 std::printf("   none\n");
             faults.stop();

@@ -56,10 +56,10 @@ HRESULT module_bench::create_helper(IObjectWithSite** out) const
     auto* const get_class_object =
         find_export<HRESULT WINAPI(REFCLSID, REFIID, void**)>(module_, "DllGetClassObject");
     CComPtr<IClassFactory> factory;
-    const HRESULT result =
-        get_class_object ? get_class_object(CLSID_SharepointBrowserHelperObject, IID_IClassFactory,
-                                            reinterpret_cast<void**>(&factory))
-                         : E_UNEXPECTED;
+    const HRESULT result = get_class_object
+                               ? get_class_object(CLSID_SharepointBrowserHelperObject, IID_IClassFactory,
+                                                  reinterpret_cast<void**>(&factory))
+                               : E_UNEXPECTED;
     EXPECT_EQ(factory != nullptr, SUCCEEDED(result));
     if (!factory)
         return result;

@@ -90,10 +90,10 @@ void add_system(functions& all)
         {"CreateEventA", "CreateEventW", "CreateSemaphoreA", "CreateThread", "GlobalAddAtomW", "GlobalAlloc",
          "GlobalLock", "LocalAlloc", "_beginthreadex"});
     add(all,
-        {way<FALSE, ERROR_FILE_NOT_FOUND>("not found"),
-         way<FALSE, ERROR_NOT_ENOUGH_MEMORY>("no memory")},
+        {way<FALSE, ERROR_FILE_NOT_FOUND>("not found"), way<FALSE, ERROR_NOT_ENOUGH_MEMORY>("no memory")},
         {"CreateProcessW"});
-    add(all, {way<SE_ERR_NOASSOC, ERROR_NO_ASSOCIATION>("no program"), way<0, ERROR_OUTOFMEMORY>("no memory")},
+    add(all,
+        {way<SE_ERR_NOASSOC, ERROR_NO_ASSOCIATION>("no program"), way<0, ERROR_OUTOFMEMORY>("no memory")},
         {"ShellExecuteW"});
     add(all, {way<FALSE, ERROR_ACCESS_DENIED>("access denied")},
         {"AllowSetForegroundWindow", "DuplicateHandle", "GetTokenInformation", "OpenProcess",
@@ -117,8 +117,10 @@ void add_com(functions& all)
     const fault_way no_memory = way<E_OUTOFMEMORY, ERROR_SUCCESS>("E_OUTOFMEMORY");
     add(all, {way<CO_E_CLASSSTRING, ERROR_SUCCESS>("CO_E_CLASSSTRING"), no_memory},
         {"CLSIDFromProgID", "CLSIDFromString"});
-    add(all, {way<REGDB_E_CLASSNOTREG, ERROR_SUCCESS>("REGDB_E_CLASSNOTREG"), no_memory}, {"CoGetClassObject"});
-    add(all, {no_memory}, {"CreateDataAdviseHolder", "CreateOleAdviseHolder", "DispCallFunc", "SetErrorInfo"});
+    add(all, {way<REGDB_E_CLASSNOTREG, ERROR_SUCCESS>("REGDB_E_CLASSNOTREG"), no_memory},
+        {"CoGetClassObject"});
+    add(all, {no_memory},
+        {"CreateDataAdviseHolder", "CreateOleAdviseHolder", "DispCallFunc", "SetErrorInfo"});
     add(all, {way<0, ERROR_NOT_ENOUGH_MEMORY>("null")},
         {"OleCreateMenuDescriptor", "SysAllocString", "SysAllocStringLen"});
     add(all, {way<REGDB_E_CLASSNOTREG, ERROR_SUCCESS>("REGDB_E_CLASSNOTREG")},

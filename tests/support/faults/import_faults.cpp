@@ -29,6 +29,7 @@ struct counted_import
 {
     const fallible_function* function;
     group_count* group;
+    code_address replacement = nullptr;
     std::atomic<code_address> original{nullptr};
 };
 
@@ -57,8 +58,8 @@ HANDLE WINAPI create_known_thread(SECURITY_ATTRIBUTES* security, SIZE_T stack, L
         reinterpret_cast<std::uintptr_t>(state().create_thread.load()));
     const HANDLE thread = create(security, stack, routine, parameter, flags, id);
     HANDLE own = nullptr;
-    if (thread && DuplicateHandle(GetCurrentProcess(), thread, GetCurrentProcess(), &own, SYNCHRONIZE, FALSE,
-                                  0)) {
+    if (thread &&
+        DuplicateHandle(GetCurrentProcess(), thread, GetCurrentProcess(), &own, SYNCHRONIZE, FALSE, 0)) {
         const std::lock_guard guard(state().threads_lock);
         state().threads.push_back(own);
     }
@@ -87,11 +88,13 @@ void watch_module(HMODULE module)
     fault_state& all = state();
     for (counted_import& import : all.imports) {
         const bool makes_threads = std::string_view(import.function->name) == "CreateThread";
-        const code_address original = redirect_import(module, import.function->name,
-                                                      counting_stub(&import, &destination));
+        const code_address original =
+            redirect_import(module, import.function->name, counting_stub(&import, &destination));
         if (makes_threads && original)
             all.create_thread = original;
-        import.original = makes_threads ? reinterpret_cast<code_address>(&create_known_thread) : original;
+        import.original = makes_threads        ? reinterpret_cast<code_address>(&create_known_thread)
+                          : import.replacement ? import.replacement
+                                               : original;
     }
 }
 
@@ -197,6 +200,8 @@ import_faults::~import_faults()
 {
     stop();
     forget_threads();
+    for (counted_import& import : state().imports)
+        import.replacement = nullptr;
     const auto stop_listening = system_function<unregister_function>("LdrUnregisterDllNotification");
     EXPECT_EQ(stop_listening(notice_), 0);
 }
@@ -216,6 +221,21 @@ void import_faults::fail(const fault_place& place)
 void import_faults::stop()
 {
     state().counting = false;
+}
+
+void import_faults::stand_in(const char* function, code_address replacement)
+{
+    for (counted_import& import : state().imports)
+        if (std::string_view(import.function->name) == function)
+            import.replacement = replacement;
+}
+
+int import_faults::calls(const std::string& group)
+{
+    for (const group_count& each : state().groups)
+        if (each.name == group)
+            return each.calls;
+    throw std::runtime_error("no such function: " + group);
 }
 
 bool import_faults::has_failed() const
@@ -240,12 +260,6 @@ bool import_faults::wait_for_threads()
         return std::all_of(state().threads.begin(), state().threads.end(),
                            [](HANDLE thread) { return WaitForSingleObject(thread, 0) == WAIT_OBJECT_0; });
     });
-}
-
-std::size_t import_faults::threads()
-{
-    const std::lock_guard guard(state().threads_lock);
-    return state().threads.size();
 }
 
 } // namespace quill::test

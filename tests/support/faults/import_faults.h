@@ -65,16 +65,17 @@ public:
     // Nothing fails from here on, and nothing is counted.
     void stop();
 
+    // While this lives, the module's calls of an imported function go elsewhere; they are counted, and fail,
+    // as before.
+    void stand_in(const char* function, code_address replacement);
+
     bool has_failed() const;
+    // The calls of a function or a group since count().
+    static int calls(const std::string& group);
     // All places that the calls since count() make, those of a function after one another.
     std::vector<fault_place> places() const;
-    // How many places a function or a group has.
-    static std::size_t ways_of(const std::string& group);
-
     // The module's own threads of this count: waits until all have ended, delivering messages meanwhile.
     bool wait_for_threads();
-    // How many it has started.
-    static std::size_t threads();
 
 private:
     void* notice_ = nullptr;
