@@ -20,4 +20,8 @@ enum class fault_kind
 void fail_each(const char* routine, fault_kind kind, const std::vector<fault_place>& places, int usual_step,
                const std::function<bool(const fault_place&)>& life);
 
+// The same without a look at what a life leaves in the process: once for each place.
+void fail_each_uncounted(const char* routine, fault_kind kind, const std::vector<fault_place>& places,
+                         int usual_step, const std::function<bool(const fault_place&)>& life);
+
 } // namespace quill::test
