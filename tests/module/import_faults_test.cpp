@@ -45,7 +45,8 @@ BOOL WINAPI take_line(HANDLE, DWORD, void*, DWORD, void*, DWORD, DWORD* returned
 // The calls of these are made before the module's own code runs, or to find that it may not run.
 bool may_keep_from_loading(const fault_place& place)
 {
-    static constexpr const char* functions[] = {"GetModuleFileNameW", "TlsAlloc", memory_group};
+    static constexpr const char* functions[] = {"GetModuleFileNameW", "InitializeCriticalSectionAndSpinCount",
+                                                "TlsAlloc", memory_group};
     return std::find(std::begin(functions), std::end(functions), place.group) != std::end(functions);
 }
 

@@ -54,7 +54,7 @@ protected:
         const std::string left = registry_listing();
         if (SUCCEEDED(result)) {
             EXPECT_EQ(left, listing(how().installed));
-        } else {
+        } else if (!place || !place->stays) { // taking back needs memory itself
             auto may_be_left = lines_of(before);
             may_be_left.merge(lines_of(listing(how().removed)));
             for (const std::string& line : lines_of(left))
@@ -69,7 +69,11 @@ protected:
 TEST_P(RegistrationImportFaults, AreTakenBackOrOvercome)
 {
     EXPECT_FALSE(install(nullptr));
-    const auto places = faults_.places();
+    auto places = faults_.places();
+    // Only a key that was made just before is opened.
+    std::erase_if(places, [](const fault_place& each) {
+        return each.group == "RegOpenKeyExW" && each.way_name == "not found";
+    });
     ASSERT_GT(places.size(), 50u);
     const auto kind = std::get<fault_kind>(GetParam());
     constexpr int usual_step = 25;

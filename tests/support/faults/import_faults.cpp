@@ -249,7 +249,7 @@ std::vector<fault_place> import_faults::places() const
     for (const group_count& group : state().groups)
         for (int call = 1; call <= group.calls; ++call)
             for (std::size_t way = 0; way < group.ways->size(); ++way)
-                all.push_back({group.name, call, way, (*group.ways)[way].name});
+                all.push_back({group.name, call, way, (*group.ways)[way].name, (*group.ways)[way].stays});
     return all;
 }
 

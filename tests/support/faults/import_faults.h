@@ -45,6 +45,7 @@ struct fault_place
     int call;
     std::size_t way;
     std::string way_name;
+    bool stays; // what fails does not recover
 };
 std::string to_text(const fault_place& place);
 
