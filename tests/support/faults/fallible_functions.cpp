@@ -88,7 +88,7 @@ void add_system(functions& all)
 {
     add(all, {way<0, ERROR_NOT_ENOUGH_MEMORY>("no memory")},
         {"CreateEventA", "CreateEventW", "CreateSemaphoreA", "CreateThread", "GlobalAddAtomW", "GlobalAlloc",
-         "GlobalLock", "InitializeCriticalSectionAndSpinCount", "LocalAlloc", "_beginthreadex"});
+         "GlobalLock", "LocalAlloc", "_beginthreadex"});
     add(all,
         {way<FALSE, ERROR_FILE_NOT_FOUND>("not found"), way<FALSE, ERROR_NOT_ENOUGH_MEMORY>("no memory")},
         {"CreateProcessW"});

@@ -95,6 +95,7 @@ const std::vector<left_alone>& all_left_alone()
         {"locks: has no result",
          {"AcquireSRWLockExclusive", "EnterCriticalSection", "InitializeCriticalSection",
           "SleepConditionVariableSRW", "TryEnterCriticalSection", "WakeAllConditionVariable", "_lock"}},
+        {"succeeds always, by its documentation", {"InitializeCriticalSectionAndSpinCount"}},
         {"computes",
          {"_ultoa",
           "_wcslwr_s",
