@@ -4,19 +4,18 @@
 #include "logging/log_stream.h"
 
 using quill::log_level;
-using quill::log_stream;
 
 CActiveDocCtrl::CActiveDocCtrl()
 {
     m_bWindowOnly = TRUE; // the viewer needs a window to live in
     frame_info_.cb = sizeof frame_info_;
     stop_event_.reset(CreateEventW(nullptr, FALSE, FALSE, nullptr));
-    log_stream(log_level::debug) << "ACTIVEDOC " << address();
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address();
 }
 
 CActiveDocCtrl::~CActiveDocCtrl()
 {
-    log_stream(log_level::debug) << "~ACTIVEDOC " << address();
+    QUILL_LOG(log_level::debug) << "~ACTIVEDOC " << address();
 }
 
 void CActiveDocCtrl::FinalRelease()
@@ -42,7 +41,7 @@ STDMETHODIMP CActiveDocCtrl::SetClientSite(IOleClientSite* site)
             has_document_site_ = true;
         }
     }
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " IOleObject_SetClientSite 0x" << result;
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " IOleObject_SetClientSite 0x" << result;
     return IOleObjectImpl<CActiveDocCtrl>::SetClientSite(site);
 }
 
@@ -50,11 +49,11 @@ STDMETHODIMP CActiveDocCtrl::DoVerb(LONG verb, LPMSG message, IOleClientSite* ac
                                     HWND parent, LPCRECT position)
 {
     const RECT rect = position ? *position : RECT{};
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " DoVerb {" << verb << "} {" << rect.left
-                                 << " " << rect.top << " " << rect.right << " " << rect.bottom << "} {"
-                                 << static_cast<const void*>(active_site) << " " << index << " "
-                                 << static_cast<int>(m_bUIActive) << " "
-                                 << static_cast<int>(has_document_site_) << "}";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " DoVerb {" << verb << "} {" << rect.left
+                                << " " << rect.top << " " << rect.right << " " << rect.bottom << "} {"
+                                << static_cast<const void*>(active_site) << " " << index << " "
+                                << static_cast<int>(m_bUIActive) << " "
+                                << static_cast<int>(has_document_site_) << "}";
 
     // Hosts that place the object themselves keep their own menu.
     if (!has_document_site_ || verb == OLEIVERB_INPLACEACTIVATE)
@@ -104,7 +103,7 @@ STDMETHODIMP CActiveDocCtrl::TranslateAccelerator(LPMSG message)
 {
     if (!message)
         return E_POINTER;
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " TranslateAccelerator";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " TranslateAccelerator";
 
     // Select all, copy, find and print are the viewer's: the window passes them on.
     const bool viewer_key =
@@ -122,15 +121,15 @@ STDMETHODIMP CActiveDocCtrl::TranslateAccelerator(LPMSG message)
 
 STDMETHODIMP CActiveDocCtrl::OnDocWindowActivate(BOOL activate)
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnDocWindowActivate " << activate;
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnDocWindowActivate " << activate;
     return S_OK;
 }
 
 STDMETHODIMP CActiveDocCtrl::ResizeBorder(LPCRECT border, IOleInPlaceUIWindow*, BOOL)
 {
     const RECT rect = border ? *border : RECT{};
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " ResizeBorder {" << rect.left << " "
-                                 << rect.top << " " << rect.right << " " << rect.bottom << "}";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " ResizeBorder {" << rect.left << " "
+                                << rect.top << " " << rect.right << " " << rect.bottom << "}";
     return S_OK;
 }
 

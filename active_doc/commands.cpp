@@ -19,7 +19,7 @@ STDMETHODIMP CActiveDocCtrl::QueryStatus(const GUID*, ULONG count, OLECMD comman
 
 STDMETHODIMP CActiveDocCtrl::Exec(const GUID*, DWORD command, DWORD, VARIANT*, VARIANT*)
 {
-    quill::log_stream(quill::log_level::debug) << "ACTIVEDOC " << address() << " Exec " << command;
+    QUILL_LOG(quill::log_level::debug) << "ACTIVEDOC " << address() << " Exec " << command;
     if (!viewer_)
         return OLECMDERR_E_NOTSUPPORTED;
     const CComPtr<IUnknown> keep_alive(GetUnknown());

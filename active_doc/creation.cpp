@@ -14,7 +14,6 @@
 #include <shlwapi.h>
 
 using quill::log_level;
-using quill::log_stream;
 
 namespace {
 
@@ -47,7 +46,7 @@ LRESULT CActiveDocCtrl::OnCreate(UINT, WPARAM, LPARAM lparam, BOOL&)
         [&]() -> LRESULT {
             browser_ = quill::browser_window(m_spClientSite);
             instance_ = quill::add_browser_instance(browser_);
-            log_stream(log_level::debug)
+            QUILL_LOG(log_level::debug)
                 << "ACTIVEDOC " << address() << " OnCreate [#1] {" << creation.x << " " << creation.cx << " "
                 << creation.y << " " << creation.cy << "}";
             create_inner_viewer(creation);
@@ -76,13 +75,13 @@ void CActiveDocCtrl::create_inner_viewer(const CREATESTRUCTW& creation)
 
 void CActiveDocCtrl::choose_document()
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [#2] " << path_.data();
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [#2] " << path_.data();
     if (path_is_pdf()) {
         read_page_and_zoom_of_location();
         load_into_viewer();
         return;
     }
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [#3]";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [#3]";
     if (!document_url_.empty()) {
         // A document that owns the frame shows the browser's address, which has the fragment as the user
         // typed it; one that a page activated in place does not.
@@ -95,7 +94,7 @@ void CActiveDocCtrl::choose_document()
         if (find_embedded_document())
             return;
     }
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [URL]";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [URL]";
     start_download();
 }
 
@@ -103,7 +102,7 @@ void CActiveDocCtrl::find_document_url()
 {
     auto name = quill::site_moniker_name(m_spClientSite, OLEWHICHMK_OBJFULL);
     if (!name) {
-        log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [DocUrl] - FAILED";
+        QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [DocUrl] - FAILED";
         name = quill::site_moniker_name(m_spClientSite, OLEWHICHMK_CONTAINER);
     }
     document_url_ = quill::EncodeUrl(name.value_or(std::wstring()));
@@ -116,7 +115,7 @@ bool CActiveDocCtrl::find_embedded_document()
     quill::embedded_request request{m_spClientSite, instance_, address(), page_, zoom_};
     if (!quill::ResolveEmbeddedElement(request, element_url))
         return false;
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [EmbedURL]";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [EmbedURL]";
 
     int is_other_scheme = 0;
     if (quill::IsUrl(element_url.c_str(), &is_other_scheme)) {

@@ -9,7 +9,6 @@
 #include <shlwapi.h>
 
 using quill::log_level;
-using quill::log_stream;
 
 STDMETHODIMP CActiveDocCtrl::GetClassID(CLSID* class_id)
 {
@@ -21,19 +20,19 @@ STDMETHODIMP CActiveDocCtrl::GetClassID(CLSID* class_id)
 
 STDMETHODIMP CActiveDocCtrl::IsDirty()
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " IsDirty";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " IsDirty";
     return S_FALSE;
 }
 
 STDMETHODIMP CActiveDocCtrl::Load(IStream*)
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Load STREAM";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " Load STREAM";
     return S_OK;
 }
 
 STDMETHODIMP CActiveDocCtrl::Save(IStream*, BOOL)
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Save STREAM";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " Save STREAM";
     return S_OK;
 }
 
@@ -54,7 +53,7 @@ STDMETHODIMP CActiveDocCtrl::Load(LPCOLESTR path, DWORD mode)
 {
     if (!path)
         return E_POINTER;
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Load " << path << " " << mode;
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " Load " << path << " " << mode;
     if (PathIsUNCW(path))
         return S_OK;
     set_path(path);
@@ -67,13 +66,13 @@ STDMETHODIMP CActiveDocCtrl::Load(LPCOLESTR path, DWORD mode)
 
 STDMETHODIMP CActiveDocCtrl::Save(LPCOLESTR, BOOL)
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Save";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " Save";
     return S_OK;
 }
 
 STDMETHODIMP CActiveDocCtrl::SaveCompleted(LPCOLESTR)
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " SaveCompleted";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " SaveCompleted";
     return S_OK;
 }
 
@@ -81,7 +80,7 @@ STDMETHODIMP CActiveDocCtrl::GetCurFile(LPOLESTR* path)
 {
     if (path)
         *path = nullptr;
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " GetCurFile";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " GetCurFile";
     return E_NOTIMPL;
 }
 
@@ -89,7 +88,7 @@ STDMETHODIMP CActiveDocCtrl::Load(BOOL fully_available, IMoniker* moniker, IBind
 {
     if (!moniker)
         return E_FAIL;
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Load IPersistMoniker " << fully_available;
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " Load IPersistMoniker " << fully_available;
     return quill::no_throw(
         [&]() -> HRESULT {
             document_url_ = quill::EncodeUrl(quill::moniker_name(moniker).value_or(std::wstring()));
@@ -102,19 +101,19 @@ STDMETHODIMP CActiveDocCtrl::Load(BOOL fully_available, IMoniker* moniker, IBind
 
 STDMETHODIMP CActiveDocCtrl::Save(IMoniker*, IBindCtx*, BOOL)
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " Save IPersistMoniker";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " Save IPersistMoniker";
     return S_OK;
 }
 
 STDMETHODIMP CActiveDocCtrl::SaveCompleted(IMoniker*, IBindCtx*)
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " SaveCompleted IPersistMoniker";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " SaveCompleted IPersistMoniker";
     return S_OK;
 }
 
 STDMETHODIMP CActiveDocCtrl::GetCurMoniker(IMoniker**)
 {
     // The out value is left as the host set it: hosts ask with a moniker of their own in it.
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " GetCurMoniker IPersistMoniker";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " GetCurMoniker IPersistMoniker";
     return S_OK;
 }

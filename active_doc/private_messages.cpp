@@ -8,7 +8,6 @@
 #include "retrieval/url_resolution.h"
 
 using quill::log_level;
-using quill::log_stream;
 
 LRESULT CActiveDocCtrl::OnReserved(UINT, WPARAM, LPARAM, BOOL&)
 {
@@ -71,8 +70,8 @@ LRESULT CActiveDocCtrl::OnSetCacheFile(UINT, WPARAM, LPARAM lparam, BOOL&)
 
 LRESULT CActiveDocCtrl::OnLogFile(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " On_WM_USER_LOGFILE "
-                                 << reinterpret_cast<const wchar_t*>(lparam) << static_cast<int>(wparam != 0);
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " On_WM_USER_LOGFILE "
+                                << reinterpret_cast<const wchar_t*>(lparam) << static_cast<int>(wparam != 0);
     return 0;
 }
 

@@ -8,7 +8,6 @@
 #include <shlwapi.h>
 
 using quill::log_level;
-using quill::log_stream;
 
 namespace {
 
@@ -27,7 +26,7 @@ LRESULT CActiveDocCtrl::OnDestroy(UINT, WPARAM, LPARAM, BOOL&)
     if (const HWND pane = pane_.window(); pane && ::IsWindow(pane))
         ::DestroyWindow(pane);
     open_file_.reset();
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnDestroy";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnDestroy";
 
     viewer_.release();
     host_window_ = nullptr; // destroyed with this window, as every child
@@ -55,8 +54,8 @@ LRESULT CActiveDocCtrl::OnSize(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
 {
     const int width = LOWORD(lparam);
     const int height = HIWORD(lparam);
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnSize {" << wparam << " " << width << " "
-                                 << height << "}";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnSize {" << wparam << " " << width << " "
+                                << height << "}";
     if (host_window_)
         ::SetWindowPos(host_window_, nullptr, 0, 0, width, height, SWP_SHOWWINDOW);
     pane_.Recentre(); // after the host, which the line above puts on top
@@ -65,18 +64,18 @@ LRESULT CActiveDocCtrl::OnSize(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
 
 LRESULT CActiveDocCtrl::OnCommand(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
 {
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnCommand {" << wparam << " "
-                                 << static_cast<int>(LOWORD(lparam)) << " "
-                                 << static_cast<int>(HIWORD(lparam)) << "}";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCommand {" << wparam << " "
+                                << static_cast<int>(LOWORD(lparam)) << " " << static_cast<int>(HIWORD(lparam))
+                                << "}";
     return 0;
 }
 
 LRESULT CActiveDocCtrl::OnMouseActivate(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " OnMouseActivate {" << wparam << " "
-                                 << static_cast<int>(LOWORD(lparam)) << " "
-                                 << static_cast<int>(HIWORD(lparam)) << "}";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnMouseActivate {" << wparam << " "
+                                << static_cast<int>(LOWORD(lparam)) << " " << static_cast<int>(HIWORD(lparam))
+                                << "}";
     if (!m_bUIActive)
         InPlaceActivate(OLEIVERB_UIACTIVATE);
     return MA_ACTIVATE;
@@ -93,7 +92,7 @@ LRESULT CActiveDocCtrl::OnKeyDown(UINT message, WPARAM wparam, LPARAM lparam, BO
 LRESULT CActiveDocCtrl::OnLoadFile(UINT, WPARAM, LPARAM, BOOL&)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " LOADFILE " << path_.data();
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " LOADFILE " << path_.data();
     pane_.Hide();
     if (!PathFileExistsW(path_.data()))
         return 0;
@@ -103,7 +102,7 @@ LRESULT CActiveDocCtrl::OnLoadFile(UINT, WPARAM, LPARAM, BOOL&)
         show_page_and_zoom();
         merge_frame_menu();
     }
-    log_stream(log_level::debug) << "ACTIVEDOC " << address() << " LOADFILE RESULT " << result.boolVal;
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " LOADFILE RESULT " << result.boolVal;
     return 0;
 }
 

@@ -107,11 +107,16 @@ void compare_in_engine(const loaded_library& module, const loaded_library& engin
 
 constexpr double most_for_reading = 1.3;
 
+// Before the first link a new page's head has to be looked through and its events be connected to, which
+// takes the page as long as ten links: with ten the target is missed where that is not on the other side too.
 void in_the_engine(const loaded_library& module, const loaded_library& engine, const link_kind& kind,
-                   const measure_of& least, const target& aim)
+                   const measure_of& least)
 {
-    for (const int links : {10, 1'000, 10'000})
-        compare_in_engine(module, engine, links, kind, least, aim);
+    const bool has_head = least.task == all_reading.task;
+    compare_in_engine(module, engine, 10, kind, least,
+                      has_head ? target(most_for_reading) : target::known_missed(most_for_reading));
+    for (const int links : {1'000, 10'000})
+        compare_in_engine(module, engine, links, kind, least, most_for_reading);
 }
 
 // Returns what a link costs.
@@ -141,16 +146,11 @@ void sharepoint_page_benchmarks(const loaded_library& module)
 {
     {
         const loaded_library engine(L"QuillPages.dll");
-        // Before the first link a new page's head has to be looked through and its events be connected to,
-        // which takes the page as long as ten links. And the engine looks for a head in all of the page,
-        // which alone is a quarter of the time: with a thousand links and more the target is just met or
-        // missed.
-        const target reading = target::known_missed(most_for_reading);
-        in_the_engine(module, engine, no_pdf, addresses, reading);
-        in_the_engine(module, engine, some_pdfs, addresses_and_pdfs, reading);
-        in_the_engine(module, engine, all_pdfs, addresses_and_pdfs, reading);
+        in_the_engine(module, engine, no_pdf, addresses);
+        in_the_engine(module, engine, some_pdfs, addresses_and_pdfs);
+        in_the_engine(module, engine, all_pdfs, addresses_and_pdfs);
         for (const link_kind& kind : {no_pdf, some_pdfs, all_pdfs})
-            in_the_engine(module, engine, kind, all_reading, most_for_reading);
+            in_the_engine(module, engine, kind, all_reading);
         // Whether a link to a PDF has a handler to be taken out stands in its markup, which has to be read.
         for (const link_kind& kind : {some_pdfs, all_pdfs})
             compare_in_engine(module, engine, 1'000, kind, addresses, target::known_missed(most_for_reading));

@@ -46,7 +46,8 @@ const std::vector<subject>& subjects()
          [](const std::wstring& url) { keep(DecodeUrl(url.c_str()).size()); }},
         {"DecodeUrl, plain", L"/folder/name", L".pdf",
          [](const std::wstring& url) { keep(DecodeUrl(url.c_str()).size()); }},
-        // A result six times as large as its text: it leaves the processor's cache from 30 KB on.
+        // A result six times as large as its text, and a new text of more than 100 KB comes from the system
+        // page by page: filling one costs 1.7 ns a byte of the URL, where the smaller one costs 0.1.
         {"EncodeUrl, accents", L"/Fil\x00e9 \x20ac", L".pdf",
          [](const std::wstring& url) { keep(EncodeUrl(url).size()); }, L"http://h",
          target::known_missed(1.3)},

@@ -27,7 +27,7 @@ std::shared_ptr<line_sink> install()
     auto sink = std::make_shared<line_sink>();
     auto logger = std::make_shared<spdlog::logger>("caught", sink);
     logger->set_level(spdlog::level::trace);
-    global_logger().logger = std::move(logger);
+    use_logger(std::move(logger));
     return sink;
 }
 

@@ -22,13 +22,13 @@ void log_pdfcore_exception(const char* name, std::uint32_t line)
     const suite_functions& suite = suite_library_functions();
     wchar_t text[error_text_size + 1] = {};
     suite.get_error_string(suite.get_exception_error_code(), text, error_text_size);
-    log_stream(log_level::debug) << name << ":" << line
-                                 << " pdfcore exception: " << suite.get_exception_error_code() << " " << text;
+    QUILL_LOG(log_level::debug) << name << ":" << line
+                                << " pdfcore exception: " << suite.get_exception_error_code() << " " << text;
 }
 
 void log_error(const char* name, std::uint32_t line, const char* kind, const char* text)
 {
-    log_stream(log_level::error) << name << ":" << line << kind << text;
+    QUILL_LOG(log_level::error) << name << ":" << line << kind << text;
 }
 
 // The order of the handlers is part of the behaviour: the special kinds come before their bases.
@@ -39,8 +39,8 @@ void rethrow_and_log(const std::exception_ptr& exception, const char* name, std:
     } catch (const pdfcore_exception&) {
         log_pdfcore_exception(name, line);
     } catch (const std::system_error& error) {
-        log_stream(log_level::error) << name << ":" << line << " system error(" << error.code().value()
-                                     << "): " << error.what();
+        QUILL_LOG(log_level::error) << name << ":" << line << " system error(" << error.code().value()
+                                    << "): " << error.what();
     } catch (const std::invalid_argument& error) {
         log_error(name, line, " invalid argument: ", error.what());
     } catch (const std::runtime_error& error) {

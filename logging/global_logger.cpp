@@ -1,6 +1,7 @@
 #include "logging/global_logger.h"
 
 #include "logging/log_file_name.h"
+#include "logging/log_switch.h"
 #include "logging/logger_choice.h"
 #include "logging/procmon_sink.h"
 #include "platform/environment.h"
@@ -91,22 +92,33 @@ logger_holder make_holder()
     return holder;
 }
 
-// Made known once it is there, and no longer known once it is gone.
-struct published_holder
+// Followed once it is there, and no longer once it is gone.
+struct followed_holder
 {
     logger_holder holder = make_holder();
-    published_holder() { known_holder.store(&holder, std::memory_order_release); }
-    ~published_holder() { known_holder.store(nullptr, std::memory_order_release); }
-    published_holder(const published_holder&) = delete;
-    published_holder& operator=(const published_holder&) = delete;
+    followed_holder() { follow_level_of(holder.logger.get()); }
+    ~followed_holder() { follow_level_of(nullptr); }
+    followed_holder(const followed_holder&) = delete;
+    followed_holder& operator=(const followed_holder&) = delete;
 };
+
+logger_holder& module_holder()
+{
+    static followed_holder followed;
+    return followed.holder;
+}
 
 } // namespace
 
-logger_holder& global_logger()
+const logger_holder& global_logger()
 {
-    static published_holder published;
-    return published.holder;
+    return module_holder();
+}
+
+void use_logger(std::shared_ptr<spdlog::logger> logger)
+{
+    logger.swap(module_holder().logger);
+    follow_level_of(module_holder().logger.get());
 }
 
 } // namespace quill

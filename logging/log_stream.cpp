@@ -7,8 +7,7 @@
 
 #include <spdlog/logger.h>
 
-#include <string>
-#include <type_traits>
+#include <string_view>
 
 namespace quill {
 namespace {
@@ -23,13 +22,6 @@ static_assert(to_spdlog(log_level::warning) == spdlog::level::warn);
 static_assert(to_spdlog(log_level::error) == spdlog::level::err);
 static_assert(to_spdlog(log_level::off) == spdlog::level::off);
 
-// The member is protected, which leaves its address to derived classes.
-struct level_member : spdlog::logger
-{
-    static constexpr auto address = &level_member::level_;
-};
-static_assert(std::is_same_v<std::atomic<int>, spdlog::level_t>);
-
 // Appends what append() appends; a piece that cannot be formatted is lost.
 template <typename Append>
 void or_lose_it(const Append& append) noexcept
@@ -41,11 +33,8 @@ void or_lose_it(const Append& append) noexcept
     }
 }
 
-} // namespace
-
-std::atomic<int> spdlog::logger::* const log_detail::level_of_logger = level_member::address;
-
-spdlog::logger* log_detail::first_logger() noexcept
+// Null when there is none to be had.
+spdlog::logger* module_logger() noexcept
 {
     try {
         return global_logger().logger.get();
@@ -55,11 +44,29 @@ spdlog::logger* log_detail::first_logger() noexcept
     }
 }
 
+} // namespace
+
+log_stream::log_stream(log_level level, const logger_holder* holder) noexcept
+    : logger_(holder ? holder->logger.get() : module_logger()), level_(level),
+      integer_format_(default_integer_format)
+{
+}
+
+log_stream::~log_stream()
+{
+    if (enabled())
+        write();
+}
+
+bool log_stream::enabled() const noexcept
+{
+    return logger_ && logger_->should_log(to_spdlog(level_));
+}
+
 void log_stream::write() noexcept
 {
     or_lose_it([&] {
-        const std::string line(buffer().data(), buffer().size());
-        logger_->log(to_spdlog(level_), line);
+        logger_->log(to_spdlog(level_), spdlog::string_view_t(buffer().data(), buffer().size()));
         logger_->flush();
     });
 }

@@ -1,12 +1,13 @@
 // One line of the diagnostic log, built piece by piece and written when the stream goes out of scope:
-//     log_stream(log_level::debug) << "ACTIVEDOC " << static_cast<const void*>(this) << L" Load";
+//     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << static_cast<const void*>(this) << L" Load";
 #pragma once
 
 #include "logging/global_logger.h"
+#include "logging/log_level.h"
+#include "logging/log_switch.h"
 
 #include <fmt/format.h>
 
-#include <atomic>
 #include <concepts>
 #include <cstdint>
 #include <initializer_list>
@@ -15,18 +16,13 @@
 #include <string_view>
 #include <type_traits>
 
-namespace quill {
+// A log stream of the level, made only when somebody reads lines of that level: then, and only then, the
+// pieces are evaluated. An expression of type void.
+#define QUILL_LOG(level)                                                                                     \
+    !::quill::is_logged(level) ? static_cast<void>(0)                                                        \
+                               : ::quill::log_detail::end_of_line() & ::quill::log_stream(level)
 
-enum class log_level : int
-{
-    trace,
-    debug,
-    info,
-    warning,
-    error,
-    critical,
-    off
-};
+namespace quill {
 
 // What integers are formatted with by every stream that is built from now on.
 inline const char* default_integer_format = "{:d}";
@@ -36,51 +32,20 @@ concept log_text =
     std::is_convertible_v<const T&, const char*> || std::is_convertible_v<const T&, const wchar_t*> ||
     std::is_convertible_v<const T&, std::wstring_view>;
 
-namespace log_detail {
-
-// Where a logger keeps its level. Reading it here, and not through the logger's own header, keeps that header
-// out of every file that logs and a call out of every test.
-extern std::atomic<int> spdlog::logger::* const level_of_logger;
-
-// The global logger, made on the first call; null when that fails.
-spdlog::logger* first_logger() noexcept;
-
-inline spdlog::logger* current_logger() noexcept
-{
-    const logger_holder* const holder = known_holder.load(std::memory_order_acquire);
-    return holder ? holder->logger.get() : first_logger();
-}
-
-} // namespace log_detail
-
 // Belongs to the thread that builds it. Nothing of it throws: what cannot be formatted or written is lost,
-// and a stream that could not get its logger is disabled. A disabled stream formats nothing. Most lines are
-// disabled ones in a browser that nobody examines, so what such a line does stands in this header, and what
-// an enabled one does stands apart.
+// and a stream that could not get its logger is disabled. A disabled stream formats nothing.
 class log_stream
 {
 public:
     // Takes its logger from holder, or from global_logger() when there is none.
-    explicit log_stream(log_level level, const logger_holder* holder = nullptr) noexcept
-        : logger_(holder ? holder->logger.get() : log_detail::current_logger()), level_(level),
-          integer_format_(default_integer_format)
-    {
-    }
+    explicit log_stream(log_level level, const logger_holder* holder = nullptr) noexcept;
     // Writes the line and flushes the logger.
-    ~log_stream()
-    {
-        if (enabled()) [[unlikely]]
-            write();
-    }
+    ~log_stream();
     log_stream(const log_stream&) = delete;
     log_stream& operator=(const log_stream&) = delete;
 
     // Whether the logger takes lines of this level at this moment.
-    bool enabled() const noexcept
-    {
-        return logger_ && (logger_->*log_detail::level_of_logger).load(std::memory_order_relaxed) <=
-                              static_cast<int>(level_);
-    }
+    bool enabled() const noexcept;
 
     // The fmt format of the integers that follow; the text must outlive the stream.
     log_stream& integer_format(const char* format) noexcept;
@@ -114,7 +79,7 @@ private:
     template <typename T>
     log_stream& append(const T& piece) noexcept
     {
-        if (enabled()) [[unlikely]]
+        if (enabled())
             format(piece);
         return *this;
     }
@@ -142,6 +107,16 @@ private:
     log_level level_;
     const char* integer_format_;
 };
+
+namespace log_detail {
+
+// Binds weaker than "<<", and so turns a finished line into nothing.
+struct end_of_line
+{
+    void operator&(const log_stream&) const noexcept {}
+};
+
+} // namespace log_detail
 
 // Writes one line made of the pieces, in order; nothing when there is no logger to be had.
 void log_pieces(log_level level, std::initializer_list<const char*> pieces) noexcept;

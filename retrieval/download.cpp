@@ -32,7 +32,7 @@ void log_debug(const Pieces&... pieces) noexcept
 std::size_t temporary_path_length(std::array<wchar_t, MAX_PATH>& buffer)
 {
     try {
-        return temp_file_manager([](const char* line) { log_stream(log_level::error) << line; })
+        return temp_file_manager([](const char* line) { QUILL_LOG(log_level::error) << line; })
             .get_temp_folder(buffer.size(), buffer.data(), 0);
     } catch (const std::filesystem::filesystem_error&) {
         return 0;

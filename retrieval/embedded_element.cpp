@@ -103,7 +103,7 @@ finding examine(const embedded_request& request, IHTMLElement* element, element_
         return finding::failed;
     if (reference.vt == VT_BSTR) {
         url = EncodeUrl(view_of(reference.bstrVal));
-        log_stream(log_level::debug) << "ACTIVEDOC " << request.log_address << " ProcessHTMLBodyElement URL";
+        QUILL_LOG(log_level::debug) << "ACTIVEDOC " << request.log_address << " ProcessHTMLBodyElement URL";
     }
     return type == finding::pdf || names_pdf(url) ? finding::pdf : finding::not_pdf;
 }

@@ -62,20 +62,20 @@ int isPDF(const wchar_t* path) noexcept
     const auto window = path ? read_window(path) : std::nullopt;
     if (!window) {
         if (!path || !PathFileExistsW(path))
-            log_stream(log_level::debug) << "ACTIVEDOC isPDF [FALSE] MISSING FILE";
+            QUILL_LOG(log_level::debug) << "ACTIVEDOC isPDF [FALSE] MISSING FILE";
         return 0;
     }
     switch (JudgePdf({window->bytes.data(), window->bytes.size()}, window->bytes_read)) {
     case pdf_verdict::pdf:
-        log_stream(log_level::debug) << "ACTIVEDOC isPDF [TRUE]";
+        QUILL_LOG(log_level::debug) << "ACTIVEDOC isPDF [TRUE]";
         return 1;
     case pdf_verdict::protected_pdf:
-        log_stream(log_level::debug) << "ACTIVEDOC isPDF [TRUE] - ppdf file";
+        QUILL_LOG(log_level::debug) << "ACTIVEDOC isPDF [TRUE] - ppdf file";
         return 1;
     case pdf_verdict::refused:
         break;
     }
-    log_stream(log_level::debug) << "ACTIVEDOC isPDF [FALSE]";
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC isPDF [FALSE]";
     return 0;
 }
 

@@ -116,14 +116,14 @@ std::uint32_t fetch(const wininet_functions& wininet, const download_job& job, c
         own(wininet, wininet.open(L"Quill5_IEactivedoc", INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
     if (!session) {
         const DWORD error = GetLastError();
-        log_stream(log_level::debug) << "ACTIVEDOC DownloadPDFFile MISSING FILE " << error;
+        QUILL_LOG(log_level::debug) << "ACTIVEDOC DownloadPDFFile MISSING FILE " << error;
         return failed;
     }
     relax_certificate_checks(wininet, session.get());
 
     const internet_request opened = open_address(wininet, session.get(), url);
     if (!opened.request) {
-        log_stream(log_level::debug) << "ACTIVEDOC DEBUG InternetOpenUrl FAILED " << opened.error;
+        QUILL_LOG(log_level::debug) << "ACTIVEDOC DEBUG InternetOpenUrl FAILED " << opened.error;
         return failed;
     }
 
@@ -132,7 +132,7 @@ std::uint32_t fetch(const wininet_functions& wininet, const download_job& job, c
     const file_handle file(cache_path ? _wfopen(cache_path, L"wb") : nullptr);
     if (!file) {
         const DWORD error = GetLastError();
-        log_stream(log_level::debug) << "ACTIVEDOC DEBUG FAILED TO CREATE CACHE FILE " << error;
+        QUILL_LOG(log_level::debug) << "ACTIVEDOC DEBUG FAILED TO CREATE CACHE FILE " << error;
         return failed;
     }
 
@@ -157,7 +157,7 @@ std::uint32_t download_with(const wininet_functions& wininet, const download_job
     try {
         const std::uint32_t result = fetch(wininet, job, without_fragment(url), cache_path);
         if (result == succeeded)
-            log_stream(log_level::debug) << "ACTIVEDOC DEBUG SUCCESS";
+            QUILL_LOG(log_level::debug) << "ACTIVEDOC DEBUG SUCCESS";
         return result;
     } catch (const std::bad_alloc&) {
         return failed;

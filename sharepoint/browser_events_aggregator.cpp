@@ -26,9 +26,9 @@ bool browser_events_aggregator::on_before_navigate(IWebBrowser2* browser, std::w
         return false;
 
     if (repeats_.is_repeat(url, GetTickCount64())) {
-        log_stream(log_level::info) << url << " just canceled";
+        QUILL_LOG(log_level::info) << url << " just canceled";
     } else {
-        log_stream(log_level::info) << "trying to open pdf link";
+        QUILL_LOG(log_level::info) << "trying to open pdf link";
         editor_->open(parse_url(url));
     }
     // Opening may have taken longer than a repeat is waited for, so the clock is read again.
@@ -41,7 +41,7 @@ void browser_events_aggregator::on_document_complete(IWebBrowser2* browser, std:
     const CComPtr<IHTMLDocument2> document = html_document_of(browser);
     if (!document)
         return;
-    log_stream(log_level::debug) << "opening document by " << url;
+    QUILL_LOG(log_level::debug) << "opening document by " << url;
     repeats_.forget_url();
     find_or_create_record(document).rewrite_links();
 }
@@ -50,10 +50,10 @@ bool browser_events_aggregator::on_click(IHTMLDocument2* document, IHTMLElement*
 {
     const document_record* const record = find_record(document);
     if (!record) {
-        log_stream(log_level::warning) << "click: opened document not found";
+        QUILL_LOG(log_level::warning) << "click: opened document not found";
         return false;
     }
-    log_stream(log_level::debug) << "click handling...";
+    QUILL_LOG(log_level::debug) << "click handling...";
     return record->click(element);
 }
 
@@ -79,12 +79,11 @@ document_record& browser_events_aggregator::find_or_create_record(IHTMLDocument2
         known = find_record(document);
         if (!known) {
             document_record& added = *documents_.emplace_back(std::move(record));
-            if (log_stream line(log_level::debug); line.enabled())
-                line << added.address() << " is new document";
+            QUILL_LOG(log_level::debug) << added.address() << " is new document";
             return added;
         }
     }
-    log_stream(log_level::debug) << "document already exists";
+    QUILL_LOG(log_level::debug) << "document already exists";
     return *known;
 }
 

@@ -76,7 +76,7 @@ HRESULT STDMETHODCALLTYPE browser_events_sink::on_document_complete(IDispatch* p
 
 void STDMETHODCALLTYPE browser_events_sink::on_quit()
 {
-    log_stream(log_level::info) << "on_quit";
+    QUILL_LOG(log_level::info) << "on_quit";
     const std::lock_guard guard(forwarding_);
     handler_.reset();
 }
@@ -94,14 +94,14 @@ HRESULT browser_events_sink::before_navigate(IDispatch* frame, const VARIANT& ur
         return S_OK;
     }
     const std::wstring_view address = text_of(url.bstrVal);
-    log_stream(log_level::debug) << "on_before_navigate " << address;
+    QUILL_LOG(log_level::debug) << "on_before_navigate " << address;
 
     // The handler may close the tab, which takes this sink along.
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     const std::lock_guard guard(forwarding_);
     const auto handler = handler_.lock();
     if (handler && handler->on_before_navigate(browser, address, has_post_data(post_data))) {
-        log_stream(log_level::info) << " block navigation to sharepoint PDF!";
+        QUILL_LOG(log_level::info) << " block navigation to sharepoint PDF!";
         cancel = VARIANT_TRUE;
         browser->Stop();
     }
@@ -116,7 +116,7 @@ HRESULT browser_events_sink::document_complete(IDispatch* frame, const VARIANT& 
     if (!browser || !html_document_of(browser) || !is_top_level(browser))
         return S_OK;
     const std::wstring_view address = text_of(url.bstrVal);
-    log_stream(log_level::debug) << "on_document_complete " << address;
+    QUILL_LOG(log_level::debug) << "on_document_complete " << address;
 
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     const std::lock_guard guard(forwarding_);

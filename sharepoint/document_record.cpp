@@ -32,9 +32,7 @@ document_record::document_record(IHTMLDocument2* document, std::weak_ptr<pdf_edi
     : document_(document), document3_(document), kind_(classify_page(document3_)), editor_(std::move(editor)),
       events_(document, std::move(handler))
 {
-    // A page is not asked for its address by a line that nobody reads.
-    if (log_stream line(log_level::info); line.enabled())
-        line << address() << " events subscribed ";
+    QUILL_LOG(log_level::info) << address() << " events subscribed ";
 }
 
 std::wstring document_record::address() const
@@ -45,7 +43,7 @@ std::wstring document_record::address() const
 void document_record::rewrite_links() const
 {
     if (kind_ != page_kind::sharepoint) {
-        log_stream(log_level::debug) << "Should not modify links on regular documents";
+        QUILL_LOG(log_level::debug) << "Should not modify links on regular documents";
         return;
     }
     remove_open_handlers(document3_);
@@ -54,17 +52,17 @@ void document_record::rewrite_links() const
 bool document_record::click(IHTMLElement* element) const
 {
     if (kind_ != page_kind::sharepoint) {
-        log_stream(log_level::debug) << "do not block clicks for regular documents";
+        QUILL_LOG(log_level::debug) << "do not block clicks for regular documents";
         return false;
     }
     const auto editor = editor_.lock();
     if (!editor) {
-        log_stream(log_level::warning) << "click handler is missing";
+        QUILL_LOG(log_level::warning) << "click handler is missing";
         return false;
     }
     const std::wstring link = list_link(element);
     if (link.empty()) {
-        log_stream(log_level::info) << "do not block clicks for not-pdf links";
+        QUILL_LOG(log_level::info) << "do not block clicks for not-pdf links";
         return false;
     }
     const bool needs_server = link.starts_with(L'/');

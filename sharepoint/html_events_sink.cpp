@@ -37,14 +37,14 @@ void html_events_sink::disconnect() noexcept
 
 VARIANT_BOOL STDMETHODCALLTYPE html_events_sink::on_click(IDispatch* event)
 {
-    log_stream(log_level::debug) << "CLICK!";
+    QUILL_LOG(log_level::debug) << "CLICK!";
     return CrashBorder([&] { return click(event); }, VARIANT_TRUE, "quill::html_events_sink::on_click",
                        click_line);
 }
 
 void STDMETHODCALLTYPE html_events_sink::on_ready_state_change(IDispatch*)
 {
-    log_stream(log_level::info) << "Ready state change.";
+    QUILL_LOG(log_level::info) << "Ready state change.";
     NoThrow(
         [&] {
             ready_state_changed();
@@ -71,7 +71,7 @@ VARIANT_BOOL html_events_sink::click(IDispatch* event_object)
     if (!handler || !handler->on_click(document, element))
         return VARIANT_TRUE;
 
-    log_stream(log_level::info) << "blocking click event...";
+    QUILL_LOG(log_level::info) << "blocking click event...";
     event->put_returnValue(CComVariant(false));
     event->put_cancelBubble(VARIANT_TRUE);
     return VARIANT_FALSE;

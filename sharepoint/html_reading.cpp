@@ -37,6 +37,14 @@ CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wcha
     return CComQIPtr<IHTMLElementCollection>(tagged);
 }
 
+CComPtr<IHTMLElementCollection> children_of(IHTMLElement* parent)
+{
+    CComPtr<IDispatch> children;
+    if (FAILED(parent->get_children(&children)))
+        return nullptr;
+    return CComQIPtr<IHTMLElementCollection>(children);
+}
+
 long element_count(IHTMLElementCollection* elements)
 {
     long count = 0;

@@ -19,7 +19,10 @@ CComPtr<IHTMLDocument2> html_document_of(IWebBrowser2* browser);
 CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLDocument3* document, const wchar_t* tag);
 CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wchar_t* tag);
 
-// Number of elements, 0 for no collection, and one of them.
+// The elements directly below one, in document order.
+CComPtr<IHTMLElementCollection> children_of(IHTMLElement* parent);
+
+// Number of elements, 0 for no collection, and one of them; null when there is none at the index.
 long element_count(IHTMLElementCollection* elements);
 CComPtr<IDispatch> element_at(IHTMLElementCollection* elements, long index);
 

@@ -1,6 +1,7 @@
 #include "sharepoint/page_analysis.h"
 
 #include "logging/log_stream.h"
+#include "sharepoint/case_insensitive.h"
 #include "sharepoint/html_reading.h"
 #include "sharepoint/link_rewriting.h"
 #include "sharepoint/pdf_link.h"
@@ -22,14 +23,26 @@ private:
     IHTMLMetaElement* element_;
 };
 
-bool has_root_element(IHTMLDocument3* document)
+CComPtr<IHTMLElement> root_of(IHTMLDocument3* document)
 {
     CComPtr<IHTMLElement> root;
-    return document && SUCCEEDED(document->get_documentElement(&root)) && root;
+    if (!document || FAILED(document->get_documentElement(&root)))
+        return nullptr;
+    return root;
 }
 
-CComPtr<IHTMLElement> head_of(IHTMLDocument3* document)
+bool is_head(IHTMLElement* element)
 {
+    return equal_ignoring_case(text_property(element, &IHTMLElement::get_tagName), L"head");
+}
+
+// The first head of the document. Nearly always it is the root's first child, which is quickly asked for: to
+// find all heads an engine looks at every element of the page.
+CComPtr<IHTMLElement> head_of(IHTMLDocument3* document, IHTMLElement* root)
+{
+    if (const CComPtr<IHTMLElementCollection> children = children_of(root))
+        if (const CComQIPtr<IHTMLElement> first(element_at(children, 0)); first && is_head(first))
+            return CComPtr<IHTMLElement>(first);
     const CComPtr<IHTMLElementCollection> heads = elements_by_tag(document, L"head");
     if (element_count(heads) < 1)
         return nullptr;
@@ -62,9 +75,10 @@ std::vector<CComPtr<IHTMLElement>> elements_from(IHTMLElementCollection* element
 
 page_kind classify_page(IHTMLDocument3* document)
 {
-    if (!has_root_element(document))
+    const CComPtr<IHTMLElement> root = root_of(document);
+    if (!root)
         return page_kind::regular;
-    const CComPtr<IHTMLElement> head = head_of(document);
+    const CComPtr<IHTMLElement> head = head_of(document, root);
     if (!head)
         return page_kind::regular;
 
@@ -81,7 +95,7 @@ page_kind classify_page(IHTMLDocument3* document)
             });
         });
     if (kind == page_kind::sharepoint)
-        log_stream(log_level::info) << "sharepoint document has been detected";
+        QUILL_LOG(log_level::info) << "sharepoint document has been detected";
     return kind;
 }
 

@@ -29,18 +29,18 @@ void open_with_default_handler(const std::wstring& url)
 
 pdf_editor::pdf_editor() : exe_path_(read_exepath())
 {
-    log_stream(log_level::debug) << "PDF Editor: " << exe_path_;
+    QUILL_LOG(log_level::debug) << "PDF Editor: " << exe_path_;
 }
 
 void pdf_editor::open(const CUrl& url) const
 {
     const std::wstring text = text_of(url);
-    log_stream(log_level::info) << "checkout file " << text;
+    QUILL_LOG(log_level::info) << "checkout file " << text;
     if (!is_installed()) {
         open_with_default_handler(text);
-        log_stream(log_level::warning) << "QuillStudio not found. Trying to use default pdf view...";
+        QUILL_LOG(log_level::warning) << "QuillStudio not found. Trying to use default pdf view...";
     } else if (!start(text)) {
-        log_stream(log_level::warning) << "QuillStudio failed. Trying to use default pdf view...";
+        QUILL_LOG(log_level::warning) << "QuillStudio failed. Trying to use default pdf view...";
         open_with_default_handler(text);
     }
 }

@@ -7,7 +7,7 @@ namespace quill {
 
 bool is_pdf_link(std::wstring_view url)
 {
-    log_stream(log_level::debug) << "detect click to " << url;
+    QUILL_LOG(log_level::debug) << "detect click to " << url;
     // Most links fail the first test, and it takes no look at the whole address.
     if (!ends_with_ignoring_case(url, L".pdf"))
         return false;

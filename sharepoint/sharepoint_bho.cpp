@@ -29,13 +29,13 @@ HRESULT sharepoint_bho::attach(IUnknown* site)
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     const CComPtr<IUnknown> new_site(site);
     std::exchange(subscription_, nullptr).reset();
-    log_stream(log_level::debug) << "unload BHO for closing IE TAB";
+    QUILL_LOG(log_level::debug) << "unload BHO for closing IE TAB";
     if (new_site) {
-        log_stream(log_level::debug) << "initilize BHO for IE TAB...";
+        QUILL_LOG(log_level::debug) << "initilize BHO for IE TAB...";
         if (subscription_)
             return E_FAIL;
         subscription_ = std::make_unique<browser_subscription>(CComQIPtr<IWebBrowser2>(new_site));
-        log_stream(log_level::info) << "subscription for IE Browser events created";
+        QUILL_LOG(log_level::info) << "subscription for IE Browser events created";
     }
     return IObjectWithSiteImpl::SetSite(new_site);
 }

@@ -15,6 +15,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace quill::soak {
 namespace {
@@ -292,6 +293,60 @@ TEST_P(HostilePeer, SendsNothingAndCloses)
     EXPECT_EQ(shown_soon_after(empty), 0u);
     empty.raw_head = "HTTP/9.9 -7 \r\n";
     EXPECT_EQ(shown_soon_after(empty), 0u);
+}
+
+// A head as it is sent, and what follows it; a file that begins as a PDF may be shown.
+struct odd_answer
+{
+    const char* what;
+    const char* head;
+    std::string body;
+    std::size_t most_shown;
+};
+
+std::vector<odd_answer> odd_answers()
+{
+    const std::string pdf = test::pdf_body(600);
+    const std::string page = "<html>not a PDF</html>";
+    return {
+        {"a password is wanted", "401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"r\"", page, 0},
+        {"a password is wanted, in a way unheard of", "401 Unauthorized\r\nWWW-Authenticate: \x01\xff =,\"",
+         page, 0},
+        {"a proxy's password is wanted", "407 Proxy\r\nProxy-Authenticate: NTLM TlRMTVNTUAAC", page, 0},
+        {"nothing", "204 No Content", "", 0},
+        {"nothing new", "304 Not Modified", "", 0},
+        {"a part", "206 Partial Content\r\nContent-Range: bytes 500-1099/9", pdf, 1},
+        {"an error with a PDF", "500 Internal Server Error", pdf, 1},
+        {"go on, twice", "100 Continue\r\n\r\nHTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK", pdf, 1},
+        {"chunks of nonsense", "200 OK\r\nTransfer-Encoding: chunked", "zz\r\n" + page, 0},
+        {"a chunk of all memory", "200 OK\r\nTransfer-Encoding: chunked", "ffffffffffffffff\r\n" + page, 0},
+        {"chunks without an end", "200 OK\r\nTransfer-Encoding: chunked", "5\r\n<html\r\n", 0},
+        {"compressed, it says", "200 OK\r\nContent-Encoding: gzip", page, 0},
+        {"compressed by something unheard of", "200 OK\r\nContent-Encoding: x-none, gzip, gzip", page, 0},
+        {"a redirection to nowhere", "302 Found\r\nLocation: ", page, 0},
+        {"a redirection without an address", "302 Found", page, 0},
+        {"a redirection to a script", "302 Found\r\nLocation: javascript:alert(1)", page, 0},
+        {"a redirection to a file", "302 Found\r\nLocation: file:///c:/windows/win.ini", page, 0},
+        {"a redirection to a port where nobody is", "302 Found\r\nLocation: http://127.0.0.1:1/x.pdf", page,
+         0},
+        {"a name that climbs", "200 OK\r\nContent-Disposition: attachment; filename=\"..\\..\\x.exe\"", page,
+         0},
+        {"lines without ends of lines", "200 OK\nContent-Type: application/pdf\n\n\n", page, 0},
+        {"a refresh for ever", "200 OK\r\nRefresh: 0; url=/x.pdf", page, 0},
+    };
+}
+
+TEST_P(HostilePeer, AnswersOddly)
+{
+    for (const odd_answer& each : odd_answers()) {
+        SCOPED_TRACE(each.what);
+        http_response answer;
+        answer.raw_head = "HTTP/1.1 " + std::string(each.head) + "\r\n\r\n";
+        answer.body = each.body;
+        const std::size_t before = viewers.opened();
+        EXPECT_LE(shown_soon_after(answer), before + each.most_shown);
+        EXPECT_FALSE(world.server.requests().empty());
+    }
 }
 
 // The system's own threads may wait for the server when document and module are long gone, and then go on.

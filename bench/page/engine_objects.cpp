@@ -61,6 +61,17 @@ VARIANT reference_to(VARIANT& target)
 
 } // namespace
 
+HRESULT element::get_tagName(BSTR* out)
+{
+    return hand_out(text_.tag, out);
+}
+
+HRESULT element::get_children(IDispatch** out)
+{
+    *out = new collection(&children);
+    return S_OK;
+}
+
 HRESULT element::getAttribute(BSTR, LONG, VARIANT* out)
 {
     out->vt = VT_BSTR;
@@ -144,9 +155,10 @@ IUnknown* connection_point::find_interface(REFIID iid)
 }
 
 page::page()
-    : root_(make<element>(element_text{})), head_(make<element>(element_text{})), heads_{head_},
-      events_(make<connection_point>(IID_html_document_events))
+    : root_(make<element>(element_text{.tag = L"HTML"})), head_(make<element>(element_text{.tag = L"HEAD"})),
+      heads_{head_}, events_(make<connection_point>(IID_html_document_events))
 {
+    root_->children = heads_;
 }
 
 HRESULT page::get_URL(BSTR* out)

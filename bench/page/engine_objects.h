@@ -54,6 +54,7 @@ private:
 
 struct element_text
 {
+    std::wstring tag = {};
     std::wstring href = {};
     std::wstring outer_html = {};
     std::wstring name = {};    // of a META
@@ -73,8 +74,12 @@ public:
 
     // The elements below, by their tag's name.
     std::map<std::wstring, element_list, std::less<>> below;
+    // Those directly below.
+    element_list children;
     int rewritten() const { return rewritten_; }
 
+    HRESULT STDMETHODCALLTYPE get_tagName(BSTR* out) override;
+    HRESULT STDMETHODCALLTYPE get_children(IDispatch** out) override;
     HRESULT STDMETHODCALLTYPE getAttribute(BSTR name, LONG flags, VARIANT* out) override;
     HRESULT STDMETHODCALLTYPE get_outerHTML(BSTR* out) override;
     HRESULT STDMETHODCALLTYPE put_outerHTML(BSTR) override;

@@ -48,19 +48,21 @@ void read_head(IHTMLDocument3* page)
 {
     CComPtr<IHTMLElement> root;
     page->get_documentElement(&root);
-    for_each<IHTMLElement2>(page, L"head", [](IHTMLElement2* head) {
-        for_each<IHTMLScriptElement>(head, L"script", [](IHTMLScriptElement* script) {
-            CComBSTR source;
-            script->get_src(&source);
-            keep(source.m_str);
-        });
-        for_each<IHTMLMetaElement>(head, L"meta", [](IHTMLMetaElement* meta) {
-            CComBSTR name, content;
-            meta->get_name(&name);
-            if (name && std::wstring_view(name) == L"GENERATOR")
-                meta->get_content(&content);
-            keep(content.m_str);
-        });
+    CComPtr<IDispatch> children, first;
+    root->get_children(&children);
+    CComQIPtr<IHTMLElementCollection>(children)->item(CComVariant(0), CComVariant(0), &first);
+    const CComQIPtr<IHTMLElement2> head(first);
+    for_each<IHTMLScriptElement>(head.p, L"script", [](IHTMLScriptElement* script) {
+        CComBSTR source;
+        script->get_src(&source);
+        keep(source.m_str);
+    });
+    for_each<IHTMLMetaElement>(head.p, L"meta", [](IHTMLMetaElement* meta) {
+        CComBSTR name, content;
+        meta->get_name(&name);
+        if (name && std::wstring_view(name) == L"GENERATOR")
+            meta->get_content(&content);
+        keep(content.m_str);
     });
 }
 

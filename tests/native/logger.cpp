@@ -1,19 +1,38 @@
 // The process's logger where there is no environment to ask: a placeholder that takes no line, until a test
 // puts its own in its place.
 #include "logging/global_logger.h"
+#include "logging/log_switch.h"
 
 #include <spdlog/logger.h>
 
 namespace quill {
+namespace {
 
-logger_holder& global_logger()
+std::shared_ptr<spdlog::logger> silent_logger()
 {
-    static logger_holder holder{[] {
-        auto logger = std::make_shared<spdlog::logger>("null");
-        logger->set_level(spdlog::level::off);
-        return logger;
-    }()};
-    return holder;
+    auto logger = std::make_shared<spdlog::logger>("null");
+    logger->set_level(spdlog::level::off);
+    follow_level_of(logger.get());
+    return logger;
+}
+
+logger_holder& holder()
+{
+    static logger_holder made{silent_logger()};
+    return made;
+}
+
+} // namespace
+
+const logger_holder& global_logger()
+{
+    return holder();
+}
+
+void use_logger(std::shared_ptr<spdlog::logger> logger)
+{
+    logger.swap(holder().logger);
+    follow_level_of(holder().logger.get());
 }
 
 } // namespace quill

@@ -54,6 +54,14 @@ private:
         return static_cast<std::size_t>(found - begin);
     }
 
+    // end when it is not among them.
+    std::size_t find(const char* name, std::size_t from, std::size_t end) const
+    {
+        const auto begin = expected_.calls.begin();
+        const auto place_of = [&](std::size_t index) { return begin + static_cast<std::ptrdiff_t>(index); };
+        return static_cast<std::size_t>(std::find(place_of(from), place_of(end), name) - begin);
+    }
+
     // Nothing comes of any step from first to last.
     void expect_silence(visit_step first, visit_step last)
     {
@@ -115,11 +123,16 @@ private:
     // SharePoint's. Scripts that cannot be read are passed over, and a search that fails has a substitute.
     bool decides_kind(std::size_t begin, std::size_t recording) const
     {
-        const std::size_t head = find("IHTMLElementCollection::item", recording) + 1;
+        const std::size_t root = find("IHTMLDocument3::get_documentElement", recording);
         const std::size_t source = find("IHTMLScriptElement::get_src", recording);
         const std::size_t inner_search = source + 1; // the query for the way to search inside an element
         const std::string& name = expected_.calls[call_];
-        if (is_between(begin, head + 1))
+        if (is_between(begin, root + 1))
+            return true;
+        // All heads are looked for when the root's first child is none or cannot be had; nothing stands in
+        // for that.
+        const std::size_t heads = find("IHTMLDocument3::getElementsByTagName", root, source);
+        if (heads < source && is_between(heads, find("IHTMLElementCollection::item", heads) + 2))
             return true;
         return is_between(inner_search + 1, find("IHTMLMetaElement::get_content", recording) + 1) &&
                name != "IHTMLElement2::getElementsByTagName" && name != "IHTMLElementCollection::tags";

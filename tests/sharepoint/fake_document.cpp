@@ -66,6 +66,13 @@ HRESULT fake_document::get_documentElement(IHTMLElement** out)
 {
     if (const auto result = scene().enter("IHTMLDocument3::get_documentElement", out))
         return *result;
+    // A comment is an element to the older engines.
+    root_->children().clear();
+    if (!is_head_first)
+        root_->children().push_back(make_fake<fake_element>(scene(), element_text{.tag = L"!"}));
+    if (has_head)
+        root_->children().push_back(head);
+    root_->children().push_back(make_fake<fake_element>(scene(), element_text{.tag = L"BODY"}));
     return has_root ? hand_out(root_.p, out) : S_OK;
 }
 

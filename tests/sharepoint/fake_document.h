@@ -28,7 +28,8 @@ public:
     bool has_document3 = true; // answers IHTMLDocument3
     bool has_root = true;
     bool has_head = true;
-    bool has_events = true; // is a connection point container
+    bool is_head_first = true; // below the root
+    bool has_events = true;    // is a connection point container
 
     HRESULT STDMETHODCALLTYPE get_URL(BSTR* out) override;
     HRESULT STDMETHODCALLTYPE get_readyState(BSTR* out) override;

@@ -46,6 +46,14 @@ HRESULT fake_element::put_outerHTML(BSTR html)
     return S_OK;
 }
 
+HRESULT fake_element::get_children(IDispatch** out)
+{
+    if (const auto result = scene().enter("IHTMLElement::get_children", out))
+        return *result;
+    *out = new fake_collection(scene(), children_);
+    return S_OK;
+}
+
 HRESULT fake_element::get_all(IDispatch** out)
 {
     if (const auto result = scene().enter("IHTMLElement::get_all", out))

@@ -49,6 +49,7 @@ public:
     HRESULT STDMETHODCALLTYPE getAttribute(BSTR name, LONG flags, VARIANT* out) override;
     HRESULT STDMETHODCALLTYPE get_outerHTML(BSTR* out) override;
     HRESULT STDMETHODCALLTYPE put_outerHTML(BSTR html) override;
+    HRESULT STDMETHODCALLTYPE get_children(IDispatch** out) override;
     HRESULT STDMETHODCALLTYPE get_all(IDispatch** out) override;
     HRESULT STDMETHODCALLTYPE getElementsByTagName(BSTR tag, IHTMLElementCollection** out) override;
     HRESULT STDMETHODCALLTYPE get_src(BSTR* out) override;

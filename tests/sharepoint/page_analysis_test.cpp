@@ -139,6 +139,29 @@ TEST_F(ClassifiedPage, IsRegularWithoutAHead)
     EXPECT_FALSE(is_sharepoint());
 }
 
+// To find all heads an engine looks at every element of the page.
+TEST_F(ClassifiedPage, IsNotSearchedForAHeadThatIsTheRootsFirstChild)
+{
+    plain_->add_to_head(generator_);
+    EXPECT_TRUE(is_sharepoint());
+    EXPECT_EQ(scene_.count_calls("IHTMLDocument3::getElementsByTagName"), 1) << "for the links";
+}
+
+TEST_F(ClassifiedPage, IsSearchedForAHeadThatIsNotTheRootsFirstChild)
+{
+    plain_->is_head_first = false;
+    plain_->add_to_head(generator_);
+    EXPECT_TRUE(is_sharepoint());
+    EXPECT_EQ(scene_.count_calls("IHTMLDocument3::getElementsByTagName"), 2);
+}
+
+TEST_F(ClassifiedPage, IsSearchedForAHeadInEnginesThatDoNotTellTheRootsChildren)
+{
+    plain_->add_to_head(generator_);
+    scene_.fail_calls_named("IHTMLElement::get_children", fake_scene::failure::empty);
+    EXPECT_TRUE(is_sharepoint());
+}
+
 TEST_F(ClassifiedPage, IsRegularInAnEngineWithoutTheNewerDocument)
 {
     plain_->has_document3 = false;

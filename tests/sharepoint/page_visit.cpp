@@ -16,6 +16,7 @@ public:
           page_(sharepoint_page(scene, L"http://h/"))
     {
         page_->head->has_element2 = has_element2;
+        page_->is_head_first = has_element2;
         page_->add_to_head({.tag = L"SCRIPT", .src = L"/x.js"});
         link_ = &page_->add_to_body(list_link(L"http://h/x.pdf"));
         other_link_ = &page_->add_to_body(

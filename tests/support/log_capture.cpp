@@ -45,12 +45,12 @@ log_capture::log_capture() : store_(std::make_shared<store>()), before_(global_l
 {
     auto logger = std::make_shared<spdlog::logger>("capture", store_);
     logger->set_level(spdlog::level::trace);
-    global_logger().logger = std::move(logger);
+    use_logger(std::move(logger));
 }
 
 log_capture::~log_capture()
 {
-    global_logger().logger = before_;
+    use_logger(before_);
 }
 
 std::vector<std::string> log_capture::lines() const
