@@ -63,24 +63,60 @@ protected:
         return faults_.has_failed();
     }
 
+    // The same for removal, after which a second one removes what a failure has left.
+    bool remove(const fault_place* place)
+    {
+        const private_registry registry;
+        const loaded_module module;
+        EXPECT_EQ(module.DllInstall(TRUE, how().command_line), S_OK);
+        if (place)
+            faults_.fail(*place);
+        else
+            faults_.count();
+        const HRESULT result = module.DllInstall(FALSE, how().command_line);
+        faults_.stop();
+        if (SUCCEEDED(result))
+            EXPECT_EQ(registry_listing(), listing(how().removed)) << "success, and something is left";
+        else
+            module.DllInstall(FALSE, how().command_line); // fails where the type library has gone already
+        EXPECT_EQ(registry_listing(), listing(how().removed));
+        return faults_.has_failed();
+    }
+
+    // Of the last run. Only a key that was made before is opened, and found.
+    std::vector<fault_place> places() const
+    {
+        auto all = faults_.places();
+        std::erase_if(all, [](const fault_place& each) {
+            return each.group == "RegOpenKeyExW" && each.way_name == "not found";
+        });
+        return all;
+    }
+
     import_faults faults_;
 };
 
 TEST_P(RegistrationImportFaults, AreTakenBackOrOvercome)
 {
     EXPECT_FALSE(install(nullptr));
-    auto places = faults_.places();
-    // Only a key that was made just before is opened.
-    std::erase_if(places, [](const fault_place& each) {
-        return each.group == "RegOpenKeyExW" && each.way_name == "not found";
-    });
-    ASSERT_GT(places.size(), 50u);
+    ASSERT_GT(places().size(), 50u);
     const auto kind = std::get<fault_kind>(GetParam());
     constexpr int usual_step = 25;
     // Without a count of handles: the system's own functions for type libraries keep a key each time.
     fail_each_uncounted(
         kind == fault_kind::calls ? "the system's part in registration" : "memory for registration", kind,
-        places, usual_step, [this](const fault_place& place) { return install(&place); });
+        places(), usual_step, [this](const fault_place& place) { return install(&place); });
+}
+
+TEST_P(RegistrationImportFaults, AreReportedByRemovalOrOvercome)
+{
+    EXPECT_FALSE(remove(nullptr));
+    ASSERT_GT(places().size(), 50u);
+    const auto kind = std::get<fault_kind>(GetParam());
+    constexpr int usual_step = 25;
+    fail_each_uncounted(
+        kind == fault_kind::calls ? "the system's part in unregistration" : "memory for unregistration", kind,
+        places(), usual_step, [this](const fault_place& place) { return remove(&place); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Install, RegistrationImportFaults,
