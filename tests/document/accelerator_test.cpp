@@ -114,6 +114,17 @@ QUILL_DOCUMENT_TEST(DocumentKeys, ControlWithAnEditingKeyGoesToTheViewer)
     bench.close_in_order();
 }
 
+// Passed on there, a key would come back for ever.
+QUILL_DOCUMENT_TEST(DocumentKeys, EndWithAViewerThatTakesTheDocumentsWindowForItsOwn)
+{
+    bench.show_file(bench.pdf());
+    bench.viewer.window = bench.window();
+    const held_keys held{VK_CONTROL, VK_LCONTROL};
+    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_OK);
+    EXPECT_EQ(bench.viewer.texts(viewer_get_window).size(), 1u);
+    bench.close_in_order();
+}
+
 QUILL_DOCUMENT_TEST(DocumentKeys, OtherKeysGoToTheFrame)
 {
     key_window viewer_window;

@@ -45,6 +45,17 @@ QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedAfterTheLoadAndTakenBackAtTheEnd)
     EXPECT_EQ(bench.host.frame.set_menus.size(), 2u);
 }
 
+QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedAfterPageAndZoomAreShown)
+{
+    bench.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
+    lines viewer_calls;
+    bench.host.calls.when("IOleInPlaceFrame::InsertMenus",
+                          [&] { viewer_calls = bench.viewer.texts(viewer_set_zoom); });
+    bench.show_file(bench.pdf());
+    EXPECT_EQ(viewer_calls, lines{"9(R8 0.5)"});
+    bench.close_in_order();
+}
+
 QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedOnce)
 {
     bench.show_file(bench.pdf());
