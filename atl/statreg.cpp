@@ -79,9 +79,13 @@ HRESULT CRegObject::update_from_resource(HINSTANCE instance, UINT id, LPCOLESTR 
         return AtlHresultFromLastError();
     const int size = static_cast<int>(SizeofResource(instance, resource));
     try {
-        std::wstring text(static_cast<std::size_t>(MultiByteToWideChar(CP_ACP, 0, bytes, size, nullptr, 0)),
-                          L'\0');
-        MultiByteToWideChar(CP_ACP, 0, bytes, size, text.data(), static_cast<int>(text.size()));
+        // A text that cannot be had would pass for a script that wants nothing done.
+        const int length = MultiByteToWideChar(CP_ACP, 0, bytes, size, nullptr, 0);
+        if (length == 0)
+            return AtlHresultFromLastError();
+        std::wstring text(static_cast<std::size_t>(length), L'\0');
+        if (MultiByteToWideChar(CP_ACP, 0, bytes, size, text.data(), length) == 0)
+            return AtlHresultFromLastError();
         return update(text.c_str(), registering);
     } catch (...) {
         return AtlHresultFromException();

@@ -57,8 +57,6 @@ HRESULT CAtlModule::prepare_registrar(const _ATL_REGMAP_ENTRY* entries)
     if (!m_registrar)
         m_registrar = std::make_unique<CRegObject>();
     const std::wstring path = AtlGetModulePath(_AtlBaseModule.GetModuleInstance());
-    if (path.empty())
-        return AtlHresultFromLastError();
     m_registrar->ClearReplacements();
     HRESULT hr = m_registrar->AddReplacement(L"Module", quotable(path).c_str());
     if (SUCCEEDED(hr))

@@ -24,7 +24,7 @@ LSTATUS open_class_key(REFCLSID clsid, bool create, CRegKey& key)
     const std::wstring path = L"CLSID\\" + guid_text(clsid);
     if (register_per_user) {
         const LSTATUS status = key.Open(HKEY_CURRENT_USER, (L"Software\\Classes\\" + path).c_str());
-        if (status == ERROR_SUCCESS)
+        if (status != ERROR_FILE_NOT_FOUND)
             return status;
     }
     return create ? key.Create(HKEY_CLASSES_ROOT, path.c_str()) : key.Open(HKEY_CLASSES_ROOT, path.c_str());

@@ -81,6 +81,8 @@ std::wstring AtlGetModulePath(HINSTANCE instance)
     std::wstring path(MAX_PATH, L'\0');
     while (true) {
         const DWORD length = GetModuleFileNameW(instance, path.data(), static_cast<DWORD>(path.size()));
+        if (length == 0)
+            AtlThrow(AtlHresultFromLastError());
         if (length < path.size() || path.size() >= longest_path) {
             path.resize(length);
             return path;

@@ -14,7 +14,7 @@ ATLAPI AtlLoadTypeLib(HINSTANCE instance, LPCOLESTR index, BSTR* path, ITypeLib*
 ATLAPI AtlRegisterTypeLib(HINSTANCE instance, LPCOLESTR index) noexcept;
 ATLAPI AtlUnRegisterTypeLib(HINSTANCE instance, LPCOLESTR index) noexcept;
 
-// The full path of a module, whatever its length. Empty when it cannot be had.
+// The full path of a module, whatever its length. Throws CAtlException when it cannot be had.
 std::wstring AtlGetModulePath(HINSTANCE instance);
 
 } // namespace ATL

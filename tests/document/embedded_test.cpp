@@ -68,6 +68,24 @@ QUILL_DOCUMENT_TEST(DocumentInPage, ResolvesTheElementsReference)
     }
 }
 
+// A page must not get a file of the browser's own folder shown in place of its own.
+QUILL_DOCUMENT_TEST(DocumentInPage, AReferenceIsNoFileOfTheCurrentFolder)
+{
+    wchar_t former[MAX_PATH] = {};
+    ASSERT_NE(GetCurrentDirectoryW(MAX_PATH, former), 0u);
+    bench.pdf(L"x.pdf");
+    ASSERT_TRUE(SetCurrentDirectoryW(bench.files.path().c_str()));
+    page_container page(L"http://host.test/page.html");
+    page.add(L"EMBED", L"application/pdf", L"x.pdf");
+    prepare(bench, page);
+    bench.show();
+    EXPECT_TRUE(SetCurrentDirectoryW(former));
+    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
+    EXPECT_EQ(document_url(bench), L"quilltest://host.test/dir/x.pdf");
+    bench.wait_for_failed_worker();
+    bench.close_in_order();
+}
+
 QUILL_DOCUMENT_TEST(DocumentInPage, OpensALocalFileAtOnce)
 {
     const std::wstring path = bench.pdf();

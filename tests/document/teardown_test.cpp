@@ -85,6 +85,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, WithoutAnyStep)
 {
     bench.show_file(bench.pdf());
     take_down_in(bench, "");
+    EXPECT_EQ(bench.host.frame.set_menus.size(), 2u) << "the frame has its menu back";
 }
 
 QUILL_DOCUMENT_TEST(DocumentTeardown, WithoutAnyStepAndUiActive)

@@ -46,16 +46,24 @@ module_bench::~module_bench()
 
 CComPtr<IObjectWithSite> module_bench::make_helper() const
 {
+    CComPtr<IObjectWithSite> helper;
+    EXPECT_EQ(create_helper(&helper), S_OK);
+    return helper;
+}
+
+HRESULT module_bench::create_helper(IObjectWithSite** out) const
+{
     auto* const get_class_object =
         find_export<HRESULT WINAPI(REFCLSID, REFIID, void**)>(module_, "DllGetClassObject");
     CComPtr<IClassFactory> factory;
-    CComPtr<IObjectWithSite> helper;
-    EXPECT_TRUE(
-        get_class_object &&
-        SUCCEEDED(get_class_object(CLSID_SharepointBrowserHelperObject, IID_IClassFactory,
-                                   reinterpret_cast<void**>(&factory))) &&
-        SUCCEEDED(factory->CreateInstance(nullptr, IID_IObjectWithSite, reinterpret_cast<void**>(&helper))));
-    return helper;
+    const HRESULT result = get_class_object
+                               ? get_class_object(CLSID_SharepointBrowserHelperObject, IID_IClassFactory,
+                                                  reinterpret_cast<void**>(&factory))
+                               : E_UNEXPECTED;
+    EXPECT_EQ(factory != nullptr, SUCCEEDED(result));
+    if (!factory)
+        return result;
+    return factory->CreateInstance(nullptr, IID_IObjectWithSite, reinterpret_cast<void**>(out));
 }
 
 std::vector<std::string> module_bench::new_lines()

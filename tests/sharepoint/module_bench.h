@@ -34,6 +34,8 @@ public:
     module_bench& operator=(const module_bench&) = delete;
 
     CComPtr<IObjectWithSite> make_helper() const;
+    // The same where it may fail.
+    HRESULT create_helper(IObjectWithSite** out) const;
     // The log's lines since the last time, each as "level: text".
     std::vector<std::string> new_lines();
     // For tests in which something crashes: what that interrupts is not undone.

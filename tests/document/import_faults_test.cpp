@@ -1,0 +1,269 @@
+// Every call that the module makes of the system while it fetches, shows and closes a document fails once,
+// in every way, on whichever thread it is made; and so does every request for memory.
+#include "tests/document/document_bench.h"
+#include "tests/document/document_messages.h"
+#include "tests/support/faults/fault_loop.h"
+#include "tests/support/http_server.h"
+#include "tests/support/wait.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
+namespace quill::test {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+enum class source
+{
+    urlmon,
+    wininet, // into the system's own temporary folder, which the others are spared by a setting
+    file
+};
+
+// What a failure means for the document: without this it is shown.
+struct loss
+{
+    const char* function;
+    bool is_certain;                           // whichever of its calls fails
+    const char* log = nullptr;                 // what the worker writes when it ends for that
+    std::optional<source> from = std::nullopt; // any
+};
+
+constexpr loss losses[] = {
+    // the window, the viewer in it, and what both are made of
+    {"CLSIDFromProgID", true},
+    {"CoGetClassObject", true},
+    {"CreateWindowExW", false},
+    {"GetWindowThreadProcessId", false},
+    {"GlobalAddAtomW", false},
+    {"RegisterClassExW", true},
+    {"RegisterWindowMessageW", true},
+    {"SetPropW", true},
+    // the address, and the file when it is there
+    {"CreateFileW", false},
+    {"PathFileExistsW", false},
+    {"ReadFile", true},
+    {"SysAllocString", true},
+    {"WideCharToMultiByte", false},
+    // the worker's steps
+    {"CreateThread", true},
+    {"GetTempPathW", true, "ACTIVEDOC DownloadPDFFile FAILED TO GET TEMP PATH"},
+    {"GetFileAttributesW", false, nullptr, source::wininet}, // of the system's temporary folder
+    {"CreateDirectoryW", true, "ACTIVEDOC DownloadPDFFile FAILED TO CREATE TEMP DIRECTORY"},
+    {"URLDownloadToFileW", true, "ACTIVEDOC DownloadPDFFile "},
+    {"PostMessageW", true},
+    {"SendMessageTimeoutW", false},
+    // the other way of downloading
+    {"InternetOpenW", true, "ACTIVEDOC DownloadPDFFile MISSING FILE "},
+    {"InternetOpenUrlW", true, "ACTIVEDOC DEBUG InternetOpenUrl FAILED "},
+    {"InternetQueryDataAvailable", false},
+    {"InternetReadFile", true, "ACTIVEDOC DownloadPDFFile FAILED 1"},
+    {"_wfopen", true, "ACTIVEDOC DEBUG FAILED TO CREATE CACHE FILE "},
+    {"fflush", false},
+    {"fwrite", false},
+    {memory_group, false},
+};
+
+// A document's whole life; the environment that decides where its file goes.
+class document_visit
+{
+public:
+    document_visit(source from, const http_server& server) : from_(from), server_(server)
+    {
+        if (from == source::wininet) {
+            folder_.emplace(L"QUILL_TMP_FOLDER", std::nullopt);
+            system_folder_.emplace(L"TMP", bench_.temp.path());
+        }
+    }
+
+    // Whether the viewer was told to open something.
+    bool open_and_close(import_faults& faults)
+    {
+        bench_.viewer.forget_calls();
+        if (!create())
+            return false;
+        bench_.set_site();
+        load();
+        pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
+        bench_.do_verb(OLEIVERB_SHOW);
+        if (const HWND window = bench_.window())
+            RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
+        EXPECT_TRUE(faults.wait_for_threads()) << "the worker does not end";
+        pump_messages();
+        const bool is_shown = !bench_.viewer.texts(viewer_open).empty();
+        use();
+        close();
+        return is_shown;
+    }
+
+    const document_log& log() const { return bench_.log; }
+
+private:
+    bool create()
+    {
+        ComPtr<IClassFactory> factory;
+        HRESULT result = bench_.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory));
+        if (factory)
+            result = factory->CreateInstance(nullptr, IID_PPV_ARGS(&bench_.document));
+        EXPECT_EQ(result, bench_.document ? S_OK : E_OUTOFMEMORY);
+        bench_.host.document = bench_.document.Get();
+        return bench_.document != nullptr;
+    }
+
+    void load()
+    {
+        const HRESULT result = from_ == source::file ? bench_.load_file(bench_.pdf())
+                                                     : bench_.load_url(server_.url(L"/c/d.pdf"));
+        EXPECT_TRUE(result == S_OK || result == E_OUTOFMEMORY) << result;
+    }
+
+    void use()
+    {
+        if (const HWND window = bench_.window()) {
+            SendMessageW(window, WM_SIZE, 0, MAKELPARAM(300, 200));
+            SendMessageW(window, WM_MOUSEACTIVATE, 0, 0);
+            SendMessageW(window, message_open_link, 1, reinterpret_cast<LPARAM>(L"../x.pdf"));
+        }
+        bench_.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr);
+    }
+
+    void close()
+    {
+        const auto ole_object = bench_.as<IOleObject>();
+        if (bench_.host.view)
+            bench_.host.view->UIActivate(FALSE);
+        EXPECT_EQ(bench_.as<IOleInPlaceObjectWindowless>()->InPlaceDeactivate(), S_OK);
+        if (bench_.host.view) {
+            bench_.host.view->CloseView(0);
+            bench_.host.view->SetInPlaceSite(nullptr);
+        }
+        EXPECT_EQ(ole_object->Close(OLECLOSE_NOSAVE), S_OK);
+        EXPECT_EQ(ole_object->SetClientSite(nullptr), S_OK);
+        EXPECT_EQ(bench_.window(), nullptr);
+    }
+
+public:
+    // The last references of the host; the document must be gone then.
+    void release()
+    {
+        bench_.host.view.Reset();
+        bench_.host.frame.drop_active_object();
+        bench_.host.document = nullptr;
+        if (bench_.document)
+            EXPECT_EQ(bench_.document.Detach()->Release(), 0u) << "somebody still holds the document";
+        EXPECT_EQ(bench_.viewers.living_viewers(), 0);
+        EXPECT_EQ(bench_.host.site.references(), 0);
+        EXPECT_EQ(bench_.host.frame.references(), 0);
+    }
+
+private:
+    const source from_;
+    const http_server& server_;
+    document_bench bench_;
+    std::optional<environment_scope> folder_;
+    std::optional<environment_scope> system_folder_;
+};
+
+class DocumentImportFaults : public testing::TestWithParam<std::tuple<source, fault_kind>>
+{
+protected:
+    DocumentImportFaults()
+    {
+        server_.route("/c/d.pdf", http_response::ok(pdf_body(20'000)));
+        if (from() == source::wininet)
+            settings_.set_string(L"kIEBrowserPluginWinINet", L"/b 1");
+    }
+
+    static source from() { return std::get<source>(GetParam()); }
+
+    std::vector<fault_place> places_of_a_life()
+    {
+        live_whole();
+        live_whole(); // without what the process does once
+        return faults_.places();
+    }
+
+    void live_whole()
+    {
+        document_visit visit(from(), server_);
+        faults_.count();
+        EXPECT_TRUE(visit.open_and_close(faults_));
+        visit.release();
+        faults_.stop();
+    }
+
+    // With the failure, and then once more in the same module without one. Whether it failed.
+    bool live_with(const fault_place& place)
+    {
+        document_visit visit(from(), server_);
+        faults_.fail(place);
+        const bool is_shown = visit.open_and_close(faults_);
+        visit.release();
+        const bool has_failed = faults_.has_failed();
+        faults_.stop();
+        if (has_failed)
+            expect_promised(place, is_shown, visit.log());
+        else
+            EXPECT_TRUE(is_shown);
+        faults_.count();
+        EXPECT_TRUE(visit.open_and_close(faults_)) << "the next document is not shown";
+        visit.release();
+        faults_.stop();
+        return has_failed;
+    }
+
+    static void expect_promised(const fault_place& place, bool is_shown, const document_log& log)
+    {
+        const auto* const known = std::find_if(std::begin(losses), std::end(losses), [&](const loss& each) {
+            return place.group == each.function && each.from.value_or(from()) == from();
+        });
+        if (known == std::end(losses)) {
+            EXPECT_TRUE(is_shown) << "nothing that the document could not do without";
+            return;
+        }
+        if (known->is_certain)
+            EXPECT_FALSE(is_shown);
+        if (known->log)
+            EXPECT_TRUE(log.worker_wrote(known->log)) << testing::PrintToString(log.worker_lines());
+    }
+
+    registry_key_scope settings_{HKEY_CURRENT_USER,
+                                 L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin"};
+    http_server server_;
+    import_faults faults_;
+};
+
+TEST_P(DocumentImportFaults, LeaveTheDocumentClosableAndTheNextOneWhole)
+{
+    const auto [from, kind] = GetParam();
+    const char* const routine = from == source::file     ? "a document from a file"
+                                : from == source::urlmon ? "a document through urlmon"
+                                                         : "a document through WinINet";
+    const std::string name = std::string("the system's part in ") + routine;
+    const std::string memory = std::string("memory for ") + routine;
+    const auto places = places_of_a_life();
+    ASSERT_GT(places.size(), 200u);
+    constexpr int usual_step = 15;
+    fail_each((kind == fault_kind::calls ? name : memory).c_str(), kind, places, usual_step,
+              [this](const fault_place& place) { return live_with(place); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Document, DocumentImportFaults,
+                         testing::Combine(testing::Values(source::urlmon, source::wininet, source::file),
+                                          testing::Values(fault_kind::calls, fault_kind::memory)),
+                         [](const testing::TestParamInfo<DocumentImportFaults::ParamType>& way) {
+                             const source from = std::get<source>(way.param);
+                             const std::string name = from == source::file     ? "File"
+                                                      : from == source::urlmon ? "Urlmon"
+                                                                               : "WinInet";
+                             return name + (std::get<fault_kind>(way.param) == fault_kind::calls ? "Calls"
+                                                                                                 : "Memory");
+                         });
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,168 @@
+// From the loading of the DLL to its unloading, with the first log line into every sink and the suite's
+// libraries between: every call of the system fails once, in every way, and every request for memory. What
+// the log or the libraries lose concerns nobody else.
+#include "tests/module/loaded_module.h"
+#include "tests/support/child_process.h"
+#include "tests/support/faults/fault_loop.h"
+#include "tests/support/log_file.h"
+#include "tests/support/silent_output.h"
+
+#include <gtest/gtest.h>
+#include <ocidl.h>
+#include <wrl/client.h>
+
+#include <algorithm>
+#include <cstring>
+#include <cwchar>
+#include <iterator>
+
+namespace quill::test {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+template <class Function>
+code_address address_of(Function* function)
+{
+    return reinterpret_cast<code_address>(function);
+}
+
+// A device for the log that takes everything.
+HANDLE WINAPI create_file_or_device(const wchar_t* path, DWORD access, DWORD sharing,
+                                    SECURITY_ATTRIBUTES* security, DWORD creation, DWORD flags,
+                                    HANDLE pattern)
+{
+    const bool is_device = std::wcscmp(path, L"\\\\.\\Global\\ProcmonDebugLogger") == 0;
+    return CreateFileW(is_device ? L"NUL" : path, access, sharing, security, creation, flags, pattern);
+}
+
+BOOL WINAPI take_line(HANDLE, DWORD, void*, DWORD, void*, DWORD, DWORD* returned, OVERLAPPED*)
+{
+    *returned = 0;
+    return TRUE;
+}
+
+// The calls of these are made before the module's own code runs, or to find that it may not run.
+bool may_keep_from_loading(const fault_place& place)
+{
+    static constexpr const char* functions[] = {"GetModuleFileNameW", "InitializeCriticalSectionAndSpinCount",
+                                                "TlsAlloc", memory_group};
+    return std::find(std::begin(functions), std::end(functions), place.group) != std::end(functions);
+}
+
+class ModuleImportFaults : public testing::TestWithParam<fault_kind>
+{
+protected:
+    ModuleImportFaults()
+    {
+        keep_system_libraries_loaded();
+        faults_.stand_in("CreateFileW", address_of(&create_file_or_device));
+        faults_.stand_in("DeviceIoControl", address_of(&take_line));
+    }
+
+    std::vector<fault_place> places_of_a_life()
+    {
+        for (int run = 1; run <= 2; ++run) { // the first does what the process does once
+            faults_.count();
+            EXPECT_TRUE(live());
+            faults_.stop();
+        }
+        EXPECT_GT(import_faults::calls("DeviceIoControl"), 0);
+        EXPECT_GE(import_faults::calls("LoadLibraryExW"), 3);
+        return faults_.places();
+    }
+
+    bool live_with(const fault_place& place)
+    {
+        faults_.fail(place);
+        const bool is_alive = live();
+        const bool has_failed = faults_.has_failed();
+        faults_.stop();
+        EXPECT_TRUE(is_alive || may_keep_from_loading(place)) << "the log is no reason to fail";
+        EXPECT_TRUE(live()) << "the next load fails";
+        EXPECT_TRUE(has_logged()) << "the next load does not log";
+        return has_failed;
+    }
+
+private:
+    // Loaded, used and unloaded; false when it did not load or an object was not made.
+    bool live()
+    {
+        logged_before_ = logs_.lines().size();
+        const silent_output quiet;
+        const HMODULE module = LoadLibraryW(loaded_module::path().c_str());
+        if (!module)
+            return false;
+        const bool has_worked = use_objects(module);
+        EXPECT_EQ(function<HRESULT WINAPI()>(module, "DllCanUnloadNow")(), S_OK);
+        FreeLibrary(module);
+        EXPECT_EQ(GetModuleHandleW(L"QuillPDF.IE.dll"), nullptr);
+        return has_worked;
+    }
+
+    static bool use_objects(HMODULE module)
+    {
+        auto* const get = function<HRESULT WINAPI(REFCLSID, REFIID, void**)>(module, "DllGetClassObject");
+        const auto helper = create<IObjectWithSite>(get, helper_class);
+        if (helper)
+            EXPECT_EQ(helper->SetSite(nullptr), S_OK); // through the barriers, hence with the libraries
+        return helper && create<IUnknown>(get, active_doc_class);
+    }
+
+    template <class Interface, class Get>
+    static ComPtr<Interface> create(Get* get_class_object, const CLSID& class_id)
+    {
+        ComPtr<IClassFactory> factory;
+        ComPtr<Interface> object;
+        HRESULT result = get_class_object(class_id, IID_IClassFactory, &factory);
+        if (factory)
+            result = factory->CreateInstance(nullptr, IID_PPV_ARGS(&object));
+        EXPECT_EQ(result, object ? S_OK : E_OUTOFMEMORY);
+        return object;
+    }
+
+    template <class Function>
+    static Function* function(HMODULE module, const char* name)
+    {
+        return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+    }
+
+    bool has_logged() const { return logs_.lines().size() > logged_before_; }
+
+    log_folder_scope logs_;
+    environment_scope level_{L"QUILL_LOG_LEVEL", L"debug"};
+    environment_scope sinks_{L"QUILL_LOG_SINKS", L"file,stdout,procmon"};
+    import_faults faults_;
+    std::size_t logged_before_ = 0;
+};
+
+TEST_P(ModuleImportFaults, ConcernNobodyButWhatFailed)
+{
+    const auto places = places_of_a_life();
+    ASSERT_GT(places.size(), 50u);
+    constexpr int usual_step = 15;
+    fail_each(GetParam() == fault_kind::calls
+                  ? "the system's part in loading, the log and the suite's libraries"
+                  : "memory for loading, the log and the suite's libraries",
+              GetParam(), places, usual_step, [this](const fault_place& place) { return live_with(place); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Module, ModuleImportFaults, testing::Values(fault_kind::calls, fault_kind::memory),
+                         [](const testing::TestParamInfo<fault_kind>& kind) {
+                             return kind.param == fault_kind::calls ? "Calls" : "Memory";
+                         });
+
+// Whoever calls a further function of the system has to say how it can fail, or why it cannot.
+TEST(ModuleImports, AreEachMadeToFailOrLeftAloneForAReason)
+{
+    const loaded_module module;
+    for (const std::string& name : imported_names(module.handle())) {
+        const auto& fallible = fallible_functions();
+        const bool can_fail = std::any_of(fallible.begin(), fallible.end(),
+                                          [&](const auto& each) { return each.name == name; });
+        EXPECT_NE(can_fail, reason_to_leave_alone(name) != nullptr) << name;
+    }
+}
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,214 @@
+// Every call that the module makes of the system while a tab visits a SharePoint page fails once, in every
+// way; and so does every request for memory. The tab lives on, and no click is lost: what the module keeps
+// from the browser has been given to the editor or to the default handler.
+#include "sharepoint/event_identifiers.h"
+#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/module_bench.h"
+#include "tests/sharepoint/page_visit.h"
+#include "tests/support/faults/fault_loop.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace quill::test {
+namespace {
+
+// What was started. No program really is: hundreds of visits with two starts each would take minutes.
+struct launches
+{
+    std::vector<std::wstring> editor_lines;
+    std::vector<std::wstring> handled_addresses;
+
+    static launches& now()
+    {
+        static launches instance;
+        return instance;
+    }
+};
+
+HANDLE own_handle(HANDLE current)
+{
+    HANDLE copy = nullptr;
+    DuplicateHandle(GetCurrentProcess(), current, GetCurrentProcess(), &copy, 0, FALSE,
+                    DUPLICATE_SAME_ACCESS);
+    return copy;
+}
+
+BOOL WINAPI create_no_process(const wchar_t*, wchar_t* line, SECURITY_ATTRIBUTES*, SECURITY_ATTRIBUTES*, BOOL,
+                              DWORD, void*, const wchar_t*, STARTUPINFOW*, PROCESS_INFORMATION* created)
+{
+    launches::now().editor_lines.emplace_back(line);
+    *created = {own_handle(GetCurrentProcess()), own_handle(GetCurrentThread()), GetCurrentProcessId(),
+                GetCurrentThreadId()};
+    return TRUE;
+}
+
+HINSTANCE WINAPI execute_nothing(HWND, const wchar_t*, const wchar_t* file, const wchar_t*, const wchar_t*,
+                                 int)
+{
+    launches::now().handled_addresses.emplace_back(file);
+    return reinterpret_cast<HINSTANCE>(INT_PTR{42}); // success is anything above 32
+}
+
+struct seen_visit
+{
+    visit_record record;
+    launches started;
+};
+
+CComPtr<ITypeLib> type_library(const GUID& id, WORD major, WORD minor)
+{
+    CComPtr<ITypeLib> library;
+    EXPECT_EQ(LoadRegTypeLib(id, major, minor, 0, &library), S_OK);
+    return library;
+}
+
+template <class Function>
+code_address address_of(Function* function)
+{
+    return reinterpret_cast<code_address>(function);
+}
+
+// Functions without which an event cannot be understood; all others cost a log line, the editor's path or
+// nothing.
+bool may_cost_an_event(const fault_place& place)
+{
+    static constexpr const char* functions[] = {"DispCallFunc", "LoadRegTypeLib", "SysAllocString",
+                                                "SysAllocStringLen", memory_group};
+    return std::find(std::begin(functions), std::end(functions), place.group) != std::end(functions);
+}
+
+class SharepointImportFaults : public testing::TestWithParam<fault_kind>
+{
+protected:
+    SharepointImportFaults()
+    {
+        editors_.use_editor();
+        faults_.stand_in("CreateProcessW", address_of(&create_no_process));
+        faults_.stand_in("ShellExecuteW", address_of(&execute_nothing));
+    }
+
+    std::vector<fault_place> places_of_a_visit()
+    {
+        for (int run = 1; run <= 2; ++run) { // the first does what the process does once
+            const module_bench module;
+            faults_.count();
+            normal_ = visit(module);
+            faults_.stop();
+        }
+        EXPECT_EQ(normal_.started.editor_lines.size(), 3u); // two clicks, one navigation
+        EXPECT_EQ(normal_.started.handled_addresses.size(), 0u);
+        EXPECT_TRUE(normal_.record.is_rewritten);
+        return faults_.places();
+    }
+
+    // With the failure, and then once more in the same module without one. Whether it failed.
+    bool visit_with(const fault_place& place)
+    {
+        const module_bench module;
+        faults_.fail(place);
+        const seen_visit seen = visit(module);
+        const bool has_failed = faults_.has_failed();
+        faults_.stop();
+        if (may_cost_an_event(place))
+            expect_no_click_lost(place, seen);
+        else
+            expect_normal(seen.record);
+        if (has_failed && place.group == "CreateProcessW")
+            EXPECT_EQ(seen.started.handled_addresses.size(), 1u) << "nobody opens the document";
+        const seen_visit next = visit(module);
+        expect_normal(next.record);
+        EXPECT_EQ(next.started.editor_lines.size() + next.started.handled_addresses.size(), 3u);
+        return has_failed;
+    }
+
+private:
+    static seen_visit visit(const module_bench& module)
+    {
+        launches::now() = {};
+        CComPtr<IObjectWithSite> helper;
+        const HRESULT created = module.create_helper(&helper);
+        EXPECT_EQ(created, helper ? S_OK : E_OUTOFMEMORY);
+        if (!helper)
+            return {};
+        fake_scene scene;
+        const visit_record record = visit_page(scene, helper, true);
+        return {record, launches::now()};
+    }
+
+    void expect_normal(const visit_record& record) const
+    {
+        EXPECT_EQ(record.outcomes, normal_.record.outcomes);
+        EXPECT_EQ(record.repeats, normal_.record.repeats);
+        EXPECT_EQ(record.is_rewritten, normal_.record.is_rewritten);
+    }
+
+    void expect_no_click_lost(const fault_place& place, const seen_visit& seen) const
+    {
+        const visit_record& record = seen.record;
+        const auto at = [](visit_step step) { return static_cast<std::size_t>(step); };
+        std::size_t changed = 0;
+        for (std::size_t step = 0; step < visit_steps; ++step) {
+            SCOPED_TRACE("step " + std::to_string(step));
+            changed += expect_bearable(record.outcomes[step], normal_.record.outcomes[step]);
+            changed += expect_bearable(record.repeats[step], normal_.record.repeats[step]);
+        }
+        // What fails once costs one event, but for the attachment, without which there are no events.
+        const auto& attached = record.outcomes[at(visit_step::attach)];
+        if (!place.stays && attached && attached->code == S_OK)
+            EXPECT_LE(changed, 1u);
+
+        // A navigation is announced twice, and opened once.
+        const std::size_t cancelled = is_cancelled(record.outcomes[at(visit_step::click)]) +
+                                      is_cancelled(record.repeats[at(visit_step::click)]) +
+                                      (is_cancelled(record.outcomes[at(visit_step::navigation)]) ||
+                                       is_cancelled(record.repeats[at(visit_step::navigation)]));
+        EXPECT_GE(seen.started.editor_lines.size() + seen.started.handled_addresses.size(), cancelled);
+    }
+
+    static bool is_cancelled(const std::optional<event_outcome>& outcome)
+    {
+        return outcome && outcome->is_cancelled;
+    }
+
+    // An event that is not understood fails or passes; none is cancelled that would not be. Whether it
+    // differs.
+    static bool expect_bearable(const std::optional<event_outcome>& seen,
+                                const std::optional<event_outcome>& normal)
+    {
+        if (seen == normal)
+            return false;
+        EXPECT_FALSE(is_cancelled(seen));
+        return true;
+    }
+
+    editor_bench editors_;
+    // Held, so that not every visit has them read anew.
+    const CComPtr<ITypeLib> browser_types_ =
+        type_library(quill::LIBID_browser, quill::browser_library_major, quill::browser_library_minor);
+    const CComPtr<ITypeLib> page_types_ =
+        type_library(quill::LIBID_html_engine, quill::html_library_major, quill::html_library_minor);
+    import_faults faults_;
+    seen_visit normal_;
+};
+
+TEST_P(SharepointImportFaults, LoseNoClickAndLeaveTheTabUsable)
+{
+    const auto places = places_of_a_visit();
+    ASSERT_GT(places.size(), 300u);
+    constexpr int usual_step = 15;
+    fail_each(GetParam() == fault_kind::calls ? "the system's part in a visit to a SharePoint page"
+                                              : "memory for a visit to a SharePoint page",
+              GetParam(), places, usual_step, [this](const fault_place& place) { return visit_with(place); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Sharepoint, SharepointImportFaults,
+                         testing::Values(fault_kind::calls, fault_kind::memory),
+                         [](const testing::TestParamInfo<fault_kind>& kind) {
+                             return kind.param == fault_kind::calls ? "Calls" : "Memory";
+                         });
+
+} // namespace
+} // namespace quill::test

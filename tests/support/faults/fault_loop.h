@@ -1,0 +1,27 @@
+// Places fail one after the other.
+#pragma once
+
+#include "tests/support/faults/import_faults.h"
+
+#include <functional>
+
+namespace quill::test {
+
+enum class fault_kind
+{
+    calls, // every function but those that give memory
+    memory
+};
+
+// Lets each place of a kind fail in turn, in balance, and reports how many have failed as places of the
+// routine. life is given the place, calls import_faults::fail with it when everything is ready, and says
+// whether the place has failed; in a run in which the module did not come to it, nothing has. The usual run
+// takes every usual_step-th place.
+void fail_each(const char* routine, fault_kind kind, const std::vector<fault_place>& places, int usual_step,
+               const std::function<bool(const fault_place&)>& life);
+
+// The same without a look at what a life leaves in the process: once for each place.
+void fail_each_uncounted(const char* routine, fault_kind kind, const std::vector<fault_place>& places,
+                         int usual_step, const std::function<bool(const fault_place&)>& life);
+
+} // namespace quill::test
