@@ -17,7 +17,7 @@
 namespace quill::soak {
 namespace {
 
-constexpr std::size_t short_closings = 8;
+constexpr std::size_t short_closings = 6;
 constexpr std::size_t warm_up_closings = 12;
 constexpr std::size_t ways_down = 3;
 

@@ -14,7 +14,7 @@
 namespace quill::soak {
 namespace {
 
-constexpr std::size_t short_openings = 32;
+constexpr std::size_t short_openings = 16;
 constexpr std::size_t warm_up_openings = 16;
 constexpr std::size_t short_crowd = 25;
 constexpr DWORD crowd_deadline_ms = 120'000;
