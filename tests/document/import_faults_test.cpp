@@ -2,6 +2,7 @@
 // in every way, on whichever thread it is made; and so does every request for memory.
 #include "tests/document/document_bench.h"
 #include "tests/document/document_messages.h"
+#include "tests/document/page_container.h"
 #include "tests/support/faults/fault_loop.h"
 #include "tests/support/http_server.h"
 #include "tests/support/wait.h"
@@ -22,8 +23,12 @@ enum class source
 {
     urlmon,
     wininet, // into the system's own temporary folder, which the others are spared by a setting
-    file
+    file,
+    element // of a page, whose address is fetched through urlmon
 };
+
+constexpr const char* source_names[] = {"a document through urlmon", "a document through WinINet",
+                                        "a document from a file", "a document in a page"};
 
 // What a failure means for the document: without this it is shown.
 struct loss
@@ -69,6 +74,8 @@ constexpr loss losses[] = {
     {memory_group, false},
 };
 
+constexpr const wchar_t* document_target = L"/c/d.pdf";
+
 // A document's whole life; the environment that decides where its file goes.
 class document_visit
 {
@@ -78,6 +85,11 @@ public:
         if (from == source::wininet) {
             folder_.emplace(L"QUILL_TMP_FOLDER", std::nullopt);
             system_folder_.emplace(L"TMP", bench_.temp.path());
+        }
+        if (from == source::element) {
+            page_.add(L"EMBED", L"application/pdf", server_.url(document_target).c_str());
+            bench_.host.container = page_.container();
+            bench_.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
         }
     }
 
@@ -117,8 +129,10 @@ private:
 
     void load()
     {
+        if (from_ == source::element)
+            return;
         const HRESULT result = from_ == source::file ? bench_.load_file(bench_.pdf())
-                                                     : bench_.load_url(server_.url(L"/c/d.pdf"));
+                                                     : bench_.load_url(server_.url(document_target));
         EXPECT_TRUE(result == S_OK || result == E_OUTOFMEMORY) << result;
     }
 
@@ -164,6 +178,7 @@ public:
 private:
     const source from_;
     const http_server& server_;
+    page_container page_{L"http://host.test/page.html"};
     document_bench bench_;
     std::optional<environment_scope> folder_;
     std::optional<environment_scope> system_folder_;
@@ -241,11 +256,9 @@ protected:
 TEST_P(DocumentImportFaults, LeaveTheDocumentClosableAndTheNextOneWhole)
 {
     const auto [from, kind] = GetParam();
-    const char* const routine = from == source::file     ? "a document from a file"
-                                : from == source::urlmon ? "a document through urlmon"
-                                                         : "a document through WinINet";
-    const std::string name = std::string("the system's part in ") + routine;
-    const std::string memory = std::string("memory for ") + routine;
+    const std::string routine = source_names[static_cast<std::size_t>(from)];
+    const std::string name = "the system's part in " + routine;
+    const std::string memory = "memory for " + routine;
     const auto places = places_of_a_life();
     ASSERT_GT(places.size(), 200u);
     constexpr int usual_step = 15;
@@ -254,15 +267,14 @@ TEST_P(DocumentImportFaults, LeaveTheDocumentClosableAndTheNextOneWhole)
 }
 
 INSTANTIATE_TEST_SUITE_P(Document, DocumentImportFaults,
-                         testing::Combine(testing::Values(source::urlmon, source::wininet, source::file),
+                         testing::Combine(testing::Values(source::urlmon, source::wininet, source::file,
+                                                          source::element),
                                           testing::Values(fault_kind::calls, fault_kind::memory)),
                          [](const testing::TestParamInfo<DocumentImportFaults::ParamType>& way) {
-                             const source from = std::get<source>(way.param);
-                             const std::string name = from == source::file     ? "File"
-                                                      : from == source::urlmon ? "Urlmon"
-                                                                               : "WinInet";
-                             return name + (std::get<fault_kind>(way.param) == fault_kind::calls ? "Calls"
-                                                                                                 : "Memory");
+                             constexpr const char* names[] = {"Urlmon", "WinInet", "File", "Element"};
+                             const auto from = static_cast<std::size_t>(std::get<source>(way.param));
+                             const bool is_calls = std::get<fault_kind>(way.param) == fault_kind::calls;
+                             return std::string(names[from]) + (is_calls ? "Calls" : "Memory");
                          });
 
 } // namespace
