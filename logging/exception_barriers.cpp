@@ -22,8 +22,8 @@ void log_pdfcore_exception(const char* name, std::uint32_t line)
     const suite_functions& suite = suite_library_functions();
     wchar_t text[error_text_size + 1] = {};
     suite.get_error_string(suite.get_exception_error_code(), text, error_text_size);
-    QUILL_LOG(log_level::debug) << name << ":" << line
-                                << " pdfcore exception: " << suite.get_exception_error_code() << " " << text;
+    const auto code = suite.get_exception_error_code(); // asked for again, whoever reads the line
+    QUILL_LOG(log_level::debug) << name << ":" << line << " pdfcore exception: " << code << " " << text;
 }
 
 void log_error(const char* name, std::uint32_t line, const char* kind, const char* text)

@@ -20,7 +20,8 @@ struct logger_holder
 // tries again. Any thread may call.
 const logger_holder& global_logger();
 
-// Puts another logger, not null, in place of the module's. No other thread may log meanwhile.
+// Puts another logger, not null, in place of the module's, as those do who want to read the lines; the module
+// itself does not call it. No other thread may log meanwhile.
 void use_logger(std::shared_ptr<spdlog::logger> logger);
 
 } // namespace quill

@@ -106,6 +106,8 @@ void log_stream::format(std::uint64_t value) noexcept
 
 void log_pieces(log_level level, std::initializer_list<const char*> pieces) noexcept
 {
+    if (!is_logged(level))
+        return;
     log_stream line(level);
     for (const char* piece : pieces)
         line << piece;

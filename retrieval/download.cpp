@@ -24,6 +24,8 @@ namespace {
 template <typename... Pieces>
 void log_debug(const Pieces&... pieces) noexcept
 {
+    if (!is_logged(log_level::debug))
+        return;
     log_stream line(log_level::debug);
     (line << ... << pieces);
 }

@@ -10,6 +10,7 @@ namespace quill::soak {
 namespace {
 
 constexpr std::uint32_t server_rest_ms = 10'000;
+constexpr DWORD most_moments_ms = 500;
 
 closing_plan draw(std::mt19937_64& random, stage last, std::size_t ways_down)
 {
@@ -17,7 +18,7 @@ closing_plan draw(std::mt19937_64& random, stage last, std::size_t ways_down)
     drawn.at = static_cast<stage>(random() % (static_cast<unsigned>(last) + 1));
     drawn.path = random() % 2 ? download_path::wininet : download_path::urlmon;
     drawn.way_down = random() % ways_down;
-    drawn.moments_ms = static_cast<DWORD>(random() % 120);
+    drawn.moments_ms = static_cast<DWORD>(random() % most_moments_ms);
     drawn.slow = drawn.at != stage::body_sent && drawn.at != stage::load_posted && drawn.at != stage::shown &&
                  random() % 4 != 0;
     return drawn;
@@ -30,8 +31,8 @@ const char* name_of(stage at)
         return "begun";
     case stage::requested:
         return "requested";
-    case stage::first_bytes:
-        return "first bytes";
+    case stage::amid_body:
+        return "amid the body";
     case stage::moments_later:
         return "moments later";
     case stage::body_sent:
@@ -112,7 +113,7 @@ void reach(const closing_plan& plan, const test::http_server& server, const clos
     case stage::requested:
         wait_for_requests(signs.requests_with_the_worker);
         break;
-    case stage::first_bytes:
+    case stage::amid_body:
         wait_for_requests(signs.requests_with_the_worker);
         pump_for(plan.moments_ms);
         break;

@@ -7,6 +7,7 @@
 #include <windows.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <random>
 #include <string>
@@ -25,8 +26,8 @@ enum class stage
 {
     begun,         // nobody may have asked for anything yet
     requested,     // the server has the worker's request
-    first_bytes,   // the viewer's pane has been told of progress, or the body is half there
-    moments_later, // anywhere
+    amid_body,     // some time after the request: anywhere in a slow body
+    moments_later, // some time after the beginning
     body_sent,     // the worker checks or hands over
     load_posted,   // the request to load waits in the queue
     shown,         // the viewer has it
@@ -52,6 +53,12 @@ bool host_is_through(const closing_plan& plan);
 
 // "closing 3: first bytes, urlmon, slow, way 2".
 std::string text_of(const closing_plan& plan, std::size_t number);
+
+// A body that takes a third of a second and more: no longer than the longest of the plans' moments, so that
+// every part of it has its closings.
+inline constexpr std::size_t slow_body_size = 120'000;
+inline constexpr std::size_t slow_piece_size = 2'000;
+inline constexpr std::uint32_t slow_piece_delay_ms = 5;
 
 // How a plan's stages are told.
 struct closing_signs

@@ -39,9 +39,9 @@ public:
     explicit closings(std::uint64_t seed) : random_(seed)
     {
         world_.server.route("/quick.pdf", test::http_response::ok(test::pdf_body(20'000)));
-        auto slow = test::http_response::ok(test::pdf_body(400'000));
-        slow.piece_size = 2'000;
-        slow.piece_delay_ms = 20;
+        auto slow = test::http_response::ok(test::pdf_body(slow_body_size));
+        slow.piece_size = slow_piece_size;
+        slow.piece_delay_ms = slow_piece_delay_ms;
         world_.server.route("/slow.pdf", slow);
     }
 

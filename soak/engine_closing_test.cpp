@@ -43,8 +43,8 @@ enum class way_down : std::size_t
 test::http_response in_drops(std::size_t size, const std::string& type)
 {
     auto response = test::http_response::ok(test::pdf_body(size), type);
-    response.piece_size = 2'000;
-    response.piece_delay_ms = 20;
+    response.piece_size = slow_piece_size;
+    response.piece_delay_ms = slow_piece_delay_ms;
     return response;
 }
 
@@ -152,7 +152,7 @@ private:
                          if (requests++ == 0)
                              return plan.slow_host ? in_drops(30'000, type)
                                                    : test::http_response::ok(test::pdf_body(6'000), type);
-                         return plan.slow ? in_drops(400'000, type)
+                         return plan.slow ? in_drops(slow_body_size, type)
                                           : test::http_response::ok(test::pdf_body(20'000), type);
                      });
     }

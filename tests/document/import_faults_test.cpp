@@ -266,16 +266,19 @@ TEST_P(DocumentImportFaults, LeaveTheDocumentClosableAndTheNextOneWhole)
               [this](const fault_place& place) { return live_with(place); });
 }
 
+std::string name_of(const testing::TestParamInfo<DocumentImportFaults::ParamType>& way)
+{
+    constexpr const char* names[] = {"Urlmon", "WinInet", "File", "Element"};
+    const bool is_calls = std::get<fault_kind>(way.param) == fault_kind::calls;
+    return std::string(names[static_cast<std::size_t>(std::get<source>(way.param))]) +
+           (is_calls ? "Calls" : "Memory");
+}
+
 INSTANTIATE_TEST_SUITE_P(Document, DocumentImportFaults,
                          testing::Combine(testing::Values(source::urlmon, source::wininet, source::file,
                                                           source::element),
                                           testing::Values(fault_kind::calls, fault_kind::memory)),
-                         [](const testing::TestParamInfo<DocumentImportFaults::ParamType>& way) {
-                             constexpr const char* names[] = {"Urlmon", "WinInet", "File", "Element"};
-                             const auto from = static_cast<std::size_t>(std::get<source>(way.param));
-                             const bool is_calls = std::get<fault_kind>(way.param) == fault_kind::calls;
-                             return std::string(names[from]) + (is_calls ? "Calls" : "Memory");
-                         });
+                         name_of);
 
 } // namespace
 } // namespace quill::test

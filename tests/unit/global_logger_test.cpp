@@ -71,6 +71,12 @@ struct GlobalLogger : testing::Test
     }
 };
 
+TEST_F(GlobalLogger, ALineAfterTheLoggersEndIsNotWritten)
+{
+    set(L"QUILL_LOG_LEVEL", L"info");
+    EXPECT_THAT(lines_of(run(L"info=x late")), ElementsAre(log_line{"info", "x"}));
+}
+
 TEST_F(GlobalLogger, WithoutALevelNothingIsLogged)
 {
     const auto result = run(L"critical=x logger");

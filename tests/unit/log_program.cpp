@@ -141,6 +141,19 @@ void top_up(const std::string& operand)
     log_stream(log_level::info) << std::string(static_cast<std::size_t>(text), 't').c_str();
 }
 
+// Logs when the program's logger has ended: what is made before it ends after it.
+struct late_line
+{
+    bool is_wanted = false;
+    ~late_line()
+    {
+        if (!is_wanted)
+            return;
+        QUILL_LOG(log_level::critical) << "too late";
+        quill::log_pieces(log_level::critical, {"too late"});
+    }
+} late;
+
 // Makes a folder where the log file of this process would be.
 void block(const std::string& path)
 {
@@ -161,6 +174,7 @@ int main(int argc, char** argv)
         {"seed", seed},
         {"top-up", top_up},
         {"block", block},
+        {"late", [](const std::string&) { late.is_wanted = true; }},
         {"remove", [](const std::string& path) { DeleteFileA(path.c_str()); }},
         {"pieces",
          [](const std::string& text) {
@@ -173,7 +187,7 @@ int main(int argc, char** argv)
         const std::string verb = argument.substr(0, equals);
         const std::string operand = equals == std::string::npos ? "" : argument.substr(equals + 1);
         if (const auto level = levels.find(verb); level != levels.end())
-            log_stream(level->second) << operand.c_str();
+            QUILL_LOG(level->second) << operand.c_str();
         else if (const auto found = verbs.find(verb); found != verbs.end())
             found->second(operand);
         else

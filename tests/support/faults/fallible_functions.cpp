@@ -79,8 +79,11 @@ void add_files(functions& all)
          "fwrite"});
     add(all, {way<-1, ERROR_DISK_FULL>("failure")},
         {"_filelengthi64", "_wmkdir", "_wremove", "_wrename", "fflush"});
-    add(all, {way<E_FAIL, ERROR_SUCCESS>("E_FAIL"), way<E_ACCESSDENIED, ERROR_SUCCESS>("E_ACCESSDENIED")},
-        {"SHGetFolderPathW", "SHGetKnownFolderPath"});
+    // As in a browser, which has no output.
+    add(all, {way<-1, ERROR_INVALID_HANDLE>("none")}, {"_fileno", "_get_osfhandle"});
+    const fault_way failure = way<E_FAIL, ERROR_SUCCESS>("E_FAIL");
+    add(all, {failure, way<E_ACCESSDENIED, ERROR_SUCCESS>("E_ACCESSDENIED")}, {"SHGetFolderPathW"});
+    add(all, {failure, way<S_OK, ERROR_SUCCESS>("S_OK with nothing")}, {"SHGetKnownFolderPath"});
     add(all, {way<FALSE, ERROR_INSUFFICIENT_BUFFER>("failure")}, {"PathAppendW"});
 }
 
@@ -117,7 +120,8 @@ void add_com(functions& all)
     const fault_way no_memory = way<E_OUTOFMEMORY, ERROR_SUCCESS>("E_OUTOFMEMORY");
     add(all, {way<CO_E_CLASSSTRING, ERROR_SUCCESS>("CO_E_CLASSSTRING"), no_memory},
         {"CLSIDFromProgID", "CLSIDFromString"});
-    add(all, {way<REGDB_E_CLASSNOTREG, ERROR_SUCCESS>("REGDB_E_CLASSNOTREG"), no_memory},
+    const fault_way nothing = way<S_OK, ERROR_SUCCESS>("S_OK with nothing");
+    add(all, {way<REGDB_E_CLASSNOTREG, ERROR_SUCCESS>("REGDB_E_CLASSNOTREG"), no_memory, nothing},
         {"CoGetClassObject"});
     add(all, {no_memory},
         {"CreateDataAdviseHolder", "CreateOleAdviseHolder", "DispCallFunc", "SetErrorInfo"});
@@ -126,7 +130,7 @@ void add_com(functions& all)
     add(all, {way<REGDB_E_CLASSNOTREG, ERROR_SUCCESS>("REGDB_E_CLASSNOTREG")},
         {"OleRegEnumVerbs", "OleRegGetMiscStatus", "OleRegGetUserType"});
     add(all, {way<S_FALSE, ERROR_SUCCESS>("S_FALSE")}, {"OleTranslateAccelerator"});
-    add(all, {way<TYPE_E_CANTLOADLIBRARY, ERROR_SUCCESS>("TYPE_E_CANTLOADLIBRARY"), no_memory},
+    add(all, {way<TYPE_E_CANTLOADLIBRARY, ERROR_SUCCESS>("TYPE_E_CANTLOADLIBRARY"), no_memory, nothing},
         {"LoadRegTypeLib", "LoadTypeLibEx"});
     add(all, {way<TYPE_E_REGISTRYACCESS, ERROR_SUCCESS>("TYPE_E_REGISTRYACCESS")},
         {"RegisterTypeLib", "UnRegisterTypeLib"});

@@ -8,7 +8,6 @@
 #include <cstdio>
 
 namespace quill::test {
-
 namespace {
 
 template <class Run>

@@ -37,6 +37,8 @@ const std::vector<fallible_function>& fallible_functions();
 
 // Why an import is none of them; null for a name that is not known.
 const char* reason_to_leave_alone(const std::string& name);
+// All those with a reason.
+std::vector<std::string> names_left_alone();
 
 // The number-th call of a function or a group in a run, and the way in which it fails.
 struct fault_place

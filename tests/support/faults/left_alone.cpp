@@ -137,9 +137,9 @@ const std::vector<left_alone>& all_left_alone()
          {"AddVectoredExceptionHandler", "RaiseException", "RtlCaptureContext", "RtlLookupFunctionEntry",
           "RtlUnwindEx", "RtlVirtualUnwind", "VirtualProtect", "VirtualQuery", "_resetstkoflw", "_setjmp",
           "longjmp", "__C_specific_handler", "_initterm"}},
-        {"linked in with the runtime's library for threads, or for its last words; nothing of the module "
-         "calls "
-         "it",
+        {"linked in with the runtime's library for threads, with the log's for output and pauses, or for "
+         "last words: "
+         "nobody hears of a failure",
          {"GetConsoleMode",
           "GetConsoleScreenBufferInfo",
           "GetHandleInformation",
@@ -167,8 +167,6 @@ const std::vector<left_alone>& all_left_alone()
           "_assert",
           "_endthreadex",
           "_errno",
-          "_fileno",
-          "_get_osfhandle",
           "_read",
           "_write",
           "abort",
@@ -186,6 +184,14 @@ const std::vector<left_alone>& all_left_alone()
 }
 
 } // namespace
+
+std::vector<std::string> names_left_alone()
+{
+    std::vector<std::string> names;
+    for (const left_alone& each : all_left_alone())
+        names.insert(names.end(), each.names.begin(), each.names.end());
+    return names;
+}
 
 const char* reason_to_leave_alone(const std::string& name)
 {
