@@ -94,7 +94,8 @@ TEST(ClosingSoak, AtAnyStageOfADownload)
         growth_limits limits;
         // What the download services keep of a download that is not broken off, too.
         limits.heap_blocks += 2 * closings_wanted;
-        limits.heap_bytes_each = 256;
+        // And what the first of a kind sets up, when it is not among those to warm up.
+        limits.heap_bytes_each = 256 + 4'096 / closings_wanted;
         limits.kernel_handles = 2; // of workers of the system's that come and go
         limits.threads = 2;
         // Downloads that are broken off leave a string of the system's now and then, up to one in twenty.

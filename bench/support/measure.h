@@ -28,8 +28,9 @@ using timed_run = std::function<double()>;
 // For what does the same each time but cannot be repeated without preparation. The times are the shortest.
 comparison compare_shortest_runs(const timed_run& ours, const timed_run& baseline);
 
-// For what takes long and differs from time to time. The ratio is the median of the rounds' ratios, so that a
-// slow spell counts for both sides or not at all; the times are medians.
+// For what takes long and differs from time to time. Who is first changes from round to round; the ratio is
+// the middle of both orders' medians of the rounds' ratios, so that a slow spell counts for both sides or not
+// at all, and the order for none. The times are medians.
 comparison compare_medians(const timed_run& ours, const timed_run& baseline, int rounds);
 
 // Keeps a value from being left out as unused.

@@ -1,7 +1,7 @@
 // The worker against windows that do not answer, hang and vanish.
 #include "retrieval/window_exchange.h"
 #include "tests/retrieval/download_scene.h"
-#include "tests/support/process_resources.h"
+#include "tests/support/balance.h"
 #include "tests/support/wait.h"
 
 #include <gmock/gmock.h>
@@ -208,13 +208,10 @@ TEST(RequestUrl, RefusesALengthThatNoUrlHas)
 TEST_F(DownloadForWindow, GivesEverythingBack)
 {
     fake_document_window window({.url = url()});
-    download(window); // the first download loads what the process keeps
-    ASSERT_TRUE(server_.wait_idle(default_deadline_ms));
-    const auto before = process_resources::now();
-    download(window);
-    ASSERT_TRUE(server_.wait_idle(default_deadline_ms));
-    EXPECT_TRUE(wait_until([&] { return process_resources::now() == before; }))
-        << before << " before, " << process_resources::now() << " after";
+    expect_balance([&] {
+        download(window);
+        EXPECT_TRUE(server_.wait_idle(default_deadline_ms));
+    });
 }
 
 } // namespace

@@ -2,10 +2,9 @@
 // that are promised, and everything that was opened is closed.
 #include "tests/retrieval/fake_document_window.h"
 #include "tests/retrieval/fake_wininet.h"
+#include "tests/support/balance.h"
 #include "tests/support/fault_points.h"
-#include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
-#include "tests/support/wait.h"
 
 #include <gtest/gtest.h>
 
@@ -70,12 +69,8 @@ TEST_P(WinInetFaults, CloseWhatIsOpen)
         }
         return points;
     };
-    fail_each(); // what the system sets up at a first failure stays
-    const process_resources before = process_resources::now();
-    const std::size_t points = fail_each();
-    // Threads of the system's own end a while after their last work.
-    EXPECT_TRUE(wait_until([&] { return process_resources::now() == before; }))
-        << "before: " << before << "\nafter: " << process_resources::now();
+    std::size_t points = 0;
+    expect_balance([&] { points = fail_each(); });
     report_fault_points("a WinINet download", points);
 }
 
