@@ -95,10 +95,14 @@ HRESULT CComTypeInfoHolder::load(LCID lcid)
     HRESULT hr = IsEqualGUID(*m_plibid, CAtlModule::m_libid)
                      ? AtlLoadTypeLib(_AtlBaseModule.GetResourceInstance(), nullptr, nullptr, &library)
                      : LoadRegTypeLib(*m_plibid, m_wMajor, m_wMinor, lcid, &library);
+    if (SUCCEEDED(hr) && !library)
+        hr = TYPE_E_CANTLOADLIBRARY;
     if (FAILED(hr))
         return hr;
     CComPtr<ITypeInfo> info;
     hr = library->GetTypeInfoOfGuid(*m_pguid, &info);
+    if (SUCCEEDED(hr) && !info)
+        hr = TYPE_E_ELEMENTNOTFOUND;
     if (FAILED(hr))
         return hr;
     auto names = std::make_unique<std::vector<named_id>>(load_names(info));

@@ -104,6 +104,8 @@ ATLAPI AtlLoadTypeLib(HINSTANCE instance, LPCOLESTR index, BSTR* path, ITypeLib*
         const HRESULT hr = LoadTypeLibEx(file.c_str(), REGKIND_NONE, &loaded);
         if (FAILED(hr))
             return hr;
+        if (!loaded)
+            return TYPE_E_CANTLOADLIBRARY;
         if (path)
             *path = CComBSTR(file.c_str()).Detach();
         *library = loaded.Detach();

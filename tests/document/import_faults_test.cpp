@@ -53,6 +53,7 @@ constexpr loss losses[] = {
     {"CreateFileW", false},
     {"PathFileExistsW", false},
     {"ReadFile", true},
+    {"SysAllocString", false, nullptr, source::element}, // one of the names that a page is searched for
     {"SysAllocString", true},
     {"WideCharToMultiByte", false},
     // the worker's steps
