@@ -1,37 +1,16 @@
 // What happens while the DLL is being loaded, when no other library may be.
 #include "tests/module/loaded_module.h"
+#include "tests/support/library_notice.h"
 
 #include <windows.h>
 
 #include <gmock/gmock.h>
-#include <winternl.h>
 
 #include <string>
 #include <vector>
 
 namespace quill::test {
 namespace {
-
-// The system's notice of a library that comes or goes; its own headers do not declare it.
-struct library_notice
-{
-    ULONG flags;
-    const UNICODE_STRING* full_name;
-    const UNICODE_STRING* base_name;
-    void* base;
-    ULONG size;
-};
-constexpr ULONG library_came = 1;
-using notice_handler = void(CALLBACK*)(ULONG reason, const library_notice* notice, void* names);
-using register_function = NTSTATUS(NTAPI*)(ULONG flags, notice_handler handler, void* names, void** cookie);
-using unregister_function = NTSTATUS(NTAPI*)(void* cookie);
-
-template <class Function>
-Function system_function(const char* name)
-{
-    return reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
-}
 
 void CALLBACK take_name(ULONG reason, const library_notice* notice, void* names)
 {

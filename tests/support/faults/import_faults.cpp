@@ -1,10 +1,10 @@
 #include "tests/support/faults/import_faults.h"
 
 #include "tests/support/faults/import_table.h"
+#include "tests/support/library_notice.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>
-#include <winternl.h>
 
 #include <algorithm>
 #include <atomic>
@@ -96,27 +96,6 @@ void watch_module(HMODULE module)
                           : import.replacement ? import.replacement
                                                : original;
     }
-}
-
-// The system's notice of a library that comes or goes; its own headers do not declare it.
-struct library_notice
-{
-    ULONG flags;
-    const UNICODE_STRING* full_name;
-    const UNICODE_STRING* base_name;
-    void* base;
-    ULONG size;
-};
-constexpr ULONG library_came = 1;
-using notice_handler = void(CALLBACK*)(ULONG reason, const library_notice* notice, void* context);
-using register_function = NTSTATUS(NTAPI*)(ULONG flags, notice_handler handler, void* context, void** cookie);
-using unregister_function = NTSTATUS(NTAPI*)(void* cookie);
-
-template <class Function>
-Function system_function(const char* name)
-{
-    return reinterpret_cast<Function>(
-        reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"ntdll.dll"), name)));
 }
 
 // Comes after the imports are found and before the library's own entry point.
