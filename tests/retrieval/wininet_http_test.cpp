@@ -215,12 +215,11 @@ public:
     {
         open_ = 0;
         opened_ = 0;
-        functions_.open = [](auto... arguments) WINAPI { return count(InternetOpenW(arguments...)); };
-        functions_.open_url = [](auto... arguments) WINAPI { return count(InternetOpenUrlW(arguments...)); };
-        functions_.connect = [](auto... arguments) WINAPI { return count(InternetConnectW(arguments...)); };
-        functions_.open_request = [](auto... arguments)
-                                      WINAPI { return count(HttpOpenRequestW(arguments...)); };
-        functions_.close_handle = [](HINTERNET handle) WINAPI {
+        functions_.open = [](auto... arguments) { return count(InternetOpenW(arguments...)); };
+        functions_.open_url = [](auto... arguments) { return count(InternetOpenUrlW(arguments...)); };
+        functions_.connect = [](auto... arguments) { return count(InternetConnectW(arguments...)); };
+        functions_.open_request = [](auto... arguments) { return count(HttpOpenRequestW(arguments...)); };
+        functions_.close_handle = [](HINTERNET handle) {
             const BOOL closed = InternetCloseHandle(handle);
             open_ -= closed != FALSE;
             return closed;
