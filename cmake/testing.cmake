@@ -1,6 +1,8 @@
 # Tests run under Wine in one persistent session: every program start into a fresh session would cost
 # seconds. tools/wine-session owns the session and its prefix, tools/wine-run runs one program in it.
 set(CMAKE_CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/tools/wine-run)
+# Test programs: starts one again that printed nothing at all, which also holds for the list of its tests.
+set(quill_test_runner ${PROJECT_SOURCE_DIR}/tools/run-test)
 
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 set(BUILD_GMOCK ON CACHE BOOL "" FORCE)
@@ -39,6 +41,7 @@ function(quill_add_test name)
         set(arg_TIMEOUT 60)
     endif()
     add_executable(test_${name} ${arg_SOURCES})
+    set_target_properties(test_${name} PROPERTIES CROSSCOMPILING_EMULATOR ${quill_test_runner})
     target_link_libraries(test_${name} PRIVATE ${arg_LIBRARIES} test_support)
     target_include_directories(test_${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_options(test_${name} PRIVATE -municode)
