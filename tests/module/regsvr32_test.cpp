@@ -35,7 +35,11 @@ struct Regsvr32 : testing::Test
     // Other programs of the session register the module as well.
     cross_process_lock lock{L"registration"};
 
-    ~Regsvr32() override
+    // An earlier run that was ended may have left the module registered.
+    Regsvr32() { unregister(); }
+    ~Regsvr32() override { unregister(); }
+
+    static void unregister()
     {
         regsvr32(L"/u");
         regsvr32(L"/u /n /i:user");
