@@ -3,8 +3,8 @@
 #include "retrieval/save_as.h"
 #include "tests/retrieval/ieframe/own_folder.h"
 #include "tests/retrieval/ieframe/save_browser.h"
+#include "tests/support/balance.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
 #include "tests/support/task_memory.h"
 
@@ -217,7 +217,7 @@ TEST_F(SaveAs, SavesWhatWasShownWhenItWasAskedTo)
 TEST_F(SaveAs, LeavesNoHandleBehind)
 {
     const ieframe_scope browser;
-    const auto every_end = [&] {
+    expect_balance([this] {
         EXPECT_EQ(save(), 1);
         save_result = E_FAIL;
         EXPECT_EQ(save(), 0);
@@ -228,11 +228,7 @@ TEST_F(SaveAs, LeavesNoHandleBehind)
         dialog_result = S_FALSE;
         EXPECT_EQ(save(), 1);
         dialog_result = S_OK;
-    };
-    every_end();
-    const auto before = process_resources::now();
-    every_end();
-    EXPECT_EQ(process_resources::now(), before);
+    });
 }
 
 TEST_F(SaveAs, PassesTheBrowsersOwnAnswersOn)

@@ -1,8 +1,8 @@
 // The download's calls one by one: their order and arguments, and that every path closes what it opened.
 #include "tests/retrieval/fake_wininet.h"
 #include "tests/retrieval/progress_steps.h"
+#include "tests/support/balance.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
 
 #include <gmock/gmock.h>
@@ -184,7 +184,7 @@ TEST_F(WinInetCalls, GiveUpAfterTheRelaxedRequest)
 {
     struct failure
     {
-        DWORD fake_wininet::* step;
+        DWORD fake_wininet::*step;
         DWORD error;
         std::size_t closed;
     };
@@ -334,10 +334,7 @@ TEST_F(WinInetCalls, RefuseNullTexts)
 
 TEST_F(WinInetCalls, LeaveNoHandleBehind)
 {
-    wininet.available = {4};
-    EXPECT_EQ(download(), 0u); // the run-time library makes its tables
-    const auto before = process_resources::now();
-    for (int round = 0; round < 3; ++round) {
+    expect_balance([this] {
         wininet.available = {4, 4};
         EXPECT_EQ(download(), 0u);
         wininet.available = {4, static_cast<DWORD>(impossible_size)};
@@ -347,8 +344,7 @@ TEST_F(WinInetCalls, LeaveNoHandleBehind)
         EXPECT_EQ(download(), 0x80004004u);
         wininet.on_read = nullptr;
         ResetEvent(cancel);
-    }
-    EXPECT_EQ(process_resources::now(), before);
+    });
 }
 
 } // namespace
