@@ -20,7 +20,8 @@ constexpr wchar_t module_name[] = L"QuillPDF.IE.dll";
 struct group_count
 {
     std::string name;
-    const std::vector<fault_way>* ways;
+    bool is_memory = false;
+    const std::vector<fault_way>* ways = nullptr;
     std::atomic<int> calls{0};
 };
 
@@ -43,6 +44,10 @@ struct fault_state
     int failing_call = 0;
     std::size_t failing_way = 0;
     std::atomic<bool> failed{false};
+    following_fault next;
+    std::atomic<DWORD> failed_on{0}; // the thread
+    std::atomic<int> calls_after{0}; // of those that next counts
+    std::atomic<const counted_import*> failed_next{nullptr};
     std::mutex threads_lock;
     std::vector<HANDLE> threads;
     std::atomic<code_address> create_thread{nullptr};
@@ -66,6 +71,21 @@ HANDLE WINAPI create_known_thread(SECURITY_ATTRIBUTES* security, SIZE_T stack, L
     return thread;
 }
 
+bool is_of_kind(const group_count& group, fault_kind kind)
+{
+    return kind == fault_kind::either || group.is_memory == (kind == fault_kind::memory);
+}
+
+// Whether the call, which is made after the place has failed, is the one that fails next.
+bool is_next(fault_state& all, const counted_import& import)
+{
+    if (all.next.distance == 0 || all.failed_on != GetCurrentThreadId() ||
+        !is_of_kind(*import.group, all.next.kind) || ++all.calls_after != all.next.distance)
+        return false;
+    all.failed_next = &import;
+    return true;
+}
+
 // Called for every call of a counted import, on any thread; says where it goes. Must not change the last
 // error, nor call anything that the counted functions might be.
 code_address destination(counted_import* import) noexcept
@@ -74,13 +94,18 @@ code_address destination(counted_import* import) noexcept
     if (!all.counting.load(std::memory_order_acquire))
         return import->original.load();
     const int call = ++import->group->calls;
-    if (all.failing != import->group || call < all.failing_call)
-        return import->original.load();
-    const fault_way& way = import->function->ways[all.failing_way];
-    if (call > all.failing_call && !way.stays)
-        return import->original.load();
-    all.failed = true;
-    return way.function;
+    const std::vector<fault_way>& ways = import->function->ways;
+    if (all.failing == import->group && call >= all.failing_call) {
+        const fault_way& way = ways[all.failing_way];
+        if (call == all.failing_call || way.stays) {
+            all.failed_on = GetCurrentThreadId();
+            all.failed = true;
+            return way.function;
+        }
+    }
+    if (all.failed && is_next(all, *import))
+        return ways[all.next.way % ways.size()].function;
+    return import->original.load();
 }
 
 void watch_module(HMODULE module)
@@ -117,8 +142,10 @@ fault_state& state()
             if (std::find(names.begin(), names.end(), function.group) == names.end())
                 names.emplace_back(function.group);
         made->groups = std::vector<group_count>(names.size());
-        for (std::size_t i = 0; i < names.size(); ++i)
+        for (std::size_t i = 0; i < names.size(); ++i) {
             made->groups[i].name = names[i];
+            made->groups[i].is_memory = names[i] == memory_group;
+        }
         made->imports = std::vector<counted_import>(functions.size());
         for (std::size_t i = 0; i < functions.size(); ++i) {
             const auto group = static_cast<std::size_t>(
@@ -138,6 +165,9 @@ void restart(const fault_place* place)
     all.counting = false;
     all.failed = false;
     all.failing = nullptr;
+    all.next = {};
+    all.failed_on = 0;
+    all.calls_after = 0;
     for (group_count& group : all.groups) {
         group.calls = 0;
         if (place && group.name == place->group)
@@ -148,6 +178,8 @@ void restart(const fault_place* place)
             throw std::runtime_error("no such function: " + place->group);
         all.failing_call = place->call;
         all.failing_way = place->way;
+        all.next = place->next;
+        all.failed_next = nullptr;
     }
     all.counting.store(true, std::memory_order_release);
 }
@@ -164,7 +196,12 @@ void forget_threads()
 
 std::string to_text(const fault_place& place)
 {
-    return "call " + std::to_string(place.call) + " of " + place.group + ": " + place.way_name;
+    std::string text = "call " + std::to_string(place.call) + " of " + place.group + ": " + place.way_name;
+    if (place.failures() > 1)
+        text += "; then " +
+                std::string(place.next.kind == fault_kind::memory ? "request for memory " : "call ") +
+                std::to_string(place.next.distance) + " after it, way " + std::to_string(place.next.way);
+    return text;
 }
 
 import_faults::import_faults()
@@ -220,6 +257,17 @@ int import_faults::calls(const std::string& group)
 bool import_faults::has_failed() const
 {
     return state().failed;
+}
+
+int import_faults::failures() const
+{
+    return has_failed() + !failed_next().empty();
+}
+
+std::string import_faults::failed_next()
+{
+    const counted_import* const import = state().failed_next;
+    return import ? import->group->name : "";
 }
 
 std::vector<fault_place> import_faults::places() const

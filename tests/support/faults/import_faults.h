@@ -40,6 +40,21 @@ const char* reason_to_leave_alone(const std::string& name);
 // All those with a reason.
 std::vector<std::string> names_left_alone();
 
+enum class fault_kind
+{
+    calls, // every function but those that give memory
+    memory,
+    either
+};
+
+// A second failure, on the thread of the first: the distance-th call of its kind after it.
+struct following_fault
+{
+    int distance = 0; // 0: none
+    fault_kind kind = fault_kind::calls;
+    std::size_t way = 0; // of the function that is met there, modulo the number of its ways
+};
+
 // The number-th call of a function or a group in a run, and the way in which it fails.
 struct fault_place
 {
@@ -48,6 +63,9 @@ struct fault_place
     std::size_t way;
     std::string way_name;
     bool stays; // what fails does not recover
+    following_fault next = {};
+
+    int failures() const { return next.distance > 0 ? 2 : 1; }
 };
 std::string to_text(const fault_place& place);
 
@@ -63,7 +81,7 @@ public:
 
     // Begins to count anew. Nothing fails.
     void count();
-    // Begins to count anew; the place fails, once.
+    // Begins to count anew; the place fails, once, and then what follows it.
     void fail(const fault_place& place);
     // Nothing fails from here on, and nothing is counted.
     void stop();
@@ -72,7 +90,11 @@ public:
     // as before.
     void stand_in(const char* function, code_address replacement);
 
-    bool has_failed() const;
+    bool has_failed() const; // whether the place was reached
+    // How many of the place's failures were reached.
+    int failures() const;
+    // The function or group that failed second in the last run with a place; empty when none did.
+    static std::string failed_next();
     // The calls of a function or a group since count().
     static int calls(const std::string& group);
     // All places that the calls since count() make, those of a function after one another.
