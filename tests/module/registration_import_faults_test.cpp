@@ -52,19 +52,20 @@ protected:
         const HRESULT result = module.DllInstall(TRUE, how().command_line);
         faults_.stop();
         const std::string left = registry_listing();
-        const bool may_be_left_over = place && (place->stays || faults_.failures() > 1);
+        const bool rollback_may_fail = place && (place->stays || faults_.failures() > 1);
         if (SUCCEEDED(result)) {
             EXPECT_EQ(left, listing(how().installed));
-        } else if (!may_be_left_over) { // taking back needs memory and the system itself
+        } else if (!rollback_may_fail) {
             auto may_be_left = lines_of(before);
             may_be_left.merge(lines_of(listing(how().removed)));
             for (const std::string& line : lines_of(left))
                 EXPECT_EQ(may_be_left.count(line), 1u) << line << " is left";
         } else {
             EXPECT_EQ(module.DllInstall(TRUE, how().command_line), S_OK);
-            EXPECT_EQ(registry_listing(), listing(how().installed)) << "what is left is in the way";
+            EXPECT_EQ(registry_listing(), listing(how().installed))
+                << "remains prevent the next installation";
             EXPECT_EQ(module.DllInstall(FALSE, how().command_line), S_OK);
-            EXPECT_EQ(registry_listing(), listing(how().removed)) << "what is left stays";
+            EXPECT_EQ(registry_listing(), listing(how().removed)) << "remains survive the next removal";
         }
         return place && faults_.failures() == place->failures();
     }
@@ -114,8 +115,8 @@ TEST_P(RegistrationImportFaults, AreTakenBackOrOvercome)
         places(), usual_step, [this](const fault_place& place) { return install(&place); });
 }
 
-// The second failure meets the taking back.
-TEST_P(RegistrationImportFaults, AreReportedWhenTakingBackFailsToo)
+// The second failure meets the rollback.
+TEST_P(RegistrationImportFaults, AreReportedWhenTheRollbackFailsToo)
 {
     EXPECT_FALSE(install(nullptr));
     auto firsts = places();
