@@ -2,6 +2,9 @@
 # most of what a build takes.
 define_property(TARGET PROPERTY QUILL_IS_TEST_CODE INITIALIZE_FROM_VARIABLE DEFAULT_QUILL_IS_TEST_CODE)
 
+# Set for images that have quill::runtime_threads in place of the toolchain's thread library.
+define_property(TARGET PROPERTY QUILL_WITHOUT_THREAD_LIBRARY)
+
 # quill_options: what every target of this project is compiled and linked with.
 add_library(quill_options INTERFACE)
 add_library(quill::options ALIAS quill_options)
@@ -33,7 +36,8 @@ target_compile_options(quill_options INTERFACE
 target_compile_options(quill_options INTERFACE $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 target_link_options(quill_options INTERFACE
     -fstack-protector-strong
-    -Wl,--gc-sections -Wl,--no-insert-timestamp)
+    -Wl,--gc-sections -Wl,--no-insert-timestamp
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:QUILL_WITHOUT_THREAD_LIBRARY>>>:-pthread>)
 
 if(QUILL_CHECKS)
     # No sanitizer runtime exists for this target: undefined behaviour traps.

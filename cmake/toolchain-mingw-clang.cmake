@@ -12,7 +12,7 @@ set(CMAKE_AR llvm-ar-19)
 set(CMAKE_RANLIB llvm-ranlib-19)
 
 # The runtime is linked in, so that what is shipped imports system DLLs only.
-set(quill_link_flags "-fuse-ld=lld-19 -static -pthread")
+set(quill_link_flags "-fuse-ld=lld-19 -static")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${quill_link_flags}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${quill_link_flags}")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "${quill_link_flags}")

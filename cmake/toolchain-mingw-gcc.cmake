@@ -7,7 +7,7 @@ set(CMAKE_C_COMPILER ${quill_target_triple}-gcc-posix)
 set(CMAKE_CXX_COMPILER ${quill_target_triple}-g++-posix)
 set(CMAKE_RC_COMPILER ${quill_target_triple}-windres)
 
-set(quill_link_flags "-static -pthread")
+set(quill_link_flags "-static")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${quill_link_flags}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${quill_link_flags}")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "${quill_link_flags}")

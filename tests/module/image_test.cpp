@@ -6,6 +6,7 @@
 #include <oleauto.h>
 #include <winver.h>
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,7 @@ struct Image : testing::Test
         return at<IMAGE_NT_HEADERS64>(static_cast<DWORD>(at<IMAGE_DOS_HEADER>(0)->e_lfanew))->OptionalHeader;
     }
     std::string version_text(const wchar_t* name) const;
+    std::set<std::string> imported_functions() const;
 
     loaded_module module;
 };
@@ -51,6 +53,38 @@ TEST_F(Image, ImportsSystemLibrariesOnly)
         const std::string path = std::string(system) + "\\" + at<char>(import->Name);
         EXPECT_NE(GetFileAttributesA(path.c_str()), INVALID_FILE_ATTRIBUTES) << path;
     }
+}
+
+std::set<std::string> Image::imported_functions() const
+{
+    std::set<std::string> names;
+    const auto* library =
+        at<IMAGE_IMPORT_DESCRIPTOR>(header().DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress);
+    for (; library->Name; ++library)
+        for (const auto* entry = at<IMAGE_THUNK_DATA64>(library->OriginalFirstThunk); entry->u1.AddressOfData;
+             ++entry)
+            if (!IMAGE_SNAP_BY_ORDINAL64(entry->u1.Ordinal))
+                names.insert(at<IMAGE_IMPORT_BY_NAME>(static_cast<DWORD>(entry->u1.AddressOfData))->Name);
+    return names;
+}
+
+// A handler of the module's would see every exception of the browser before the browser's own do.
+TEST_F(Image, HasNoHandlerForTheProcessesExceptions)
+{
+    const auto functions = imported_functions();
+    EXPECT_TRUE(functions.contains("RaiseException")) << "the imports are not read";
+    for (const char* function :
+         {"AddVectoredExceptionHandler", "RemoveVectoredExceptionHandler", "RtlAddVectoredExceptionHandler",
+          "AddVectoredContinueHandler", "SetUnhandledExceptionFilter"})
+        EXPECT_FALSE(functions.contains(function)) << function;
+}
+
+// What a module takes for each thread of the process goes with the module only if it is given up.
+TEST_F(Image, FreesTheStorageIndexesThatItTakes)
+{
+    const auto functions = imported_functions();
+    EXPECT_LE(functions.contains("TlsAlloc"), functions.contains("TlsFree"));
+    EXPECT_LE(functions.contains("FlsAlloc"), functions.contains("FlsFree"));
 }
 
 TEST_F(Image, ProtectionsAreOn)

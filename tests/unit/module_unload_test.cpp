@@ -6,11 +6,15 @@
 #include "tests/support/log_file.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
+#include "tests/support/storage_indexes.h"
 
 #include <windows.h>
 
 #include <gmock/gmock.h>
 #include <ole2.h>
+
+#include <array>
+#include <string>
 
 namespace quill {
 namespace {
@@ -18,6 +22,7 @@ namespace {
 using test::environment_scope;
 using test::log_folder_scope;
 using test::process_resources;
+using test::storage_indexes;
 
 constexpr const wchar_t* module_name = L"QuillPDF.IE.dll";
 constexpr CLSID active_document = {
@@ -66,11 +71,62 @@ TEST_F(ModuleUnload, LeavesNothingInTheBrowser)
     visit();
     EXPECT_FALSE(logs.lines().empty());
     const auto before = process_resources::now();
+    const auto indexes = storage_indexes::free_now();
     for (int i = 0; i < 3; ++i) {
         visit();
         EXPECT_EQ(GetModuleHandleW(module_name), nullptr);
     }
     EXPECT_EQ(process_resources::now(), before);
+    EXPECT_EQ(storage_indexes::free_now(), indexes);
+}
+
+// The log's set-up throws at every line, on each thread that writes one.
+TEST_F(ModuleUnload, LeavesNothingAfterExceptionsOnThreadsThatLiveOn)
+{
+    test::remove_path(test::profile_log_folder_path());
+    wchar_t app_data[MAX_PATH] = {};
+    GetEnvironmentVariableW(L"APPDATA", app_data, MAX_PATH);
+    const std::wstring company = std::wstring(app_data) + L"\\Quill";
+    test::remove_path(company);
+    ASSERT_TRUE(test::write_file(company, "in the way of the log's folder"));
+
+    struct visiting_thread
+    {
+        unique_handle used{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+        unique_handle finish{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+        unique_handle thread;
+    };
+    const auto use_and_wait = [](void* argument) -> DWORD {
+        const auto& self = *static_cast<visiting_thread*>(argument);
+        CoInitialize(nullptr);
+        visit();
+        CoUninitialize();
+        SetEvent(self.used.get());
+        return WaitForSingleObject(self.finish.get(), 10'000);
+    };
+    const auto run = [&] {
+        std::array<visiting_thread, 3> visitors;
+        unique_library kept(LoadLibraryW(test::beside_this_program(module_name).c_str()));
+        for (auto& visitor : visitors) {
+            visitor.thread.reset(CreateThread(nullptr, 0, use_and_wait, &visitor, 0, nullptr));
+            EXPECT_EQ(WaitForSingleObject(visitor.used.get(), 10'000), WAIT_OBJECT_0);
+        }
+        kept.reset();
+        EXPECT_EQ(GetModuleHandleW(module_name), nullptr);
+        for (auto& visitor : visitors) {
+            SetEvent(visitor.finish.get());
+            EXPECT_EQ(WaitForSingleObject(visitor.thread.get(), 10'000), WAIT_OBJECT_0);
+        }
+    };
+    run();
+    const auto before = process_resources::now();
+    const auto indexes = storage_indexes::free_now();
+    run();
+    run();
+    EXPECT_EQ(process_resources::now(), before);
+    EXPECT_EQ(storage_indexes::free_now(), indexes);
+    EXPECT_TRUE(logs.lines().empty());
+    test::remove_path(company);
 }
 
 TEST_F(ModuleUnload, OnAnotherThreadThanTheOneThatUsedIt)

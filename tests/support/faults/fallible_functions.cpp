@@ -41,7 +41,7 @@ void add_memory(functions& all)
     fault_way none_any_more = none;
     none_any_more.name = "no memory any more";
     none_any_more.stays = true;
-    for (const char* name : {"malloc", "calloc", "realloc", "_strdup"})
+    for (const char* name : {"malloc", "calloc", "realloc"})
         all.push_back({name, {none, none_any_more}, memory_group});
 }
 
@@ -90,8 +90,7 @@ void add_files(functions& all)
 void add_system(functions& all)
 {
     add(all, {way<0, ERROR_NOT_ENOUGH_MEMORY>("no memory")},
-        {"CreateEventA", "CreateEventW", "CreateSemaphoreA", "CreateThread", "GlobalAddAtomW", "GlobalAlloc",
-         "GlobalLock", "LocalAlloc", "_beginthreadex"});
+        {"CreateEventW", "CreateThread", "GlobalAddAtomW", "GlobalAlloc", "GlobalLock", "LocalAlloc"});
     add(all,
         {way<FALSE, ERROR_FILE_NOT_FOUND>("not found"), way<FALSE, ERROR_NOT_ENOUGH_MEMORY>("no memory")},
         {"CreateProcessW"});
@@ -99,18 +98,16 @@ void add_system(functions& all)
         {way<SE_ERR_NOASSOC, ERROR_NO_ASSOCIATION>("no program"), way<0, ERROR_OUTOFMEMORY>("no memory")},
         {"ShellExecuteW"});
     add(all, {way<FALSE, ERROR_ACCESS_DENIED>("access denied")},
-        {"AllowSetForegroundWindow", "DuplicateHandle", "GetTokenInformation", "OpenProcess",
-         "OpenProcessToken"});
+        {"AllowSetForegroundWindow", "GetTokenInformation", "OpenProcessToken"});
     add(all, {way<0, ERROR_MOD_NOT_FOUND>("not found")},
-        {"FindResourceW", "GetModuleHandleA", "GetModuleHandleExW", "GetModuleHandleW", "LoadLibraryExW",
-         "LoadLibraryW", "LoadResource"});
+        {"FindResourceW", "GetModuleHandleExW", "GetModuleHandleW", "LoadLibraryExW", "LoadLibraryW",
+         "LoadResource"});
     add(all, {way<0, ERROR_PROC_NOT_FOUND>("not found")}, {"GetProcAddress"});
     add(all, {way<0, ERROR_ENVVAR_NOT_FOUND>("not found")},
         {"GetEnvironmentVariableA", "GetEnvironmentVariableW", "getenv"});
     add(all, {way<0, ERROR_ACCESS_DENIED>("nothing")}, {"FormatMessageA", "GetModuleFileNameW"});
     add(all, {way<0, ERROR_NO_UNICODE_TRANSLATION>("not convertible")},
         {"MultiByteToWideChar", "WideCharToMultiByte"});
-    add(all, {way<TLS_OUT_OF_INDEXES, ERROR_NOT_ENOUGH_MEMORY>("none free")}, {"TlsAlloc"});
     add(all, {way<WAIT_FAILED, ERROR_INVALID_HANDLE>("failure")}, {"WaitForSingleObject"});
     add(all, {way<0, ERROR_SUCCESS>("null")}, {"_gmtime64", "_localtime64", "setlocale"});
 }

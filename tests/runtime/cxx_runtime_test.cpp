@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <cxxabi.h>
 #include <gtest/gtest.h>
 
 #include <atomic>

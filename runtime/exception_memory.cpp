@@ -2,6 +2,8 @@
 // lies behind a lock that needs memory itself when it is first taken, and fails by throwing. The first
 // exception of a module without memory would be thrown again and again until the stack is used up. The
 // reserve here needs no lock. The linker takes these definitions because the runtime's own come later.
+#include "runtime/exception_memory.h"
+
 #include <cxxabi.h>
 
 #include <algorithm>
@@ -11,14 +13,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <limits>
 
 namespace __cxxabiv1 {
 
 namespace {
 
-// What the runtime keeps in front of a thrown object, and in place of one that is thrown again: 160 bytes and
-// less. Both must be zero at first.
-constexpr std::size_t header_room = 256;
+constexpr std::size_t header_room = quill::runtime::exception_header_room;
+static_assert(header_room % alignof(std::max_align_t) == 0); // the object behind it is aligned too
 
 constexpr std::size_t slot_size = 1024;
 constexpr std::size_t slot_count = 64; // each thread has an exception or two in flight
@@ -41,11 +43,13 @@ void* take_slot(std::size_t size) noexcept
     return nullptr;
 }
 
-// The header, zeroed, with the room for the object behind it.
+// The header, zeroed as the runtime expects it, with the room for the object behind it.
 std::byte* allocate(std::size_t object_size) noexcept
 {
+    if (object_size > std::numeric_limits<std::size_t>::max() - header_room)
+        std::terminate(); // no such object exists
     const std::size_t size = header_room + object_size;
-    void* memory = size > object_size ? std::malloc(size) : nullptr;
+    void* memory = std::malloc(size);
     if (!memory)
         memory = take_slot(size);
     if (!memory)
