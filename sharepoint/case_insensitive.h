@@ -1,5 +1,5 @@
-// Comparisons of text without regard to case, as all tests on pages and addresses are made: both sides
-// are upper-cased character by character through the standard locale's character-type facet.
+// Comparisons of text without regard to case, as all tests on pages and URLs are made: both sides are
+// upper-cased character by character as the standard locale's character-type facet does it.
 #pragma once
 
 #include <string_view>

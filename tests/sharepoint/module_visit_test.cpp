@@ -3,6 +3,8 @@
 #include "tests/sharepoint/editor_bench.h"
 #include "tests/sharepoint/fake_browser.h"
 #include "tests/sharepoint/module_bench.h"
+#include "tests/support/process_resources.h"
+#include "tests/support/storage_indexes.h"
 #include "tests/support/text.h"
 
 #include <gmock/gmock.h>
@@ -209,6 +211,36 @@ TEST_F(ModuleVisit, StaysSilentWithLoggingOff)
     visit(module.make_helper());
     EXPECT_THAT(module.new_lines(), testing::IsEmpty());
     bench_.starts(2);
+}
+
+// Comparisons of such text ask the runtime which characters have a case.
+TEST_F(ModuleVisit, LeavesNothingAfterLinksBeyondAscii)
+{
+    library_->add_to_head({.tag = L"META", .name = L"\x416GENERATOR", .content = L"\xDC\x416 SharePoint"});
+    library_->add_to_head({.tag = L"SCRIPT", .src = L"/_layouts/\x6587\x66F8.js"});
+    const std::wstring address = L"http://h/\xDC"
+                                 L"bersicht \x416 \x6587\x66F8.PDF";
+    fake_element* const link = &library_->add_to_body(list_link(address));
+    library_->add_to_body(list_link(address + L"\x436"));
+    const auto visit_and_unload = [&] {
+        module_bench module;
+        const CComPtr<IObjectWithSite> helper = module.make_helper();
+        browser_->document = library_->dispatch();
+        EXPECT_EQ(helper->SetSite(browser_->unknown()), S_OK);
+        EXPECT_EQ(browser_->document_complete(L"http://h/list"), S_OK);
+        EXPECT_TRUE(click(library_, link));
+        EXPECT_EQ(navigate((address + L"\x436").c_str()), VARIANT_FALSE);
+        EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+    };
+    visit_and_unload();
+    visit_and_unload();
+    const auto resources = process_resources::now();
+    const auto indexes = storage_indexes::free_now();
+    for (int i = 0; i < 3; ++i)
+        visit_and_unload();
+    EXPECT_EQ(GetModuleHandleW(L"QuillPDF.IE.dll"), nullptr);
+    EXPECT_EQ(process_resources::now(), resources);
+    EXPECT_EQ(storage_indexes::free_now(), indexes);
 }
 
 // Hosts hand in what they have on their stack.
