@@ -15,6 +15,7 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
@@ -76,8 +77,20 @@ std::shared_ptr<spdlog::logger> configured_logger()
     return logger;
 }
 
+// The set-up asks the system for folders and files, which may bring libraries that call back into the module.
+constinit thread_local bool is_setting_up_here = false;
+
+struct set_up_scope
+{
+    set_up_scope() { is_setting_up_here = true; }
+    ~set_up_scope() { is_setting_up_here = false; }
+    set_up_scope(const set_up_scope&) = delete;
+    set_up_scope& operator=(const set_up_scope&) = delete;
+};
+
 logger_holder make_holder()
 {
+    const set_up_scope scope;
     logger_holder holder{placeholder_logger()};
     try {
         const auto level = environment_variable("QUILL_LOG_LEVEL");
@@ -104,6 +117,8 @@ struct followed_holder
 
 logger_holder& module_holder()
 {
+    if (is_setting_up_here)
+        throw std::logic_error("global_logger: called by its own set-up");
     static followed_holder followed;
     return followed.holder;
 }

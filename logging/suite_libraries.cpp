@@ -2,9 +2,12 @@
 
 #include "platform/impl/windows/module_traits.h"
 #include "platform/library_function.h"
+#include "platform/process_end.h"
 #include "platform/unique_handle.h"
 
+#include <atomic>
 #include <exception>
+#include <memory>
 #include <string>
 
 namespace quill {
@@ -83,13 +86,62 @@ private:
 
 constexpr suite_functions stand_alone{run_the_handler, no_error_code, no_error_string};
 
+// No lock is held while libraries load, since the loader's own is: a thread that waited here inside a DllMain
+// would wait for ever. Threads that come at once load each for themselves, and the first to be ready is kept.
+class kept_libraries
+{
+public:
+    constexpr kept_libraries() = default;
+    ~kept_libraries()
+    {
+        // At the end of the process the libraries may have ended before this module: they are left as they
+        // are.
+        if (!process_is_ending())
+            delete kept_.load(std::memory_order_acquire);
+    }
+    kept_libraries(const kept_libraries&) = delete;
+    kept_libraries& operator=(const kept_libraries&) = delete;
+
+    const suite_libraries* get() const noexcept { return kept_.load(std::memory_order_acquire); }
+
+    const suite_libraries& keep(std::unique_ptr<const suite_libraries> loaded) noexcept
+    {
+        const suite_libraries* first = nullptr;
+        if (kept_.compare_exchange_strong(first, loaded.get(), std::memory_order_acq_rel))
+            first = loaded.release();
+        return *first;
+    }
+
+private:
+    std::atomic<const suite_libraries*> kept_{nullptr};
+};
+
+constinit kept_libraries kept;
+
+// A library that loads may call back into the module, by its DllMain or by what watches the loader.
+constinit thread_local bool is_loading_here = false;
+
+const suite_libraries& load_libraries()
+{
+    struct loading_scope
+    {
+        loading_scope() { is_loading_here = true; }
+        ~loading_scope() { is_loading_here = false; }
+    };
+    const loading_scope scope;
+    return kept.keep(std::make_unique<const suite_libraries>());
+}
+
 } // namespace
 
 const suite_functions& suite_library_functions()
 {
+    if (const suite_libraries* const libraries = kept.get())
+        return libraries->functions();
+    if (is_loading_here)
+        return stand_alone; // what the libraries have is not ready
     try {
-        static const suite_libraries libraries;
-        return libraries.functions();
+        return load_libraries().functions();
     } catch (const std::exception&) {
         // No memory, or no path of one's own: a barrier must stand all the same.
         return stand_alone;

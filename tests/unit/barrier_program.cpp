@@ -1,7 +1,10 @@
 // Lets the things named by its arguments happen behind the barriers, one after the other, and prints what
-// became of each: in a process of its own, because the suite's libraries are looked up once.
+// became of each: in a process of its own, because the suite's libraries are looked up once. Two arguments
+// order what is to happen while these are being loaded: "reenter", the same on the same thread; "join", on
+// another thread.
 #include "logging/exception_barriers.h"
 #include "logging/pdfcore_exception.h"
+#include "platform/unique_handle.h"
 #include "tests/support/crashes.h"
 
 #include <windows.h>
@@ -9,8 +12,10 @@
 #include <cstdio>
 #include <functional>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -53,6 +58,52 @@ HRESULT happen(const std::string& event)
         E_FAIL, entry_name, entry_line);
 }
 
+std::function<void()> while_a_library_loads;
+
+void fail_inside()
+{
+    std::printf("inside: %08lx\n", static_cast<unsigned long>(happen("read-null")));
+}
+
+// Fails behind the barriers as soon as a library is being loaded by another thread.
+class joining_thread
+{
+public:
+    joining_thread()
+    {
+        while_a_library_loads = [this] {
+            SetEvent(loads_.get());
+            WaitForSingleObject(arrived_.get(), deadline_ms);
+        };
+        thread_.reset(CreateThread(nullptr, 0, run, this, 0, nullptr));
+        WaitForSingleObject(arrived_.get(), deadline_ms); // no thread begins while a library is being loaded
+    }
+    ~joining_thread()
+    {
+        WaitForSingleObject(thread_.get(), deadline_ms);
+        std::printf("joined: %08lx\n", static_cast<unsigned long>(result_));
+    }
+    joining_thread(const joining_thread&) = delete;
+    joining_thread& operator=(const joining_thread&) = delete;
+
+private:
+    static constexpr DWORD deadline_ms = 10'000;
+
+    static DWORD WINAPI run(void* argument)
+    {
+        auto& self = *static_cast<joining_thread*>(argument);
+        SignalObjectAndWait(self.arrived_.get(), self.loads_.get(), deadline_ms, FALSE);
+        SetEvent(self.arrived_.get());
+        self.result_ = happen("read-null");
+        return 0;
+    }
+
+    quill::unique_handle loads_{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+    quill::unique_handle arrived_{CreateEventW(nullptr, FALSE, FALSE, nullptr)};
+    quill::unique_handle thread_;
+    HRESULT result_ = E_PENDING;
+};
+
 void print_result(void* event)
 {
     const std::string& name = *static_cast<const std::string*>(event);
@@ -73,12 +124,27 @@ __declspec(noinline) void call_as_the_browser(void (*call)(void*), void* event)
 
 } // namespace
 
+extern "C" __declspec(dllexport) void library_loads()
+{
+    if (const auto action = std::exchange(while_a_library_loads, nullptr))
+        action();
+}
+
 int main(int argc, char** argv)
 {
+    std::optional<joining_thread> other;
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX);
     quill::test::keep_stack_for_handling();
     for (int i = 1; i < argc; ++i) {
         std::string event = argv[i];
+        if (event == "reenter") {
+            while_a_library_loads = fail_inside;
+            continue;
+        }
+        if (event == "join") {
+            other.emplace();
+            continue;
+        }
         if (!events.contains(event))
             return 2;
         call_as_the_browser(print_result, &event);

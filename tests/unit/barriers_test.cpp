@@ -216,9 +216,10 @@ struct SuiteLibraries : testing::Test
 
     SuiteLibraries() { add(L"barrier_program.exe"); }
 
-    void add(const wchar_t* name) const
+    void add(const wchar_t* name) const { add_as(name, name); }
+    void add_as(const wchar_t* name, const wchar_t* other_name) const
     {
-        EXPECT_TRUE(CopyFileW(test::beside_this_program(name).c_str(), (folder / name).c_str(), TRUE));
+        EXPECT_TRUE(CopyFileW(test::beside_this_program(name).c_str(), (folder / other_name).c_str(), TRUE));
     }
 
     child_result run(const std::wstring& events) const
@@ -296,6 +297,25 @@ TEST_F(SuiteLibraries, TheCrashLibraryMayResumeExecution)
     EXPECT_EQ(result.output, "read-page: 00000000\r\n");
     EXPECT_EQ(result.errors, "crashguard: exception c0000005\r\n");
     EXPECT_THAT(lines_of(result), IsEmpty());
+}
+
+// By a library's DllMain, or by what watches the loader: with what is loaded nothing can be done yet.
+TEST_F(SuiteLibraries, AreNotUsedByACallFromInsideTheirLoading)
+{
+    add_as(L"calling_library.dll", L"crashguard14.dll");
+    const auto result = run(L"reenter read-null nothing");
+    EXPECT_EQ(result.output, "inside: 80004005\r\nread-null: 80004005\r\nnothing: 00000000\r\n");
+    EXPECT_EQ(result.errors, "crashguard: exception c0000005\r\n"); // of the outer one
+    EXPECT_THAT(lines_of(result),
+                ElementsAre(log_line{"info", system_exception}, log_line{"info", system_exception}));
+}
+
+TEST_F(SuiteLibraries, AreUsedByAThreadThatComesWhileAnotherLoadsThem)
+{
+    add_as(L"calling_library.dll", L"crashguard14.dll");
+    const auto result = run(L"join read-null nothing");
+    EXPECT_EQ(result.output, "read-null: 80004005\r\nnothing: 00000000\r\njoined: 80004005\r\n");
+    EXPECT_EQ(result.errors, "crashguard: exception c0000005\r\ncrashguard: exception c0000005\r\n");
 }
 
 TEST_F(SuiteLibraries, ThePdfCoreGivesCodeAndText)

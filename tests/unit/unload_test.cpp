@@ -4,6 +4,7 @@
 #include "platform/unique_handle.h"
 #include "tests/support/balance.h"
 #include "tests/support/child_process.h"
+#include "tests/support/faults/import_table.h"
 #include "tests/support/log_file.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
@@ -11,6 +12,8 @@
 #include <windows.h>
 
 #include <gmock/gmock.h>
+
+#include <utility>
 
 namespace quill {
 namespace {
@@ -149,6 +152,32 @@ TEST_F(Unload, AfterASetUpThatThrew)
     EXPECT_EQ(process_resources::now(), before);
     EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
     test::remove_path(company);
+}
+
+write_line_function write_inside = nullptr;
+
+DWORD WINAPI write_and_get_variable(const char* name, char* value, DWORD size)
+{
+    if (const auto write = std::exchange(write_inside, nullptr))
+        write(info, "inside");
+    return GetEnvironmentVariableA(name, value, size);
+}
+
+// What the set-up asks of the system may bring a library that calls the module.
+TEST_F(Unload, ALineFromInsideTheSetUpIsLost)
+{
+    {
+        const loaded_library loaded;
+        write_inside = loaded.write_line;
+        ASSERT_NE(test::redirect_import(loaded.library.get(), "GetEnvironmentVariableA",
+                                        reinterpret_cast<test::code_address>(&write_and_get_variable)),
+                  nullptr);
+        loaded.write_line(info, "first");
+        EXPECT_EQ(write_inside, nullptr);
+        loaded.write_line(info, "second");
+    }
+    EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
+    EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "first"}, log_line{"info", "second"}));
 }
 
 TEST_F(Unload, TakesTheSuitesLibrariesWithIt)
