@@ -1,8 +1,12 @@
-// What a page's element stands for, and the name under which a copy is saved: one text as each of them.
+// What a page's element stands for, the name under which a copy is saved, and what a name or a path leads to:
+// one text as each of them.
 #include "fuzz/reference_text.h"
 #include "fuzz/subjects.h"
+#include "retrieval/file_names.h"
 #include "retrieval/pdf_element.h"
 #include "retrieval/suggested_name.h"
+
+#include <algorithm>
 
 namespace quill::fuzz {
 namespace {
@@ -56,6 +60,46 @@ void check_suggestion(const exact_terminated& path)
     FUZZ_CHECK(*suggestion == base + name.substr(name.size() - extension_size));
 }
 
+void check_name(std::wstring_view name)
+{
+    const std::wstring start = device_start(name);
+    FUZZ_CHECK(is_device_name(name) == !start.empty());
+    bool is_plain = !name.empty();
+    for (const wchar_t unit : name)
+        is_plain = is_plain && unit >= 32 && std::wstring_view(L"\\/:*?\"<>|").find(unit) == nowhere;
+    FUZZ_CHECK(is_creatable_name(name) == (is_plain && start.empty()));
+    if (is_creatable_name(name)) {
+        const std::wstring text(name);
+        FUZZ_CHECK(may_name_disk_file(L"C:\\x\\" + text));
+        FUZZ_CHECK(may_name_disk_file(L"\\\\server\\share\\" + text));
+        FUZZ_CHECK(name == L".." || may_name_disk_file(L"\\\\?\\C:\\" + text));
+    }
+}
+
+void check_path(std::wstring_view path)
+{
+    const std::wstring text(path);
+    const bool may_be_file = may_name_disk_file(path);
+    FUZZ_CHECK(may_name_disk_file(lower_ascii(path)) == may_be_file);
+    for (const wchar_t* start : {L"\\\\.\\pipe\\", L"\\\\?\\pipe\\", L"\\??\\pipe\\", L"//./mailslot/",
+                                 L"\\\\s\\pipe\\", L"\\\\?\\UNC\\s\\pipe\\", L"\\\\?\\GLOBALROOT\\"})
+        FUZZ_CHECK(!may_name_disk_file(start + text));
+    for (const wchar_t* end : {L"\\NUL", L"\\com1.pdf", L"/aux . "})
+        FUZZ_CHECK(!may_name_disk_file(L"C:" + text + end));
+    if (!may_be_file)
+        return;
+    FUZZ_CHECK(path.find_first_of(L"\\/") != nowhere || device_start(path).empty());
+    // Only drives, shares and volumes are behind two separators.
+    std::wstring tidy = lower_ascii(path);
+    std::replace(tidy.begin(), tidy.end(), L'/', L'\\');
+    if (tidy.starts_with(L"\\\\.\\") || tidy.starts_with(L"\\\\?\\")) {
+        const auto rest = std::wstring_view(tidy).substr(4);
+        FUZZ_CHECK(rest.substr(1).starts_with(L":\\") || rest.starts_with(L"unc\\") ||
+                   rest.starts_with(L"volume{"));
+        FUZZ_CHECK((L"\\" + std::wstring(rest) + L"\\").find(L"\\..\\") == nowhere);
+    }
+}
+
 } // namespace
 
 void pdf_names(bytes input)
@@ -63,6 +107,8 @@ void pdf_names(bytes input)
     const std::wstring text = wide_text(input);
     check_element(exact_copy<wchar_t>(text));
     check_suggestion(exact_terminated(text));
+    check_name(exact_copy<wchar_t>(text));
+    check_path(exact_copy<wchar_t>(text));
 }
 
 } // namespace quill::fuzz

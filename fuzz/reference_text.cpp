@@ -100,4 +100,22 @@ std::vector<std::wstring> split(std::wstring_view text, wchar_t separator)
     return parts;
 }
 
+std::wstring device_start(std::wstring_view name)
+{
+    std::wstring start = lower_ascii(name.substr(0, name.find_first_of(L".:")));
+    while (!start.empty() && start.back() == L' ')
+        start.pop_back();
+    for (const wchar_t* device : {L"con", L"prn", L"aux", L"nul", L"clock$", L"conin$", L"conout$"}) {
+        if (start == device)
+            return start;
+    }
+    for (const wchar_t* port : {L"com", L"lpt"}) {
+        for (const wchar_t number : std::wstring_view(L"0123456789\u00b2\u00b3\u00b9")) {
+            if (start == port + std::wstring(1, number))
+                return start;
+        }
+    }
+    return {};
+}
+
 } // namespace quill::fuzz

@@ -20,4 +20,7 @@ std::optional<std::wstring> utf16_of(std::string_view bytes);
 // The parts between the separators, one more than there are separators.
 std::vector<std::wstring> split(std::wstring_view text, wchar_t separator);
 
+// The device that a file name opens, in small letters; empty when it opens none.
+std::wstring device_start(std::wstring_view name);
+
 } // namespace quill::fuzz
