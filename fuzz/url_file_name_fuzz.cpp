@@ -109,7 +109,9 @@ void url_file_name(bytes input)
 
     const std::wstring name = CacheFileName(url.c_str());
     FUZZ_CHECK(!name.empty() && name.size() < 260);
-    FUZZ_CHECK(name.find(L'\0') == std::wstring::npos);
+    for (const wchar_t unit : name)
+        FUZZ_CHECK(unit >= 32 && std::wstring_view(L"\\/:*?\"<>|").find(unit) == nowhere);
+    FUZZ_CHECK(device_start(name).empty());
     const std::wstring folder = WithSeparator(std::wstring(url.view()));
     FUZZ_CHECK(WithSeparator(folder) == folder);
 }

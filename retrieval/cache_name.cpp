@@ -1,5 +1,6 @@
 #include "retrieval/cache_name.h"
 
+#include "retrieval/file_names.h"
 #include "retrieval/url_text.h"
 
 #include <windows.h>
@@ -12,7 +13,7 @@ std::wstring CacheFileName(const wchar_t* url)
 {
     std::array<wchar_t, MAX_PATH> name{};
     const std::size_t length = GetFileNameFromUrl(DecodeUrl(url).c_str(), name.data(), name.size());
-    if (length == 0 || length >= name.size())
+    if (length >= name.size() || !is_creatable_name({name.data(), length}))
         return untitled_name;
     return {name.data(), length};
 }

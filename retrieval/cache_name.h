@@ -9,7 +9,7 @@ namespace quill {
 inline constexpr wchar_t untitled_name[] = L"Untitled.pdf";
 
 // The name, at most 259 units, that the file behind url is to have; "Untitled.pdf" when url gives none
-// that fits.
+// that fits, or one that no file can have.
 std::wstring CacheFileName(const wchar_t* url);
 
 // temp_path with a separator at its end.

@@ -136,11 +136,25 @@ TEST_F(DownloadPlace, IsUntitledForASlashInTheQuery)
     EXPECT_EQ(written[0], "debug: ACTIVEDOC DownloadPDFFile CACHE: TEMP\\qll0\\Untitled.pdf");
 }
 
-TEST_F(DownloadPlace, IsUntitledForANameThatLeadsElsewhere)
+// A time, a folder, a device, and what leads out of the folder: on either way of downloading the document is
+// there in the end.
+TEST_F(DownloadPlace, IsUntitledForANameThatNoFileCanHave)
 {
-    const auto written = lines_behind_url(L"/..%5C..%5Cboot.pdf");
-    ASSERT_FALSE(written.empty());
-    EXPECT_EQ(written[0], "debug: ACTIVEDOC DownloadPDFFile CACHE: TEMP\\qll0\\Untitled.pdf");
+    const std::string body = pdf_body(100);
+    std::size_t number = 0;
+    for (const wchar_t* value : {L"", L"/b 1"}) {
+        user_settings_.set_string(switch_value, value);
+        for (const std::string target : {"/10%3A30.pdf", "/docs%5Cfile.pdf", "/NUL.pdf", "/a%3Fb.pdf",
+                                         "/a%22b.pdf", "/a%0Ab.pdf", "/..%5C..%5Cboot.pdf"}) {
+            SCOPED_TRACE(target);
+            server_.route(target, http_response::ok(body));
+            fake_document_window window({.url = server_.url(std::wstring(target.begin(), target.end()))});
+            download(window);
+            const std::wstring file = L"qll" + std::to_wstring(number++) + L"\\Untitled.pdf";
+            EXPECT_EQ(window.cache_file(), temporary_ / file);
+            EXPECT_EQ(contents(file), body);
+        }
+    }
 }
 
 } // namespace

@@ -30,6 +30,47 @@ TEST(CacheFileName, IsUntitledFromTwoHundredAndSixtyUnits)
     EXPECT_EQ(CacheFileName((L"http://h/nn" + fits).c_str()), L"Untitled.pdf");
 }
 
+TEST(CacheFileName, IsUntitledForANameThatNoFileCanHave)
+{
+    for (const wchar_t* name :
+         {L"10%3A30.pdf", L"docs%5Cfile.pdf", L"..%5C..%5Cboot.pdf", L"%22a%22.pdf", L"a%3Cb.pdf",
+          L"a%3Eb.pdf", L"a%7Cb.pdf", L"a%2A.pdf", L"a%3Fb.pdf", L"a%0D%0Ab.pdf", L"a%1F.pdf", L"%01.pdf",
+          L"a%09b.pdf", L"a.pdf%3Astream", L"a.pdf%3A%3A$DATA", L"C%3A", L"a.p%7Cdf", L"get.aspx?f=:x.pdf"}) {
+        EXPECT_EQ(CacheFileName((std::wstring(L"http://h/") + name).c_str()), L"Untitled.pdf")
+            << testing::PrintToString(name);
+    }
+}
+
+TEST(CacheFileName, IsUntitledForADevice)
+{
+    for (const wchar_t* name :
+         {L"NUL", L"NUL.pdf", L"nul.PDF", L"Con.pdf", L"PRN.ppdf", L"aux.tar.pdf", L"com1+.pdf",
+          L"COM1%20%20.pdf", L"COM9.pdf", L"com0.pdf", L"LPT3.pdf", L"COM%C2%B9.pdf", L"lpt%C2%B3.pdf",
+          L"CONIN$.pdf", L"conout$.pdf", L"NUL%20", L"NUL.", L"get.aspx?file=nul.pdf"}) {
+        EXPECT_EQ(CacheFileName((std::wstring(L"http://h/") + name).c_str()), L"Untitled.pdf")
+            << testing::PrintToString(name);
+    }
+}
+
+// What ends in a dot or a blank is a good name once ".pdf" follows it.
+TEST(CacheFileName, IsTheUrlsNameHoweverOdd)
+{
+    const std::pair<const wchar_t*, const wchar_t*> cases[] = {{L"null.pdf", L"null.pdf"},
+                                                               {L"COM10.pdf", L"COM10.pdf"},
+                                                               {L"a.nul", L"a.nul"},
+                                                               {L"+nul.pdf", L" nul.pdf"},
+                                                               {L"a+.pdf", L"a .pdf"},
+                                                               {L"a.", L"a."},
+                                                               {L"..", L".."},
+                                                               {L"%25PATH%25.pdf", L"%PATH%.pdf"},
+                                                               {L"a%7F.pdf", L"a\x7f.pdf"},
+                                                               {L"%EF%BC%9A.pdf", L"\uff1a.pdf"},
+                                                               {L"COM%E2%81%B4.pdf", L"COM\u2074.pdf"},
+                                                               {L"nul-1.pdf", L"nul-1.pdf"}};
+    for (const auto& [escaped, name] : cases)
+        EXPECT_EQ(CacheFileName((std::wstring(L"http://h/") + escaped).c_str()), name);
+}
+
 TEST(WithSeparator, AddsOneWhereItIsMissing)
 {
     EXPECT_EQ(WithSeparator(L"C:\\temp"), L"C:\\temp\\");
