@@ -2,6 +2,7 @@
 
 #include "logging/log_stream.h"
 #include "platform/unique_handle.h"
+#include "retrieval/file_names.h"
 #include "retrieval/pdf_judge.h"
 
 #include <windows.h>
@@ -9,7 +10,6 @@
 #include <shlwapi.h>
 
 #include <array>
-#include <optional>
 
 namespace quill {
 namespace {
@@ -39,33 +39,47 @@ private:
     BOOL is_set_;
 };
 
-// Nothing when the file cannot be opened. A file that cannot be read counts as empty.
-std::optional<file_window> read_window(const wchar_t* path) noexcept
+enum class look
 {
+    missing,
+    refused, // is there and cannot be opened
+    taken
+};
+
+// A page chooses the path, and the user interface waits for the answer: what is no file on a disk counts as
+// missing, is not opened where the path shows it, and never read. A file that cannot be read counts as empty.
+look read_window(const wchar_t* path, file_window& window) noexcept
+{
+    if (!path || !may_name_disk_file(path))
+        return look::missing;
     const no_system_dialogs quiet;
     const unique_handle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                          FILE_ATTRIBUTE_NORMAL, nullptr));
+    // Asked for only now: nearly every file is there.
     if (!file)
-        return std::nullopt;
-    file_window window;
+        return PathFileExistsW(path) ? look::refused : look::missing;
+    if (GetFileType(file.get()) != FILE_TYPE_DISK)
+        return look::missing;
     if (!ReadFile(file.get(), window.bytes.data(), pdf_check_bytes, &window.bytes_read, nullptr))
         window.bytes_read = 0;
-    return window;
+    return look::taken;
 }
 
 } // namespace
 
 int isPDF(const wchar_t* path) noexcept
 {
-    // Opened first and asked for only then: nearly every file is there, and looking for it twice is a fifth
-    // of the whole check.
-    const auto window = path ? read_window(path) : std::nullopt;
-    if (!window) {
-        if (!path || !PathFileExistsW(path))
-            QUILL_LOG(log_level::debug) << "ACTIVEDOC isPDF [FALSE] MISSING FILE";
+    file_window window;
+    switch (read_window(path, window)) {
+    case look::missing:
+        QUILL_LOG(log_level::debug) << "ACTIVEDOC isPDF [FALSE] MISSING FILE";
         return 0;
+    case look::refused:
+        return 0;
+    case look::taken:
+        break;
     }
-    switch (JudgePdf({window->bytes.data(), window->bytes.size()}, window->bytes_read)) {
+    switch (JudgePdf({window.bytes.data(), window.bytes.size()}, window.bytes_read)) {
     case pdf_verdict::pdf:
         QUILL_LOG(log_level::debug) << "ACTIVEDOC isPDF [TRUE]";
         return 1;

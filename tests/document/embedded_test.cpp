@@ -2,6 +2,7 @@
 #include "tests/document/document_bench.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/page_container.h"
+#include "tests/support/listening_pipe.h"
 #include "tests/support/text.h"
 
 #include <gtest/gtest.h>
@@ -113,6 +114,30 @@ QUILL_DOCUMENT_TEST(DocumentInPage, ALocalFileThatIsNoPdfCountsAsAReference)
     EXPECT_EQ(document_url(bench).rfind(L"quilltest://host.test/dir/", 0), 0u);
     bench.wait_for_failed_worker();
     bench.close_in_order();
+}
+
+// The page chooses the reference; the user interface would wait for whatever is at its other end.
+QUILL_DOCUMENT_TEST(DocumentInPage, ADeviceOrAPipeCountsAsAReferenceAndIsNotOpened)
+{
+    const listening_pipe pipe;
+    for (const std::wstring& reference :
+         {L"\\\\.\\pipe\\" + pipe.name(), L"\\\\localhost\\pipe\\" + pipe.name(),
+          std::wstring(L"\\\\.\\COM1"), std::wstring(L"\\\\.\\NUL"), std::wstring(L"C:\\COM1.pdf")}) {
+        SCOPED_TRACE(testing::PrintToString(reference));
+        page_container page(L"http://host.test/page.html");
+        page.add(L"EMBED", L"application/pdf", reference.c_str());
+        prepare(bench, page);
+        bench.show();
+        const lines logged = bench.take_log();
+        EXPECT_EQ(std::count(logged.begin(), logged.end(), "ACTIVEDOC isPDF [FALSE] MISSING FILE"), 2)
+            << "the document's own path, which is empty, and the element's";
+        EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
+        EXPECT_EQ(document_url(bench).rfind(L"quilltest://host.test/dir/", 0), 0u);
+        bench.wait_for_failed_worker();
+        bench.close_in_order();
+        bench.release();
+        EXPECT_FALSE(pipe.was_opened());
+    }
 }
 
 QUILL_DOCUMENT_TEST(DocumentInPage, WithoutAnyElementTheDocumentsOwnUrlIsFetched)

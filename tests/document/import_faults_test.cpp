@@ -51,6 +51,7 @@ constexpr loss losses[] = {
     {"SetPropW", true},
     // the address, and the file when it is there
     {"CreateFileW", false},
+    {"GetFileType", true},
     {"PathFileExistsW", false},
     {"ReadFile", true},
     {"SysAllocString", false, nullptr, source::element}, // one of the names that a page is searched for

@@ -1,5 +1,6 @@
 // The PDF check on real files.
 #include "retrieval/pdf_check.h"
+#include "tests/support/listening_pipe.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
@@ -72,6 +73,52 @@ TEST_F(PdfFile, MayBeMissing)
     EXPECT_EQ(isPDF(L""), 0);
     EXPECT_EQ(isPDF(nullptr), 0);
     EXPECT_EQ(log_.lines(), std::vector<std::string>(3, "debug: ACTIVEDOC isPDF [FALSE] MISSING FILE"));
+}
+
+// A page chooses the path; opening a device or reading it may take for ever.
+TEST_F(PdfFile, IsMissingWhenItIsADevice)
+{
+    const wchar_t* const devices[] = {L"NUL",      L"\\\\.\\NUL",     L"C:\\nul.pdf", L"CON",
+                                      L"CONIN$",   L"\\\\.\\CON",     L"COM1",        L"\\\\.\\COM1",
+                                      L"//./COM1", L"\\\\.\\C:",      L"\\\\?\\COM1", L"\\??\\NUL",
+                                      L"LPT1.pdf", L"\\\\.\\mailslot"};
+    for (const wchar_t* device : devices) {
+        log_.clear();
+        EXPECT_EQ(isPDF(device), 0);
+        EXPECT_THAT(log_.lines(), ElementsAre("debug: ACTIVEDOC isPDF [FALSE] MISSING FILE"))
+            << testing::PrintToString(device);
+    }
+}
+
+TEST_F(PdfFile, IsMissingWhenItIsAPipeAndTheServerSeesNobody)
+{
+    const listening_pipe pipe;
+    for (const wchar_t* start :
+         {L"\\\\.\\pipe\\", L"//./PIPE/", L"\\\\?\\pipe\\", L"\\\\.\\C:\\..\\pipe\\",
+          L"\\\\localhost\\pipe\\", L"\\\\127.0.0.1\\PIPE\\", L"\\\\?\\UNC\\localhost\\pipe\\"}) {
+        log_.clear();
+        EXPECT_EQ(isPDF((start + pipe.name()).c_str()), 0);
+        EXPECT_THAT(log_.lines(), ElementsAre("debug: ACTIVEDOC isPDF [FALSE] MISSING FILE"))
+            << testing::PrintToString(start);
+        EXPECT_FALSE(pipe.was_opened()) << testing::PrintToString(start);
+    }
+}
+
+// Here a device of the machine that its path does not tell from a file.
+TEST_F(PdfFile, IsMissingWhenWhatWasOpenedIsNoDiskFile)
+{
+    for (const wchar_t* path : {L"Z:\\dev\\zero", L"Z:\\dev\\null", L"Z:\\dev\\full"}) {
+        log_.clear();
+        EXPECT_EQ(isPDF(path), 0);
+        EXPECT_THAT(log_.lines(), ElementsAre("debug: ACTIVEDOC isPDF [FALSE] MISSING FILE"));
+    }
+}
+
+TEST_F(PdfFile, MayBeNamedWithThePrefixForLongPaths)
+{
+    ASSERT_TRUE(write_file(path_, "%PDF-1.7\n"));
+    EXPECT_EQ(isPDF((L"\\\\?\\" + path_).c_str()), 1);
+    EXPECT_EQ(isPDF((L"\\\\.\\" + path_).c_str()), 1);
 }
 
 TEST_F(PdfFile, IsRefusedSilentlyWhenItCannotBeOpened)

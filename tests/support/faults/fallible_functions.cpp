@@ -74,6 +74,10 @@ void add_files(functions& all)
     add(all, {denied}, {"DeleteFileW", "DeviceIoControl", "ReadFile", "SetFileAttributesW"});
     add(all, {way<FALSE, ERROR_DISK_FULL>("disk full")}, {"WriteFile"});
     add(all, {way<FALSE, ERROR_FILE_NOT_FOUND>("not found")}, {"PathFileExistsW"});
+    add(all,
+        {way<FILE_TYPE_UNKNOWN, ERROR_INVALID_HANDLE>("unknown"),
+         way<FILE_TYPE_PIPE, ERROR_SUCCESS>("a pipe")},
+        {"GetFileType"});
     add(all, {way<0, ERROR_ACCESS_DENIED>("nothing")},
         {"GetFullPathNameW", "GetShortPathNameW", "GetTempFileNameW", "GetTempPathW", "_wfopen", "_wfsopen",
          "fwrite"});

@@ -1,0 +1,66 @@
+// A named pipe with a server at its end, which notes whether anybody opened it.
+#pragma once
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+namespace quill::test {
+
+// A client is turned away at once: one that reads would wait for ever.
+class listening_pipe
+{
+public:
+    listening_pipe()
+        : pipe_(CreateNamedPipeW((L"\\\\.\\pipe\\" + name_).c_str(),
+                                 PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED, PIPE_TYPE_BYTE, 1, 0, 0, 0,
+                                 nullptr))
+    {
+        EXPECT_NE(pipe_, INVALID_HANDLE_VALUE);
+        connecting_.hEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+        EXPECT_FALSE(ConnectNamedPipe(pipe_, &connecting_));
+        EXPECT_EQ(GetLastError(), DWORD{ERROR_IO_PENDING});
+        server_ = std::thread([this] { turn_away(); });
+    }
+    ~listening_pipe()
+    {
+        SetEvent(end_);
+        server_.join();
+        CancelIo(pipe_);
+        CloseHandle(pipe_);
+        CloseHandle(connecting_.hEvent);
+        CloseHandle(end_);
+    }
+    listening_pipe(const listening_pipe&) = delete;
+    listening_pipe& operator=(const listening_pipe&) = delete;
+
+    // The name behind "\\.\pipe\".
+    const std::wstring& name() const { return name_; }
+    bool was_opened() const
+    {
+        return was_opened_ || WaitForSingleObject(connecting_.hEvent, 0) == WAIT_OBJECT_0;
+    }
+
+private:
+    void turn_away()
+    {
+        const HANDLE events[] = {connecting_.hEvent, end_};
+        if (WaitForMultipleObjects(2, events, FALSE, INFINITE) != WAIT_OBJECT_0)
+            return;
+        was_opened_ = true;
+        DisconnectNamedPipe(pipe_);
+    }
+
+    const std::wstring name_ = L"quill test " + std::to_wstring(GetCurrentProcessId()) + L".pdf";
+    const HANDLE end_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    OVERLAPPED connecting_{};
+    HANDLE pipe_;
+    std::atomic<bool> was_opened_ = false;
+    std::thread server_;
+};
+
+} // namespace quill::test
