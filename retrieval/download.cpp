@@ -73,7 +73,9 @@ HRESULT fetch(const download_job& job, const std::wstring& url, const std::wstri
     log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", answer, " ", last_error);
     KeepDownloadLibraries();
     interruptible_callback callback(job.window, job.cancel_event);
-    return URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
+    const HRESULT result = URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
+    // The system may report success after a cancel, whose signal the callback has consumed.
+    return callback.is_ended() ? E_ABORT : result;
 }
 
 // The download's success does not prove a file, let alone a PDF.

@@ -47,8 +47,9 @@ STDMETHODIMP interruptible_callback::OnProgress(ULONG progress, ULONG progress_m
     const HRESULT result =
         CBindStatusCallbackImpl::OnProgress(progress, progress_max, status_code, status_text);
     in_progress_ = before;
-    is_ended_ = result == E_ABORT;
-    return result;
+    // A report inside this one may have met the event's only signal.
+    is_ended_ = is_ended_ || result == E_ABORT;
+    return is_ended_ ? E_ABORT : result;
 }
 
 STDMETHODIMP interruptible_callback::OnStopBinding(HRESULT result, LPCWSTR error)
@@ -82,7 +83,8 @@ void interruptible_callback::abort() noexcept
     IBinding* const binding = binding_;
     if (!binding)
         return;
-    binding->AddRef(); // ending tells OnStopBinding, which lets go
+    is_ended_ = true;
+    binding->AddRef(); // Abort calls OnStopBinding, which releases the binding
     binding->Abort();
     binding->Release();
 }

@@ -24,6 +24,9 @@ public:
                             LPCWSTR status_text) override;
     STDMETHODIMP OnStopBinding(HRESULT result, LPCWSTR error) override;
 
+    // Whether the download was told to end: E_ABORT is its result then, whatever the system makes of it.
+    bool is_ended() const noexcept { return is_ended_; }
+
 private:
     static LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
     void keep(IBinding* binding) noexcept;
@@ -32,7 +35,7 @@ private:
     HWND window_ = nullptr;
     IBinding* binding_ = nullptr;
     bool in_progress_ = false; // a report is under way, whose answer can end the download itself
-    bool is_ended_ = false;    // a report was answered with the end, which not every system takes at once
+    bool is_ended_ = false; // E_ABORT was answered or the binding aborted; stays, unlike the event's signal
 };
 
 // Asks the worker of that thread to end its download if it waits for its server. Never waits; may be called

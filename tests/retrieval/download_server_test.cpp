@@ -1,4 +1,5 @@
 // The worker against servers that answer well, slowly, oddly and badly.
+#include "tests/retrieval/deaf_protocol.h"
 #include "tests/retrieval/download_scene.h"
 #include "tests/support/wait.h"
 
@@ -212,6 +213,30 @@ TEST_F(DownloadFromServer, EndsWithAbortWhenTheDocumentIsClosedAlready)
     SetEvent(cancel_event_);
     expect_refused(server_.url(L"/a.pdf"), "qll0\\a.pdf",
                    {"debug: ACTIVEDOC DownloadPDFFile FAILED " + std::to_string(E_ABORT)});
+}
+
+// The document's event is signalled for one look only, and not every protocol ends when it is told to.
+TEST_F(DownloadFromServer, EndsWithAbortWhenTheSystemGoesOn)
+{
+    const std::wstring url = std::wstring(deaf_scheme) + L"://host/a.pdf";
+    const std::wstring source = temporary_ / L"source";
+    ASSERT_TRUE(write_file(source, pdf_body(100)));
+    const deaf_protocol protocol(source);
+    const HANDLE once = CreateEventW(nullptr, FALSE, TRUE, nullptr);
+    fake_document_window window({.url = url});
+    {
+        const download_thread worker({window.handle(), once, nullptr});
+        EXPECT_TRUE(worker.ended_within(default_deadline_ms));
+    }
+    EXPECT_EQ(WaitForSingleObject(once, 0), DWORD{WAIT_TIMEOUT}) << "nobody looked at the event";
+    CloseHandle(once);
+    window.close();
+    EXPECT_EQ(contents(L"qll0\\a.pdf"), pdf_body(100)) << "the system did not go on";
+    auto expected = lines_up_to_download(url, "qll0\\a.pdf");
+    expected.push_back("debug: ACTIVEDOC DownloadPDFFile FAILED " + std::to_string(E_ABORT));
+    EXPECT_EQ(lines(), expected);
+    EXPECT_EQ(window.cache_file(), L"");
+    EXPECT_THAT(window.messages(), testing::Not(testing::Contains(WM_USER_LOADFILE)));
 }
 
 TEST_F(DownloadFromServer, TakesWinINetWhenTheSettingsSaySo)

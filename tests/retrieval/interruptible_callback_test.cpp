@@ -1,0 +1,139 @@
+// The download's callback: what ends the download.
+#include "retrieval/interruptible_callback.h"
+#include "tests/retrieval/fake_document_window.h"
+
+#include <windows.h>
+
+#include <gmock/gmock.h>
+
+#include <vector>
+
+namespace quill::test {
+namespace {
+
+class auto_reset_event
+{
+public:
+    auto_reset_event() = default;
+    ~auto_reset_event() { CloseHandle(handle_); }
+    auto_reset_event(const auto_reset_event&) = delete;
+    auto_reset_event& operator=(const auto_reset_event&) = delete;
+
+    void set() const { SetEvent(handle_); }
+    bool is_consumed() const { return WaitForSingleObject(handle_, 0) == WAIT_TIMEOUT; }
+    HANDLE handle() const { return handle_; }
+
+private:
+    HANDLE handle_ = CreateEventW(nullptr, FALSE, FALSE, nullptr);
+};
+
+HRESULT report(IBindStatusCallback& callback)
+{
+    return callback.OnProgress(1, 9, BINDSTATUS_DOWNLOADINGDATA, nullptr);
+}
+
+// As the document's event is: whoever sees that it is signalled is the only one.
+TEST(InterruptibleCallback, KeepsTheEndThatItAnswered)
+{
+    const auto_reset_event cancel;
+    interruptible_callback callback(nullptr, cancel.handle());
+    EXPECT_EQ(report(callback), S_OK);
+    EXPECT_FALSE(callback.is_ended());
+    cancel.set();
+    EXPECT_EQ(report(callback), E_ABORT);
+    EXPECT_TRUE(cancel.is_consumed());
+    EXPECT_TRUE(callback.is_ended());
+    EXPECT_EQ(report(callback), E_ABORT);
+}
+
+// A window of the worker's thread that makes one more report in the middle of another.
+class reporting_window
+{
+public:
+    explicit reporting_window(IBindStatusCallback& callback) : callback_(callback)
+    {
+        SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
+        SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure));
+    }
+    ~reporting_window() { DestroyWindow(window_); }
+    reporting_window(const reporting_window&) = delete;
+    reporting_window& operator=(const reporting_window&) = delete;
+
+    HWND handle() const { return window_; }
+    const std::vector<HRESULT>& answers() const { return answers_; }
+
+private:
+    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
+    {
+        auto* const self = reinterpret_cast<reporting_window*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        if (message != WM_APP)
+            return DefWindowProcW(window, message, wparam, lparam);
+        self->answers_.push_back(self->callback_.OnProgress(0, 0, BINDSTATUS_CONNECTING, nullptr));
+        return 0;
+    }
+
+    IBindStatusCallback& callback_;
+    std::vector<HRESULT> answers_;
+    HWND window_ = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+};
+
+TEST(InterruptibleCallback, KeepsTheEndThatAReportInsideAReportAnswered)
+{
+    const auto_reset_event cancel;
+    HWND nested = nullptr;
+    fake_document_window window({.on_progress = [&](const seen_progress&) {
+        cancel.set();
+        SendMessageW(nested, WM_APP, 0, 0);
+    }});
+    interruptible_callback callback(window.handle(), cancel.handle());
+    const reporting_window inner(callback);
+    nested = inner.handle();
+    EXPECT_EQ(report(callback), E_ABORT);
+    EXPECT_EQ(inner.answers(), std::vector<HRESULT>{E_ABORT});
+    EXPECT_TRUE(callback.is_ended());
+    EXPECT_EQ(report(callback), E_ABORT);
+}
+
+class counting_binding final : public IBinding
+{
+public:
+    STDMETHODIMP QueryInterface(REFIID, void** object) override
+    {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
+    STDMETHODIMP_(ULONG) Release() override { return --references; }
+    STDMETHODIMP Abort() override
+    {
+        ++aborts;
+        return S_OK;
+    }
+    STDMETHODIMP Suspend() override { return E_NOTIMPL; }
+    STDMETHODIMP Resume() override { return E_NOTIMPL; }
+    STDMETHODIMP SetPriority(LONG) override { return E_NOTIMPL; }
+    STDMETHODIMP GetPriority(LONG*) override { return E_NOTIMPL; }
+    STDMETHODIMP GetBindResult(CLSID*, DWORD*, LPWSTR*, DWORD*) override { return E_NOTIMPL; }
+
+    ULONG references = 0;
+    int aborts = 0;
+};
+
+TEST(InterruptibleCallback, HasEndedOnceTheBindingWasAborted)
+{
+    counting_binding binding;
+    {
+        interruptible_callback callback(nullptr, nullptr);
+        InterruptDownload(GetCurrentThread());
+        EXPECT_FALSE(callback.is_ended()) << "nothing is under way";
+        EXPECT_EQ(callback.OnStartBinding(0, &binding), S_OK);
+        InterruptDownload(GetCurrentThread());
+        EXPECT_EQ(binding.aborts, 1);
+        EXPECT_TRUE(callback.is_ended());
+        EXPECT_EQ(report(callback), E_ABORT);
+    }
+    EXPECT_EQ(binding.references, 0u);
+}
+
+} // namespace
+} // namespace quill::test
