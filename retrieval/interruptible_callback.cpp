@@ -21,7 +21,8 @@ interruptible_callback::interruptible_callback(HWND notify_window, HANDLE cancel
     if (!window_)
         return;
     SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-    SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&window_procedure));
+    control_procedure_ = reinterpret_cast<WNDPROC>(
+        SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&window_procedure)));
 }
 
 interruptible_callback::~interruptible_callback()
@@ -61,11 +62,14 @@ STDMETHODIMP interruptible_callback::OnStopBinding(HRESULT result, LPCWSTR error
 LRESULT CALLBACK interruptible_callback::window_procedure(HWND window, UINT message, WPARAM wparam,
                                                           LPARAM lparam)
 {
-    if (message != interrupt_message)
-        return DefWindowProcW(window, message, wparam, lparam);
     auto* const self = reinterpret_cast<interruptible_callback*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+    if (!self || !self->control_procedure_)
+        return DefWindowProcW(window, message, wparam, lparam);
+    // WM_NCDESTROY above all: the control frees its own memory then.
+    if (message != interrupt_message)
+        return CallWindowProcW(self->control_procedure_, window, message, wparam, lparam);
     // Messages are delivered inside a report as well, when it waits for the document's window.
-    if (self && !self->in_progress_)
+    if (!self->in_progress_)
         self->abort();
     return 0;
 }

@@ -33,6 +33,7 @@ private:
     void abort() noexcept;
 
     HWND window_ = nullptr;
+    WNDPROC control_procedure_ = nullptr;
     IBinding* binding_ = nullptr;
     bool in_progress_ = false; // a report is under way, whose answer can end the download itself
     bool is_ended_ = false; // E_ABORT was answered or the binding aborted; stays, unlike the event's signal

@@ -1,4 +1,4 @@
-// The download's callback: what ends the download.
+// The download's callback: what ends the download, and what its window hands on.
 #include "retrieval/interruptible_callback.h"
 #include "tests/retrieval/fake_document_window.h"
 
@@ -10,6 +10,8 @@
 
 namespace quill::test {
 namespace {
+
+using testing::Contains;
 
 class auto_reset_event
 {
@@ -133,6 +135,51 @@ TEST(InterruptibleCallback, HasEndedOnceTheBindingWasAborted)
         EXPECT_EQ(report(callback), E_ABORT);
     }
     EXPECT_EQ(binding.references, 0u);
+}
+
+// The procedure of all STATIC windows that this process makes from now on: notes what arrives for the
+// callback's.
+class static_class_watch
+{
+public:
+    static_class_watch()
+    {
+        messages_.clear();
+        class_procedure_ = reinterpret_cast<WNDPROC>(
+            SetClassLongPtrW(window_, GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
+    }
+    ~static_class_watch()
+    {
+        SetClassLongPtrW(window_, GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(class_procedure_));
+        DestroyWindow(window_);
+    }
+    static_class_watch(const static_class_watch&) = delete;
+    static_class_watch& operator=(const static_class_watch&) = delete;
+
+    static const std::vector<UINT>& messages() { return messages_; }
+
+private:
+    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
+    {
+        messages_.push_back(message);
+        return CallWindowProcW(class_procedure_, window, message, wparam, lparam);
+    }
+
+    static inline WNDPROC class_procedure_ = nullptr;
+    static inline std::vector<UINT> messages_;
+    HWND window_ = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
+};
+
+// The control frees what it has for a window with the last message.
+TEST(InterruptibleCallback, HandsTheLastMessagesOnToTheControl)
+{
+    const static_class_watch watch;
+    {
+        const interruptible_callback callback(nullptr, nullptr);
+        EXPECT_THAT(watch.messages(), Contains(WM_NCCREATE));
+    }
+    EXPECT_THAT(watch.messages(), Contains(WM_DESTROY));
+    EXPECT_THAT(watch.messages(), Contains(WM_NCDESTROY).Times(1));
 }
 
 } // namespace
