@@ -66,12 +66,12 @@ HRESULT fetch(const download_job& job, const std::wstring& url, const std::wstri
 {
     DWORD last_error = 0;
     const int answer = ReadWinINetSwitch(last_error);
+    KeepDownloadLibraries();
     if (answer == wininet_switch_on) {
         log_debug("ACTIVEDOC KIEBrowserPlugin: WinINet");
         return static_cast<HRESULT>(DownloadWithWinINet(job, url.c_str(), cache_path.c_str()));
     }
     log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", answer, " ", last_error);
-    KeepDownloadLibraries();
     interruptible_callback callback(job.window, job.cancel_event);
     const HRESULT result = URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
     // The system may report success after a cancel, whose signal the callback has consumed.
