@@ -38,6 +38,7 @@ struct address_parts
     bool is_secure = false;
 };
 
+// False when url cannot be cracked or names no host; the last error says why.
 bool split_address(const std::wstring& url, address_parts& parts)
 {
     URL_COMPONENTSW found{};
@@ -48,8 +49,13 @@ bool split_address(const std::wstring& url, address_parts& parts)
     found.dwPasswordLength = 1;
     found.dwUrlPathLength = 1;
     found.dwExtraInfoLength = 1;
-    if (!InternetCrackUrlW(url.c_str(), static_cast<DWORD>(url.size()), 0, &found) || !found.lpszHostName)
+    if (!InternetCrackUrlW(url.c_str(), static_cast<DWORD>(url.size()), 0, &found))
         return false;
+    // Cracked without a host: a success that leaves the last error stale.
+    if (!found.lpszHostName || found.dwHostNameLength == 0) {
+        SetLastError(ERROR_INTERNET_INVALID_URL);
+        return false;
+    }
     parts.host.assign(found.lpszHostName, found.dwHostNameLength);
     if (found.lpszUserName)
         parts.user.assign(found.lpszUserName, found.dwUserNameLength);
@@ -88,7 +94,8 @@ internet_request open_relaxed(const wininet_functions& wininet, HINTERNET sessio
         opened.error = GetLastError();
         return opened;
     }
-    const DWORD flags = parts.is_secure ? INTERNET_FLAG_SECURE : 0;
+    // A server that authenticates the connection (NTLM) needs several requests on it.
+    const DWORD flags = INTERNET_FLAG_KEEP_CONNECTION | (parts.is_secure ? INTERNET_FLAG_SECURE : 0);
     opened.request = own(wininet, wininet.open_request(opened.connection.get(), L"GET", parts.object.c_str(),
                                                        nullptr, nullptr, nullptr, flags, 0));
     if (!opened.request) {

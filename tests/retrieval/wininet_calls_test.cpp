@@ -166,7 +166,7 @@ TEST_F(WinInetCalls, RelaxARequestBetweenItsMakingAndItsSending)
                                            "set #1 31 size 4 to 0x3101",
                                            "open_url #1 https://user:secret@h:444/x/a.pdf?q=%20 - 0 0 0",
                                            "connect #1 h:444 user secret 3 0 0",
-                                           "open_request #2 GET /x/a.pdf?q=%20 - - - 0x800000 0",
+                                           "open_request #2 GET /x/a.pdf?q=%20 - - - 0xc00000 0",
                                            "query #3 31 size 4 holding 0", "set #3 31 size 4 to 0x3101",
                                            "send #3 - 0 - 0", "info #3 5 size 128 index 0",
                                            "available #3 0 0", "close #3", "close #2", "close #1"));
@@ -177,7 +177,7 @@ TEST_F(WinInetCalls, RelaxARequestThatWasRedirectedToABadCertificate)
     wininet.open_url_error = 12045;
     EXPECT_EQ(download(L"http://h"), 0u);
     EXPECT_THAT(calls_of("connect"), ElementsAre("connect #1 h:80 - - 3 0 0"));
-    EXPECT_THAT(calls_of("open_request"), ElementsAre("open_request #2 GET / - - - 0x0 0"));
+    EXPECT_THAT(calls_of("open_request"), ElementsAre("open_request #2 GET / - - - 0x400000 0"));
 }
 
 TEST_F(WinInetCalls, GiveUpAfterTheRelaxedRequest)
@@ -205,6 +205,21 @@ TEST_F(WinInetCalls, GiveUpAfterTheRelaxedRequest)
         EXPECT_THAT(log.lines(),
                     ElementsAre("debug: ACTIVEDOC DEBUG InternetOpenUrl FAILED " + std::to_string(error)));
         wininet.*step = 0;
+    }
+}
+
+// Some systems take such an address apart without an error and give no host.
+TEST_F(WinInetCalls, ReportAnAddressWithoutAHostAsNone)
+{
+    for (const wchar_t* url : {L"http:///a.pdf", L"https://", L"http://:80/a.pdf", L"file:///a.pdf"}) {
+        SCOPED_TRACE(testing::PrintToString(url));
+        wininet.calls.clear();
+        log.clear();
+        wininet.open_url_error = ERROR_INTERNET_INVALID_CA;
+        EXPECT_EQ(download(url), 1u);
+        EXPECT_THAT(calls_of("connect"), ElementsAre());
+        EXPECT_THAT(log.lines(), ElementsAre("debug: ACTIVEDOC DEBUG InternetOpenUrl FAILED " +
+                                             std::to_string(ERROR_INTERNET_INVALID_URL)));
     }
 }
 

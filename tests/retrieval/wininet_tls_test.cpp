@@ -9,9 +9,9 @@
 #include <windows.h>
 
 #include <gmock/gmock.h>
+#include <urlmon.h>
 
 #include <memory>
-#include <urlmon.h>
 
 namespace quill::test {
 namespace {
@@ -67,6 +67,7 @@ TEST_F(WinInetTls, LetsTheFaultsPassAloneAndTogether)
         ASSERT_EQ(server.requests().size(), before + 1) << "the refused attempt sends no request";
         EXPECT_EQ(server.requests().back().target, "/a.pdf?q=1");
         EXPECT_EQ(server.requests().back().header("User-Agent"), "Quill5_IEactivedoc");
+        EXPECT_EQ(server.requests().back().header("Connection"), "Keep-Alive");
     }
 }
 
