@@ -1,6 +1,7 @@
 // The download's callback: what ends the download, and what its window hands on.
 #include "retrieval/interruptible_callback.h"
 #include "tests/retrieval/fake_document_window.h"
+#include "tests/retrieval/static_class_watch.h"
 
 #include <windows.h>
 
@@ -136,39 +137,6 @@ TEST(InterruptibleCallback, HasEndedOnceTheBindingWasAborted)
     }
     EXPECT_EQ(binding.references, 0u);
 }
-
-// The procedure of all STATIC windows that this process makes from now on: notes what arrives for the
-// callback's.
-class static_class_watch
-{
-public:
-    static_class_watch()
-    {
-        messages_.clear();
-        class_procedure_ = reinterpret_cast<WNDPROC>(
-            SetClassLongPtrW(window_, GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure)));
-    }
-    ~static_class_watch()
-    {
-        SetClassLongPtrW(window_, GCLP_WNDPROC, reinterpret_cast<LONG_PTR>(class_procedure_));
-        DestroyWindow(window_);
-    }
-    static_class_watch(const static_class_watch&) = delete;
-    static_class_watch& operator=(const static_class_watch&) = delete;
-
-    static const std::vector<UINT>& messages() { return messages_; }
-
-private:
-    static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
-    {
-        messages_.push_back(message);
-        return CallWindowProcW(class_procedure_, window, message, wparam, lparam);
-    }
-
-    static inline WNDPROC class_procedure_ = nullptr;
-    static inline std::vector<UINT> messages_;
-    HWND window_ = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
-};
 
 // The control frees what it has for a window with the last message.
 TEST(InterruptibleCallback, HandsTheLastMessagesOnToTheControl)

@@ -1,10 +1,12 @@
 // The status pane on a real display: what is seen where, and what is left behind.
 #include "retrieval/status_pane.h"
+#include "tests/retrieval/static_class_watch.h"
 #include "tests/support/balance.h"
 #include "tests/support/wait.h"
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <memory>
 #include <ostream>
 #include <vector>
@@ -288,6 +290,16 @@ TEST_F(StatusPane, SurvivesTheDeathOfItsWindow)
     pane_.Recentre();
     pane_.Hide();
     pane_.Detach();
+}
+
+// The control frees what it has for a window with the last message.
+TEST_F(StatusPane, HandsTheLastMessageOnToTheControl)
+{
+    parent_window parent(800, 600);
+    const static_class_watch watch;
+    create(parent);
+    parent.destroy();
+    EXPECT_EQ(std::count(watch.messages().begin(), watch.messages().end(), WM_NCDESTROY), 1);
 }
 
 TEST_F(StatusPane, LetsItsWindowSurviveIt)
