@@ -1,4 +1,4 @@
-// What needs no host: the log, the PDF check, the functions on URLs.
+// What needs no host: the log, the PDF check, the cache folder, the functions on URLs.
 #include "bench/plain_benchmarks.h"
 #include "bench/support/report.h"
 
@@ -7,6 +7,7 @@ int wmain(int argc, wchar_t** argv)
     return quill::bench::run(argc, argv, [] {
         quill::bench::log_benchmarks();
         quill::bench::pdf_check_benchmarks();
+        quill::bench::cache_folder_benchmarks();
         quill::bench::url_benchmarks();
     });
 }

@@ -5,6 +5,7 @@ namespace quill::bench {
 
 void log_benchmarks();
 void pdf_check_benchmarks();
+void cache_folder_benchmarks();
 void url_benchmarks();
 
 } // namespace quill::bench

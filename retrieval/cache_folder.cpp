@@ -1,13 +1,14 @@
 #include "retrieval/cache_folder.h"
 
+#include "platform/unique_handle.h"
 #include "retrieval/cache_name.h"
+#include "retrieval/folder_numbers.h"
 
 #include <windows.h>
 
 #include <shlwapi.h>
 
 #include <array>
-#include <climits>
 
 namespace quill {
 namespace {
@@ -15,8 +16,25 @@ namespace {
 constexpr wchar_t extension[] = L".pdf";
 constexpr std::size_t extension_units = 4;
 
-// How many times another download may take the chosen folder between the look and the making.
-constexpr int most_lost_races = 64;
+// How many folders may appear between the reading and the creation. More are tabs that all start at once; the
+// limit is for a file system that reports every name as existing.
+constexpr int most_lost_races = 10'000;
+
+// Puts the folder's numbers into the decision. False when the reading is incomplete: the folder cannot be
+// listed, though it may be possible to create folders in it, or a part of it was not returned.
+bool read_numbers(const std::wstring& temp_path, folder_numbers& numbers)
+{
+    const std::wstring pattern = temp_path + std::wstring(cache_folder_prefix) + L"*";
+    WIN32_FIND_DATAW entry{};
+    const unique_find_handle search(FindFirstFileExW(
+        pattern.c_str(), FindExInfoBasic, &entry, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH));
+    if (!search)
+        return GetLastError() == ERROR_FILE_NOT_FOUND;
+    do
+        numbers.add(entry.cFileName);
+    while (FindNextFileW(search.get(), &entry));
+    return GetLastError() == ERROR_NO_MORE_FILES;
+}
 
 // Asked without the backslash at the end: with it the question fails for a file, which is in the way
 // just as a folder is.
@@ -53,15 +71,20 @@ std::wstring base_name_of(const std::wstring& name)
 
 std::wstring CreateCacheFolder(const std::wstring& temp_path)
 {
+    folder_numbers numbers;
+    const bool is_complete = read_numbers(temp_path, numbers);
     int lost_races = 0;
-    for (int number = 0; number < INT_MAX; ++number) {
-        const std::wstring folder = temp_path + L"qll" + std::to_wstring(number) + L"\\";
+    for (std::uint32_t number = numbers.next_free(); number != folder_numbers::end;
+         number = numbers.next_free()) {
+        const std::wstring folder =
+            temp_path + std::wstring(cache_folder_prefix) + std::to_wstring(number) + L"\\";
         if (folder.size() >= MAX_PATH)
             break;
-        if (is_taken(folder))
+        if (!is_complete && is_taken(folder))
             continue;
         if (CreateDirectoryW(folder.c_str(), nullptr))
             return folder;
+        // Another tab was faster, or the name is the short one of another entry, which is not listed.
         if (GetLastError() != ERROR_ALREADY_EXISTS || ++lost_races > most_lost_races)
             break;
     }

@@ -77,6 +77,8 @@ void read_options(int argc, wchar_t** argv)
             given.is_short = true;
         else if (argument == L"--server" && index + 1 < argc)
             given.server = argv[++index];
+        else if (argument == L"--documents" && index + 1 < argc)
+            given.documents = argv[++index];
         else
             throw std::runtime_error("unknown argument");
     }

@@ -11,8 +11,9 @@ namespace quill::bench {
 // What the program was started with.
 struct options
 {
-    bool is_short = false;    // --short: a few rounds with small data, which judge nothing
-    std::wstring server = {}; // --server URL: where the download benchmarks fetch from
+    bool is_short = false;       // --short: a few rounds with small data, which judge nothing
+    std::wstring server = {};    // --server URL: where the download benchmarks fetch from
+    std::wstring documents = {}; // --documents FOLDER: what make-old-documents made
 };
 const options& current_options();
 bool is_short_run(); // current_options().is_short

@@ -66,6 +66,11 @@ void add_files(functions& all)
         {way<no_handle, ERROR_ACCESS_DENIED>("access denied"),
          way<no_handle, ERROR_FILE_NOT_FOUND>("not found")},
         {"CreateFileW"});
+    add(all,
+        {way<no_handle, ERROR_ACCESS_DENIED>("access denied"),
+         way<no_handle, ERROR_FILE_NOT_FOUND>("not found")},
+        {"FindFirstFileExW"});
+    add(all, {denied, way<FALSE, ERROR_NO_MORE_FILES>("no more files")}, {"FindNextFileW"});
     add(all, {denied, way<FALSE, ERROR_DISK_FULL>("disk full")}, {"CreateDirectoryW", "CopyFileExW"});
     add(all,
         {way<no_attributes, ERROR_FILE_NOT_FOUND>("not found"),

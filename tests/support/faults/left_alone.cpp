@@ -25,6 +25,7 @@ const std::vector<left_alone>& all_left_alone()
           "DestroyMenu",
           "DestroyWindow",
           "EndPaint",
+          "FindClose",
           "FreeLibrary",
           "GlobalDeleteAtom",
           "GlobalFree",

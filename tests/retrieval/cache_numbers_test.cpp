@@ -1,0 +1,216 @@
+// How a cache folder gets its number: what the system is asked for it, races, and folders that cannot be
+// listed.
+#include "platform/library_function.h"
+#include "retrieval/cache_folder.h"
+#include "tests/support/faults/import_table.h"
+#include "tests/support/scopes.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace quill::test {
+namespace {
+
+// Redirects the calls that the code under test, which is linked into this program, makes of the system.
+class replaced_import
+{
+public:
+    template <class Function>
+    replaced_import(const char* name, Function* replacement)
+        : name_(name), before_(redirect_import(GetModuleHandleW(nullptr), name,
+                                               reinterpret_cast<code_address>(replacement)))
+    {
+        EXPECT_NE(before_, nullptr) << name << " is not imported";
+    }
+    ~replaced_import()
+    {
+        if (before_)
+            redirect_import(GetModuleHandleW(nullptr), name_, before_);
+    }
+    replaced_import(const replaced_import&) = delete;
+    replaced_import& operator=(const replaced_import&) = delete;
+
+private:
+    const char* name_;
+    code_address before_;
+};
+
+template <class Function>
+Function* system_function(const char* name)
+{
+    return library_function<Function*>(GetModuleHandleW(L"kernel32.dll"), name);
+}
+
+struct system_script
+{
+    int questions = 0;
+    int creations = 0;
+    int rivals = 0;                // creations that another tab precedes
+    int entries_until_failure = 0; // of the reading
+};
+system_script script;
+
+DWORD WINAPI counted_question(LPCWSTR path)
+{
+    ++script.questions;
+    return system_function<decltype(GetFileAttributesW)>("GetFileAttributesW")(path);
+}
+
+BOOL WINAPI counted_creation(LPCWSTR path, LPSECURITY_ATTRIBUTES security)
+{
+    ++script.creations;
+    auto* const create = system_function<decltype(CreateDirectoryW)>("CreateDirectoryW");
+    if (script.rivals > 0) {
+        --script.rivals;
+        EXPECT_TRUE(create(path, nullptr));
+    }
+    return create(path, security);
+}
+
+BOOL WINAPI creation_where_everything_exists(LPCWSTR, LPSECURITY_ATTRIBUTES)
+{
+    SetLastError(ERROR_ALREADY_EXISTS);
+    return FALSE;
+}
+
+HANDLE WINAPI refused_listing(LPCWSTR, FINDEX_INFO_LEVELS, LPVOID, FINDEX_SEARCH_OPS, LPVOID, DWORD)
+{
+    SetLastError(ERROR_ACCESS_DENIED);
+    return INVALID_HANDLE_VALUE;
+}
+
+BOOL WINAPI interrupted_listing(HANDLE search, LPWIN32_FIND_DATAW entry)
+{
+    if (script.entries_until_failure-- > 0)
+        return system_function<decltype(FindNextFileW)>("FindNextFileW")(search, entry);
+    SetLastError(ERROR_UNEXP_NET_ERR);
+    return FALSE;
+}
+
+class CacheFolderNumber : public testing::Test
+{
+protected:
+    CacheFolderNumber() { script = {}; }
+
+    void make_folders(int count) const
+    {
+        for (int number = 0; number < count; ++number)
+            make_folder(L"qll" + std::to_wstring(number));
+    }
+    void make_folder(const std::wstring& name) const
+    {
+        EXPECT_TRUE(CreateDirectoryW((temporary_ / name).c_str(), nullptr));
+    }
+    // The name of the next cache folder; empty when there is none.
+    std::wstring next() const
+    {
+        const std::wstring folder = CreateCacheFolder(temporary_.path() + L"\\");
+        return folder.empty() ? folder : folder.substr(temporary_.path().size() + 1);
+    }
+
+    scratch_directory temporary_;
+};
+
+TEST_F(CacheFolderNumber, IsFoundWithoutAQuestionForEachFolder)
+{
+    make_folders(100);
+    const replaced_import questions("GetFileAttributesW", counted_question);
+    const replaced_import creations("CreateDirectoryW", counted_creation);
+    EXPECT_EQ(next(), L"qll100\\");
+    EXPECT_EQ(script.questions, 0);
+    EXPECT_EQ(script.creations, 1);
+}
+
+TEST_F(CacheFolderNumber, FillsTheFirstGapAmongFoldersAndFiles)
+{
+    for (const wchar_t* const name : {L"qll0", L"QLL2", L"qll4"})
+        make_folder(name);
+    ASSERT_TRUE(write_file(temporary_ / L"qll1", "a file"));
+    ASSERT_TRUE(write_file(temporary_ / L"QLL5", "a file"));
+    EXPECT_EQ(next(), L"qll3\\");
+    EXPECT_EQ(next(), L"qll6\\");
+}
+
+TEST_F(CacheFolderNumber, IgnoresOtherNames)
+{
+    for (const wchar_t* const name :
+         {L"qll", L"qll007", L"qll1x", L"qll2.pdf", L"qll99999999999", L"qll4294967296", L"quill0", L"0"})
+        make_folder(name);
+    EXPECT_EQ(next(), L"qll0\\");
+    EXPECT_EQ(next(), L"qll1\\");
+    EXPECT_EQ(next(), L"qll2\\");
+}
+
+TEST_F(CacheFolderNumber, IsTheNextFreeOneAfterALostRace)
+{
+    make_folder(L"qll0");
+    make_folder(L"qll2");
+    const replaced_import creations("CreateDirectoryW", counted_creation);
+    script.rivals = 1;
+    EXPECT_EQ(next(), L"qll3\\");
+    EXPECT_EQ(script.creations, 2);
+}
+
+TEST_F(CacheFolderNumber, IsFoundAmongHundredsOfTabsThatStartAtOnce)
+{
+    const replaced_import creations("CreateDirectoryW", counted_creation);
+    script.rivals = 300;
+    EXPECT_EQ(next(), L"qll300\\");
+}
+
+TEST_F(CacheFolderNumber, IsGivenUpWhereEveryNameIsSaidToExist)
+{
+    const replaced_import creations("CreateDirectoryW", creation_where_everything_exists);
+    EXPECT_EQ(next(), L"");
+}
+
+TEST_F(CacheFolderNumber, IsAskedForWhereTheFolderCannotBeListed)
+{
+    make_folder(L"qll0");
+    ASSERT_TRUE(write_file(temporary_ / L"qll1", "a file"));
+    const replaced_import listing("FindFirstFileExW", refused_listing);
+    EXPECT_EQ(next(), L"qll2\\");
+    EXPECT_EQ(read_file(temporary_ / L"qll1"), "a file");
+}
+
+TEST_F(CacheFolderNumber, IsAskedForBehindAnInterruptedListing)
+{
+    make_folders(20);
+    const replaced_import listing("FindNextFileW", interrupted_listing);
+    const replaced_import creations("CreateDirectoryW", counted_creation);
+    script.entries_until_failure = 5;
+    EXPECT_EQ(next(), L"qll20\\");
+    EXPECT_EQ(script.creations, 1);
+}
+
+TEST_F(CacheFolderNumber, IsADifferentOneForEachThread)
+{
+    constexpr std::size_t threads = 8;
+    constexpr std::size_t folders = 25; // of each thread
+    std::vector<std::vector<std::wstring>> made(threads);
+    {
+        std::vector<std::jthread> running;
+        for (auto& each : made) {
+            running.emplace_back([this, &each] {
+                for (std::size_t i = 0; i < folders; ++i)
+                    each.push_back(next());
+            });
+        }
+    }
+    std::vector<std::wstring> all;
+    for (const auto& each : made)
+        all.insert(all.end(), each.begin(), each.end());
+    std::vector<std::wstring> expected;
+    for (std::size_t number = 0; number < threads * folders; ++number)
+        expected.push_back(L"qll" + std::to_wstring(number) + L"\\");
+    std::sort(all.begin(), all.end());
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(all, expected);
+}
+
+} // namespace
+} // namespace quill::test
