@@ -29,11 +29,23 @@ bool browser_events_aggregator::on_before_navigate(IWebBrowser2* browser, std::w
         QUILL_LOG(log_level::info) << url << " just canceled";
     } else {
         QUILL_LOG(log_level::info) << "trying to open pdf link";
-        editor_->open(parse_url(url));
+        open(url);
     }
     // Opening may have taken longer than a repeat is waited for, so the clock is read again.
     repeats_.cancelled(url, GetTickCount64());
     return true;
+}
+
+void browser_events_aggregator::open(std::wstring_view url)
+{
+    // Opening may dispatch messages, and so the repeat.
+    repeats_.cancelled(url, GetTickCount64());
+    try {
+        editor_->open(parse_url(url));
+    } catch (...) {
+        repeats_.forget_url(); // the navigation is not cancelled: the next one must not pass for a repeat
+        throw;
+    }
 }
 
 void browser_events_aggregator::on_document_complete(IWebBrowser2* browser, std::wstring_view url)
@@ -64,9 +76,12 @@ void browser_events_aggregator::on_document_ready(IHTMLDocument2* document)
 
 document_record* browser_events_aggregator::find_record(IHTMLDocument2* document) const
 {
-    for (const auto& record : documents_)
+    // The comparison calls into the page, which may report its readiness and have a record appended.
+    for (std::size_t i = 0; i < documents_.size(); ++i) {
+        document_record* const record = documents_[i].get();
         if (record->is_for(document))
-            return record.get();
+            return record;
+    }
     return nullptr;
 }
 

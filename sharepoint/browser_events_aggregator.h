@@ -32,6 +32,7 @@ private:
     // Null when there is none. A record stays where it is as long as the aggregator lives.
     document_record* find_record(IHTMLDocument2* document) const;
     document_record& find_or_create_record(IHTMLDocument2* document);
+    void open(std::wstring_view url);
 
     std::shared_ptr<pdf_editor> editor_;
     std::vector<std::unique_ptr<document_record>> documents_;

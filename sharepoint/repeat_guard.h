@@ -16,7 +16,8 @@ public:
     // Whether url, without regard to case, was cancelled less than 100 ms ago.
     bool is_repeat(std::wstring_view url, std::uint64_t now) const;
 
-    // Every cancellation begins a new 100 ms, that of a repeat too.
+    // Every cancellation begins a new 100 ms, that of a repeat too. Allocates only if no URL of this length
+    // was passed before.
     void cancelled(std::wstring_view url, std::uint64_t now);
 
     // The time is kept.
