@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cwchar>
 #include <iterator>
+#include <utility>
 
 namespace ATL {
 namespace {
@@ -90,27 +91,20 @@ BOOL CUrl::set(std::wstring& member, LPCWSTR text)
 {
     if (!text)
         return FALSE;
-    try {
-        member = text;
-        return TRUE;
-    } catch (...) {
-        return FALSE;
-    }
+    member = text;
+    return TRUE;
 }
 
 BOOL CUrl::CrackUrl(LPCWSTR url, DWORD flags)
 {
     if (!url || flags != 0)
         return FALSE;
-    try {
-        if (crack(url))
-            return TRUE;
-    } catch (...) {
-        Clear();
-        return FALSE;
-    }
-    Clear();
-    return FALSE;
+    CUrl cracked; // an exception leaves this object as it was
+    const bool is_url = cracked.crack(url);
+    if (!is_url)
+        cracked.Clear();
+    *this = std::move(cracked);
+    return is_url;
 }
 
 bool CUrl::crack(std::wstring_view url)
@@ -200,18 +194,13 @@ BOOL CUrl::CreateUrl(LPWSTR url, DWORD* length, DWORD flags) const
 {
     if (!url || !length || flags != 0)
         return FALSE;
-    try {
-        const std::wstring result = text();
-        const DWORD capacity = *length;
-        const bool fits = result.size() < capacity;
-        *length = static_cast<DWORD>(result.size() + (fits ? 0 : 1));
-        if (!fits)
-            return FALSE;
-        std::wmemcpy(url, result.c_str(), result.size() + 1);
-        return TRUE;
-    } catch (...) {
+    const std::wstring result = text();
+    const bool fits = result.size() < *length;
+    *length = static_cast<DWORD>(result.size() + (fits ? 0 : 1));
+    if (!fits)
         return FALSE;
-    }
+    std::wmemcpy(url, result.c_str(), result.size() + 1);
+    return TRUE;
 }
 
 DWORD CUrl::GetUrlLength() const

@@ -33,8 +33,8 @@ inline constexpr ATL_URL_PORT ATL_URL_DEFAULT_SOCKS_PORT = 1080;
 ATL_URL_PORT AtlGetDefaultUrlPort(ATL_URL_SCHEME scheme) noexcept;
 
 // A new object, and one whose text could not be taken apart, is an empty HTTP URL. Texts are kept as they are
-// given: nothing is escaped or unescaped, whatever the case of letters. Functions that return BOOL answer
-// FALSE for bad arguments and when memory runs out.
+// given: nothing is escaped or unescaped, whatever the case of letters. Functions that return BOOL return
+// FALSE for bad arguments; std::bad_alloc is thrown when memory runs out.
 class CUrl
 {
 public:
@@ -45,6 +45,7 @@ public:
 
     // Takes `url` apart: scheme, user and password, host, port, path, and what begins with "?" or "#".
     // FALSE when it has no scheme, no host where its scheme needs one, or a port that is no port. flags: 0.
+    // An exception leaves the object unchanged.
     BOOL CrackUrl(LPCWSTR url, DWORD flags = 0);
 
     // Puts the URL together; a port is written only when it is not the scheme's own. *length: the capacity of

@@ -10,6 +10,7 @@
 
 #include <atlutil.h>
 
+#include <new>
 #include <utility>
 
 namespace quill {
@@ -23,6 +24,19 @@ std::wstring list_link(IHTMLElement* element)
         return {};
     const attribute_value link(element, L"href");
     return std::wstring(is_pdf_link(link.text()) ? link.text() : std::wstring_view());
+}
+
+// The URL of the page of a server-relative link. Running out of memory is not the same as a page without a
+// URL: the link would be opened without its server.
+std::wstring base_of_links(IHTMLDocument2* page)
+{
+    CComBSTR url;
+    const HRESULT result = page->get_URL(&url);
+    if (result == E_OUTOFMEMORY)
+        throw std::bad_alloc();
+    if (FAILED(result) || !url)
+        return {};
+    return {url.m_str, url.Length()};
 }
 
 } // namespace
@@ -66,7 +80,7 @@ bool document_record::click(IHTMLElement* element) const
         return false;
     }
     const bool needs_server = link.starts_with(L'/');
-    editor->open(parse_url(needs_server ? link_address(link, address()) : link));
+    editor->open(parse_url(needs_server ? link_address(link, base_of_links(document_)) : link));
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include "logging/log_stream.h"
 #include "platform/settings.h"
 #include "platform/unique_handle.h"
+#include "sharepoint/com_error.h"
 #include "sharepoint/editor_launch.h"
 
 #include <atlutil.h>
@@ -13,10 +14,11 @@ namespace {
 
 std::wstring text_of(const CUrl& url)
 {
-    DWORD size = url.GetUrlLength() + 1;
-    std::wstring text(size, L'\0');
-    url.CreateUrl(text.data(), &size);
-    text.resize(text.find(L'\0'));
+    DWORD length = url.GetUrlLength() + 1;
+    std::wstring text(length, L'\0');
+    if (!url.CreateUrl(text.data(), &length))
+        throw_com_error(E_UNEXPECTED, "The URL cannot be created");
+    text.resize(length);
     return text;
 }
 

@@ -15,9 +15,9 @@ public:
     // Asks the suite's settings where the editor is.
     pdf_editor();
 
-    // Starts the editor on the address and does not wait for it. Without an editor, or when it cannot be
-    // started, the system's default handler gets the address. Call on a thread with a message queue. Throws
-    // std::bad_alloc only.
+    // Starts the editor on the URL and does not wait for it. Without an editor, or when it cannot be started,
+    // the system's default handler gets the URL; the calling thread may dispatch messages meanwhile. Call on
+    // a thread with a message queue. An exception (std::bad_alloc, as a rule) means that nothing was opened.
     void open(const ATL::CUrl& url) const;
 
 private:
@@ -27,7 +27,7 @@ private:
     std::wstring exe_path_; // empty: no editor
 };
 
-// The address as an object; text that cannot be taken apart gives whatever the object makes of it.
+// The URL as an object; text that cannot be taken apart gives an empty one. Throws std::bad_alloc.
 ATL::CUrl parse_url(std::wstring_view text);
 
 } // namespace quill

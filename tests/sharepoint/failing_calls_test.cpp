@@ -1,9 +1,11 @@
 // A whole visit to a SharePoint page, with every single call of the browser's and the engine's objects
 // failing in turn: nothing may leak, hang or reach the browser; what the call does not concern goes on as
-// ever, the same event works the next time, and so does the next visit.
+// ever, the same event works the next time, and so does the next visit. The default handler gets the URLs of
+// all events that are cancelled.
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/editor_bench.h"
 #include "tests/sharepoint/page_visit.h"
+#include "tests/sharepoint/recorded_launches.h"
 #include "tests/support/balance.h"
 #include "tests/support/fault_points.h"
 
@@ -174,7 +176,7 @@ TEST_P(FailingCalls, LeaveNothingBehind)
 {
     const auto [how, has_element2] = GetParam();
     test::editor_bench bench;
-    bench.break_default_handler(); // what would be started is not the question here
+    const test::launch_recording recording;
     CComPtr<IObjectWithSite> helper;
     ASSERT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(nullptr, IID_IObjectWithSite,
                                                             reinterpret_cast<void**>(&helper)),
@@ -185,6 +187,7 @@ TEST_P(FailingCalls, LeaveNothingBehind)
             scene.fail_call(failing_call, how);
         const visit_record record = test::visit_page(scene, helper, has_element2);
         EXPECT_EQ(scene.has_failed(), failing_call != 0);
+        test::expect_opened_what_was_cancelled(record);
         return record;
     };
     const visit_record normal = visit(0);
