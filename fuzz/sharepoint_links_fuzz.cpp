@@ -1,11 +1,20 @@
 // Links of a SharePoint page, clicks on them and the start of the editor: a link, and the page's address.
 #include "fuzz/caught_line.h"
+#include "fuzz/command_line.h"
 #include "fuzz/reference_text.h"
 #include "fuzz/subjects.h"
 #include "sharepoint/click_decision.h"
 #include "sharepoint/editor_launch.h"
 #include "sharepoint/link_address.h"
 #include "sharepoint/pdf_link.h"
+
+#include <atlutil.h>
+
+#ifdef _WIN32
+#include <shellapi.h>
+#endif
+
+#include <iterator>
 
 namespace quill::fuzz {
 namespace {
@@ -15,6 +24,8 @@ constexpr auto nowhere = std::wstring::npos;
 bool expected_pdf_link(const std::wstring& lower)
 {
     if (!lower.starts_with(L"/") && !lower.starts_with(L"http"))
+        return false;
+    if (lower.find(L'\0') != nowhere)
         return false;
     return lower.ends_with(L".pdf") && lower.find(L"/_vti_history/") == nowhere &&
            lower.find(L"/_vti_bin/") == nowhere;
@@ -49,6 +60,8 @@ std::wstring expected_address(const std::wstring& link, const std::wstring& page
     if (mark == nowhere || !link.starts_with(L"/"))
         return link;
     const std::wstring scheme = page.substr(0, mark + 1);
+    if (lower_ascii(scheme) != L"http:" && lower_ascii(scheme) != L"https:")
+        return link;
     std::wstring server = page.substr(mark + 3);
     for (const wchar_t end : std::wstring_view(L"/?#"))
         server = server.substr(0, server.find(end));
@@ -71,11 +84,72 @@ bool is_separator(wchar_t unit)
     return unit == L'\\' || unit == L'/';
 }
 
+std::wstring expected_on_command_line(const std::wstring& url)
+{
+    static constexpr const wchar_t* escapes[] = {
+        L"%00", L"%01", L"%02", L"%03", L"%04", L"%05", L"%06", L"%07", L"%08", L"%09", L"%0A",
+        L"%0B", L"%0C", L"%0D", L"%0E", L"%0F", L"%10", L"%11", L"%12", L"%13", L"%14", L"%15",
+        L"%16", L"%17", L"%18", L"%19", L"%1A", L"%1B", L"%1C", L"%1D", L"%1E", L"%1F"};
+    std::wstring text;
+    for (const wchar_t c : url) {
+        if (c < std::size(escapes))
+            text += escapes[c];
+        else if (c == L'"')
+            text += L"%22";
+        else
+            text += c;
+    }
+    return text;
+}
+
+// The system's own function beside the rules, where there is one.
+std::vector<std::wstring> shell_arguments(const std::wstring& line)
+{
+#ifdef _WIN32
+    int count = 0;
+    wchar_t** const found = CommandLineToArgvW(line.c_str(), &count);
+    FUZZ_CHECK(found);
+    std::vector<std::wstring> arguments(found, found + count);
+    LocalFree(found);
+    return arguments;
+#else
+    return windows_arguments(line);
+#endif
+}
+
+// Two arguments whatever the URL is. One that ends with a backslash would escape the last quotation mark.
+void check_command_line(const std::wstring& url)
+{
+    const std::wstring line = editor_command_line(exact_copy<wchar_t>(url));
+    const std::wstring expected = L"sharepoint://" + expected_on_command_line(url);
+    FUZZ_CHECK(line == L"/pdf \"" + expected + L"\"");
+    for (const auto& arguments : {windows_arguments(line), shell_arguments(line)}) {
+        FUZZ_CHECK(arguments.size() == 2 && arguments[0] == L"/pdf");
+        FUZZ_CHECK(arguments[1] == expected || url.ends_with(L'\\'));
+    }
+}
+
+// From the link to the editor's arguments: no link that is opened ends with a backslash.
+void check_opening(const std::wstring& link)
+{
+    if (!is_pdf_link(link))
+        return;
+    CUrl url;
+    url.CrackUrl(link.c_str());
+    DWORD length = url.GetUrlLength() + 1;
+    std::wstring text(length, L'\0');
+    FUZZ_CHECK(url.CreateUrl(text.data(), &length));
+    text.resize(length);
+    FUZZ_CHECK(!text.ends_with(L'\\') && text.find(L'\0') == nowhere);
+    check_command_line(text);
+}
+
 void check_launch(const std::wstring& text)
 {
-    const exact_copy<wchar_t> exact(text);
-    FUZZ_CHECK(editor_command_line(exact) == L"/pdf \"sharepoint://" + text + L"\"");
+    check_command_line(text);
+    check_opening(text);
 
+    const exact_copy<wchar_t> exact(text);
     const std::wstring folder = parent_directory(exact);
     FUZZ_CHECK(text.starts_with(folder));
     // What is cut off is one name: the folder is the parent, not an ancestor.

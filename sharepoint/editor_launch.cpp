@@ -36,12 +36,32 @@ std::size_t root_length(std::wstring_view path)
     return root + drive_length(path.substr(root));
 }
 
+bool is_unsafe_in_quotes(wchar_t c)
+{
+    constexpr wchar_t first_printable = 0x20;
+    return c == L'"' || c < first_printable;
+}
+
+// Of a character below 0x100.
+void append_escape(std::wstring& text, wchar_t c)
+{
+    constexpr std::wstring_view digits = L"0123456789ABCDEF";
+    text += L'%';
+    text += digits[static_cast<std::size_t>(c) / 16];
+    text += digits[static_cast<std::size_t>(c) % 16];
+}
+
 } // namespace
 
 std::wstring editor_command_line(std::wstring_view url)
 {
     std::wstring line = L"/pdf \"sharepoint://";
-    line += url;
+    for (const wchar_t c : url) {
+        if (is_unsafe_in_quotes(c))
+            append_escape(line, c);
+        else
+            line += c;
+    }
     line += L'"';
     return line;
 }

@@ -7,8 +7,8 @@
 namespace quill {
 
 // SharePoint writes its links without the server ("/sites/a/x.pdf"): such a link gets the scheme and server
-// of the page's address, "//server/x.pdf" the scheme. Any other link, and every link of a page whose address
-// has no server, stays as it is.
+// of the page's URL, "//server/x.pdf" the scheme. Any other link stays as it is, and so does every link of a
+// page that is not of http or https: "/x.pdf" must not become a file.
 std::wstring link_address(std::wstring_view link, std::wstring_view page_address);
 
 } // namespace quill

@@ -75,7 +75,9 @@ bool pdf_editor::start(const std::wstring& url) const
 CUrl parse_url(std::wstring_view text)
 {
     CUrl url;
-    url.CrackUrl(std::wstring(text).c_str());
+    // With a null inside, only a part of it would be taken apart.
+    if (text.find(L'\0') == std::wstring_view::npos)
+        url.CrackUrl(std::wstring(text).c_str());
     return url;
 }
 

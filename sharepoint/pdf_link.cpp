@@ -13,6 +13,9 @@ bool is_pdf_link(std::wstring_view url)
         return false;
     if (url.front() != L'/' && !begins_with_ignoring_case(url, L"http"))
         return false;
+    // The URL object and the system's calls would read the text up to the null only, and it ends otherwise.
+    if (url.find(L'\0') != std::wstring_view::npos)
+        return false;
     return !contains_ignoring_case(url, L"/_vti_history/") && !contains_ignoring_case(url, L"/_vti_bin/");
 }
 

@@ -5,8 +5,9 @@
 
 namespace quill {
 
-// True for server-relative and http(s) addresses that end with ".pdf", except stored earlier versions of
-// a file and the server's service endpoints. Writes a log line for every address asked about.
+// True for server-relative URLs and those that begin with "http", if they end with ".pdf"; except stored
+// earlier versions of a file, the server's service endpoints and text with an embedded null. Writes a log
+// line for every URL.
 bool is_pdf_link(std::wstring_view url);
 
 } // namespace quill

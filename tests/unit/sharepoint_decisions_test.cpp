@@ -104,6 +104,8 @@ TEST(PageKind, HasTheNumbersOfTheRecords)
     EXPECT_EQ(static_cast<int>(page_kind::regular), 2);
 }
 
+using namespace std::string_view_literals;
+
 struct address_case
 {
     std::wstring_view url;
@@ -147,6 +149,14 @@ TEST(PdfLink, IsRecognised)
         {L"https://h/x_vti_bin/x.pdf", true},
         {L"/Übersicht/文書.PdF", true},
         {L"\xD83D\xDE00.pdf", false},
+        {L"httpfoo:x.pdf", true}, // only the beginning counts
+        {L"http://h/a\" /b.pdf", true},
+        {L"http://h/\t\x01\xD800.pdf", true},
+        {L"http://h/x.exe\0.pdf"sv, false},
+        {L"/x.exe\0.pdf"sv, false},
+        {L"http\0://h/x.pdf"sv, false},
+        {L"/x\0.pdf"sv, false},
+        {L"/x.pdf\0"sv, false},
     };
     for (const address_case& expected : cases) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(expected.url)));
@@ -220,6 +230,20 @@ TEST(LinkAddress, IsCompletedFromThePages)
         {L"/x.pdf", L"file:///c:/page.htm", L"/x.pdf"},
         {L"/x.pdf", L"http://", L"/x.pdf"},
         {L"/x.pdf", L"http:///list", L"/x.pdf"},
+        {L"/x.pdf", L"HTTP://Server/list", L"HTTP://Server/x.pdf"},
+        {L"//other/x.pdf", L"hTTps://server/", L"hTTps://other/x.pdf"},
+        {L"/x.pdf", L"file://server/share/page.htm", L"/x.pdf"},
+        {L"//other/x.pdf", L"file://server/share/page.htm", L"//other/x.pdf"},
+        {L"//other/x.pdf", L"FILE:///c:/page.htm", L"//other/x.pdf"},
+        {L"///other/share/x.pdf", L"file:///c:/page.htm", L"///other/share/x.pdf"},
+        {L"/x.pdf", L"ftp://server/page.htm", L"/x.pdf"},
+        {L"/x.pdf", L"res://module/page.htm", L"/x.pdf"},
+        {L"/x.pdf", L"httpx://server/", L"/x.pdf"},
+        {L"/x.pdf", L"xhttp://server/", L"/x.pdf"},
+        {L"/x.pdf", L" http://server/", L"/x.pdf"},
+        {L"/x.pdf", L"://server/", L"/x.pdf"},
+        {L"/x.pdf", L"mhtml:http://server/page.mht", L"/x.pdf"},
+        {L"/x.pdf", L"about:blank?http://server/", L"/x.pdf"},
     };
     for (const auto& expected : cases)
         EXPECT_EQ(link_address(expected.link, expected.page), expected.address)
@@ -292,6 +316,17 @@ TEST(EditorLaunch, MakesTheCommandLine)
               L"/pdf \"sharepoint://https://server/sites/a/x.pdf\"");
     EXPECT_EQ(editor_command_line(L""), L"/pdf \"sharepoint://\"");
     EXPECT_EQ(editor_command_line(L"{}%s{0}\\ä 文"), L"/pdf \"sharepoint://{}%s{0}\\ä 文\"");
+}
+
+TEST(EditorLaunch, EscapesWhatEndsAnArgument)
+{
+    EXPECT_EQ(editor_command_line(L"http://h/a\" /other \"C:\\x.pdf"),
+              L"/pdf \"sharepoint://http://h/a%22 /other %22C:\\x.pdf\"");
+    EXPECT_EQ(editor_command_line(L"\\\"\\"), L"/pdf \"sharepoint://\\%22\\\"");
+    EXPECT_EQ(editor_command_line(L"\0\x01\t\n\r\x1B\x1F !"sv),
+              L"/pdf \"sharepoint://%00%01%09%0A%0D%1B%1F !\"");
+    EXPECT_EQ(editor_command_line(L"%22\x7F\x80\x0100\x0122\x2022\xD800\xFFFF"),
+              L"/pdf \"sharepoint://%22\x7F\x80\x0100\x0122\x2022\xD800\xFFFF\"");
 }
 
 TEST(EditorLaunch, FindsTheWorkingDirectory)
