@@ -134,7 +134,7 @@ TEST_F(HostilePage, GivesTheDefaultHandlerWhatIsTooLongForACommandLine)
     EXPECT_EQ(log_.lines().back(), "warning: QuillStudio failed. Trying to use default pdf view...");
 }
 
-// Whoever reads such text up to the null reads another URL than the one that was tested.
+// Read up to the null, such text is another URL than the one that was tested.
 TEST_F(HostilePage, OpensNoLinkWithAnEmbeddedNull)
 {
     const launch_recording recording;
