@@ -2,6 +2,7 @@
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/aggregator_bench.h"
 #include "tests/sharepoint/recorded_launches.h"
+#include "tests/support/text.h"
 
 #include <gtest/gtest.h>
 
@@ -31,18 +32,38 @@ protected:
     }
     static urls opened() { return recorded_launches().default_urls; }
 
+    // The attempt opens a URL and says whether its repeat opened nothing. On a machine that halts for longer
+    // than a repeat is recognised, that says nothing, and another URL is tried.
+    void expect_recognised(const std::function<bool(const std::wstring& url)>& attempt)
+    {
+        for (int number = 0; number < 50; ++number) {
+            recorded_launches() = {};
+            begin_ = GetTickCount64();
+            const bool is_recognised = attempt(L"http://h/Doc" + std::to_wstring(number) + L".pdf");
+            if (is_recognised || GetTickCount64() - begin_ < 100) {
+                EXPECT_TRUE(is_recognised) << testing::PrintToString(opened());
+                return;
+            }
+        }
+        ADD_FAILURE() << "the machine never kept up";
+    }
+
+    ULONGLONG begin_ = 0;
     const launch_recording recording_;
 };
 
 TEST_F(ReentrantOpening, OpensARepeatOnce)
 {
-    meanwhile([&] {
-        log_.clear();
-        EXPECT_TRUE(navigate(L"HTTP://H/DOC.PDF"));
-        EXPECT_EQ(log_.lines().back(), "info: HTTP://H/DOC.PDF just canceled");
+    expect_recognised([&](const std::wstring& url) {
+        std::string last_line;
+        meanwhile([&] {
+            EXPECT_TRUE(navigate(L"HTTP" + url.substr(4)));
+            last_line = log_.lines().back();
+        });
+        EXPECT_TRUE(navigate(url));
+        return opened() == urls{url} &&
+               last_line == "info: " + to_utf8(L"HTTP" + url.substr(4)) + " just canceled";
     });
-    EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_EQ(opened(), urls{pdf_url});
 }
 
 // The same through the helper object, whose section is entered at the time.
@@ -53,37 +74,47 @@ TEST_F(ReentrantOpening, OpensARepeatOfATabOnce)
                                                             reinterpret_cast<void**>(&helper)),
               S_OK);
     ASSERT_EQ(helper->SetSite(browser_->unknown()), S_OK);
-    meanwhile([&] { EXPECT_EQ(browser_->before_navigate(pdf_url).cancel, VARIANT_TRUE); });
-    EXPECT_EQ(browser_->before_navigate(pdf_url).cancel, VARIANT_TRUE);
-    EXPECT_EQ(opened(), urls{pdf_url});
+    expect_recognised([&](const std::wstring& url) {
+        meanwhile([&] { EXPECT_EQ(browser_->before_navigate(url).cancel, VARIANT_TRUE); });
+        EXPECT_EQ(browser_->before_navigate(url).cancel, VARIANT_TRUE);
+        return opened() == urls{url};
+    });
     EXPECT_EQ(helper->SetSite(nullptr), S_OK);
 }
 
 TEST_F(ReentrantOpening, RecognisesTheRepeatAfterALongOpening)
 {
-    meanwhile([] { pass_the_repeat_window(); });
-    EXPECT_TRUE(navigate(pdf_url));
-    log_.clear();
-    EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_EQ(log_.lines().back(), "info: http://h/Doc.pdf just canceled");
-    EXPECT_EQ(opened(), urls{pdf_url});
+    expect_recognised([&](const std::wstring& url) {
+        meanwhile([&] {
+            pass_the_repeat_window();
+            begin_ = GetTickCount64();
+        });
+        EXPECT_TRUE(navigate(url));
+        EXPECT_TRUE(navigate(url));
+        return opened() == urls{url};
+    });
 }
 
 // One URL is remembered, and it is the one that was cancelled last.
 TEST_F(ReentrantOpening, OpensAnotherUrlAndRemembersTheFirst)
 {
-    meanwhile([&] { EXPECT_TRUE(navigate(L"http://h/other.pdf")); });
-    EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_EQ(opened(), (urls{pdf_url, L"http://h/other.pdf"}));
+    const std::wstring other = L"http://h/other.pdf";
+    expect_recognised([&](const std::wstring& url) {
+        meanwhile([&] { EXPECT_TRUE(navigate(other)); });
+        EXPECT_TRUE(navigate(url));
+        EXPECT_TRUE(navigate(url));
+        return opened() == urls{url, other};
+    });
 }
 
 TEST_F(ReentrantOpening, RemembersTheUrlWhenAPageIsCompletedMeanwhile)
 {
-    meanwhile([&] { complete(); });
-    EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_EQ(opened(), urls{pdf_url});
+    expect_recognised([&](const std::wstring& url) {
+        meanwhile([&] { complete(); });
+        EXPECT_TRUE(navigate(url));
+        EXPECT_TRUE(navigate(url));
+        return opened() == urls{url};
+    });
 }
 
 // A page that does something when it is asked for its identity.
