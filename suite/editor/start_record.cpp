@@ -6,6 +6,12 @@
 
 #include <windows.h>
 
+#include <shellapi.h>
+
+#include <cstdlib>
+#include <cwchar>
+#include <iterator>
+
 namespace quill::editor {
 namespace {
 
@@ -13,6 +19,38 @@ bool has_handle(const std::wstring& number)
 {
     DWORD flags = 0;
     return GetHandleInformation(reinterpret_cast<HANDLE>(std::stoull(number)), &flags) != FALSE;
+}
+
+std::vector<std::wstring> arguments_of_shell()
+{
+    int count = 0;
+    wchar_t** const arguments = CommandLineToArgvW(GetCommandLineW(), &count);
+    std::vector<std::wstring> copies(arguments, arguments + (arguments ? count : 0));
+    LocalFree(arguments);
+    return copies;
+}
+
+std::wstring escaped(const std::wstring& text)
+{
+    std::wstring ascii;
+    for (const wchar_t c : text) {
+        if (c >= L' ' && c <= L'~' && c != L'\\') {
+            ascii += c;
+            continue;
+        }
+        wchar_t escape[7];
+        std::swprintf(escape, std::size(escape), L"\\u%04x", static_cast<unsigned>(c));
+        ascii += escape;
+    }
+    return ascii;
+}
+
+std::wstring lines_of(const wchar_t* label, const std::vector<std::wstring>& arguments)
+{
+    std::wstring lines;
+    for (const std::wstring& argument : arguments)
+        lines += label + escaped(argument) + L"\r\n";
+    return lines;
 }
 
 } // namespace
@@ -25,13 +63,18 @@ start_record start_record::of_this_program()
     GetStartupInfoW(&startup);
     const bool has_show_command = (startup.dwFlags & STARTF_USESHOWWINDOW) != 0;
     const auto canary = environment_variable(L"QUILL_EDITOR_CANARY");
-    return {GetCommandLineW(), std::move(directory), has_show_command ? startup.wShowWindow : -1,
+    return {GetCommandLineW(),
+            {__wargv, __wargv + __argc},
+            arguments_of_shell(),
+            std::move(directory),
+            has_show_command ? startup.wShowWindow : -1,
             canary && has_handle(*canary)};
 }
 
 std::wstring start_record::text() const
 {
-    return L"command line: " + command_line + L"\r\ndirectory: " + directory + L"\r\nshow: " +
+    return L"command line: " + command_line + L"\r\n" + lines_of(L"crt argument: ", crt_arguments) +
+           lines_of(L"shell argument: ", shell_arguments) + L"directory: " + directory + L"\r\nshow: " +
            std::to_wstring(show_command) + (has_canary ? L"\r\ncanary: inherited" : L"") + L"\r\n\r\n";
 }
 

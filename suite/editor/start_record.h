@@ -2,12 +2,16 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace quill::editor {
 
 struct start_record
 {
     std::wstring command_line; // character for character
+    // What the command line is taken apart to by the C library and by the shell's function.
+    std::vector<std::wstring> crt_arguments;
+    std::vector<std::wstring> shell_arguments;
     std::wstring directory;
     int show_command; // -1: none was given
     // Whether it got the starter's handle whose number stands in QUILL_EDITOR_CANARY.
@@ -16,7 +20,8 @@ struct start_record
     // How this program was started.
     static start_record of_this_program();
 
-    // One line per value, and an empty line.
+    // One line per value, and an empty line. Arguments are in ASCII: "\uXXXX" is any other character, a
+    // control character or a backslash.
     std::wstring text() const;
 };
 

@@ -11,6 +11,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quill::test {
@@ -32,7 +33,7 @@ protected:
     }
     ~aggregator_bench() override { aggregator_.reset(); }
 
-    bool navigate(const wchar_t* url, bool is_post = false)
+    bool navigate(std::wstring_view url, bool is_post = false)
     {
         return aggregator_->on_before_navigate(browser_, url, is_post);
     }

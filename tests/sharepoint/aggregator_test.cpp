@@ -1,6 +1,6 @@
 #include "tests/sharepoint/aggregator_bench.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <system_error>
 
@@ -55,7 +55,7 @@ TEST_F(Aggregator, CancelsARepeatWithoutASecondEditor)
     EXPECT_EQ(log_.lines(),
               (lines{"debug: detect click to HTTP://H/DOC.PDF", "info: sharepoint document has been detected",
                      "info: HTTP://H/DOC.PDF just canceled"}));
-    EXPECT_EQ(bench_.starts(1).size(), 1u);
+    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(pdf_url)});
 }
 
 TEST_F(Aggregator, OpensTheSameAddressAgainLater)
@@ -63,7 +63,7 @@ TEST_F(Aggregator, OpensTheSameAddressAgainLater)
     EXPECT_TRUE(navigate(pdf_url));
     pass_the_repeat_window();
     EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_EQ(bench_.starts(2).size(), 2u);
+    EXPECT_EQ(bench_.starts(2), std::vector(2, bench_.editor_start(pdf_url)));
 }
 
 // The third navigation comes more than 100 ms after the first, and less than that after the second. A machine
@@ -96,7 +96,8 @@ TEST_F(Aggregator, OpensAnotherAddressAtOnce)
 {
     EXPECT_TRUE(navigate(L"http://h/a.pdf"));
     EXPECT_TRUE(navigate(L"http://h/b.pdf"));
-    EXPECT_EQ(bench_.starts(2).size(), 2u);
+    EXPECT_THAT(bench_.starts(2), testing::UnorderedElementsAre(bench_.editor_start(L"http://h/a.pdf"),
+                                                                bench_.editor_start(L"http://h/b.pdf")));
 }
 
 TEST_F(Aggregator, ForgetsTheRepeatWhenAPageIsComplete)
@@ -104,7 +105,7 @@ TEST_F(Aggregator, ForgetsTheRepeatWhenAPageIsComplete)
     EXPECT_TRUE(navigate(pdf_url));
     complete();
     EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_EQ(bench_.starts(2).size(), 2u);
+    EXPECT_EQ(bench_.starts(2), std::vector(2, bench_.editor_start(pdf_url)));
 }
 
 // With no editor the default handler gets the address, and the navigation stays cancelled.
@@ -201,7 +202,7 @@ TEST_F(Aggregator, AsksTheRecordOfThePageThatIsClicked)
     EXPECT_TRUE(aggregator_->on_click(page_, &link));
     EXPECT_FALSE(aggregator_->on_click(first, &link));
     EXPECT_FALSE(aggregator_->on_click(last, &link));
-    EXPECT_EQ(bench_.starts(1).size(), 1u);
+    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(L"http://h/x.pdf")});
     log_.clear();
     page_->change_ready_state(L"complete");
     EXPECT_EQ(log_.lines(), (lines{"info: Ready state change.", "debug: document already exists",
@@ -230,7 +231,7 @@ TEST_F(Aggregator, ClassifiesARecordedPageOnce)
     auto& link = page_->add_to_body(list_link(L"/x.pdf"));
     const auto event = make_fake<fake_event>(scene_, &link);
     EXPECT_TRUE(is_bool(page_->click(event).value, false));
-    EXPECT_EQ(bench_.starts(1).size(), 1u);
+    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(L"http://h/x.pdf")});
 }
 
 // A page may tell its readiness as soon as it is connected to.

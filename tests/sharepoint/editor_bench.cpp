@@ -47,6 +47,30 @@ std::wstring from_utf8(std::string_view text)
     return wide;
 }
 
+// Undoes the escapes of a recorded argument.
+std::wstring unescaped(std::wstring_view ascii)
+{
+    std::wstring text;
+    while (!ascii.empty()) {
+        const bool is_escape = ascii.front() == L'\\';
+        text += is_escape ? static_cast<wchar_t>(std::stoul(std::wstring(ascii.substr(2, 4)), nullptr, 16))
+                          : ascii.front();
+        ascii.remove_prefix(is_escape ? 6 : 1);
+    }
+    return text;
+}
+
+std::vector<std::wstring> arguments_of(const std::wstring& record, std::wstring_view label)
+{
+    std::vector<std::wstring> arguments;
+    for (std::size_t begin = record.find(label); begin != std::wstring::npos;
+         begin = record.find(label, begin)) {
+        begin += label.size();
+        arguments.push_back(unescaped(record.substr(begin, record.find(L"\r\n", begin) - begin)));
+    }
+    return arguments;
+}
+
 // The rest of the line that begins with the label.
 std::wstring value_of(const std::wstring& record, std::wstring_view label)
 {
@@ -61,7 +85,9 @@ std::wstring value_of(const std::wstring& record, std::wstring_view label)
 
 void PrintTo(const program_start& start, std::ostream* out)
 {
-    *out << testing::PrintToString(start.command_line) << " in " << testing::PrintToString(start.directory)
+    *out << testing::PrintToString(start.command_line) << " taken apart to "
+         << testing::PrintToString(start.crt_arguments) << " and "
+         << testing::PrintToString(start.shell_arguments) << " in " << testing::PrintToString(start.directory)
          << " show " << start.show_command << (start.has_canary ? " with the canary" : "");
 }
 
@@ -126,7 +152,8 @@ std::vector<program_start> editor_bench::read_starts() const
     for (std::size_t end = text.find(record_end); end != std::wstring::npos;
          end = text.find(record_end, begin)) {
         const std::wstring record = text.substr(begin, end + record_end.size() - begin);
-        all.push_back({value_of(record, L"command line: "), value_of(record, L"directory: "),
+        all.push_back({value_of(record, L"command line: "), arguments_of(record, L"\r\ncrt argument: "),
+                       arguments_of(record, L"\r\nshell argument: "), value_of(record, L"directory: "),
                        _wtoi(value_of(record, L"show: ").c_str()),
                        record.find(L"canary: inherited") != std::wstring::npos});
         begin = end + record_end.size();
@@ -148,7 +175,8 @@ std::wstring editor_bench::second_default_handler_line(const std::wstring& url)
 
 program_start editor_bench::editor_start(const std::wstring& url) const
 {
-    return {L"/pdf \"sharepoint://" + url + L"\"", scratch_ / L"Editor", SW_SHOW};
+    const std::vector<std::wstring> arguments = {L"/pdf", L"sharepoint://" + url};
+    return {L"/pdf \"sharepoint://" + url + L"\"", arguments, arguments, scratch_ / L"Editor", SW_SHOW};
 }
 
 } // namespace quill::test

@@ -14,6 +14,9 @@ namespace quill::test {
 struct program_start
 {
     std::wstring command_line;
+    // The command line as the C library and as the shell's function take it apart.
+    std::vector<std::wstring> crt_arguments;
+    std::vector<std::wstring> shell_arguments;
     std::wstring directory;
     int show_command = -1;
     bool has_canary = false; // the handle that QUILL_EDITOR_CANARY names
@@ -47,7 +50,8 @@ public:
     // waited for, so that a start too many has had its time.
     std::vector<program_start> starts(std::size_t expected);
 
-    // What the default handler's and the editor's start looks like.
+    // What the default handler's and the editor's start looks like. For the editor, url is the text that the
+    // command line has.
     static std::wstring default_handler_line(const std::wstring& url);
     static std::wstring second_default_handler_line(const std::wstring& url);
     program_start editor_start(const std::wstring& url) const;

@@ -93,9 +93,11 @@ IUnknown* fake_browser::find_interface(REFIID iid)
 }
 
 before_navigate_arguments::before_navigate_arguments(IDispatch* frame, const std::wstring& address)
-    : url(address.c_str()), flags(0), disp(dispatch_argument(frame)), url_argument(reference_to(url)),
+    : flags(0), disp(dispatch_argument(frame)), url_argument(reference_to(url)),
       post_data_reference(reference_to(post_data)), post_data_argument(reference_to(post_data_reference))
 {
+    url.vt = VT_BSTR;
+    hand_out(address, &url.bstrVal);
     cancel_argument.vt = VT_BYREF | VT_BOOL;
     cancel_argument.pboolVal = &cancel;
 }

@@ -159,7 +159,10 @@ TEST(PdfEditor, TakesAPathOfExactly259Characters)
     log_capture log;
     pdf_editor().open(parse_url(url));
     EXPECT_EQ(log.lines(), (lines{editor_line(path), checkout_line}));
-    EXPECT_EQ(bench.starts(1).size(), 1u);
+    const auto starts = bench.starts(1);
+    ASSERT_EQ(starts.size(), 1u);
+    EXPECT_EQ(starts[0].command_line, bench.editor_start(url).command_line);
+    EXPECT_EQ(starts[0].directory, bench.scratch() / folder);
 }
 
 TEST(PdfEditor, PassesAddressesCharacterForCharacter)
@@ -176,19 +179,18 @@ TEST(PdfEditor, PassesAddressesCharacterForCharacter)
     }
 }
 
-// What the address object makes of text that it cannot take apart is its own; the launcher takes it.
-TEST(PdfEditor, SurvivesAddressesThatCannotBeTakenApart)
+// The URL object makes an empty URL of text that it cannot take apart.
+TEST(PdfEditor, OpensAnEmptyUrlForTextThatIsNone)
 {
     editor_bench bench;
     bench.use_editor();
     const pdf_editor editor;
-    editor.open(parse_url(L"/sites/a/x.pdf"));
-    editor.open(parse_url(L""));
-    editor.open(parse_url(L"http://h/" + std::wstring(100'000, L'x') + L".pdf"));
-    const auto starts = bench.starts(3);
-    ASSERT_EQ(starts.size(), 3u);
-    for (const auto& start : starts)
-        EXPECT_TRUE(start.command_line.starts_with(L"/pdf \"sharepoint://")) << start.command_line.size();
+    std::vector<test::program_start> expected;
+    for (const wchar_t* text : {L"/sites/a/x.pdf", L"", L"x.pdf", L"http:x.pdf", L"http://h:x/y.pdf"}) {
+        editor.open(parse_url(text));
+        expected.push_back(bench.editor_start(L"http://"));
+    }
+    EXPECT_EQ(bench.starts(expected.size()), expected);
 }
 
 TEST(PdfEditor, KeepsNoHandles)
