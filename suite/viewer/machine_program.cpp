@@ -9,26 +9,24 @@ namespace {
 
 constexpr wchar_t shell_path[] = L"Z:\\bin\\sh";
 
-// The shell runs the program under a time limit and then writes the mark that poll() looks for. It writes it
-// to the standard output because Wine passes on that one and the standard input, and no other. The program's
-// own messages go nowhere: its exit code says what matters.
-constexpr wchar_t shell_script[] = L"timeout -k 5 60 \"$0\" \"$@\" 2>/dev/null; printf '\\nend %d\\n' $?";
+// The shell reads from and writes to the two files that it is given with their names encoded, runs the
+// program under a time limit and then writes the mark that poll() looks for. Handles are no way: Wine 10
+// closes the standard files of a program whose parent has no console. The program's own messages go nowhere:
+// its exit code says what matters.
+constexpr wchar_t shell_script[] =
+    L"name() { printf '%b.' \"$1\"; }; in=$(name \"$1\"); out=$(name \"$2\"); shift 2; "
+    L"[ -e \"${out%.}\" ] || exit 1; exec <\"${in%.}\" >>\"${out%.}\"; "
+    L"timeout -k 5 60 \"$0\" \"$@\" 2>/dev/null; printf '\\nend %d\\n' $?";
 constexpr std::string_view end_mark = "\nend ";
 constexpr std::size_t longest_end = 16; // the mark, an exit code, a line end
 
-SECURITY_ATTRIBUTES inheritable()
-{
-    return {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
-}
-
 constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// A file opened twice: a handle has one file pointer, also where another process inherits it, and reading
-// moves it, so that the program would write its next piece over what it has written.
+// A file that goes with its handle.
 struct result_file
 {
-    file_handle reader; // the file goes with it
-    file_handle writer;
+    file_handle reader;
+    std::wstring path;
 };
 
 result_file make_result_file()
@@ -37,16 +35,29 @@ result_file make_result_file()
     wchar_t path[MAX_PATH + 1] = {};
     if (GetTempPathW(MAX_PATH, folder) == 0 || GetTempFileNameW(folder, L"qpv", 0, path) == 0)
         return {};
-    SECURITY_ATTRIBUTES attributes = inheritable();
-    result_file file;
-    file.reader = file_handle(CreateFileW(path, GENERIC_READ, share_all, nullptr, OPEN_EXISTING,
-                                          FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
-    if (file.reader)
-        file.writer = file_handle(CreateFileW(path, GENERIC_WRITE, share_all, &attributes, OPEN_EXISTING,
-                                              FILE_ATTRIBUTE_NORMAL, nullptr));
-    else
+    file_handle reader(CreateFileW(path, GENERIC_READ, share_all, nullptr, OPEN_EXISTING,
+                                   FILE_ATTRIBUTE_TEMPORARY | FILE_FLAG_DELETE_ON_CLOSE, nullptr));
+    if (!reader)
         DeleteFileW(path);
-    return file;
+    return {std::move(reader), path};
+}
+
+// The machine's own name of a file, each byte as printf's %b reads it, so that the command line stays ASCII.
+// Empty where there is no such name.
+std::wstring encoded_machine_path(const std::wstring& path)
+{
+    using get_unix_file_name = char*(CDECL*)(const wchar_t*);
+    const auto get = reinterpret_cast<get_unix_file_name>(reinterpret_cast<void*>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name")));
+    char* const name = get != nullptr ? get(path.c_str()) : nullptr;
+    std::wstring encoded;
+    for (const char* c = name; c != nullptr && *c != '\0'; ++c) {
+        const auto byte = static_cast<unsigned char>(*c);
+        for (const unsigned digit : {8u, byte / 64u, byte / 8u % 8u, byte % 8u})
+            encoded += digit == 8 ? L"\\0" : std::to_wstring(digit);
+    }
+    HeapFree(GetProcessHeap(), 0, name);
+    return encoded;
 }
 
 std::string read_file(HANDLE file, std::size_t start, std::size_t length)
@@ -105,24 +116,22 @@ std::optional<machine_program> machine_program::start(const std::wstring& progra
                                                       const std::vector<std::wstring>& arguments,
                                                       const std::wstring& input)
 {
-    SECURITY_ATTRIBUTES attributes = inheritable();
-    file_handle document(CreateFileW(input.c_str(), GENERIC_READ, share_all, &attributes, OPEN_EXISTING,
-                                     FILE_ATTRIBUTE_NORMAL, nullptr));
+    const file_handle document(CreateFileW(input.c_str(), GENERIC_READ, share_all, nullptr, OPEN_EXISTING,
+                                           FILE_ATTRIBUTE_NORMAL, nullptr));
     result_file output = make_result_file();
-    if (!document || !output.writer)
+    if (!document || !output.reader)
         return std::nullopt;
 
     std::wstring command = L"sh -c " + quoted_argument(shell_script) + L" " + quoted_argument(program);
+    for (const std::wstring& file : {input, output.path})
+        command += L" " + quoted_argument(encoded_machine_path(file));
     for (const std::wstring& argument : arguments)
         command += L" " + quoted_argument(argument);
 
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    startup.hStdInput = document.get();
-    startup.hStdOutput = output.writer.get();
     PROCESS_INFORMATION process = {};
-    if (!CreateProcessW(shell_path, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
+    if (!CreateProcessW(shell_path, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
                         &process))
         return std::nullopt;
     // Wine leaves the process handle null and the thread handle unset for a program that is not its own.

@@ -35,6 +35,20 @@ TEST_F(MachineProgram, ReadsItsInputAndWritesItsOutput)
     EXPECT_EQ(result->output, "what the program reads");
 }
 
+TEST_F(MachineProgram, ReadsAFileOfAnyName)
+{
+    for (const wchar_t* name :
+         {L"two  words.txt", L"\u00FCber \u65E5\u672C.txt", L"it's $HOME `x`.txt", L"%41.txt"}) {
+        const std::wstring path = folder / name;
+        ASSERT_TRUE(write_file(path, "contents"));
+        const auto started = machine_program::start(L"/bin/cat", {}, path);
+        std::optional<machine_program::result> result;
+        ASSERT_TRUE(started.has_value());
+        ASSERT_TRUE(wait_until([&] { return (result = started->poll()).has_value(); }));
+        EXPECT_EQ(result->output, "contents");
+    }
+}
+
 TEST_F(MachineProgram, GetsItsArgumentsAsTheyAre)
 {
     const auto result =
@@ -57,6 +71,15 @@ TEST_F(MachineProgram, MayWriteWhatLooksLikeItsEnd)
     ASSERT_TRUE(result.has_value());
     EXPECT_EQ(result->exit_code, 0);
     EXPECT_EQ(result->output, "before\nend 5\nafter");
+}
+
+// As in iexplore.exe.
+TEST_F(MachineProgram, IsStartedByAProgramWithoutAConsole)
+{
+    FreeConsole();
+    const auto result = run(L"/bin/cat", {});
+    ASSERT_TRUE(result.has_value());
+    EXPECT_EQ(result->output, "what the program reads");
 }
 
 // Whoever looks on must not move the place where the program writes next.
