@@ -3,6 +3,15 @@
 #include "atl/detail/rect_size.h"
 
 namespace ATL {
+namespace {
+
+bool HasRegion(HWND window) noexcept
+{
+    RECT box;
+    return GetWindowRgnBox(window, &box) != ERROR;
+}
+
+} // namespace
 
 void ReleaseActiveObject(IOleInPlaceSite* site) noexcept
 {
@@ -27,9 +36,12 @@ void PlaceControlWindow(HWND window, const RECT& position, const RECT& clip) noe
         OffsetRect(&visible, detail::extent(position.left, 0), detail::extent(position.top, 0));
         region = CreateRectRgnIndirect(&visible);
     }
-    // The system owns the region once it is set.
-    if (!SetWindowRgn(window, region, TRUE) && region)
-        DeleteObject(region);
+    // Setting none where there is none would only repaint the whole window.
+    if (region || HasRegion(window)) {
+        // The system owns the region once it is set.
+        if (!SetWindowRgn(window, region, TRUE) && region)
+            DeleteObject(region);
+    }
     const SIZE size = detail::size_of(position);
     SetWindowPos(window, nullptr, position.left, position.top, size.cx, size.cy,
                  SWP_NOZORDER | SWP_NOACTIVATE);

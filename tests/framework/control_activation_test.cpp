@@ -232,6 +232,46 @@ TEST_F(framework_activation, window_is_cut_off_where_the_clip_ends)
     EXPECT_TRUE(same(control->m_rcPos, elsewhere));
 }
 
+// On a control's window: counts how often its frame is calculated, which has it painted again.
+class frame_watch : public ATL::CWindowImpl<frame_watch>
+{
+public:
+    BEGIN_MSG_MAP(frame_watch)
+    MESSAGE_HANDLER(WM_NCCALCSIZE, OnCalculation)
+    END_MSG_MAP()
+
+    int calculations = 0;
+
+private:
+    LRESULT OnCalculation(UINT, WPARAM, LPARAM, BOOL& handled)
+    {
+        ++calculations;
+        handled = FALSE;
+        return 0;
+    }
+};
+
+TEST_F(framework_activation, window_without_a_region_is_placed_without_a_repaint)
+{
+    set_site();
+    EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
+    const RECT place = place_of_control();
+    frame_watch watch;
+    ASSERT_TRUE(watch.SubclassWindow(control->m_hWnd));
+    EXPECT_EQ(control->SetObjectRects(&place, &place), S_OK);
+    EXPECT_EQ(watch.calculations, 0);
+
+    RECT clip = place;
+    --clip.right;
+    EXPECT_EQ(control->SetObjectRects(&place, &clip), S_OK);
+    EXPECT_GT(watch.calculations, 0) << "the region is new";
+    watch.calculations = 0;
+    EXPECT_EQ(control->SetObjectRects(&place, &place), S_OK);
+    EXPECT_GT(watch.calculations, 0) << "the region is taken away";
+    watch.UnsubclassWindow();
+    close();
+}
+
 TEST_F(framework_activation, focus_from_outside_activates_the_user_interface)
 {
     set_site();
