@@ -6,6 +6,7 @@
 #include "atl/detail/control.h"
 #include "atl/detail/control_base.h"
 #include "atl/detail/data_object_impl.h"
+#include "atl/detail/in_place_context.h"
 #include "atl/detail/ole_control_impl.h"
 #include "atl/detail/ole_in_place_active_object_impl.h"
 #include "atl/detail/ole_in_place_object_impl.h"

@@ -1,16 +1,9 @@
 // In-place activation, step by step. Every step calls the site, and every site may call back: what was true
 // before a call is asked again after it.
 #include "atl/detail/control_base.h"
+#include "atl/detail/in_place_context.h"
 
 namespace ATL {
-
-struct CComControlBase::Surroundings
-{
-    CComPtr<IOleInPlaceFrame> frame;
-    CComPtr<IOleInPlaceUIWindow> document; // none where the frame is the document window
-    RECT position{};
-    RECT clip{};
-};
 
 HRESULT CComControlBase::InPlaceActivate(LONG iVerb, const RECT* prcPosRect)
 {
@@ -32,7 +25,7 @@ HRESULT CComControlBase::InPlaceActivate(LONG iVerb, const RECT* prcPosRect)
 
     const bool entered = !m_bInPlaceActive;
     HRESULT hr = entered ? EnterInPlace(site) : S_OK;
-    Surroundings where;
+    InPlaceContext where;
     where.position = where.clip = prcPosRect ? *prcPosRect : m_rcPos;
     if (SUCCEEDED(hr)) {
         hr = ShowInPlace(site, where);
@@ -71,25 +64,18 @@ HRESULT CComControlBase::EnterInPlace(IOleInPlaceSite* pSite)
     return hr;
 }
 
-HRESULT CComControlBase::ShowInPlace(IOleInPlaceSite* pSite, Surroundings& where)
+HRESULT CComControlBase::ShowInPlace(IOleInPlaceSite* pSite, InPlaceContext& where)
 {
     HWND parent = nullptr;
     HRESULT hr = pSite->GetWindow(&parent);
     if (FAILED(hr) || !parent)
         return FAILED(hr) ? hr : E_FAIL;
-    const Surroundings fallback = where;
-    OLEINPLACEFRAMEINFO frame_info{};
-    frame_info.cb = sizeof frame_info;
-    if (FAILED(pSite->GetWindowContext(&where.frame, &where.document, &where.position, &where.clip,
-                                       &frame_info))) {
-        where.position = fallback.position;
-        where.clip = fallback.clip;
-    }
+    where.Ask(pSite); // without an answer the position stays the verb's
     if (!m_bInPlaceActive)
         return OLE_E_NOT_INPLACEACTIVE;
     if (m_hWndCD)
         ShowWindow(m_hWndCD, SW_SHOW);
-    else if (!CreateControlWindow(parent, where.position))
+    else if (!CreateControlWindow(parent, where.position) && !m_hWndCD) // or the site had another one made
         return m_bInPlaceActive ? E_FAIL : OLE_E_NOT_INPLACEACTIVE;
     CComPtr<IOleInPlaceObject> in_place;
     ControlQueryInterface(IID_IOleInPlaceObject, reinterpret_cast<void**>(&in_place));
@@ -98,7 +84,7 @@ HRESULT CComControlBase::ShowInPlace(IOleInPlaceSite* pSite, Surroundings& where
     return m_bInPlaceActive ? S_OK : OLE_E_NOT_INPLACEACTIVE;
 }
 
-HRESULT CComControlBase::EnterUI(IOleInPlaceSite* pSite, const Surroundings& where)
+HRESULT CComControlBase::EnterUI(IOleInPlaceSite* pSite, const InPlaceContext& where)
 {
     // Set before the site hears of it, so that the focus coming in does not activate a second time.
     m_bUIActive = 1;

@@ -121,6 +121,8 @@ HRESULT CComControlBase::FireViewChange() noexcept
 
 HRESULT CComControlBase::IOleObject_SetClientSite(IOleClientSite* pClientSite)
 {
+    CComPtr<IUnknown> self;
+    ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
     CComPtr<IOleClientSite> site(pClientSite);
     CComQIPtr<IDispatch> ambient(pClientSite);
     // An in-place site that the old client site gave is of no use with the new one.
@@ -168,6 +170,8 @@ HRESULT CComControlBase::IOleObject_SetExtent(DWORD dwDrawAspect, SIZEL* psizel)
         return DV_E_DVASPECT;
     if (psizel->cx == m_sizeExtent.cx && psizel->cy == m_sizeExtent.cy)
         return S_OK;
+    CComPtr<IUnknown> self;
+    ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
     m_sizeExtent = *psizel;
     if (m_bResizeNatural)
         m_sizeNatural = *psizel;
@@ -200,7 +204,8 @@ HRESULT CComControlBase::IOleObject_Advise(IAdviseSink* pAdvSink, DWORD* pdwConn
         if (FAILED(hr))
             return hr;
     }
-    return m_spOleAdviseHolder->Advise(pAdvSink, pdwConnection);
+    const CComPtr<IOleAdviseHolder> holder = m_spOleAdviseHolder;
+    return holder->Advise(pAdvSink, pdwConnection);
 }
 
 HRESULT CComControlBase::IQuickActivate_QuickActivate(QACONTAINER* pQACont, QACONTROL* pQACtrl)

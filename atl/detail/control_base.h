@@ -13,6 +13,8 @@
 
 namespace ATL {
 
+struct InPlaceContext;
+
 // What a control draws with and where.
 struct ATL_DRAWINFO
 {
@@ -108,11 +110,9 @@ protected:
     ~CComControlBase() = default;
 
 private:
-    struct Surroundings; // what the site tells at activation
-
     HRESULT EnterInPlace(IOleInPlaceSite* pSite);
-    HRESULT ShowInPlace(IOleInPlaceSite* pSite, Surroundings& where);
-    HRESULT EnterUI(IOleInPlaceSite* pSite, const Surroundings& where);
+    HRESULT ShowInPlace(IOleInPlaceSite* pSite, InPlaceContext& where);
+    HRESULT EnterUI(IOleInPlaceSite* pSite, const InPlaceContext& where);
     void LeaveInPlace(IOleInPlaceSite* pSite);
     HRESULT UIActivateByUser();
     void TellSiteOfFocus(BOOL bGotFocus);

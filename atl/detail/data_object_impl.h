@@ -32,12 +32,12 @@ public:
         *pdwConnection = 0;
         if (!pformatetc || !pAdvSink)
             return E_POINTER;
-        CComPtr<IDataAdviseHolder>& holder = Self()->m_spDataAdviseHolder;
-        if (!holder) {
-            const HRESULT hr = CreateDataAdviseHolder(&holder);
+        if (!Self()->m_spDataAdviseHolder) {
+            const HRESULT hr = CreateDataAdviseHolder(&Self()->m_spDataAdviseHolder);
             if (FAILED(hr))
                 return hr;
         }
+        const CComPtr<IDataAdviseHolder> holder = Self()->m_spDataAdviseHolder;
         return holder->Advise(this, pformatetc, advf, pAdvSink, pdwConnection);
     }
     HRESULT STDMETHODCALLTYPE DUnadvise(DWORD dwConnection) override

@@ -1,5 +1,6 @@
 #include "atl/detail/ole_in_place_object_impl.h"
 
+#include "atl/detail/in_place_context.h"
 #include "atl/detail/rect_size.h"
 
 namespace ATL {
@@ -15,17 +16,12 @@ bool HasRegion(HWND window) noexcept
 
 void ReleaseActiveObject(IOleInPlaceSite* site) noexcept
 {
-    CComPtr<IOleInPlaceFrame> frame;
-    CComPtr<IOleInPlaceUIWindow> document;
-    RECT position{};
-    RECT clip{};
-    OLEINPLACEFRAMEINFO frame_info{};
-    frame_info.cb = sizeof frame_info;
-    site->GetWindowContext(&frame, &document, &position, &clip, &frame_info);
-    if (document)
-        document->SetActiveObject(nullptr, nullptr);
-    if (frame)
-        frame->SetActiveObject(nullptr, nullptr);
+    InPlaceContext where;
+    where.Ask(site);
+    if (where.document)
+        where.document->SetActiveObject(nullptr, nullptr);
+    if (where.frame)
+        where.frame->SetActiveObject(nullptr, nullptr);
 }
 
 void PlaceControlWindow(HWND window, const RECT& position, const RECT& clip) noexcept

@@ -36,6 +36,8 @@ public:
             if (FAILED(hr))
                 return hr;
         }
+        if (!pT->m_bInPlaceActive)
+            return S_OK; // the host has deactivated the control inside one of these calls
         pT->m_bInPlaceActive = 0;
         const CComPtr<IOleInPlaceSite> site = pT->m_spInPlaceSite;
         if (const HWND window = pT->m_hWndCD) {

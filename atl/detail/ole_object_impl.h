@@ -36,6 +36,8 @@ public:
                                      LPCRECT prcPosRect) override
     {
         T* const pT = Self();
+        CComPtr<IUnknown> self; // every verb goes on after calls of the host
+        pT->ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
         switch (iVerb) {
         case OLEIVERB_PRIMARY:
             return pT->DoVerbPrimary(prcPosRect, hwndParent);

@@ -36,6 +36,8 @@ public:
     HRESULT STDMETHODCALLTYPE Unfreeze(DWORD) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE SetAdvise(DWORD, DWORD advf, IAdviseSink* pAdvSink) override
     {
+        CComPtr<IUnknown> self;
+        Self()->ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
         Self()->m_spAdviseSink = pAdvSink;
         if (pAdvSink && (advf & ADVF_PRIMEFIRST))
             Self()->SendOnViewChange(DVASPECT_CONTENT);

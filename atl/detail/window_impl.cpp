@@ -183,6 +183,8 @@ void CWindowImplRoot::Unlink() noexcept
 LRESULT CWindowImplRoot::Dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
     const CComPtr<IUnknown> owner(GetMessageOwner());
+    // A handler may destroy the window, and the object may have another one when the handler returns.
+    const HWND hWnd = m_hWndLinked;
     LRESULT result = 0;
     {
         const Frame frame(*this);
@@ -191,7 +193,7 @@ LRESULT CWindowImplRoot::Dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam) noexc
             return result;
         // The last message always goes on: objects below wait for it.
         if (!handled || uMsg == WM_NCDESTROY) {
-            if (m_hWndLinked) {
+            if (m_hWndLinked == hWnd) {
                 const LRESULT super_result = DefWindowProc(uMsg, wParam, lParam);
                 if (!handled)
                     result = super_result;
@@ -199,9 +201,13 @@ LRESULT CWindowImplRoot::Dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam) noexc
             if (!frame.m_pObject)
                 return result;
         }
-        if (uMsg == WM_NCDESTROY && m_hWndLinked) {
-            m_hWndDestroyed = m_hWndLinked;
+        if (uMsg == WM_NCDESTROY && m_hWndLinked == hWnd) {
+            m_hWndDestroyed = hWnd;
             Unlink();
+            // At once, although outer handlers may still run: they ask for the handle to see whether there
+            // is a window.
+            if (m_hWnd == hWnd)
+                m_hWnd = nullptr;
         }
     }
     if (m_hWndDestroyed && !m_pFrame)
@@ -224,8 +230,6 @@ void CWindowImplRoot::Finish() noexcept
 {
     const HWND hWnd = m_hWndDestroyed;
     m_hWndDestroyed = nullptr;
-    if (m_hWnd == hWnd)
-        m_hWnd = nullptr;
     try {
         OnFinalMessage(hWnd);
     } catch (...) {

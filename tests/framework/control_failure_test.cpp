@@ -146,6 +146,22 @@ TEST_F(framework_failing_host, context_left_untouched_takes_the_position_of_the_
     close();
 }
 
+// Neither used nor released: the count of a reference that was not given would be wrong at the end.
+TEST_F(framework_failing_host, failed_context_gives_no_windows)
+{
+    container->failure_leaves_windows = true;
+    container->record.answers["GetWindowContext"] = E_FAIL;
+    EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
+    EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(
+        container->record.take(),
+        (calls{"CanInPlaceActivate", "OnInPlaceActivate", "GetWindow", "GetWindowContext", "OnUIActivate",
+               "OnFocus(TRUE)", "ShowObject", "GetWindowContext", "OnUIDeactivate", "OnInPlaceDeactivate"}));
+    EXPECT_EQ(container->frame.references.count(), 1u);
+    EXPECT_EQ(container->document.references.count(), 1u);
+    close();
+}
+
 TEST_F(framework_failing_host, window_that_cannot_be_made)
 {
     control->refuse_window = true;
@@ -208,6 +224,56 @@ TEST_F(framework_failing_host, host_deactivates_in_the_middle)
             ASSERT_EQ(control->SetClientSite(container.get()), S_OK);
         }
     }
+    close();
+}
+
+TEST_F(framework_failing_host, host_deactivates_inside_the_deactivation)
+{
+    for (const char* const step :
+         {"document.SetActiveObject(NULL)", "frame.SetActiveObject(NULL)", "OnUIDeactivate"}) {
+        SCOPED_TRACE(step);
+        ASSERT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
+        container->record.take();
+        container->record.during = [&](const std::string& call) {
+            if (call == step)
+                EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
+        };
+        EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
+        EXPECT_EQ(container->record.count_of("OnInPlaceDeactivate"), 1);
+        EXPECT_EQ(container->record.count_of("OnUIDeactivate"), 1);
+        container->record.during = nullptr;
+    }
+    close();
+}
+
+// The window of the first activation goes, and with it the handle, while its handler is still running.
+TEST_F(framework_failing_host, activates_again_inside_a_handler_of_the_window)
+{
+    ASSERT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
+    const HWND first = control->m_hWnd;
+    control->on_app = [&] {
+        EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
+        HWND window = first;
+        EXPECT_EQ(control->IOleInPlaceObjectWindowlessImpl::GetWindow(&window), E_FAIL);
+        EXPECT_EQ(window, nullptr);
+        EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
+        EXPECT_TRUE(IsWindow(control->m_hWnd));
+    };
+    SendMessageW(first, WM_APP, 0, 0);
+    EXPECT_FALSE(IsWindow(first));
+    EXPECT_TRUE(IsWindow(control->m_hWnd));
+    EXPECT_EQ(control->created.size(), 2u);
+    close();
+}
+
+TEST_F(framework_failing_host, window_destroyed_inside_its_handler_is_no_window_any_more)
+{
+    ASSERT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
+    control->on_app = [&] {
+        DestroyWindow(control->m_hWnd);
+        EXPECT_EQ(control->m_hWnd, nullptr);
+    };
+    SendMessageW(control->m_hWnd, WM_APP, 0, 0);
     close();
 }
 

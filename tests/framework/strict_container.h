@@ -157,7 +157,8 @@ public:
     bool gives_window = true;
     bool gives_frame = true;
     bool gives_document = true;
-    bool touches_context = true; // GetWindowContext writes something
+    bool touches_context = true;         // GetWindowContext writes something
+    bool failure_leaves_windows = false; // a GetWindowContext that fails writes them, without references
     std::optional<bool> user_mode;
 
     int in_place_balance = 0; // activations without deactivation
