@@ -20,7 +20,7 @@ CActiveDocCtrl::~CActiveDocCtrl()
 
 void CActiveDocCtrl::FinalRelease()
 {
-    // A host that lets go without deactivating leaves the window behind: its handler stops the worker,
+    // A host that releases without deactivating leaves the window behind: its handler stops the worker,
     // which still uses this object.
     if (m_hWnd)
         DestroyWindow();
@@ -28,19 +28,37 @@ void CActiveDocCtrl::FinalRelease()
     viewer_.release();
 }
 
+ULONG CActiveDocCtrl::InternalRelease() noexcept
+{
+    if (last_reference_.is_own_thread())
+        return CComObjectRootEx::InternalRelease();
+    // The count does not reach 0 here while there is a window: each of its messages takes a reference and
+    // releases it, on the window's thread.
+    for (;;) {
+        const LONG count = InterlockedCompareExchange(&m_dwRef, 0, 0);
+        if (count == 1 && last_reference_.transfer())
+            return 1;
+        if (InterlockedCompareExchange(&m_dwRef, count - 1, count) == count)
+            return static_cast<ULONG>(count - 1);
+    }
+}
+
 STDMETHODIMP CActiveDocCtrl::SetClientSite(IOleClientSite* site)
 {
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
     document_site_.Release();
     has_document_site_ = false;
     HRESULT result = S_OK;
+    CComPtr<IOleDocumentSite> document_site;
     if (site) {
-        void* document_site = nullptr;
-        result = site->QueryInterface(IID_IOleDocumentSite, &document_site);
-        if (SUCCEEDED(result) && document_site) {
-            document_site_.Attach(static_cast<IOleDocumentSite*>(document_site));
-            has_document_site_ = true;
-        }
+        void* queried = nullptr;
+        result = site->QueryInterface(IID_IOleDocumentSite, &queried);
+        if (SUCCEEDED(result))
+            document_site.Attach(static_cast<IOleDocumentSite*>(queried));
     }
+    // Both at once: the query may have set another site meanwhile.
+    has_document_site_ = document_site != nullptr;
+    document_site_ = document_site;
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " IOleObject_SetClientSite 0x" << result;
     return IOleObjectImpl<CActiveDocCtrl>::SetClientSite(site);
 }
@@ -80,6 +98,8 @@ STDMETHODIMP CActiveDocCtrl::InPlaceDeactivate()
 
     if (m_bUIActive)
         UIDeactivate();
+    if (!m_bInPlaceActive)
+        return S_OK; // the host has deactivated the document inside one of these calls
     m_bInPlaceActive = FALSE;
     if (m_hWnd && IsWindow())
         DestroyWindow();
@@ -103,6 +123,7 @@ STDMETHODIMP CActiveDocCtrl::TranslateAccelerator(LPMSG message)
 {
     if (!message)
         return E_POINTER;
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " TranslateAccelerator";
 
     // Select all, copy, find and print are the viewer's: the window passes them on.
@@ -116,7 +137,8 @@ STDMETHODIMP CActiveDocCtrl::TranslateAccelerator(LPMSG message)
     if (!hold_frame())
         return S_FALSE;
     const CComPtr<IOleInPlaceFrame> frame = frame_;
-    return OleTranslateAccelerator(frame, &frame_info_, message);
+    OLEINPLACEFRAMEINFO info = frame_info_;
+    return OleTranslateAccelerator(frame, &info, message);
 }
 
 STDMETHODIMP CActiveDocCtrl::OnDocWindowActivate(BOOL activate)
@@ -135,21 +157,23 @@ STDMETHODIMP CActiveDocCtrl::ResizeBorder(LPCRECT border, IOleInPlaceUIWindow*, 
 
 CComPtr<IOleInPlaceFrame> CActiveDocCtrl::frame_of_site(OLEINPLACEFRAMEINFO& info) const
 {
-    info = {};
-    info.cb = sizeof info;
-    CComPtr<IOleInPlaceFrame> frame;
-    CComPtr<IOleInPlaceUIWindow> ui_window;
-    RECT position{};
-    RECT clip{};
+    InPlaceContext context;
     const CComPtr<IOleInPlaceSite> site = m_spInPlaceSite.p;
-    if (!site || FAILED(site->GetWindowContext(&frame, &ui_window, &position, &clip, &info)))
-        frame.Release();
-    return frame;
+    if (site)
+        context.Ask(site);
+    info = context.info;
+    return context.frame;
 }
 
 bool CActiveDocCtrl::hold_frame()
 {
-    if (!frame_ && m_bInPlaceActive)
-        frame_ = frame_of_site(frame_info_);
+    if (!frame_ && m_bInPlaceActive) {
+        OLEINPLACEFRAMEINFO info{};
+        const CComPtr<IOleInPlaceFrame> frame = frame_of_site(info);
+        if (m_bInPlaceActive) { // the site may have deactivated the document
+            frame_ = frame;
+            frame_info_ = info;
+        }
+    }
     return frame_ != nullptr;
 }

@@ -5,8 +5,10 @@
 #include "active_doc/frame_menu.h"
 #include "active_doc/identifiers.h"
 #include "active_doc/inner_viewer.h"
+#include "active_doc/last_reference.h"
 #include "active_doc/ole_document_impl.h"
 #include "active_doc/ole_document_view_impl.h"
+#include "active_doc/window_lifetime.h"
 #include "platform/unique_handle.h"
 #include "retrieval/download.h"
 #include "retrieval/status_pane.h"
@@ -20,8 +22,8 @@
 #include <array>
 #include <string>
 
-// The object's lifetime is counted atomically: the download hands the object's IUnknown to urlmon on its
-// worker thread, which may hold references of its own.
+// The reference count is atomic, and a last Release on another thread is transferred to the document's own:
+// the download passes the object's IUnknown to urlmon on its worker thread, which may hold references.
 class ATL_NO_VTABLE CActiveDocCtrl
     : public IDispatchImpl<IQuillPDF_IE_ActiveDoc, &quill::IID_IQuillPDF_IE_ActiveDoc,
                            &quill::LIBID_QuillPDF_IE_ActiveDocLib, 0xFFFF, 0xFFFF>,
@@ -48,6 +50,8 @@ public:
     CActiveDocCtrl();
     ~CActiveDocCtrl() override;
     void FinalRelease();
+    ULONG InternalRelease() noexcept;
+    void OnFinalMessage(HWND window) override;
 
     DECLARE_REGISTRY_RESOURCEID(quill::active_doc_registry_script)
     DECLARE_NOT_AGGREGATABLE(CActiveDocCtrl)
@@ -98,13 +102,15 @@ public:
     MESSAGE_HANDLER(quill::WM_USER_GETBROWSERWINDOW, OnGetBrowserWindow)
     MESSAGE_HANDLER(quill::WM_USER_GETINSTANCE, OnGetInstance)
     MESSAGE_HANDLER(quill::WM_USER_SAVEAS, OnSaveAs)
+    MESSAGE_HANDLER(quill::WM_USER_RELEASE, OnRelease)
     CHAIN_MSG_MAP(CComControl<CActiveDocCtrl>)
     END_MSG_MAP()
 
     // IOleObject
     STDMETHOD(SetClientSite)(IOleClientSite* site) override;
-    STDMETHOD(DoVerb)(LONG verb, LPMSG message, IOleClientSite* active_site, LONG index, HWND parent,
-                      LPCRECT position) override;
+    STDMETHOD(DoVerb)
+    (LONG verb, LPMSG message, IOleClientSite* active_site, LONG index, HWND parent,
+     LPCRECT position) override;
 
     // IOleInPlaceObject
     STDMETHOD(InPlaceDeactivate)() override;
@@ -149,6 +155,13 @@ public:
     STDMETHOD(Exec)(const GUID* group, DWORD command, DWORD options, VARIANT* in, VARIANT* out) override;
 
 private:
+    // Where the path came from: a path of the document's URL goes when another URL is loaded.
+    enum class path_origin
+    {
+        host,
+        document_url
+    };
+
     // Window messages
     LRESULT OnCreate(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
     LRESULT OnDestroy(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
@@ -169,9 +182,12 @@ private:
     LRESULT OnGetBrowserWindow(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
     LRESULT OnGetInstance(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
     LRESULT OnSaveAs(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
+    LRESULT OnRelease(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
 
-    // Creation, in the order of its steps
+    // Creation, in the order of its steps. Each one ends with the window that it began for.
+    void fill_window(const CREATESTRUCTW& creation);
     void create_inner_viewer(const CREATESTRUCTW& creation);
+    bool set_up_viewer() const;
     void choose_document();
     void find_document_url();
     bool find_embedded_document();
@@ -186,9 +202,11 @@ private:
     bool read_page_and_zoom_of_location();
     void show_page_and_zoom() const;
     void merge_frame_menu();
+    void replace_document_url(std::wstring url);
+    void forget_fetched_document();
     void load_into_viewer() { ::SendMessageW(m_hWnd, quill::WM_USER_LOADFILE, 0, 0); }
     bool path_is_pdf() const;
-    void set_path(const wchar_t* path);
+    void set_path(const wchar_t* path, path_origin origin);
     const std::wstring& url_to_fetch() const { return embedded_url_.empty() ? document_url_ : embedded_url_; }
 
     // The frame of the in-place site, null when the site gives none. The caller owns the reference.
@@ -196,6 +214,9 @@ private:
     bool hold_frame();
 
     const void* address() const { return static_cast<const void*>(this); }
+
+    quill::last_reference last_reference_;
+    quill::window_lifetime window_lifetime_;
 
     bool has_document_site_ = false;
     bool merge_menus_ = true;
@@ -208,15 +229,19 @@ private:
     quill::status_pane pane_;
 
     std::array<wchar_t, MAX_PATH> path_{};
+    path_origin path_origin_ = path_origin::host;
     std::wstring document_url_;
     std::wstring embedded_url_;
     std::int32_t page_ = 0; // from 1; 0: none asked for
     std::int32_t zoom_ = 0; // per cent; 0: none asked for
     std::uint32_t instance_ = 0;
     HWND browser_ = nullptr;
+    bool is_counted_ = false; // among the documents of browser_
 
     quill::download_job download_{}; // what the running worker was handed
     quill::unique_handle stop_event_;
     quill::unique_handle download_thread_;
-    quill::unique_handle open_file_; // keeps writers away from a local file while it is shown
+    bool worker_has_url_ = false;     // the running worker asked for its URL
+    bool worker_is_outdated_ = false; // and another URL was loaded afterwards
+    quill::unique_handle open_file_;  // keeps writers away from a local file while it is shown
 };

@@ -14,8 +14,9 @@ template <class Interface>
 ATL::CComPtr<Interface> query_service(IOleClientSite* site, REFGUID service, REFIID interface_id)
 {
     ATL::CComPtr<Interface> result;
+    const ATL::CComPtr<IOleClientSite> keep_alive(site);
     const ATL::CComQIPtr<IServiceProvider> provider(site);
-    // A failed call's out value is nobody's reference, so it is taken over only after success.
+    // A failed call's out value is not a reference: it is neither used nor released.
     void* found = nullptr;
     if (provider && SUCCEEDED(provider->QueryService(service, interface_id, &found)))
         result.Attach(static_cast<Interface*>(found));
@@ -57,6 +58,7 @@ std::optional<std::wstring> moniker_name(IMoniker* moniker)
 
 std::optional<std::wstring> site_moniker_name(IOleClientSite* site, DWORD which_moniker)
 {
+    const ATL::CComPtr<IOleClientSite> keep_alive(site);
     IMoniker* assigned = nullptr;
     if (!site || FAILED(site->GetMoniker(OLEGETMONIKER_TEMPFORUSER, which_moniker, &assigned)))
         return std::nullopt;

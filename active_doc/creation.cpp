@@ -39,46 +39,76 @@ CComPtr<IUnknown> create_hosted_control(HWND host_window)
 
 LRESULT CActiveDocCtrl::OnCreate(UINT, WPARAM, LPARAM lparam, BOOL&)
 {
-    // Creating the viewer and asking the site call out: the host may let go of the document meanwhile.
+    // Creating the viewer and asking the site call out: the host may release the document meanwhile.
     const CComPtr<IUnknown> keep_alive(GetUnknown());
-    const auto& creation = *reinterpret_cast<const CREATESTRUCTW*>(lparam);
+    window_lifetime_.begin();
+    last_reference_.window_opened(m_hWnd);
     return quill::no_throw(
         [&]() -> LRESULT {
-            browser_ = quill::browser_window(m_spClientSite);
-            instance_ = quill::add_browser_instance(browser_);
-            QUILL_LOG(log_level::debug)
-                << "ACTIVEDOC " << address() << " OnCreate [#1] {" << creation.x << " " << creation.cx << " "
-                << creation.y << " " << creation.cy << "}";
-            create_inner_viewer(creation);
-            if (!viewer_)
-                return 0; // the window stays, empty
-            viewer_.set_link_target(m_hWnd, quill::WM_USER_OPENLINK);
-            viewer_.set_save_target(m_hWnd, quill::WM_USER_SAVEAS);
-            viewer_.finish_setup();
-            pane_.Create(m_hWnd, _AtlBaseModule.GetResourceInstance());
-            choose_document();
+            fill_window(*reinterpret_cast<const CREATESTRUCTW*>(lparam));
             return 0;
         },
         LRESULT{0});
 }
 
+void CActiveDocCtrl::fill_window(const CREATESTRUCTW& creation)
+{
+    const quill::window_watch window(window_lifetime_);
+    const HWND browser = quill::browser_window(m_spClientSite);
+    if (!window.is_open())
+        return;
+    browser_ = browser;
+    instance_ = quill::add_browser_instance(browser_);
+    is_counted_ = true;
+    QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [#1] {" << creation.x << " "
+                                << creation.cx << " " << creation.y << " " << creation.cy << "}";
+    create_inner_viewer(creation);
+    // Without a viewer the window stays, empty.
+    if (!window.is_open() || !viewer_ || !set_up_viewer())
+        return;
+    pane_.Create(m_hWnd, _AtlBaseModule.GetResourceInstance());
+    choose_document();
+}
+
 void CActiveDocCtrl::create_inner_viewer(const CREATESTRUCTW& creation)
 {
+    const quill::window_watch window(window_lifetime_);
     AtlAxWinInit();
-    host_window_ = CreateWindowExW(0, L"" ATLAXWIN_CLASS, nullptr, WS_CHILD | WS_VISIBLE | WS_BORDER,
-                                   creation.x, creation.y, creation.cx, creation.cy, m_hWnd,
-                                   reinterpret_cast<HMENU>(static_cast<INT_PTR>(host_control_id)),
-                                   _AtlBaseModule.GetModuleInstance(), nullptr);
-    if (host_window_)
-        viewer_.attach(create_hosted_control(host_window_));
+    const HWND host_window = CreateWindowExW(
+        0, L"" ATLAXWIN_CLASS, nullptr, WS_CHILD | WS_VISIBLE | WS_BORDER, creation.x, creation.y,
+        creation.cx, creation.cy, m_hWnd, reinterpret_cast<HMENU>(static_cast<INT_PTR>(host_control_id)),
+        _AtlBaseModule.GetModuleInstance(), nullptr);
+    if (!host_window || !window.is_open())
+        return;
+    host_window_ = host_window;
+    const CComPtr<IUnknown> control = create_hosted_control(host_window);
+    const CComPtr<IDispatch> viewer = quill::inner_viewer::query(control);
+    if (window.is_open())
+        viewer_.attach(viewer);
+}
+
+// False when the window was closed inside one of the calls.
+bool CActiveDocCtrl::set_up_viewer() const
+{
+    const quill::window_watch window(window_lifetime_);
+    viewer_.set_link_target(m_hWnd, quill::WM_USER_OPENLINK);
+    if (window.is_open())
+        viewer_.set_save_target(m_hWnd, quill::WM_USER_SAVEAS);
+    if (window.is_open())
+        viewer_.first_setup();
+    if (window.is_open())
+        viewer_.second_setup();
+    return window.is_open();
 }
 
 void CActiveDocCtrl::choose_document()
 {
+    const quill::window_watch window(window_lifetime_);
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [#2] " << path_.data();
     if (path_is_pdf()) {
         read_page_and_zoom_of_location();
-        load_into_viewer();
+        if (window.is_open())
+            load_into_viewer();
         return;
     }
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [#3]";
@@ -91,29 +121,35 @@ void CActiveDocCtrl::choose_document()
             read_page_and_zoom(document_url_);
     } else {
         find_document_url();
-        if (find_embedded_document())
+        if (!window.is_open() || find_embedded_document())
             return;
     }
+    if (!window.is_open())
+        return; // the host has closed the document while it was asked about it
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [URL]";
     start_download();
 }
 
 void CActiveDocCtrl::find_document_url()
 {
+    const quill::window_watch window(window_lifetime_);
     auto name = quill::site_moniker_name(m_spClientSite, OLEWHICHMK_OBJFULL);
-    if (!name) {
+    if (!name && window.is_open()) {
         QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [DocUrl] - FAILED";
         name = quill::site_moniker_name(m_spClientSite, OLEWHICHMK_CONTAINER);
     }
-    document_url_ = quill::EncodeUrl(name.value_or(std::wstring()));
+    if (window.is_open())
+        document_url_ = quill::EncodeUrl(name.value_or(std::wstring()));
 }
 
 // True when the element names a local file, which is loaded here; false when there is something to fetch.
 bool CActiveDocCtrl::find_embedded_document()
 {
+    const quill::window_watch window(window_lifetime_);
+    const CComPtr<IOleClientSite> site(m_spClientSite);
     std::wstring element_url;
-    quill::embedded_request request{m_spClientSite, instance_, address(), page_, zoom_};
-    if (!quill::ResolveEmbeddedElement(request, element_url))
+    quill::embedded_request request{site, instance_, address(), page_, zoom_};
+    if (!quill::ResolveEmbeddedElement(request, element_url) || !window.is_open())
         return false;
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [EmbedURL]";
 
@@ -121,7 +157,7 @@ bool CActiveDocCtrl::find_embedded_document()
     if (quill::IsUrl(element_url.c_str(), &is_other_scheme)) {
         embedded_url_ = element_url;
     } else if (!PathIsRelativeW(element_url.c_str()) && quill::isPDF(element_url.c_str())) {
-        set_path(element_url.c_str());
+        set_path(element_url.c_str(), path_origin::document_url);
         load_into_viewer();
         return true;
     } else {
@@ -133,8 +169,7 @@ bool CActiveDocCtrl::find_embedded_document()
 
 void CActiveDocCtrl::start_download()
 {
-    if (!m_hWnd)
-        return; // the host has closed the document while it was asked about it
+    worker_has_url_ = worker_is_outdated_ = false;
     // A stop that a former window asked for is not meant for this one.
     ResetEvent(stop_event_.get());
     download_ = {m_hWnd, stop_event_.get(), GetUnknown()};
@@ -155,8 +190,9 @@ void CActiveDocCtrl::read_page_and_zoom(const std::wstring& url)
 
 bool CActiveDocCtrl::read_page_and_zoom_of_location()
 {
+    const quill::window_watch window(window_lifetime_);
     const auto location = quill::browser_location(m_spClientSite);
-    if (location)
+    if (location && window.is_open())
         read_page_and_zoom(*location);
     return location.has_value();
 }
@@ -166,8 +202,9 @@ bool CActiveDocCtrl::path_is_pdf() const
     return quill::isPDF(path_.data()) != 0;
 }
 
-void CActiveDocCtrl::set_path(const wchar_t* path)
+void CActiveDocCtrl::set_path(const wchar_t* path, path_origin origin)
 {
+    path_origin_ = origin;
     path_ = {};
     const std::size_t length = wcsnlen(path, path_.size() - 1);
     std::copy_n(path, length, path_.begin());

@@ -9,37 +9,46 @@
 #include <atlbase.h>
 #include <oleidl.h>
 
+#include <cstdint>
 #include <utility>
 
 template <class T>
 class CMenu
 {
 public:
-    // Offers the frame an empty menu to fill and hands it back as the frame's menu. Nothing is held when
-    // the frame declines. One merge at a time.
+    // Offers the frame an empty menu to fill and sets it as the frame's menu. Nothing is held when the frame
+    // declines, nor when the menu is unmerged inside a call of the frame. One merge at a time: re-entered
+    // from there, it does nothing.
     void MergeMenu(IOleInPlaceFrame* frame)
     {
-        if (!frame || shared_menu_)
+        if (!frame || is_merged_)
             return;
+        is_merged_ = true;
+        const std::uint32_t unmerges = unmerges_;
         OLEMENUGROUPWIDTHS widths{};
         const HMENU menu = CreateMenu();
-        if (!menu || FAILED(frame->InsertMenus(menu, &widths))) {
+        const bool is_filled = menu && SUCCEEDED(frame->InsertMenus(menu, &widths));
+        const bool is_closed = unmerges != unmerges_;
+        if (!is_filled || is_closed) {
             DiscardMenu(menu);
-            return;
-        }
-        if (!static_cast<T*>(this)->m_hWnd) {
-            DiscardMenu(menu); // closed meanwhile: nobody would unmerge it
+            if (!is_closed)
+                is_merged_ = false;
             return;
         }
         LoadOwnMenu();
         shared_menu_ = menu;
         descriptor_ = OleCreateMenuDescriptor(menu, &widths);
-        frame->SetMenu(menu, descriptor_, static_cast<T*>(this)->m_hWnd);
+        const HRESULT result = frame->SetMenu(menu, descriptor_, static_cast<T*>(this)->m_hWnd);
+        // The frame may have taken the menu only after the unmerge inside that call.
+        if (unmerges != unmerges_ && SUCCEEDED(result))
+            frame->SetMenu(nullptr, nullptr, nullptr);
     }
 
-    // Gives the frame its own menu back and destroys what the merge made. The frame may be null.
+    // Restores the frame's own menu and destroys what the merge made. The frame may be null.
     void UnmergeMenu(IOleInPlaceFrame* frame)
     {
+        ++unmerges_;
+        is_merged_ = false;
         if (frame)
             frame->SetMenu(nullptr, nullptr, nullptr);
         if (const HOLEMENU descriptor = std::exchange(descriptor_, nullptr))
@@ -69,6 +78,8 @@ private:
         DestroyMenu(menu);
     }
 
+    bool is_merged_ = false;     // or being merged
+    std::uint32_t unmerges_ = 0; // tells a merge that it was unmerged meanwhile
     HMENU shared_menu_ = nullptr;
     HOLEMENU descriptor_ = nullptr;
 };

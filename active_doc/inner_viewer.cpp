@@ -37,14 +37,13 @@ VARIANT number_variant(UINT number)
 
 } // namespace
 
-bool inner_viewer::attach(IUnknown* control)
+ATL::CComPtr<IDispatch> inner_viewer::query(IUnknown* control)
 {
-    release();
+    ATL::CComPtr<IDispatch> result;
     void* viewer = nullptr;
-    if (!control || FAILED(control->QueryInterface(IID_inner_viewer, &viewer)) || !viewer)
-        return false;
-    viewer_.Attach(static_cast<IDispatch*>(viewer));
-    return true;
+    if (control && SUCCEEDED(control->QueryInterface(IID_inner_viewer, &viewer)))
+        result.Attach(static_cast<IDispatch*>(viewer));
+    return result;
 }
 
 void inner_viewer::release()
@@ -67,13 +66,20 @@ HRESULT inner_viewer::invoke(DISPID method, VARIANT* reversed_arguments, UINT co
                           nullptr, nullptr);
 }
 
+ATL::CComVariant inner_viewer::result_of(DISPID method, VARIANT* reversed_arguments, UINT count) const
+{
+    VARIANT returned{};
+    const HRESULT call = invoke(method, reversed_arguments, count, &returned);
+    ATL::CComVariant result;
+    // A failed call's out value is neither used nor freed.
+    static_cast<VARIANT&>(result) = SUCCEEDED(call) ? returned : VARIANT{};
+    return result;
+}
+
 ATL::CComVariant inner_viewer::open(const wchar_t* path) const
 {
     ATL::CComVariant argument(path);
-    ATL::CComVariant result;
-    if (FAILED(invoke(method_open, &argument, 1, &result)))
-        result.Clear();
-    return result;
+    return result_of(method_open, &argument, 1);
 }
 
 void inner_viewer::go_to_page(std::int32_t page_index) const
@@ -109,16 +115,20 @@ void inner_viewer::set_save_target(HWND window, UINT message) const
     invoke(method_set_save_target, arguments, 2, nullptr);
 }
 
-void inner_viewer::finish_setup() const
+void inner_viewer::first_setup() const
 {
     invoke(method_setup_first, nullptr, 0, nullptr);
+}
+
+void inner_viewer::second_setup() const
+{
     invoke(method_setup_second, nullptr, 0, nullptr);
 }
 
 HWND inner_viewer::window() const
 {
-    ATL::CComVariant result;
-    if (FAILED(invoke(method_window, nullptr, 0, &result)) || result.vt != VT_UI8)
+    const ATL::CComVariant result = result_of(method_window, nullptr, 0);
+    if (result.vt != VT_UI8)
         return nullptr;
     return reinterpret_cast<HWND>(static_cast<ULONG_PTR>(result.ullVal));
 }

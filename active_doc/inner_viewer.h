@@ -14,12 +14,13 @@ namespace quill {
 class inner_viewer
 {
 public:
-    // Keeps the control when it has the viewer's interface; false when it has not.
-    bool attach(IUnknown* control);
+    // The control's viewer interface; null when it has none.
+    static ATL::CComPtr<IDispatch> query(IUnknown* control);
+    void attach(IDispatch* viewer) { viewer_ = viewer; }
     void release();
     explicit operator bool() const { return viewer_ != nullptr; }
 
-    // Opens a local file. Returns what the viewer answered, empty when the call failed;
+    // Opens a local file. Returns the viewer's result, empty and zero when the call failed;
     // VT_BOOL VARIANT_TRUE alone means that the file is shown.
     ATL::CComVariant open(const wchar_t* path) const;
     // page_index counts from 0.
@@ -31,13 +32,15 @@ public:
     void set_link_target(HWND window, UINT message) const;
     void set_save_target(HWND window, UINT message) const;
     // The two calls that the viewer expects once after its targets are set, in this order.
-    void finish_setup() const;
+    void first_setup() const;
+    void second_setup() const;
     // The viewer's own window; null when it reports none.
     HWND window() const;
 
 private:
-    // rgvarg order: the last argument first.
+    // rgvarg order: the last argument first. The result is only for a caller that wants it.
     HRESULT invoke(DISPID method, VARIANT* reversed_arguments, UINT count, VARIANT* result) const;
+    ATL::CComVariant result_of(DISPID method, VARIANT* reversed_arguments, UINT count) const;
 
     ATL::CComPtr<IDispatch> viewer_;
 };

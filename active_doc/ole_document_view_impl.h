@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <atlbase.h>
 #include <docobj.h>
 
 #include <atomic>
@@ -23,6 +24,7 @@ public:
     STDMETHOD(SetInPlaceSite)(IOleInPlaceSite* site) override
     {
         T* const document = static_cast<T*>(this);
+        const ATL::CComPtr<IUnknown> keep_alive(document->GetUnknown());
         if (document->m_spInPlaceSite) {
             UIActivate(FALSE);
             const HRESULT result = document->InPlaceDeactivate();
@@ -30,8 +32,10 @@ public:
                 return result;
         }
         // Taking the site away deactivates but keeps the pointer: hosts send UI events behind it.
-        if (site && site != document->m_spInPlaceSite)
+        if (site && site != document->m_spInPlaceSite) {
+            document->m_bNegotiatedWnd = FALSE; // the view's own, not the client site's
             document->m_spInPlaceSite = site;
+        }
         return S_OK;
     }
 
@@ -58,6 +62,7 @@ public:
     {
         if (quill::detail::placing_view.exchange(true))
             return S_OK;
+        const ATL::CComPtr<IUnknown> keep_alive(static_cast<T*>(this)->GetUnknown());
         static_cast<T*>(this)->SetObjectRects(rect, rect);
         quill::detail::placing_view = false;
         return S_OK;
@@ -76,6 +81,7 @@ public:
     STDMETHOD(Show)(BOOL show) override
     {
         T* const document = static_cast<T*>(this);
+        const ATL::CComPtr<IUnknown> keep_alive(document->GetUnknown());
         if (show)
             return document->m_bUIActive ? S_OK : document->InPlaceActivate(OLEIVERB_INPLACEACTIVATE);
         const HRESULT result = UIActivate(FALSE);
@@ -87,6 +93,7 @@ public:
     STDMETHOD(UIActivate)(BOOL activate) override
     {
         T* const document = static_cast<T*>(this);
+        const ATL::CComPtr<IUnknown> keep_alive(document->GetUnknown());
         if (!activate)
             return document->UIDeactivate();
         if (!document->m_spInPlaceSite)
@@ -98,6 +105,7 @@ public:
 
     STDMETHOD(CloseView)(DWORD) override
     {
+        const ATL::CComPtr<IUnknown> keep_alive(static_cast<T*>(this)->GetUnknown());
         Show(FALSE);
         SetInPlaceSite(nullptr);
         return S_OK;

@@ -8,6 +8,8 @@
 
 #include <shlwapi.h>
 
+#include <utility>
+
 using quill::log_level;
 
 STDMETHODIMP CActiveDocCtrl::GetClassID(CLSID* class_id)
@@ -56,8 +58,8 @@ STDMETHODIMP CActiveDocCtrl::Load(LPCOLESTR path, DWORD mode)
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " Load " << path << " " << mode;
     if (PathIsUNCW(path))
         return S_OK;
-    set_path(path);
-    // The former file is given back first: it may be the same one. A failure shows when the file is checked.
+    set_path(path, path_origin::host);
+    // The former file is closed first: it may be the same one. A failure shows when the file is checked.
     open_file_.reset();
     open_file_.reset(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                  FILE_ATTRIBUTE_NORMAL, nullptr));
@@ -89,14 +91,36 @@ STDMETHODIMP CActiveDocCtrl::Load(BOOL fully_available, IMoniker* moniker, IBind
     if (!moniker)
         return E_FAIL;
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " Load IPersistMoniker " << fully_available;
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
     return quill::no_throw(
         [&]() -> HRESULT {
-            document_url_ = quill::EncodeUrl(quill::moniker_name(moniker).value_or(std::wstring()));
-            // Deliberate: content that has arrived already is refused, but its address is kept in either
-            // case, for the window to fetch anew.
+            replace_document_url(quill::EncodeUrl(quill::moniker_name(moniker).value_or(std::wstring())));
+            // Deliberate: content that has arrived already is refused, but its URL is kept in either case,
+            // for the window to fetch it.
             return fully_available ? E_FAIL : S_OK;
         },
         E_OUTOFMEMORY);
+}
+
+void CActiveDocCtrl::replace_document_url(std::wstring url)
+{
+    if (url == document_url_)
+        return;
+    document_url_ = std::move(url);
+    forget_fetched_document();
+}
+
+// What was found and fetched for the former URL: its element, its page and zoom, its file, its worker.
+void CActiveDocCtrl::forget_fetched_document()
+{
+    embedded_url_.clear();
+    page_ = zoom_ = 0;
+    if (path_origin_ == path_origin::document_url)
+        path_ = {};
+    if (download_thread_ && worker_has_url_) {
+        worker_is_outdated_ = true;
+        SetEvent(stop_event_.get());
+    }
 }
 
 STDMETHODIMP CActiveDocCtrl::Save(IMoniker*, IBindCtx*, BOOL)

@@ -9,6 +9,16 @@
 
 using quill::log_level;
 
+namespace {
+
+// The viewer and the document itself send from the window's own thread; the worker does not.
+bool is_from_worker()
+{
+    return InSendMessageEx(nullptr) != ISMEX_NOSEND;
+}
+
+} // namespace
+
 LRESULT CActiveDocCtrl::OnReserved(UINT, WPARAM, LPARAM, BOOL&)
 {
     return 0;
@@ -41,6 +51,8 @@ LRESULT CActiveDocCtrl::OnGetUrl(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
     const std::size_t capacity = wparam;
     if (!buffer || capacity == 0)
         return 0;
+    if (is_from_worker())
+        worker_has_url_ = true;
     const std::wstring& url = url_to_fetch();
     buffer[url.copy(buffer, capacity - 1)] = L'\0';
     return 0;
@@ -48,6 +60,8 @@ LRESULT CActiveDocCtrl::OnGetUrl(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
 
 LRESULT CActiveDocCtrl::OnGetUrlLength(UINT, WPARAM, LPARAM lparam, BOOL&)
 {
+    if (is_from_worker())
+        worker_has_url_ = true; // its buffer will fit this one
     if (auto* const length = reinterpret_cast<std::size_t*>(lparam))
         *length = url_to_fetch().size();
     return 0;
@@ -63,8 +77,10 @@ LRESULT CActiveDocCtrl::OnProgress(UINT, WPARAM, LPARAM lparam, BOOL&)
 
 LRESULT CActiveDocCtrl::OnSetCacheFile(UINT, WPARAM, LPARAM lparam, BOOL&)
 {
-    if (const auto* const path = reinterpret_cast<const wchar_t*>(lparam))
-        set_path(path);
+    const auto* const path = reinterpret_cast<const wchar_t*>(lparam);
+    // A file of the former URL may arrive late.
+    if (path && !(worker_is_outdated_ && is_from_worker()))
+        set_path(path, path_origin::document_url);
     return 0;
 }
 
@@ -93,5 +109,13 @@ LRESULT CActiveDocCtrl::OnSaveAs(UINT, WPARAM, LPARAM, BOOL&)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     quill::SaveDocumentAs(m_hWnd, path_.data());
+    return 0;
+}
+
+LRESULT CActiveDocCtrl::OnRelease(UINT, WPARAM, LPARAM, BOOL&)
+{
+    // Not the last reference: the message's own is released after the handler.
+    if (last_reference_.take())
+        GetUnknown()->Release();
     return 0;
 }

@@ -7,6 +7,8 @@
 
 #include <shlwapi.h>
 
+#include <utility>
+
 using quill::log_level;
 
 namespace {
@@ -18,12 +20,15 @@ constexpr DWORD worker_poll_ms = 100;
 LRESULT CActiveDocCtrl::OnDestroy(UINT, WPARAM, LPARAM, BOOL&)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
+    window_lifetime_.end();
     stop_download();
     OLEINPLACEFRAMEINFO info{};
     UnmergeMenu(frame_of_site(info));
-    quill::remove_browser_instances(browser_);
+    if (std::exchange(is_counted_, false))
+        quill::remove_browser_instances(browser_);
+    const HWND pane = pane_.window();
     pane_.Detach();
-    if (const HWND pane = pane_.window(); pane && ::IsWindow(pane))
+    if (pane)
         ::DestroyWindow(pane);
     open_file_.reset();
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnDestroy";
@@ -33,18 +38,29 @@ LRESULT CActiveDocCtrl::OnDestroy(UINT, WPARAM, LPARAM, BOOL&)
     return 0;
 }
 
+void CActiveDocCtrl::OnFinalMessage(HWND window)
+{
+    // Not the last reference: the message's own is released after the handler.
+    if (last_reference_.window_closed(window))
+        GetUnknown()->Release();
+}
+
 void CActiveDocCtrl::stop_download()
 {
     SetEvent(stop_event_.get());
     if (!download_thread_)
         return;
+    if (GetThreadId(download_thread_.get()) == GetCurrentThreadId()) {
+        download_thread_.reset(); // the worker does not wait for itself
+        return;
+    }
     // The worker is bounded: each of its calls to this window gives up after a time, and the download
     // polls the event. Messages are not pumped: the browser must not find a half-destroyed window.
     DWORD exit_code = STILL_ACTIVE;
     while (GetExitCodeThread(download_thread_.get(), &exit_code) && exit_code == STILL_ACTIVE) {
         if (WaitForSingleObject(download_thread_.get(), worker_poll_ms) != WAIT_TIMEOUT)
             continue;
-        SetEvent(stop_event_.get());                      // whoever looked at it has taken the signal
+        SetEvent(stop_event_.get());                      // auto-reset: a wait may have consumed the signal
         quill::InterruptDownload(download_thread_.get()); // its server may say nothing for hours
     }
     download_thread_.reset();
@@ -83,8 +99,10 @@ LRESULT CActiveDocCtrl::OnMouseActivate(UINT, WPARAM wparam, LPARAM lparam, BOOL
 
 LRESULT CActiveDocCtrl::OnKeyDown(UINT message, WPARAM wparam, LPARAM lparam, BOOL&)
 {
+    const quill::window_watch window(window_lifetime_);
+    const HWND viewer_window = viewer_.window();
     // A viewer that reports this window as its own would have the key sent here for ever.
-    if (const HWND viewer_window = viewer_.window(); viewer_window && viewer_window != m_hWnd)
+    if (window.is_open() && viewer_window && viewer_window != m_hWnd)
         ::SendMessageW(viewer_window, message, wparam, lparam);
     return 0;
 }
@@ -94,13 +112,15 @@ LRESULT CActiveDocCtrl::OnLoadFile(UINT, WPARAM, LPARAM, BOOL&)
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " LOADFILE " << path_.data();
     pane_.Hide();
-    if (!PathFileExistsW(path_.data()))
+    const quill::window_watch window(window_lifetime_);
+    if (!window.is_open() || !PathFileExistsW(path_.data()))
         return 0;
     const CComVariant result = viewer_.open(path_.data());
-    // The viewer pumps messages while it opens a file: the document may be closed by now.
-    if (m_hWnd && result.vt == VT_BOOL && result.boolVal == VARIANT_TRUE) {
+    // The viewer pumps messages while it opens a file: the window may be destroyed by now.
+    if (window.is_open() && result.vt == VT_BOOL && result.boolVal == VARIANT_TRUE) {
         show_page_and_zoom();
-        merge_frame_menu();
+        if (window.is_open())
+            merge_frame_menu();
     }
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " LOADFILE RESULT " << result.boolVal;
     return 0;
@@ -110,16 +130,19 @@ void CActiveDocCtrl::merge_frame_menu()
 {
     if (!merge_menus_)
         return;
+    const quill::window_watch window(window_lifetime_);
     OLEINPLACEFRAMEINFO info{};
     const CComPtr<IOleInPlaceFrame> frame = frame_ ? frame_ : frame_of_site(info);
-    MergeMenu(frame);
+    if (window.is_open())
+        MergeMenu(frame);
 }
 
 void CActiveDocCtrl::show_page_and_zoom() const
 {
+    const quill::window_watch window(window_lifetime_);
     // Pages count from 1 in addresses and from 0 in the viewer; any number may stand in an address.
     if (page_)
         viewer_.go_to_page(static_cast<std::int32_t>(static_cast<std::uint32_t>(page_) - 1));
-    if (zoom_)
+    if (zoom_ && window.is_open())
         viewer_.set_zoom(zoom_ / 100.0);
 }

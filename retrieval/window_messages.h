@@ -28,6 +28,9 @@ inline constexpr UINT WM_USER_GETBROWSERWINDOW = 0x8709;
 inline constexpr UINT WM_USER_GETINSTANCE = 0x8710;
 // Sent by the inner viewer: save a copy through the browser. No parameters.
 inline constexpr UINT WM_USER_SAVEAS = 0x8711;
+// Posted by the document to itself from another thread: release the reference that was transferred. Without
+// one, as from any other sender, nothing is done.
+inline constexpr UINT WM_USER_RELEASE = 0x8712;
 // Reserved by the protocol: answered with 0, nothing is done.
 inline constexpr UINT reserved_window_message = 0x8701;
 

@@ -237,5 +237,25 @@ QUILL_DOCUMENT_TEST(DocumentActivation, AHostWithoutFrameIsBorne)
     }
 }
 
+// What a failed call leaves behind is neither used nor released: this frame has no reference to lose.
+QUILL_DOCUMENT_TEST(DocumentActivation, AFailedWindowContextGivesNoFrame)
+{
+    bench.host.order = activation_order::site_then_ui_activate;
+    bench.create();
+    bench.set_site();
+    bench.load_file(bench.pdf());
+    bench.host.site.failure_leaves = &bench.host.frame;
+    bench.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", bad_answer::failure);
+    bench.do_verb(OLEIVERB_SHOW);
+    MSG key{};
+    key.message = WM_KEYDOWN;
+    key.wParam = 'F';
+    EXPECT_EQ(bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key), S_FALSE);
+    bench.close_in_order();
+    EXPECT_EQ(bench.host.frame.references(), 0);
+    for (const char* const method : {"SetActiveObject", "SetBorderSpace", "InsertMenus", "SetMenu"})
+        EXPECT_EQ(bench.host.calls.count(std::string("IOleInPlaceFrame::") + method), 0) << method;
+}
+
 } // namespace
 } // namespace quill::test

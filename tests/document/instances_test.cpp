@@ -135,5 +135,20 @@ QUILL_DOCUMENT_TEST(DocumentInstances, BelongToTheWindowOfTheCreation)
     EXPECT_EQ(second.number(), 0u);
 }
 
+QUILL_DOCUMENT_TEST(DocumentInstances, ADocumentClosedBeforeItIsCountedDoesNotCount)
+{
+    const further_document first(bench, bench.host.frame_window());
+    EXPECT_EQ(first.number(), 0u);
+    bench.host.calls.when("IShellBrowser::GetWindow",
+                          [&] { bench.as<IOleInPlaceObject>()->InPlaceDeactivate(); });
+    bench.create();
+    bench.set_site();
+    bench.load_file(bench.pdf());
+    bench.do_verb(OLEIVERB_SHOW);
+    EXPECT_EQ(bench.window(), nullptr);
+    const further_document second(bench, bench.host.frame_window());
+    EXPECT_EQ(second.number(), 1u);
+}
+
 } // namespace
 } // namespace quill::test

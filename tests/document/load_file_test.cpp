@@ -128,6 +128,42 @@ QUILL_DOCUMENT_TEST(DocumentLoad, AFailingViewerIsBorne)
     bench.close_in_order();
 }
 
+// Only the type of a failed call's result is promised to be empty.
+QUILL_DOCUMENT_TEST(DocumentLoad, TheResultOfAFailedCallIsNotLogged)
+{
+    show_waiting(bench);
+    const std::wstring path = bench.pdf();
+    VARIANT value{};
+    value.vt = VT_I4;
+    value.lVal = 7;
+    bench.viewer.answer(viewer_open, DISP_E_EXCEPTION, value);
+    load_fetched_file(bench, path);
+    EXPECT_EQ(bench.take_log(), load_lines(path, 0));
+    value.vt = VT_BOOL;
+    value.lVal = 0;
+    value.boolVal = VARIANT_TRUE;
+    bench.viewer.answer(viewer_open, E_FAIL, value);
+    load_fetched_file(bench, path);
+    EXPECT_EQ(bench.take_log(), load_lines(path, 0));
+    EXPECT_EQ(bench.viewer.texts().size(), 2u) << "page and zoom are left alone";
+    bench.close_in_order();
+}
+
+// A failed call's value is no reference: this one has none to be released.
+QUILL_DOCUMENT_TEST(DocumentLoad, TheResultOfAFailedCallIsNotReleased)
+{
+    show_waiting(bench);
+    const std::wstring path = bench.pdf();
+    bench.viewer.failure_leaves = static_cast<IUnknown*>(&bench.host.browser);
+    bench.host.calls.make_fail("viewer::1", bad_answer::failure);
+    bench.host.calls.make_fail("viewer::19", bad_answer::failure);
+    load_fetched_file(bench, path);
+    EXPECT_EQ(bench.take_log(), load_lines(path, 0));
+    bench.send(WM_KEYDOWN, 'A', 1);
+    EXPECT_EQ(bench.host.browser.references(), 0);
+    bench.close_in_order();
+}
+
 // Results that own something: the document has to let go of them.
 QUILL_DOCUMENT_TEST(DocumentLoad, AResultOfAnyTypeIsFreed)
 {

@@ -174,5 +174,27 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, ReleasedFromInsideItsOwnDeactivation)
     EXPECT_EQ(bench.host.site.references(), 0);
 }
 
+QUILL_DOCUMENT_TEST(DocumentTeardown, DeactivatedFromInsideItsDeactivationIsToldOnce)
+{
+    for (const char* const call : {"IOleInPlaceFrame::SetActiveObject", "IOleInPlaceSite::OnUIDeactivate"}) {
+        SCOPED_TRACE(call);
+        bench.host.order = activation_order::site_then_ui_activate;
+        bench.show_file(bench.pdf());
+        bench.host.calls.forget_calls();
+        int calls = 0;
+        bench.host.calls.when(call, [&] {
+            if (calls++ == 0)
+                EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+        });
+        EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+        EXPECT_EQ(calls, 1);
+        EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
+        EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 1);
+        bench.host.calls.when(call, [] {});
+        bench.close_in_order();
+        bench.release();
+    }
+}
+
 } // namespace
 } // namespace quill::test

@@ -328,5 +328,23 @@ QUILL_DOCUMENT_TEST(DocumentView, WithoutASiteGivesNone)
     EXPECT_EQ(site, nullptr);
 }
 
+// The first site was asked of the client site and goes with it; the view's own stays.
+QUILL_DOCUMENT_TEST(DocumentView, KeepsASiteOfItsOwnWhenTheClientSiteGoes)
+{
+    document_host other;
+    bench.create();
+    bench.set_site();
+    EXPECT_EQ(bench.do_verb(OLEIVERB_PRIMARY), S_OK);
+    const auto view = bench.as<IOleDocumentView>();
+    EXPECT_EQ(view->SetInPlaceSite(other.site.in_place_site()), S_OK);
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    ComPtr<IOleInPlaceSite> site;
+    EXPECT_EQ(view->GetInPlaceSite(&site), S_OK);
+    EXPECT_EQ(site.Get(), other.site.in_place_site());
+    site.Reset();
+    bench.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
+    EXPECT_EQ(other.site.references(), 0);
+}
+
 } // namespace
 } // namespace quill::test

@@ -201,5 +201,57 @@ QUILL_DOCUMENT_TEST(DocumentPane, GoesWithTheWindow)
     bench.close_in_order();
 }
 
+// Sees the end of the viewer's host window, the other child: it comes when the document's own handler is
+// done.
+class end_of_viewer_host
+{
+public:
+    explicit end_of_viewer_host(document_bench& bench)
+        : hook_(SetWindowsHookExW(WH_CALLWNDPROC, note, nullptr, GetCurrentThreadId()))
+    {
+        EXPECT_NE(hook_, nullptr);
+        host_window_ = bench.viewer_host_window();
+        pane_ = bench.pane();
+        has_come_ = pane_was_there_ = false;
+    }
+    ~end_of_viewer_host() { UnhookWindowsHookEx(hook_); }
+    end_of_viewer_host(const end_of_viewer_host&) = delete;
+    end_of_viewer_host& operator=(const end_of_viewer_host&) = delete;
+
+    static bool has_come() { return has_come_; }
+    static bool pane_was_there() { return pane_was_there_; }
+
+private:
+    static LRESULT CALLBACK note(int code, WPARAM wparam, LPARAM lparam)
+    {
+        const auto& message = *reinterpret_cast<const CWPSTRUCT*>(lparam);
+        if (code == HC_ACTION && message.message == WM_DESTROY && message.hwnd == host_window_) {
+            has_come_ = true;
+            pane_was_there_ = IsWindow(pane_);
+        }
+        return CallNextHookEx(nullptr, code, wparam, lparam);
+    }
+
+    static inline HWND host_window_;
+    static inline HWND pane_;
+    static inline bool has_come_;
+    static inline bool pane_was_there_;
+    HHOOK hook_;
+};
+
+QUILL_DOCUMENT_TEST(DocumentPane, IsDestroyedByTheWindowsOwnHandlerAfterTheMenu)
+{
+    show_idle(bench);
+    const HWND pane = bench.pane();
+    bool is_there_at_menu = false;
+    bench.host.calls.when("IOleInPlaceFrame::SetMenu", [&] { is_there_at_menu = IsWindow(pane); });
+    const end_of_viewer_host end(bench);
+    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    EXPECT_TRUE(is_there_at_menu) << "the menu is unmerged first";
+    EXPECT_TRUE(end.has_come());
+    EXPECT_FALSE(end.pane_was_there());
+    bench.close_in_order();
+}
+
 } // namespace
 } // namespace quill::test

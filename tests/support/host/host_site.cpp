@@ -125,14 +125,15 @@ STDMETHODIMP host_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUI
     EXPECT_EQ(*document, nullptr) << "the document variable was not initialised";
     EXPECT_EQ(info->cb, sizeof *info);
     EXPECT_EQ(sizeof *info, 32u);
-    if (kind == bad_answer::failure_untouched)
-        return E_NOTIMPL;
+    if (kind == bad_answer::failure_untouched || kind == bad_answer::failure) {
+        if (failure_leaves)
+            *document = *frame = failure_leaves;
+        return kind == bad_answer::failure ? E_FAIL : E_NOTIMPL;
+    }
     if (kind == bad_answer::success_untouched)
         return S_OK;
     *frame = nullptr;
     *document = nullptr;
-    if (kind == bad_answer::failure)
-        return E_FAIL;
     *position = host_.position;
     *clip = host_.clip;
     if (kind == bad_answer::success_null)

@@ -30,6 +30,8 @@ public:
     host_site(call_book& calls, document_host& host);
 
     site_interfaces offered;
+    // What a GetWindowContext that fails leaves in its out values, without a reference.
+    IOleInPlaceFrame* failure_leaves = nullptr;
 
     IOleClientSite* client_site() { return this; }
     IOleInPlaceSite* in_place_site() { return this; }

@@ -127,6 +127,10 @@ HRESULT viewer_script::invoke(DISPID id, REFIID iid, LCID locale, WORD flags, co
     switch (calls.arrive(call_name(id))) {
     case bad_answer::failure:
     case bad_answer::failure_untouched:
+        if (result && failure_leaves) {
+            result->vt = VT_UNKNOWN;
+            result->punkVal = failure_leaves;
+        }
         return DISP_E_EXCEPTION;
     case bad_answer::success_null:
     case bad_answer::success_untouched:

@@ -46,6 +46,9 @@ public:
     // Window that viewer_get_window gives; null is given as it is.
     HWND window = nullptr;
 
+    // What a call that fails leaves in its result, without a reference.
+    IUnknown* failure_leaves = nullptr;
+
     std::vector<recorded_call> received;
 
     // The next and later calls of the method return `result` with `value` (copied).

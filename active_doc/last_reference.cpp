@@ -1,0 +1,39 @@
+#include "active_doc/last_reference.h"
+
+#include "retrieval/window_messages.h"
+
+namespace quill {
+
+void last_reference::window_opened(HWND window) noexcept
+{
+    window_ = window;
+    state_ = state::empty;
+}
+
+bool last_reference::window_closed(HWND window) noexcept
+{
+    if (window != window_)
+        return false; // there is another one already
+    return state_.exchange(state::no_window) == state::transferred;
+}
+
+bool last_reference::take() noexcept
+{
+    state expected = state::transferred;
+    return state_.compare_exchange_strong(expected, state::empty);
+}
+
+bool last_reference::transfer() noexcept
+{
+    const HWND window = window_;
+    state expected = state::empty;
+    if (!state_.compare_exchange_strong(expected, state::transferred))
+        return false;
+    // The document may be destroyed from here on. A full queue takes no posted message, but sent ones; a
+    // window that takes neither releases the reference when it is destroyed.
+    if (!PostMessageW(window, WM_USER_RELEASE, 0, 0))
+        SendNotifyMessageW(window, WM_USER_RELEASE, 0, 0);
+    return true;
+}
+
+} // namespace quill

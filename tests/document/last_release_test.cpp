@@ -1,0 +1,324 @@
+// The last Release on another thread than the document's own: the download's worker, whose urlmon holds the
+// document, or any other. The document is destroyed on its own thread.
+#include "tests/document/document_bench.h"
+#include "tests/document/document_messages.h"
+#include "tests/support/faults/import_table.h"
+#include "tests/support/http_server.h"
+#include "tests/support/scopes.h"
+#include "tests/support/wait.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+#include <urlmon.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+namespace quill::test {
+namespace {
+
+constexpr UINT message_release = 0x8712;
+
+// In the module's place for an imported function while this lives.
+class import_replaced
+{
+public:
+    template <class Function>
+    import_replaced(HMODULE module, const char* name, Function* function)
+        : module_(module), name_(name),
+          original_(redirect_import(module, name, reinterpret_cast<code_address>(function)))
+    {
+        EXPECT_NE(original_, nullptr) << name << " is not imported";
+    }
+    ~import_replaced() { redirect_import(module_, name_, original_); }
+    import_replaced(const import_replaced&) = delete;
+    import_replaced& operator=(const import_replaced&) = delete;
+
+private:
+    HMODULE module_;
+    const char* name_;
+    code_address original_;
+};
+
+// Stands for a urlmon that holds its caller to the end of the download.
+struct holding_urlmon
+{
+    holding_urlmon() { instance = this; }
+    ~holding_urlmon()
+    {
+        for (const HANDLE event : {has_begun, may_end, has_released})
+            CloseHandle(event);
+    }
+    holding_urlmon(const holding_urlmon&) = delete;
+    holding_urlmon& operator=(const holding_urlmon&) = delete;
+
+    static HRESULT WINAPI download(IUnknown* caller, LPCWSTR, LPCWSTR, DWORD, IBindStatusCallback*)
+    {
+        caller->AddRef();
+        SetEvent(instance->has_begun);
+        EXPECT_EQ(WaitForSingleObject(instance->may_end, default_deadline_ms), WAIT_OBJECT_0);
+        instance->references_left = caller->Release();
+        SetEvent(instance->has_released);
+        return E_ABORT;
+    }
+
+    static inline holding_urlmon* instance = nullptr;
+    HANDLE has_begun = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE may_end = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE has_released = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    std::atomic<ULONG> references_left{~0ul};
+};
+
+bool is_signalled(HANDLE event)
+{
+    return WaitForSingleObject(event, 0) == WAIT_OBJECT_0;
+}
+
+// Drops what the host holds, without deactivating; others still hold the document.
+void host_drops_everything(document_bench& bench)
+{
+    bench.host.view.Reset();
+    bench.host.frame.drop_active_object();
+    bench.host.document = nullptr;
+    EXPECT_NE(bench.document.Detach()->Release(), 0u);
+}
+
+// The lines are of this thread only: destroyed elsewhere, the document has none here.
+void expect_destroyed_here(document_bench& bench, const std::vector<std::string>& logged)
+{
+    EXPECT_NE(std::find(logged.begin(), logged.end(), "~@"), logged.end())
+        << "not destroyed on its own thread: " << testing::PrintToString(logged);
+    EXPECT_EQ(bench.host.site.references(), 0);
+    EXPECT_EQ(bench.host.frame.references(), 0);
+    EXPECT_EQ(bench.viewers.living_viewers(), 0);
+    EXPECT_EQ(bench.module.can_unload_now(), S_OK);
+}
+
+// Releases a reference on a thread of its own and waits for that thread without delivering messages.
+void release_on_other_thread(IUnknown* reference)
+{
+    std::thread([reference] { reference->Release(); }).join();
+}
+
+IUnknown* reference_to(const document_bench& bench)
+{
+    bench.document.Get()->AddRef();
+    return bench.document.Get();
+}
+
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnTheWorker)
+{
+    holding_urlmon urlmon;
+    const import_replaced download(bench.module.handle(), "URLDownloadToFileW", &holding_urlmon::download);
+    bench.show_url(L"http://127.0.0.1:1/x.pdf");
+    ASSERT_TRUE(wait_until([&] { return is_signalled(urlmon.has_begun); }));
+    const HWND window = bench.window();
+    bench.take_log();
+    host_drops_everything(bench);
+    EXPECT_TRUE(IsWindow(window)) << "the worker still holds the document";
+    SetEvent(urlmon.may_end);
+    EXPECT_EQ(WaitForSingleObject(urlmon.has_released, default_deadline_ms), WAIT_OBJECT_0);
+    EXPECT_NE(urlmon.references_left, 0u) << "the worker destroyed the document";
+    EXPECT_TRUE(IsWindow(window)) << "nothing is destroyed before this thread gets to it";
+    EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
+    expect_destroyed_here(bench, bench.take_log());
+    bench.wait_for_no_worker();
+}
+
+// The window's destruction waits for the worker, and urlmon's Release is not the last then.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, NotOnTheWorkerOfAWindowThatGoesFirst)
+{
+    holding_urlmon urlmon;
+    const import_replaced download(bench.module.handle(), "URLDownloadToFileW", &holding_urlmon::download);
+    bench.show_url(L"http://127.0.0.1:1/x.pdf");
+    ASSERT_TRUE(wait_until([&] { return is_signalled(urlmon.has_begun); }));
+    bench.take_log();
+    host_drops_everything(bench);
+    SetEvent(urlmon.may_end);
+    bench.host.destroy_windows();
+    EXPECT_TRUE(is_signalled(urlmon.has_released));
+    expect_destroyed_here(bench, bench.take_log());
+    bench.wait_for_no_worker();
+}
+
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnyOtherThreadWaitsForTheWindowsThread)
+{
+    bench.show_file(bench.pdf());
+    const HWND window = bench.window();
+    IUnknown* const reference = reference_to(bench);
+    host_drops_everything(bench);
+    bench.take_log();
+    release_on_other_thread(reference);
+    EXPECT_TRUE(IsWindow(window));
+    EXPECT_EQ(bench.take_log(), std::vector<std::string>{});
+    EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
+    expect_destroyed_here(bench, bench.take_log());
+}
+
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenThatIsDestroyedFirst)
+{
+    bench.show_file(bench.pdf());
+    IUnknown* const reference = reference_to(bench);
+    host_drops_everything(bench);
+    bench.take_log();
+    release_on_other_thread(reference);
+    bench.host.destroy_windows(); // and with them the message
+    expect_destroyed_here(bench, bench.take_log());
+}
+
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnotherThreadAfterTheWindowIsGone)
+{
+    bench.show_file(bench.pdf());
+    IUnknown* const reference = reference_to(bench);
+    bench.close_in_order();
+    bench.host.view.Reset();
+    host_drops_everything(bench);
+    release_on_other_thread(reference);
+    pump_messages();
+    EXPECT_TRUE(wait_until([&] { return bench.module.can_unload_now() == S_OK; }));
+    EXPECT_EQ(bench.host.site.references(), 0);
+}
+
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnotherThreadWithoutEverHavingAWindow)
+{
+    bench.create();
+    IUnknown* const reference = reference_to(bench);
+    host_drops_everything(bench);
+    release_on_other_thread(reference);
+    EXPECT_TRUE(wait_until([&] { return bench.module.can_unload_now() == S_OK; }));
+}
+
+BOOL WINAPI refuse_message(HWND, UINT, WPARAM, LPARAM)
+{
+    SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+    return FALSE;
+}
+
+// The queue is full: it takes no posted message.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsToldToAThreadWithAFullQueue)
+{
+    bench.show_file(bench.pdf());
+    const import_replaced post(bench.module.handle(), "PostMessageW", &refuse_message);
+    const HWND window = bench.window();
+    IUnknown* const reference = reference_to(bench);
+    host_drops_everything(bench);
+    bench.take_log();
+    release_on_other_thread(reference);
+    EXPECT_TRUE(IsWindow(window));
+    EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
+    expect_destroyed_here(bench, bench.take_log());
+}
+
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenNoMessageIsTaken)
+{
+    bench.show_file(bench.pdf());
+    const import_replaced post(bench.module.handle(), "PostMessageW", &refuse_message);
+    const import_replaced send(bench.module.handle(), "SendNotifyMessageW", &refuse_message);
+    const HWND window = bench.window();
+    IUnknown* const reference = reference_to(bench);
+    host_drops_everything(bench);
+    bench.take_log();
+    release_on_other_thread(reference);
+    pump_messages();
+    EXPECT_TRUE(IsWindow(window));
+    bench.host.destroy_windows();
+    expect_destroyed_here(bench, bench.take_log());
+}
+
+// Anybody can send the window a message.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsNotToBeForged)
+{
+    bench.show_file(bench.pdf());
+    const ULONG before = bench.document.Get()->AddRef();
+    for (const LPARAM parameter : {0, 1, -1}) {
+        EXPECT_EQ(bench.send(message_release, static_cast<WPARAM>(parameter), parameter), 0);
+        EXPECT_TRUE(PostMessageW(bench.window(), message_release, 0, parameter));
+    }
+    pump_messages();
+    EXPECT_EQ(bench.document.Get()->Release(), before - 1);
+    bench.close_in_order();
+}
+
+// A message of the window's takes a reference and releases it while the other thread drops the last one.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, WhileTheWindowHandlesMessages)
+{
+    constexpr int rounds = 10;
+    for (int round = 0; round < rounds; ++round) {
+        bench.show_file(bench.pdf());
+        const HWND window = bench.window();
+        IUnknown* const reference = reference_to(bench);
+        host_drops_everything(bench);
+        bench.take_log();
+        std::atomic<bool> is_released{false};
+        std::thread other([&] {
+            for (int times = 0; times < 1000; ++times) {
+                reference->AddRef();
+                reference->Release();
+            }
+            reference->Release();
+            is_released = true;
+        });
+        while (!is_released)
+            SendMessageW(window, message_reserved, 0, 0);
+        other.join();
+        EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
+        expect_destroyed_here(bench, bench.take_log());
+        if (testing::Test::HasFailure())
+            return;
+    }
+}
+
+// The system's download service keeps handles of its own from the first use on: no balance here.
+struct DocumentReleasedWhileDownloading : testing::TestWithParam<bool>
+{
+    registry_key_scope settings{HKEY_CURRENT_USER,
+                                L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin"};
+    http_server server;
+    document_bench bench;
+
+    // The server says nothing after the first bytes.
+    void show_held()
+    {
+        if (GetParam())
+            settings.set_string(L"kIEBrowserPluginWinINet", L"/b 1");
+        auto held = http_response::ok(pdf_body(100'000));
+        held.piece_size = 1'000;
+        held.piece_delay_ms = 50;
+        server.route("/x.pdf", held);
+        bench.show_url(server.url(L"/x.pdf"));
+        ASSERT_TRUE(wait_until([&] { return !server.requests().empty(); }));
+    }
+};
+
+TEST_P(DocumentReleasedWhileDownloading, ByTheHost)
+{
+    show_held();
+    const HWND window = bench.window();
+    bench.release();
+    EXPECT_FALSE(IsWindow(window));
+    bench.wait_for_no_worker();
+    EXPECT_EQ(bench.viewer.texts(viewer_open), std::vector<std::string>{});
+}
+
+TEST_P(DocumentReleasedWhileDownloading, ByAnotherThread)
+{
+    show_held();
+    const HWND window = bench.window();
+    IUnknown* const reference = reference_to(bench);
+    host_drops_everything(bench);
+    bench.take_log();
+    release_on_other_thread(reference);
+    EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
+    expect_destroyed_here(bench, bench.take_log());
+    bench.wait_for_no_worker();
+    EXPECT_EQ(bench.viewer.texts(viewer_open), std::vector<std::string>{});
+}
+
+INSTANTIATE_TEST_SUITE_P(Document, DocumentReleasedWhileDownloading, testing::Bool(),
+                         [](const testing::TestParamInfo<bool>& way) {
+                             return std::string(way.param ? "WinINet" : "Urlmon");
+                         });
+
+} // namespace
+} // namespace quill::test

@@ -1,0 +1,160 @@
+// A host that drops its last reference to the document inside a call that the document makes: the document is
+// destroyed when the host's own call returns, and not touched afterwards.
+#include "tests/document/document_bench.h"
+#include "tests/support/faults/freed_memory_trap.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+#include <urlmon.h>
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+namespace quill::test {
+namespace {
+
+// A call of the host's inside which it drops its last reference: the document lives until the call returns.
+struct last_call
+{
+    const char* name;
+    const char* inside; // the document's call of the host
+    activation_order order;
+    std::function<void(IUnknown&)> make;
+};
+
+template <class Interface>
+std::function<void(IUnknown&)> on(void (*call)(Interface&))
+{
+    return [call](IUnknown& document) {
+        Microsoft::WRL::ComPtr<Interface> queried;
+        ASSERT_EQ(document.QueryInterface(IID_PPV_ARGS(&queried)), S_OK);
+        Interface* const unreferenced = queried.Get();
+        queried.Reset(); // the bench's is the last one
+        call(*unreferenced);
+    };
+}
+
+const last_call last_calls[] = {
+    {"ShowFalse", "IOleInPlaceSite::OnUIDeactivate", activation_order::site_then_ui_activate,
+     on<IOleDocumentView>([](IOleDocumentView& view) { view.Show(FALSE); })},
+    {"UIActivateFalse", "IOleInPlaceFrame::SetActiveObject", activation_order::site_then_ui_activate,
+     on<IOleDocumentView>([](IOleDocumentView& view) { view.UIActivate(FALSE); })},
+    {"CloseView", "IOleInPlaceSite::OnUIDeactivate", activation_order::site_then_ui_activate,
+     on<IOleDocumentView>([](IOleDocumentView& view) { view.CloseView(0); })},
+    {"CloseViewOfAnInPlaceActive", "IOleInPlaceSite::OnInPlaceDeactivate",
+     activation_order::create_view_with_site,
+     on<IOleDocumentView>([](IOleDocumentView& view) { view.CloseView(0); })},
+    {"SetInPlaceSite", "IOleInPlaceSite::OnInPlaceDeactivate", activation_order::create_view_with_site,
+     on<IOleDocumentView>([](IOleDocumentView& view) { view.SetInPlaceSite(nullptr); })},
+    {"InPlaceDeactivate", "IOleInPlaceSite::OnUIDeactivate", activation_order::site_then_ui_activate,
+     on<IOleInPlaceObject>([](IOleInPlaceObject& object) { object.InPlaceDeactivate(); })},
+    {"Close", "IOleClientSite::OnShowWindow", activation_order::site_then_ui_activate,
+     on<IOleObject>([](IOleObject& object) { object.Close(OLECLOSE_NOSAVE); })},
+    {"Hide", "IOleInPlaceSite::OnUIDeactivate", activation_order::site_then_ui_activate,
+     on<IOleObject>(
+         [](IOleObject& object) { object.DoVerb(OLEIVERB_HIDE, nullptr, nullptr, 0, nullptr, nullptr); })},
+    {"Primary", "IOleClientSite::ShowObject", activation_order::create_view_with_site,
+     on<IOleObject>(
+         [](IOleObject& object) { object.DoVerb(OLEIVERB_PRIMARY, nullptr, nullptr, 0, nullptr, nullptr); })},
+    {"PrimaryAtTheUserMode", "IDispatch::Invoke", activation_order::create_view_with_site,
+     on<IOleObject>(
+         [](IOleObject& object) { object.DoVerb(OLEIVERB_PRIMARY, nullptr, nullptr, 0, nullptr, nullptr); })},
+    {"TranslateAccelerator", "IOleInPlaceSite::GetWindowContext", activation_order::create_view_with_site,
+     on<IOleInPlaceActiveObject>([](IOleInPlaceActiveObject& object) {
+         MSG key{};
+         key.message = WM_KEYDOWN;
+         key.wParam = 'O';
+         object.TranslateAccelerator(&key);
+     })},
+    {"Print", "viewer::12", activation_order::create_view_with_site,
+     on<IOleCommandTarget>(
+         [](IOleCommandTarget& target) { target.Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr); })},
+};
+
+// The document is larger; what it makes beside itself is not.
+constexpr std::size_t document_size = 1000;
+
+class DocumentReleasedInside : public testing::TestWithParam<last_call>
+{
+};
+
+bool is_destroyed(document_bench& bench)
+{
+    const auto logged = bench.take_log();
+    return std::find(logged.begin(), logged.end(), "~@") != logged.end();
+}
+
+TEST_P(DocumentReleasedInside, LivesUntilTheCallReturns)
+{
+    const last_call& call = GetParam();
+    document_bench bench;
+    const freed_memory_trap trap(bench.module.handle(), document_size);
+    bench.host.order = call.order;
+    bench.host.site.offered.ambient_properties = true;
+    bench.show_file(bench.pdf());
+    IUnknown* const last = bench.document.Get();
+    bool is_released = false;
+    bench.take_log();
+    bench.host.calls.when(call.inside, [&] {
+        if (std::exchange(is_released, true))
+            return;
+        bench.host.view.Reset();
+        bench.host.document = nullptr;
+        bench.document.Reset();
+        bench.host.frame.drop_active_object();
+        EXPECT_FALSE(is_destroyed(bench)) << "destroyed with its own method on the stack";
+    });
+    call.make(*last);
+    EXPECT_TRUE(is_released) << "the call did not come";
+    EXPECT_TRUE(is_destroyed(bench));
+    EXPECT_EQ(bench.host.site.references(), 0);
+    EXPECT_EQ(bench.host.frame.references(), 0);
+    EXPECT_EQ(bench.viewers.living_viewers(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Document, DocumentReleasedInside, testing::ValuesIn(last_calls),
+                         [](const testing::TestParamInfo<last_call>& call) {
+                             return std::string(call.param.name);
+                         });
+
+struct DocumentReleasedWhile : testing::Test
+{
+    document_bench bench;
+    freed_memory_trap trap{bench.module.handle(), document_size};
+};
+
+// A new site is asked for its interfaces while it is set.
+TEST_F(DocumentReleasedWhile, ItsClientSiteIsSet)
+{
+    bench.create();
+    IOleObject* const object = bench.as<IOleObject>().Get();
+    bench.take_log();
+    bench.host.calls.when("site::QueryInterface", [&] {
+        bench.host.document = nullptr;
+        bench.document.Reset();
+        EXPECT_FALSE(is_destroyed(bench));
+    });
+    EXPECT_EQ(object->SetClientSite(bench.host.site.client_site()), S_OK);
+    EXPECT_TRUE(is_destroyed(bench));
+    EXPECT_EQ(bench.host.site.references(), 0);
+}
+
+TEST_F(DocumentReleasedWhile, ItsMonikerIsAsked)
+{
+    bench.create();
+    IPersistMoniker* const persist = bench.as<IPersistMoniker>().Get();
+    fake_moniker moniker(bench.host.calls, "loaded moniker");
+    moniker.display_name = unserved_url;
+    bench.take_log();
+    bench.host.calls.when("loaded moniker::GetDisplayName", [&] {
+        bench.host.document = nullptr;
+        bench.document.Reset();
+        EXPECT_FALSE(is_destroyed(bench));
+    });
+    EXPECT_EQ(persist->Load(FALSE, &moniker, nullptr, STGM_READ), S_OK);
+    EXPECT_TRUE(is_destroyed(bench));
+}
+
+} // namespace
+} // namespace quill::test
