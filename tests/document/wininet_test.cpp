@@ -193,12 +193,15 @@ TEST_F(DocumentWinInet, ReportsAServerThatIsNotThere)
         {"ACTIVEDOC DEBUG InternetOpenUrl FAILED 12029", "ACTIVEDOC DownloadPDFFile FAILED 1"});
 }
 
-// A name that no file can have.
+// Its folder is gone.
 TEST_F(DocumentWinInet, ReportsACacheFileThatCannotBeWritten)
 {
-    server.route("/a%7Cb.pdf", http_response::ok(pdf_body(5'000)));
-    expect_nothing_opened(server.url(L"/a%7Cb.pdf"), {"ACTIVEDOC DEBUG FAILED TO CREATE CACHE FILE 123",
-                                                      "ACTIVEDOC DownloadPDFFile FAILED 1"});
+    server.route("/a.pdf", [this](const http_request&) {
+        EXPECT_TRUE(RemoveDirectoryW((bench.temp / L"qll0").c_str()));
+        return http_response::ok(pdf_body(5'000));
+    });
+    expect_nothing_opened(server.url(L"/a.pdf"), {"ACTIVEDOC DEBUG FAILED TO CREATE CACHE FILE 3",
+                                                  "ACTIVEDOC DownloadPDFFile FAILED 1"});
     EXPECT_THAT(report_watch::seen(), IsEmpty());
 }
 
