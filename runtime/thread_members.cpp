@@ -7,17 +7,13 @@
 #include <system_error>
 #include <thread>
 
-namespace std {
-
 // No thread was started, hence none can be joined.
-void thread::join()
+void std::thread::join()
 {
-    __throw_system_error(EINVAL);
+    throw std::system_error(EINVAL, std::generic_category());
 }
 
 // No thread waits, since the functions that wait are not linked.
-void condition_variable::notify_one() noexcept {}
+void std::condition_variable::notify_one() noexcept {}
 
-condition_variable::~condition_variable() noexcept {}
-
-} // namespace std
+std::condition_variable::~condition_variable() noexcept {}

@@ -114,7 +114,6 @@ TEST_F(LinkMap, ShowsNothingThatIsReplaced)
              "guard.o",
              "guard_error.o",
              "ssp.o",
-             "chk_fail.o",
          })
         EXPECT_THAT(map.objects(), Not(Contains(object)));
 }
