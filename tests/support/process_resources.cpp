@@ -138,17 +138,25 @@ DWORD window_count()
     return count;
 }
 
-bool start_window_system()
+void dispatch_messages()
 {
-    const HWND window = CreateWindowExW(0, L"STATIC", L"x", WS_POPUP | WS_VISIBLE, 0, 0, 8, 8, nullptr,
-                                        nullptr, nullptr, nullptr);
-    UpdateWindow(window);
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
         DispatchMessageW(&message);
-    DestroyWindow(window);
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE))
-        DispatchMessageW(&message);
+}
+
+bool start_window_system()
+{
+    // Wine 10's common controls leave nine GDI objects behind each time they are unloaded.
+    LoadLibraryW(L"comctl32.dll");
+    for (const wchar_t* name : {L"STATIC", L"EDIT"}) {
+        const HWND window = CreateWindowExW(0, name, L"x", WS_POPUP | WS_VISIBLE, 0, 0, 8, 8, nullptr,
+                                            nullptr, nullptr, nullptr);
+        UpdateWindow(window);
+        dispatch_messages();
+        DestroyWindow(window);
+        dispatch_messages();
+    }
     return true;
 }
 

@@ -15,7 +15,7 @@ struct process_resources
     DWORD threads = 0;
     DWORD windows = 0; // windows of the calling thread, children included, without its input-method window
 
-    // The counts of the calling process at this moment. The first call makes a window and drops it again,
+    // The counts of the calling process at this moment. The first call makes windows and destroys them again,
     // so that what the window system keeps for good is there before anything is counted.
     static process_resources now();
 
