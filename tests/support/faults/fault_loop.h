@@ -18,8 +18,8 @@ void fail_each(const char* routine, fault_kind kind, const std::vector<fault_pla
 void fail_each_uncounted(const char* routine, fault_kind kind, const std::vector<fault_place>& places,
                          int usual_step, const std::function<bool(const fault_place&)>& life);
 
-// Two failures: each call (of the requests for memory every third) fails, its ways taken in turn, and then
-// one of the calls that follow on the same thread, of the kind that is given: the first, second, third,
+// Two failures: a call fails (the first ones of each function and every fourth), its ways taken in turn, and
+// then one of the calls that follow on the same thread, of the kind that is given: the first, second, third,
 // fifth, eighth and so on, the farthest a few dozen calls away. life is as for fail_each and says whether
 // both failed. The usual run takes usual_pairs of them at random; QUILL_FAULT_SEED gives another choice.
 void fail_pairs(const char* routine, fault_kind second, const std::vector<fault_place>& places,
