@@ -42,6 +42,7 @@ ATOM CAtlWinModule::Register(CWndClassInfo& info) noexcept
     wc.cbSize = sizeof wc;
     wc.style = info.m_nStyle;
     wc.lpfnWndProc = info.m_pWndProc;
+    wc.cbWndExtra = CWndClassInfo::extra_bytes;
     wc.hInstance = _AtlBaseModule.GetModuleInstance();
     wc.hCursor = LoadCursorW(nullptr, IDC_ARROW);
     if (info.m_nBackground != -1)

@@ -16,6 +16,9 @@ struct _AtlCreateWndData
 // One window class, registered for this module on first use.
 struct CWndClassInfo
 {
+    // Of each window: a pointer to its object.
+    static constexpr int extra_bytes = sizeof(void*);
+
     // lpszName null: a name of the module's own making. nBackground: a COLOR_ value, -1 for no brush.
     constexpr CWndClassInfo(LPCWSTR lpszName, UINT nStyle, int nBackground, WNDPROC pWndProc) noexcept
         : m_lpszName(lpszName), m_nStyle(nStyle), m_nBackground(nBackground), m_pWndProc(pWndProc)

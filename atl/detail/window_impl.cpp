@@ -3,6 +3,48 @@
 #include "atl/atlbase.h"
 
 namespace ATL {
+namespace {
+
+// Asked for each message: a property is a call to another process on some systems, the class and the extra
+// bytes are not.
+bool IsOfOwnClass(HWND hWnd) noexcept
+{
+    return reinterpret_cast<HINSTANCE>(GetClassLongPtrW(hWnd, GCLP_HMODULE)) ==
+               _AtlBaseModule.GetModuleInstance() &&
+           GetClassLongPtrW(hWnd, GCL_CBWNDEXTRA) == CWndClassInfo::extra_bytes;
+}
+
+void* StoredObject(HWND hWnd) noexcept
+{
+    if (IsOfOwnClass(hWnd))
+        return reinterpret_cast<void*>(GetWindowLongPtrW(hWnd, 0));
+    const LPCWSTR property = _AtlWinModule.ObjectProperty();
+    return property ? GetPropW(hWnd, property) : nullptr;
+}
+
+bool StoreObject(HWND hWnd, void* object) noexcept
+{
+    if (IsOfOwnClass(hWnd)) {
+        SetLastError(ERROR_SUCCESS);
+        return SetWindowLongPtrW(hWnd, 0, reinterpret_cast<LONG_PTR>(object)) ||
+               GetLastError() == ERROR_SUCCESS;
+    }
+    const LPCWSTR property = _AtlWinModule.ObjectProperty();
+    if (!property)
+        return false;
+    if (object)
+        return SetPropW(hWnd, property, object);
+    RemovePropW(hWnd, property);
+    return true;
+}
+
+LRESULT CallProcedure(WNDPROC procedure, HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
+{
+    return procedure ? CallWindowProcW(procedure, hWnd, uMsg, wParam, lParam)
+                     : ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
+}
+
+} // namespace
 
 // Lives on the stack of the window procedure; tells it when a handler deleted the object.
 struct CWindowImplRoot::Frame
@@ -68,23 +110,23 @@ BOOL CWindowImplRoot::SubclassWindow(HWND hWnd) noexcept
 {
     if (m_hWndLinked || !::IsWindow(hWnd) || GetWindowThreadProcessId(hWnd, nullptr) != GetCurrentThreadId())
         return FALSE;
+    if (const CWindowImplRoot* const lower = FromWindow(hWnd))
+        return Link(hWnd, lower->m_pSuper);
+    // Our procedure may be there already: left behind by an object that went away while somebody else's
+    // procedure stood above it.
     const LPCWSTR property = _AtlWinModule.SuperProperty();
+    if (const HANDLE super = property ? GetPropW(hWnd, property) : nullptr)
+        return Link(hWnd, reinterpret_cast<WNDPROC>(super));
     const LONG_PTR super = GetWindowLongPtrW(hWnd, GWLP_WNDPROC);
-    // Our procedure may be there already: below objects of ours, or left behind by one that went away while
-    // somebody else's procedure stood above it.
-    const bool install = super != reinterpret_cast<LONG_PTR>(WindowProc) && !FromWindow(hWnd) &&
-                         !(property && GetPropW(hWnd, property));
-    if (install) {
-        if (!property || !super || !SetPropW(hWnd, property, reinterpret_cast<HANDLE>(super)))
-            return FALSE;
-    }
-    if (!Link(hWnd)) {
-        if (install)
-            RemovePropW(hWnd, property);
+    if (super == reinterpret_cast<LONG_PTR>(WindowProc))
+        return Link(hWnd, nullptr);
+    if (!property || !super || !SetPropW(hWnd, property, reinterpret_cast<HANDLE>(super)))
+        return FALSE;
+    if (!Link(hWnd, reinterpret_cast<WNDPROC>(super))) {
+        RemovePropW(hWnd, property);
         return FALSE;
     }
-    if (install)
-        SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WindowProc));
+    SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WindowProc));
     return TRUE;
 }
 
@@ -101,13 +143,13 @@ HWND CWindowImplRoot::UnsubclassWindow() noexcept
 LRESULT CWindowImplRoot::DefWindowProc(UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
     return m_pLower ? m_pLower->Dispatch(uMsg, wParam, lParam)
-                    : CallSuper(m_hWndLinked, uMsg, wParam, lParam);
+                    : CallProcedure(m_pSuper, m_hWndLinked, uMsg, wParam, lParam);
 }
 
 LRESULT CALLBACK CWindowImplRoot::StartWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
     auto* const object = static_cast<CWindowImplRoot*>(_AtlWinModule.ExtractCreateWndData());
-    if (!object || !object->Link(hWnd))
+    if (!object || !object->Link(hWnd, nullptr))
         return ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
     object->m_bCreated = true;
     // From now on a message for this window never takes the object of another window being created.
@@ -127,25 +169,23 @@ LRESULT CALLBACK CWindowImplRoot::WindowProc(HWND hWnd, UINT uMsg, WPARAM wParam
 
 CWindowImplRoot* CWindowImplRoot::FromWindow(HWND hWnd) noexcept
 {
-    const LPCWSTR property = _AtlWinModule.ObjectProperty();
-    return property ? static_cast<CWindowImplRoot*>(GetPropW(hWnd, property)) : nullptr;
+    return static_cast<CWindowImplRoot*>(StoredObject(hWnd));
 }
 
 LRESULT CWindowImplRoot::CallSuper(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
     const LPCWSTR property = _AtlWinModule.SuperProperty();
     const HANDLE super = property ? GetPropW(hWnd, property) : nullptr;
-    return super ? CallWindowProcW(reinterpret_cast<WNDPROC>(super), hWnd, uMsg, wParam, lParam)
-                 : ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
+    return CallProcedure(reinterpret_cast<WNDPROC>(super), hWnd, uMsg, wParam, lParam);
 }
 
-bool CWindowImplRoot::Link(HWND hWnd) noexcept
+bool CWindowImplRoot::Link(HWND hWnd, WNDPROC super) noexcept
 {
-    const LPCWSTR property = _AtlWinModule.ObjectProperty();
     CWindowImplRoot* const lower = FromWindow(hWnd);
-    if (!property || !SetPropW(hWnd, property, this))
+    if (!StoreObject(hWnd, this))
         return false;
     m_pLower = lower;
+    m_pSuper = super;
     m_hWnd = m_hWndLinked = hWnd;
     m_bCreated = false;
     return true;
@@ -153,12 +193,12 @@ bool CWindowImplRoot::Link(HWND hWnd) noexcept
 
 void CWindowImplRoot::Unlink() noexcept
 {
-    const LPCWSTR property = _AtlWinModule.ObjectProperty();
     const HWND hWnd = m_hWndLinked;
     CWindowImplRoot* const top = FromWindow(hWnd);
     CWindowImplRoot* const lower = m_pLower;
     m_hWndLinked = nullptr;
     m_pLower = nullptr;
+    m_pSuper = nullptr;
     if (top != this) {
         for (CWindowImplRoot* above = top; above; above = above->m_pLower) {
             if (above->m_pLower == this)
@@ -166,11 +206,9 @@ void CWindowImplRoot::Unlink() noexcept
         }
         return;
     }
-    if (lower) {
-        SetPropW(hWnd, property, lower);
+    StoreObject(hWnd, lower);
+    if (lower)
         return;
-    }
-    RemovePropW(hWnd, property);
     // Somebody who replaced the procedure after us still calls ours: then it stays, and only passes on.
     const LPCWSTR super_property = _AtlWinModule.SuperProperty();
     const HANDLE super = GetPropW(hWnd, super_property);

@@ -1,6 +1,7 @@
 // CWindowImpl: an object with a window, its messages going through the object's message map.
-// No executable memory is made: one window procedure finds the object through a window property. Several
-// objects may sit on one window (SubclassWindow); the last one comes first and passes on what it leaves.
+// No executable memory is made: one window procedure finds the object in the window's extra bytes, or through
+// a property of a window that is not of the module's classes. Several objects may sit on one window
+// (SubclassWindow); the last one comes first and passes on what it leaves.
 #pragma once
 
 #include "atl/detail/message_map.h"
@@ -69,7 +70,7 @@ private:
     static CWindowImplRoot* FromWindow(HWND hWnd) noexcept;
     static LRESULT CallSuper(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept;
 
-    bool Link(HWND hWnd) noexcept;
+    bool Link(HWND hWnd, WNDPROC super) noexcept;
     void Unlink() noexcept;
     LRESULT Dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept;
     bool TryHandle(UINT uMsg, WPARAM wParam, LPARAM lParam, LRESULT& lResult) noexcept;
@@ -81,7 +82,8 @@ private:
     // The window it sits on. Apart from m_hWnd, which a class may forget while the window is still on its
     // way down.
     HWND m_hWndLinked = nullptr;
-    bool m_bCreated = false; // by Create, not subclassed
+    WNDPROC m_pSuper = nullptr; // what the window had before any object; null for one of the module's classes
+    bool m_bCreated = false;    // by Create, not subclassed
 };
 
 template <class T, class TBase = CWindow, class TWinTraits = CControlWinTraits>

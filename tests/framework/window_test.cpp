@@ -269,6 +269,26 @@ TEST_F(framework_window, window_created_while_another_is_being_created)
     EXPECT_EQ(inner.m_hWnd, nullptr);
 }
 
+TEST_F(framework_window, object_of_the_modules_class_needs_no_property)
+{
+    test_window window;
+    test_window on_top;
+    ASSERT_TRUE(create(window));
+    const HWND handle = window.m_hWnd;
+    ASSERT_TRUE(on_top.SubclassWindow(handle));
+    const auto count = [](HWND, LPWSTR, HANDLE, ULONG_PTR counter) -> BOOL {
+        ++*reinterpret_cast<int*>(counter);
+        return TRUE;
+    };
+    int properties = 0;
+    EnumPropsExW(handle, count, reinterpret_cast<LPARAM>(&properties));
+    EXPECT_EQ(properties, 0);
+    EXPECT_EQ(on_top.run([](test_window&) { return LRESULT{3}; }), 3);
+    EXPECT_EQ(on_top.UnsubclassWindow(), handle);
+    EXPECT_EQ(window.run([](test_window&) { return LRESULT{4}; }), 4);
+    EXPECT_TRUE(DestroyWindow(handle));
+}
+
 TEST_F(framework_window, one_object_has_one_window)
 {
     test_window window;
