@@ -226,7 +226,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenNoMessageIsTaken)
     expect_destroyed_here(bench, bench.take_log());
 }
 
-// Anybody can send the window a message.
+// Any program can send the window a message.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsNotToBeForged)
 {
     bench.show_file(bench.pdf());
