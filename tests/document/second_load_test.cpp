@@ -12,6 +12,8 @@
 #include <ole2.h>
 
 #include <algorithm>
+#include <atomic>
+#include <thread>
 
 namespace quill::test {
 namespace {
@@ -170,6 +172,38 @@ TEST_P(DocumentSecondLoadWhileDownloading, ShowsTheNewDocumentOnly)
     ASSERT_TRUE(wait_until([&] { return !bench.viewer.texts(viewer_open).empty(); }));
     EXPECT_NE(bench.viewer.texts(viewer_open)[0].find("\\new.pdf)"), std::string::npos)
         << bench.viewer.texts(viewer_open)[0];
+    bench.close_in_order();
+}
+
+// As the worker that fetched the former URL, which gets to its hand-over after the load.
+TEST_P(DocumentSecondLoadWhileDownloading, RefusesTheFileOfTheFormerUrl)
+{
+    if (GetParam())
+        settings.set_string(L"kIEBrowserPluginWinINet", L"/b 1");
+    auto held = http_response::ok(pdf_body(20'000));
+    held.hold_after = 10'000;
+    server.route("/former.pdf", held);
+    bench.show_url(server.url(L"/former.pdf"));
+    ASSERT_TRUE(wait_until([&] { return !server.requests().empty(); }));
+    EXPECT_EQ(bench.load_url(other_url), S_OK);
+    const std::wstring former = bench.pdf(L"former.pdf");
+    const HWND window = bench.window();
+    std::atomic<bool> is_sent{false};
+    std::thread worker([&] {
+        DWORD_PTR result = 1;
+        EXPECT_NE(SendMessageTimeoutW(window, message_set_cache_file, 0,
+                                      reinterpret_cast<LPARAM>(former.c_str()), SMTO_ABORTIFHUNG,
+                                      default_deadline_ms, &result),
+                  0);
+        EXPECT_EQ(result, 0u);
+        EXPECT_TRUE(PostMessageW(window, message_load_file, 0, 0));
+        is_sent = true;
+    });
+    EXPECT_TRUE(wait_until([&] { return is_sent.load(); }));
+    worker.join();
+    pump_messages();
+    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
+    server.release();
     bench.close_in_order();
 }
 
