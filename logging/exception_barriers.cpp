@@ -4,12 +4,11 @@
 #include "logging/pdfcore_exception.h"
 #include "logging/suite_libraries.h"
 
-#include <malloc.h>
-
 #include <exception>
 #include <new>
 #include <stdexcept>
 #include <system_error>
+#include <type_traits>
 
 namespace quill {
 namespace {
@@ -17,12 +16,27 @@ namespace {
 // What the PDF core is told of the text's buffer, in characters. The core was always told this number.
 constexpr std::uint64_t error_text_size = 2047;
 
+// The answer of a function of the suite; otherwise, when it throws. A system exception in it is left to the
+// barrier around.
+template <typename Callable, typename Answer = std::invoke_result_t<const Callable&>>
+Answer ask_suite(const Callable& ask, Answer otherwise)
+{
+    try {
+        return barrier::call_host(ask);
+    } catch (const barrier::system_exception&) {
+        throw;
+    } catch (...) {
+        return otherwise; // an exception is being logged already
+    }
+}
+
 void log_pdfcore_exception(const char* name, std::uint32_t line)
 {
     const suite_functions& suite = suite_library_functions();
     wchar_t text[error_text_size + 1] = {};
-    suite.get_error_string(suite.get_exception_error_code(), text, error_text_size);
-    const auto code = suite.get_exception_error_code(); // asked for again, whoever reads the line
+    const int text_code = ask_suite(suite.get_exception_error_code, 0);
+    ask_suite([&] { return suite.get_error_string(text_code, text, error_text_size); }, text);
+    const int code = ask_suite(suite.get_exception_error_code, 0); // asked for again, whoever reads the line
     QUILL_LOG(log_level::debug) << name << ":" << line << " pdfcore exception: " << code << " " << text;
 }
 
@@ -56,50 +70,24 @@ void rethrow_and_log(const std::exception_ptr& exception, const char* name, std:
     }
 }
 
-int filter_exception(handle_exception_function handle_exception, EXCEPTION_POINTERS* exception, DWORD& code)
-{
-    code = exception->ExceptionRecord->ExceptionCode;
-    return handle_exception(exception);
-}
-
 } // namespace
 
 void log_current_exception(const char* name, std::uint32_t line) noexcept
 {
-    if (const std::exception_ptr exception = std::current_exception())
-        rethrow_and_log(exception, name, line);
+    // A fault in the suite fails the guarded call around, and does not cut off the handler that this runs in.
+    const barrier::separate_calls calls;
+    try {
+        if (const std::exception_ptr exception = std::current_exception())
+            rethrow_and_log(exception, name, line);
+    } catch (...) {
+        return; // a failure to log cannot be logged
+    }
 }
 
-namespace barrier {
-
-void log_thrown(const char* name, std::uint32_t line) noexcept
+void barrier::log_thrown(const char* name, std::uint32_t line) noexcept
 {
     const bool named = name && *name;
     log_current_exception(named ? name : no_throw_name, named ? line : no_throw_line);
 }
-
-void log_system_exception(const char* name) noexcept
-{
-    log_pieces(log_level::info, {"System exception in ", name ? name : crash_border_name});
-}
-
-bool call_behind_filter(void (*call)(void* context), void* context)
-{
-    // Looked up before the call: a filter runs on the stack of whatever went wrong.
-    // NOLINTNEXTLINE(clang-analyzer-deadcode.DeadStores): the analyzer does not look into filters.
-    const handle_exception_function handle_exception = suite_library_functions().handle_exception;
-    DWORD code = 0;
-    __try {
-        call(context);
-        return true;
-    } __except (filter_exception(handle_exception, GetExceptionInformation(), code)) {
-        // The stack's guard page is gone; without it the next overflow would end the browser.
-        if (code == EXCEPTION_STACK_OVERFLOW)
-            _resetstkoflw();
-    }
-    return false;
-}
-
-} // namespace barrier
 
 } // namespace quill

@@ -4,7 +4,7 @@
 // The name and the line are part of the log's text: constants, not the compiler's idea of them.
 #pragma once
 
-#include <windows.h>
+#include "logging/system_exceptions.h"
 
 #include <cstdint>
 #include <memory>
@@ -12,11 +12,11 @@
 
 namespace quill {
 
-inline constexpr const char* crash_border_name = "quill::CrashBorder";
 inline constexpr const char* no_throw_name = "quill::NoThrow";
 inline constexpr std::uint32_t no_throw_line = 38;
 
-// Logs what kind of exception is being handled, and its text. Does nothing when there is none.
+// Logs what kind of exception is being handled, and its text. Does nothing when there is none. What the
+// logging itself throws, or a function of the suite, is ignored.
 void log_current_exception(const char* name, std::uint32_t line) noexcept;
 
 namespace barrier {
@@ -24,23 +24,18 @@ namespace barrier {
 // The logging of NoThrow: a name that is null or empty is replaced by NoThrow's own, with its line.
 void log_thrown(const char* name, std::uint32_t line) noexcept;
 
-// The logging of CrashBorder: a null name is replaced by CrashBorder's own.
-void log_system_exception(const char* name) noexcept;
-
-// Calls call(context) behind the crash library's filter. Returns whether the call came to its end; false
-// when the filter had a system exception handled here, in which case nothing that the call began has
-// been undone.
-bool call_behind_filter(void (*call)(void* context), void* context);
-
 } // namespace barrier
 
-// The callable's result, or fallback when it throws; the exception is logged.
+// The callable's result, or fallback when it throws; the exception is logged. A system exception on its way
+// to the CrashBorder around passes.
 template <typename Callable, typename Result = std::invoke_result_t<const Callable&>>
 Result NoThrow(const Callable& callable, std::type_identity_t<Result> fallback,
                const char* name = no_throw_name, std::uint32_t line = no_throw_line)
 {
     try {
         return callable();
+    } catch (const barrier::system_exception&) {
+        throw;
     } catch (...) {
         barrier::log_thrown(name, line);
     }
@@ -50,12 +45,16 @@ Result NoThrow(const Callable& callable, std::type_identity_t<Result> fallback,
 // As NoThrow; in addition, a system exception (an access violation, a division by zero, ...) is given to
 // the crash library, which reports it and decides: fallback is returned, or the search for a handler goes
 // on in the browser, or execution resumes.
-template <typename Callable, typename Result = std::invoke_result_t<const Callable&>>
-Result CrashBorder(const Callable& callable, std::type_identity_t<Result> fallback,
+// What the entry point takes for its own protection (references to itself, its lock) belongs into held: the
+// fault skips the destructors of whatever the callable has on its stack, but held.release(), which must not
+// throw, is called however the callable ends.
+template <typename Held, typename Callable, typename Result = std::invoke_result_t<const Callable&>>
+Result CrashBorder(Held& held, const Callable& callable, std::type_identity_t<Result> fallback,
                    const char* name = crash_border_name, std::uint32_t line = 0)
 {
     struct guarded_call
     {
+        Held& held;
         const Callable& callable;
         Result result;
         const Result fallback;
@@ -65,14 +64,36 @@ Result CrashBorder(const Callable& callable, std::type_identity_t<Result> fallba
         static void run(void* context)
         {
             auto& self = *static_cast<guarded_call*>(context);
-            self.result = NoThrow(self.callable, self.fallback, self.name, self.line);
+            try {
+                self.result = NoThrow(self.callable, self.fallback, self.name, self.line);
+            } catch (const barrier::system_exception&) {
+                // call_behind_filter knows of it.
+            }
         }
+        static void end(void* context) { static_cast<guarded_call*>(context)->held.release(); }
     };
-    guarded_call call{callable, fallback, fallback, name, line};
-    if (barrier::call_behind_filter(&guarded_call::run, &call))
+    guarded_call call{held, callable, fallback, fallback, name, line};
+    if (barrier::call_behind_filter(&guarded_call::run, &guarded_call::end, &call))
         return call.result;
     barrier::log_system_exception(name);
     return fallback;
+}
+
+namespace barrier {
+
+struct nothing_held
+{
+    void release() noexcept {}
+};
+
+} // namespace barrier
+
+template <typename Callable, typename Result = std::invoke_result_t<const Callable&>>
+Result CrashBorder(const Callable& callable, std::type_identity_t<Result> fallback,
+                   const char* name = crash_border_name, std::uint32_t line = 0)
+{
+    barrier::nothing_held nothing;
+    return CrashBorder(nothing, callable, fallback, name, line);
 }
 
 } // namespace quill

@@ -37,6 +37,13 @@ __declspec(noinline) __attribute__((no_sanitize("undefined"))) void overrun_buff
 const std::map<std::string, std::function<void()>> events = {
     {"nothing", [] {}},
     {"read-null", quill::test::read_nowhere},
+    {"host-read-null",
+     [] {
+         quill::barrier::call_host([] {
+             quill::test::read_nowhere();
+             return S_OK;
+         });
+     }},
     {"read-page", quill::test::read_page},
     {"divide", quill::test::divide_by_zero},
     {"overflow", quill::test::overflow_stack},
@@ -48,9 +55,16 @@ const std::map<std::string, std::function<void()>> events = {
     {"pdfcore", [] { throw pdfcore_exception(); }},
 };
 
+struct counted_releases
+{
+    int count = 0;
+    void release() noexcept { ++count; }
+} held;
+
 HRESULT happen(const std::string& event)
 {
     return quill::CrashBorder(
+        held,
         [&] {
             events.at(event)();
             return S_OK;
@@ -150,5 +164,6 @@ int main(int argc, char** argv)
         call_as_the_browser(print_result, &event);
         std::fflush(stdout);
     }
-    return 0;
+    // What was held has been released once for each event.
+    return held.count == argc - 1 ? 0 : 3;
 }

@@ -289,6 +289,18 @@ TEST_F(SuiteLibraries, TheCrashLibraryMayLetTheSearchGoOn)
     EXPECT_THAT(lines_of(result), IsEmpty());
 }
 
+// Reported once: the barrier does not ask again about a fault in a call into the host.
+TEST_F(SuiteLibraries, TheCrashLibraryMayLetTheSearchGoOnFromACallIntoTheHost)
+{
+    add(L"crashguard14.dll");
+    SetEnvironmentVariableW(L"QUILL_CRASHGUARD", L"search");
+    const auto result = run(L"host-read-null read-null nothing");
+    EXPECT_EQ(result.output,
+              "passed the barrier: c0000005\r\npassed the barrier: c0000005\r\nnothing: 00000000\r\n");
+    EXPECT_EQ(result.errors, "crashguard: exception c0000005\r\ncrashguard: exception c0000005\r\n");
+    EXPECT_THAT(lines_of(result), IsEmpty());
+}
+
 TEST_F(SuiteLibraries, TheCrashLibraryMayResumeExecution)
 {
     add(L"crashguard14.dll");
@@ -338,6 +350,38 @@ TEST_F(SuiteLibraries, ThePdfCoreIsAskedTwiceForTheCode)
     SetEnvironmentVariableW(L"QUILL_PDFCORE_TEXT", L"x");
     EXPECT_THAT(lines_of(run(L"pdfcore")),
                 ElementsAre(log_line{"debug", std::string(entry) + " pdfcore exception: 2 x (1)"}));
+}
+
+// The line is written with what is known without the function that threw.
+TEST_F(SuiteLibraries, MayThrowWhenTheyAreAskedForAnError)
+{
+    add(L"pdfcore.dll");
+    add(L"as_compat.dll");
+    SetEnvironmentVariableW(L"QUILL_PDFCORE_ERROR", L"-1073");
+    SetEnvironmentVariableW(L"QUILL_PDFCORE_TEXT", L"throw");
+    const std::string line = std::string(entry) + " pdfcore exception: ";
+    const auto without_text = run(L"pdfcore pdfcore nothing");
+    EXPECT_EQ(without_text.output, "pdfcore: 80004005\r\npdfcore: 80004005\r\nnothing: 00000000\r\n");
+    EXPECT_THAT(lines_of(without_text),
+                ElementsAre(log_line{"debug", line + "-1073 "}, log_line{"debug", line + "-1073 "}));
+
+    SetEnvironmentVariableW(L"QUILL_PDFCORE_ERROR", L"throw");
+    SetEnvironmentVariableW(L"QUILL_PDFCORE_TEXT", L"x");
+    const auto without_code = run(L"pdfcore nothing");
+    EXPECT_EQ(without_code.output, "pdfcore: 80004005\r\nnothing: 00000000\r\n");
+    EXPECT_THAT(lines_of(without_code), ElementsAre(log_line{"debug", line + "0 x (0)"}));
+}
+
+TEST_F(SuiteLibraries, MayFaultWhenTheyAreAskedForAnError)
+{
+    for (const wchar_t* name : {L"crashguard14.dll", L"pdfcore.dll", L"as_compat.dll"})
+        add(name);
+    SetEnvironmentVariableW(L"QUILL_PDFCORE_TEXT", L"crash");
+    const auto result = run(L"pdfcore pdfcore nothing");
+    EXPECT_EQ(result.output, "pdfcore: 80004005\r\npdfcore: 80004005\r\nnothing: 00000000\r\n");
+    EXPECT_EQ(result.errors, "crashguard: exception c0000005\r\ncrashguard: exception c0000005\r\n");
+    EXPECT_THAT(lines_of(result),
+                ElementsAre(log_line{"info", system_exception}, log_line{"info", system_exception}));
 }
 
 TEST_F(SuiteLibraries, ThePdfCoreWithoutItsCompanionGivesTheCode)

@@ -1,0 +1,158 @@
+#include "logging/system_exceptions.h"
+
+#include "logging/exception_barriers.h"
+#include "logging/log_stream.h"
+#include "logging/suite_libraries.h"
+
+#include <malloc.h>
+
+namespace quill::barrier {
+namespace {
+
+// Those of this thread, innermost first.
+constinit thread_local host_calls* current = nullptr;
+
+// A fault in a call into the host that the crash library left to the handlers around: the barrier's filter,
+// which is asked next, must not have it reported again.
+constinit thread_local const EXCEPTION_RECORD* left_to_others = nullptr;
+
+// How this compiler's runtime raises what is thrown: the last three bytes spell "GCC".
+bool is_thrown(DWORD code) noexcept
+{
+    return (code & 0x00FFFFFF) == 0x00474343;
+}
+
+int filter_host_call(const host_calls& self, EXCEPTION_POINTERS* exception, DWORD& code)
+{
+    code = exception->ExceptionRecord->ExceptionCode;
+    if (is_thrown(code))
+        return EXCEPTION_CONTINUE_SEARCH; // for the guarded code's own handlers
+    const int verdict = self.handle_exception(exception);
+    if (verdict == EXCEPTION_CONTINUE_SEARCH && self.is_behind_barrier)
+        left_to_others = exception->ExceptionRecord;
+    return verdict;
+}
+
+int filter_guarded_call(const host_calls& self, EXCEPTION_POINTERS* exception, DWORD& code)
+{
+    code = exception->ExceptionRecord->ExceptionCode;
+    if (left_to_others == exception->ExceptionRecord) {
+        left_to_others = nullptr;
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
+    return self.handle_exception(exception);
+}
+
+// The stack's guard page is gone after an overflow; without it the next one would end the browser.
+void restore_guard_page(DWORD code)
+{
+    if (code == EXCEPTION_STACK_OVERFLOW)
+        _resetstkoflw();
+}
+
+// Returns false when a system exception was handled.
+bool try_host_call(host_calls& self, void (*call)(void* context), void* context)
+{
+    DWORD code = 0;
+    __try {
+        call(context);
+        return true;
+    } __except (filter_host_call(self, GetExceptionInformation(), code)) {
+        restore_guard_page(code);
+    }
+    // The fault may have cut off a separate_calls.
+    current = &self;
+    self.has_handled = true;
+    return false;
+}
+
+// A function of its own: with both kinds of handler in one, this compiler has the filter asked twice.
+[[gnu::noinline]] void call_and_end(void (*call)(void* context), void (*end)(void* context), void* context)
+{
+    host_calls* const outer = current->outer;
+    __try {
+        call(context);
+    } __finally {
+        end(context);
+        current = outer;
+    }
+}
+
+void release(void* object)
+{
+    try {
+        static_cast<IUnknown*>(object)->Release();
+    } catch (...) {
+        log_thrown(nullptr, 0);
+    }
+}
+
+} // namespace
+
+void log_system_exception(const char* name) noexcept
+{
+    log_pieces(log_level::info, {"System exception in ", name ? name : crash_border_name});
+}
+
+bool call_behind_filter(void (*call)(void* context), void (*end)(void* context), void* context)
+{
+    // Looked up before the call: a filter runs on the stack of whatever went wrong.
+    host_calls self{current, suite_library_functions().handle_exception, true, false};
+    current = &self;
+    DWORD code = 0;
+    __try {
+        call_and_end(call, end, context);
+    } __except (filter_guarded_call(self, GetExceptionInformation(), code)) {
+        restore_guard_page(code);
+        current = self.outer;
+        self.has_handled = true;
+    }
+    return !self.has_handled;
+}
+
+void call_host(void (*call)(void* context), void* context)
+{
+    host_calls* const self = current;
+    if (!self)
+        return call(context);
+    if (self->has_handled || !try_host_call(*self, call, context))
+        throw system_exception();
+}
+
+void throw_if_handled()
+{
+    if (current && current->has_handled)
+        throw system_exception();
+}
+
+void release_host(IUnknown* object) noexcept
+{
+    if (!object)
+        return;
+    if (current) {
+        try_host_call(*current, &release, object);
+    } else {
+        const separate_calls calls;
+        try_host_call(*current, &release, object);
+    }
+}
+
+separate_calls::separate_calls() noexcept
+    : state_{current, current ? current->handle_exception : suite_library_functions().handle_exception,
+             current && current->is_behind_barrier, false}
+{
+    current = &state_;
+}
+
+separate_calls::~separate_calls()
+{
+    current = state_.outer;
+    if (!state_.has_handled)
+        return;
+    if (current)
+        current->has_handled = true;
+    else
+        log_system_exception(nullptr);
+}
+
+} // namespace quill::barrier

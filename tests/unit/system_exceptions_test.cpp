@@ -1,0 +1,153 @@
+// System exceptions below a barrier: what the guarded call has is released, and each is reported once.
+#include "logging/exception_barriers.h"
+#include "tests/support/crashes.h"
+#include "tests/support/log_capture.h"
+
+#include <gmock/gmock.h>
+
+#include <stdexcept>
+
+namespace quill {
+namespace {
+
+using testing::ElementsAre;
+
+struct SystemExceptions : testing::Test
+{
+    test::log_capture log;
+};
+
+HRESULT read_null()
+{
+    test::read_nowhere();
+    return S_OK;
+}
+
+struct counted
+{
+    static int alive;
+    counted() { ++alive; }
+    ~counted() { --alive; }
+    counted(const counted&) = delete;
+    counted& operator=(const counted&) = delete;
+};
+int counted::alive = 0;
+
+struct released
+{
+    int count = 0;
+    void release() noexcept { ++count; }
+};
+
+TEST_F(SystemExceptions, ReleaseWhatIsHeldOnceHoweverTheCallEnds)
+{
+    const auto returning = [] { return S_OK; };
+    released held;
+    EXPECT_EQ(CrashBorder(held, returning, E_FAIL, "name", 7), S_OK);
+    EXPECT_EQ(held.count, 1);
+    EXPECT_EQ(CrashBorder(
+                  held, []() -> HRESULT { throw 5; }, E_FAIL, "name", 7),
+              E_FAIL);
+    EXPECT_EQ(held.count, 2);
+    EXPECT_EQ(CrashBorder(held, read_null, E_FAIL, "name", 7), E_FAIL);
+    EXPECT_EQ(held.count, 3);
+    EXPECT_THAT(log.lines(),
+                ElementsAre("error: name:7 unknown exception", "info: System exception in name"));
+}
+
+TEST_F(SystemExceptions, AFaultInACallIntoTheHostReleasesWhatTheCallerHas)
+{
+    const auto calling = [] {
+        const counted local;
+        return NoThrow(
+            [&] {
+                const counted inner;
+                return barrier::call_host(read_null);
+            },
+            S_FALSE, "inner", 1);
+    };
+    EXPECT_EQ(CrashBorder(calling, E_FAIL, "name", 7), E_FAIL);
+    EXPECT_EQ(counted::alive, 0);
+    EXPECT_THAT(log.lines(), ElementsAre("info: System exception in name"));
+    EXPECT_EQ(CrashBorder([] { return barrier::call_host([] { return S_FALSE; }); }, E_FAIL), S_FALSE);
+}
+
+TEST_F(SystemExceptions, WhatTheHostThrowsIsNoSystemException)
+{
+    const auto calling = [] {
+        return barrier::call_host([]() -> HRESULT { throw std::runtime_error("x"); });
+    };
+    EXPECT_EQ(CrashBorder(calling, E_FAIL, "name", 7), E_FAIL);
+    EXPECT_THAT(log.lines(), ElementsAre("error: name:7 runtime error: x"));
+}
+
+// An object whose Release faults once it has counted.
+struct faulting_object : IUnknown
+{
+    int releases = 0;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        ++releases;
+        return static_cast<ULONG>(read_null());
+    }
+};
+
+TEST_F(SystemExceptions, AFaultInAReleaseEndsTheCallAtTheNextOneIntoTheHost)
+{
+    faulting_object object;
+    bool has_gone_on = false;
+    bool has_called = false;
+    const auto releasing = [&] {
+        barrier::release_host(&object);
+        has_gone_on = true;
+        return barrier::call_host([&] {
+            has_called = true;
+            return S_OK;
+        });
+    };
+    EXPECT_EQ(CrashBorder(releasing, E_FAIL, "name", 7), E_FAIL);
+    EXPECT_TRUE(has_gone_on);
+    EXPECT_FALSE(has_called);
+    EXPECT_EQ(object.releases, 1);
+    const auto releasing_last = [&] {
+        barrier::release_host(&object);
+        return S_OK;
+    };
+    EXPECT_EQ(CrashBorder(releasing_last, E_FAIL, "last", 7), E_FAIL);
+    EXPECT_THAT(log.lines(), ElementsAre("info: System exception in name", "info: System exception in last"));
+}
+
+TEST_F(SystemExceptions, AFaultInAReleaseOutsideAGuardedCallIsHandledAndLogged)
+{
+    faulting_object object;
+    barrier::release_host(&object);
+    EXPECT_EQ(object.releases, 1);
+    EXPECT_THAT(log.lines(), ElementsAre("info: System exception in quill::CrashBorder"));
+}
+
+TEST_F(SystemExceptions, SeparateCallsGoOnAfterAFaultAndReportTheirOwn)
+{
+    faulting_object object;
+    const auto ending = [&] {
+        const barrier::separate_calls calls;
+        EXPECT_EQ(barrier::call_host([] { return S_FALSE; }), S_FALSE);
+        barrier::release_host(&object);
+        EXPECT_THROW(barrier::throw_if_handled(), barrier::system_exception);
+        return S_OK;
+    };
+    const auto calling = [&] {
+        barrier::release_host(&object);
+        return ending();
+    };
+    EXPECT_EQ(CrashBorder(calling, E_FAIL, "name", 7), E_FAIL);
+    EXPECT_THAT(log.lines(), ElementsAre("info: System exception in name"));
+    log.clear();
+    EXPECT_EQ(ending(), S_OK);
+    EXPECT_THAT(log.lines(), ElementsAre("info: System exception in quill::CrashBorder"));
+}
+
+} // namespace
+} // namespace quill
