@@ -19,10 +19,13 @@ browser_events_aggregator::browser_events_aggregator()
 
 bool browser_events_aggregator::on_before_navigate(IWebBrowser2* browser, std::wstring_view url, bool is_post)
 {
-    const CComPtr<IHTMLDocument2> document = html_document_of(browser);
+    const auto document = html_document_of(browser);
+    barrier::throw_if_handled();
     if (!document || is_post || !is_pdf_link(url))
         return false;
-    if (classify_page(CComQIPtr<IHTMLDocument3>(document)) != page_kind::sharepoint)
+    const page_kind kind = classify_page(query<IHTMLDocument3>(document));
+    barrier::throw_if_handled();
+    if (kind != page_kind::sharepoint)
         return false;
 
     if (repeats_.is_repeat(url, GetTickCount64())) {
@@ -50,7 +53,8 @@ void browser_events_aggregator::open(std::wstring_view url)
 
 void browser_events_aggregator::on_document_complete(IWebBrowser2* browser, std::wstring_view url)
 {
-    const CComPtr<IHTMLDocument2> document = html_document_of(browser);
+    const auto document = html_document_of(browser);
+    barrier::throw_if_handled();
     if (!document)
         return;
     QUILL_LOG(log_level::debug) << "opening document by " << url;

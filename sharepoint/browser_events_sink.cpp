@@ -3,9 +3,9 @@
 #include "logging/exception_barriers.h"
 #include "logging/log_stream.h"
 #include "sharepoint/com_error.h"
+#include "sharepoint/event_connection.h"
 #include "sharepoint/html_reading.h"
 
-#include <mutex>
 #include <string_view>
 #include <utility>
 
@@ -35,7 +35,8 @@ bool has_post_data(const VARIANT* post_data)
 bool is_top_level(IWebBrowser2* browser)
 {
     VARIANT_BOOL top_level = VARIANT_FALSE;
-    return SUCCEEDED(browser->get_TopLevelContainer(&top_level)) && top_level != VARIANT_FALSE;
+    return SUCCEEDED(call_host(browser, &IWebBrowser2::get_TopLevelContainer, &top_level)) &&
+           top_level != VARIANT_FALSE;
 }
 
 } // namespace
@@ -47,13 +48,19 @@ browser_events_sink::connect(IWebBrowser2* browser, std::weak_ptr<browser_events
     throw_if_failed(object::CreateInstance(&created), "Browser events sink cannot be created");
     CComPtr<object> sink(created);
     sink->handler_ = std::move(handler);
-    throw_if_failed(sink->DispEventAdvise(browser), "Browser events cannot be subscribed");
+    try {
+        throw_if_failed(advise(*sink, browser, IID_browser_events), "Browser events cannot be subscribed");
+    } catch (...) {
+        // The browser may have taken the sink before it failed.
+        sink->disconnect(browser);
+        throw;
+    }
     return sink;
 }
 
 void browser_events_sink::disconnect(IWebBrowser2* browser) noexcept
 {
-    NoThrow([&] { return DispEventUnadvise(browser); }, E_FAIL);
+    unadvise(*this, browser, IID_browser_events);
 }
 
 HRESULT STDMETHODCALLTYPE browser_events_sink::on_before_navigate(IDispatch* pDisp, VARIANT* url, VARIANT*,
@@ -62,16 +69,20 @@ HRESULT STDMETHODCALLTYPE browser_events_sink::on_before_navigate(IDispatch* pDi
 {
     if (!pDisp || !url || !cancel)
         return S_OK;
-    return CrashBorder([&] { return before_navigate(pDisp, *url, postData, *cancel); }, E_FAIL,
-                       "quill::browser_events_sink::on_before_navigate", before_navigate_line);
+    protection held = protect();
+    return CrashBorder(
+        held, [&] { return before_navigate(held, pDisp, *url, postData, *cancel); }, E_FAIL,
+        "quill::browser_events_sink::on_before_navigate", before_navigate_line);
 }
 
 HRESULT STDMETHODCALLTYPE browser_events_sink::on_document_complete(IDispatch* pDisp, VARIANT* url)
 {
     if (!pDisp || !url)
         return S_OK;
-    return CrashBorder([&] { return document_complete(pDisp, *url); }, E_FAIL,
-                       "quill::browser_events_sink::on_document_complete", document_complete_line);
+    protection held = protect();
+    return CrashBorder(
+        held, [&] { return document_complete(held, pDisp, *url); }, E_FAIL,
+        "quill::browser_events_sink::on_document_complete", document_complete_line);
 }
 
 void STDMETHODCALLTYPE browser_events_sink::on_quit()
@@ -81,47 +92,59 @@ void STDMETHODCALLTYPE browser_events_sink::on_quit()
     handler_.reset();
 }
 
-HRESULT browser_events_sink::before_navigate(IDispatch* frame, const VARIANT& url, const VARIANT* post_data,
-                                             VARIANT_BOOL& cancel)
+void browser_events_sink::protection::release() noexcept
+{
+    handler.reset();
+    if (forwarding.owns_lock())
+        forwarding.unlock();
+    browser.release();
+    sink.Release();
+}
+
+HRESULT browser_events_sink::before_navigate(protection& held, IDispatch* frame, const VARIANT& url,
+                                             const VARIANT* post_data, VARIANT_BOOL& cancel)
 {
     if (url.vt != VT_BSTR)
         return E_FAIL;
-    const CComQIPtr<IWebBrowser2> browser(frame);
+    held.browser = query<IWebBrowser2>(frame);
+    IWebBrowser2* const browser = held.browser;
     if (!browser || !html_document_of(browser))
         return S_OK;
     if (cancel == VARIANT_TRUE) {
-        browser->Stop();
+        call_host(browser, &IWebBrowser2::Stop);
         return S_OK;
     }
+    barrier::throw_if_handled();
     const std::wstring_view address = text_of(url.bstrVal);
     QUILL_LOG(log_level::debug) << "on_before_navigate " << address;
 
-    // The handler may close the tab, which takes this sink along.
-    const CComPtr<IUnknown> keep_alive(GetUnknown());
-    const std::lock_guard guard(forwarding_);
-    const auto handler = handler_.lock();
-    if (handler && handler->on_before_navigate(browser, address, has_post_data(post_data))) {
+    held.forwarding.lock();
+    held.handler = handler_.lock();
+    if (held.handler && held.handler->on_before_navigate(browser, address, has_post_data(post_data))) {
+        barrier::throw_if_handled();
         QUILL_LOG(log_level::info) << " block navigation to sharepoint PDF!";
         cancel = VARIANT_TRUE;
-        browser->Stop();
+        call_host(browser, &IWebBrowser2::Stop);
     }
     return S_OK;
 }
 
-HRESULT browser_events_sink::document_complete(IDispatch* frame, const VARIANT& url)
+HRESULT browser_events_sink::document_complete(protection& held, IDispatch* frame, const VARIANT& url)
 {
     if (url.vt != VT_BSTR)
         return E_FAIL;
-    const CComQIPtr<IWebBrowser2> browser(frame);
+    held.browser = query<IWebBrowser2>(frame);
+    IWebBrowser2* const browser = held.browser;
     if (!browser || !html_document_of(browser) || !is_top_level(browser))
         return S_OK;
+    barrier::throw_if_handled();
     const std::wstring_view address = text_of(url.bstrVal);
     QUILL_LOG(log_level::debug) << "on_document_complete " << address;
 
-    const CComPtr<IUnknown> keep_alive(GetUnknown());
-    const std::lock_guard guard(forwarding_);
-    if (const auto handler = handler_.lock())
-        handler->on_document_complete(browser, address);
+    held.forwarding.lock();
+    held.handler = handler_.lock();
+    if (held.handler)
+        held.handler->on_document_complete(browser, address);
     return S_OK;
 }
 

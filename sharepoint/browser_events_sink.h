@@ -5,6 +5,7 @@
 #include "platform/mutex.h"
 #include "sharepoint/browser_events_handler.h"
 #include "sharepoint/event_identifiers.h"
+#include "sharepoint/host_ptr.h"
 
 #include <atlbase.h>
 #include <atlcom.h>
@@ -12,6 +13,7 @@
 #include <exdispid.h>
 
 #include <memory>
+#include <mutex>
 
 namespace quill {
 
@@ -47,9 +49,22 @@ public:
     void STDMETHODCALLTYPE on_quit();
 
 private:
-    HRESULT before_navigate(IDispatch* frame, const VARIANT& url, const VARIANT* post_data,
+    // What an event holds until it has been handled, whatever happens in it: the handler may close the tab,
+    // which takes this sink along.
+    struct protection
+    {
+        CComPtr<IUnknown> sink;
+        std::unique_lock<platform::MutexImpl> forwarding;
+        std::shared_ptr<browser_events_handler> handler;
+        host_ptr<IWebBrowser2> browser;
+
+        void release() noexcept;
+    };
+
+    protection protect() { return {GetUnknown(), {forwarding_, std::defer_lock}, nullptr, nullptr}; }
+    HRESULT before_navigate(protection& held, IDispatch* frame, const VARIANT& url, const VARIANT* post_data,
                             VARIANT_BOOL& cancel);
-    HRESULT document_complete(IDispatch* frame, const VARIANT& url);
+    HRESULT document_complete(protection& held, IDispatch* frame, const VARIANT& url);
 
     std::weak_ptr<browser_events_handler> handler_;
     // The handler may pump messages while it starts a program: what comes in then is let through on the

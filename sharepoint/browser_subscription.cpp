@@ -6,20 +6,24 @@
 
 namespace quill {
 
-browser_subscription::browser_subscription(IWebBrowser2* browser)
-    : aggregator_(std::make_shared<browser_events_aggregator>()), browser_(browser)
+browser_subscription::browser_subscription(host_ptr<IWebBrowser2> browser)
+    : aggregator_(std::make_shared<browser_events_aggregator>()), browser_(std::move(browser))
+{
+}
+
+void browser_subscription::connect()
 {
     if (browser_)
         sink_ = browser_events_sink::connect(browser_, aggregator_->weak_from_this());
 }
 
-browser_subscription::~browser_subscription()
+void browser_subscription::close() noexcept
 {
-    // Ending the connection and releasing the browser call out to it.
-    const CComPtr<IWebBrowser2> browser(std::move(browser_));
-    const CComPtr<browser_events_sink::object> sink(std::move(sink_));
-    if (sink)
-        sink->disconnect(browser);
+    if (sink_)
+        sink_->disconnect(browser_);
+    sink_.Release();
+    browser_.release();
+    aggregator_.reset();
 }
 
 } // namespace quill

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sharepoint/browser_events_sink.h"
+#include "sharepoint/host_ptr.h"
 
 #include <memory>
 
@@ -12,16 +13,22 @@ class browser_events_aggregator;
 class browser_subscription
 {
 public:
-    // Listens to the browser's events; a null browser makes a subscription that hears nothing. Throws
-    // std::system_error with the failure code when the browser takes no connection.
-    explicit browser_subscription(IWebBrowser2* browser);
-    ~browser_subscription();
+    // Calls nothing of the browser, which may be null.
+    explicit browser_subscription(host_ptr<IWebBrowser2> browser);
+    ~browser_subscription() { close(); }
     browser_subscription(const browser_subscription&) = delete;
     browser_subscription& operator=(const browser_subscription&) = delete;
 
+    // Advises the sink on the browser's events; without a browser there are none. Throws std::system_error
+    // with the failure code when the browser takes no connection.
+    void connect();
+    // Ends everything. A call that was cut off by a system exception may be repeated: it goes on behind the
+    // call into the host that it was cut off in.
+    void close() noexcept;
+
 private:
     std::shared_ptr<browser_events_aggregator> aggregator_;
-    CComPtr<IWebBrowser2> browser_;
+    host_ptr<IWebBrowser2> browser_;
     CComPtr<browser_events_sink::object> sink_;
 };
 

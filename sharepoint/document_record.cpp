@@ -43,15 +43,15 @@ std::wstring base_of_links(IHTMLDocument2* page)
 
 document_record::document_record(IHTMLDocument2* document, std::weak_ptr<pdf_editor> editor,
                                  std::weak_ptr<html_events_handler> handler)
-    : document_(document), document3_(document), kind_(classify_page(document3_)), editor_(std::move(editor)),
-      events_(document, std::move(handler))
+    : document_(document), document3_(query<IHTMLDocument3>(document)), kind_(classify_page(document3_)),
+      editor_(std::move(editor)), events_(document, std::move(handler))
 {
     QUILL_LOG(log_level::info) << address() << " events subscribed ";
 }
 
 std::wstring document_record::address() const
 {
-    return std::wstring(text_property(document_.p, &IHTMLDocument2::get_URL).text());
+    return std::wstring(text_property(document_, &IHTMLDocument2::get_URL).text());
 }
 
 void document_record::rewrite_links() const

@@ -1,6 +1,7 @@
 // One HTML document of a tab: what kind of page it is, and the connection to its events.
 #pragma once
 
+#include "sharepoint/host_ptr.h"
 #include "sharepoint/html_events_sink.h"
 #include "sharepoint/page_kind.h"
 
@@ -21,7 +22,7 @@ public:
     document_record(const document_record&) = delete;
     document_record& operator=(const document_record&) = delete;
 
-    bool is_for(IHTMLDocument2* document) const { return document_.IsEqualObject(document); }
+    bool is_for(IHTMLDocument2* document) const { return is_same_object(document_, document); }
     std::wstring address() const;
 
     // Rewrites the PDF links of a SharePoint page.
@@ -32,8 +33,8 @@ public:
     bool click(IHTMLElement* element) const;
 
 private:
-    CComPtr<IHTMLDocument2> document_;
-    CComQIPtr<IHTMLDocument3> document3_; // the same page; empty when it does not answer
+    host_ptr<IHTMLDocument2> document_;
+    host_ptr<IHTMLDocument3> document3_; // the same page; empty when it does not answer
     page_kind kind_;
     std::weak_ptr<pdf_editor> editor_;
     html_events_connection events_;

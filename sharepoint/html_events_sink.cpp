@@ -3,6 +3,7 @@
 #include "logging/exception_barriers.h"
 #include "logging/log_stream.h"
 #include "sharepoint/com_error.h"
+#include "sharepoint/event_connection.h"
 #include "sharepoint/html_reading.h"
 #include "sharepoint/ready_state.h"
 
@@ -22,70 +23,91 @@ CComPtr<html_events_sink::object> html_events_sink::connect(IHTMLDocument2* docu
     object* created = nullptr;
     throw_if_failed(object::CreateInstance(&created), "Document events sink cannot be created");
     CComPtr<object> sink(created);
-    sink->document_ = document;
+    sink->document_ = host_ptr<IHTMLDocument2>(document);
     sink->handler_ = std::move(handler);
-    throw_if_failed(sink->DispEventAdvise(document), "Document events cannot be subscribed");
+    try {
+        throw_if_failed(advise(*sink, document, IID_html_document_events),
+                        "Document events cannot be subscribed");
+    } catch (...) {
+        // The document may have taken the sink before it failed.
+        sink->disconnect();
+        throw;
+    }
     return sink;
 }
 
 void html_events_sink::disconnect() noexcept
 {
-    const CComPtr<IHTMLDocument2> document(std::move(document_));
+    const host_ptr<IHTMLDocument2> document(std::move(document_));
     handler_.reset();
-    NoThrow([&] { return DispEventUnadvise(document); }, E_FAIL);
+    unadvise(*this, document, IID_html_document_events);
 }
 
 VARIANT_BOOL STDMETHODCALLTYPE html_events_sink::on_click(IDispatch* event)
 {
     QUILL_LOG(log_level::debug) << "CLICK!";
-    return CrashBorder([&] { return click(event); }, VARIANT_TRUE, "quill::html_events_sink::on_click",
-                       click_line);
+    protection held{GetUnknown()};
+    return CrashBorder(
+        held, [&] { return click(held, event); }, VARIANT_TRUE, "quill::html_events_sink::on_click",
+        click_line);
 }
 
 void STDMETHODCALLTYPE html_events_sink::on_ready_state_change(IDispatch*)
 {
     QUILL_LOG(log_level::info) << "Ready state change.";
-    NoThrow(
+    protection held{GetUnknown()};
+    CrashBorder(
+        held,
         [&] {
-            ready_state_changed();
+            ready_state_changed(held);
             return S_OK;
         },
-        E_FAIL);
+        E_FAIL, nullptr);
 }
 
-VARIANT_BOOL html_events_sink::click(IDispatch* event_object)
+void html_events_sink::protection::release() noexcept
+{
+    handler.reset();
+    element.release();
+    event.release();
+    document.release();
+    sink.Release();
+}
+
+VARIANT_BOOL html_events_sink::click(protection& held, IDispatch* event_object)
 {
     if (!event_object)
         throw_com_error(E_FAIL, "Click without an event object");
-    CComPtr<IHTMLEventObj> event;
-    throw_if_failed(event_object->QueryInterface(&event), "Click without an event object");
-    if (!event)
+    void* queried = nullptr;
+    throw_if_failed(
+        barrier::call_host([&] { return event_object->QueryInterface(IID_IHTMLEventObj, &queried); }),
+        "Click without an event object");
+    held.event.attach(static_cast<IHTMLEventObj*>(queried));
+    if (!held.event)
         throw_com_error(E_FAIL, "Click without an event object");
 
-    // The handler may close the tab, which takes the document's records and this sink along.
-    const CComPtr<IUnknown> keep_alive(GetUnknown());
-    const CComPtr<IHTMLDocument2> document(document_);
-    CComPtr<IHTMLElement> element;
-    event->get_srcElement(&element);
-    const auto handler = handler_.lock();
-    if (!handler || !handler->on_click(document, element))
+    held.document = host_ptr<IHTMLDocument2>(document_.get());
+    call_host(held.event, &IHTMLEventObj::get_srcElement, held.element.out());
+    held.handler = handler_.lock();
+    if (!held.handler || !held.handler->on_click(held.document, held.element))
         return VARIANT_TRUE;
 
+    barrier::throw_if_handled();
     QUILL_LOG(log_level::info) << "blocking click event...";
-    event->put_returnValue(CComVariant(false));
-    event->put_cancelBubble(VARIANT_TRUE);
+    call_host(held.event, &IHTMLEventObj::put_returnValue, CComVariant(false));
+    call_host(held.event, &IHTMLEventObj::put_cancelBubble, VARIANT_TRUE);
     return VARIANT_FALSE;
 }
 
-void html_events_sink::ready_state_changed()
+void html_events_sink::ready_state_changed(protection& held)
 {
-    const CComPtr<IUnknown> keep_alive(GetUnknown());
-    const CComPtr<IHTMLDocument2> document(document_);
-    if (ready_state_from_text(text_property(document.p, &IHTMLDocument2::get_readyState)) !=
+    held.document = host_ptr<IHTMLDocument2>(document_.get());
+    if (ready_state_from_text(text_property(held.document, &IHTMLDocument2::get_readyState)) !=
         ready_state::complete)
         return;
-    if (const auto handler = handler_.lock())
-        handler->on_document_ready(document);
+    held.handler = handler_.lock();
+    if (held.handler)
+        held.handler->on_document_ready(held.document);
 }
 
 } // namespace quill

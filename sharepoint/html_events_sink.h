@@ -2,6 +2,7 @@
 #pragma once
 
 #include "sharepoint/event_identifiers.h"
+#include "sharepoint/host_ptr.h"
 #include "sharepoint/html_events_handler.h"
 
 #include <atlbase.h>
@@ -46,10 +47,23 @@ public:
     void STDMETHODCALLTYPE on_ready_state_change(IDispatch* event);
 
 private:
-    VARIANT_BOOL click(IDispatch* event_object);
-    void ready_state_changed();
+    // What an event holds until it has been handled, whatever happens in it: the handler may close the tab,
+    // which takes the document's records and this sink along.
+    struct protection
+    {
+        CComPtr<IUnknown> sink;
+        std::shared_ptr<html_events_handler> handler = nullptr;
+        host_ptr<IHTMLDocument2> document = nullptr;
+        host_ptr<IHTMLEventObj> event = nullptr;
+        host_ptr<IHTMLElement> element = nullptr;
 
-    CComPtr<IHTMLDocument2> document_;
+        void release() noexcept;
+    };
+
+    VARIANT_BOOL click(protection& held, IDispatch* event_object);
+    void ready_state_changed(protection& held);
+
+    host_ptr<IHTMLDocument2> document_;
     std::weak_ptr<html_events_handler> handler_;
 };
 

@@ -4,64 +4,71 @@
 
 namespace quill {
 
-CComPtr<IHTMLDocument2> html_document_of(IWebBrowser2* browser)
+host_ptr<IHTMLDocument2> html_document_of(IWebBrowser2* browser)
 {
-    CComPtr<IDispatch> document;
-    if (FAILED(browser->get_Document(&document)))
-        return nullptr;
-    return CComQIPtr<IHTMLDocument2>(document);
+    host_ptr<IDispatch> document;
+    if (FAILED(call_host(browser, &IWebBrowser2::get_Document, document.out())))
+        return {};
+    return query<IHTMLDocument2>(document);
 }
 
-CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLDocument3* document, const wchar_t* tag)
+host_ptr<IHTMLElementCollection> elements_by_tag(IHTMLDocument3* document, const wchar_t* tag)
 {
-    CComPtr<IHTMLElementCollection> elements;
-    if (!document || FAILED(document->getElementsByTagName(CComBSTR(tag), &elements)))
-        return nullptr;
+    host_ptr<IHTMLElementCollection> elements;
+    if (!document ||
+        FAILED(call_host(document, &IHTMLDocument3::getElementsByTagName, CComBSTR(tag), elements.out())))
+        return {};
     return elements;
 }
 
-CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wchar_t* tag)
+host_ptr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wchar_t* tag)
 {
-    CComPtr<IHTMLElementCollection> elements;
-    if (const CComQIPtr<IHTMLElement2> element(parent);
-        element && SUCCEEDED(element->getElementsByTagName(CComBSTR(tag), &elements)) && elements)
+    host_ptr<IHTMLElementCollection> elements;
+    if (const auto element = query<IHTMLElement2>(parent);
+        element &&
+        SUCCEEDED(call_host(element, &IHTMLElement2::getElementsByTagName, CComBSTR(tag), elements.out())) &&
+        elements)
         return elements;
 
-    CComPtr<IDispatch> all;
-    if (!parent || FAILED(parent->get_all(&all)))
-        return nullptr;
-    CComPtr<IDispatch> tagged;
-    CComQIPtr<IHTMLElementCollection> descendants(all);
-    if (!descendants || FAILED(descendants->tags(CComVariant(tag), &tagged)) || !tagged)
+    host_ptr<IDispatch> all;
+    if (!parent || FAILED(call_host(parent, &IHTMLElement::get_all, all.out())))
+        return {};
+    host_ptr<IDispatch> tagged;
+    auto descendants = query<IHTMLElementCollection>(all);
+    if (!descendants ||
+        FAILED(call_host(descendants, &IHTMLElementCollection::tags, CComVariant(tag), tagged.out())) ||
+        !tagged)
         return descendants;
-    return CComQIPtr<IHTMLElementCollection>(tagged);
+    return query<IHTMLElementCollection>(tagged);
 }
 
-CComPtr<IHTMLElementCollection> children_of(IHTMLElement* parent)
+host_ptr<IHTMLElementCollection> children_of(IHTMLElement* parent)
 {
-    CComPtr<IDispatch> children;
-    if (FAILED(parent->get_children(&children)))
-        return nullptr;
-    return CComQIPtr<IHTMLElementCollection>(children);
+    host_ptr<IDispatch> children;
+    if (FAILED(call_host(parent, &IHTMLElement::get_children, children.out())))
+        return {};
+    return query<IHTMLElementCollection>(children);
 }
 
 long element_count(IHTMLElementCollection* elements)
 {
     long count = 0;
-    return elements && SUCCEEDED(elements->get_length(&count)) ? count : 0;
+    return elements && SUCCEEDED(call_host(elements, &IHTMLElementCollection::get_length, &count)) ? count
+                                                                                                   : 0;
 }
 
-CComPtr<IDispatch> element_at(IHTMLElementCollection* elements, long index)
+host_ptr<IDispatch> element_at(IHTMLElementCollection* elements, long index)
 {
-    CComPtr<IDispatch> element;
-    if (FAILED(elements->item(CComVariant(index), CComVariant(0), &element)))
-        return nullptr;
+    host_ptr<IDispatch> element;
+    if (FAILED(call_host(elements, &IHTMLElementCollection::item, CComVariant(index), CComVariant(0),
+                         element.out())))
+        return {};
     return element;
 }
 
 attribute_value::attribute_value(IHTMLElement* element, const CComBSTR& name)
 {
-    if (FAILED(element->getAttribute(name, 0, &value_)))
+    if (FAILED(call_host(element, &IHTMLElement::getAttribute, name, 0, &value_)))
         value_.Clear();
 }
 

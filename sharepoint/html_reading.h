@@ -2,29 +2,31 @@
 // loading and repair, so what cannot be had is an empty pointer or empty text.
 #pragma once
 
+#include "sharepoint/host_ptr.h"
+
 #include <atlbase.h>
 #include <exdisp.h>
 #include <mshtml.h>
 
 #include <string_view>
-#include <vector>
+#include <type_traits>
 
 namespace quill {
 
 // The page that the browser (a tab or a frame) shows, if it is an HTML page.
-CComPtr<IHTMLDocument2> html_document_of(IWebBrowser2* browser);
+host_ptr<IHTMLDocument2> html_document_of(IWebBrowser2* browser);
 
 // The elements of one tag name in document order: all of a document, or those inside an element. An engine
 // that cannot search inside an element by name hands out all there are: the caller has to tell them apart.
-CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLDocument3* document, const wchar_t* tag);
-CComPtr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wchar_t* tag);
+host_ptr<IHTMLElementCollection> elements_by_tag(IHTMLDocument3* document, const wchar_t* tag);
+host_ptr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wchar_t* tag);
 
 // The elements directly below one, in document order.
-CComPtr<IHTMLElementCollection> children_of(IHTMLElement* parent);
+host_ptr<IHTMLElementCollection> children_of(IHTMLElement* parent);
 
 // Number of elements, 0 for no collection, and one of them; null when there is none at the index.
 long element_count(IHTMLElementCollection* elements);
-CComPtr<IDispatch> element_at(IHTMLElementCollection* elements, long index);
+host_ptr<IDispatch> element_at(IHTMLElementCollection* elements, long index);
 
 // Whether test is true for one of the elements, asked in order; what is not an Element is left out.
 template <class Element, class Test>
@@ -32,8 +34,8 @@ bool any_element(IHTMLElementCollection* elements, Test&& test)
 {
     const long count = element_count(elements);
     for (long index = 0; index < count; ++index) {
-        const CComQIPtr<Element> element(element_at(elements, index));
-        if (element && test(element.p))
+        const auto element = query<Element>(element_at(elements, index));
+        if (element && test(element.get()))
             return true;
     }
     return false;
@@ -44,9 +46,9 @@ class text_property
 {
 public:
     template <class Object>
-    text_property(Object* object, HRESULT (STDMETHODCALLTYPE Object::*getter)(BSTR*))
+    text_property(std::type_identity_t<Object>* object, HRESULT (STDMETHODCALLTYPE Object::*getter)(BSTR*))
     {
-        if (object && FAILED((object->*getter)(&text_)))
+        if (object && FAILED(call_host(object, getter, &text_)))
             text_.Empty();
     }
     text_property(const text_property&) = delete;

@@ -7,6 +7,7 @@
 #include "sharepoint/pdf_link.h"
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace quill {
@@ -23,11 +24,11 @@ private:
     IHTMLMetaElement* element_;
 };
 
-CComPtr<IHTMLElement> root_of(IHTMLDocument3* document)
+host_ptr<IHTMLElement> root_of(IHTMLDocument3* document)
 {
-    CComPtr<IHTMLElement> root;
-    if (!document || FAILED(document->get_documentElement(&root)))
-        return nullptr;
+    host_ptr<IHTMLElement> root;
+    if (!document || FAILED(call_host(document, &IHTMLDocument3::get_documentElement, root.out())))
+        return {};
     return root;
 }
 
@@ -38,15 +39,15 @@ bool is_head(IHTMLElement* element)
 
 // The first head of the document. Nearly always it is the root's first child, which is quickly asked for: to
 // find all heads an engine looks at every element of the page.
-CComPtr<IHTMLElement> head_of(IHTMLDocument3* document, IHTMLElement* root)
+host_ptr<IHTMLElement> head_of(IHTMLDocument3* document, IHTMLElement* root)
 {
-    if (const CComPtr<IHTMLElementCollection> children = children_of(root))
-        if (const CComQIPtr<IHTMLElement> first(element_at(children, 0)); first && is_head(first))
-            return CComPtr<IHTMLElement>(first);
-    const CComPtr<IHTMLElementCollection> heads = elements_by_tag(document, L"head");
+    if (const auto children = children_of(root))
+        if (auto first = query<IHTMLElement>(element_at(children, 0)); first && is_head(first))
+            return first;
+    const auto heads = elements_by_tag(document, L"head");
     if (element_count(heads) < 1)
-        return nullptr;
-    return CComQIPtr<IHTMLElement>(element_at(heads, 0));
+        return {};
+    return query<IHTMLElement>(element_at(heads, 0));
 }
 
 // The markup to put in a link's place; nothing when the link stays as it is.
@@ -59,15 +60,15 @@ std::optional<std::wstring> new_markup(IHTMLElement* link, const CComBSTR& href)
 
 void replace(IHTMLElement* link, const std::wstring& markup)
 {
-    link->put_outerHTML(CComBSTR(static_cast<int>(markup.size()), markup.data()));
+    call_host(link, &IHTMLElement::put_outerHTML, CComBSTR(static_cast<int>(markup.size()), markup.data()));
 }
 
-std::vector<CComPtr<IHTMLElement>> elements_from(IHTMLElementCollection* elements, long index, long count)
+std::vector<host_ptr<IHTMLElement>> elements_from(IHTMLElementCollection* elements, long index, long count)
 {
-    std::vector<CComPtr<IHTMLElement>> found;
+    std::vector<host_ptr<IHTMLElement>> found;
     for (; index < count; ++index)
-        if (const CComQIPtr<IHTMLElement> element(element_at(elements, index)); element)
-            found.emplace_back(element);
+        if (auto element = query<IHTMLElement>(element_at(elements, index)))
+            found.push_back(std::move(element));
     return found;
 }
 
@@ -75,10 +76,10 @@ std::vector<CComPtr<IHTMLElement>> elements_from(IHTMLElementCollection* element
 
 page_kind classify_page(IHTMLDocument3* document)
 {
-    const CComPtr<IHTMLElement> root = root_of(document);
+    const auto root = root_of(document);
     if (!root)
         return page_kind::regular;
-    const CComPtr<IHTMLElement> head = head_of(document, root);
+    const auto head = head_of(document, root);
     if (!head)
         return page_kind::regular;
 
@@ -94,6 +95,7 @@ page_kind classify_page(IHTMLDocument3* document)
                 return test(meta_element(meta));
             });
         });
+    barrier::throw_if_handled();
     if (kind == page_kind::sharepoint)
         QUILL_LOG(log_level::info) << "sharepoint document has been detected";
     return kind;
@@ -104,16 +106,16 @@ page_kind classify_page(IHTMLDocument3* document)
 void remove_open_handlers(IHTMLDocument3* document)
 {
     const CComBSTR href(L"href");
-    const CComPtr<IHTMLElementCollection> links = elements_by_tag(document, L"a");
+    const auto links = elements_by_tag(document, L"a");
     const long count = element_count(links);
     for (long index = 0; index < count; ++index) {
-        const CComQIPtr<IHTMLElement> link(element_at(links, index));
+        const auto link = query<IHTMLElement>(element_at(links, index));
         const auto markup = link ? new_markup(link, href) : std::nullopt;
         if (!markup)
             continue;
         const auto links_behind = elements_from(links, index + 1, count);
         replace(link, *markup);
-        for (const CComPtr<IHTMLElement>& other : links_behind)
+        for (const auto& other : links_behind)
             if (const auto other_markup = new_markup(other, href))
                 replace(other, *other_markup);
         return;

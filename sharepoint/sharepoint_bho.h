@@ -38,7 +38,10 @@ public:
     HRESULT STDMETHODCALLTYPE SetSite(IUnknown* site) override;
 
 private:
-    HRESULT attach(IUnknown* site);
+    struct attachment;
+
+    HRESULT attach(attachment& held, IUnknown* site);
+    void replace_site(attachment& held) noexcept;
 
     std::unique_ptr<browser_subscription> subscription_; // while there is a site
 };

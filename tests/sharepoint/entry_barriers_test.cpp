@@ -1,5 +1,6 @@
-// What each entry from the browser makes of crashes below it. What a crash interrupts is not undone, so these
-// tests say what stays behind instead of asking for nothing.
+// What each entry from the browser makes of crashes below it, in the handler and in the browser. The entry
+// has released everything afterwards, as each scene checks at its end.
+#include "platform/unique_handle.h"
 #include "sharepoint/browser_events_sink.h"
 #include "sharepoint/html_events_sink.h"
 #include "sharepoint/sharepoint_bho.h"
@@ -11,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <thread>
 #include <utility>
 
 namespace quill {
@@ -39,7 +41,7 @@ public:
         crash();
         return true;
     }
-    void on_document_ready(IHTMLDocument2*) override {}
+    void on_document_ready(IHTMLDocument2*) override { crash(); }
 };
 
 class CrashBelow : public testing::TestWithParam<void (*)()>
@@ -47,7 +49,6 @@ class CrashBelow : public testing::TestWithParam<void (*)()>
 protected:
     CrashBelow()
     {
-        scene_.expect_leaks();
         handler_->crash = GetParam();
         browser_->document = page_->dispatch();
     }
@@ -84,6 +85,50 @@ TEST_P(CrashBelow, ACompletePageIsToldTheBrowserAsAFailure)
     handler_->crash = [] {};
     EXPECT_EQ(browser_->document_complete(L"u"), S_OK);
     sink->disconnect(browser_);
+}
+
+// The lock is free for every thread, the sink's own references are released.
+TEST_P(CrashBelow, AnEventReleasesTheSinkItsLockAndTheHandler)
+{
+    auto sink = browser_events_sink::connect(browser_, handler_);
+    EXPECT_EQ(browser_->before_navigate(L"u").code, E_FAIL);
+    EXPECT_EQ(browser_->document_complete(L"u"), E_FAIL);
+    EXPECT_EQ(handler_.use_count(), 1);
+
+    const unique_handle has_quit(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    std::thread other([sink = sink.p, quit = has_quit.get()] {
+        sink->on_quit();
+        SetEvent(quit);
+    });
+    if (WaitForSingleObject(has_quit.get(), 10'000) != WAIT_OBJECT_0) {
+        other.detach(); // it waits for the lock for ever
+        FAIL() << "the lock is held";
+    }
+    other.join();
+    sink->disconnect(browser_);
+    EXPECT_EQ(sink.Detach()->Release(), 0u);
+}
+
+TEST_P(CrashBelow, AClickReleasesTheSinkAndTheHandler)
+{
+    auto sink = html_events_sink::connect(page_, handler_);
+    const auto event = make_fake<fake_event>(scene_, nullptr);
+    EXPECT_TRUE(test::is_bool(page_->click(event).value, true));
+    EXPECT_EQ(handler_.use_count(), 1);
+    sink->disconnect();
+    EXPECT_EQ(sink.Detach()->Release(), 0u);
+}
+
+TEST_P(CrashBelow, AReadyStateIsIgnored)
+{
+    auto sink = html_events_sink::connect(page_, handler_);
+    EXPECT_EQ(page_->change_ready_state(L"complete").code, S_OK);
+    EXPECT_EQ(log_.lines(),
+              (lines{"info: Ready state change.", "info: System exception in quill::CrashBorder"}));
+    handler_->crash = [] {};
+    EXPECT_EQ(page_->change_ready_state(L"complete").code, S_OK);
+    sink->disconnect();
+    EXPECT_EQ(sink.Detach()->Release(), 0u);
 }
 
 TEST_P(CrashBelow, AClickIsLetThrough)
@@ -129,6 +174,7 @@ TEST_P(CrashBelow, ASiteIsRefused)
     EXPECT_EQ(log_.lines().back(), "info: System exception in quill::sharepoint_bho::SetSite");
     EXPECT_EQ(helper->SetSite(browser_->unknown()), S_OK);
     EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+    EXPECT_EQ(helper.Detach()->Release(), 0u);
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEveryKind, CrashBelow,

@@ -29,18 +29,27 @@ std::vector<event_result> fake_connection_point::fire(DISPID event, std::vector<
     return results;
 }
 
+bool fake_connection_point::connect(IUnknown* sink)
+{
+    CComPtr<IDispatch> events;
+    if (FAILED(sink->QueryInterface(events_, reinterpret_cast<void**>(&events))))
+        return false;
+    sinks_.emplace(++last_cookie_, events);
+    return true;
+}
+
 HRESULT fake_connection_point::Advise(IUnknown* sink, DWORD* cookie)
 {
+    if (keeps_sink_when_failing)
+        EXPECT_TRUE(connect(sink));
     if (const auto result = scene().enter("IConnectionPoint::Advise")) {
         if (!scene().leaves_out_untouched())
             *cookie = 0;
         return *result;
     }
-    CComPtr<IDispatch> events;
-    if (FAILED(sink->QueryInterface(events_, reinterpret_cast<void**>(&events))))
+    if (!keeps_sink_when_failing && !connect(sink))
         return CONNECT_E_CANNOTCONNECT;
-    *cookie = ++last_cookie_;
-    sinks_.emplace(*cookie, events);
+    *cookie = last_cookie_;
     return S_OK;
 }
 
@@ -49,10 +58,12 @@ HRESULT fake_connection_point::Unadvise(DWORD cookie)
     // A sink may believe an Advise that only said that it succeeded.
     EXPECT_TRUE(sinks_.count(cookie) == 1 || scene().has_failed()) << "a connection that there is not";
     // Fails, if it shall, after the connection has ended: hosts differ in what they answer, not in that.
-    const auto ended = sinks_.extract(cookie);
+    const bool is_connected = keeps_sink_when_failing || sinks_.erase(cookie) == 1;
     if (const auto result = scene().enter("IConnectionPoint::Unadvise"))
         return *result;
-    return ended ? S_OK : CONNECT_E_NOCONNECTION;
+    if (keeps_sink_when_failing)
+        sinks_.erase(cookie);
+    return is_connected ? S_OK : CONNECT_E_NOCONNECTION;
 }
 
 IUnknown* fake_connection_point::find_interface(REFIID iid)

@@ -29,6 +29,8 @@ public:
 
     // Fires an event at every sink; arguments are in the order in which the host packs them, last first.
     std::vector<event_result> fire(DISPID event, std::vector<VARIANT> arguments);
+    // Whether Advise connects before it may fail, and Unadvise fails before it disconnects.
+    bool keeps_sink_when_failing = false;
     std::size_t sinks() const { return sinks_.size(); }
     // One of the sinks, to hold on to.
     CComPtr<IDispatch> first_sink() const { return sinks_.empty() ? nullptr : sinks_.begin()->second; }
@@ -40,6 +42,8 @@ protected:
     IUnknown* find_interface(REFIID iid) override;
 
 private:
+    bool connect(IUnknown* sink);
+
     const IID events_;
     std::map<DWORD, CComPtr<IDispatch>> sinks_;
     DWORD last_cookie_ = 0x5150;

@@ -24,12 +24,18 @@ public:
 
     static void operator delete(void* memory, std::size_t size) { fake_scene::bury(memory, size); }
 
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override
+    [[gnu::noinline]] ULONG STDMETHODCALLTYPE AddRef() override
     {
+        scene_.reference_call(__builtin_return_address(0));
+        return ++references_;
+    }
+    [[gnu::noinline]] ULONG STDMETHODCALLTYPE Release() override
+    {
+        fake_scene& scene = scene_;
         const ULONG left = --references_;
         if (left == 0)
             delete this;
+        scene.reference_call(__builtin_return_address(0));
         return left;
     }
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override

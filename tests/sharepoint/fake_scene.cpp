@@ -95,6 +95,26 @@ void fake_scene::interrupt_calls_named(std::string name, std::function<void()> a
     name_interruption_ = std::move(action);
 }
 
+void fake_scene::interrupt_reference_call(HMODULE module, int number, std::function<void()> action)
+{
+    const auto* const begin = reinterpret_cast<const std::byte*>(module);
+    const auto& dos = *reinterpret_cast<const IMAGE_DOS_HEADER*>(begin);
+    const auto& headers = *reinterpret_cast<const IMAGE_NT_HEADERS*>(begin + dos.e_lfanew);
+    watched_begin_ = begin;
+    watched_end_ = begin + headers.OptionalHeader.SizeOfImage;
+    reference_calls_ = 0;
+    interrupted_reference_call_ = number;
+    reference_interruption_ = std::move(action);
+}
+
+void fake_scene::count_reference_call()
+{
+    if (++reference_calls_ != interrupted_reference_call_)
+        return;
+    has_interrupted_ = true;
+    reference_interruption_();
+}
+
 void fake_scene::bury(void* memory, std::size_t size)
 {
     std::memset(memory, 0xDD, size);

@@ -40,6 +40,10 @@ public:
     void interrupt_call(int number, std::function<void()> action);
     void interrupt_calls_named(std::string name, std::function<void()> action);
     bool has_interrupted() const { return has_interrupted_; }
+    // The same for the calls of AddRef and Release that a module makes: at the beginning of an AddRef and at
+    // the end of a Release. number 0 only counts them.
+    void interrupt_reference_call(HMODULE module, int number, std::function<void()> action);
+    int reference_calls() const { return reference_calls_; }
 
     // Whether a call has been made to fail.
     bool has_failed() const { return has_failed_; }
@@ -71,6 +75,11 @@ public:
     void object_created() { ++live_objects_; }
     void object_destroyed() { --live_objects_; }
     int live_objects() const { return live_objects_; }
+    void reference_call(const void* caller)
+    {
+        if (caller >= watched_begin_ && caller < watched_end_)
+            count_reference_call();
+    }
     // Memory of a fake that is gone: kept to the end of the scene, and filled so that a call through a
     // pointer that somebody kept crashes.
     static void bury(void* memory, std::size_t size);
@@ -78,6 +87,7 @@ public:
 private:
     std::optional<HRESULT> result_of(failure how);
     void interrupt(const char* call);
+    void count_reference_call();
 
     std::vector<std::string> calls_;
     int failing_number_ = 0;
@@ -90,6 +100,11 @@ private:
     std::function<void()> number_interruption_;
     std::string interrupted_name_;
     std::function<void()> name_interruption_;
+    const void* watched_begin_ = nullptr;
+    const void* watched_end_ = nullptr;
+    int reference_calls_ = 0;
+    int interrupted_reference_call_ = 0;
+    std::function<void()> reference_interruption_;
     bool has_interrupted_ = false;
     int live_objects_ = 0;
     bool expects_leaks_ = false;

@@ -87,7 +87,8 @@ public:
     ~host()
     {
         scene.interrupt_calls_named({}, {});
-        helper->SetSite(nullptr);
+        EXPECT_EQ(helper->SetSite(nullptr), S_OK);
+        EXPECT_EQ(helper.Detach()->Release(), 0u) << "references to the helper object";
     }
 
     // Makes everything ready for the entry, and then calls it with something happening in the middle.
@@ -169,6 +170,14 @@ template <class Exception>
 thrown_kind kind(std::string text, const Exception& exception)
 {
     return {"error: ", std::move(text), [exception] { throw exception; }};
+}
+
+std::size_t count_in(const std::string& text, const std::string& part)
+{
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1))
+        ++count;
+    return count;
 }
 
 // The suite's libraries are found beside the program as well as beside the DLL.
@@ -264,12 +273,7 @@ class ModuleCrash : public testing::Test
 protected:
     ModuleCrash() { keep_stack_for_handling(); }
 
-    void start(const suite_setup& suite)
-    {
-        test_ = std::make_unique<host>(suite);
-        test_->module.expect_leaks();
-        test_->scene.expect_leaks();
-    }
+    void start(const suite_setup& suite) { test_ = std::make_unique<host>(suite); }
 
     // The handler runs: the host is told a failure and goes on.
     void expect_handled()
@@ -294,13 +298,9 @@ TEST_F(ModuleCrash, IsReportedAndHandled)
     start({});
     expect_handled();
     const std::string reports = testing::internal::GetCapturedStderr();
-    for (const char* report : {"c0000005", "c0000094", "c00000fd", "e0001234"}) {
-        std::size_t count = 0;
-        for (std::size_t at = reports.find(report); at != std::string::npos;
-             at = reports.find(report, at + 1))
-            ++count;
-        EXPECT_EQ(count, has_suite() ? std::size(guarded_entries) : 0) << report << " in " << reports;
-    }
+    for (const char* report : {"c0000005", "c0000094", "c00000fd", "e0001234"})
+        EXPECT_EQ(count_in(reports, report), has_suite() ? std::size(guarded_entries) : 0)
+            << report << " in " << reports;
 }
 
 // This program again, where the suite's libraries are not.
@@ -331,7 +331,11 @@ TEST(ModuleWithoutTheSuite, CatchesTheSame)
 
 TEST_F(ModuleCrash, IsTheBrowsersWhenTheCrashLibrarySaysSo)
 {
+    testing::internal::CaptureStderr();
     start({.libraries = {L"crashguard14.dll"}, .verdict = L"search"});
+    // The browser's handler skips what is between it and the fault.
+    test_->module.expect_leaks();
+    test_->scene.expect_leaks();
     struct context
     {
         host* test;
@@ -354,6 +358,9 @@ TEST_F(ModuleCrash, IsTheBrowsersWhenTheCrashLibrarySaysSo)
             EXPECT_EQ(test_->module.new_lines(), what.before);
         }
     }
+    // Each is reported once.
+    EXPECT_EQ(count_in(testing::internal::GetCapturedStderr(), "exception"),
+              std::size(guarded_entries) * (std::size(system_exceptions) - 1));
 }
 
 TEST_F(ModuleCrash, MayBeResumed)

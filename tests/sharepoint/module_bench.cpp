@@ -39,9 +39,14 @@ module_bench::module_bench(const suite_setup& suite, const wchar_t* log_level)
 
 module_bench::~module_bench()
 {
-    auto* const can_unload = find_export<HRESULT WINAPI()>(module_, "DllCanUnloadNow");
-    EXPECT_TRUE(expects_leaks_ || (can_unload && can_unload() == S_OK)) << "objects were left behind";
+    EXPECT_TRUE(expects_leaks_ || can_unload()) << "objects were left behind";
     FreeLibrary(module_);
+}
+
+bool module_bench::can_unload() const
+{
+    auto* const can_unload_now = find_export<HRESULT WINAPI()>(module_, "DllCanUnloadNow");
+    return can_unload_now && can_unload_now() == S_OK;
 }
 
 CComPtr<IObjectWithSite> module_bench::make_helper() const

@@ -38,6 +38,9 @@ public:
     HRESULT create_helper(IObjectWithSite** out) const;
     // The log's lines since the last time, each as "level: text".
     std::vector<std::string> new_lines();
+    HMODULE handle() const { return module_; }
+    // Whether no object is left that keeps the DLL loaded.
+    bool can_unload() const;
     // For tests in which something crashes: what that interrupts is not undone.
     void expect_leaks() { expects_leaks_ = true; }
 

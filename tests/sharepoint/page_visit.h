@@ -46,6 +46,9 @@ struct visit_record
     // How many of the calls came before each event and before its repetition; the end is that of the next.
     std::array<std::size_t, visit_steps> calls_before{};
     std::array<std::size_t, visit_steps> calls_before_repeat{};
+    // The same of the calls of AddRef and Release, where the scene counts them.
+    std::array<int, visit_steps> reference_calls_before{};
+    std::array<int, visit_steps> reference_calls_before_repeat{};
 };
 
 // has_element2: whether the page's engine can search inside an element by name. href: what the list's link

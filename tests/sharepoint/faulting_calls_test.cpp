@@ -1,0 +1,149 @@
+// A whole visit to a SharePoint page through the DLL, with an access violation in each of its calls into the
+// browser and the engine in turn, AddRef and Release included: the event fails as promised, all others work,
+// and the tab closes with every reference of the host's and of the helper object's released.
+#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/module_bench.h"
+#include "tests/sharepoint/page_visit.h"
+#include "tests/support/balance.h"
+#include "tests/support/crashes.h"
+#include "tests/support/fault_points.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace quill::test {
+namespace {
+
+enum class faulting
+{
+    call,
+    reference_call // an AddRef or a Release
+};
+
+constexpr std::size_t place(visit_step step)
+{
+    return static_cast<std::size_t>(step);
+}
+
+// The event in whose handling a call is made; call is counted from 0.
+struct faulted_event
+{
+    std::size_t step = 0;
+    bool is_repeat = false;
+};
+
+template <class Counts>
+faulted_event find_event(const Counts& before, const Counts& before_repeat, std::size_t call)
+{
+    faulted_event found;
+    for (std::size_t step = 0; step < visit_steps; ++step) {
+        if (static_cast<std::size_t>(before[step]) <= call)
+            found = {step, false};
+        if (static_cast<std::size_t>(before_repeat[step]) <= call)
+            found = {step, true};
+    }
+    return found;
+}
+
+// A navigation is cancelled before the browser is stopped, which is the last thing done about it.
+bool has_stopped(const visit_record& visit, const faulted_event& event)
+{
+    const std::size_t end =
+        event.step + 1 < visit_steps ? visit.calls_before[event.step + 1] : visit.calls.size();
+    const std::size_t middle = visit.calls_before_repeat[event.step];
+    const auto call_at = [&](std::size_t index) {
+        return visit.calls.begin() + static_cast<std::ptrdiff_t>(index);
+    };
+    const auto first = call_at(event.is_repeat ? middle : visit.calls_before[event.step]);
+    const auto last = call_at(event.is_repeat ? end : middle);
+    return std::find(first, last, "IWebBrowser2::Stop") != last;
+}
+
+void expect_of(const visit_record& visit, visit_record expected, const faulted_event& event)
+{
+    const auto step = static_cast<visit_step>(event.step);
+    const bool has_result = step != visit_step::click && step != visit_step::ready;
+    (event.is_repeat ? expected.repeats : expected.outcomes)[event.step] =
+        event_outcome{has_result ? E_FAIL : S_OK, has_stopped(visit, event)};
+    if (step == visit_step::attach) {
+        for (std::size_t later = place(visit_step::other_navigation); later < place(visit_step::detach);
+             ++later) {
+            expected.outcomes[later].reset();
+            expected.repeats[later].reset();
+        }
+        expected.is_rewritten = false;
+    }
+    for (std::size_t each = 0; each < visit_steps; ++each) {
+        EXPECT_EQ(visit.outcomes[each], expected.outcomes[each]) << "of step " << each;
+        EXPECT_EQ(visit.repeats[each], expected.repeats[each]) << "of the repetition of step " << each;
+    }
+    EXPECT_EQ(visit.is_rewritten, expected.is_rewritten);
+}
+
+class FaultingCalls : public testing::TestWithParam<std::tuple<faulting, bool>>
+{
+protected:
+    FaultingCalls() { editors_.break_default_handler(); } // what would be started is not the question here
+
+    // number: from 1, 0 for no fault.
+    visit_record visit(std::size_t number)
+    {
+        const auto [kind, has_element2] = GetParam();
+        fake_scene scene;
+        const bool is_reference = kind == faulting::reference_call;
+        const auto crash = [this] {
+            ++faults_;
+            read_nowhere();
+        };
+        scene.interrupt_reference_call(module_.handle(), is_reference ? static_cast<int>(number) : 0, crash);
+        if (number && !is_reference)
+            scene.interrupt_call(static_cast<int>(number), crash);
+        CComPtr<IObjectWithSite> helper = module_.make_helper();
+        const visit_record record = visit_page(scene, helper, has_element2);
+        reference_calls_ = static_cast<std::size_t>(scene.reference_calls());
+        EXPECT_EQ(scene.has_interrupted(), number != 0);
+        scene.interrupt_reference_call(module_.handle(), 0, {});
+        EXPECT_EQ(helper.Detach()->Release(), 0u) << "references to the helper object";
+        EXPECT_TRUE(module_.can_unload());
+        return record;
+    }
+
+    editor_bench editors_;
+    module_bench module_{{.libraries = {L"crashguard14.dll"}}, L"error"};
+    std::size_t reference_calls_ = 0; // of the last visit
+    std::size_t faults_ = 0;
+};
+
+TEST_P(FaultingCalls, FailTheirEventAndReleaseAllThatItHad)
+{
+    const auto [kind, has_element2] = GetParam();
+    testing::internal::CaptureStderr();
+    const visit_record normal = visit(0);
+    const std::size_t count = kind == faulting::call ? normal.calls.size() : reference_calls_;
+    EXPECT_GT(count, 100u);
+    const fault_calls chosen = calls_that_fail(2 * static_cast<int>(kind) + has_element2);
+    std::size_t points = 0;
+    for (auto number = static_cast<std::size_t>(chosen.first); number <= count && !HasFailure();
+         number += static_cast<std::size_t>(chosen.step), ++points) {
+        const faulted_event event =
+            kind == faulting::call
+                ? find_event(normal.calls_before, normal.calls_before_repeat, number - 1)
+                : find_event(normal.reference_calls_before, normal.reference_calls_before_repeat, number - 1);
+        SCOPED_TRACE("call " + std::to_string(number) + " of step " + std::to_string(event.step) +
+                     (kind == faulting::call ? ", " + normal.calls[number - 1] : ""));
+        expect_balance_in_loop([&] { expect_of(visit(number), normal, event); });
+    }
+    const std::string reports = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(std::count(reports.begin(), reports.end(), '\n'), static_cast<std::ptrdiff_t>(faults_))
+        << "each fault is reported once\n"
+        << reports;
+    report_fault_points("a visit to a SharePoint page, by a system exception", points);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEveryKind, FaultingCalls,
+                         testing::Combine(testing::Values(faulting::call, faulting::reference_call),
+                                          testing::Bool()));
+
+} // namespace
+} // namespace quill::test
