@@ -1,5 +1,6 @@
 // A document closed at every stage of its download, at random: the closing ends, nothing is shown afterwards,
 // nothing stays.
+#include "soak/bare_download.h"
 #include "soak/closing_plan.h"
 #include "soak/document_world.h"
 #include "soak/samples.h"
@@ -72,6 +73,15 @@ public:
         world_.empty_cache();
     }
 
+    // A download of the same size by the same rhythm, without the module and not broken off.
+    void live_barely(std::size_t number)
+    {
+        download_barely(number & 1 ? download_path::wininet : download_path::urlmon,
+                        world_.server.url(L"/quick.pdf"), world_.cache / L"bare.pdf");
+        EXPECT_TRUE(world_.server.wait_idle(10'000));
+        world_.server.forget_requests();
+    }
+
     ULONGLONG longest_ms() const { return longest_ms_; }
 
 private:
@@ -82,21 +92,24 @@ private:
 
 TEST(ClosingSoak, AtAnyStageOfADownload)
 {
+    sample_table bare("downloads alone");
     sample_table table("documents closed at a stage of their download, at random");
     {
         const auto closings_wanted =
             static_cast<std::size_t>(number_setting(L"QUILL_SOAK_CLOSINGS", short_closings));
         closings run(announced_seed("closing"));
+        run_lives(bare, warm_up_closings, closings_wanted,
+                  [&](std::size_t number) { run.live_barely(number); });
         run_lives(table, warm_up_closings, closings_wanted, [&](std::size_t number) {
             if (!testing::Test::HasFailure())
                 run.live(number);
         });
-        growth_limits limits;
-        // What the download services keep of a download that is not broken off, too.
-        limits.heap_blocks += 2 * closings_wanted;
+        // What the download services keep of a download that is not broken off.
+        growth_limits limits = growth_of(bare, 1);
         // And what the first of a kind sets up, when it is not among those to warm up.
-        limits.heap_bytes_each = 256 + 4'096 / closings_wanted;
-        limits.kernel_handles = 2; // of workers of the system's that come and go
+        limits.heap_blocks += 2 * closings_wanted;
+        limits.heap_bytes_each += 256 + 4'096 / closings_wanted;
+        limits.kernel_handles += 2; // of workers of the system's that come and go
         limits.threads = 2;
         // Downloads that are broken off leave a string of the system's now and then, up to one in twenty.
         limits.task_memory += static_cast<long>(closings_wanted / 20);
