@@ -38,7 +38,7 @@ endfunction()
 function(quill_add_test name)
     cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
     if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 60)
+        set(arg_TIMEOUT 180) # beyond the watchdog's limit, which shows where a test hangs
     endif()
     add_executable(test_${name} ${arg_SOURCES})
     set_target_properties(test_${name} PROPERTIES CROSSCOMPILING_EMULATOR ${quill_test_runner})

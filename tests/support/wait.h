@@ -5,7 +5,7 @@
 
 namespace quill::test {
 
-inline constexpr DWORD default_deadline_ms = 10'000;
+inline constexpr DWORD default_deadline_ms = 30'000;
 
 // Delivers the messages that wait for the calling thread.
 inline void pump_messages()

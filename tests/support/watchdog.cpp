@@ -15,7 +15,7 @@
 namespace quill::test {
 namespace {
 
-constexpr DWORD default_limit_ms = 50'000;
+constexpr DWORD default_limit_ms = 150'000;
 constexpr std::size_t maximum_frames = 64;
 
 struct watch

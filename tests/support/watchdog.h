@@ -7,8 +7,8 @@ namespace quill::test {
 
 inline constexpr UINT watchdog_exit_code = 99;
 
-// Watches each test case for QUILL_TEST_LIMIT_MS milliseconds (50 s when the variable is not set). Call
-// once, before RUN_ALL_TESTS.
+// Watches each test case for QUILL_TEST_LIMIT_MS milliseconds; 150 s when the variable is not set, since a
+// loaded machine takes long. Call once, before RUN_ALL_TESTS.
 void start_watchdog();
 
 // Prints the stack of every thread of this process but the calling one to standard error.

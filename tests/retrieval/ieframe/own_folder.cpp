@@ -17,7 +17,7 @@ namespace {
 // Set for the copy of the program: the folder that the original lies in.
 constexpr wchar_t home_variable[] = L"QUILL_TEST_HOME";
 
-constexpr DWORD usual_deadline_ms = 50'000;
+constexpr DWORD usual_deadline_ms = 150'000;
 
 std::wstring variable(const wchar_t* name)
 {
