@@ -12,7 +12,7 @@ enum class balance_proof
 };
 
 // Runs a life until it has twice in a row left the process as it was before, in handles, GDI objects, menus,
-// threads, windows and task memory: at most six times. What the system makes once and keeps comes with the
+// threads, windows and task memory: at most ten times. What the system makes once and keeps comes with the
 // first runs, and some of it goes late; what a life leaves behind comes again and again.
 void expect_balance(const std::function<void()>& life, balance_proof proof = balance_proof::strict);
 
