@@ -16,6 +16,7 @@
 
 #include <array>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 namespace quill {
@@ -61,22 +62,38 @@ std::wstring make_cache_path(const std::wstring& url)
     return path;
 }
 
-// 0 on success, whatever else the chosen way of downloading answers on failure.
-HRESULT fetch(const download_job& job, const std::wstring& url, const std::wstring& cache_path)
+// Fetches a file the way that the settings choose. Everything that takes time and needs no URL is done at
+// construction; the callback's window is destroyed with the object.
+class transfer
 {
-    DWORD last_error = 0;
-    const int answer = ReadWinINetSwitch(last_error);
-    KeepDownloadLibraries();
-    if (answer == wininet_switch_on) {
-        log_debug("ACTIVEDOC KIEBrowserPlugin: WinINet");
-        return static_cast<HRESULT>(DownloadWithWinINet(job, url.c_str(), cache_path.c_str()));
+public:
+    explicit transfer(const download_job& job) : job_(job), switch_(ReadWinINetSwitch(last_error_))
+    {
+        KeepDownloadLibraries();
+        if (switch_ != wininet_switch_on)
+            callback_.emplace(job.window, job.cancel_event);
     }
-    log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", answer, " ", last_error);
-    interruptible_callback callback(job.window, job.cancel_event);
-    const HRESULT result = URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
-    // The system may report success after a cancel, whose signal the callback has consumed.
-    return callback.is_ended() ? E_ABORT : result;
-}
+
+    // 0 on success, whatever else the chosen way of downloading answers on failure.
+    HRESULT fetch(const std::wstring& url, const std::wstring& cache_path)
+    {
+        if (!callback_) {
+            log_debug("ACTIVEDOC KIEBrowserPlugin: WinINet");
+            return static_cast<HRESULT>(DownloadWithWinINet(job_, url.c_str(), cache_path.c_str()));
+        }
+        log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", static_cast<int>(switch_), " ", last_error_);
+        const HRESULT result =
+            URLDownloadToFileW(job_.caller, url.c_str(), cache_path.c_str(), 0, &*callback_);
+        // The system may report success after a cancel, whose signal the callback has consumed.
+        return callback_->is_ended() ? E_ABORT : result;
+    }
+
+private:
+    const download_job& job_;
+    DWORD last_error_ = 0;
+    wininet_switch switch_;
+    std::optional<interruptible_callback> callback_;
+};
 
 // The download's success does not prove a file, let alone a PDF.
 void hand_over(const download_job& job, const std::wstring& cache_path)
@@ -95,6 +112,9 @@ void hand_over(const download_job& job, const std::wstring& cache_path)
 
 void download(const download_job& job)
 {
+    // Before the window is asked, which shows itself meanwhile and does not answer; destroyed last, when the
+    // viewer opens the file already.
+    transfer chosen(job);
     std::wstring url;
     if (!RequestUrl(job.window, url))
         return;
@@ -103,7 +123,7 @@ void download(const download_job& job)
     if (cache_path.empty())
         return;
     log_debug("ACTIVEDOC DownloadPDFFile CACHE: ", cache_path);
-    const HRESULT result = fetch(job, url, cache_path);
+    const HRESULT result = chosen.fetch(url, cache_path);
     if (result != 0) {
         log_debug("ACTIVEDOC DownloadPDFFile FAILED ", result);
         return;

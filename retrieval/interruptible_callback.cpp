@@ -14,7 +14,8 @@ constexpr UINT interrupt_message = WM_APP;
 
 interruptible_callback::interruptible_callback(HWND notify_window, HANDLE cancel_event) noexcept
     : CBindStatusCallbackImpl(notify_window, cancel_event),
-      window_(CreateWindowExW(0, window_class, window_title, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+      // A pop-up: the frame of an overlapped window is measured at its creation, also where none is shown.
+      window_(CreateWindowExW(0, window_class, window_title, WS_POPUP, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                               GetModuleHandleW(nullptr), nullptr))
 {
     // Without the window the download can be stopped as it is: when something arrives.

@@ -205,6 +205,21 @@ TEST(RequestUrl, RefusesALengthThatNoUrlHas)
     }
 }
 
+// Whether a worker of this process has the window by which its download is interrupted.
+bool has_callback_window()
+{
+    return FindWindowExW(HWND_MESSAGE, nullptr, L"STATIC", L"QuillPDF.IE download") != nullptr;
+}
+
+TEST_F(DownloadForWindow, IsReadyForTheUrlWhenItAsks)
+{
+    bool was_ready = false;
+    fake_document_window window({.url = url(), .on_length = [&] { was_ready = has_callback_window(); }});
+    download(window);
+    EXPECT_TRUE(was_ready);
+    EXPECT_FALSE(has_callback_window());
+}
+
 TEST_F(DownloadForWindow, GivesEverythingBack)
 {
     fake_document_window window({.url = url()});

@@ -113,6 +113,8 @@ void fake_document_window::act(UINT message, WPARAM wparam, LPARAM lparam)
         auto* length = reinterpret_cast<std::size_t*>(lparam);
         require(wparam == 0 && *length == 0, "the length is asked for with a count of 0");
         *length = script_.url.size();
+        if (script_.on_length)
+            script_.on_length();
         break;
     }
     case WM_USER_GETURL:

@@ -39,6 +39,7 @@ struct window_script
     reply to_progress = reply::proper;
     reply to_cache_file = reply::proper;
     // Called on the window's thread.
+    std::function<void()> on_length = {};
     std::function<void(const seen_progress&)> on_progress = {};
 };
 

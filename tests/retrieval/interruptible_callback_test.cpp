@@ -138,6 +138,14 @@ TEST(InterruptibleCallback, HasEndedOnceTheBindingWasAborted)
     EXPECT_EQ(binding.references, 0u);
 }
 
+TEST(InterruptibleCallback, HasAWindowWithoutAFrame)
+{
+    const interruptible_callback callback(nullptr, nullptr);
+    const HWND window = FindWindowExW(HWND_MESSAGE, nullptr, L"STATIC", L"QuillPDF.IE download");
+    ASSERT_TRUE(window);
+    EXPECT_EQ(GetWindowLongPtrW(window, GWL_STYLE) & WS_CAPTION, 0);
+}
+
 // The control frees what it has for a window with the last message.
 TEST(InterruptibleCallback, HandsTheLastMessagesOnToTheControl)
 {
