@@ -2,6 +2,7 @@
 
 #include "logging/log_stream.h"
 #include "sharepoint/click_decision.h"
+#include "sharepoint/host_call.h"
 #include "sharepoint/html_reading.h"
 #include "sharepoint/link_address.h"
 #include "sharepoint/page_analysis.h"
@@ -31,7 +32,7 @@ std::wstring list_link(IHTMLElement* element)
 std::wstring base_of_links(IHTMLDocument2* page)
 {
     CComBSTR url;
-    const HRESULT result = page->get_URL(&url);
+    const HRESULT result = call_host(page, &IHTMLDocument2::get_URL, &url);
     if (result == E_OUTOFMEMORY)
         throw std::bad_alloc();
     if (FAILED(result) || !url)

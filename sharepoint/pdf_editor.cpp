@@ -1,6 +1,7 @@
 #include "sharepoint/pdf_editor.h"
 
 #include "logging/log_stream.h"
+#include "logging/system_exceptions.h"
 #include "platform/settings.h"
 #include "platform/unique_handle.h"
 #include "sharepoint/com_error.h"
@@ -24,7 +25,9 @@ std::wstring text_of(const CUrl& url)
 
 void open_with_default_handler(const std::wstring& url)
 {
-    ShellExecuteW(nullptr, L"open", url.c_str(), nullptr, nullptr, SW_SHOWNORMAL);
+    // A fault in a shell extension must reach the handlers above: the URL was not opened.
+    barrier::call_host(
+        [&] { return ShellExecuteW(nullptr, L"open", url.c_str(), nullptr, nullptr, SW_SHOWNORMAL); });
 }
 
 } // namespace
