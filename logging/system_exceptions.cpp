@@ -50,20 +50,17 @@ void restore_guard_page(DWORD code)
         _resetstkoflw();
 }
 
-// Returns false when a system exception was handled.
-bool try_host_call(host_calls& self, void (*call)(void* context), void* context)
+// What remains to do when a system exception in a call into the host was handled.
+void note_handled(host_calls& self, DWORD code)
 {
-    DWORD code = 0;
-    __try {
-        call(context);
-        return true;
-    } __except (filter_host_call(self, GetExceptionInformation(), code)) {
-        restore_guard_page(code);
-    }
-    // The fault may have cut off a separate_calls.
-    current = &self;
+    restore_guard_page(code);
+    current = &self; // the fault may have cut off a separate_calls
     self.has_handled = true;
-    return false;
+}
+
+[[noreturn, gnu::noinline]] void throw_system_exception()
+{
+    throw system_exception();
 }
 
 // A function of its own: with both kinds of handler in one, this compiler has the filter asked twice.
@@ -78,13 +75,29 @@ bool try_host_call(host_calls& self, void (*call)(void* context), void* context)
     }
 }
 
-void release(void* object)
+[[gnu::noinline]] void release(IUnknown* object)
 {
     try {
-        static_cast<IUnknown*>(object)->Release();
+        object->Release();
     } catch (...) {
         log_thrown(nullptr, 0);
     }
+}
+
+void try_release(host_calls& self, IUnknown* object)
+{
+    DWORD code = 0;
+    __try {
+        release(object);
+    } __except (filter_host_call(self, GetExceptionInformation(), code)) {
+        note_handled(self, code);
+    }
+}
+
+[[gnu::noinline]] void release_outside_guarded_call(IUnknown* object)
+{
+    const separate_calls calls;
+    try_release(*current, object);
 }
 
 } // namespace
@@ -115,26 +128,32 @@ void call_host(void (*call)(void* context), void* context)
     host_calls* const self = current;
     if (!self)
         return call(context);
-    if (self->has_handled || !try_host_call(*self, call, context))
-        throw system_exception();
+    if (!self->has_handled) {
+        DWORD code = 0;
+        __try {
+            call(context);
+            return;
+        } __except (filter_host_call(*self, GetExceptionInformation(), code)) {
+            note_handled(*self, code);
+        }
+    }
+    throw_system_exception();
 }
 
 void throw_if_handled()
 {
     if (current && current->has_handled)
-        throw system_exception();
+        throw_system_exception();
 }
 
 void release_host(IUnknown* object) noexcept
 {
     if (!object)
         return;
-    if (current) {
-        try_host_call(*current, &release, object);
-    } else {
-        const separate_calls calls;
-        try_host_call(*current, &release, object);
-    }
+    if (current)
+        try_release(*current, object);
+    else
+        release_outside_guarded_call(object);
 }
 
 separate_calls::separate_calls() noexcept
