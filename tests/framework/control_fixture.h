@@ -26,6 +26,7 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(OleInitialize(nullptr), S_OK);
+        process_resources::now(); // before the warm-up: its first call makes windows
         {
             // What the first active control, and the test library's first trace, bring with them stays.
             SCOPED_TRACE("warm-up");
