@@ -99,7 +99,8 @@ STDMETHODIMP CActiveDocCtrl::InPlaceDeactivate()
     if (m_bUIActive)
         UIDeactivate();
     if (!m_bInPlaceActive)
-        return S_OK; // the host has deactivated the document inside one of these calls
+        return S_OK;  // the host has deactivated the document inside one of these calls
+    frame_.Release(); // an accelerator translated inside one of them has asked for it again
     m_bInPlaceActive = FALSE;
     if (m_hWnd && IsWindow())
         DestroyWindow();

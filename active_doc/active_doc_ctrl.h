@@ -236,7 +236,8 @@ private:
     std::int32_t zoom_ = 0; // per cent; 0: none asked for
     std::uint32_t instance_ = 0;
     HWND browser_ = nullptr;
-    bool is_counted_ = false; // among the documents of browser_
+    bool is_counted_ = false;        // among the documents of browser_
+    bool is_held_by_window_ = false; // from WM_DESTROY to the final message
 
     quill::download_job download_{}; // what the running worker was handed
     quill::unique_handle stop_event_;

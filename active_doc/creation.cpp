@@ -148,8 +148,15 @@ bool CActiveDocCtrl::find_embedded_document()
     const quill::window_watch window(window_lifetime_);
     const CComPtr<IOleClientSite> site(m_spClientSite);
     std::wstring element_url;
-    quill::embedded_request request{site, instance_, address(), page_, zoom_};
-    if (!quill::ResolveEmbeddedElement(request, element_url) || !window.is_open())
+    std::int32_t page = page_;
+    std::int32_t zoom = zoom_;
+    quill::embedded_request request{site, instance_, address(), page, zoom};
+    const bool is_found = quill::ResolveEmbeddedElement(request, element_url) != 0;
+    if (!window.is_open())
+        return false; // page and zoom are another window's by now
+    page_ = page;
+    zoom_ = zoom;
+    if (!is_found)
         return false;
     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << address() << " OnCreate [EmbedURL]";
 

@@ -40,7 +40,7 @@ public:
         descriptor_ = OleCreateMenuDescriptor(menu, &widths);
         const HRESULT result = frame->SetMenu(menu, descriptor_, static_cast<T*>(this)->m_hWnd);
         // The frame may have taken the menu only after the unmerge inside that call.
-        if (unmerges != unmerges_ && SUCCEEDED(result))
+        if (unmerges != unmerges_ && !is_merged_ && SUCCEEDED(result))
             frame->SetMenu(nullptr, nullptr, nullptr);
     }
 

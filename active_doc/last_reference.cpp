@@ -7,7 +7,9 @@ namespace quill {
 void last_reference::window_opened(HWND window) noexcept
 {
     window_ = window;
-    state_ = state::empty;
+    // A reference that the former window was given is kept: this one's final message releases it.
+    state expected = state::no_window;
+    state_.compare_exchange_strong(expected, state::empty);
 }
 
 bool last_reference::window_closed(HWND window) noexcept

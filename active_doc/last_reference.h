@@ -27,7 +27,7 @@ public:
     [[nodiscard]] bool take() noexcept;
 
     // Another thread, with the only reference. True: it is transferred, and the document may be gone. False:
-    // there is no window, so nothing is left that only the document's thread may destroy.
+    // there is no window, and no message could reach the document's thread: the caller destroys it.
     [[nodiscard]] bool transfer() noexcept;
 
 private:

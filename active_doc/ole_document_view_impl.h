@@ -32,9 +32,10 @@ public:
                 return result;
         }
         // Taking the site away deactivates but keeps the pointer: hosts send UI events behind it.
-        if (site && site != document->m_spInPlaceSite) {
+        if (site) {
             document->m_bNegotiatedWnd = FALSE; // the view's own, not the client site's
-            document->m_spInPlaceSite = site;
+            if (site != document->m_spInPlaceSite)
+                document->m_spInPlaceSite = site;
         }
         return S_OK;
     }

@@ -117,7 +117,9 @@ void CActiveDocCtrl::forget_fetched_document()
     page_ = zoom_ = 0;
     if (path_origin_ == path_origin::document_url)
         path_ = {};
-    if (download_thread_ && worker_has_url_) {
+    const bool is_working =
+        download_thread_ && WaitForSingleObject(download_thread_.get(), 0) == WAIT_TIMEOUT;
+    if (is_working && worker_has_url_) {
         worker_is_outdated_ = true;
         SetEvent(stop_event_.get());
     }

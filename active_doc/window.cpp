@@ -20,6 +20,9 @@ constexpr DWORD worker_poll_ms = 100;
 LRESULT CActiveDocCtrl::OnDestroy(UINT, WPARAM, LPARAM, BOOL&)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
+    // Until the final message: the last reference may go in here, and the window would be destroyed again.
+    if (!std::exchange(is_held_by_window_, true))
+        GetUnknown()->AddRef();
     window_lifetime_.end();
     stop_download();
     OLEINPLACEFRAMEINFO info{};
@@ -40,8 +43,10 @@ LRESULT CActiveDocCtrl::OnDestroy(UINT, WPARAM, LPARAM, BOOL&)
 
 void CActiveDocCtrl::OnFinalMessage(HWND window)
 {
-    // Not the last reference: the message's own is released after the handler.
+    // Neither is the last reference: the message's own is released after the handler.
     if (last_reference_.window_closed(window))
+        GetUnknown()->Release();
+    if (std::exchange(is_held_by_window_, false))
         GetUnknown()->Release();
 }
 

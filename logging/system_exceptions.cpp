@@ -6,6 +6,8 @@
 
 #include <malloc.h>
 
+#include <functional>
+
 namespace quill::barrier {
 namespace {
 
@@ -58,6 +60,22 @@ void note_handled(host_calls& self, DWORD code)
     self.has_handled = true;
 }
 
+// After a call that returned: a handler of the host's may have cut off a separate_calls of a nested call.
+void restore(host_calls& self) noexcept
+{
+    current = &self;
+    left_to_others = nullptr;
+}
+
+// What encloses the frame. A handler of the browser's may have cut off the code that restores `current`: what
+// lies below the frame is gone.
+host_calls* enclosing(const void* frame) noexcept
+{
+    if (std::less<const void*>{}(current, frame))
+        current = nullptr;
+    return current;
+}
+
 [[noreturn, gnu::noinline]] void throw_system_exception()
 {
     throw system_exception();
@@ -89,6 +107,7 @@ void try_release(host_calls& self, IUnknown* object)
     DWORD code = 0;
     __try {
         release(object);
+        restore(self);
     } __except (filter_host_call(self, GetExceptionInformation(), code)) {
         note_handled(self, code);
     }
@@ -110,7 +129,7 @@ void log_system_exception(const char* name) noexcept
 bool call_behind_filter(void (*call)(void* context), void (*end)(void* context), void* context)
 {
     // Looked up before the call: a filter runs on the stack of whatever went wrong.
-    host_calls self{current, suite_library_functions().handle_exception, true, false};
+    host_calls self{enclosing(&self), suite_library_functions().handle_exception, true, false};
     current = &self;
     DWORD code = 0;
     __try {
@@ -125,13 +144,14 @@ bool call_behind_filter(void (*call)(void* context), void (*end)(void* context),
 
 void call_host(void (*call)(void* context), void* context)
 {
-    host_calls* const self = current;
+    host_calls* const self = enclosing(&context);
     if (!self)
         return call(context);
     if (!self->has_handled) {
         DWORD code = 0;
         __try {
             call(context);
+            restore(*self);
             return;
         } __except (filter_host_call(*self, GetExceptionInformation(), code)) {
             note_handled(*self, code);
@@ -142,7 +162,9 @@ void call_host(void (*call)(void* context), void* context)
 
 void throw_if_handled()
 {
-    if (current && current->has_handled)
+    const char here = 0;
+    const host_calls* const self = enclosing(&here);
+    if (self && self->has_handled)
         throw_system_exception();
 }
 
@@ -150,14 +172,15 @@ void release_host(IUnknown* object) noexcept
 {
     if (!object)
         return;
-    if (current)
-        try_release(*current, object);
+    if (host_calls* const self = enclosing(&object))
+        try_release(*self, object);
     else
         release_outside_guarded_call(object);
 }
 
 separate_calls::separate_calls() noexcept
-    : state_{current, current ? current->handle_exception : suite_library_functions().handle_exception,
+    : state_{enclosing(this),
+             current ? current->handle_exception : suite_library_functions().handle_exception,
              current && current->is_behind_barrier, false}
 {
     current = &state_;

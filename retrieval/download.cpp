@@ -16,7 +16,6 @@
 
 #include <array>
 #include <filesystem>
-#include <optional>
 #include <string>
 
 namespace quill {
@@ -62,37 +61,35 @@ std::wstring make_cache_path(const std::wstring& url)
     return path;
 }
 
-// Fetches a file the way that the settings choose. Everything that takes time and needs no URL is done at
-// construction; the callback's window is destroyed with the object.
+// Fetches a file the way that the settings choose. The callback's window, which takes time and needs no URL,
+// is made at construction and destroyed with the object.
 class transfer
 {
 public:
-    explicit transfer(const download_job& job) : job_(job), switch_(ReadWinINetSwitch(last_error_))
+    explicit transfer(const download_job& job) : job_(job), callback_(job.window, job.cancel_event)
     {
         KeepDownloadLibraries();
-        if (switch_ != wininet_switch_on)
-            callback_.emplace(job.window, job.cancel_event);
     }
 
     // 0 on success, whatever else the chosen way of downloading answers on failure.
     HRESULT fetch(const std::wstring& url, const std::wstring& cache_path)
     {
-        if (!callback_) {
+        DWORD last_error = 0;
+        const int answer = ReadWinINetSwitch(last_error);
+        if (answer == wininet_switch_on) {
             log_debug("ACTIVEDOC KIEBrowserPlugin: WinINet");
             return static_cast<HRESULT>(DownloadWithWinINet(job_, url.c_str(), cache_path.c_str()));
         }
-        log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", static_cast<int>(switch_), " ", last_error_);
+        log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", answer, " ", last_error);
         const HRESULT result =
-            URLDownloadToFileW(job_.caller, url.c_str(), cache_path.c_str(), 0, &*callback_);
+            URLDownloadToFileW(job_.caller, url.c_str(), cache_path.c_str(), 0, &callback_);
         // The system may report success after a cancel, whose signal the callback has consumed.
-        return callback_->is_ended() ? E_ABORT : result;
+        return callback_.is_ended() ? E_ABORT : result;
     }
 
 private:
     const download_job& job_;
-    DWORD last_error_ = 0;
-    wininet_switch switch_;
-    std::optional<interruptible_callback> callback_;
+    interruptible_callback callback_;
 };
 
 // The download's success does not prove a file, let alone a PDF.

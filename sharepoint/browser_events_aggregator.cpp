@@ -46,7 +46,7 @@ void browser_events_aggregator::open(std::wstring_view url)
     try {
         editor_->open(parse_url(url));
     } catch (...) {
-        repeats_.forget_url(); // the navigation is not cancelled: the next one must not pass for a repeat
+        repeats_.forget_url(url); // the navigation is not cancelled: the next one must not pass for a repeat
         throw;
     }
 }

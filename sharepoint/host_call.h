@@ -12,7 +12,7 @@ namespace quill {
 
 namespace host_call {
 
-// A call that did not return has handed out nothing that could be released.
+// A call that failed, or did not return, has handed out nothing that could be released.
 template <class T>
 void forget_out(T** out) noexcept
 {
@@ -36,7 +36,11 @@ Result call_host(std::type_identity_t<Interface>* object,
                  std::type_identity_t<Parameters>... arguments)
 {
     try {
-        return barrier::call_host([&] { return (object->*method)(arguments...); });
+        const Result result = barrier::call_host([&] { return (object->*method)(arguments...); });
+        if constexpr (std::is_same_v<Result, HRESULT>)
+            if (FAILED(result))
+                (host_call::forget_out(arguments), ...);
+        return result;
     } catch (const barrier::system_exception&) {
         (host_call::forget_out(arguments), ...);
         throw;

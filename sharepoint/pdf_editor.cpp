@@ -23,9 +23,10 @@ std::wstring text_of(const CUrl& url)
     return text;
 }
 
+// The system's calls run other makers' code (shell extensions, hooks). A fault in it is thrown to the caller,
+// who must not take the URL for opened.
 void open_with_default_handler(const std::wstring& url)
 {
-    // A fault in a shell extension must reach the handlers above: the URL was not opened.
     barrier::call_host(
         [&] { return ShellExecuteW(nullptr, L"open", url.c_str(), nullptr, nullptr, SW_SHOWNORMAL); });
 }
@@ -52,7 +53,8 @@ void pdf_editor::open(const CUrl& url) const
 
 bool pdf_editor::is_installed() const
 {
-    return GetFileAttributesW(exe_path_.c_str()) != INVALID_FILE_ATTRIBUTES;
+    return barrier::call_host([&] { return GetFileAttributesW(exe_path_.c_str()); }) !=
+           INVALID_FILE_ATTRIBUTES;
 }
 
 bool pdf_editor::start(const std::wstring& url) const
@@ -64,8 +66,10 @@ bool pdf_editor::start(const std::wstring& url) const
     startup.dwFlags = STARTF_USESHOWWINDOW;
     startup.wShowWindow = SW_SHOW;
     PROCESS_INFORMATION started{};
-    if (!CreateProcessW(exe_path_.c_str(), command_line.data(), nullptr, nullptr, FALSE, 0, nullptr,
-                        directory.empty() ? nullptr : directory.c_str(), &startup, &started))
+    if (!barrier::call_host([&] {
+            return CreateProcessW(exe_path_.c_str(), command_line.data(), nullptr, nullptr, FALSE, 0, nullptr,
+                                  directory.empty() ? nullptr : directory.c_str(), &startup, &started);
+        }))
         return false;
     const unique_handle process(started.hProcess);
     const unique_handle thread(started.hThread);

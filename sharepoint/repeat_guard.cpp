@@ -14,6 +14,12 @@ bool repeat_guard::is_repeat(std::wstring_view url, std::uint64_t now) const
     return now - last_cancel_tick_ < repeat_window_ms && equal_ignoring_case(url, last_canceled_url_);
 }
 
+void repeat_guard::forget_url(std::wstring_view url)
+{
+    if (equal_ignoring_case(url, last_canceled_url_))
+        forget_url();
+}
+
 void repeat_guard::cancelled(std::wstring_view url, std::uint64_t now)
 {
     last_canceled_url_ = url;

@@ -22,6 +22,8 @@ public:
 
     // The time is kept.
     void forget_url() { last_canceled_url_.clear(); }
+    // The same, if url is the one that was cancelled last.
+    void forget_url(std::wstring_view url);
 
 private:
     std::uint64_t last_cancel_tick_;

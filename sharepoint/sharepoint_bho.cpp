@@ -16,7 +16,7 @@ constexpr unsigned set_site_line = 58;
 } // namespace
 
 // What SetSite holds until its end, whatever happens in it. Leaving the old browser calls out to it: it may
-// release the new site and this object, and it may come back in here.
+// release the new site and this object, and it may re-enter SetSite.
 struct sharepoint_bho::attachment
 {
     CComPtr<IUnknown> helper;
@@ -57,7 +57,13 @@ HRESULT sharepoint_bho::attach(attachment& held, IUnknown* site)
     held.retired = std::move(subscription_);
     if (held.retired)
         held.retired->close();
-    barrier::throw_if_handled();
+    try {
+        barrier::throw_if_handled();
+    } catch (const barrier::system_exception&) {
+        if (!held.site)
+            replace_site(held); // the old site is released all the same
+        throw;
+    }
     QUILL_LOG(log_level::debug) << "unload BHO for closing IE TAB";
     if (held.site) {
         QUILL_LOG(log_level::debug) << "initilize BHO for IE TAB...";
