@@ -133,6 +133,13 @@ void small_document(document_session& session)
                         [&] { return session.run_bare(url_of(small_size), download_with_urlmon); }, rounds);
     report("100 KB, Load to the viewer's open : URLDownloadToFileW alone", measured, most_for_a_document);
     report_value("100 KB, our own share (the difference)", (measured.ours - measured.baseline) / 1e6, "ms");
+    const comparison of_calls =
+        compare_medians([&] { return session.open(url_of(small_size)); },
+                        [&] { return session.open_bare(url_of(small_size)); }, rounds);
+    // What is specified for each opening: three windows, a thread, four messages, a folder, a look at the
+    // file.
+    report("100 KB, Load to the viewer's open : bare windows, thread, messages, download", of_calls, 1.25);
+    report_value("100 KB, beyond these calls", (of_calls.ours - of_calls.baseline) / 1e6, "ms");
 }
 
 void benchmarks()

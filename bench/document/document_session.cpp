@@ -1,5 +1,6 @@
 #include "bench/document/document_session.h"
 
+#include "bench/document/bare_document.h"
 #include "bench/support/measure.h"
 #include "tests/support/wait.h"
 
@@ -120,6 +121,15 @@ double document_session::run_bare(const std::wstring& url, const bare_download& 
         std::rethrow_exception(failure);
     DeleteUrlCacheEntryW(url.c_str());
     test::remove_path(path);
+    return taken;
+}
+
+double document_session::open_bare(const std::wstring& url)
+{
+    test::pump_messages();
+    const double taken = open_bare_document(host_.view_window(), url, files_ / L"bare");
+    host_.calls.forget_calls();
+    DeleteUrlCacheEntryW(url.c_str());
     return taken;
 }
 

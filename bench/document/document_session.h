@@ -28,6 +28,8 @@ public:
     double open(const std::wstring& url);
     // Runs a bare download on a thread of its own while this host pumps its messages, and returns its time.
     double run_bare(const std::wstring& url, const bare_download& download);
+    // Opens the document at url with the calls alone that it takes, in this host. Returns its time.
+    double open_bare(const std::wstring& url);
     // Where the document's window is put, and the library that holds its texts.
     HWND view_window() const { return host_.view_window(); }
     HMODULE library() const { return module_.handle(); }
