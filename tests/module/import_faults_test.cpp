@@ -165,10 +165,11 @@ TEST(ModuleImports, AreEachMadeToFailOrLeftAloneForAReason)
         return std::find(imported.begin(), imported.end(), name) != imported.end();
     };
     for (const fallible_function& each : fallible)
-        EXPECT_TRUE(is_imported(each.name)) << each.name << " is listed for nothing";
+        EXPECT_TRUE(is_imported(each.name) || depends_on_toolchain(each.name))
+            << each.name << " is listed for nothing";
     const auto left_alone = names_left_alone();
     for (const std::string& name : left_alone)
-        EXPECT_TRUE(is_imported(name)) << name << " is listed for nothing";
+        EXPECT_TRUE(is_imported(name) || depends_on_toolchain(name)) << name << " is listed for nothing";
     std::printf("%zu imports, %zu fail, %zu are left alone\n", imported.size(), fallible.size(),
                 left_alone.size());
 }

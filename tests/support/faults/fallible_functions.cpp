@@ -87,7 +87,7 @@ void add_files(functions& all)
         {"GetFullPathNameW", "GetShortPathNameW", "GetTempFileNameW", "GetTempPathW", "_wfopen", "_wfsopen",
          "fwrite"});
     add(all, {way<-1, ERROR_DISK_FULL>("failure")},
-        {"_filelengthi64", "_wmkdir", "_wremove", "_wrename", "fflush"});
+        {"_filelengthi64", "_wmkdir", "_wremove", "_wrename", "_wstat64", "fflush"});
     // As in a browser, which has no output.
     add(all, {way<-1, ERROR_INVALID_HANDLE>("none")}, {"_fileno", "_get_osfhandle"});
     const fault_way failure = way<E_FAIL, ERROR_SUCCESS>("E_FAIL");

@@ -55,6 +55,10 @@ struct following_fault
     std::size_t way = 0; // of the function that is met there, modulo the number of its ways
 };
 
+// Whether an import comes from the C or C++ runtime or the log's library, and not with each version of
+// theirs.
+bool depends_on_toolchain(const std::string& name);
+
 // The number-th call of a function or a group in a run, and the way in which it fails.
 struct fault_place
 {

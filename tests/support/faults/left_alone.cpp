@@ -2,6 +2,7 @@
 #include "tests/support/faults/import_faults.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace quill::test {
 namespace {
@@ -15,6 +16,8 @@ struct left_alone
 const std::vector<left_alone>& all_left_alone()
 {
     static const std::vector<left_alone> all = {
+        {"Debian 13's runtime: frees, formats into a buffer of its caller's, or cannot fail",
+         {"GetTickCount", "TlsFree", "_vscprintf", "_vsnprintf"}},
         {"gives something back: its failure would itself be the loss",
          {"CloseHandle",
           "CoTaskMemFree",
@@ -141,6 +144,21 @@ const std::vector<left_alone>& all_left_alone()
     return all;
 }
 
+// Debian 12's, then Debian 13's.
+constexpr const char* names_of_toolchains[] = {"AddVectoredExceptionHandler",
+                                               "RemoveVectoredExceptionHandler",
+                                               "_close",
+                                               "_ultoa",
+                                               "getenv",
+                                               "sprintf",
+                                               "strstr",
+                                               "strtoul",
+                                               "GetTickCount",
+                                               "TlsFree",
+                                               "_vscprintf",
+                                               "_vsnprintf",
+                                               "_wstat64"};
+
 } // namespace
 
 std::vector<std::string> names_left_alone()
@@ -157,6 +175,12 @@ const char* reason_to_leave_alone(const std::string& name)
         if (std::find(each.names.begin(), each.names.end(), name) != each.names.end())
             return each.reason;
     return nullptr;
+}
+
+bool depends_on_toolchain(const std::string& name)
+{
+    return std::find(std::begin(names_of_toolchains), std::end(names_of_toolchains), name) !=
+           std::end(names_of_toolchains);
 }
 
 } // namespace quill::test
