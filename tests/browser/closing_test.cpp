@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include <atomic>
+#include <sstream>
 
 namespace quill::test {
 namespace {
@@ -127,22 +128,35 @@ TEST_F(Closing, BeforeAnythingArrivedIsHarmless)
 TEST_F(Closing, LeavesNoWindowThreadOrGdiObjectBehind)
 {
     server.route("/plan.pdf", http_response::ok(pdf_body(6'000)));
-    const auto visit = [this](std::size_t times) {
+    std::size_t visits = 0;
+    const auto visit = [&] {
         engine browser;
         browser.open(server.url(L"/plan.pdf"));
-        ASSERT_TRUE(wait_until([&] { return script.texts(viewer_open).size() >= times; }));
+        ++visits;
+        ASSERT_TRUE(wait_until([&] { return script.texts(viewer_open).size() >= visits; }));
     };
-    visit(1); // the system's engine sets itself up
-    const process_resources before = process_resources::now();
-    visit(2);
-    visit(3);
-    process_resources after = {};
-    EXPECT_TRUE(wait_until([&] {
-        after = process_resources::now();
-        return after.threads <= before.threads && after.windows <= before.windows &&
-               after.gdi_objects <= before.gdi_objects && after.menus <= before.menus;
-    })) << "before: "
-        << before << "\nafter: " << after;
+    visit(); // the system's engine sets itself up
+    // The system keeps a few GDI objects more at some later visit, once. A leak of the module's comes with
+    // each.
+    constexpr int pairs = 4;
+    constexpr DWORD settle_ms = 6'000; // the system's idle workers end after five seconds
+    bool is_flat = false;
+    std::ostringstream seen;
+    for (int pair = 0; pair < pairs && !is_flat && !HasFatalFailure(); ++pair) {
+        const process_resources before = process_resources::now();
+        visit();
+        visit();
+        process_resources after;
+        is_flat = wait_until(
+            [&] {
+                after = process_resources::now();
+                return after.threads <= before.threads && after.windows <= before.windows &&
+                       after.gdi_objects <= before.gdi_objects && after.menus <= before.menus;
+            },
+            settle_ms);
+        seen << before << " to " << after << "\n";
+    }
+    EXPECT_TRUE(is_flat) << seen.str();
 }
 
 } // namespace
