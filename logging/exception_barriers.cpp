@@ -16,7 +16,7 @@ namespace {
 // What the PDF core is told of the text's buffer, in characters. The core was always told this number.
 constexpr std::uint64_t error_text_size = 2047;
 
-// The answer of a function of the suite; otherwise, when it throws. A system exception in it is left to the
+// The result of a function of the suite; otherwise, when it throws. A system exception in it is left to the
 // barrier around.
 template <typename Callable, typename Answer = std::invoke_result_t<const Callable&>>
 Answer ask_suite(const Callable& ask, Answer otherwise)
@@ -36,7 +36,7 @@ void log_pdfcore_exception(const char* name, std::uint32_t line)
     wchar_t text[error_text_size + 1] = {};
     const int text_code = ask_suite(suite.get_exception_error_code, 0);
     ask_suite([&] { return suite.get_error_string(text_code, text, error_text_size); }, text);
-    const int code = ask_suite(suite.get_exception_error_code, 0); // asked for again, whoever reads the line
+    const int code = ask_suite(suite.get_exception_error_code, 0); // asked again: the log line may be switched off
     QUILL_LOG(log_level::debug) << name << ":" << line << " pdfcore exception: " << code << " " << text;
 }
 

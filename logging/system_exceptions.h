@@ -2,7 +2,7 @@
 // exception unwinds no C++ frame: a barrier that handles one skips every destructor between itself and the
 // fault. Calls into the host are therefore made through call_host, which handles the fault where the call was
 // made and throws system_exception from there, so that everything the entry holds is released.
-// What stays behind: whatever the host's own frames held and had written into out parameters; after a fault
+// What leaks: what the host's own frames held and had written into out parameters; after a fault
 // in the module's own code, or one that the crash library leaves to the browser, also what the frames between
 // it and the barrier held (CrashBorder's held is released in each case).
 #pragma once

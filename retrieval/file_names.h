@@ -15,7 +15,7 @@ bool is_device_name(std::wstring_view component) noexcept;
 bool is_creatable_name(std::wstring_view name) noexcept;
 
 // Whether path can lead to a file on a disk or a share; false for devices, pipes and mailslots, which may
-// keep whoever opens them waiting. Says nothing of whether the file exists.
+// keep the caller waiting. Says nothing of whether the file exists.
 bool may_name_disk_file(std::wstring_view path) noexcept;
 
 } // namespace quill

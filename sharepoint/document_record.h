@@ -34,7 +34,7 @@ public:
 
 private:
     host_ptr<IHTMLDocument2> document_;
-    host_ptr<IHTMLDocument3> document3_; // the same page; empty when it does not answer
+    host_ptr<IHTMLDocument3> document3_; // the same page; empty when it has no IHTMLDocument3
     page_kind kind_;
     std::weak_ptr<pdf_editor> editor_;
     html_events_connection events_;

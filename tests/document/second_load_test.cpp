@@ -30,7 +30,7 @@ void show_again(document_bench& bench)
     ASSERT_NE(bench.window(), nullptr);
 }
 
-// Of this document's life, each for a URL that nobody serves.
+// Each for a URL without a server.
 void wait_for_failed_workers(const document_bench& bench, int count)
 {
     EXPECT_TRUE(wait_until([&] {

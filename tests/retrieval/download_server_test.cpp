@@ -228,7 +228,7 @@ TEST_F(DownloadFromServer, EndsWithAbortWhenTheSystemGoesOn)
         const download_thread worker({window.handle(), once, nullptr});
         EXPECT_TRUE(worker.ended_within(default_deadline_ms));
     }
-    EXPECT_EQ(WaitForSingleObject(once, 0), DWORD{WAIT_TIMEOUT}) << "nobody looked at the event";
+    EXPECT_EQ(WaitForSingleObject(once, 0), DWORD{WAIT_TIMEOUT}) << "the event was not consumed";
     CloseHandle(once);
     window.close();
     EXPECT_EQ(contents(L"qll0\\a.pdf"), pdf_body(100)) << "the system did not go on";
