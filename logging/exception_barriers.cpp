@@ -36,7 +36,8 @@ void log_pdfcore_exception(const char* name, std::uint32_t line)
     wchar_t text[error_text_size + 1] = {};
     const int text_code = ask_suite(suite.get_exception_error_code, 0);
     ask_suite([&] { return suite.get_error_string(text_code, text, error_text_size); }, text);
-    const int code = ask_suite(suite.get_exception_error_code, 0); // asked again: the log line may be switched off
+    const int code =
+        ask_suite(suite.get_exception_error_code, 0); // asked again: the log line may be switched off
     QUILL_LOG(log_level::debug) << name << ":" << line << " pdfcore exception: " << code << " " << text;
 }
 
