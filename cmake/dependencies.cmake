@@ -18,7 +18,9 @@ endfunction()
 
 # fmt shares spdlog's folder: the two are used together or not at all.
 quill_header_library(spdlog spdlog)
-# A program that the process starts must not inherit the log file: it would keep it from being renamed.
+# A program that the process starts must not inherit the log file: it would keep it from being renamed. Later
+# versions of spdlog keep a map for each thread, whose destructor would have to run when the thread ends, in a module
+# that may be unloaded by then.
 target_compile_definitions(quill_dep_spdlog INTERFACE
-    FMT_HEADER_ONLY SPDLOG_FMT_EXTERNAL SPDLOG_WCHAR_FILENAMES SPDLOG_PREVENT_CHILD_FD)
+    FMT_HEADER_ONLY SPDLOG_FMT_EXTERNAL SPDLOG_WCHAR_FILENAMES SPDLOG_PREVENT_CHILD_FD SPDLOG_NO_TLS)
 quill_header_library(boost boost)
