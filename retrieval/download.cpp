@@ -107,26 +107,33 @@ void hand_over(const download_job& job, const std::wstring& cache_path)
         PostLoadFile(job.window);
 }
 
-void download(const download_job& job)
+// The fetched file's path; empty when there is none.
+std::wstring fetch_document(const download_job& job)
 {
-    // Before the window is asked, which shows itself meanwhile and does not answer; destroyed last, when the
-    // viewer opens the file already.
+    // Made before the window is asked, which shows itself meanwhile and does not answer. Destroyed before the
+    // file is handed over: Wine may lose a menu that another thread creates while a window is destroyed.
     transfer chosen(job);
     std::wstring url;
     if (!RequestUrl(job.window, url))
-        return;
+        return {};
     log_debug("ACTIVEDOC DownloadPDFFile URL: ", url);
     const std::wstring cache_path = make_cache_path(url);
     if (cache_path.empty())
-        return;
+        return {};
     log_debug("ACTIVEDOC DownloadPDFFile CACHE: ", cache_path);
     const HRESULT result = chosen.fetch(url, cache_path);
     if (result != 0) {
         log_debug("ACTIVEDOC DownloadPDFFile FAILED ", result);
-        return;
+        return {};
     }
     log_debug("ACTIVEDOC DownloadPDFFile CACHE:", cache_path);
-    hand_over(job, cache_path);
+    return cache_path;
+}
+
+void download(const download_job& job)
+{
+    if (const std::wstring cache_path = fetch_document(job); !cache_path.empty())
+        hand_over(job, cache_path);
 }
 
 } // namespace
