@@ -134,7 +134,7 @@ TEST(CxxRuntime, AStaticObjectIsInitialisedOnceWhileOthersWait)
     for (auto& thread : threads)
         thread.reset(CreateThread(nullptr, 0, ask, &state, 0, nullptr));
     EXPECT_EQ(WaitForSingleObject(state.begun.get(), deadline_ms), WAIT_OBJECT_0);
-    // The others wait meanwhile: nobody has got a value yet.
+    // The others wait meanwhile: none has a value yet.
     EXPECT_EQ(state.sum, 0);
     SetEvent(state.go_on.get());
     for (const auto& thread : threads)
