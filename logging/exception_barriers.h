@@ -67,7 +67,7 @@ Result CrashBorder(Held& held, const Callable& callable, std::type_identity_t<Re
             try {
                 self.result = NoThrow(self.callable, self.fallback, self.name, self.line);
             } catch (const barrier::system_exception&) {
-                // call_behind_filter knows of it.
+                return; // call_behind_filter knows of it
             }
         }
         static void end(void* context) { static_cast<guarded_call*>(context)->held.release(); }
