@@ -12,6 +12,7 @@
 #include "platform/unique_handle.h"
 #include "retrieval/download.h"
 #include "retrieval/status_pane.h"
+#include "retrieval/url_version.h"
 #include "retrieval/window_messages.h"
 
 #include <atlbase.h>
@@ -205,6 +206,7 @@ private:
     void replace_document_url(std::wstring url);
     void forget_fetched_document();
     void load_into_viewer() { ::SendMessageW(m_hWnd, quill::WM_USER_LOADFILE, 0, 0); }
+    bool is_worker_running() const;
     bool path_is_pdf() const;
     void set_path(const wchar_t* path, path_origin origin);
     const std::wstring& url_to_fetch() const { return embedded_url_.empty() ? document_url_ : embedded_url_; }
@@ -231,6 +233,7 @@ private:
     std::array<wchar_t, MAX_PATH> path_{};
     path_origin path_origin_ = path_origin::host;
     std::wstring document_url_;
+    bool has_loaded_url_ = false; // by IPersistMoniker, not found by the window
     std::wstring embedded_url_;
     std::int32_t page_ = 0; // from 1; 0: none asked for
     std::int32_t zoom_ = 0; // per cent; 0: none asked for
@@ -242,7 +245,8 @@ private:
     quill::download_job download_{}; // what the running worker was handed
     quill::unique_handle stop_event_;
     quill::unique_handle download_thread_;
-    bool worker_has_url_ = false;     // the running worker asked for its URL
+    quill::url_version url_version_;
+    bool worker_has_url_ = false;     // the running worker received its URL
     bool worker_is_outdated_ = false; // and another URL was loaded afterwards
     quill::unique_handle open_file_;  // keeps writers away from a local file while it is shown
 };

@@ -179,8 +179,13 @@ void CActiveDocCtrl::start_download()
     worker_has_url_ = worker_is_outdated_ = false;
     // A stop that a former window asked for is not meant for this one.
     ResetEvent(stop_event_.get());
-    download_ = {m_hWnd, stop_event_.get(), GetUnknown()};
+    download_ = {m_hWnd, stop_event_.get(), GetUnknown(), &url_version_};
     download_thread_.reset(CreateThread(nullptr, 0, download_thread, &download_, 0, nullptr));
+}
+
+bool CActiveDocCtrl::is_worker_running() const
+{
+    return download_thread_ && WaitForSingleObject(download_thread_.get(), 0) == WAIT_TIMEOUT;
 }
 
 DWORD WINAPI CActiveDocCtrl::download_thread(void* job)

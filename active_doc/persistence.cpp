@@ -104,10 +104,15 @@ STDMETHODIMP CActiveDocCtrl::Load(BOOL fully_available, IMoniker* moniker, IBind
 
 void CActiveDocCtrl::replace_document_url(std::wstring url)
 {
+    const bool is_second = std::exchange(has_loaded_url_, true);
     if (url == document_url_)
         return;
     document_url_ = std::move(url);
-    forget_fetched_document();
+    // The first one replaces nothing that was loaded: what the window found by itself stays.
+    if (is_second)
+        forget_fetched_document();
+    else if (!worker_has_url_)
+        url_version_.advance();
 }
 
 // What was found and fetched for the former URL: its element, its page and zoom, its file, its worker.
@@ -117,11 +122,15 @@ void CActiveDocCtrl::forget_fetched_document()
     page_ = zoom_ = 0;
     if (path_origin_ == path_origin::document_url)
         path_ = {};
-    const bool is_working =
-        download_thread_ && WaitForSingleObject(download_thread_.get(), 0) == WAIT_TIMEOUT;
-    if (is_working && worker_has_url_) {
+    if (worker_has_url_ && is_worker_running()) {
         worker_is_outdated_ = true;
         SetEvent(stop_event_.get());
+    }
+    url_version_.advance();
+    // The worker may have asked for its file to be loaded. No sent message is delivered here.
+    MSG request;
+    while (m_hWnd && PeekMessageW(&request, m_hWnd, quill::WM_USER_LOADFILE, quill::WM_USER_LOADFILE,
+                                  PM_REMOVE | PM_QS_POSTMESSAGE)) {
     }
 }
 

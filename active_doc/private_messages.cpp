@@ -60,8 +60,6 @@ LRESULT CActiveDocCtrl::OnGetUrl(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
 
 LRESULT CActiveDocCtrl::OnGetUrlLength(UINT, WPARAM, LPARAM lparam, BOOL&)
 {
-    if (is_from_worker())
-        worker_has_url_ = true; // its buffer will fit this one
     if (auto* const length = reinterpret_cast<std::size_t*>(lparam))
         *length = url_to_fetch().size();
     return 0;
@@ -79,7 +77,7 @@ LRESULT CActiveDocCtrl::OnSetCacheFile(UINT, WPARAM, LPARAM lparam, BOOL&)
 {
     const auto* const path = reinterpret_cast<const wchar_t*>(lparam);
     // A file of the former URL may arrive late.
-    if (path && !(worker_is_outdated_ && is_from_worker()))
+    if (path && !(worker_is_outdated_ && is_from_worker() && is_worker_running()))
         set_path(path, path_origin::document_url);
     return 0;
 }

@@ -9,6 +9,7 @@
 #include "retrieval/download_switch.h"
 #include "retrieval/interruptible_callback.h"
 #include "retrieval/pdf_check.h"
+#include "retrieval/url_version.h"
 #include "retrieval/window_exchange.h"
 #include "retrieval/wininet_download.h"
 
@@ -92,29 +93,59 @@ private:
     interruptible_callback callback_;
 };
 
+std::uint32_t version_of_url(const download_job& job) noexcept
+{
+    return job.version ? job.version->current() : 0;
+}
+
+// version: of the URL that was received. Another one may have been loaded between the two requests.
+bool request_whole_url(const download_job& job, std::wstring& url, std::uint32_t& version)
+{
+    for (;;) {
+        version = version_of_url(job);
+        if (!RequestUrl(job.window, url))
+            return false;
+        if (version_of_url(job) == version)
+            return true;
+        if (IsCancelled(job.cancel_event))
+            return false;
+    }
+}
+
+struct fetched_document
+{
+    std::wstring path;         // empty when there is none
+    std::uint32_t version = 0; // of its URL
+};
+
 // The download's success does not prove a file, let alone a PDF.
-void hand_over(const download_job& job, const std::wstring& cache_path)
+void hand_over(const download_job& job, const fetched_document& document)
 {
     if (IsCancelled(job.cancel_event))
         return;
-    if (!isPDF(cache_path.c_str())) {
+    if (!isPDF(document.path.c_str())) {
         log_debug("ACTIVEDOC DownloadPDFFile MISSING FILE");
         return;
     }
     if (IsCancelled(job.cancel_event))
         return;
-    if (SendCacheFile(job.window, cache_path))
+    if (!SendCacheFile(job.window, document.path))
+        return;
+    // A window that has another URL by now has refused the path.
+    if (job.version)
+        job.version->if_current(document.version, [&] { PostLoadFile(job.window); });
+    else
         PostLoadFile(job.window);
 }
 
-// The fetched file's path; empty when there is none.
-std::wstring fetch_document(const download_job& job)
+fetched_document fetch_document(const download_job& job)
 {
     // Made before the window is asked, which shows itself meanwhile and does not answer. Destroyed before the
     // file is handed over: Wine may lose a menu that another thread creates while a window is destroyed.
     transfer chosen(job);
     std::wstring url;
-    if (!RequestUrl(job.window, url))
+    std::uint32_t version = 0;
+    if (!request_whole_url(job, url, version))
         return {};
     log_debug("ACTIVEDOC DownloadPDFFile URL: ", url);
     const std::wstring cache_path = make_cache_path(url);
@@ -127,13 +158,13 @@ std::wstring fetch_document(const download_job& job)
         return {};
     }
     log_debug("ACTIVEDOC DownloadPDFFile CACHE:", cache_path);
-    return cache_path;
+    return {cache_path, version};
 }
 
 void download(const download_job& job)
 {
-    if (const std::wstring cache_path = fetch_document(job); !cache_path.empty())
-        hand_over(job, cache_path);
+    if (const fetched_document document = fetch_document(job); !document.path.empty())
+        hand_over(job, document);
 }
 
 } // namespace

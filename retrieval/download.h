@@ -8,6 +8,8 @@
 
 namespace quill {
 
+class url_version;
+
 // What the worker needs of an active document. All of it belongs to the document and must outlive the
 // download.
 struct download_job
@@ -15,6 +17,7 @@ struct download_job
     HWND window;         // answers and receives the messages of window_messages.h; may vanish at any time
     HANDLE cancel_event; // signalled: stop; may be null
     IUnknown* caller;    // only passed on to the system's URL download; may be null
+    url_version* version = nullptr; // of the URL that the window answers; null: it never changes
 };
 
 // The worker's whole work; runs on a thread of its own and always returns 0, its exit code. Reports by

@@ -10,7 +10,8 @@ namespace quill {
 
 // All of these may be called on any thread, with a window that vanishes at any time or is null.
 
-// The URL that the document is to be fetched from. False when the window does not answer or has none.
+// The URL that the document is to be fetched from. False when the window does not answer or has none. The
+// window is asked for the length first: what it returns is cut when the URL changes in between.
 bool RequestUrl(HWND window, std::wstring& url);
 
 // Reports progress; the status text is copied. False when the window did not take it.

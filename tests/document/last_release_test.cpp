@@ -2,7 +2,7 @@
 // document, or any other. The document is destroyed on its own thread.
 #include "tests/document/document_bench.h"
 #include "tests/document/document_messages.h"
-#include "tests/support/faults/import_table.h"
+#include "tests/document/import_replaced.h"
 #include "tests/support/http_server.h"
 #include "tests/support/scopes.h"
 #include "tests/support/wait.h"
@@ -14,32 +14,12 @@
 #include <algorithm>
 #include <atomic>
 #include <thread>
+#include <utility>
 
 namespace quill::test {
 namespace {
 
 constexpr UINT message_release = 0x8712;
-
-// In the module's place for an imported function while this lives.
-class import_replaced
-{
-public:
-    template <class Function>
-    import_replaced(HMODULE module, const char* name, Function* function)
-        : module_(module), name_(name),
-          original_(redirect_import(module, name, reinterpret_cast<code_address>(function)))
-    {
-        EXPECT_NE(original_, nullptr) << name << " is not imported";
-    }
-    ~import_replaced() { redirect_import(module_, name_, original_); }
-    import_replaced(const import_replaced&) = delete;
-    import_replaced& operator=(const import_replaced&) = delete;
-
-private:
-    HMODULE module_;
-    const char* name_;
-    code_address original_;
-};
 
 // Stands for a urlmon that holds its caller to the end of the download.
 struct holding_urlmon

@@ -125,23 +125,59 @@ QUILL_DOCUMENT_TEST(DocumentSecondLoad, ForgetsPageAndZoom)
     bench.close_in_order();
 }
 
+// The page's document is not one that was loaded before: the first load records its URL and does nothing
+// more.
+struct document_of_a_page
+{
+    explicit document_of_a_page(document_bench& bench) : page(L"http://host.test/page.html#page=3#zoom=40")
+    {
+        page.add(L"EMBED", L"application/pdf", L"element.pdf");
+        bench.host.container = page.container();
+        bench.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
+        bench.create();
+        bench.set_site();
+        bench.show();
+        bench.wait_for_failed_worker();
+    }
+
+    page_container page;
+};
+
+constexpr wchar_t element_url[] = L"quilltest://host.test/dir/element.pdf";
+
+QUILL_DOCUMENT_TEST(DocumentFirstLoad, KeepsTheElementOfThePage)
+{
+    const document_of_a_page document(bench);
+    EXPECT_EQ(bench.load_url(other_url), S_OK);
+    EXPECT_EQ(document_url(bench), element_url);
+    bench.close_in_order();
+    bench.release();
+}
+
+QUILL_DOCUMENT_TEST(DocumentFirstLoad, KeepsTheFileThatIsAboutToBeLoaded)
+{
+    const document_of_a_page document(bench);
+    const std::wstring path = bench.pdf();
+    EXPECT_EQ(bench.send_text(message_set_cache_file, 0, path.c_str()), 0);
+    EXPECT_TRUE(PostMessageW(bench.window(), message_load_file, 0, 0));
+    EXPECT_EQ(bench.load_url(other_url), S_OK);
+    pump_messages();
+    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{"1(BSTR " + to_utf8(path) + ")"});
+    bench.close_in_order();
+    bench.release();
+}
+
 QUILL_DOCUMENT_TEST(DocumentSecondLoad, ForgetsTheElementOfThePage)
 {
-    page_container page(L"http://host.test/page.html");
-    page.add(L"EMBED", L"application/pdf", L"element.pdf");
-    bench.host.container = page.container();
-    bench.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
-    bench.create();
-    bench.set_site();
-    bench.show();
-    EXPECT_EQ(document_url(bench), L"quilltest://host.test/dir/element.pdf");
-    bench.wait_for_failed_worker();
+    const document_of_a_page document(bench);
+    EXPECT_EQ(bench.load_url(unserved_url), S_OK);
     EXPECT_EQ(bench.load_url(other_url), S_OK);
     EXPECT_EQ(document_url(bench), other_url);
     show_again(bench);
     EXPECT_EQ(document_url(bench), other_url);
     wait_for_failed_workers(bench, 2);
     bench.close_in_order();
+    bench.release();
 }
 
 // The system's download service keeps handles of its own from the first use on: no balance here.

@@ -1,0 +1,203 @@
+// A URL that is loaded while the worker of the former one talks to the window.
+#include "tests/document/document_bench.h"
+#include "tests/document/document_messages.h"
+#include "tests/document/import_replaced.h"
+#include "tests/support/text.h"
+#include "tests/support/wait.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+#include <urlmon.h>
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+namespace quill::test {
+namespace {
+
+using lines = std::vector<std::string>;
+
+constexpr wchar_t longer_url[] = L"quilltest://host.test/a/much/longer/url/than/the/former/one/other.pdf";
+
+// Holds the worker at one of its messages, before it is sent or after it was handled.
+class held_worker
+{
+public:
+    enum class side
+    {
+        before,
+        after
+    };
+
+    held_worker(const document_bench& bench, UINT message, side where)
+        : message_(message), where_(where),
+          replaced_((instance_ = this, bench.module.handle()), "SendMessageTimeoutW", &send)
+    {
+    }
+    ~held_worker()
+    {
+        for (const HANDLE event : {is_there_, may_go_on_})
+            CloseHandle(event);
+    }
+    held_worker(const held_worker&) = delete;
+    held_worker& operator=(const held_worker&) = delete;
+
+    void wait_for_it() const
+    {
+        ASSERT_TRUE(wait_until([&] { return WaitForSingleObject(is_there_, 0) == WAIT_OBJECT_0; }));
+    }
+    void let_it_go_on() const { SetEvent(may_go_on_); }
+
+private:
+    static LRESULT WINAPI send(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT flags,
+                               UINT timeout, PDWORD_PTR result)
+    {
+        const bool is_held = message == instance_->message_ && !instance_->was_held_.exchange(true);
+        if (is_held && instance_->where_ == side::before)
+            instance_->hold();
+        const LRESULT sent = SendMessageTimeoutW(window, message, wparam, lparam, flags, timeout, result);
+        if (is_held && instance_->where_ == side::after)
+            instance_->hold();
+        return sent;
+    }
+
+    void hold() const
+    {
+        SetEvent(is_there_);
+        EXPECT_EQ(WaitForSingleObject(may_go_on_, default_deadline_ms), WAIT_OBJECT_0);
+    }
+
+    static inline held_worker* instance_ = nullptr;
+    UINT message_;
+    side where_;
+    std::atomic<bool> was_held_{false};
+    HANDLE is_there_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    HANDLE may_go_on_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    import_replaced replaced_; // last: the worker may call at once
+};
+
+HRESULT WINAPI download_small_pdf(IUnknown*, LPCWSTR, LPCWSTR path, DWORD, IBindStatusCallback*)
+{
+    EXPECT_TRUE(write_file(path, small_pdf));
+    return S_OK;
+}
+
+lines fetched_urls(const document_bench& bench)
+{
+    constexpr std::string_view beginning = "ACTIVEDOC DownloadPDFFile URL: ";
+    lines urls;
+    for (const std::string& line : bench.log.worker_lines())
+        if (line.rfind(beginning, 0) == 0)
+            urls.push_back(line.substr(beginning.size()));
+    return urls;
+}
+
+bool has_load_line(document_bench& bench)
+{
+    const auto logged = bench.take_log();
+    return std::any_of(logged.begin(), logged.end(),
+                       [](const std::string& line) { return line.rfind("@ LOADFILE", 0) == 0; });
+}
+
+// The answer would be cut to the former URL's length.
+QUILL_DOCUMENT_TEST(DocumentWorker, AsksAgainForAUrlThatIsLoadedBetweenItsLengthAndItself)
+{
+    const held_worker worker(bench, message_get_url, held_worker::side::before);
+    bench.show_url(unserved_url);
+    worker.wait_for_it();
+    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    worker.let_it_go_on();
+    bench.wait_for_failed_worker();
+    EXPECT_EQ(fetched_urls(bench), lines{to_utf8(longer_url)});
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentWorker, AsksAgainForAFirstUrlThatIsLoadedBetweenItsLengthAndItself)
+{
+    const held_worker worker(bench, message_get_url, held_worker::side::before);
+    bench.host.object_moniker.display_name = unserved_url;
+    bench.create();
+    bench.set_site();
+    bench.show();
+    worker.wait_for_it();
+    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    worker.let_it_go_on();
+    bench.wait_for_failed_worker();
+    EXPECT_EQ(fetched_urls(bench), lines{to_utf8(longer_url)});
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentWorker, EndsWhenAnotherUrlIsLoadedBehindItsOwn)
+{
+    const held_worker worker(bench, message_get_url, held_worker::side::after);
+    bench.show_url(unserved_url);
+    worker.wait_for_it();
+    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    worker.let_it_go_on();
+    bench.wait_for_no_worker();
+    EXPECT_EQ(fetched_urls(bench), lines{});
+    bench.close_in_order();
+}
+
+// The path of the host's own file, and the pane, are no longer that worker's.
+QUILL_DOCUMENT_TEST(DocumentWorker, AsksForNoLoadWhenAnotherUrlIsLoadedBehindItsFile)
+{
+    const import_replaced download(bench.module.handle(), "URLDownloadToFileW", &download_small_pdf);
+    const held_worker worker(bench, message_set_cache_file, held_worker::side::after);
+    bench.show_url(unserved_url);
+    worker.wait_for_it();
+    EXPECT_EQ(bench.load_file(bench.pdf()), S_OK);
+    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    bench.take_log();
+    worker.let_it_go_on();
+    bench.wait_for_no_worker();
+    pump_messages();
+    EXPECT_FALSE(has_load_line(bench));
+    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
+    EXPECT_NE(GetWindowLongW(bench.pane(), GWL_STYLE) & WS_VISIBLE, 0);
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentWorker, DoesNotLoadWhenAnotherUrlIsLoadedBehindItsRequest)
+{
+    bench.show_url(unserved_url);
+    bench.wait_for_failed_worker();
+    EXPECT_EQ(bench.load_file(bench.pdf()), S_OK);
+    bench.take_log();
+    EXPECT_TRUE(PostMessageW(bench.window(), message_load_file, 0, 0));
+    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    pump_messages();
+    EXPECT_FALSE(has_load_line(bench));
+    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
+    EXPECT_NE(GetWindowLongW(bench.pane(), GWL_STYLE) & WS_VISIBLE, 0);
+    bench.close_in_order();
+}
+
+// Only a running worker is outdated by another URL.
+QUILL_DOCUMENT_TEST(DocumentWorker, ThatHasEndedIsNotTakenForTheSender)
+{
+    bench.show_url(unserved_url);
+    bench.wait_for_failed_worker();
+    bench.wait_for_no_worker();
+    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    const std::wstring path = bench.pdf();
+    const HWND window = bench.window();
+    std::atomic<bool> is_sent{false};
+    std::thread sender([&] {
+        DWORD_PTR result = 1;
+        EXPECT_NE(SendMessageTimeoutW(window, message_set_cache_file, 0,
+                                      reinterpret_cast<LPARAM>(path.c_str()), SMTO_ABORTIFHUNG,
+                                      default_deadline_ms, &result),
+                  0);
+        is_sent = true;
+    });
+    EXPECT_TRUE(wait_until([&] { return is_sent.load(); }));
+    sender.join();
+    EXPECT_EQ(bench.send(message_load_file), 0);
+    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{"1(BSTR " + to_utf8(path) + ")"});
+    bench.close_in_order();
+}
+
+} // namespace
+} // namespace quill::test
