@@ -41,6 +41,17 @@ TEST(CacheFileName, IsUntitledForANameThatNoFileCanHave)
     }
 }
 
+// An escaped zero ends the URL: no part of a name that no file can have is left.
+TEST(CacheFileName, EndsAtAnEscapedZero)
+{
+    EXPECT_EQ(CacheFileName(L"http://h/a%00b.pdf"), L"a");
+    EXPECT_EQ(CacheFileName(L"http://h/a.pdf%00.exe"), L"a.pdf");
+    EXPECT_EQ(CacheFileName(L"http://h/%00.pdf"), L"Untitled.pdf");
+    EXPECT_EQ(CacheFileName(L"http://h/nul%00.pdf"), L"Untitled.pdf");
+    EXPECT_EQ(CacheFileName(L"http://h/x.pdf?a=%00b.pdf"), L"x.pdf");
+    EXPECT_EQ(CacheFileName(L"http://h/get.aspx?f=a%00.pdf"), L"Untitled.pdf");
+}
+
 TEST(CacheFileName, IsUntitledForADevice)
 {
     for (const wchar_t* name :
