@@ -2,6 +2,7 @@
 // file or merges its menu: nothing is done for the closed window afterwards.
 #include "tests/document/document_bench.h"
 #include "tests/document/document_messages.h"
+#include "tests/document/page_container.h"
 #include "tests/support/balance.h"
 
 #include <gtest/gtest.h>
@@ -283,6 +284,46 @@ INSTANTIATE_TEST_SUITE_P(
                     creation_call{"IOleClientSite::GetMoniker", "IOleClientSite::GetMoniker 4 3", true},
                     creation_call{"IOleClientSite::GetMoniker", "IOleClientSite::GetMoniker 4 1", true},
                     creation_call{"IOleClientSite::GetContainer", "IOleClientSite::GetContainer", true}));
+
+// The frame takes the first window's menu behind its call for the second one's.
+QUILL_DOCUMENT_TEST(DocumentClosedWhileLoading, AndShownAgainInsideSetMenu)
+{
+    once_inside(bench, "IOleInPlaceFrame::SetMenu", "IOleInPlaceFrame::SetMenu menu", [&] {
+        bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+        EXPECT_EQ(bench.host.view->Show(TRUE), S_OK);
+        EXPECT_NE(bench.window(), nullptr);
+    });
+    bench.show_file(bench.pdf());
+    const lines calls = menu_calls(bench);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), unmerged), 1) << testing::PrintToString(calls);
+    bench.close_in_order();
+    expect_no_menu(bench);
+}
+
+// What the page says belongs to the window that asked it.
+QUILL_DOCUMENT_TEST(DocumentClosedWhileAsking, ThePagesPageAndZoomAreNotTheNextWindows)
+{
+    page_container page(L"http://host.test/page.html#page=3#zoom=40");
+    page.add(L"EMBED", L"application/pdf", L"x.pdf");
+    bench.host.container = page.container();
+    bench.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
+    bench.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
+    once_inside(bench, "IOleClientSite::GetContainer", "IOleClientSite::GetContainer", [&] {
+        bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+        bench.load_file(bench.pdf());
+        EXPECT_EQ(bench.host.view->Show(TRUE), S_OK);
+    });
+    bench.create();
+    bench.set_site();
+    bench.do_verb(OLEIVERB_SHOW);
+    EXPECT_NE(bench.window(), nullptr);
+    bench.viewer.forget_calls();
+    EXPECT_EQ(bench.send(message_load_file), 0);
+    EXPECT_EQ(bench.viewer.texts(viewer_go_to_page), lines{"4(I4 1)"});
+    EXPECT_EQ(bench.viewer.texts(viewer_set_zoom), lines{"9(R8 0.5)"});
+    bench.close_in_order();
+    bench.release();
+}
 
 } // namespace
 } // namespace quill::test

@@ -206,6 +206,37 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenNoMessageIsTaken)
     expect_destroyed_here(bench, bench.take_log());
 }
 
+// The window that was told of the reference is replaced by another one before it gets the message.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowThatReplacesTheOneThatWasTold)
+{
+    bench.show_file(bench.pdf());
+    const HWND window = bench.window();
+    IUnknown* const reference = reference_to(bench);
+    host_drops_everything(bench);
+    bench.take_log();
+    bool is_replaced = false;
+    HWND second = nullptr;
+    bench.host.calls.when("IOleInPlaceFrame::SetMenu", [&] {
+        if (std::exchange(is_replaced, true))
+            return;
+        Microsoft::WRL::ComPtr<IUnknown> document(reference);
+        Microsoft::WRL::ComPtr<IOleInPlaceObject> in_place;
+        Microsoft::WRL::ComPtr<IOleDocumentView> view;
+        ASSERT_EQ(document.As(&in_place), S_OK);
+        ASSERT_EQ(document.As(&view), S_OK);
+        in_place->InPlaceDeactivate();
+        EXPECT_EQ(view->Show(TRUE), S_OK);
+        in_place->GetWindow(&second);
+    });
+    release_on_other_thread(reference);
+    DestroyWindow(window);
+    ASSERT_TRUE(is_replaced);
+    ASSERT_TRUE(IsWindow(second));
+    EXPECT_NE(second, window);
+    EXPECT_TRUE(DestroyWindow(second));
+    expect_destroyed_here(bench, bench.take_log());
+}
+
 // Any program can send the window a message.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsNotToBeForged)
 {

@@ -40,6 +40,8 @@ const last_call last_calls[] = {
      on<IOleDocumentView>([](IOleDocumentView& view) { view.Show(FALSE); })},
     {"UIActivateFalse", "IOleInPlaceFrame::SetActiveObject", activation_order::site_then_ui_activate,
      on<IOleDocumentView>([](IOleDocumentView& view) { view.UIActivate(FALSE); })},
+    {"UIActivateTrue", "IOleInPlaceFrame::SetBorderSpace", activation_order::create_view_with_site,
+     on<IOleDocumentView>([](IOleDocumentView& view) { view.UIActivate(TRUE); })},
     {"CloseView", "IOleInPlaceSite::OnUIDeactivate", activation_order::site_then_ui_activate,
      on<IOleDocumentView>([](IOleDocumentView& view) { view.CloseView(0); })},
     {"CloseViewOfAnInPlaceActive", "IOleInPlaceSite::OnInPlaceDeactivate",
@@ -156,5 +158,55 @@ TEST_F(DocumentReleasedWhile, ItsMonikerIsAsked)
     EXPECT_TRUE(is_destroyed(bench));
 }
 
+// Runs an action once, behind the window procedure's handling of a window's new position.
+class after_placing
+{
+public:
+    after_placing(HWND window, std::function<void()> action) : window_(window), action_(std::move(action))
+    {
+        instance_ = this;
+        hook_ = SetWindowsHookExW(WH_CALLWNDPROCRET, &procedure, nullptr, GetCurrentThreadId());
+        EXPECT_NE(hook_, nullptr);
+    }
+    ~after_placing() { UnhookWindowsHookEx(hook_); }
+    after_placing(const after_placing&) = delete;
+    after_placing& operator=(const after_placing&) = delete;
+
+private:
+    static LRESULT CALLBACK procedure(int code, WPARAM wparam, LPARAM lparam)
+    {
+        const auto& returned = *reinterpret_cast<const CWPRETSTRUCT*>(lparam);
+        if (code == HC_ACTION && returned.message == WM_WINDOWPOSCHANGED &&
+            returned.hwnd == instance_->window_ && instance_->action_)
+            std::exchange(instance_->action_, nullptr)();
+        return CallNextHookEx(nullptr, code, wparam, lparam);
+    }
+
+    static inline after_placing* instance_ = nullptr;
+    HWND window_;
+    std::function<void()> action_;
+    HHOOK hook_ = nullptr;
+};
+
+TEST_F(DocumentReleasedWhile, ItsViewIsPlaced)
+{
+    bench.show_file(bench.pdf());
+    IOleDocumentView* const view = bench.as<IOleDocumentView>().Get();
+    bool is_released = false;
+    bench.take_log();
+    const after_placing placing(bench.window(), [&] {
+        is_released = true;
+        bench.host.view.Reset();
+        bench.host.document = nullptr;
+        bench.document.Reset();
+        bench.host.frame.drop_active_object();
+        EXPECT_FALSE(is_destroyed(bench)) << "destroyed with its own method on the stack";
+    });
+    RECT smaller{10, 20, 210, 220};
+    EXPECT_EQ(view->SetRect(&smaller), S_OK);
+    EXPECT_TRUE(is_released);
+    EXPECT_TRUE(is_destroyed(bench));
+    EXPECT_EQ(bench.host.site.references(), 0);
+}
 } // namespace
 } // namespace quill::test

@@ -102,5 +102,61 @@ QUILL_DOCUMENT_TEST(DocumentSite, IsReleasedWithTheDocument)
     bench.release(); // checks the site's references
 }
 
+// The in-place site that was asked of the client site; null without one.
+ComPtr<IOleInPlaceSite> in_place_site_of(const document_bench& bench)
+{
+    ComPtr<IOleInPlaceSite> site;
+    EXPECT_EQ(bench.as<IOleDocumentView>()->GetInPlaceSite(&site), S_OK);
+    return site;
+}
+
+// A document that found its in-place site by itself, no longer active.
+void activate_without_a_view(document_bench& bench)
+{
+    bench.host.site.offered.document_site = false;
+    bench.create();
+    bench.set_site();
+    bench.load_file(bench.pdf());
+    EXPECT_EQ(bench.do_verb(OLEIVERB_SHOW), S_OK);
+    EXPECT_NE(bench.window(), nullptr);
+    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(in_place_site_of(bench).Get(), bench.host.site.in_place_site());
+}
+
+QUILL_DOCUMENT_TEST(DocumentSite, ItsInPlaceSiteGoesWithIt)
+{
+    document_host other;
+    other.site.offered.document_site = false;
+    activate_without_a_view(bench);
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
+    EXPECT_EQ(bench.host.site.references(), 0);
+    EXPECT_EQ(in_place_site_of(bench), nullptr);
+    EXPECT_EQ(bench.as<IOleObject>()->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, 0, nullptr, nullptr), S_OK);
+    EXPECT_EQ(other.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
+    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    bench.release();
+}
+
+QUILL_DOCUMENT_TEST(DocumentSite, SetAgainIsAskedForItsInPlaceSiteAgain)
+{
+    activate_without_a_view(bench);
+    EXPECT_EQ(bench.set_site(), S_OK);
+    EXPECT_EQ(bench.do_verb(OLEIVERB_SHOW), S_OK);
+    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 2);
+    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(bench.host.site.references(), 0);
+}
+
+// Given by the host, it is no longer the client site's own, also when it is the same object.
+QUILL_DOCUMENT_TEST(DocumentSite, TheInPlaceSiteOfAViewStays)
+{
+    activate_without_a_view(bench);
+    EXPECT_EQ(bench.as<IOleDocumentView>()->SetInPlaceSite(bench.host.site.in_place_site()), S_OK);
+    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(in_place_site_of(bench).Get(), bench.host.site.in_place_site());
+    bench.release();
+}
+
 } // namespace
 } // namespace quill::test

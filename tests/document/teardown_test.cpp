@@ -196,5 +196,58 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, DeactivatedFromInsideItsDeactivationIsTold
     }
 }
 
+std::ptrdiff_t ends_of_window(document_bench& bench)
+{
+    const auto logged = bench.take_log();
+    return std::count(logged.begin(), logged.end(), "@ OnDestroy");
+}
+
+// Any program can send the window a message.
+QUILL_DOCUMENT_TEST(DocumentTeardown, AForgedEndOfTheWindowKeepsNoReference)
+{
+    bench.show_file(bench.pdf());
+    const ULONG before = bench.document.Get()->AddRef();
+    EXPECT_EQ(bench.send(WM_DESTROY), 0);
+    EXPECT_EQ(bench.send(WM_DESTROY), 0);
+    DestroyWindow(bench.window());
+    EXPECT_EQ(bench.document.Get()->Release(), before - 1);
+    take_down_in(bench, "UHIVPCS");
+}
+
+QUILL_DOCUMENT_TEST(DocumentTeardown, ReleasedFromInsideTheWindowsEndDestroysItOnce)
+{
+    bench.show_file(bench.pdf());
+    const HWND window = bench.window();
+    bench.host.calls.when("IOleInPlaceFrame::SetMenu", [&] {
+        bench.host.view.Reset();
+        bench.host.document = nullptr;
+        bench.document.Reset();
+        bench.host.frame.drop_active_object();
+    });
+    bench.take_log();
+    EXPECT_TRUE(DestroyWindow(window));
+    EXPECT_FALSE(bench.document);
+    EXPECT_EQ(ends_of_window(bench), 1);
+    EXPECT_EQ(bench.host.site.references(), 0);
+}
+
+// A host may have a key translated while it closes the document.
+QUILL_DOCUMENT_TEST(DocumentTeardown, AFrameAskedForInsideTheDeactivationIsReleased)
+{
+    bench.host.order = activation_order::site_then_ui_activate;
+    bench.show_file(bench.pdf());
+    bench.host.calls.when("IOleInPlaceSite::OnUIDeactivate", [&] {
+        MSG key{};
+        key.message = WM_KEYDOWN;
+        key.wParam = 'X';
+        const int before = bench.host.frame.references();
+        bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key);
+        EXPECT_EQ(bench.host.frame.references(), before + 1);
+    });
+    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(bench.host.frame.references(), 0);
+    bench.close_in_order();
+}
+
 } // namespace
 } // namespace quill::test
