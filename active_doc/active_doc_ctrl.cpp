@@ -36,7 +36,9 @@ ULONG CActiveDocCtrl::InternalRelease() noexcept
     // releases it, on the window's thread.
     for (;;) {
         const LONG count = InterlockedCompareExchange(&m_dwRef, 0, 0);
-        if (count == 1 && last_reference_.transfer())
+        if (count == 1 &&
+            (last_reference_.transfer() ||
+             (holds_of_host() && thread_release_.transfer(GetUnknown(), last_reference_.thread()))))
             return 1;
         if (InterlockedCompareExchange(&m_dwRef, count - 1, count) == count)
             return static_cast<ULONG>(count - 1);
@@ -164,6 +166,12 @@ CComPtr<IOleInPlaceFrame> CActiveDocCtrl::frame_of_site(OLEINPLACEFRAMEINFO& inf
         context.Ask(site);
     info = context.info;
     return context.frame;
+}
+
+bool CActiveDocCtrl::holds_of_host() const
+{
+    return m_spClientSite || m_spInPlaceSite || m_spAmbientDispatch || m_spAdviseSink ||
+           m_spOleAdviseHolder || m_spDataAdviseHolder || document_site_ || frame_ || viewer_;
 }
 
 bool CActiveDocCtrl::hold_frame()

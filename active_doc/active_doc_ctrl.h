@@ -8,6 +8,7 @@
 #include "active_doc/last_reference.h"
 #include "active_doc/ole_document_impl.h"
 #include "active_doc/ole_document_view_impl.h"
+#include "active_doc/thread_release.h"
 #include "active_doc/window_lifetime.h"
 #include "platform/unique_handle.h"
 #include "retrieval/download.h"
@@ -214,10 +215,13 @@ private:
     // The frame of the in-place site, null when the site gives none. The caller owns the reference.
     ATL::CComPtr<IOleInPlaceFrame> frame_of_site(OLEINPLACEFRAMEINFO& info) const;
     bool hold_frame();
+    // Whether it holds any object of the apartment.
+    bool holds_of_host() const;
 
     const void* address() const { return static_cast<const void*>(this); }
 
     quill::last_reference last_reference_;
+    quill::thread_release thread_release_;
     quill::window_lifetime window_lifetime_;
 
     bool has_document_site_ = false;

@@ -18,6 +18,7 @@ public:
     last_reference(const last_reference&) = delete;
     last_reference& operator=(const last_reference&) = delete;
 
+    DWORD thread() const noexcept { return thread_; }
     bool is_own_thread() const noexcept { return GetCurrentThreadId() == thread_; }
 
     // The document's thread: its window can take a reference from now on.
@@ -27,7 +28,7 @@ public:
     [[nodiscard]] bool take() noexcept;
 
     // Another thread, with the only reference. True: it is transferred, and the document may be gone. False:
-    // there is no window, and no message could reach the document's thread: the caller destroys it.
+    // there is no window that a message could be sent to.
     [[nodiscard]] bool transfer() noexcept;
 
 private:

@@ -206,6 +206,69 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenNoMessageIsTaken)
     expect_destroyed_here(bench, bench.take_log());
 }
 
+// The document holds its site and no window.
+IUnknown* last_reference_without_window(document_bench& bench)
+{
+    bench.show_file(bench.pdf());
+    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    IUnknown* const reference = reference_to(bench);
+    host_drops_everything(bench);
+    bench.take_log();
+    return reference;
+}
+
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowWaitsForTheThreadOfItsHost)
+{
+    IUnknown* const reference = last_reference_without_window(bench);
+    release_on_other_thread(reference);
+    EXPECT_NE(bench.host.site.references(), 0) << "the host's site was released on the other thread";
+    EXPECT_TRUE(wait_until([&] { return bench.host.site.references() == 0; }));
+    expect_destroyed_here(bench, bench.take_log());
+}
+
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithASiteAndNeverAWindowWaitsForTheThreadOfItsHost)
+{
+    bench.create();
+    bench.set_site();
+    IUnknown* const reference = reference_to(bench);
+    host_drops_everything(bench);
+    bench.take_log();
+    release_on_other_thread(reference);
+    EXPECT_NE(bench.host.site.references(), 0) << "the host's site was released on the other thread";
+    EXPECT_TRUE(wait_until([&] { return bench.host.site.references() == 0; }));
+    expect_destroyed_here(bench, bench.take_log());
+}
+
+// No message is needed to wake a thread that has messages.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowReachesAThreadWithAFullQueue)
+{
+    const import_replaced post(
+        bench.module.handle(), "PostThreadMessageW", +[](DWORD, UINT, WPARAM, LPARAM) -> BOOL {
+            SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+            return FALSE;
+        });
+    IUnknown* const reference = last_reference_without_window(bench);
+    EXPECT_TRUE(PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0));
+    release_on_other_thread(reference);
+    EXPECT_TRUE(wait_until([&] { return bench.host.site.references() == 0; }));
+    expect_destroyed_here(bench, bench.take_log());
+}
+
+// Nothing could reach it later.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowIsDestroyedAtOnceForAThreadThatTakesNoMessages)
+{
+    const import_replaced post(
+        bench.module.handle(), "PostThreadMessageW", +[](DWORD, UINT, WPARAM, LPARAM) -> BOOL {
+            SetLastError(ERROR_INVALID_THREAD_ID);
+            return FALSE;
+        });
+    IUnknown* const reference = last_reference_without_window(bench);
+    release_on_other_thread(reference);
+    EXPECT_EQ(bench.host.site.references(), 0);
+    EXPECT_EQ(bench.module.can_unload_now(), S_OK);
+    pump_messages();
+}
+
 // The window that was told of the reference is replaced by another one before it gets the message.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowThatReplacesTheOneThatWasTold)
 {

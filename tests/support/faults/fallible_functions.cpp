@@ -148,7 +148,7 @@ void add_windows(functions& all)
 {
     add(all, {way<0, ERROR_NOT_ENOUGH_MEMORY>("nothing")},
         {"BeginPaint", "CreateMenu", "CreateWindowExW", "GetDC", "LoadCursorW", "LoadMenuW", "LoadStringW",
-         "RegisterClassExW", "RegisterWindowMessageW", "SetPropW", "SetWindowRgn"});
+         "RegisterClassExW", "RegisterWindowMessageW", "SetPropW", "SetWindowRgn", "SetWindowsHookExW"});
     add(all, {way<0, ERROR_INVALID_PARAMETER>("nothing")},
         {"DrawTextW", "FillRect", "FindWindowExW", "GetAncestor", "GetClientRect", "GetFocus", "GetWindow",
          "GetWindowThreadProcessId", "InvalidateRect", "RedrawWindow", "RemoveMenu", "SetFocus",
