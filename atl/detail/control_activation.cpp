@@ -96,11 +96,9 @@ HRESULT CComControlBase::EnterUI(IOleInPlaceSite* pSite, const InPlaceContext& w
     SetControlFocus(TRUE);
     CComPtr<IOleInPlaceActiveObject> active;
     ControlQueryInterface(IID_IOleInPlaceActiveObject, reinterpret_cast<void**>(&active));
-    if (active && m_bUIActive) {
-        if (where.frame)
-            where.frame->SetActiveObject(active, nullptr);
-        if (where.document)
-            where.document->SetActiveObject(active, nullptr);
+    if (active) {
+        SetActiveObjectOf(where.frame, active);
+        SetActiveObjectOf(where.document, active);
     }
     // No border space is wanted: the host keeps its own tool bars.
     if (where.frame && m_bUIActive)
@@ -108,6 +106,16 @@ HRESULT CComControlBase::EnterUI(IOleInPlaceSite* pSite, const InPlaceContext& w
     if (where.document && m_bUIActive)
         where.document->SetBorderSpace(nullptr);
     return S_OK;
+}
+
+void CComControlBase::SetActiveObjectOf(IOleInPlaceUIWindow* pWindow, IOleInPlaceActiveObject* pActive)
+{
+    if (!pWindow || !m_bUIActive)
+        return;
+    pWindow->SetActiveObject(pActive, nullptr);
+    // The window may have taken the object only after a deactivation inside that call.
+    if (!m_bUIActive)
+        pWindow->SetActiveObject(nullptr, nullptr);
 }
 
 void CComControlBase::LeaveInPlace(IOleInPlaceSite* pSite)

@@ -113,6 +113,7 @@ private:
     HRESULT EnterInPlace(IOleInPlaceSite* pSite);
     HRESULT ShowInPlace(IOleInPlaceSite* pSite, InPlaceContext& where);
     HRESULT EnterUI(IOleInPlaceSite* pSite, const InPlaceContext& where);
+    void SetActiveObjectOf(IOleInPlaceUIWindow* pWindow, IOleInPlaceActiveObject* pActive);
     void LeaveInPlace(IOleInPlaceSite* pSite);
     HRESULT UIActivateByUser();
     void TellSiteOfFocus(BOOL bGotFocus);

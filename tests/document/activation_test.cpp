@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <ole2.h>
 
+#include <utility>
+
 namespace quill::test {
 namespace {
 
@@ -257,5 +259,23 @@ QUILL_DOCUMENT_TEST(DocumentActivation, AFailedWindowContextGivesNoFrame)
         EXPECT_EQ(bench.host.calls.count(std::string("IOleInPlaceFrame::") + method), 0) << method;
 }
 
+// A frame that deactivates the document before it takes it for its active object.
+QUILL_DOCUMENT_TEST(DocumentActivation, DeactivatedInsideSetActiveObjectIsNotTheFramesObject)
+{
+    bench.host.order = activation_order::site_then_ui_activate;
+    bool is_deactivated = false;
+    bench.host.calls.when("IOleInPlaceFrame::SetActiveObject", [&] {
+        if (std::exchange(is_deactivated, true))
+            return;
+        EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    });
+    bench.create();
+    bench.set_site();
+    bench.load_file(bench.pdf());
+    bench.do_verb(OLEIVERB_SHOW);
+    EXPECT_TRUE(is_deactivated);
+    EXPECT_EQ(bench.host.frame.active_object(), nullptr);
+    bench.release();
+}
 } // namespace
 } // namespace quill::test
