@@ -25,6 +25,26 @@ enum class finding
     failed
 };
 
+// What the call gives. A failed call's out value is not a reference: it is neither used nor released.
+template <class Interface, class Call>
+bool receive(CComPtr<Interface>& received, const Call& call)
+{
+    Interface* out = nullptr;
+    if (FAILED(call(&out)))
+        return false;
+    received.Attach(out);
+    return out != nullptr;
+}
+
+template <class Call>
+HRESULT receive(CComBSTR& received, const Call& call)
+{
+    BSTR out = nullptr;
+    const HRESULT result = call(&out);
+    received.Attach(SUCCEEDED(result) ? out : nullptr);
+    return result;
+}
+
 std::wstring_view view_of(BSTR text) noexcept
 {
     return {text, SysStringLen(text)};
@@ -41,9 +61,10 @@ struct level
 bool open_level(IHTMLElement* element, level& opened)
 {
     CComPtr<IDispatch> children;
-    if (FAILED(element->get_children(&children)) || !children)
+    if (!receive(children, [&](IDispatch** out) { return element->get_children(out); }))
         return false;
-    if (FAILED(children->QueryInterface(IID_PPV_ARGS(&opened.children))) || !opened.children)
+    if (!receive(opened.children,
+                 [&](IHTMLElementCollection** out) { return children->QueryInterface(IID_PPV_ARGS(out)); }))
         return false;
     return SUCCEEDED(opened.children->get_length(&opened.length));
 }
@@ -55,12 +76,12 @@ bool next_child(level& from, CComPtr<IHTMLElement>& child, element_kind& kind)
     index.vt = VT_I4;
     index.lVal = from.next++;
     CComPtr<IDispatch> item;
-    if (FAILED(from.children->item(index, index, &item)) || !item)
+    if (!receive(item, [&](IDispatch** out) { return from.children->item(index, index, out); }))
         return false;
-    if (FAILED(item->QueryInterface(IID_PPV_ARGS(&child))) || !child)
+    if (!receive(child, [&](IHTMLElement** out) { return item->QueryInterface(IID_PPV_ARGS(out)); }))
         return false;
     CComBSTR tag;
-    if (FAILED(child->get_tagName(&tag)) || !tag)
+    if (FAILED(receive(tag, [&](BSTR* out) { return child->get_tagName(out); })) || !tag)
         return false;
     kind = kind_of_tag(view_of(tag));
     return true;
@@ -72,7 +93,11 @@ bool get_attribute(IHTMLElement* element, const wchar_t* name, CComVariant& valu
     text.Attach(SysAllocString(name));
     if (!text)
         throw std::bad_alloc();
-    return SUCCEEDED(element->getAttribute(text, attribute_as_text, &value));
+    VARIANT out{};
+    if (FAILED(element->getAttribute(text, attribute_as_text, &out)))
+        return false;
+    static_cast<VARIANT&>(value) = out;
+    return true;
 }
 
 finding find_type(IHTMLElement* element)
@@ -85,7 +110,7 @@ finding find_type(IHTMLElement* element)
     if (type.vt != VT_NULL && type.vt != VT_EMPTY)
         return finding::not_pdf;
     CComBSTR html;
-    if (FAILED(element->get_outerHTML(&html)))
+    if (FAILED(receive(html, [&](BSTR* out) { return element->get_outerHTML(out); })))
         return finding::failed;
     return source_states_pdf_type(view_of(html)) ? finding::pdf : finding::not_pdf;
 }
@@ -111,19 +136,17 @@ finding examine(const embedded_request& request, IHTMLElement* element, element_
 bool find_page(IOleClientSite* site, CComPtr<IHTMLDocument2>& page, CComPtr<IHTMLElement>& body)
 {
     CComPtr<IOleContainer> container;
-    if (!site || FAILED(site->GetContainer(&container)) || !container)
-        return false;
-    if (FAILED(container->QueryInterface(IID_PPV_ARGS(&page))) || !page)
-        return false;
-    return SUCCEEDED(page->get_body(&body)) && body;
+    return site && receive(container, [&](IOleContainer** out) { return site->GetContainer(out); }) &&
+           receive(page,
+                   [&](IHTMLDocument2** out) { return container->QueryInterface(IID_PPV_ARGS(out)); }) &&
+           receive(body, [&](IHTMLElement** out) { return page->get_body(out); });
 }
 
 void read_page_address(IHTMLDocument2* page, embedded_request& request)
 {
     CComBSTR address;
     // Without an address nothing is asked for; the search goes on.
-    if (FAILED(page->get_URL(&address)))
-        address.Empty();
+    receive(address, [&](BSTR* out) { return page->get_URL(out); });
     request.page = page_url_number(view_of(address), L"page");
     request.zoom = page_url_number(view_of(address), L"zoom");
 }

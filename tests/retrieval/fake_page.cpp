@@ -103,6 +103,10 @@ public:
         const HRESULT result = page_.enter(wanted == L"TYPE" ? "TYPE" : "reference");
         if (result == S_FALSE && page_.how == fault::null_result)
             V_VT(out) = VT_NULL;
+        if (FAILED(result) && page_.how == fault::error_leaving_value) {
+            V_VT(out) = VT_UNKNOWN;
+            V_UNKNOWN(out) = untouchable();
+        }
         if (result != S_OK)
             return result == S_FALSE ? S_OK : result;
         const auto found = self().attributes.find(wanted);
@@ -280,7 +284,32 @@ HRESULT fake_page::enter(const char* call)
     calls_.emplace_back(call);
     if (calls_.size() != faulty_call)
         return S_OK;
-    return how == fault::error ? E_FAIL : S_FALSE;
+    return how == fault::error || how == fault::error_leaving_value ? E_FAIL : S_FALSE;
+}
+
+IUnknown* untouchable()
+{
+    struct object final : IUnknown
+    {
+        STDMETHODIMP QueryInterface(REFIID, void** out) override
+        {
+            ADD_FAILURE() << "a failed call's value is asked for an interface";
+            *out = nullptr;
+            return E_NOINTERFACE;
+        }
+        STDMETHODIMP_(ULONG) AddRef() override
+        {
+            ADD_FAILURE() << "a failed call's value is referenced";
+            return 2;
+        }
+        STDMETHODIMP_(ULONG) Release() override
+        {
+            ADD_FAILURE() << "a failed call's value is released";
+            return 1;
+        }
+    };
+    static object instance;
+    return &instance;
 }
 
 } // namespace quill::test

@@ -12,6 +12,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace quill::test {
@@ -34,10 +35,14 @@ struct fake_element
 // How a call goes wrong.
 enum class fault
 {
-    error,       // it fails
-    null_result, // it succeeds and gives nothing
-    untouched    // it succeeds and leaves its out argument as it was
+    error,               // it fails
+    error_leaving_value, // it fails with a value in its out argument, which is not the caller's
+    null_result,         // it succeeds and gives nothing
+    untouched            // it succeeds and leaves its out argument as it was
 };
+
+// What a failed call may leave: fails the test when it is used or released.
+IUnknown* untouchable();
 
 // The page outlives what it hands out; live() tells how much of that is still held.
 class fake_page
@@ -86,6 +91,10 @@ public:
         const HRESULT result = enter(call);
         if (result == S_FALSE && how == fault::null_result)
             *out = Out{};
+        // Texts are left out: they are freed without being asked.
+        if constexpr (std::is_pointer_v<Out> && !std::is_same_v<Out, BSTR>)
+            if (FAILED(result) && how == fault::error_leaving_value)
+                *out = reinterpret_cast<Out>(untouchable());
         return result;
     }
     void count(long change) { live_ += change; }
