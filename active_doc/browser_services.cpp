@@ -42,17 +42,20 @@ ATL::CComPtr<IWebBrowser2> web_browser(IOleClientSite* site)
 std::optional<std::wstring> browser_location(IOleClientSite* site)
 {
     const auto browser = web_browser(site);
-    ATL::CComBSTR address;
-    if (!browser || FAILED(browser->get_LocationURL(&address)) || !address)
+    BSTR given = nullptr;
+    if (!browser || FAILED(browser->get_LocationURL(&given)) || !given)
         return std::nullopt;
+    ATL::CComBSTR address;
+    address.Attach(given);
     return std::wstring(address, address.Length());
 }
 
 std::optional<std::wstring> moniker_name(IMoniker* moniker)
 {
-    unique_com_string text;
-    if (!moniker || FAILED(moniker->GetDisplayName(nullptr, nullptr, text.put())) || !text)
+    LPOLESTR given = nullptr;
+    if (!moniker || FAILED(moniker->GetDisplayName(nullptr, nullptr, &given)) || !given)
         return std::nullopt;
+    const unique_com_string text(given);
     return std::wstring(text.get());
 }
 

@@ -65,10 +65,12 @@ HRESULT CComControlBase::GetAmbientProperty(DISPID dispid, VARIANT& var) noexcep
 
 HRESULT CComControlBase::GetAmbientUserMode(BOOL& bUserMode) noexcept
 {
-    CComVariant var;
-    const HRESULT hr = GetAmbientProperty(DISPID_AMBIENT_USERMODE, var);
+    VARIANT given{};
+    const HRESULT hr = GetAmbientProperty(DISPID_AMBIENT_USERMODE, given);
     if (FAILED(hr))
-        return hr;
+        return hr; // what it left is neither used nor freed
+    CComVariant var;
+    static_cast<VARIANT&>(var) = given;
     if (var.vt != VT_BOOL)
         return DISP_E_TYPEMISMATCH;
     bUserMode = var.boolVal != VARIANT_FALSE;

@@ -202,5 +202,15 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, HideHidesTheWindow)
     bench.close_in_order();
 }
 
+QUILL_DOCUMENT_TEST(DocumentVerbs, WhatAFailedUserModeLeavesIsNotReleased)
+{
+    bench.host.site.offered.ambient_properties = true;
+    bench.host.site.failed_property_leaves = static_cast<IUnknown*>(&bench.host.browser);
+    bench.show_file(bench.pdf());
+    EXPECT_EQ(bench.do_verb(OLEIVERB_PRIMARY), S_OK);
+    EXPECT_GE(bench.host.calls.count("IDispatch::Invoke"), 1);
+    EXPECT_EQ(bench.host.browser.references(), 0);
+    bench.close_in_order();
+}
 } // namespace
 } // namespace quill::test

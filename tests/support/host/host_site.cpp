@@ -231,9 +231,13 @@ STDMETHODIMP host_site::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*)
     return unexpected("IDispatch::GetIDsOfNames");
 }
 
-STDMETHODIMP host_site::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*)
+STDMETHODIMP host_site::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*)
 {
     arrive("IDispatch::Invoke", std::to_string(id));
+    if (result && failed_property_leaves) {
+        result->vt = VT_UNKNOWN;
+        result->punkVal = failed_property_leaves;
+    }
     return DISP_E_MEMBERNOTFOUND;
 }
 

@@ -32,6 +32,8 @@ public:
     site_interfaces offered;
     // What a GetWindowContext that fails leaves in its out values, without a reference.
     IOleInPlaceFrame* failure_leaves = nullptr;
+    // What an Invoke that fails leaves in its result, without a reference.
+    IUnknown* failed_property_leaves = nullptr;
 
     IOleClientSite* client_site() { return this; }
     IOleInPlaceSite* in_place_site() { return this; }
