@@ -42,6 +42,25 @@ Result NoThrow(const Callable& callable, std::type_identity_t<Result> fallback,
     return fallback;
 }
 
+// Calls the callable although a system exception may have been handled before: for what must be done all the
+// same. What it throws is logged; a system exception in it fails the guarded call around.
+template <typename Callable>
+void attempt(const Callable& callable, const char* name = no_throw_name,
+             std::uint32_t line = no_throw_line) noexcept
+{
+    const barrier::separate_calls calls;
+    try {
+        NoThrow(
+            [&] {
+                callable();
+                return true;
+            },
+            false, name, line);
+    } catch (const barrier::system_exception&) {
+        return; // calls has it
+    }
+}
+
 // As NoThrow; in addition, a system exception (an access violation, a division by zero, ...) is given to
 // the crash library, which reports it and decides: fallback is returned, or the search for a handler goes
 // on in the browser, or execution resumes.

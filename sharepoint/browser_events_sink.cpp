@@ -121,9 +121,10 @@ HRESULT browser_events_sink::before_navigate(protection& held, IDispatch* frame,
     held.forwarding.lock();
     held.handler = handler_.lock();
     if (held.handler && held.handler->on_before_navigate(browser, address, has_post_data(post_data))) {
-        barrier::throw_if_handled();
-        QUILL_LOG(log_level::info) << " block navigation to sharepoint PDF!";
+        // The URL has been opened, even if a Release has faulted since: the browser must not open it too.
         cancel = VARIANT_TRUE;
+        QUILL_LOG(log_level::info) << " block navigation to sharepoint PDF!";
+        const barrier::separate_calls calls;
         call_host(browser, &IWebBrowser2::Stop);
     }
     return S_OK;

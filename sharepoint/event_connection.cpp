@@ -62,18 +62,11 @@ void unadvise(ATL::_IDispEvent& sink, IUnknown* source, const IID& events) noexc
     const DWORD cookie = std::exchange(sink.m_dwEventCookie, ATL::_IDispEvent::not_advised);
     if (cookie == ATL::_IDispEvent::not_advised)
         return;
-    const barrier::separate_calls calls;
-    try {
-        NoThrow(
-            [&] {
-                host_ptr<IConnectionPoint> point;
-                const HRESULT hr = find_connection_point(source, events, point);
-                return SUCCEEDED(hr) ? call_host(point, &IConnectionPoint::Unadvise, cookie) : hr;
-            },
-            E_FAIL);
-    } catch (const barrier::system_exception&) {
-        return; // calls has it
-    }
+    attempt([&] {
+        host_ptr<IConnectionPoint> point;
+        if (SUCCEEDED(find_connection_point(source, events, point)))
+            call_host(point, &IConnectionPoint::Unadvise, cookie);
+    });
 }
 
 } // namespace quill

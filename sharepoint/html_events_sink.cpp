@@ -12,8 +12,19 @@
 namespace quill {
 namespace {
 
-// Where the barrier says that a failure happened: a fixed number of the log's text.
+// Where the barrier says that a failure happened: fixed parts of the log's text.
+constexpr const char* click_name = "quill::html_events_sink::on_click";
 constexpr unsigned click_line = 37;
+
+// Either of the two calls may fail without the other.
+void block_click(IHTMLEventObj* event)
+{
+    QUILL_LOG(log_level::info) << "blocking click event...";
+    attempt([&] { call_host(event, &IHTMLEventObj::put_returnValue, CComVariant(false)); }, click_name,
+            click_line);
+    attempt([&] { call_host(event, &IHTMLEventObj::put_cancelBubble, VARIANT_TRUE); }, click_name,
+            click_line);
+}
 
 } // namespace
 
@@ -47,9 +58,19 @@ VARIANT_BOOL STDMETHODCALLTYPE html_events_sink::on_click(IDispatch* event)
 {
     QUILL_LOG(log_level::debug) << "CLICK!";
     protection held{GetUnknown()};
-    return CrashBorder(
-        held, [&] { return click(held, event); }, VARIANT_TRUE, "quill::html_events_sink::on_click",
-        click_line);
+    bool is_opened = false;
+    const VARIANT_BOOL result = CrashBorder(
+        held,
+        [&] {
+            is_opened = click(held, event);
+            if (is_opened)
+                block_click(held.event);
+            return is_opened ? VARIANT_FALSE : VARIANT_TRUE;
+        },
+        VARIANT_TRUE, click_name, click_line);
+    // An error leaves the click to the browser, but for a link that has been opened: it would be opened
+    // twice.
+    return is_opened ? VARIANT_FALSE : result;
 }
 
 void STDMETHODCALLTYPE html_events_sink::on_ready_state_change(IDispatch*)
@@ -74,7 +95,7 @@ void html_events_sink::protection::release() noexcept
     sink.Release();
 }
 
-VARIANT_BOOL html_events_sink::click(protection& held, IDispatch* event_object)
+bool html_events_sink::click(protection& held, IDispatch* event_object)
 {
     if (!event_object)
         throw_com_error(E_FAIL, "Click without an event object");
@@ -89,14 +110,7 @@ VARIANT_BOOL html_events_sink::click(protection& held, IDispatch* event_object)
     held.document = host_ptr<IHTMLDocument2>(document_.get());
     call_host(held.event, &IHTMLEventObj::get_srcElement, held.element.out());
     held.handler = handler_.lock();
-    if (!held.handler || !held.handler->on_click(held.document, held.element))
-        return VARIANT_TRUE;
-
-    barrier::throw_if_handled();
-    QUILL_LOG(log_level::info) << "blocking click event...";
-    call_host(held.event, &IHTMLEventObj::put_returnValue, CComVariant(false));
-    call_host(held.event, &IHTMLEventObj::put_cancelBubble, VARIANT_TRUE);
-    return VARIANT_FALSE;
+    return held.handler && held.handler->on_click(held.document, held.element);
 }
 
 void html_events_sink::ready_state_changed(protection& held)

@@ -42,7 +42,8 @@ public:
     END_SINK_MAP()
 
     // The events. What the type library calls an event object arrives as whatever the engine packed, so it
-    // is asked for its interface. VARIANT_FALSE: the click was cancelled.
+    // is asked for its interface. VARIANT_FALSE: the click was cancelled. A click whose link has been opened
+    // is cancelled whatever fails afterwards.
     VARIANT_BOOL STDMETHODCALLTYPE on_click(IDispatch* event);
     void STDMETHODCALLTYPE on_ready_state_change(IDispatch* event);
 
@@ -60,7 +61,8 @@ private:
         void release() noexcept;
     };
 
-    VARIANT_BOOL click(protection& held, IDispatch* event_object);
+    // Whether the handler has opened what was clicked.
+    bool click(protection& held, IDispatch* event_object);
     void ready_state_changed(protection& held);
 
     host_ptr<IHTMLDocument2> document_;

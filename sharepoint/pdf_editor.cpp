@@ -1,7 +1,7 @@
 #include "sharepoint/pdf_editor.h"
 
+#include "logging/exception_barriers.h"
 #include "logging/log_stream.h"
-#include "logging/system_exceptions.h"
 #include "platform/settings.h"
 #include "platform/unique_handle.h"
 #include "sharepoint/com_error.h"
@@ -74,8 +74,8 @@ bool pdf_editor::start(const std::wstring& url) const
     const unique_handle process(started.hProcess);
     const unique_handle thread(started.hThread);
     // The click made the browser the foreground program; without its leave the editor's window would only
-    // flash in the task bar.
-    AllowSetForegroundWindow(started.dwProcessId);
+    // flash in the task bar. The URL is open even if this faults.
+    attempt([&] { barrier::call_host([&] { return AllowSetForegroundWindow(started.dwProcessId); }); });
     return true;
 }
 

@@ -146,6 +146,70 @@ TEST_P(CrashBelow, AClickIsLetThrough)
     sink->disconnect();
 }
 
+// An object whose Release crashes, of a handler that has opened something.
+struct crashing_object : IUnknown
+{
+    void (*crash)() = nullptr;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        crash();
+        return 1;
+    }
+};
+
+TEST_P(CrashBelow, ANavigationIsCancelledWhenItsUrlWasOpenedBefore)
+{
+    const auto sink = browser_events_sink::connect(browser_, handler_);
+    crashing_object object;
+    object.crash = GetParam();
+    handler_->crash = [&] { barrier::release_host(&object); };
+    const auto result = browser_->before_navigate(L"u");
+    EXPECT_EQ(result.code, E_FAIL);
+    EXPECT_EQ(result.cancel, VARIANT_TRUE);
+    EXPECT_EQ(scene_.count_calls("IWebBrowser2::Stop"), 1);
+    EXPECT_EQ(log_.lines(),
+              (lines{"debug: on_before_navigate u", "info:  block navigation to sharepoint PDF!",
+                     "info: System exception in quill::browser_events_sink::on_before_navigate"}));
+    sink->disconnect(browser_);
+}
+
+TEST_P(CrashBelow, AClickIsBlockedWhenItsUrlWasOpenedBefore)
+{
+    const auto sink = html_events_sink::connect(page_, handler_);
+    crashing_object object;
+    object.crash = GetParam();
+    handler_->crash = [&] { barrier::release_host(&object); };
+    const auto event = make_fake<fake_event>(scene_, nullptr);
+    EXPECT_TRUE(test::is_bool(page_->click(event).value, false));
+    EXPECT_TRUE(event->is_blocked());
+    EXPECT_EQ(log_.lines(), (lines{"debug: CLICK!", "info: blocking click event...",
+                                   "info: System exception in quill::html_events_sink::on_click"}));
+    sink->disconnect();
+}
+
+// Each of the two calls that block a click is made, whatever becomes of the other.
+TEST_P(CrashBelow, AClickIsBlockedThoughItsEventFails)
+{
+    const auto sink = html_events_sink::connect(page_, handler_);
+    handler_->crash = [] {};
+    for (const char* call : {"IHTMLEventObj::put_returnValue", "IHTMLEventObj::put_cancelBubble"}) {
+        SCOPED_TRACE(call);
+        scene_.forget_calls();
+        log_.clear();
+        scene_.interrupt_calls_named(call, GetParam());
+        const auto event = make_fake<fake_event>(scene_, nullptr);
+        EXPECT_TRUE(test::is_bool(page_->click(event).value, false));
+        EXPECT_EQ(scene_.count_calls("IHTMLEventObj::put_returnValue"), 1);
+        EXPECT_EQ(scene_.count_calls("IHTMLEventObj::put_cancelBubble"), 1);
+        EXPECT_EQ(log_.lines().back(), "info: System exception in quill::html_events_sink::on_click");
+    }
+    scene_.interrupt_calls_named({}, {});
+    sink->disconnect();
+}
+
 class crashing_browser : public fake_browser
 {
 public:

@@ -60,6 +60,8 @@ public:
     VARIANT_BOOL cancel_bubble = VARIANT_FALSE;
     // Whether the click was let through: neither was touched.
     bool is_untouched() const { return return_value.vt == VT_EMPTY && cancel_bubble == VARIANT_FALSE; }
+    // Whether both calls that block a click have been made.
+    bool is_blocked() const { return is_bool(return_value, false) && cancel_bubble == VARIANT_TRUE; }
 
     HRESULT STDMETHODCALLTYPE get_srcElement(IHTMLElement** out) override;
     HRESULT STDMETHODCALLTYPE put_returnValue(VARIANT value) override;

@@ -1,12 +1,15 @@
 // A whole visit to a SharePoint page through the DLL, with an access violation in each of its calls into the
 // browser and the engine in turn, AddRef and Release included: the event fails as promised, all others work,
-// and the tab closes with every reference of the host's and of the helper object's released.
+// and the tab closes with every reference of the host's and of the helper object's released. A click or a
+// navigation whose URL has been opened is cancelled, wherever the fault is.
 #include "tests/sharepoint/editor_bench.h"
 #include "tests/sharepoint/module_bench.h"
 #include "tests/sharepoint/page_visit.h"
+#include "tests/sharepoint/recorded_launches.h"
 #include "tests/support/balance.h"
 #include "tests/support/crashes.h"
 #include "tests/support/fault_points.h"
+#include "tests/support/faults/import_table.h"
 
 #include <gtest/gtest.h>
 
@@ -46,7 +49,7 @@ faulted_event find_event(const Counts& before, const Counts& before_repeat, std:
     return found;
 }
 
-// A navigation is cancelled before the browser is stopped, which is the last thing done about it.
+// The repeat of a navigation opens nothing: it has been cancelled when the browser was stopped.
 bool has_stopped(const visit_record& visit, const faulted_event& event)
 {
     const std::size_t end =
@@ -60,12 +63,18 @@ bool has_stopped(const visit_record& visit, const faulted_event& event)
     return std::find(first, last, "IWebBrowser2::Stop") != last;
 }
 
+bool has_opened(const visit_record& visit, const faulted_event& event)
+{
+    return (event.is_repeat ? visit.opened_in_repeat : visit.opened_in)[event.step] != 0;
+}
+
 void expect_of(const visit_record& visit, visit_record expected, const faulted_event& event)
 {
     const auto step = static_cast<visit_step>(event.step);
     const bool has_result = step != visit_step::click && step != visit_step::ready;
     (event.is_repeat ? expected.repeats : expected.outcomes)[event.step] =
-        event_outcome{has_result ? E_FAIL : S_OK, has_stopped(visit, event)};
+        event_outcome{has_result ? E_FAIL : S_OK, has_opened(visit, event) || has_stopped(visit, event)};
+    expect_opened_what_was_cancelled(visit);
     if (step == visit_step::attach) {
         for (std::size_t later = place(visit_step::other_navigation); later < place(visit_step::detach);
              ++later) {
@@ -84,7 +93,11 @@ void expect_of(const visit_record& visit, visit_record expected, const faulted_e
 class FaultingCalls : public testing::TestWithParam<std::tuple<faulting, bool>>
 {
 protected:
-    FaultingCalls() { editors_.break_default_handler(); } // what would be started is not the question here
+    FaultingCalls()
+    {
+        redirect_import(module_.handle(), "CreateProcessW", recording_create_process());
+        redirect_import(module_.handle(), "ShellExecuteW", recording_shell_execute());
+    }
 
     // number: from 1, 0 for no fault.
     visit_record visit(std::size_t number)

@@ -60,14 +60,22 @@ private:
         const auto place = static_cast<std::size_t>(step);
         record_.calls_before[place] = scene_.calls().size();
         record_.reference_calls_before[place] = scene_.reference_calls();
-        record_.outcomes[place] = fire();
+        record_.outcomes[place] = fire_counting(fire, record_.opened_in[place]);
         record_.reference_calls_before_repeat[place] = scene_.reference_calls();
         record_.calls_before_repeat[place] = scene_.calls().size();
     }
     void twice(visit_step step, const event& fire)
     {
         once(step, fire);
-        record_.repeats[static_cast<std::size_t>(step)] = fire();
+        const auto place = static_cast<std::size_t>(step);
+        record_.repeats[place] = fire_counting(fire, record_.opened_in_repeat[place]);
+    }
+    static outcome fire_counting(const event& fire, std::size_t& opened)
+    {
+        const std::size_t before = recorded_launches().urls().size();
+        const outcome result = fire();
+        opened = recorded_launches().urls().size() - before;
+        return result;
     }
 
     outcome navigate(const wchar_t* url)

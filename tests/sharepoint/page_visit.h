@@ -40,6 +40,9 @@ struct visit_record
     std::array<std::optional<event_outcome>, visit_steps> repeats;
     // The URLs that the editor and the default handler got, sorted.
     std::vector<std::wstring> opened;
+    // How many of them in each event and in its repetition.
+    std::array<std::size_t, visit_steps> opened_in{};
+    std::array<std::size_t, visit_steps> opened_in_repeat{};
     bool may_open_twice = false; // the navigation was repeated too late to pass for a repeat
     bool is_rewritten = false;   // whether the page's other link has lost SharePoint's handler
     std::vector<std::string> calls;
@@ -56,8 +59,8 @@ struct visit_record
 visit_record visit_page(fake_scene& scene, IObjectWithSite* helper, bool has_element2,
                         const wchar_t* href = L"http://h/x.pdf");
 
-// Every event that was cancelled has had its URL opened, and nothing else was opened. unrecorded: how many URLs
-// were given to a default handler that failed, which are missing in the record.
+// Every event that was cancelled has had its URL opened, and nothing else was opened. unrecorded: how many
+// URLs were given to a default handler that failed, which are missing in the record.
 void expect_opened_what_was_cancelled(const visit_record& visit, std::size_t unrecorded = 0);
 
 } // namespace quill::test

@@ -1,0 +1,106 @@
+// Out parameters of calls into the host that fail: what they have got is not used, and so not released.
+#include "logging/exception_barriers.h"
+#include "sharepoint/host_call.h"
+#include "tests/support/crashes.h"
+#include "tests/support/log_capture.h"
+
+#include <gtest/gtest.h>
+#include <servprov.h>
+
+#include <functional>
+
+namespace quill::test {
+namespace {
+
+// Writes into its out parameters, and then does or returns what it is told.
+template <class Interface>
+struct writing_host : Interface
+{
+    std::function<HRESULT()> end;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+};
+
+struct service_host : writing_host<IServiceProvider>
+{
+    HRESULT STDMETHODCALLTYPE QueryService(REFGUID, REFIID, void** out) override
+    {
+        *out = this;
+        return end();
+    }
+};
+
+struct value_host : writing_host<IPropertyBag>
+{
+    HRESULT STDMETHODCALLTYPE Read(const wchar_t*, VARIANT* out, IErrorLog*) override
+    {
+        out->vt = VT_UNKNOWN;
+        out->punkVal = this;
+        return end();
+    }
+    HRESULT STDMETHODCALLTYPE Write(const wchar_t*, VARIANT*) override { return E_NOTIMPL; }
+};
+
+struct OutParameters : testing::Test
+{
+    void get_both(std::function<HRESULT()> end)
+    {
+        service_.end = end;
+        value_.end = std::move(end);
+        service_result_ = result_of([&] {
+            return call_host(&service_, &IServiceProvider::QueryService, IID_IUnknown, IID_IUnknown,
+                             &service_out_);
+        });
+        value_result_ =
+            result_of([&] { return call_host(&value_, &IPropertyBag::Read, L"x", &value_out_, nullptr); });
+    }
+
+    template <class Call>
+    static HRESULT result_of(const Call& call)
+    {
+        return CrashBorder(call, E_UNEXPECTED);
+    }
+
+    log_capture log_;
+    service_host service_;
+    value_host value_;
+    void* service_out_ = nullptr;
+    VARIANT value_out_{};
+    HRESULT service_result_ = S_OK;
+    HRESULT value_result_ = S_OK;
+};
+
+TEST_F(OutParameters, OfACallThatSucceedsAreKept)
+{
+    get_both([] { return S_FALSE; });
+    EXPECT_EQ(service_result_, S_FALSE);
+    EXPECT_EQ(value_result_, S_FALSE);
+    EXPECT_EQ(service_out_, &service_);
+    EXPECT_EQ(value_out_.vt, VT_UNKNOWN);
+}
+
+TEST_F(OutParameters, OfACallThatFailsAreForgotten)
+{
+    get_both([] { return E_ABORT; });
+    EXPECT_EQ(service_result_, E_ABORT);
+    EXPECT_EQ(value_result_, E_ABORT);
+    EXPECT_EQ(service_out_, nullptr);
+    EXPECT_EQ(value_out_.vt, VT_EMPTY);
+}
+
+TEST_F(OutParameters, OfACallThatFaultsAreForgotten)
+{
+    get_both([] {
+        read_nowhere();
+        return S_OK;
+    });
+    EXPECT_EQ(service_result_, E_UNEXPECTED);
+    EXPECT_EQ(value_result_, E_UNEXPECTED);
+    EXPECT_EQ(service_out_, nullptr);
+    EXPECT_EQ(value_out_.vt, VT_EMPTY);
+}
+
+} // namespace
+} // namespace quill::test

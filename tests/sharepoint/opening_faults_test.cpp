@@ -1,0 +1,114 @@
+// A system exception in each of the system's calls that open a URL: what was not opened is left to the
+// browser, what was opened is cancelled, and the next attempt works.
+#include "sharepoint/sharepoint_bho.h"
+#include "tests/sharepoint/aggregator_bench.h"
+#include "tests/sharepoint/recorded_launches.h"
+#include "tests/support/crashes.h"
+#include "tests/support/faults/import_table.h"
+
+#include <gtest/gtest.h>
+
+namespace quill::test {
+namespace {
+
+struct opening_call
+{
+    const char* function;
+    bool has_editor;
+    bool is_open_before; // the URL, when the call is made
+};
+
+// While this lives, a function that the program imports faults.
+class faulting_import
+{
+public:
+    explicit faulting_import(const char* function)
+        : function_(function), original_(redirect(reinterpret_cast<code_address>(&read_nowhere)))
+    {
+        EXPECT_NE(original_, nullptr) << function << " is not imported";
+    }
+    ~faulting_import() { redirect(original_); }
+    faulting_import(const faulting_import&) = delete;
+    faulting_import& operator=(const faulting_import&) = delete;
+
+private:
+    code_address redirect(code_address target) const
+    {
+        return redirect_import(GetModuleHandleW(nullptr), function_, target);
+    }
+
+    const char* function_;
+    code_address original_;
+};
+
+class OpeningFaults : public aggregator_bench, public testing::WithParamInterface<opening_call>
+{
+protected:
+    OpeningFaults()
+    {
+        if (!GetParam().has_editor)
+            bench_.set_editor(L"C:\\nowhere\\editor.exe");
+        EXPECT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(nullptr, IID_IObjectWithSite,
+                                                                reinterpret_cast<void**>(&helper_)),
+                  S_OK);
+        EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
+        EXPECT_EQ(browser_->document_complete(L"http://h/"), S_OK);
+        log_.clear();
+    }
+    ~OpeningFaults() override
+    {
+        EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
+        EXPECT_EQ(helper_.Detach()->Release(), 0u);
+    }
+
+    static std::size_t opened() { return recorded_launches().urls().size(); }
+    static std::size_t opened_before() { return GetParam().is_open_before ? 1 : 0; }
+
+    CComPtr<IObjectWithSite> helper_;
+    const launch_recording recording_;
+};
+
+TEST_P(OpeningFaults, OfANavigationLeaveItToTheBrowserUnlessItIsOpen)
+{
+    {
+        const faulting_import fault(GetParam().function);
+        const auto result = browser_->before_navigate(L"http://h/x.pdf");
+        EXPECT_EQ(result.code, E_FAIL);
+        EXPECT_EQ(result.cancel == VARIANT_TRUE, GetParam().is_open_before);
+        EXPECT_EQ(opened(), opened_before());
+    }
+    EXPECT_EQ(log_.lines().back(),
+              "info: System exception in quill::browser_events_sink::on_before_navigate");
+    if (GetParam().is_open_before)
+        return;
+    // It is no repeat: the first one opened nothing.
+    EXPECT_EQ(browser_->before_navigate(L"http://h/x.pdf").cancel, VARIANT_TRUE);
+    EXPECT_EQ(opened(), 1u);
+}
+
+TEST_P(OpeningFaults, OfAClickLeaveItToTheBrowserUnlessItIsOpen)
+{
+    auto& link = page_->add_to_body(list_link(L"http://h/x.pdf"));
+    {
+        const faulting_import fault(GetParam().function);
+        const auto event = make_fake<fake_event>(scene_, &link);
+        EXPECT_TRUE(is_bool(page_->click(event).value, !GetParam().is_open_before));
+        EXPECT_EQ(event->is_blocked(), GetParam().is_open_before);
+        EXPECT_EQ(event->is_untouched(), !GetParam().is_open_before);
+        EXPECT_EQ(opened(), opened_before());
+    }
+    EXPECT_EQ(log_.lines().back(), "info: System exception in quill::html_events_sink::on_click");
+    const auto event = make_fake<fake_event>(scene_, &link);
+    EXPECT_TRUE(is_bool(page_->click(event).value, false));
+    EXPECT_EQ(opened(), opened_before() + 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEveryCall, OpeningFaults,
+                         testing::Values(opening_call{"GetFileAttributesW", true, false},
+                                         opening_call{"CreateProcessW", true, false},
+                                         opening_call{"ShellExecuteW", false, false},
+                                         opening_call{"AllowSetForegroundWindow", true, true}),
+                         [](const auto& call) { return std::string(call.param.function); });
+
+} // namespace
+} // namespace quill::test
