@@ -7,6 +7,7 @@
 #include <malloc.h>
 
 #include <functional>
+#include <utility>
 
 namespace quill::barrier {
 namespace {
@@ -35,9 +36,8 @@ int filter_host_call(const host_calls& self, EXCEPTION_POINTERS* exception, DWOR
     return verdict;
 }
 
-int filter_guarded_call(const host_calls& self, EXCEPTION_POINTERS* exception, DWORD& code)
+int guarded_call_verdict(const host_calls& self, EXCEPTION_POINTERS* exception)
 {
-    code = exception->ExceptionRecord->ExceptionCode;
     if (left_to_others == exception->ExceptionRecord) {
         left_to_others = nullptr;
         return EXCEPTION_CONTINUE_SEARCH;
@@ -81,16 +81,46 @@ host_calls* enclosing(const void* frame) noexcept
     throw system_exception();
 }
 
-// A function of its own: with both kinds of handler in one, this compiler has the filter asked twice.
-[[gnu::noinline]] void call_and_end(void (*call)(void* context), void (*end)(void* context), void* context)
+struct guarded_call
 {
-    host_calls* const outer = current->outer;
-    __try {
-        call(context);
-    } __finally {
-        end(context);
-        current = outer;
+    void (*call)(void* context);
+    void (*end)(void* context);
+    void* context;
+    host_calls calls;
+    bool is_handled_here = false; // by call_behind_filter's own handler, as the filter has decided
+    bool is_finished = false;
+
+    static void run(void* self)
+    {
+        const auto& guarded = *static_cast<guarded_call*>(self);
+        guarded.call(guarded.context);
     }
+
+    // The fault may have cut off a separate_calls.
+    void finish()
+    {
+        current = &calls;
+        if (!std::exchange(is_finished, true))
+            end(context);
+        current = calls.outer;
+    }
+
+    // While an exception is unwound its frames are still on the stack, which may be all there is: what is
+    // handled here is finished afterwards.
+    static void finish_unless_handled(void* self)
+    {
+        auto& guarded = *static_cast<guarded_call*>(self);
+        if (!guarded.is_handled_here)
+            guarded.finish();
+    }
+};
+
+int filter_guarded_call(guarded_call& self, EXCEPTION_POINTERS* exception, DWORD& code)
+{
+    code = exception->ExceptionRecord->ExceptionCode;
+    const int verdict = guarded_call_verdict(self.calls, exception);
+    self.is_handled_here = verdict == EXCEPTION_EXECUTE_HANDLER;
+    return verdict;
 }
 
 [[gnu::noinline]] void release(IUnknown* object)
@@ -126,20 +156,31 @@ void log_system_exception(const char* name) noexcept
     log_pieces(log_level::info, {"System exception in ", name ? name : crash_border_name});
 }
 
+// A function of its own: with both kinds of handler in one, this compiler has the filter asked twice.
+[[gnu::noinline]] void call_and_end(void (*call)(void* context), void (*end)(void* context), void* context)
+{
+    __try {
+        call(context);
+    } __finally {
+        end(context);
+    }
+}
+
 bool call_behind_filter(void (*call)(void* context), void (*end)(void* context), void* context)
 {
     // Looked up before the call: a filter runs on the stack of whatever went wrong.
-    host_calls self{enclosing(&self), suite_library_functions().handle_exception, true, false};
-    current = &self;
+    guarded_call self{
+        call, end, context, {enclosing(&self), suite_library_functions().handle_exception, true, false}};
+    current = &self.calls;
     DWORD code = 0;
     __try {
-        call_and_end(call, end, context);
+        call_and_end(&guarded_call::run, &guarded_call::finish_unless_handled, &self);
     } __except (filter_guarded_call(self, GetExceptionInformation(), code)) {
         restore_guard_page(code);
-        current = self.outer;
-        self.has_handled = true;
+        self.finish();
+        self.calls.has_handled = true;
     }
-    return !self.has_handled;
+    return !self.calls.has_handled;
 }
 
 void call_host(void (*call)(void* context), void* context)

@@ -36,9 +36,13 @@ struct host_calls
     bool has_handled;       // a system exception
 };
 
+// Calls call(context), and end(context) when that is over: after its return, when it throws, and when a
+// system exception in it is handled by any handler around. end must not throw.
+void call_and_end(void (*call)(void* context), void (*end)(void* context), void* context);
+
 // Calls call(context) behind the crash library's filter, and end(context) when that is over: after its return
-// as well as when a system exception is handled here or by the browser. Neither may throw. Returns false when
-// a system exception was handled, here or in a call into the host.
+// as well as when a system exception is handled here, with the whole stack to itself, or by the browser.
+// Neither may throw. Returns false when a system exception was handled, here or in a call into the host.
 bool call_behind_filter(void (*call)(void* context), void (*end)(void* context), void* context);
 
 // Makes a call into the host. Throws system_exception when a system exception was handled in it, and instead
@@ -71,8 +75,8 @@ void release_host(IUnknown* object) noexcept;
 // Throws system_exception when one has been handled in a Release.
 void throw_if_handled();
 
-// Work that must be done whatever happened before it, and that lets no exception out: a call into the host
-// may fault in it once more. The guarded call around fails then; without one, the fault is logged.
+// Work that must be done whatever happened before it: a call into the host may fault in it once more. The
+// guarded call around fails then; without one, the fault is logged, and the work must let no exception out.
 class separate_calls
 {
 public:

@@ -1,7 +1,8 @@
 // Lets the things named by its arguments happen behind the barriers, one after the other, and prints what
 // became of each: in a process of its own, because the suite's libraries are looked up once. Two arguments
 // order what is to happen while these are being loaded: "reenter", the same on the same thread; "join", on
-// another thread.
+// another thread. Two order what happens whenever something held is released: "release-deep", a function that
+// needs much stack; "release-overflow", the Release of a host's object that overflows the stack.
 #include "logging/exception_barriers.h"
 #include "logging/pdfcore_exception.h"
 #include "platform/unique_handle.h"
@@ -55,14 +56,45 @@ const std::map<std::string, std::function<void()>> events = {
     {"pdfcore", [] { throw pdfcore_exception(); }},
 };
 
+// More stack than an overflow has left.
+__declspec(noinline) void use_stack()
+{
+    constexpr std::size_t size = 256 * 1024;
+    volatile char space[size];
+    for (std::size_t i = 0; i < size; i += 1024)
+        space[size - 1 - i] = 'x';
+    last_byte = space[0];
+}
+
+struct overflowing_object : IUnknown
+{
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        quill::test::overflow_stack();
+        return 1;
+    }
+} host_object;
+
+std::function<void()> while_released;
+
 struct counted_releases
 {
     int count = 0;
-    void release() noexcept { ++count; }
+    void release() noexcept
+    {
+        if (while_released)
+            while_released();
+        ++count;
+    }
 } held;
+
+LONG happened = 0;
 
 HRESULT happen(const std::string& event)
 {
+    InterlockedIncrement(&happened);
     return quill::CrashBorder(
         held,
         [&] {
@@ -155,6 +187,14 @@ int main(int argc, char** argv)
             while_a_library_loads = fail_inside;
             continue;
         }
+        if (event == "release-deep") {
+            while_released = use_stack;
+            continue;
+        }
+        if (event == "release-overflow") {
+            while_released = [] { quill::barrier::release_host(&host_object); };
+            continue;
+        }
         if (event == "join") {
             other.emplace();
             continue;
@@ -165,5 +205,5 @@ int main(int argc, char** argv)
         std::fflush(stdout);
     }
     // What was held has been released once for each event.
-    return held.count == argc - 1 ? 0 : 3;
+    return held.count == happened ? 0 : 3;
 }

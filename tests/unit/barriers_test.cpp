@@ -258,6 +258,15 @@ TEST_F(SuiteLibraries, AStackOverflowCanHappenAgain)
     EXPECT_EQ(result.output, "overflow: 80004005\r\noverflow: 80004005\r\nnothing: 00000000\r\n");
 }
 
+// What is held is released when the stack is free again.
+TEST_F(SuiteLibraries, AReleaseAfterAStackOverflowHasTheStackToItself)
+{
+    const auto deep = run(L"release-deep overflow overflow nothing");
+    EXPECT_EQ(deep.output, "overflow: 80004005\r\noverflow: 80004005\r\nnothing: 00000000\r\n");
+    const auto again = run(L"release-overflow overflow overflow nothing");
+    EXPECT_EQ(again.output, "overflow: 80004005\r\noverflow: 80004005\r\nnothing: 80004005\r\n");
+}
+
 // A damaged stack is no place for a handler, the barrier's own included.
 TEST_F(SuiteLibraries, AnOverrunBufferEndsTheProcess)
 {
