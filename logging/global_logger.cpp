@@ -4,6 +4,7 @@
 #include "logging/log_switch.h"
 #include "logging/logger_choice.h"
 #include "logging/procmon_sink.h"
+#include "logging/system_exceptions.h"
 #include "platform/environment.h"
 #include "platform/mutex.h"
 
@@ -15,6 +16,8 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -49,14 +52,30 @@ spdlog::sink_ptr make_sink(log_sink sink)
     return nullptr;
 }
 
-// A set-up that failed has left the placeholder in the registry.
+// The registered logger of that name, which is this one if there was none.
+template <typename Register>
+std::shared_ptr<spdlog::logger> register_or_find(std::shared_ptr<spdlog::logger> logger,
+                                                 const Register& register_logger)
+{
+    const std::string name = logger->name();
+    try {
+        register_logger(logger);
+        return logger;
+    } catch (const spdlog::spdlog_ex&) {
+        // Another thread that sets up the log may have been faster, or a set-up before has failed later.
+        if (auto registered = spdlog::get(name))
+            return registered;
+        throw;
+    }
+}
+
 std::shared_ptr<spdlog::logger> placeholder_logger()
 {
     auto logger = spdlog::get("null");
-    if (!logger) {
-        logger = std::make_shared<spdlog::logger>("null", std::make_shared<spdlog::sinks::null_sink_st>());
-        spdlog::register_logger(logger);
-    }
+    if (!logger)
+        logger = register_or_find(
+            std::make_shared<spdlog::logger>("null", std::make_shared<spdlog::sinks::null_sink_st>()),
+            [](const auto& made) { spdlog::register_logger(made); });
     logger->set_level(spdlog::level::off);
     return logger;
 }
@@ -68,29 +87,16 @@ std::shared_ptr<spdlog::logger> configured_logger()
         sinks.push_back(make_sink(sink));
 
     auto logger = spdlog::get("quill");
-    if (!logger) {
-        logger = std::make_shared<spdlog::logger>("quill", sinks.begin(), sinks.end());
-        spdlog::initialize_logger(logger);
-    }
+    if (!logger)
+        logger = register_or_find(std::make_shared<spdlog::logger>("quill", sinks.begin(), sinks.end()),
+                                  [](const auto& made) { spdlog::initialize_logger(made); });
     logger->set_formatter(std::make_unique<spdlog::pattern_formatter>(
         line_pattern, spdlog::pattern_time_type::local, line_end));
     return logger;
 }
 
-// The set-up asks the system for folders and files, which may bring libraries that call back into the module.
-constinit thread_local bool is_setting_up_here = false;
-
-struct set_up_scope
-{
-    set_up_scope() { is_setting_up_here = true; }
-    ~set_up_scope() { is_setting_up_here = false; }
-    set_up_scope(const set_up_scope&) = delete;
-    set_up_scope& operator=(const set_up_scope&) = delete;
-};
-
 logger_holder make_holder()
 {
-    const set_up_scope scope;
     logger_holder holder{placeholder_logger()};
     try {
         const auto level = environment_variable("QUILL_LOG_LEVEL");
@@ -105,22 +111,60 @@ logger_holder make_holder()
     return holder;
 }
 
-// Followed once it is there, and no longer once it is gone.
-struct followed_holder
+// The set-up runs without a lock, since it asks the system for folders and files, which may need the loader's
+// lock: a thread that logs inside a DllMain would wait for ever. Threads that come at once each set up a
+// logger of their own, and the first to be ready is kept.
+constinit std::atomic<logger_holder*> kept{nullptr};
+constinit std::atomic<bool> has_ended{false};
+
+// Followed until the end of the static objects.
+struct log_end
 {
-    logger_holder holder = make_holder();
-    followed_holder() { follow_level_of(holder.logger.get()); }
-    ~followed_holder() { follow_level_of(nullptr); }
-    followed_holder(const followed_holder&) = delete;
-    followed_holder& operator=(const followed_holder&) = delete;
+    ~log_end()
+    {
+        has_ended.store(true, std::memory_order_release);
+        follow_level_of(nullptr);
+        delete kept.exchange(nullptr, std::memory_order_acq_rel);
+    }
 };
+
+logger_holder& keep(std::unique_ptr<logger_holder> made)
+{
+    logger_holder* first = nullptr;
+    if (!kept.compare_exchange_strong(first, made.get(), std::memory_order_acq_rel))
+        return *first;
+    first = made.release();
+    follow_level_of(first->logger.get());
+    // Made after the registry of the loggers, and so ended before it.
+    static const log_end end;
+    return *first;
+}
+
+// What the set-up asks of the system may bring libraries that call back into the module.
+constinit thread_local bool is_setting_up_here = false;
+
+logger_holder& set_up()
+{
+    logger_holder* holder = nullptr;
+    is_setting_up_here = true;
+    // A system exception in the system's part skips destructors, but not the end of this call.
+    barrier::call_and_end(
+        [](void* out) {
+            *static_cast<logger_holder**>(out) = &keep(std::make_unique<logger_holder>(make_holder()));
+        },
+        [](void*) { is_setting_up_here = false; }, &holder);
+    return *holder;
+}
 
 logger_holder& module_holder()
 {
+    if (logger_holder* const holder = kept.load(std::memory_order_acquire))
+        return *holder;
     if (is_setting_up_here)
         throw std::logic_error("global_logger: called by its own set-up");
-    static followed_holder followed;
-    return followed.holder;
+    if (has_ended.load(std::memory_order_acquire))
+        throw std::logic_error("global_logger: called after its end");
+    return set_up();
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "logging/suite_libraries.h"
 
+#include "logging/system_exceptions.h"
 #include "platform/impl/windows/module_traits.h"
 #include "platform/library_function.h"
 #include "platform/process_end.h"
@@ -94,15 +95,19 @@ public:
     constexpr kept_libraries() = default;
     ~kept_libraries()
     {
+        // A library that is freed may call back into the module by its DllMain.
+        has_ended_.store(true, std::memory_order_release);
+        const suite_libraries* const loaded = kept_.exchange(nullptr, std::memory_order_acq_rel);
         // At the end of the process the libraries may have ended before this module: they are left as they
         // are.
         if (!process_is_ending())
-            delete kept_.load(std::memory_order_acquire);
+            delete loaded;
     }
     kept_libraries(const kept_libraries&) = delete;
     kept_libraries& operator=(const kept_libraries&) = delete;
 
     const suite_libraries* get() const noexcept { return kept_.load(std::memory_order_acquire); }
+    bool has_ended() const noexcept { return has_ended_.load(std::memory_order_acquire); }
 
     const suite_libraries& keep(std::unique_ptr<const suite_libraries> loaded) noexcept
     {
@@ -114,6 +119,7 @@ public:
 
 private:
     std::atomic<const suite_libraries*> kept_{nullptr};
+    std::atomic<bool> has_ended_{false};
 };
 
 constinit kept_libraries kept;
@@ -123,13 +129,16 @@ constinit thread_local bool is_loading_here = false;
 
 const suite_libraries& load_libraries()
 {
-    struct loading_scope
-    {
-        loading_scope() { is_loading_here = true; }
-        ~loading_scope() { is_loading_here = false; }
-    };
-    const loading_scope scope;
-    return kept.keep(std::make_unique<const suite_libraries>());
+    const suite_libraries* loaded = nullptr;
+    is_loading_here = true;
+    // A system exception in a library that loads skips destructors, but not the end of this call.
+    barrier::call_and_end(
+        [](void* out) {
+            *static_cast<const suite_libraries**>(out) =
+                &kept.keep(std::make_unique<const suite_libraries>());
+        },
+        [](void*) { is_loading_here = false; }, &loaded);
+    return *loaded;
 }
 
 } // namespace
@@ -138,8 +147,8 @@ const suite_functions& suite_library_functions()
 {
     if (const suite_libraries* const libraries = kept.get())
         return libraries->functions();
-    if (is_loading_here)
-        return stand_alone; // what the libraries have is not ready
+    if (is_loading_here || kept.has_ended())
+        return stand_alone; // what the libraries have is not ready, or no longer there
     try {
         return load_libraries().functions();
     } catch (const std::exception&) {

@@ -26,7 +26,7 @@ struct suite_functions
 // Loads the libraries on the first call, from where the module or the program lies or the system keeps
 // its own, never from the current directory. They stay loaded until the module is unloaded or the process
 // ends. Any thread may call, also from inside the loading of a library: a thread that calls while it loads
-// these libraries itself gets the module's own functions.
+// these libraries itself, or while they are being freed, gets the module's own functions.
 const suite_functions& suite_library_functions();
 
 } // namespace quill

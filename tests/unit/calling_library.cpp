@@ -1,4 +1,4 @@
-// Stands in for the crash library: calls the program back while it is being loaded.
+// Stands in for the crash library: calls the program back while it is being loaded and freed.
 #include <windows.h>
 
 #include <cstdio>
@@ -10,13 +10,22 @@ extern "C" __declspec(dllexport) int HandleException(EXCEPTION_POINTERS* excepti
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
+namespace {
+
+void call_program(const char* name)
+{
+    void* const found = reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(nullptr), name));
+    if (found)
+        reinterpret_cast<void (*)()>(found)();
+}
+
+} // namespace
+
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*)
 {
-    if (reason == DLL_PROCESS_ATTACH) {
-        void* const found =
-            reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(nullptr), "library_loads"));
-        if (found)
-            reinterpret_cast<void (*)()>(found)();
-    }
+    if (reason == DLL_PROCESS_ATTACH)
+        call_program("library_loads");
+    if (reason == DLL_PROCESS_DETACH)
+        call_program("library_ends");
     return TRUE;
 }

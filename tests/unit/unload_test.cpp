@@ -4,6 +4,7 @@
 #include "platform/unique_handle.h"
 #include "tests/support/balance.h"
 #include "tests/support/child_process.h"
+#include "tests/support/crashes.h"
 #include "tests/support/faults/import_table.h"
 #include "tests/support/log_file.h"
 #include "tests/support/process_resources.h"
@@ -180,6 +181,127 @@ TEST_F(Unload, ALineFromInsideTheSetUpIsLost)
     EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "first"}, log_line{"info", "second"}));
 }
 
+write_line_function write_elsewhere = nullptr;
+bool has_written_elsewhere = false;
+
+DWORD WINAPI get_variable_while_another_thread_writes(const char* name, char* value, DWORD size)
+{
+    constexpr DWORD deadline_ms = 10'000;
+    if (const auto write = std::exchange(write_elsewhere, nullptr)) {
+        const auto run = [](void* function) -> DWORD {
+            reinterpret_cast<write_line_function>(function)(info, "elsewhere");
+            return 0;
+        };
+        const unique_handle thread(CreateThread(nullptr, 0, run, reinterpret_cast<void*>(write), 0, nullptr));
+        has_written_elsewhere = WaitForSingleObject(thread.get(), deadline_ms) == WAIT_OBJECT_0;
+    }
+    return GetEnvironmentVariableA(name, value, size);
+}
+
+// The thread that sets up may need the loader's lock, which the other one may hold.
+TEST_F(Unload, NoThreadWaitsForTheSetUpOfAnother)
+{
+    const auto write = [] {
+        has_written_elsewhere = false;
+        const loaded_library loaded;
+        write_elsewhere = loaded.write_line;
+        ASSERT_NE(test::redirect_import(
+                      loaded.library.get(), "GetEnvironmentVariableA",
+                      reinterpret_cast<test::code_address>(&get_variable_while_another_thread_writes)),
+                  nullptr);
+        loaded.write_line(info, "first");
+        EXPECT_TRUE(has_written_elsewhere);
+        loaded.write_line(info, "second");
+    };
+    write();
+    const auto before = process_resources::now();
+    write();
+    EXPECT_EQ(process_resources::now(), before);
+    EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
+    const log_line elsewhere{"info", "elsewhere"};
+    const log_line first{"info", "first"};
+    const log_line second{"info", "second"};
+    EXPECT_THAT(logs.lines(), ElementsAre(elsewhere, first, second, elsewhere, first, second));
+}
+
+// The browser's own handler around a call. Whether it handled a system exception.
+[[gnu::noinline]] bool faults_to_the_browser(void (*call)(const loaded_library&),
+                                             const loaded_library& loaded)
+{
+    __try {
+        call(loaded);
+    } __except (EXCEPTION_EXECUTE_HANDLER) {
+        return true;
+    }
+    return false;
+}
+
+TEST_F(Unload, ASetUpThatFaultedRunsAgain)
+{
+    {
+        const loaded_library loaded;
+        const auto original =
+            test::redirect_import(loaded.library.get(), "GetEnvironmentVariableA",
+                                  reinterpret_cast<test::code_address>(&test::read_nowhere));
+        ASSERT_NE(original, nullptr);
+        EXPECT_TRUE(faults_to_the_browser(
+            [](const loaded_library& library) { library.write_line(info, "lost"); }, loaded));
+        test::redirect_import(loaded.library.get(), "GetEnvironmentVariableA", original);
+        loaded.write_line(info, "written");
+    }
+    EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
+    EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "written"}));
+}
+
+int fail_behind_barrier(const loaded_library& loaded)
+{
+    const auto fail = library_function<int (*)(int)>(loaded.library.get(), "fail_behind_barrier");
+    return fail ? fail(7) : 0;
+}
+
+TEST_F(Unload, TheLoadingOfTheSuitesLibrariesThatFaultedRunsAgain)
+{
+    {
+        const loaded_library loaded;
+        const auto original =
+            test::redirect_import(loaded.library.get(), "LoadLibraryExW",
+                                  reinterpret_cast<test::code_address>(&test::read_nowhere));
+        ASSERT_NE(original, nullptr);
+        EXPECT_TRUE(faults_to_the_browser([](const loaded_library& library) { fail_behind_barrier(library); },
+                                          loaded));
+        EXPECT_EQ(GetModuleHandleW(L"crashguard14.dll"), nullptr);
+        test::redirect_import(loaded.library.get(), "LoadLibraryExW", original);
+        EXPECT_EQ(fail_behind_barrier(loaded), 7);
+        EXPECT_NE(GetModuleHandleW(L"crashguard14.dll"), nullptr);
+    }
+    EXPECT_EQ(GetModuleHandleW(L"crashguard14.dll"), nullptr);
+    EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "System exception in fail_behind_barrier"}));
+}
+
+int (*fail_while_freed)(int) = nullptr;
+int result_while_freed = 0;
+
+// With a crash library that calls when it is freed.
+TEST_F(Unload, ACallWhileTheSuitesLibrariesAreFreedDoesWithoutThem)
+{
+    const test::scratch_directory folder;
+    ASSERT_TRUE(
+        CopyFileW(test::beside_this_program(library_name).c_str(), (folder / library_name).c_str(), TRUE));
+    ASSERT_TRUE(CopyFileW(test::beside_this_program(L"calling_library.dll").c_str(),
+                          (folder / L"crashguard14.dll").c_str(), TRUE));
+    testing::internal::CaptureStderr();
+    {
+        const unique_library library(LoadLibraryW((folder / library_name).c_str()));
+        fail_while_freed = library_function<int (*)(int)>(library.get(), "fail_behind_barrier");
+        ASSERT_NE(fail_while_freed, nullptr);
+        EXPECT_EQ(fail_while_freed(7), 7);
+    }
+    EXPECT_EQ(result_while_freed, 8);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "crashguard: exception c0000005\n"); // the first
+    EXPECT_EQ(GetModuleHandleW(L"crashguard14.dll"), nullptr);
+    EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
+}
+
 TEST_F(Unload, TakesTheSuitesLibrariesWithIt)
 {
     const auto fail_and_unload = [] {
@@ -200,4 +322,11 @@ TEST_F(Unload, TakesTheSuitesLibrariesWithIt)
 }
 
 } // namespace
+
+extern "C" __declspec(dllexport) void library_ends()
+{
+    if (const auto fail = std::exchange(fail_while_freed, nullptr))
+        result_while_freed = fail(8);
+}
+
 } // namespace quill
