@@ -102,6 +102,30 @@ TEST_F(ClosingTab, LeavesAHostThatKeptItsSinksWithDeadOnes)
               (std::vector<std::string>{"debug: CLICK!", "debug: on_document_complete http://h/"}));
 }
 
+ULONG references_to(IUnknown* object)
+{
+    object->AddRef();
+    return object->Release();
+}
+
+TEST_F(ClosingTab, ReleasesTheOldSiteWhenTheEndOfTheConnectionFaults)
+{
+    fake_scene scene;
+    const auto browser = make_fake<fake_browser>(scene);
+    const ULONG references = references_to(browser->unknown());
+    const auto helper = module_.make_helper();
+    EXPECT_EQ(helper->SetSite(browser->unknown()), S_OK);
+    EXPECT_GT(references_to(browser->unknown()), references);
+    scene.interrupt_calls_named("IConnectionPoint::Unadvise", read_nowhere);
+    EXPECT_EQ(helper->SetSite(nullptr), E_FAIL);
+    scene.interrupt_calls_named({}, {});
+
+    EXPECT_EQ(references_to(browser->unknown()), references);
+    void* site = &scene;
+    EXPECT_EQ(helper->GetSite(IID_IUnknown, &site), E_FAIL);
+    EXPECT_EQ(site, nullptr);
+}
+
 // The sink that the browser took before it faulted hears nothing.
 TEST_F(ClosingTab, IgnoresASinkThatAFaultingBrowserTook)
 {

@@ -302,6 +302,16 @@ TEST(RepeatGuard, ForgetsTheAddressAndKeepsTheTime)
     EXPECT_TRUE(guard.is_repeat(L"", 1'001));
 }
 
+TEST(RepeatGuard, ForgetsOneAddressOnlyIfItIsTheLast)
+{
+    repeat_guard guard(0);
+    guard.cancelled(L"http://h/a.pdf", 1'000);
+    guard.forget_url(L"http://h/b.pdf");
+    EXPECT_TRUE(guard.is_repeat(L"http://h/a.pdf", 1'001));
+    guard.forget_url(L"HTTP://H/A.PDF");
+    EXPECT_FALSE(guard.is_repeat(L"http://h/a.pdf", 1'001));
+}
+
 TEST(RepeatGuard, SurvivesTheEndOfTheTickCount)
 {
     repeat_guard guard(0);

@@ -149,5 +149,55 @@ TEST_F(SystemExceptions, SeparateCallsGoOnAfterAFaultAndReportTheirOwn)
     EXPECT_THAT(log.lines(), ElementsAre("info: System exception in quill::CrashBorder"));
 }
 
+// A handler of the host's, or of the browser's. Whether it handled a system exception.
+[[gnu::noinline]] bool faults(void (*call)(void*), void* context)
+{
+    __try {
+        call(context);
+    } __except (EXCEPTION_EXECUTE_HANDLER) {
+        return true;
+    }
+    return false;
+}
+
+// Work of the module that its own fault cuts off.
+[[gnu::noinline]] void fault_in_separate_calls(void* object)
+{
+    const barrier::separate_calls calls;
+    barrier::release_host(static_cast<IUnknown*>(object));
+    test::read_nowhere();
+}
+
+TEST_F(SystemExceptions, AHandlerOfTheBrowsersThatCutsTheModuleOffChangesNothingAfterwards)
+{
+    faulting_object object;
+    ASSERT_TRUE(faults(&fault_in_separate_calls, &object));
+    EXPECT_NO_THROW(barrier::throw_if_handled());
+    EXPECT_EQ(barrier::call_host([] { return S_FALSE; }), S_FALSE);
+    barrier::release_host(&object);
+    EXPECT_EQ(object.releases, 2);
+    EXPECT_THAT(log.lines(), ElementsAre("info: System exception in quill::CrashBorder"));
+    EXPECT_EQ(CrashBorder([] { return S_FALSE; }, E_FAIL, "name", 7), S_FALSE);
+}
+
+// The host calls the module, which faults, handles that itself and returns: the guarded call goes on as
+// before.
+TEST_F(SystemExceptions, AHandlerOfTheHostsThatCutsANestedCallOffChangesNothingAfterwards)
+{
+    faulting_object object;
+    faulting_object last;
+    const auto calling = [&] {
+        const counted local;
+        EXPECT_TRUE(barrier::call_host([&] { return faults(&fault_in_separate_calls, &object); }));
+        EXPECT_EQ(barrier::call_host([] { return S_FALSE; }), S_FALSE);
+        barrier::release_host(&last);
+        return S_OK;
+    };
+    EXPECT_EQ(CrashBorder(calling, E_FAIL, "name", 7), E_FAIL);
+    EXPECT_EQ(counted::alive, 0);
+    EXPECT_EQ(last.releases, 1);
+    EXPECT_THAT(log.lines(), ElementsAre("info: System exception in name"));
+}
+
 } // namespace
 } // namespace quill
