@@ -149,6 +149,18 @@ TEST_F(HostilePage, OpensNoLinkWithAnEmbeddedNull)
     EXPECT_EQ(recorded_launches().urls(), urls{});
 }
 
+// An escaped null is text like any other; nothing on the way unescapes it.
+TEST_F(HostilePage, PassesAnEscapedNullOnAsItIs)
+{
+    const launch_recording recording;
+    EXPECT_TRUE(click(L"http://h/x.exe%00.pdf"));
+    EXPECT_TRUE(click(L"/a%00b.pdf"));
+    EXPECT_TRUE(navigate(L"http://h/%00.pdf"));
+    EXPECT_EQ(recorded_launches().editor_lines,
+              (urls{L"/pdf \"sharepoint://http://h/x.exe%00.pdf\"",
+                    L"/pdf \"sharepoint://http://h/a%00b.pdf\"", L"/pdf \"sharepoint://http://h/%00.pdf\""}));
+}
+
 TEST_F(HostilePage, RewritesNoLinkWithAnEmbeddedNull)
 {
     auto& link = page_->add_to_body({.tag = L"A",
