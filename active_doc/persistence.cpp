@@ -4,6 +4,7 @@
 #include "active_doc/browser_services.h"
 #include "active_doc/no_throw.h"
 #include "logging/log_stream.h"
+#include "retrieval/file_names.h"
 #include "retrieval/url_text.h"
 
 #include <shlwapi.h>
@@ -61,6 +62,9 @@ STDMETHODIMP CActiveDocCtrl::Load(LPCOLESTR path, DWORD mode)
     set_path(path, path_origin::host);
     // The former file is closed first: it may be the same one. A failure shows when the file is checked.
     open_file_.reset();
+    // A device or a pipe could keep the user-interface thread waiting.
+    if (!quill::may_name_disk_file(path))
+        return S_OK;
     open_file_.reset(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                  FILE_ATTRIBUTE_NORMAL, nullptr));
     return S_OK;

@@ -42,13 +42,17 @@ bool browser_events_aggregator::on_before_navigate(IWebBrowser2* browser, std::w
 void browser_events_aggregator::open(std::wstring_view url)
 {
     // Opening may dispatch messages, and so the repeat.
+    std::wstring opening(url);
     repeats_.cancelled(url, GetTickCount64());
+    std::wstring outer = repeats_.exchange_opening(std::move(opening));
     try {
         editor_->open(parse_url(url));
     } catch (...) {
+        repeats_.exchange_opening(std::move(outer));
         repeats_.forget_url(url); // the navigation is not cancelled: the next one must not pass for a repeat
         throw;
     }
+    repeats_.exchange_opening(std::move(outer));
 }
 
 void browser_events_aggregator::on_document_complete(IWebBrowser2* browser, std::wstring_view url)

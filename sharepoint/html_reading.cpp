@@ -68,8 +68,14 @@ host_ptr<IDispatch> element_at(IHTMLElementCollection* elements, long index)
 
 attribute_value::attribute_value(IHTMLElement* element, const CComBSTR& name)
 {
-    if (FAILED(call_host(element, &IHTMLElement::getAttribute, name, 0, &value_)))
-        value_.Clear();
+    if (FAILED(call_host(element, &IHTMLElement::getAttribute, name, 0, &value_)) || value_.vt == VT_BSTR)
+        return;
+    VARIANT other = value_;
+    value_.vt = VT_EMPTY;
+    if (other.vt == VT_DISPATCH || other.vt == VT_UNKNOWN)
+        barrier::release_host(other.punkVal);
+    else
+        barrier::call_host([&] { return VariantClear(&other); }); // releases the objects of an array
 }
 
 std::wstring_view attribute_value::text() const

@@ -11,6 +11,8 @@ constexpr std::uint64_t repeat_window_ms = 100;
 
 bool repeat_guard::is_repeat(std::wstring_view url, std::uint64_t now) const
 {
+    if (!opening_url_.empty() && equal_ignoring_case(url, opening_url_))
+        return true;
     return now - last_cancel_tick_ < repeat_window_ms && equal_ignoring_case(url, last_canceled_url_);
 }
 

@@ -1,6 +1,7 @@
 // How a document is handed its content: IPersistMoniker, IPersistFile, IPersistStreamInit.
 #include "tests/document/document_bench.h"
 #include "tests/document/document_messages.h"
+#include "tests/support/listening_pipe.h"
 #include "tests/support/text.h"
 
 #include <gtest/gtest.h>
@@ -208,6 +209,20 @@ QUILL_DOCUMENT_TEST(DocumentPersistence, AMissingFileIsNotReported)
     const std::wstring missing = bench.files / L"missing.pdf";
     EXPECT_EQ(bench.as<IPersistFile>()->Load(missing.c_str(), 0x20), S_OK);
     EXPECT_EQ(bench.take_log(), lines{"@ Load " + to_utf8(missing) + " 32"});
+}
+
+// The user interface would wait for whatever is at the other end.
+QUILL_DOCUMENT_TEST(DocumentPersistence, APipeOrADeviceIsNotOpened)
+{
+    const listening_pipe pipe;
+    bench.create();
+    for (const std::wstring& path :
+         {L"//./pipe/" + pipe.name(), L"\\\\?\\pipe\\" + pipe.name(), L"\\??\\pipe\\" + pipe.name(),
+          L"\\\\.\\pipe\\" + pipe.name(), std::wstring(L"NUL")}) {
+        EXPECT_EQ(bench.load_file(path), S_OK);
+        EXPECT_FALSE(pipe.was_opened()) << testing::PrintToString(path);
+    }
+    bench.take_log();
 }
 
 QUILL_DOCUMENT_TEST(DocumentPersistence, AServersFileIsLeftAlone)

@@ -26,6 +26,11 @@ HRESULT fake_element::getAttribute(BSTR name, LONG flags, VARIANT* out)
     EXPECT_EQ(flags, 0);
     if (const auto result = scene().enter("IHTMLElement::getAttribute", out))
         return *result;
+    if (href_object) {
+        out->vt = VT_DISPATCH;
+        (out->pdispVal = href_object)->AddRef();
+        return S_OK;
+    }
     out->vt = text_.href ? VT_BSTR : VT_NULL;
     return text_.href ? hand_out(*text_.href, &out->bstrVal) : S_OK;
 }

@@ -42,6 +42,7 @@ public:
 
     // An element of an engine that has only the older way to search inside it.
     bool has_element2 = true;
+    IDispatch* href_object = nullptr; // answered for the href in place of its text
     // Something in a collection that is no element at all.
     bool is_element = true;
 

@@ -1,6 +1,8 @@
 // Out parameters of calls into the host that fail: what they have got is not used, and so not released.
 #include "logging/exception_barriers.h"
 #include "sharepoint/host_call.h"
+#include "sharepoint/html_reading.h"
+#include "tests/sharepoint/fake_browser.h"
 #include "tests/support/crashes.h"
 #include "tests/support/log_capture.h"
 
@@ -8,6 +10,7 @@
 #include <servprov.h>
 
 #include <functional>
+#include <stdexcept>
 
 namespace quill::test {
 namespace {
@@ -100,6 +103,88 @@ TEST_F(OutParameters, OfACallThatFaultsAreForgotten)
     EXPECT_EQ(value_result_, E_UNEXPECTED);
     EXPECT_EQ(service_out_, nullptr);
     EXPECT_EQ(value_out_.vt, VT_EMPTY);
+}
+
+// A page may answer an attribute with an object, whose Release is the page's code.
+class AttributeValue : public testing::Test
+{
+protected:
+    struct counted_value : IDispatch
+    {
+        int references = 0;
+        void (*in_release)() = nullptr;
+
+        HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override { return E_NOINTERFACE; }
+        ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(++references); }
+        ULONG STDMETHODCALLTYPE Release() override
+        {
+            --references;
+            if (in_release)
+                in_release();
+            return static_cast<ULONG>(references);
+        }
+        HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
+        HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+        HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
+        {
+            return E_NOTIMPL;
+        }
+        HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                         UINT*) override
+        {
+            return E_NOTIMPL;
+        }
+    };
+
+    // Reads an attribute inside a barrier; is_unwound_ says whether the frame's destructors ran.
+    HRESULT read()
+    {
+        return CrashBorder(
+            [&] {
+                struct unwound
+                {
+                    bool& flag;
+                    ~unwound() { flag = true; }
+                } const frame{is_unwound_};
+                const attribute_value value(&element_->element(), CComBSTR(L"href"));
+                EXPECT_EQ(value.text(), L"");
+                barrier::throw_if_handled();
+                return S_OK;
+            },
+            E_UNEXPECTED);
+    }
+
+    log_capture log_;
+    fake_scene scene_;
+    CComPtr<fake_document> page_ = sharepoint_page(scene_, L"http://h/");
+    fake_element* element_ = &page_->add_to_body(list_link(L"x"));
+    counted_value object_;
+    bool is_unwound_ = false;
+};
+
+TEST_F(AttributeValue, ThatIsAnObjectIsReleased)
+{
+    element_->href_object = &object_;
+    EXPECT_EQ(read(), S_OK);
+    EXPECT_EQ(object_.references, 0);
+}
+
+TEST_F(AttributeValue, WhoseReleaseFaultsFailsTheEntryAndUnwindsIt)
+{
+    element_->href_object = &object_;
+    object_.in_release = [] { read_nowhere(); };
+    EXPECT_EQ(read(), E_UNEXPECTED);
+    EXPECT_EQ(object_.references, 0);
+    EXPECT_TRUE(is_unwound_);
+}
+
+TEST_F(AttributeValue, WhoseReleaseThrowsIsLogged)
+{
+    element_->href_object = &object_;
+    object_.in_release = [] { throw std::runtime_error("in Release"); };
+    EXPECT_EQ(read(), S_OK);
+    EXPECT_EQ(object_.references, 0);
+    EXPECT_FALSE(log_.lines().empty());
 }
 
 } // namespace

@@ -66,6 +66,31 @@ TEST_F(ReentrantOpening, OpensARepeatOnce)
     });
 }
 
+TEST_F(ReentrantOpening, OpensARepeatOnceHoweverLongTheOpeningTakes)
+{
+    meanwhile([&] {
+        pass_the_repeat_window();
+        EXPECT_TRUE(navigate(L"http://h/x.pdf"));
+        EXPECT_EQ(log_.lines().back(), "info: http://h/x.pdf just canceled");
+    });
+    EXPECT_TRUE(navigate(L"http://h/x.pdf"));
+    EXPECT_EQ(opened(), urls{L"http://h/x.pdf"});
+    pass_the_repeat_window();
+    EXPECT_TRUE(navigate(L"http://h/x.pdf"));
+    EXPECT_EQ(opened(), (urls{L"http://h/x.pdf", L"http://h/x.pdf"})) << "the opening is over";
+}
+
+TEST_F(ReentrantOpening, OpensTheOuterUrlOnceWhenAnotherOneIsOpenedInside)
+{
+    meanwhile([&] {
+        EXPECT_TRUE(navigate(L"http://h/inner.pdf"));
+        pass_the_repeat_window();
+        EXPECT_TRUE(navigate(L"http://h/x.pdf"));
+    });
+    EXPECT_TRUE(navigate(L"http://h/x.pdf"));
+    EXPECT_EQ(opened(), (urls{L"http://h/x.pdf", L"http://h/inner.pdf"}));
+}
+
 // The same through the helper object, whose section is entered at the time.
 TEST_F(ReentrantOpening, OpensARepeatOfATabOnce)
 {

@@ -312,6 +312,19 @@ TEST(RepeatGuard, ForgetsOneAddressOnlyIfItIsTheLast)
     EXPECT_FALSE(guard.is_repeat(L"http://h/a.pdf", 1'001));
 }
 
+TEST(RepeatGuard, RecognisesTheUrlThatIsBeingOpenedAtAnyTime)
+{
+    repeat_guard guard(0);
+    EXPECT_EQ(guard.exchange_opening(L"http://h/a.pdf"), L"");
+    EXPECT_TRUE(guard.is_repeat(L"HTTP://h/A.pdf", 50'000));
+    EXPECT_FALSE(guard.is_repeat(L"http://h/b.pdf", 50'000));
+    EXPECT_EQ(guard.exchange_opening(L"http://h/b.pdf"), L"http://h/a.pdf");
+    EXPECT_FALSE(guard.is_repeat(L"http://h/a.pdf", 50'000));
+    EXPECT_EQ(guard.exchange_opening(L""), L"http://h/b.pdf");
+    EXPECT_FALSE(guard.is_repeat(L"http://h/b.pdf", 50'000));
+    EXPECT_FALSE(guard.is_repeat(L"", 50'000));
+}
+
 TEST(RepeatGuard, SurvivesTheEndOfTheTickCount)
 {
     repeat_guard guard(0);
