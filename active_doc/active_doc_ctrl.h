@@ -11,10 +11,10 @@
 #include "active_doc/thread_release.h"
 #include "active_doc/window_lifetime.h"
 #include "platform/unique_handle.h"
-#include "retrieval/download.h"
-#include "retrieval/status_pane.h"
-#include "retrieval/url_version.h"
-#include "retrieval/window_messages.h"
+#include "retrieval/download/download.h"
+#include "retrieval/pane/status_pane.h"
+#include "retrieval/download/url_version.h"
+#include "retrieval/download/window_messages.h"
 
 #include <atlbase.h>
 #include <atlcom.h>

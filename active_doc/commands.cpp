@@ -1,7 +1,7 @@
 // Browser commands that the viewer carries out.
 #include "active_doc/active_doc_ctrl.h"
 #include "logging/log_stream.h"
-#include "retrieval/save_as.h"
+#include "retrieval/save_as/save_as.h"
 
 STDMETHODIMP CActiveDocCtrl::QueryStatus(const GUID*, ULONG count, OLECMD commands[], OLECMDTEXT*)
 {

@@ -4,11 +4,11 @@
 #include "active_doc/browser_services.h"
 #include "active_doc/no_throw.h"
 #include "logging/log_stream.h"
-#include "retrieval/embedded_element.h"
-#include "retrieval/pdf_check.h"
-#include "retrieval/url_fragment.h"
-#include "retrieval/url_resolution.h"
-#include "retrieval/url_text.h"
+#include "retrieval/page/embedded_element.h"
+#include "retrieval/file/pdf_check.h"
+#include "retrieval/url/url_fragment.h"
+#include "retrieval/url/url_resolution.h"
+#include "retrieval/url/url_text.h"
 
 #include <atlhost.h>
 #include <shlwapi.h>

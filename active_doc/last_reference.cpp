@@ -1,6 +1,6 @@
 #include "active_doc/last_reference.h"
 
-#include "retrieval/window_messages.h"
+#include "retrieval/download/window_messages.h"
 
 namespace quill {
 

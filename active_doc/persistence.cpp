@@ -4,8 +4,8 @@
 #include "active_doc/browser_services.h"
 #include "active_doc/no_throw.h"
 #include "logging/log_stream.h"
-#include "retrieval/file_names.h"
-#include "retrieval/url_text.h"
+#include "retrieval/file/file_names.h"
+#include "retrieval/url/url_text.h"
 
 #include <shlwapi.h>
 

@@ -4,8 +4,8 @@
 #include "active_doc/no_throw.h"
 #include "active_doc/progress.h"
 #include "logging/log_stream.h"
-#include "retrieval/save_as.h"
-#include "retrieval/url_resolution.h"
+#include "retrieval/save_as/save_as.h"
+#include "retrieval/url/url_resolution.h"
 
 using quill::log_level;
 

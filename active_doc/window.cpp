@@ -3,7 +3,7 @@
 #include "active_doc/browser_instances.h"
 #include "active_doc/no_throw.h"
 #include "logging/log_stream.h"
-#include "retrieval/interruptible_callback.h"
+#include "retrieval/download/interruptible_callback.h"
 
 #include <shlwapi.h>
 

@@ -46,14 +46,6 @@ if(QUILL_CHECKS)
         -fno-sanitize=vptr,function)
 endif()
 
-# quill_add_library(NAME SOURCES...): one folder of the layout as one static library "quill_NAME".
-function(quill_add_library name)
-    add_library(quill_${name} STATIC ${ARGN})
-    add_library(quill::${name} ALIAS quill_${name})
-    target_include_directories(quill_${name} PUBLIC ${PROJECT_SOURCE_DIR})
-    target_link_libraries(quill_${name} PUBLIC quill::options)
-endfunction()
-
 # quill_set_output(TARGET): places an artifact in bin/ with its debug information beside it.
 function(quill_set_output target)
     set_target_properties(${target} PROPERTIES

@@ -1,8 +1,8 @@
 // A tab's event machinery: what decides, and the sink that listens to the tab's browser.
 #pragma once
 
-#include "sharepoint/browser_events_sink.h"
-#include "sharepoint/host_ptr.h"
+#include "sharepoint/events/browser_events_sink.h"
+#include "sharepoint/host/host_ptr.h"
 
 #include <memory>
 

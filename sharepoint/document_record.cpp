@@ -1,13 +1,13 @@
 #include "sharepoint/document_record.h"
 
 #include "logging/log_stream.h"
-#include "sharepoint/click_decision.h"
-#include "sharepoint/host_call.h"
-#include "sharepoint/html_reading.h"
-#include "sharepoint/link_address.h"
+#include "sharepoint/decisions/click_decision.h"
+#include "sharepoint/host/host_call.h"
+#include "sharepoint/host/html_reading.h"
+#include "sharepoint/decisions/link_address.h"
 #include "sharepoint/page_analysis.h"
-#include "sharepoint/pdf_editor.h"
-#include "sharepoint/pdf_link.h"
+#include "sharepoint/editor/pdf_editor.h"
+#include "sharepoint/decisions/pdf_link.h"
 
 #include <atlutil.h>
 

@@ -1,10 +1,10 @@
 #include "sharepoint/page_analysis.h"
 
 #include "logging/log_stream.h"
-#include "sharepoint/case_insensitive.h"
-#include "sharepoint/html_reading.h"
-#include "sharepoint/link_rewriting.h"
-#include "sharepoint/pdf_link.h"
+#include "sharepoint/decisions/case_insensitive.h"
+#include "sharepoint/host/html_reading.h"
+#include "sharepoint/decisions/link_rewriting.h"
+#include "sharepoint/decisions/pdf_link.h"
 
 #include <optional>
 #include <utility>

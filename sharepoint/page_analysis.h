@@ -1,7 +1,7 @@
 // What the helper object finds out about a page, and what it changes in it.
 #pragma once
 
-#include "sharepoint/page_kind.h"
+#include "sharepoint/decisions/page_kind.h"
 
 struct IHTMLDocument3;
 

@@ -3,7 +3,7 @@
 #include "logging/exception_barriers.h"
 #include "logging/log_stream.h"
 #include "sharepoint/browser_subscription.h"
-#include "sharepoint/host_ptr.h"
+#include "sharepoint/host/host_ptr.h"
 
 #include <utility>
 

@@ -1,5 +1,5 @@
-#include "browser/command_line.h"
-#include "browser/shown_document.h"
+#include "stand_ins/browser/command_line.h"
+#include "stand_ins/browser/shown_document.h"
 
 #include <gtest/gtest.h>
 

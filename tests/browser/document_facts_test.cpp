@@ -1,4 +1,4 @@
-#include "suite/viewer/document_facts.h"
+#include "stand_ins/viewer/document_facts.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // The system's browser engine in a window, as a test drives it.
 #pragma once
 
-#include "browser/browser_control.h"
-#include "browser/browser_events.h"
+#include "stand_ins/browser/browser_control.h"
+#include "stand_ins/browser/browser_events.h"
 
 #include <windows.h>
 

@@ -1,5 +1,5 @@
 // The interfaces of a page that the system's browser engine shows.
-#include "suite/pages/identifiers.h"
+#include "stand_ins/html_engine/identifiers.h"
 #include "tests/browser/html_page_access.h"
 #include "tests/browser/registered_pages.h"
 #include "tests/support/http_server.h"

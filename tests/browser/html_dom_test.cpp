@@ -1,10 +1,10 @@
 // Markup to trees and back, what is shown where, and which class shows an element: no browser needed.
-#include "suite/pages/dom/html_reader.h"
-#include "suite/pages/dom/html_writer.h"
-#include "suite/pages/embedded_class.h"
-#include "suite/pages/identifiers.h"
-#include "suite/pages/page_layout.h"
-#include "suite/pages/table_columns.h"
+#include "stand_ins/html_engine/dom/html_reader.h"
+#include "stand_ins/html_engine/dom/html_writer.h"
+#include "stand_ins/html_engine/embedded_class.h"
+#include "stand_ins/html_engine/identifiers.h"
+#include "stand_ins/html_engine/page_layout.h"
+#include "stand_ins/html_engine/table_columns.h"
 #include "tests/support/private_registry.h"
 #include "tests/support/scopes.h"
 

@@ -1,5 +1,5 @@
 // Clicks and states of a page in the system's browser engine, as sinks see and stop them.
-#include "suite/pages/identifiers.h"
+#include "stand_ins/html_engine/identifiers.h"
 #include "tests/browser/html_page_access.h"
 #include "tests/browser/page_sink.h"
 #include "tests/browser/registered_pages.h"

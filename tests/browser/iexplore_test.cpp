@@ -1,5 +1,5 @@
 // The system's own browser program, iexplore.exe, with the module and the stand-in viewer in it.
-#include "browser/shown_document.h"
+#include "stand_ins/browser/shown_document.h"
 #include "tests/browser/engine.h"
 #include "tests/browser/registered_module.h"
 #include "tests/support/http_server.h"

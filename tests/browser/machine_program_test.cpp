@@ -1,4 +1,4 @@
-#include "suite/viewer/machine_program.h"
+#include "stand_ins/viewer/machine_program.h"
 #include "tests/support/scopes.h"
 #include "tests/support/wait.h"
 

@@ -1,6 +1,6 @@
 #include "tests/browser/page_sink.h"
 
-#include "suite/pages/identifiers.h"
+#include "stand_ins/html_engine/identifiers.h"
 #include "tests/browser/html_page_access.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The page object that stands in for the HTML engine, registered for text/html for the length of a scope.
 #pragma once
 
-#include "suite/pages/living_objects.h"
+#include "stand_ins/html_engine/living_objects.h"
 #include "tests/browser/registered_module.h"
 
 #include <iosfwd>

@@ -1,6 +1,6 @@
 // The stand-in viewer inside the document inside the engine: what a user sees and can do.
-#include "browser/shown_document.h"
-#include "suite/viewer/viewer_layout.h"
+#include "stand_ins/browser/shown_document.h"
+#include "stand_ins/viewer/viewer_layout.h"
 #include "tests/browser/engine.h"
 #include "tests/browser/registered_module.h"
 #include "tests/support/http_server.h"

@@ -1,4 +1,4 @@
-#include "suite/viewer/viewer_layout.h"
+#include "stand_ins/viewer/viewer_layout.h"
 
 #include <gtest/gtest.h>
 

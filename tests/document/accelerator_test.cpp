@@ -1,5 +1,5 @@
 // Keys: which the document keeps for its viewer and which it leaves to the browser.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>

@@ -1,5 +1,5 @@
 // In-place activation in the orders that hosts use, and the in-place interfaces' own methods.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>

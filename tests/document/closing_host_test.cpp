@@ -1,6 +1,6 @@
 // A host that closes the document inside a call that the document makes while it creates its window, loads a
 // file or merges its menu: nothing is done for the closed window afterwards.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/page_container.h"
 #include "tests/support/balance.h"

@@ -1,5 +1,5 @@
 // The browser's commands: which are offered and what they do.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <docobj.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // The window's creation: the host window, the viewer's setup, and where the document comes from.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/support/text.h"
 

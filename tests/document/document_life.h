@@ -1,7 +1,7 @@
 // One whole life of a document, for the tests that make something go wrong at each of its calls.
 #pragma once
 
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <string>
 

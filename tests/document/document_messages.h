@@ -1,7 +1,7 @@
 // The document window's private messages as its viewer and its download worker send them.
 #pragma once
 
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <cstdint>
 #include <string>

@@ -1,5 +1,5 @@
 // From the URL to the shown file: the document, its worker and a real server.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/support/http_server.h"
 #include "tests/support/process_resources.h"

@@ -1,6 +1,6 @@
 // A document that a server sends, from IPersistMoniker::Load to the viewer's open call: every call that it
 // makes of its moniker, its host and its viewer fails once, in every way, and the file comes all the same.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_life.h"
 #include "tests/support/fault_points.h"
 #include "tests/support/http_server.h"

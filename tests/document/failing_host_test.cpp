@@ -1,6 +1,6 @@
 // Every call that a document makes of its host and its viewer fails once, in every way: nothing may crash,
 // nothing may stay.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_life.h"
 #include "tests/support/fault_points.h"
 

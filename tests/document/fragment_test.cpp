@@ -1,5 +1,5 @@
 // Page and zoom out of an address, seen in what the viewer is told.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 
 #include <gtest/gtest.h>

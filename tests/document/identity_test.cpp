@@ -1,5 +1,5 @@
 // What the document object answers when it is asked for interfaces, and how its class object makes it.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <docobj.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Numbers of the documents in one browser window.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 
 #include <gtest/gtest.h>

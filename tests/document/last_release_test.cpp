@@ -1,6 +1,6 @@
 // The last Release on another thread than the document's own: the download's worker, whose urlmon holds the
 // document, or any other. The document is destroyed on its own thread.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/import_replaced.h"
 #include "tests/support/http_server.h"

@@ -1,5 +1,5 @@
 // Links that the viewer asks to open: resolved against the document's address, opened by the browser.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // LOADFILE: opening what the path buffer names, and judging the viewer's answer.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/support/text.h"
 

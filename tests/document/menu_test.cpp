@@ -1,5 +1,5 @@
 // The frame's menu: merged once after the first successful load, unmerged with the window.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // The private messages, one by one, with every bad argument.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/support/text.h"
 

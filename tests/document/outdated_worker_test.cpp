@@ -1,5 +1,5 @@
 // A URL that is loaded while the worker of the former one talks to the window.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/import_replaced.h"
 #include "tests/support/text.h"

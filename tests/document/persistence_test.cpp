@@ -1,5 +1,5 @@
 // How a document is handed its content: IPersistMoniker, IPersistFile, IPersistStreamInit.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/support/listening_pipe.h"
 #include "tests/support/text.h"

@@ -1,6 +1,6 @@
 // A host that drops its last reference to the document inside a call that the document makes: the document is
 // destroyed when the host's own call returns, and not touched afterwards.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/support/faults/freed_memory_trap.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // A second IPersistMoniker::Load on one object: what was fetched for the former URL is not shown for the new
 // one.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/page_container.h"
 #include "tests/support/http_server.h"

@@ -1,5 +1,5 @@
 // The client site: what is asked of it, what is kept, what the log says.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>

@@ -1,5 +1,5 @@
 // Every way down: in order, out of order, twice, with the windows gone first, without any farewell.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>

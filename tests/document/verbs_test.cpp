@@ -1,5 +1,5 @@
 // IOleObject::DoVerb, with and without a document site.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>

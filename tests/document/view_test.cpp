@@ -1,5 +1,5 @@
 // IOleDocument and IOleDocumentView, method by method.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 
 #include <docobj.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // A viewer that is not there, cannot be made, or fails its calls.
-#include "tests/document/document_bench.h"
+#include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 
 #include <gtest/gtest.h>

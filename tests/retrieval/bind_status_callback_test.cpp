@@ -1,4 +1,4 @@
-#include "retrieval/bind_status_callback.h"
+#include "retrieval/download/bind_status_callback.h"
 #include "tests/retrieval/fake_document_window.h"
 #include "tests/support/wait.h"
 

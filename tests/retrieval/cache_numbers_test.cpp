@@ -1,7 +1,7 @@
 // How a cache folder gets its number: what the system is asked for it, races, and folders that cannot be
 // listed.
 #include "platform/library_function.h"
-#include "retrieval/cache_folder.h"
+#include "retrieval/download/cache_folder.h"
 #include "tests/support/faults/import_table.h"
 #include "tests/support/scopes.h"
 

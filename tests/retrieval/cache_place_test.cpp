@@ -1,6 +1,6 @@
 // Where downloads land, with real folders.
-#include "retrieval/cache_folder.h"
-#include "tests/retrieval/download_scene.h"
+#include "retrieval/download/cache_folder.h"
+#include "tests/retrieval/download_fixture.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // The worker against servers that answer well, slowly, oddly and badly.
 #include "tests/retrieval/deaf_protocol.h"
-#include "tests/retrieval/download_scene.h"
+#include "tests/retrieval/download_fixture.h"
 #include "tests/support/wait.h"
 
 #include <gmock/gmock.h>

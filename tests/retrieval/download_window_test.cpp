@@ -1,6 +1,6 @@
 // The worker against windows that do not answer, hang and vanish.
-#include "retrieval/window_exchange.h"
-#include "tests/retrieval/download_scene.h"
+#include "retrieval/download/window_exchange.h"
+#include "tests/retrieval/download_fixture.h"
 #include "tests/support/balance.h"
 #include "tests/support/wait.h"
 

@@ -1,5 +1,5 @@
 // The search for the PDF element of a page that one document stands for.
-#include "retrieval/embedded_element.h"
+#include "retrieval/page/embedded_element.h"
 #include "tests/retrieval/fake_page.h"
 #include "tests/support/balance.h"
 #include "tests/support/fault_points.h"

@@ -2,7 +2,7 @@
 // the worker's messages by a script, counts them and notes whatever the protocol does not allow.
 #pragma once
 
-#include "retrieval/window_messages.h"
+#include "retrieval/download/window_messages.h"
 
 #include <windows.h>
 

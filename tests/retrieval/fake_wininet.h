@@ -2,7 +2,7 @@
 // handles are open.
 #pragma once
 
-#include "retrieval/wininet_functions.h"
+#include "retrieval/download/wininet_functions.h"
 
 #include <windows.h>
 

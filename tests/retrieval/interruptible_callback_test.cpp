@@ -1,5 +1,5 @@
 // The download's callback: what ends the download, and what its window hands on.
-#include "retrieval/interruptible_callback.h"
+#include "retrieval/download/interruptible_callback.h"
 #include "tests/retrieval/fake_document_window.h"
 #include "tests/retrieval/static_class_watch.h"
 

@@ -1,5 +1,5 @@
 // The PDF check on real files.
-#include "retrieval/pdf_check.h"
+#include "retrieval/file/pdf_check.h"
 #include "tests/support/listening_pipe.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/process_resources.h"

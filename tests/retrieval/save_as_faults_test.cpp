@@ -1,6 +1,6 @@
 // Every call of saving a copy goes wrong once, in every way: the result is the one that is promised, the
 // browser gets its state back once, its strings are freed once, and no file stays but the saved one.
-#include "retrieval/save_as.h"
+#include "retrieval/save_as/save_as.h"
 #include "tests/retrieval/ieframe/save_faults.h"
 #include "tests/support/fault_points.h"
 #include "tests/support/process_resources.h"

@@ -1,6 +1,6 @@
 // Saving a copy through the browser's functions, as a test's own ieframe.dll has them.
-#include "retrieval/browser_save.h"
-#include "retrieval/save_as.h"
+#include "retrieval/save_as/browser_save.h"
+#include "retrieval/save_as/save_as.h"
 #include "tests/retrieval/ieframe/own_folder.h"
 #include "tests/retrieval/ieframe/save_browser.h"
 #include "tests/support/balance.h"

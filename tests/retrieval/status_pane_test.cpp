@@ -1,5 +1,5 @@
 // The status pane on a real display: what is seen where, and what is left behind.
-#include "retrieval/status_pane.h"
+#include "retrieval/pane/status_pane.h"
 #include "tests/retrieval/static_class_watch.h"
 #include "tests/support/balance.h"
 #include "tests/support/wait.h"

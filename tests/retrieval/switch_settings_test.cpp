@@ -1,6 +1,6 @@
 // The download switch as it is read from the real registry.
-#include "retrieval/download_switch.h"
-#include "tests/retrieval/download_scene.h"
+#include "retrieval/download/download_switch.h"
+#include "tests/retrieval/download_fixture.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
 

@@ -1,6 +1,6 @@
 // The download against a real HTTP server, as the document's worker runs it.
-#include "retrieval/wininet_download.h"
-#include "retrieval/wininet_functions.h"
+#include "retrieval/download/wininet_download.h"
+#include "retrieval/download/wininet_functions.h"
 #include "tests/retrieval/progress_steps.h"
 #include "tests/retrieval/resetting_server.h"
 #include "tests/support/http_server.h"

@@ -1,5 +1,5 @@
 // Certificates: what the administrator's path lets pass, and that the default path does not.
-#include "retrieval/wininet_download.h"
+#include "retrieval/download/wininet_download.h"
 #include "tests/retrieval/fake_document_window.h"
 #include "tests/retrieval/tls_servers.h"
 #include "tests/support/http_server.h"

@@ -1,4 +1,4 @@
-#include "tests/sharepoint/aggregator_bench.h"
+#include "tests/sharepoint/aggregator_fixture.h"
 
 #include <gmock/gmock.h>
 

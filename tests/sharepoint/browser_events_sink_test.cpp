@@ -1,4 +1,4 @@
-#include "sharepoint/browser_events_sink.h"
+#include "sharepoint/events/browser_events_sink.h"
 #include "tests/sharepoint/fake_browser.h"
 #include "tests/support/log_capture.h"
 

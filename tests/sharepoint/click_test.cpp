@@ -1,7 +1,7 @@
 // Clicks on the elements of a recorded page.
 #include "sharepoint/document_record.h"
-#include "sharepoint/pdf_editor.h"
-#include "tests/sharepoint/aggregator_bench.h"
+#include "sharepoint/editor/pdf_editor.h"
+#include "tests/sharepoint/aggregator_fixture.h"
 
 #include <gtest/gtest.h>
 #include <mshtmdid.h>

@@ -1,8 +1,8 @@
 // System exceptions in the host around connections: while a tab closes without taking its site away, and in a
 // host that keeps the sink of a connection that it failed to make or to end.
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
-#include "tests/sharepoint/module_bench.h"
+#include "tests/sharepoint/module_fixture.h"
 #include "tests/support/crashes.h"
 
 #include <gtest/gtest.h>

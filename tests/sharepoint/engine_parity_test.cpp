@@ -3,7 +3,7 @@
 #include "sharepoint/identifiers.h"
 #include "tests/browser/engine.h"
 #include "tests/browser/registered_module.h"
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/support/http_server.h"
 #include "tests/support/text.h"
 #include "tests/support/wait.h"

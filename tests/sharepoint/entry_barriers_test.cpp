@@ -1,10 +1,10 @@
 // What each entry from the browser makes of crashes below it, in the handler and in the browser. The entry
 // has released everything afterwards, as each scene checks at its end.
 #include "platform/unique_handle.h"
-#include "sharepoint/browser_events_sink.h"
-#include "sharepoint/html_events_sink.h"
+#include "sharepoint/events/browser_events_sink.h"
+#include "sharepoint/events/html_events_sink.h"
 #include "sharepoint/sharepoint_bho.h"
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
 #include "tests/support/crashes.h"
 #include "tests/support/log_capture.h"

@@ -3,7 +3,7 @@
 // ever, the same event works the next time, and so does the next visit. The default handler gets the URLs of
 // all events that are cancelled.
 #include "sharepoint/sharepoint_bho.h"
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/page_visit.h"
 #include "tests/sharepoint/recorded_launches.h"
 #include "tests/support/balance.h"

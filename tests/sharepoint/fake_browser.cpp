@@ -1,6 +1,6 @@
 #include "tests/sharepoint/fake_browser.h"
 
-#include "sharepoint/event_identifiers.h"
+#include "sharepoint/events/event_identifiers.h"
 
 #include <exdispid.h>
 #include <gtest/gtest.h>

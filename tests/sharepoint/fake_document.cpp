@@ -1,6 +1,6 @@
 #include "tests/sharepoint/fake_document.h"
 
-#include "sharepoint/event_identifiers.h"
+#include "sharepoint/events/event_identifiers.h"
 
 #include <gtest/gtest.h>
 #include <mshtmdid.h>

@@ -1,7 +1,7 @@
 // What every fake is: an object of a scene with a true reference count.
 #pragma once
 
-#include "tests/sharepoint/fake_scene.h"
+#include "tests/sharepoint/fake_tab.h"
 
 #include <windows.h>
 

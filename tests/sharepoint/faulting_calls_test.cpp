@@ -2,8 +2,8 @@
 // browser and the engine in turn, AddRef and Release included: the event fails as promised, all others work,
 // and the tab closes with every reference of the host's and of the helper object's released. A click or a
 // navigation whose URL has been opened is cancelled, wherever the fault is.
-#include "tests/sharepoint/editor_bench.h"
-#include "tests/sharepoint/module_bench.h"
+#include "tests/sharepoint/editor_programs.h"
+#include "tests/sharepoint/module_fixture.h"
 #include "tests/sharepoint/page_visit.h"
 #include "tests/sharepoint/recorded_launches.h"
 #include "tests/support/balance.h"

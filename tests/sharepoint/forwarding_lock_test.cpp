@@ -1,6 +1,6 @@
 // The forwarded calls of one sink keep each other out across threads, in every pair of them.
 #include "platform/unique_handle.h"
-#include "sharepoint/browser_events_sink.h"
+#include "sharepoint/events/browser_events_sink.h"
 #include "tests/sharepoint/fake_browser.h"
 
 #include <gtest/gtest.h>

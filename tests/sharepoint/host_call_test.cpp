@@ -1,7 +1,7 @@
 // Out parameters of calls into the host that fail: what they have got is not used, and so not released.
 #include "logging/exception_barriers.h"
-#include "sharepoint/host_call.h"
-#include "sharepoint/html_reading.h"
+#include "sharepoint/host/host_call.h"
+#include "sharepoint/host/html_reading.h"
 #include "tests/sharepoint/fake_browser.h"
 #include "tests/support/crashes.h"
 #include "tests/support/log_capture.h"

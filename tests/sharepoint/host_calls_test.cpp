@@ -1,7 +1,7 @@
 // What the helper object asks of its host in each event, call by call: hosts differ in what they can do, and
 // pages wait meanwhile.
 #include "sharepoint/sharepoint_bho.h"
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
 
 #include <gmock/gmock.h>

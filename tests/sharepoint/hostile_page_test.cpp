@@ -1,7 +1,7 @@
 // A SharePoint page is whatever carries SharePoint's generator: what a page that means harm can make of the
 // start of the editor and of the default handler.
-#include "sharepoint/pdf_editor.h"
-#include "tests/sharepoint/aggregator_bench.h"
+#include "sharepoint/editor/pdf_editor.h"
+#include "tests/sharepoint/aggregator_fixture.h"
 #include "tests/sharepoint/recorded_launches.h"
 
 #include <atlutil.h>

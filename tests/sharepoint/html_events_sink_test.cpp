@@ -1,4 +1,4 @@
-#include "sharepoint/html_events_sink.h"
+#include "sharepoint/events/html_events_sink.h"
 #include "tests/sharepoint/fake_document.h"
 #include "tests/support/log_capture.h"
 

@@ -1,8 +1,8 @@
 // Every request for memory of one click or one navigation fails: the event goes to the browser and nothing is
 // opened, or it is cancelled and the whole URL is opened.
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
-#include "tests/sharepoint/module_bench.h"
+#include "tests/sharepoint/module_fixture.h"
 #include "tests/sharepoint/recorded_launches.h"
 #include "tests/support/fault_points.h"
 #include "tests/support/faults/import_faults.h"

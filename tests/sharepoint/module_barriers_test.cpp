@@ -1,9 +1,9 @@
 // The DLL's guarded entries, with a host in another binary whose objects throw and crash in the middle of
 // them: what the host gets, what the log says, and that the next event works.
 #include "logging/pdfcore_exception.h"
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
-#include "tests/sharepoint/module_bench.h"
+#include "tests/sharepoint/module_fixture.h"
 #include "tests/support/child_process.h"
 #include "tests/support/crashes.h"
 

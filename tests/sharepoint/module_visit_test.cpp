@@ -1,8 +1,8 @@
 // A whole visit, from the site that is given to the site that is taken away, seen from outside the DLL: every
 // line of its log, every start of a program, everything that it does to the page.
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
-#include "tests/sharepoint/module_bench.h"
+#include "tests/sharepoint/module_fixture.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/storage_indexes.h"
 #include "tests/support/text.h"

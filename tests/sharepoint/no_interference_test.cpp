@@ -1,7 +1,7 @@
 // On pages that are not SharePoint pages the helper object only looks: it cancels nothing, changes nothing,
 // and looks at little, whatever the page is like.
 #include "sharepoint/sharepoint_bho.h"
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
 
 #include <gtest/gtest.h>

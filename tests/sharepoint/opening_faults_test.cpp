@@ -1,7 +1,7 @@
 // A system exception in each of the system's calls that open a URL: what was not opened is left to the
 // browser, what was opened is cancelled, and the next attempt works.
 #include "sharepoint/sharepoint_bho.h"
-#include "tests/sharepoint/aggregator_bench.h"
+#include "tests/sharepoint/aggregator_fixture.h"
 #include "tests/sharepoint/recorded_launches.h"
 #include "tests/support/crashes.h"
 #include "tests/support/faults/import_table.h"

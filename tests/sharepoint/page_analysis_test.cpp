@@ -1,5 +1,5 @@
 // Which pages are SharePoint pages, and what is changed in them.
-#include "tests/sharepoint/aggregator_bench.h"
+#include "tests/sharepoint/aggregator_fixture.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // The launcher, with a real program for the editor and one for the system's default handler.
 #include "platform/unique_handle.h"
-#include "sharepoint/pdf_editor.h"
-#include "tests/sharepoint/editor_bench.h"
+#include "sharepoint/editor/pdf_editor.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/support/balance.h"
 #include "tests/support/child_process.h"
 #include "tests/support/log_capture.h"

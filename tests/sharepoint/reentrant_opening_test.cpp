@@ -1,6 +1,6 @@
 // Opening a URL dispatches messages: what the browser and the page report meanwhile.
 #include "sharepoint/sharepoint_bho.h"
-#include "tests/sharepoint/aggregator_bench.h"
+#include "tests/sharepoint/aggregator_fixture.h"
 #include "tests/sharepoint/recorded_launches.h"
 #include "tests/support/text.h"
 

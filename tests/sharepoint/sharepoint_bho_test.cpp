@@ -1,5 +1,5 @@
 #include "sharepoint/sharepoint_bho.h"
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
 #include "tests/support/log_capture.h"
 

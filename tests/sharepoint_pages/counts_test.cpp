@@ -1,5 +1,5 @@
 // What a tab with the helper object leaves behind: nothing.
-#include "suite/pages/identifiers.h"
+#include "stand_ins/html_engine/identifiers.h"
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/wait.h"

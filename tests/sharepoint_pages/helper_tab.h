@@ -1,9 +1,9 @@
 // A tab of the system's browser engine with the helper object in it, as a browser puts it there.
 #pragma once
 
-#include "browser/tab_browser.h"
+#include "stand_ins/browser/tab_browser.h"
 #include "tests/browser/engine.h"
-#include "tests/sharepoint_pages/event_diary.h"
+#include "tests/sharepoint_pages/event_log.h"
 
 #include <atlcom.h>
 #include <mshtml.h>

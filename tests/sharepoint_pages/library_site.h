@@ -4,7 +4,7 @@
 
 #include "tests/browser/registered_module.h"
 #include "tests/browser/registered_pages.h"
-#include "tests/sharepoint/editor_bench.h"
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint_pages/helper_tab.h"
 #include "tests/support/http_server.h"
 

@@ -1,6 +1,6 @@
 // Document libraries as SharePoint's versions mark them up, in the system's browser engine: what a click
 // does, and what becomes of the page.
-#include "suite/pages/identifiers.h"
+#include "stand_ins/html_engine/identifiers.h"
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/text.h"
 #include "tests/support/wait.h"

@@ -1,5 +1,5 @@
 // Pages that are no libraries: the helper object is there and nobody can tell.
-#include "suite/pages/identifiers.h"
+#include "stand_ins/html_engine/identifiers.h"
 #include "tests/browser/html_page_access.h"
 #include "tests/browser/page_sink.h"
 #include "tests/sharepoint_pages/library_site.h"

@@ -1,7 +1,7 @@
 // Base of the COM objects that tests hand to the module: real reference counts, strict at both ends.
 #pragma once
 
-#include "tests/support/host/call_book.h"
+#include "tests/support/host/call_log.h"
 
 #include <windows.h>
 

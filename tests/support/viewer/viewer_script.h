@@ -1,7 +1,7 @@
 // What the viewers of a test are asked and how they answer; shared by all viewers of one class object.
 #pragma once
 
-#include "tests/support/host/call_book.h"
+#include "tests/support/host/call_log.h"
 #include "tests/support/viewer/recorded_call.h"
 
 #include <map>

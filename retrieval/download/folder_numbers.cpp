@@ -1,0 +1,55 @@
+#include "retrieval/download/folder_numbers.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace quill {
+namespace {
+
+bool has_prefix(std::wstring_view entry)
+{
+    constexpr wchar_t to_upper = L'a' - L'A';
+    return entry.size() > cache_folder_prefix.size() &&
+           std::equal(cache_folder_prefix.begin(), cache_folder_prefix.end(), entry.begin(),
+                      [](wchar_t lower, wchar_t any) { return any == lower || any == lower - to_upper; });
+}
+
+// Only as a number is written for a folder: "007" names another entry than "7".
+std::optional<std::uint32_t> number_of(std::wstring_view digits)
+{
+    if (digits.size() > 1 && digits.front() == L'0')
+        return std::nullopt;
+    std::uint32_t number = 0;
+    for (const wchar_t digit : digits) {
+        if (digit < L'0' || digit > L'9')
+            return std::nullopt;
+        const auto value = static_cast<std::uint32_t>(digit - L'0');
+        if (number > (folder_numbers::end - value) / 10)
+            return std::nullopt;
+        number = number * 10 + value;
+    }
+    return number;
+}
+
+} // namespace
+
+void folder_numbers::add(std::wstring_view entry)
+{
+    if (!has_prefix(entry))
+        return;
+    if (const auto number = number_of(entry.substr(cache_folder_prefix.size())))
+        taken_.push(*number);
+}
+
+std::uint32_t folder_numbers::next_free()
+{
+    while (!taken_.empty() && taken_.top() <= next_) {
+        // A case-sensitive file system may hold the same number twice.
+        if (taken_.top() == next_)
+            ++next_;
+        taken_.pop();
+    }
+    return next_ < end ? next_++ : end;
+}
+
+} // namespace quill

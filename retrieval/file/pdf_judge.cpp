@@ -1,0 +1,28 @@
+#include "retrieval/file/pdf_judge.h"
+
+namespace quill {
+namespace {
+
+// Whether the first occurrence of marker leaves room for wanted bytes, counted from its own start.
+bool holds(std::string_view window, std::string_view marker, std::size_t wanted)
+{
+    const std::size_t position = window.find(marker);
+    return position != std::string_view::npos && window.size() - position >= wanted;
+}
+
+} // namespace
+
+pdf_verdict JudgePdf(std::string_view window, std::size_t bytes_read)
+{
+    constexpr std::string_view header = "%PDF-1.", protected_marker = ".pfile";
+    constexpr std::size_t smallest_file = 9;
+    if (bytes_read < smallest_file)
+        return pdf_verdict::refused;
+    if (holds(window, header, header.size() + 1))
+        return pdf_verdict::pdf;
+    if (holds(window, protected_marker, protected_marker.size()))
+        return pdf_verdict::protected_pdf;
+    return pdf_verdict::refused;
+}
+
+} // namespace quill

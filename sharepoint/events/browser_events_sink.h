@@ -1,0 +1,75 @@
+// Receives the events of a tab's browser and forwards three of them; the only place where a navigation is
+// cancelled.
+#pragma once
+
+#include "platform/mutex.h"
+#include "sharepoint/events/browser_events_handler.h"
+#include "sharepoint/events/event_identifiers.h"
+#include "sharepoint/host/host_ptr.h"
+
+#include <atlbase.h>
+#include <atlcom.h>
+#include <exdisp.h>
+#include <exdispid.h>
+
+#include <memory>
+#include <mutex>
+
+namespace quill {
+
+class ATL_NO_VTABLE browser_events_sink
+    : public CComObjectRootEx<CComSingleThreadModel>,
+      public IUnknown,
+      public IDispEventImpl<1, browser_events_sink, &IID_browser_events, &LIBID_browser,
+                            browser_library_major, browser_library_minor>
+{
+public:
+    using object = CComObject<browser_events_sink>;
+
+    // A new sink, connected to the browser's events. Throws std::system_error with the failure code.
+    static CComPtr<object> connect(IWebBrowser2* browser, std::weak_ptr<browser_events_handler> handler);
+    // Ends the connection to that browser. What the browser throws is logged.
+    void disconnect(IWebBrowser2* browser) noexcept;
+
+    BEGIN_COM_MAP(browser_events_sink)
+    COM_INTERFACE_ENTRY(IUnknown)
+    END_COM_MAP()
+
+    BEGIN_SINK_MAP(browser_events_sink)
+    SINK_ENTRY_EX(1, IID_browser_events, DISPID_BEFORENAVIGATE2, &browser_events_sink::on_before_navigate)
+    SINK_ENTRY_EX(1, IID_browser_events, DISPID_DOCUMENTCOMPLETE, &browser_events_sink::on_document_complete)
+    SINK_ENTRY_EX(1, IID_browser_events, DISPID_ONQUIT, &browser_events_sink::on_quit)
+    END_SINK_MAP()
+
+    // The events. Null pointers are no event at all.
+    HRESULT STDMETHODCALLTYPE on_before_navigate(IDispatch* pDisp, VARIANT* url, VARIANT* flags,
+                                                 VARIANT* targetFrameName, VARIANT* postData,
+                                                 VARIANT* headers, VARIANT_BOOL* cancel);
+    HRESULT STDMETHODCALLTYPE on_document_complete(IDispatch* pDisp, VARIANT* url);
+    void STDMETHODCALLTYPE on_quit();
+
+private:
+    // What an event holds until it has been handled, whatever happens in it: the handler may close the tab,
+    // which takes this sink along.
+    struct protection
+    {
+        CComPtr<IUnknown> sink;
+        std::unique_lock<platform::MutexImpl> forwarding;
+        std::shared_ptr<browser_events_handler> handler;
+        host_ptr<IWebBrowser2> browser;
+
+        void release() noexcept;
+    };
+
+    protection protect() { return {GetUnknown(), {forwarding_, std::defer_lock}, nullptr, nullptr}; }
+    HRESULT before_navigate(protection& held, IDispatch* frame, const VARIANT& url, const VARIANT* post_data,
+                            VARIANT_BOOL& cancel);
+    HRESULT document_complete(protection& held, IDispatch* frame, const VARIANT& url);
+
+    std::weak_ptr<browser_events_handler> handler_;
+    // The handler may pump messages while it starts a program: what comes in then is let through on the
+    // same thread and kept apart from every other.
+    platform::MutexImpl forwarding_;
+};
+
+} // namespace quill

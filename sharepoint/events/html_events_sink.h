@@ -1,0 +1,89 @@
+// Receives the events of one HTML document: clicks, which the handler may cancel, and the end of loading.
+#pragma once
+
+#include "sharepoint/events/event_identifiers.h"
+#include "sharepoint/host/host_ptr.h"
+#include "sharepoint/events/html_events_handler.h"
+
+#include <atlbase.h>
+#include <atlcom.h>
+#include <mshtmdid.h>
+#include <mshtml.h>
+
+#include <memory>
+#include <utility>
+
+namespace quill {
+
+class ATL_NO_VTABLE html_events_sink
+    : public CComObjectRootEx<CComSingleThreadModel>,
+      public IUnknown,
+      public IDispEventImpl<2, html_events_sink, &IID_html_document_events, &LIBID_html_engine,
+                            html_library_major, html_library_minor>
+{
+public:
+    using object = CComObject<html_events_sink>;
+
+    // A new sink, connected to the document's events. Throws std::system_error with the failure code.
+    static CComPtr<object> connect(IHTMLDocument2* document, std::weak_ptr<html_events_handler> handler);
+    // Ends the connection and lets go of the document; nothing is forwarded after it. What the document
+    // throws is logged.
+    void disconnect() noexcept;
+
+    BEGIN_COM_MAP(html_events_sink)
+    COM_INTERFACE_ENTRY(IUnknown)
+    END_COM_MAP()
+
+    BEGIN_SINK_MAP(html_events_sink)
+    SINK_ENTRY_EX(2, IID_html_document_events, DISPID_HTMLDOCUMENTEVENTS2_ONCLICK,
+                  &html_events_sink::on_click)
+    SINK_ENTRY_EX(2, IID_html_document_events, DISPID_HTMLDOCUMENTEVENTS2_ONREADYSTATECHANGE,
+                  &html_events_sink::on_ready_state_change)
+    END_SINK_MAP()
+
+    // The events. What the type library calls an event object arrives as whatever the engine packed, so it
+    // is asked for its interface. VARIANT_FALSE: the click was cancelled. A click whose link has been opened
+    // is cancelled whatever fails afterwards.
+    VARIANT_BOOL STDMETHODCALLTYPE on_click(IDispatch* event);
+    void STDMETHODCALLTYPE on_ready_state_change(IDispatch* event);
+
+private:
+    // What an event holds until it has been handled, whatever happens in it: the handler may close the tab,
+    // which takes the document's records and this sink along.
+    struct protection
+    {
+        CComPtr<IUnknown> sink;
+        std::shared_ptr<html_events_handler> handler = nullptr;
+        host_ptr<IHTMLDocument2> document = nullptr;
+        host_ptr<IHTMLEventObj> event = nullptr;
+        host_ptr<IHTMLElement> element = nullptr;
+
+        void release() noexcept;
+    };
+
+    // Whether the handler has opened what was clicked.
+    bool click(protection& held, IDispatch* event_object);
+    void ready_state_changed(protection& held);
+
+    host_ptr<IHTMLDocument2> document_;
+    std::weak_ptr<html_events_handler> handler_;
+};
+
+// A sink that is connected for as long as this lives. The document keeps the sink and the sink keeps the
+// document: nothing but the end of the connection takes them apart.
+class html_events_connection
+{
+public:
+    html_events_connection(IHTMLDocument2* document, std::weak_ptr<html_events_handler> handler)
+        : sink_(html_events_sink::connect(document, std::move(handler)))
+    {
+    }
+    ~html_events_connection() { sink_->disconnect(); }
+    html_events_connection(const html_events_connection&) = delete;
+    html_events_connection& operator=(const html_events_connection&) = delete;
+
+private:
+    CComPtr<html_events_sink::object> sink_;
+};
+
+} // namespace quill

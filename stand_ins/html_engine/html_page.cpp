@@ -1,0 +1,164 @@
+#include "stand_ins/html_engine/html_page.h"
+
+#include "stand_ins/html_engine/com_results.h"
+#include "stand_ins/html_engine/dom/html_reader.h"
+#include "stand_ins/html_engine/link_navigation.h"
+
+#include <ole2.h>
+#include <olectl.h>
+
+#include <utility>
+
+CHtmlPage::CHtmlPage() : page_(std::make_shared<quill::page_model>())
+{
+    m_bWindowOnly = TRUE;
+    page_->owner = this;
+}
+
+HRESULT CHtmlPage::FinalConstruct()
+{
+    return events_.create(this);
+}
+
+void CHtmlPage::FinalRelease()
+{
+    stop_download();
+    page_->owner = nullptr;
+    if (m_hWnd != nullptr)
+        DestroyWindow();
+    events_.close();
+}
+
+STDMETHODIMP CHtmlPage::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
+                               VARIANT* result, EXCEPINFO* exception, UINT* bad_argument)
+{
+    if (id != DISPID_READYSTATE || (flags & DISPATCH_PROPERTYGET) == 0)
+        return html_document2::Invoke(id, reserved, locale, flags, parameters, result, exception,
+                                      bad_argument);
+    if (result == nullptr)
+        return E_POINTER;
+    *result = VARIANT{};
+    result->vt = VT_I4;
+    result->lVal = static_cast<LONG>(page_->state);
+    return S_OK;
+}
+
+// A host of documents is asked to give the page a view, once: it would lose the view that it has. Any other
+// host activates the page as it would a control.
+STDMETHODIMP CHtmlPage::DoVerb(LONG verb, LPMSG message, IOleClientSite* site, LONG index, HWND parent,
+                               LPCRECT place)
+{
+    const CComQIPtr<IOleDocumentSite> document_site(m_spClientSite);
+    const bool shows = verb == OLEIVERB_SHOW || verb == OLEIVERB_OPEN || verb == OLEIVERB_UIACTIVATE ||
+                       verb == OLEIVERB_INPLACEACTIVATE;
+    if (document_site && shows && !m_bInPlaceActive)
+        return document_site->ActivateMe(nullptr);
+    return IOleObjectImpl<CHtmlPage>::DoVerb(verb, message, site, index, parent, place);
+}
+
+STDMETHODIMP CHtmlPage::Close(DWORD save)
+{
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
+    stop_download();
+    return IOleObjectImpl<CHtmlPage>::Close(save);
+}
+
+STDMETHODIMP CHtmlPage::GetMiscStatus(DWORD, DWORD* status)
+{
+    if (status == nullptr)
+        return E_POINTER;
+    *status =
+        OLEMISC_RECOMPOSEONRESIZE | OLEMISC_CANTLINKINSIDE | OLEMISC_INSIDEOUT | OLEMISC_ACTIVATEWHENVISIBLE;
+    return S_OK;
+}
+
+STDMETHODIMP CHtmlPage::ParseDisplayName(IBindCtx*, LPOLESTR, ULONG* eaten, IMoniker** moniker)
+{
+    if (eaten == nullptr || moniker == nullptr)
+        return E_POINTER;
+    *eaten = 0;
+    *moniker = nullptr;
+    return E_NOTIMPL;
+}
+
+STDMETHODIMP CHtmlPage::EnumObjects(DWORD, IEnumUnknown** objects)
+{
+    if (objects == nullptr)
+        return E_POINTER;
+    *objects = nullptr;
+    return E_NOTIMPL;
+}
+
+STDMETHODIMP CHtmlPage::GetClassID(CLSID* class_id)
+{
+    if (class_id == nullptr)
+        return E_POINTER;
+    *class_id = quill::CLSID_html_page;
+    return S_OK;
+}
+
+STDMETHODIMP CHtmlPage::EnumConnectionPoints(IEnumConnectionPoints** points)
+{
+    if (points == nullptr)
+        return E_POINTER;
+    *points = nullptr;
+    return E_NOTIMPL;
+}
+
+STDMETHODIMP CHtmlPage::FindConnectionPoint(REFIID interface_id, IConnectionPoint** point)
+{
+    return events_.find(interface_id, point);
+}
+
+STDMETHODIMP CHtmlPage::Load(BOOL, IMoniker* moniker, IBindCtx* context, DWORD)
+{
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
+    return quill::guarded([&] {
+        if (moniker == nullptr)
+            return E_INVALIDARG;
+        stop_download();
+        moniker_ = moniker;
+        const HRESULT named = quill::get_display_name(moniker, context, page_->url);
+        if (FAILED(named))
+            return named;
+        set_state(quill::page_state::loading);
+        const HRESULT hr = quill::create_object(download_);
+        // The end may come within this call, which lets go of the download.
+        const auto download = download_;
+        return FAILED(hr) ? hr : download->start(moniker, context, *this);
+    });
+}
+
+void CHtmlPage::stop_download()
+{
+    const auto download = std::move(download_);
+    if (download)
+        download->cancel();
+}
+
+// A page that came only in part is shown as far as it came, as browsers do.
+void CHtmlPage::downloaded(HRESULT, const std::string& bytes)
+{
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
+    download_.Release();
+    page_->set_root(quill::read_page(quill::decode_page(bytes)));
+    set_state(quill::page_state::interactive);
+    set_state(quill::page_state::complete);
+    tree_changed();
+}
+
+void CHtmlPage::set_state(quill::page_state state)
+{
+    page_->state = state;
+    events_.fire_ready_state(page_);
+}
+
+// The page stays what it is during the click, whatever the sinks do; afterwards it may have been closed.
+void CHtmlPage::click(const quill::dom_node::pointer& element)
+{
+    const CComPtr<IUnknown> keep_alive(GetUnknown());
+    const auto target = quill::target_of(*page_, *element);
+    const CComPtr<IOleClientSite> site = m_spClientSite;
+    if (events_.fire_click(page_, element) && !target.address.empty() && site)
+        quill::follow(site, target);
+}

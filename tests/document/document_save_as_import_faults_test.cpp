@@ -1,0 +1,151 @@
+// Every call that the module makes of the system while it saves a copy fails once, in every way, and so does
+// every request for memory; and after it another. What the user has at the chosen place stays until a whole
+// copy replaces it.
+#include "tests/document/document_fixture.h"
+#include "tests/document/document_messages.h"
+#include "tests/retrieval/ieframe/own_folder.h"
+#include "tests/retrieval/ieframe/save_browser.h"
+#include "tests/support/faults/fault_loop.h"
+
+#include <docobj.h>
+#include <gmock/gmock.h>
+#include <ole2.h>
+
+#include <algorithm>
+#include <iterator>
+
+namespace quill::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char former_text[] = "what the user has at the place already";
+
+// Without these there is no copy.
+constexpr const char* needed[] = {"CopyFileExW", "GetProcAddress", "GetTempFileNameW", "LoadLibraryExW",
+                                  memory_group};
+// By which the browser is reached: without these it cannot be told that the save is given up.
+constexpr const char* browser_lookup[] = {"GetProcAddress", "LoadLibraryExW"};
+constexpr const char* deletion[] = {"DeleteFileW", "SetFileAttributesW"};
+
+template <std::size_t Count>
+bool is_one_of(const std::string& function, const char* const (&functions)[Count])
+{
+    return std::find(std::begin(functions), std::end(functions), function) != std::end(functions);
+}
+
+class DocumentSaveAsImportFaults : public testing::TestWithParam<bool>
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        static const bool is_here = (bring_along(L"QuillPDF.IE.dll"), true);
+        ASSERT_TRUE(is_here);
+    }
+
+    std::vector<fault_place> places_of_a_save()
+    {
+        for (int run = 1; run <= 2; ++run) { // the first does what the process does once
+            document_bench bench;
+            save_browser browser;
+            show(bench, browser);
+            faults_.count();
+            ask(bench);
+            faults_.stop();
+            EXPECT_EQ(read_file(browser.destination), small_pdf);
+            bench.close_in_order();
+        }
+        return faults_.places();
+    }
+
+    // With the failures, and then once more in the same document without any. Whether all failed.
+    bool save_with(const fault_place& place)
+    {
+        document_bench bench;
+        save_browser browser;
+        const std::wstring shown = show(bench, browser);
+        faults_.fail(place);
+        ask(bench);
+        const int failures = faults_.failures();
+        faults_.stop();
+        expect_promised(place, failures, browser);
+        EXPECT_EQ(read_file(shown), small_pdf);
+        for (const std::wstring& left : files_in(browser.cache.path()))
+            EXPECT_TRUE(DeleteFileW((browser.cache / left).c_str()));
+
+        browser.calls.clear();
+        EXPECT_TRUE(write_file(browser.destination, former_text));
+        ask(bench);
+        EXPECT_THAT(browser.calls, ElementsAre("dialog", "folder", "save"));
+        EXPECT_EQ(read_file(browser.destination), small_pdf) << "the next copy is not saved";
+        bench.close_in_order();
+        return failures == place.failures();
+    }
+
+private:
+    static std::wstring show(document_bench& bench, save_browser& browser)
+    {
+        std::wstring path = bench.pdf(L"report[1].pdf");
+        bench.show_file(path);
+        browser.owner = bench.window();
+        browser.before_save = [](const wchar_t* copy) {
+            EXPECT_EQ(read_file(copy), small_pdf) << "the browser is given no whole copy";
+        };
+        EXPECT_TRUE(write_file(browser.destination, former_text));
+        return path;
+    }
+
+    static void ask(document_bench& bench)
+    {
+        if (GetParam())
+            EXPECT_EQ(bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, 0, nullptr, nullptr),
+                      S_OK);
+        else
+            EXPECT_EQ(bench.send(message_save_as), 0);
+    }
+
+    static void expect_promised(const fault_place& place, int failures, const save_browser& browser)
+    {
+        const std::string second = failures > 1 ? import_faults::failed_next() : std::string();
+        const auto has_failed = [&](const auto& functions) {
+            return failures > 0 && (is_one_of(place.group, functions) || is_one_of(second, functions));
+        };
+        const auto at_place = read_file(browser.destination);
+        const bool is_saved = at_place == small_pdf;
+        EXPECT_TRUE(is_saved || at_place == former_text) << "the user's file is lost";
+        if (!has_failed(needed))
+            EXPECT_TRUE(is_saved) << "nothing that a copy could not do without";
+        if (!has_failed(browser_lookup))
+            EXPECT_EQ(browser.states_given_back, browser.states_given);
+        EXPECT_LE(browser.states_given_back, browser.states_given);
+        // A deletion that fails once is tried again.
+        if (!is_one_of(place.group, deletion) || !is_one_of(second, deletion))
+            EXPECT_THAT(files_in(browser.cache.path()), IsEmpty());
+    }
+
+    import_faults faults_;
+    const ieframe_scope library_;
+};
+
+TEST_P(DocumentSaveAsImportFaults, LoseNoFileAndTheNextCopyIsSaved)
+{
+    constexpr int usual_step = 3;
+    fail_each("the system's part in a document's Save As", fault_kind::either, places_of_a_save(), usual_step,
+              [this](const fault_place& place) { return save_with(place); });
+}
+
+TEST_P(DocumentSaveAsImportFaults, LoseNoFileWhenTwoFailAndTheNextCopyIsSaved)
+{
+    constexpr std::size_t usual_pairs = 5;
+    fail_pairs("two failures in a document's Save As", fault_kind::either, places_of_a_save(), usual_pairs,
+               [this](const fault_place& pair) { return save_with(pair); });
+}
+
+INSTANTIATE_TEST_SUITE_P(Asked, DocumentSaveAsImportFaults, testing::Bool(),
+                         [](const testing::TestParamInfo<bool>& way) {
+                             return way.param ? "ByCommand" : "ByMessage";
+                         });
+
+} // namespace
+} // namespace quill::test

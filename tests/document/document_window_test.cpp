@@ -1,0 +1,257 @@
+// The window's ordinary messages and the progress pane.
+#include "tests/document/document_fixture.h"
+#include "tests/document/document_messages.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+namespace quill::test {
+namespace {
+
+using lines = std::vector<std::string>;
+
+RECT in_parent(HWND window)
+{
+    RECT rect{};
+    GetWindowRect(window, &rect);
+    MapWindowPoints(nullptr, GetParent(window), reinterpret_cast<POINT*>(&rect), 2);
+    return rect;
+}
+
+void expect_place(HWND window, LONG left, LONG top, LONG width, LONG height)
+{
+    const RECT actual = in_parent(window);
+    EXPECT_EQ(actual.left, left);
+    EXPECT_EQ(actual.top, top);
+    EXPECT_EQ(actual.right - actual.left, width);
+    EXPECT_EQ(actual.bottom - actual.top, height);
+}
+
+bool has_visible_style(HWND window)
+{
+    return (GetWindowLongW(window, GWL_STYLE) & WS_VISIBLE) != 0;
+}
+
+void show_idle(document_bench& bench)
+{
+    bench.show_url(unserved_url);
+    bench.wait_for_failed_worker();
+    bench.take_log();
+}
+
+QUILL_DOCUMENT_TEST(DocumentWindow, SizeIsLoggedAndPassedToTheViewersHost)
+{
+    show_idle(bench);
+    EXPECT_EQ(bench.send(WM_SIZE, SIZE_RESTORED, MAKELPARAM(500, 400)), 0);
+    EXPECT_EQ(bench.take_log(), lines{"@ OnSize {0 500 400}"});
+    expect_place(bench.viewer_host_window(), 0, 0, 500, 400);
+    EXPECT_EQ(bench.send(WM_SIZE, SIZE_MAXIMIZED, MAKELPARAM(65535, 40000)), 0);
+    EXPECT_EQ(bench.take_log(), lines{"@ OnSize {2 65535 40000}"});
+    EXPECT_EQ(bench.send(WM_SIZE, SIZE_MINIMIZED, 0), 0);
+    EXPECT_EQ(bench.take_log(), lines{"@ OnSize {1 0 0}"});
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentWindow, SizeShowsTheViewersHost)
+{
+    show_idle(bench);
+    ShowWindow(bench.viewer_host_window(), SW_HIDE);
+    EXPECT_EQ(bench.send(WM_SIZE, 0, MAKELPARAM(500, 400)), 0);
+    EXPECT_TRUE(has_visible_style(bench.viewer_host_window()));
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentWindow, HostWindowFollowsTheDocument)
+{
+    show_idle(bench);
+    RECT rect{0, 0, 600, 500};
+    EXPECT_EQ(bench.host.view->SetRect(&rect), S_OK);
+    expect_place(bench.window(), 0, 0, 600, 500);
+    expect_place(bench.viewer_host_window(), 0, 0, 600, 500);
+    expect_place(bench.pane(), 125, 205, 350, 45);
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentWindow, CommandsAreLoggedOnly)
+{
+    show_idle(bench);
+    EXPECT_EQ(bench.send(WM_COMMAND, 0x10064, MAKELPARAM(0x1234, 0xfffe)), 0);
+    EXPECT_EQ(bench.take_log(), lines{"@ OnCommand {65636 4660 65534}"});
+    EXPECT_EQ(bench.viewer.texts(viewer_print), lines{});
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentWindow, AMouseClickActivatesTheUserInterface)
+{
+    show_idle(bench);
+    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 0);
+    EXPECT_EQ(bench.send(WM_MOUSEACTIVATE, 42, MAKELPARAM(HTCLIENT, WM_LBUTTONDOWN)), MA_ACTIVATE);
+    EXPECT_EQ(bench.take_log(), lines{"@ OnMouseActivate {42 1 513}"});
+    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1);
+    EXPECT_EQ(bench.send(WM_MOUSEACTIVATE, 42, MAKELPARAM(HTCLIENT, WM_RBUTTONDOWN)), MA_ACTIVATE);
+    EXPECT_EQ(bench.take_log(), lines{"@ OnMouseActivate {42 1 516}"});
+    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1) << "UI-active already";
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentWindow, AMouseClickOnAnUnsitedDocumentIsBorne)
+{
+    show_idle(bench);
+    bench.as<IOleObject>()->SetClientSite(nullptr);
+    EXPECT_EQ(bench.send(WM_MOUSEACTIVATE, 0, 0), MA_ACTIVATE);
+    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+}
+
+QUILL_DOCUMENT_TEST(DocumentPane, StandsInTheMiddleFromTheBeginning)
+{
+    show_idle(bench);
+    ASSERT_NE(bench.pane(), nullptr);
+    EXPECT_TRUE(has_visible_style(bench.pane()));
+    RECT client{};
+    GetClientRect(bench.window(), &client);
+    expect_place(bench.pane(), (client.right - 350) / 2, client.bottom / 2 - 45, 350, 45);
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentPane, IsCentredAgainWithEachSize)
+{
+    show_idle(bench);
+    for (const SIZE size : {SIZE{700, 500}, SIZE{351, 91}, SIZE{200, 60}, SIZE{0, 0}, SIZE{500, 300}}) {
+        SCOPED_TRACE(size.cx);
+        RECT rect{10, 10, 10 + size.cx, 10 + size.cy};
+        EXPECT_EQ(bench.host.view->SetRect(&rect), S_OK);
+        bench.send(WM_SIZE, 0, MAKELPARAM(size.cx, size.cy));
+        expect_place(bench.pane(), (size.cx - 350) / 2, size.cy / 2 - 45, 350, 45);
+        EXPECT_TRUE(has_visible_style(bench.pane()));
+    }
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentPane, StaysHiddenAfterTheLoad)
+{
+    show_idle(bench);
+    load_fetched_file(bench, bench.pdf());
+    ASSERT_NE(bench.pane(), nullptr);
+    EXPECT_FALSE(has_visible_style(bench.pane()));
+    bench.send(WM_SIZE, 0, MAKELPARAM(500, 400));
+    EXPECT_FALSE(has_visible_style(bench.pane())) << "a size does not bring it back";
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentPane, ForALocalFileIsHiddenAtOnce)
+{
+    bench.show_file(bench.pdf());
+    ASSERT_NE(bench.pane(), nullptr);
+    EXPECT_FALSE(has_visible_style(bench.pane()));
+    bench.close_in_order();
+}
+
+struct progress_values
+{
+    std::uint32_t progress;
+    std::uint32_t maximum;
+    std::uint32_t status;
+    const wchar_t* text;
+};
+
+// Paints the pane and measures the bar.
+int bar_length(HWND pane)
+{
+    RedrawWindow(pane, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW);
+    const HDC dc = GetDC(pane);
+    int length = 0;
+    while (length < 220 && GetPixel(dc, 10 + length, 20) == RGB(25, 30, 80))
+        ++length;
+    ReleaseDC(pane, dc);
+    return length;
+}
+
+QUILL_DOCUMENT_TEST(DocumentPane, ShowsThePercentageOfTheDownload)
+{
+    show_idle(bench);
+    ShowWindow(bench.host.frame_window(), SW_SHOWNA);
+    UpdateWindow(bench.host.frame_window());
+    struct percent_case
+    {
+        progress_values values;
+        int length;
+    };
+    const percent_case cases[] = {
+        {{50, 200, 5, nullptr}, 50},                                   // 50 / 2 = 25 %
+        {{1000, 1000, 5, L"x"}, 200},                                  // 100 %
+        {{500, 1000, 4, nullptr}, 200},                                // another status: as before
+        {{500, 1000, 6, nullptr}, 200}, {{50, 99, 5, nullptr}, 0},     // 99 / 100 is 0
+        {{0, 1000, 5, nullptr}, 0},     {{123, 1000, 5, nullptr}, 24}, // 123 / 10 = 12 %
+        {{7, 0, 5, nullptr}, 0},        {{4'000'000'000u, 4'200'000'000u, 5, nullptr}, 190}, // 95 %
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(std::to_string(one.values.progress) + " of " + std::to_string(one.values.maximum));
+        EXPECT_EQ(bench.send(message_progress, 0, reinterpret_cast<LPARAM>(&one.values)), 0);
+        EXPECT_EQ(bar_length(bench.pane()), one.length);
+    }
+    bench.close_in_order();
+}
+
+QUILL_DOCUMENT_TEST(DocumentPane, GoesWithTheWindow)
+{
+    show_idle(bench);
+    const HWND pane = bench.pane();
+    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    EXPECT_FALSE(IsWindow(pane));
+    bench.close_in_order();
+}
+
+// Sees the end of the viewer's host window, the other child: it comes when the document's own handler is
+// done.
+class end_of_viewer_host
+{
+public:
+    explicit end_of_viewer_host(document_bench& bench)
+        : hook_(SetWindowsHookExW(WH_CALLWNDPROC, note, nullptr, GetCurrentThreadId()))
+    {
+        EXPECT_NE(hook_, nullptr);
+        host_window_ = bench.viewer_host_window();
+        pane_ = bench.pane();
+        has_come_ = pane_was_there_ = false;
+    }
+    ~end_of_viewer_host() { UnhookWindowsHookEx(hook_); }
+    end_of_viewer_host(const end_of_viewer_host&) = delete;
+    end_of_viewer_host& operator=(const end_of_viewer_host&) = delete;
+
+    static bool has_come() { return has_come_; }
+    static bool pane_was_there() { return pane_was_there_; }
+
+private:
+    static LRESULT CALLBACK note(int code, WPARAM wparam, LPARAM lparam)
+    {
+        const auto& message = *reinterpret_cast<const CWPSTRUCT*>(lparam);
+        if (code == HC_ACTION && message.message == WM_DESTROY && message.hwnd == host_window_) {
+            has_come_ = true;
+            pane_was_there_ = IsWindow(pane_);
+        }
+        return CallNextHookEx(nullptr, code, wparam, lparam);
+    }
+
+    static inline HWND host_window_;
+    static inline HWND pane_;
+    static inline bool has_come_;
+    static inline bool pane_was_there_;
+    HHOOK hook_;
+};
+
+QUILL_DOCUMENT_TEST(DocumentPane, IsDestroyedByTheWindowsOwnHandlerAfterTheMenu)
+{
+    show_idle(bench);
+    const HWND pane = bench.pane();
+    bool is_there_at_menu = false;
+    bench.host.calls.when("IOleInPlaceFrame::SetMenu", [&] { is_there_at_menu = IsWindow(pane); });
+    const end_of_viewer_host end(bench);
+    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    EXPECT_TRUE(is_there_at_menu) << "the menu is unmerged first";
+    EXPECT_TRUE(end.has_come());
+    EXPECT_FALSE(end.pane_was_there());
+    bench.close_in_order();
+}
+
+} // namespace
+} // namespace quill::test

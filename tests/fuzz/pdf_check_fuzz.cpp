@@ -1,0 +1,45 @@
+// The verdict on a file's beginning: the file's bytes.
+#include "tests/fuzz/subjects.h"
+#include "retrieval/file/pdf_judge.h"
+
+#include <algorithm>
+
+namespace quill::fuzz {
+namespace {
+
+// Whether the first place of marker has `room` bytes from there to the window's end.
+bool first_has_room(std::string_view window, std::string_view marker, std::size_t room)
+{
+    for (std::size_t i = 0; i + marker.size() <= window.size(); ++i) {
+        if (window.substr(i, marker.size()) == marker)
+            return window.size() - i >= room;
+    }
+    return false;
+}
+
+pdf_verdict expected_verdict(std::string_view window, std::size_t bytes_read)
+{
+    if (bytes_read < 9)
+        return pdf_verdict::refused;
+    return first_has_room(window, "%PDF-1.", 8)  ? pdf_verdict::pdf
+           : first_has_room(window, ".pfile", 6) ? pdf_verdict::protected_pdf
+                                                 : pdf_verdict::refused;
+}
+
+} // namespace
+
+void pdf_check(bytes input)
+{
+    const std::string file = narrow_text(input);
+    const std::size_t bytes_read = std::min(file.size(), pdf_check_bytes);
+    std::string window = file.substr(0, bytes_read);
+    window.resize(pdf_check_bytes + 1);
+    const pdf_verdict verdict = JudgePdf(exact_copy<char>(window), bytes_read);
+    FUZZ_CHECK(verdict == expected_verdict(window, bytes_read));
+
+    // What stands behind the window does not count, and any window is judged.
+    const exact_copy<char> whole(file);
+    FUZZ_CHECK(JudgePdf(whole, file.size()) == expected_verdict(file, file.size()));
+}
+
+} // namespace quill::fuzz

@@ -1,0 +1,123 @@
+// A document closed at every stage of its download, at random: the closing ends, nothing is shown afterwards,
+// nothing stays.
+#include "tests/soak/bare_download.h"
+#include "tests/soak/closing_plan.h"
+#include "tests/soak/document_soak_fixture.h"
+#include "tests/soak/samples.h"
+#include "tests/soak/settings.h"
+#include "tests/support/wait.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <random>
+#include <string>
+
+namespace quill::soak {
+namespace {
+
+constexpr std::size_t short_closings = 6;
+constexpr std::size_t warm_up_closings = 12;
+constexpr std::size_t ways_down = 3;
+
+void take_down(hosted_document& document, std::size_t way)
+{
+    switch (way) {
+    case 0:
+        return document.close_as_navigating_away();
+    case 1:
+        return document.close_as_closed_browser();
+    default:
+        return document.close_view_alone();
+    }
+}
+
+class closings
+{
+public:
+    explicit closings(std::uint64_t seed) : random_(seed)
+    {
+        world_.server.route("/quick.pdf", test::http_response::ok(test::pdf_body(20'000)));
+        auto slow = test::http_response::ok(test::pdf_body(slow_body_size));
+        slow.piece_size = slow_piece_size;
+        slow.piece_delay_ms = slow_piece_delay_ms;
+        world_.server.route("/slow.pdf", slow);
+    }
+
+    void live(std::size_t number)
+    {
+        const closing_plan drawn = draw_closing(random_, ways_down);
+        SCOPED_TRACE(text_of(drawn, number));
+        world_.use(drawn.path);
+        viewer_store viewers;
+        {
+            hosted_document document(world_);
+            document.load_url(world_.server.url(drawn.slow ? L"/slow.pdf" : L"/quick.pdf"));
+            EXPECT_EQ(document.do_verb(OLEIVERB_SHOW), S_OK);
+            reach(drawn, world_.server,
+                  {[&] { return world_.server.requests().size(); }, 1, load_is_posted,
+                   [&] { return viewers.opened() > 0; }});
+            const std::size_t opened = viewers.opened();
+            const ULONGLONG begin = GetTickCount64();
+            take_down(document, drawn.way_down);
+            longest_ms_ = std::max(longest_ms_, GetTickCount64() - begin);
+            EXPECT_LT(GetTickCount64() - begin, longest_closing_ms);
+            test::pump_messages();
+            EXPECT_EQ(viewers.opened(), opened) << "something was shown after the end";
+        }
+        EXPECT_EQ(world_.module.can_unload_now(), S_OK);
+        EXPECT_TRUE(world_.server.wait_idle(10'000)) << "somebody still downloads";
+        world_.server.forget_requests();
+        world_.empty_cache();
+    }
+
+    // A download of the same size by the same rhythm, without the module and not broken off.
+    void live_barely(std::size_t number)
+    {
+        download_barely(number & 1 ? download_path::wininet : download_path::urlmon,
+                        world_.server.url(L"/quick.pdf"), world_.cache / L"bare.pdf");
+        EXPECT_TRUE(world_.server.wait_idle(10'000));
+        world_.server.forget_requests();
+    }
+
+    ULONGLONG longest_ms() const { return longest_ms_; }
+
+private:
+    document_world world_;
+    std::mt19937_64 random_;
+    ULONGLONG longest_ms_ = 0;
+};
+
+TEST(ClosingSoak, AtAnyStageOfADownload)
+{
+    sample_table bare("downloads alone");
+    sample_table table("documents closed at a stage of their download, at random");
+    {
+        const auto closings_wanted =
+            static_cast<std::size_t>(number_setting(L"QUILL_SOAK_CLOSINGS", short_closings));
+        closings run(announced_seed("closing"));
+        run_lives(bare, warm_up_closings, closings_wanted,
+                  [&](std::size_t number) { run.live_barely(number); });
+        run_lives(table, warm_up_closings, closings_wanted, [&](std::size_t number) {
+            if (!testing::Test::HasFailure())
+                run.live(number);
+        });
+        // What the download services keep of a download that is not broken off.
+        growth_limits limits = growth_of(bare, 1);
+        // And what the first of a kind sets up, when it is not among those to warm up.
+        limits.heap_blocks += 2 * closings_wanted;
+        limits.heap_bytes_each += 256 + 4'096 / closings_wanted;
+        limits.kernel_handles += 2; // of workers of the system's that come and go
+        limits.threads = 2;
+        // Downloads that are broken off leave a string of the system's now and then, up to one in twenty.
+        limits.task_memory += static_cast<long>(closings_wanted / 20);
+        table.expect_flat_from(1, limits);
+        std::printf("longest closing: %llu ms\n", run.longest_ms());
+    }
+    EXPECT_EQ(GetModuleHandleW(L"QuillPDF.IE.dll"), nullptr);
+}
+
+} // namespace
+} // namespace quill::soak

@@ -1,0 +1,89 @@
+// What many documents of one process share: the loaded module, the viewer's registration, a web server. The
+// module's log is off, as it is with users.
+#pragma once
+
+#include "tests/soak/download_setup.h"
+#include "tests/document/module_under_test.h"
+#include "tests/support/host/document_host.h"
+#include "tests/support/http_server.h"
+#include "tests/support/scopes.h"
+#include "tests/support/viewer/viewer_class.h"
+
+#include <windows.h>
+
+#include <wrl/client.h>
+
+#include <string>
+
+namespace quill::soak {
+
+class document_world : public download_setup
+{
+public:
+    document_world();
+    document_world(const document_world&) = delete;
+    document_world& operator=(const document_world&) = delete;
+    ~document_world(); // the module must say that it can go, and go
+
+    test::scratch_directory files;
+    test::viewer_registration registration;
+    std::wstring local_pdf;
+    test::module_under_test module;
+    test::http_server server;
+};
+
+// The viewers of all documents that are open at a time. The class object keeps each viewer that it has made,
+// so a long run takes a new one for each of its lives.
+class viewer_store
+{
+public:
+    viewer_store() : script(calls), viewers(script) {}
+
+    // How often viewers were asked to open a file.
+    std::size_t opened() const;
+    bool wait_until_opened(std::size_t times = 1, DWORD deadline_ms = 20'000) const;
+
+    test::call_book calls;
+    test::viewer_script script;
+    test::viewer_class viewers;
+};
+
+// One document with a host of its own.
+class hosted_document
+{
+public:
+    explicit hosted_document(const document_world& world);
+    hosted_document(const hosted_document&) = delete;
+    hosted_document& operator=(const hosted_document&) = delete;
+    // Lets go of everything. Document, windows and references must be gone then.
+    ~hosted_document();
+
+    template <class Interface>
+    Microsoft::WRL::ComPtr<Interface> as() const
+    {
+        Microsoft::WRL::ComPtr<Interface> result;
+        if (document)
+            document.As(&result);
+        return result;
+    }
+
+    void load_file(const std::wstring& path);
+    void load_url(const std::wstring& url);
+    // The same, for a document that may refuse.
+    void load_url_if_taken(const std::wstring& url);
+    HRESULT do_verb(LONG verb);
+    HWND window() const;
+
+    // The ways in which browsers take a document down.
+    void close_as_navigating_away();
+    void close_as_closed_browser();
+    void close_view_alone();
+
+    test::document_host host;
+    Microsoft::WRL::ComPtr<IUnknown> document;
+
+private:
+    HRESULT try_to_load(const std::wstring& url);
+};
+
+} // namespace quill::soak

@@ -1,0 +1,155 @@
+// Documents opened and closed many times in one process, and many open at once: nothing may grow.
+#include "tests/soak/bare_download.h"
+#include "tests/soak/document_soak_fixture.h"
+#include "tests/soak/samples.h"
+#include "tests/soak/settings.h"
+#include "tests/support/wait.h"
+
+#include <gtest/gtest.h>
+#include <ole2.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace quill::soak {
+namespace {
+
+constexpr std::size_t short_openings = 16;
+constexpr std::size_t warm_up_openings = 16;
+constexpr std::size_t short_crowd = 25;
+constexpr DWORD crowd_deadline_ms = 120'000;
+constexpr DWORD server_rest_ms = 5'000;
+
+void close(hosted_document& document, std::size_t life)
+{
+    switch (life % 3) {
+    case 0:
+        return document.close_as_navigating_away();
+    case 1:
+        return document.close_as_closed_browser();
+    default:
+        return document.close_view_alone();
+    }
+}
+
+// A local file and a fetched one by turns, shown in both orders of a host, taken down in three ways.
+void live(document_world& world, std::size_t life)
+{
+    {
+        viewer_store viewers;
+        hosted_document document(world);
+        document.host.order = life & 1 ? test::activation_order::site_then_ui_activate
+                                       : test::activation_order::create_view_with_site;
+        if (life % 4 < 2)
+            document.load_file(world.local_pdf);
+        else
+            document.load_url(world.server.url(L"/x.pdf#page=2"));
+        EXPECT_EQ(document.do_verb(OLEIVERB_SHOW), S_OK);
+        EXPECT_TRUE(viewers.wait_until_opened()) << "life " << life;
+        close(document, life);
+    }
+    EXPECT_TRUE(world.server.wait_idle(server_rest_ms));
+    EXPECT_EQ(world.module.can_unload_now(), S_OK) << "life " << life;
+    world.server.forget_requests();
+    world.empty_cache();
+}
+
+// The same number of downloads by the same rhythm, without the module.
+void live_barely(document_world& world, download_path path, std::size_t life)
+{
+    if (life % 4 >= 2)
+        download_barely(path, world.server.url(L"/x.pdf"), world.cache / L"bare.pdf");
+    EXPECT_TRUE(world.server.wait_idle(server_rest_ms));
+    world.server.forget_requests();
+}
+
+// As many downloads at the same time, without the module.
+void crowd_barely(document_world& world, download_path path, std::size_t crowd_size)
+{
+    std::vector<std::unique_ptr<bare_download>> crowd;
+    for (std::size_t i = 0; i < crowd_size; ++i)
+        crowd.push_back(std::make_unique<bare_download>(path, world.server.url(L"/x.pdf"),
+                                                        world.cache / (std::to_wstring(i) + L".pdf")));
+    for (const auto& each : crowd)
+        EXPECT_TRUE(test::wait_until([&] { return each->is_done(); }, crowd_deadline_ms));
+    crowd.clear();
+    EXPECT_TRUE(world.server.wait_idle(server_rest_ms));
+    world.server.forget_requests();
+}
+
+void soak(download_path path, const std::string& service)
+{
+    const std::size_t openings = number_setting(L"QUILL_SOAK_OPENINGS", short_openings);
+    sample_table bare("downloads alone: half of as many, through " + service);
+    sample_table table("document openings, half of them fetched through " + service);
+    {
+        document_world world;
+        world.use(path);
+        world.server.route("/x.pdf", test::http_response::ok(test::pdf_body(20'000)));
+        run_lives(bare, warm_up_openings, openings,
+                  [&](std::size_t number) { live_barely(world, path, number); });
+        run_lives(table, warm_up_openings, openings, [&](std::size_t number) {
+            if (!testing::Test::HasFailure())
+                live(world, number);
+        });
+        table.expect_flat_from(1, growth_of(bare, 1));
+    }
+    EXPECT_EQ(GetModuleHandleW(L"QuillPDF.IE.dll"), nullptr);
+}
+
+TEST(DocumentSoak, OpeningsThroughUrlmon)
+{
+    soak(download_path::urlmon, "urlmon");
+}
+
+TEST(DocumentSoak, OpeningsThroughWinINet)
+{
+    soak(download_path::wininet, "WinINet");
+}
+
+// All of them fetch at the same time, each with a worker of its own.
+TEST(DocumentSoak, ManyAtOnce)
+{
+    sample_table bare("as many downloads at once: what the services set up is there afterwards");
+    sample_table table("many documents open at once");
+    const std::size_t crowd_size = number_setting(L"QUILL_SOAK_CROWD", short_crowd);
+    {
+        document_world world;
+        world.server.route("/x.pdf", test::http_response::ok(test::pdf_body(20'000)));
+        const auto path_of = [](std::size_t number) {
+            return number & 1 ? download_path::wininet : download_path::urlmon;
+        };
+        const auto crowd_life = [&](std::size_t number) {
+            world.use(path_of(number));
+            viewer_store viewers;
+            std::vector<std::unique_ptr<hosted_document>> crowd;
+            for (std::size_t i = 0; i < crowd_size; ++i) {
+                crowd.push_back(std::make_unique<hosted_document>(world));
+                crowd.back()->load_url(world.server.url(L"/x.pdf"));
+                // Placed in a page, so that no menus are merged: hundreds of frames never are in one thread.
+                EXPECT_EQ(crowd.back()->do_verb(OLEIVERB_INPLACEACTIVATE), S_OK);
+            }
+            EXPECT_TRUE(viewers.wait_until_opened(crowd_size, crowd_deadline_ms));
+            for (std::size_t i = 0; i < crowd.size(); ++i)
+                close(*crowd[i], i);
+            crowd.clear();
+            EXPECT_TRUE(world.server.wait_idle(server_rest_ms));
+            EXPECT_EQ(world.module.can_unload_now(), S_OK);
+            world.server.forget_requests();
+            world.empty_cache();
+        };
+        run_lives(bare, 2, 2, [&](std::size_t number) { crowd_barely(world, path_of(number), crowd_size); });
+        run_lives(table, 2, 2, crowd_life);
+        growth_limits limits;
+        // What the download services keep of each: urlmon two blocks, WinINet one. Their sizes vary by
+        // kilobytes.
+        limits.heap_blocks += 3 * crowd_size;
+        limits.heap_bytes_each = 2'048 * crowd_size;
+        limits.private_bytes_each = 1024 * crowd_size;
+        table.expect_flat_from(1, limits);
+    }
+}
+
+} // namespace
+} // namespace quill::soak

@@ -1,0 +1,113 @@
+// What runs through the system's own browser engine share: the registered module, a document object that does
+// nothing, a web server, and the two kinds of document that are sent through the engine by turns.
+#pragma once
+
+#include "tests/soak/bare_download.h"
+#include "tests/soak/document_soak_fixture.h"
+#include "tests/soak/download_setup.h"
+#include "tests/soak/trivial_document.h"
+#include "tests/browser/engine.h"
+#include "tests/browser/registered_module.h"
+#include "tests/support/http_server.h"
+#include "tests/support/log_file.h"
+#include "tests/support/scopes.h"
+#include "tests/support/viewer/viewer_class.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <string>
+
+namespace quill::soak {
+
+class engine_world : public testing::Test
+{
+protected:
+    // The module's last lines: at which step an opening stopped.
+    void print_last_lines() const;
+    // The module's documents that were made and are not gone, by its log.
+    long living_documents() const;
+
+    test::ole_apartment apartment;
+    test::log_folder_scope log;
+    test::environment_scope level{L"QUILL_LOG_LEVEL", L"trace"};
+    download_setup downloads;
+    test::registered_module module;
+    test::viewer_registration registration;
+    test::scratch_directory files;
+    trivial_documents trivial;
+    test::http_server server;
+};
+
+// One kind of document, as the engine shows it.
+class engine_guest
+{
+public:
+    virtual ~engine_guest() = default;
+
+    // The path that leads the engine to such a document, and the type of what is there.
+    virtual std::wstring path() const = 0;
+    virtual std::string type() const = 0;
+    // Before the first document of a life is opened: how the workers fetch.
+    virtual void begin(download_path way) = 0;
+    // How many documents of this life have all that they need.
+    virtual std::size_t done() const = 0;
+    // How often something was shown that only a wanted document shows.
+    virtual std::size_t shown() const = 0;
+    virtual bool load_waits() const = 0;
+    virtual std::size_t workers() const = 0;
+    // Documents from now on are others'.
+    virtual void leave() = 0;
+    // After the last document of a life is closed: how many workers are left.
+    virtual std::size_t end() = 0;
+};
+
+class module_guest final : public engine_guest
+{
+public:
+    explicit module_guest(download_setup& downloads) : downloads_(downloads) {}
+
+    std::wstring path() const override { return L"/plan.pdf"; }
+    std::string type() const override { return "application/pdf"; }
+    void begin(download_path way) override;
+    std::size_t done() const override { return viewers_->opened(); }
+    std::size_t shown() const override { return viewers_->opened(); }
+    bool load_waits() const override;
+    std::size_t workers() const override;
+    void leave() override {}
+    std::size_t end() override;
+
+private:
+    download_setup& downloads_;
+    std::unique_ptr<viewer_store> viewers_; // the class object keeps each viewer that it has made
+};
+
+// What the module's worker does is done without it: each document has a bare download.
+class trivial_guest final : public engine_guest
+{
+public:
+    trivial_guest(trivial_documents& documents, const test::scratch_directory& files)
+        : documents_(documents), files_(files)
+    {
+    }
+
+    std::wstring path() const override { return L"/trivial.bin"; }
+    std::string type() const override { return trivial_type; }
+    void begin(download_path way) override;
+    std::size_t done() const override { return fetched_; }
+    std::size_t shown() const override { return 0; }
+    bool load_waits() const override { return fetched_ > 0; }
+    std::size_t workers() const override { return bare_download::running(); }
+    void leave() override { documents_.give_work(nullptr); }
+    std::size_t end() override;
+
+private:
+    trivial_documents& documents_;
+    const test::scratch_directory& files_;
+    std::size_t files_made_ = 0;
+    std::atomic<std::size_t> fetched_ = 0;
+};
+
+} // namespace quill::soak

@@ -1,0 +1,50 @@
+// Random sequences against the whole document object. QUILL_SOAK_SEED and QUILL_SOAK_STEPS make a sequence
+// again; with QUILL_SOAK_TRACE each step is written before it is made.
+#include "tests/soak/module_threads.h"
+#include "tests/soak/random_document.h"
+#include "tests/soak/samples.h"
+#include "tests/soak/settings.h"
+
+#include <gtest/gtest.h>
+
+namespace quill::soak {
+namespace {
+
+constexpr std::uint64_t short_steps = 400;
+constexpr std::uint64_t rounds = 4;
+
+TEST(RandomSequence, OfTheDocument)
+{
+    const std::uint64_t steps = number_setting(L"QUILL_SOAK_STEPS", short_steps);
+    random_source random(announced_seed("document"));
+    sample_table table("random calls of documents, in rounds");
+    {
+        document_world world;
+        world.use(download_path::urlmon);
+        // Each round ends without a document, and nothing may be left then.
+        run_lives(table, 1, rounds, [&](std::uint64_t round) {
+            random_documents documents(world, random);
+            for (std::uint64_t i = 0; i < steps / (rounds + 1) && !HasFailure(); ++i)
+                trace_step(round * (steps / (rounds + 1)) + i, documents.step());
+            documents.end();
+            world.server.release();
+            EXPECT_TRUE(world.server.wait_idle(10'000));
+            EXPECT_EQ(world.module.can_unload_now(), S_OK);
+            EXPECT_EQ(threads_of(world.module.handle()), 0u);
+            world.empty_cache();
+        });
+        growth_limits limits;
+        limits.kernel_handles = 4; // of workers of the system's that come and go
+        limits.threads = 3;
+        limits.gdi_objects = 6; // that the window system makes once, for some first painting
+        // What the download services keep of each download, whole or broken off.
+        limits.heap_blocks += steps / 4;
+        limits.heap_bytes_each = 256 * steps;
+        limits.task_memory += static_cast<long>(steps / 100);
+        table.expect_flat_from(1, limits);
+    }
+    EXPECT_EQ(GetModuleHandleW(L"QuillPDF.IE.dll"), nullptr);
+}
+
+} // namespace
+} // namespace quill::soak

@@ -1,0 +1,40 @@
+// Random calls of a helper object and random events at its sinks, with pages and a browser that misbehave.
+#pragma once
+
+#include "tests/soak/random_source.h"
+#include "tests/document/module_under_test.h"
+#include "tests/sharepoint/fake_browser.h"
+
+#include <vector>
+
+namespace quill::soak {
+
+class random_helper
+{
+public:
+    // The world of one stretch of steps; a stretch makes one call of the browser or of a page fail.
+    random_helper(const test::module_under_test& module, random_source& random, test::fake_scene& scene);
+    ~random_helper();
+    random_helper(const random_helper&) = delete;
+    random_helper& operator=(const random_helper&) = delete;
+
+    const char* step();
+
+private:
+    const char* set_site();
+    const char* fire_at_browser_sink();
+    const char* fire_at_page_sink();
+    const char* change_page();
+    const char* change_browser();
+    std::vector<VARIANT> any_arguments(IDispatch* likely);
+
+    random_source& random_;
+    test::fake_scene& scene_;
+    CComPtr<IObjectWithSite> helper_;
+    CComPtr<test::fake_browser> browser_;
+    std::vector<CComPtr<test::fake_document>> pages_;
+    CComVariant referred_[4]; // what by-reference arguments point to
+    VARIANT_BOOL flag_ = VARIANT_FALSE;
+};
+
+} // namespace quill::soak

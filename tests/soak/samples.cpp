@@ -1,0 +1,228 @@
+#include "tests/soak/samples.h"
+
+#include "tests/support/task_memory.h"
+#include "tests/support/wait.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdio>
+
+namespace quill::soak {
+namespace {
+
+constexpr DWORD settle_ms = 6'000; // the system's idle workers end after five seconds
+
+// Blocks in use on every heap of the process: what is lost shows here to the byte.
+void measure_heaps(sample& line)
+{
+    HANDLE heaps[64] = {};
+    const DWORD count = std::min<DWORD>(GetProcessHeaps(64, heaps), 64);
+    for (DWORD i = 0; i < count; ++i) {
+        PROCESS_HEAP_ENTRY entry{};
+        HeapLock(heaps[i]);
+        while (HeapWalk(heaps[i], &entry)) {
+            if (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) {
+                line.heap_bytes += entry.cbData;
+                ++line.heap_blocks;
+            }
+        }
+        HeapUnlock(heaps[i]);
+    }
+}
+
+// Committed memory that belongs to the process alone. Asked of the map of its memory, since not every system
+// keeps the counter.
+std::uint64_t private_bytes()
+{
+    std::uint64_t total = 0;
+    MEMORY_BASIC_INFORMATION region{};
+    for (std::uintptr_t address = 0;
+         VirtualQuery(reinterpret_cast<const void*>(address), &region, sizeof region) != 0;
+         address = reinterpret_cast<std::uintptr_t>(region.BaseAddress) + region.RegionSize) {
+        if (region.State == MEM_COMMIT && region.Type == MEM_PRIVATE)
+            total += region.RegionSize;
+    }
+    return total;
+}
+
+bool is_settled(const test::process_resources& now, const test::process_resources& wanted)
+{
+    return now.kernel_handles <= wanted.kernel_handles && now.threads <= wanted.threads &&
+           now.gdi_objects <= wanted.gdi_objects && now.windows <= wanted.windows &&
+           now.menus <= wanted.menus;
+}
+
+template <class Number>
+void expect_no_growth(const char* what, Number before, Number after, Number limit = 0)
+{
+    EXPECT_LE(after, before + limit) << what << " grew over the run";
+}
+
+// How much a count grew; negative when it fell.
+template <class Count>
+double growth(const sample_table& table, std::size_t index, const Count& count)
+{
+    return static_cast<double>(count(table.lines().back())) -
+           static_cast<double>(count(table.lines()[index]));
+}
+
+bool is_of_this_process(HWND window)
+{
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    return process == GetCurrentProcessId();
+}
+
+BOOL CALLBACK count_own(HWND window, LPARAM count)
+{
+    *reinterpret_cast<DWORD*>(count) += is_of_this_process(window);
+    return TRUE;
+}
+
+BOOL CALLBACK count_own_tree(HWND window, LPARAM count)
+{
+    if (is_of_this_process(window)) {
+        count_own(window, count);
+        EnumChildWindows(window, count_own, count);
+    }
+    return TRUE;
+}
+
+// Windows of all threads of this process, those without a place on the screen included.
+DWORD all_windows()
+{
+    DWORD count = 0;
+    EnumWindows(count_own_tree, reinterpret_cast<LPARAM>(&count));
+    for (HWND unseen = FindWindowExW(HWND_MESSAGE, nullptr, nullptr, nullptr); unseen;
+         unseen = FindWindowExW(HWND_MESSAGE, unseen, nullptr, nullptr))
+        count += is_of_this_process(unseen);
+    return count;
+}
+
+} // namespace
+
+sample take_sample(std::size_t done)
+{
+    sample line;
+    line.done = done;
+    line.counts = test::process_resources::now();
+    line.user_objects = GetGuiResources(GetCurrentProcess(), GR_USEROBJECTS);
+    if (line.user_objects == 0)
+        line.user_objects = line.counts.menus + all_windows();
+    line.task_memory = test::outstanding_task_memory();
+    line.private_bytes = private_bytes();
+    measure_heaps(line);
+    return line;
+}
+
+void sample_table::add(std::size_t done, bool settled)
+{
+    test::pump_messages();
+    if (settled && lines_.size() > 1)
+        test::wait_until([&] { return is_settled(test::process_resources::now(), lines_[1].counts); },
+                         settle_ms);
+    lines_.push_back(take_sample(done));
+}
+
+double sample_table::heap_bytes_each(std::size_t index) const
+{
+    // The steepest of the ways to each later line: a thread of the system's that ends before the last one
+    // takes more along than some downloads leave.
+    const sample& before = lines_[index];
+    double steepest = 0;
+    for (std::size_t later = index + 1; later < lines_.size(); ++later) {
+        const sample& after = lines_[later];
+        const double growth = static_cast<double>(after.heap_bytes) - static_cast<double>(before.heap_bytes);
+        steepest = std::max(steepest, growth / static_cast<double>(after.done - before.done));
+    }
+    return steepest;
+}
+
+void sample_table::print() const
+{
+    std::printf("%s\n%8s %8s %6s %6s %8s %8s %6s %10s %12s %13s\n", title_.c_str(), "done", "handles", "GDI",
+                "USER", "threads", "windows", "task", "blocks", "heap bytes", "private bytes");
+    for (const sample& line : lines_)
+        std::printf("%8zu %8lu %6lu %6lu %8lu %8lu %6ld %10llu %12llu %13llu\n", line.done,
+                    line.counts.kernel_handles, line.counts.gdi_objects, line.user_objects,
+                    line.counts.threads, line.counts.windows, line.task_memory,
+                    static_cast<unsigned long long>(line.heap_blocks),
+                    static_cast<unsigned long long>(line.heap_bytes),
+                    static_cast<unsigned long long>(line.private_bytes));
+    std::fflush(stdout);
+}
+
+void sample_table::expect_flat_from(std::size_t index, const growth_limits& limits) const
+{
+    ASSERT_LT(index + 1, lines_.size());
+    const sample& before = lines_[index];
+    const sample& after = lines_.back();
+    const std::uint64_t lives = after.done - before.done;
+    expect_no_growth("kernel handles", before.counts.kernel_handles, after.counts.kernel_handles,
+                     limits.kernel_handles);
+    expect_no_growth("GDI objects", before.counts.gdi_objects, after.counts.gdi_objects, limits.gdi_objects);
+    expect_no_growth("USER objects", before.user_objects, after.user_objects);
+    expect_no_growth("menus", before.counts.menus, after.counts.menus);
+    expect_no_growth("threads", before.counts.threads, after.counts.threads, limits.threads);
+    expect_no_growth("windows", before.counts.windows, after.counts.windows);
+    expect_no_growth("strings and task memory", before.task_memory, after.task_memory, limits.task_memory);
+    expect_no_growth("heap blocks", before.heap_blocks, after.heap_blocks, limits.heap_blocks);
+    expect_no_growth("heap bytes", before.heap_bytes, after.heap_bytes, lives * limits.heap_bytes_each);
+    expect_no_growth("private bytes", before.private_bytes, after.private_bytes,
+                     lives * limits.private_bytes_each + (std::uint64_t{1} << 20));
+}
+
+known_growth growth_since(const sample_table& table, std::size_t index)
+{
+    return {growth(table, index, [](const sample& line) { return line.counts.kernel_handles; }),
+            growth(table, index, [](const sample& line) { return line.task_memory; }),
+            growth(table, index, [](const sample& line) { return line.heap_blocks; }),
+            growth(table, index, [](const sample& line) { return line.heap_bytes; })};
+}
+
+void expect_no_steeper_than(const sample_table& bare, const sample_table& table, std::size_t index,
+                            const known_growth& known)
+{
+    ASSERT_LT(index + 1, table.lines().size());
+    // What belongs to a thread of the system's, and whether there is one at the moment. On a busy machine
+    // urlmon keeps one download in some dozens: a string, its address, and up to eight blocks with it.
+    const auto lives = static_cast<double>(table.lines().back().done - table.lines()[index].done);
+    constexpr double handles = 4, threads = 2, private_bytes = 4 << 20;
+    const auto strings = [](const sample& line) { return line.task_memory; };
+    const double kept =
+        std::max(growth(table, index, strings) - growth(bare, index, strings) - known.task_memory, 0.0);
+    const double task_memory = 4 + lives / 25, blocks = 24 + 8 * kept, bytes = 8'192 + 2'048 * kept;
+    const auto expect = [&](const char* what, double slack, const auto& count) {
+        EXPECT_LE(growth(table, index, count), std::max(growth(bare, index, count), 0.0) + slack) << what;
+    };
+    expect("kernel handles", handles + known.kernel_handles,
+           [](const sample& line) { return line.counts.kernel_handles; });
+    expect("GDI objects", handles, [](const sample& line) { return line.counts.gdi_objects; });
+    expect("USER objects", handles, [](const sample& line) { return line.user_objects; });
+    expect("menus", 0, [](const sample& line) { return line.counts.menus; });
+    expect("windows", 0, [](const sample& line) { return line.counts.windows; });
+    expect("threads", threads, [](const sample& line) { return line.counts.threads; });
+    expect("strings and task memory", task_memory + known.task_memory, strings);
+    expect("heap blocks", blocks + known.heap_blocks, [](const sample& line) { return line.heap_blocks; });
+    expect("heap bytes", bytes + known.heap_bytes, [](const sample& line) { return line.heap_bytes; });
+    expect("private bytes", private_bytes, [](const sample& line) { return line.private_bytes; });
+}
+
+growth_limits growth_of(const sample_table& table, std::size_t index)
+{
+    growth_limits limits;
+    const sample& before = table.lines()[index];
+    const sample& after = table.lines().back();
+    if (after.heap_blocks > before.heap_blocks)
+        limits.heap_blocks += after.heap_blocks - before.heap_blocks;
+    limits.heap_bytes_each += static_cast<std::uint64_t>(std::max(table.heap_bytes_each(index), 0.0));
+    if (after.counts.kernel_handles > before.counts.kernel_handles)
+        limits.kernel_handles = after.counts.kernel_handles - before.counts.kernel_handles;
+    return limits;
+}
+
+} // namespace quill::soak
