@@ -53,3 +53,10 @@ function(quill_add_test name)
         DISCOVERY_TIMEOUT 60
         PROPERTIES TIMEOUT ${arg_TIMEOUT} LABELS ${name})
 endfunction()
+
+# quill_add_plain_test(NAME SOURCES... WINDOWS_SOURCES... LIBRARIES...): a test program that the native build has too,
+# without the sources and libraries that are for Windows only.
+function(quill_add_plain_test name)
+    cmake_parse_arguments(arg "" "" "SOURCES;WINDOWS_SOURCES;LIBRARIES" ${ARGN})
+    quill_add_test(${name} SOURCES ${arg_SOURCES} ${arg_WINDOWS_SOURCES} LIBRARIES ${arg_LIBRARIES})
+endfunction()
