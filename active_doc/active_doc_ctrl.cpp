@@ -118,7 +118,7 @@ STDMETHODIMP CActiveDocCtrl::SetObjectRects(LPCRECT position, LPCRECT clip)
         return E_POINTER;
     m_rcPos = *position;
     if (m_hWnd)
-        PlaceControlWindow(m_hWnd, *position, *clip);
+        place_control_window(m_hWnd, *position, *clip);
     return S_OK;
 }
 
@@ -160,10 +160,10 @@ STDMETHODIMP CActiveDocCtrl::ResizeBorder(LPCRECT border, IOleInPlaceUIWindow*, 
 
 CComPtr<IOleInPlaceFrame> CActiveDocCtrl::frame_of_site(OLEINPLACEFRAMEINFO& info) const
 {
-    InPlaceContext context;
+    in_place_context context;
     const CComPtr<IOleInPlaceSite> site = m_spInPlaceSite.p;
     if (site)
-        context.Ask(site);
+        context.query(site);
     info = context.info;
     return context.frame;
 }

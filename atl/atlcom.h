@@ -1,4 +1,4 @@
-// What COM classes are made of: interface maps, objects, creators, class factories, dispatch.
+// Building blocks of COM classes: interface maps, object templates, creators, class factories, dispatch.
 #pragma once
 
 #include "atl/atlbase.h"

@@ -1,4 +1,4 @@
-// What a client of COM needs: smart pointers, strings, variants, connection points.
+// For clients of COM: smart pointers, strings, variants, connection points.
 #pragma once
 
 #include "atl/atldef.h"
@@ -8,7 +8,7 @@
 
 namespace ATL {
 
-// Connects `sink` to the connection point `iid` of `source`. The cookie is cleared on failure.
+// Advises `sink` on the connection point `iid` of `source`. The cookie is 0 on failure.
 ATLAPI AtlAdvise(IUnknown* source, IUnknown* sink, const IID& iid, LPDWORD cookie);
 ATLAPI AtlUnadvise(IUnknown* source, const IID& iid, DWORD cookie);
 

@@ -1,4 +1,4 @@
-// Critical sections and the facts about the module that need no COM.
+// Critical sections and the module's handles. Needs no COM.
 #pragma once
 
 #include "atl/atldef.h"
@@ -6,7 +6,7 @@
 
 namespace ATL {
 
-// Initialised and ended by its owner; Lock and Unlock in between only.
+// The owner calls Init before the first Lock and Term after the last Unlock.
 class CComCriticalSection
 {
 public:
@@ -54,7 +54,7 @@ private:
     HRESULT Term();
 };
 
-// May be ended without having been initialised, which happens when construction fails half-way.
+// Term is safe without Init: construction may fail before the section is initialised.
 class CComSafeDeleteCriticalSection : public CComCriticalSection
 {
 public:
@@ -85,7 +85,7 @@ private:
     bool m_bInitialized = false;
 };
 
-// For objects of one thread.
+// Does nothing; for objects that are used on one thread only.
 class CComFakeCriticalSection
 {
 public:
@@ -129,7 +129,7 @@ private:
     bool m_bLocked = false;
 };
 
-// Where the module is and where its resources come from.
+// The module's instance handle and the module that its resources are loaded from.
 class CAtlBaseModule
 {
 public:

@@ -1,4 +1,4 @@
-// Controls: CComControl and the interface templates that a control is put together from.
+// Controls: CComControl and the interface templates that a control derives from.
 #pragma once
 
 #include "atl/atlcom.h"

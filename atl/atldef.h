@@ -1,4 +1,4 @@
-// Definitions that every framework header starts from.
+// Base definitions of every framework header.
 #pragma once
 
 #include <windows.h>
@@ -13,7 +13,7 @@
 
 #define ATLASSERT(expression) assert(expression)
 
-// A condition that a caller in the same program breaks only by mistake; checked in every build.
+// Precondition on the caller, checked in release builds too.
 #define ATLENSURE_RETURN_HR(expression, result)                                                              \
     do {                                                                                                     \
         if (!(expression))                                                                                   \
@@ -21,12 +21,12 @@
     } while (0)
 #define ATLENSURE_RETURN(expression) ATLENSURE_RETURN_HR(expression, E_FAIL)
 
-// The image that this copy of the framework is linked into: its address is the module's handle.
+// Defined by the linker: the header of the image that contains this code. Its address is the module handle.
 extern "C" IMAGE_DOS_HEADER __ImageBase;
 
 namespace ATL {
 
-// GetLastError as a failure code, also when the failing function forgot to set it.
+// Maps ERROR_SUCCESS to E_FAIL: some functions fail without setting the last error.
 inline HRESULT AtlHresultFromWin32(DWORD error) noexcept
 {
     return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);

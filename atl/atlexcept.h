@@ -1,5 +1,5 @@
-// The exception that the framework's value types throw when memory runs out, and its conversion to a
-// failure code where code may not throw any further.
+// CAtlException, which the framework's value types throw when an allocation fails, and the conversion of
+// exceptions to HRESULTs at the boundaries of COM methods.
 #pragma once
 
 #include "atl/atldef.h"
@@ -23,7 +23,7 @@ public:
     throw CAtlException(hr);
 }
 
-// Called inside a catch block: the failure code for the exception being handled.
+// The HRESULT for the exception being handled. Call it inside a catch block only.
 inline HRESULT AtlHresultFromException() noexcept
 {
     try {

@@ -99,7 +99,7 @@ BOOL CUrl::CrackUrl(LPCWSTR url, DWORD flags)
 {
     if (!url || flags != 0)
         return FALSE;
-    CUrl cracked; // an exception leaves this object as it was
+    CUrl cracked; // an exception leaves this object unchanged
     const bool is_url = cracked.crack(url);
     if (!is_url)
         cracked.Clear();
@@ -135,7 +135,7 @@ bool CUrl::crack(std::wstring_view url)
 
 bool CUrl::crack_authority(std::wstring_view authority)
 {
-    // A password may hold an "@" that was not escaped: the last one ends it.
+    // A password may contain an unescaped "@": the last one ends the user information.
     const auto at = authority.rfind(L'@');
     if (at != std::wstring_view::npos) {
         const std::wstring_view user = authority.substr(0, at);
@@ -145,7 +145,7 @@ bool CUrl::crack_authority(std::wstring_view authority)
             m_password = user.substr(colon + 1);
         authority.remove_prefix(at + 1);
     }
-    // The colons of an address in brackets are its own.
+    // The colons inside the brackets belong to the IPv6 address.
     const auto bracket = authority.starts_with(L'[') ? authority.find(L']') : 0;
     if (bracket == std::wstring_view::npos)
         return false;
@@ -166,7 +166,7 @@ bool CUrl::crack_port(std::wstring_view digits)
         if (number > MAXWORD)
             return false;
     }
-    // "host:" with nothing behind it means the scheme's port.
+    // "host:" without digits means the scheme's default port.
     if (!digits.empty())
         m_port = static_cast<ATL_URL_PORT>(number);
     return digits.empty() || number != 0;

@@ -1,4 +1,4 @@
-// CUrl: a URL taken apart and put together again.
+// CUrl: parses a URL into its parts and composes it again.
 #pragma once
 
 #include "atl/atldef.h"
@@ -29,33 +29,34 @@ inline constexpr ATL_URL_PORT ATL_URL_DEFAULT_HTTP_PORT = 80;
 inline constexpr ATL_URL_PORT ATL_URL_DEFAULT_HTTPS_PORT = 443;
 inline constexpr ATL_URL_PORT ATL_URL_DEFAULT_SOCKS_PORT = 1080;
 
-// The port that a scheme uses when a URL names none.
+// The default port of a scheme; ATL_URL_INVALID_PORT_NUMBER if it has none.
 ATL_URL_PORT AtlGetDefaultUrlPort(ATL_URL_SCHEME scheme) noexcept;
 
-// A new object, and one whose text could not be taken apart, is an empty HTTP URL. Texts are kept as they are
-// given: nothing is escaped or unescaped, whatever the case of letters. Functions that return BOOL return
-// FALSE for bad arguments; std::bad_alloc is thrown when memory runs out.
+// A new object, and one whose last CrackUrl failed, is an empty HTTP URL. Parts are stored verbatim: nothing
+// is escaped, unescaped or lower-cased. Functions that return BOOL return FALSE for invalid arguments. Throws
+// std::bad_alloc.
 class CUrl
 {
 public:
     CUrl() { Clear(); }
 
-    // Back to the state of a new object.
+    // Restores the state of a new object.
     void Clear();
 
-    // Takes `url` apart: scheme, user and password, host, port, path, and what begins with "?" or "#".
-    // FALSE when it has no scheme, no host where its scheme needs one, or a port that is no port. flags: 0.
-    // An exception leaves the object unchanged.
+    // Parses `url` into scheme, user and password, host, port, path, and the rest from "?" or "#" on (the
+    // extra info). FALSE if the scheme is missing, the host is missing where the scheme requires one, or the
+    // port is invalid. flags must be 0. An exception leaves the object unchanged.
     BOOL CrackUrl(LPCWSTR url, DWORD flags = 0);
 
-    // Puts the URL together; a port is written only when it is not the scheme's own. *length: the capacity of
-    // `url` in characters on entry, the URL's length without the terminator afterwards; when the capacity is
-    // too small, what is needed with the terminator, and FALSE. flags: 0.
+    // Composes the URL; the port is written only if it differs from the scheme's default. *length: on entry
+    // the capacity of `url` in characters, on return the URL's length without the terminator. If the capacity
+    // is too small, *length is the required size including the terminator and the result FALSE. flags must
+    // be 0.
     BOOL CreateUrl(LPWSTR url, DWORD* length, DWORD flags = 0) const;
-    // The length of what CreateUrl writes, in characters without the terminator.
+    // The length of the composed URL in characters, without the terminator.
     DWORD GetUrlLength() const;
 
-    // Both set the scheme's own port as well; a scheme without one leaves ATL_URL_INVALID_PORT_NUMBER.
+    // Both also set the port to the scheme's default, or ATL_URL_INVALID_PORT_NUMBER if there is none.
     BOOL SetScheme(ATL_URL_SCHEME scheme);
     BOOL SetSchemeName(LPCWSTR name);
     BOOL SetHostName(LPCWSTR name) { return set(m_hostName, name); }

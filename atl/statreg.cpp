@@ -79,7 +79,7 @@ HRESULT CRegObject::update_from_resource(HINSTANCE instance, UINT id, LPCOLESTR 
         return AtlHresultFromLastError();
     const int size = static_cast<int>(SizeofResource(instance, resource));
     try {
-        // A text that cannot be had would pass for a script that wants nothing done.
+        // An empty text is a valid script that does nothing, so a failed conversion must be reported.
         const int length = MultiByteToWideChar(CP_ACP, 0, bytes, size, nullptr, 0);
         if (length == 0)
             return AtlHresultFromLastError();

@@ -10,7 +10,7 @@ namespace ATL {
 
 struct IRegistrarBase
 {
-    // %key% in a script, in any case of letters, stands for `item`. The last one added counts.
+    // Replaces %key% in a script (case-insensitive) with `item`. A later replacement for the same key wins.
     virtual HRESULT AddReplacement(LPCOLESTR key, LPCOLESTR item) noexcept = 0;
     virtual HRESULT ClearReplacements() noexcept = 0;
 
@@ -18,9 +18,9 @@ protected:
     ~IRegistrarBase() = default;
 };
 
-// A script is read whole before anything is written: one that cannot be read changes nothing and gives
-// DISP_E_EXCEPTION. A registry failure ends a registration, and what is written by then stays; an
-// unregistration goes on with the rest and returns the first failure.
+// A script is parsed completely before anything is written: a syntax error changes nothing and returns
+// DISP_E_EXCEPTION. Registration stops at the first registry error and leaves what is already written;
+// unregistration continues after an error and returns the first one.
 class CRegObject final : public IRegistrarBase
 {
 public:
@@ -29,7 +29,7 @@ public:
 
     HRESULT StringRegister(LPCOLESTR script) noexcept { return update(script, true); }
     HRESULT StringUnregister(LPCOLESTR script) noexcept { return update(script, false); }
-    // The script is the resource `id` of the given type; its text is in the system's ANSI code page.
+    // The script is the resource `id` of the given type, in the system's ANSI code page.
     HRESULT ResourceRegister(HINSTANCE instance, UINT id, LPCOLESTR type) noexcept;
     HRESULT ResourceUnregister(HINSTANCE instance, UINT id, LPCOLESTR type) noexcept;
 

@@ -6,13 +6,13 @@
 namespace ATL {
 namespace {
 
-void SetBool(VARIANT& value, bool on) noexcept
+void set_bool(VARIANT& value, bool on) noexcept
 {
     value.vt = VT_BOOL;
     value.boolVal = on ? VARIANT_TRUE : VARIANT_FALSE;
 }
 
-void SetLong(VARIANT& value, LONG number) noexcept
+void set_long(VARIANT& value, LONG number) noexcept
 {
     value.vt = VT_I4;
     value.lVal = number;
@@ -20,29 +20,29 @@ void SetLong(VARIANT& value, LONG number) noexcept
 
 } // namespace
 
-HRESULT AxAmbientProperty(DISPID dispid, VARIANT& value) noexcept
+HRESULT ambient_property(DISPID dispid, VARIANT& value) noexcept
 {
     VariantInit(&value);
     switch (dispid) {
     case DISPID_AMBIENT_USERMODE:
     case DISPID_AMBIENT_SUPPORTSMNEMONICS:
-        SetBool(value, dispid == DISPID_AMBIENT_USERMODE);
+        set_bool(value, dispid == DISPID_AMBIENT_USERMODE);
         return S_OK;
     case DISPID_AMBIENT_UIDEAD:
     case DISPID_AMBIENT_SHOWGRABHANDLES:
     case DISPID_AMBIENT_SHOWHATCHING:
     case DISPID_AMBIENT_DISPLAYASDEFAULT:
     case DISPID_AMBIENT_MESSAGEREFLECT:
-        SetBool(value, false);
+        set_bool(value, false);
         return S_OK;
     case DISPID_AMBIENT_LOCALEID:
-        SetLong(value, static_cast<LONG>(GetUserDefaultLCID()));
+        set_long(value, static_cast<LONG>(GetUserDefaultLCID()));
         return S_OK;
     case DISPID_AMBIENT_BACKCOLOR:
-        SetLong(value, static_cast<LONG>(GetSysColor(COLOR_WINDOW)));
+        set_long(value, static_cast<LONG>(GetSysColor(COLOR_WINDOW)));
         return S_OK;
     case DISPID_AMBIENT_FORECOLOR:
-        SetLong(value, static_cast<LONG>(GetSysColor(COLOR_WINDOWTEXT)));
+        set_long(value, static_cast<LONG>(GetSysColor(COLOR_WINDOWTEXT)));
         return S_OK;
     default:
         return DISP_E_MEMBERNOTFOUND;

@@ -1,4 +1,4 @@
-// Ambient properties that a hosting window gives its control.
+// The ambient properties that a hosting window provides to its control.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@
 
 namespace ATL {
 
-// DISP_E_MEMBERNOTFOUND, and an empty value, for properties that the host leaves to the control.
-HRESULT AxAmbientProperty(DISPID dispid, VARIANT& value) noexcept;
+// Returns DISP_E_MEMBERNOTFOUND and VT_EMPTY for a property that the host does not define.
+HRESULT ambient_property(DISPID dispid, VARIANT& value) noexcept;
 
 } // namespace ATL

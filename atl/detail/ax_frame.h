@@ -1,6 +1,6 @@
-// The in-place frame that a hosting window gives its control: the top-level window around it. It has no menu,
-// no tool bars and no accelerators to negotiate about, and keeps no active object: the host asks the control
-// itself when it needs one.
+// The in-place frame that a hosting window provides to its control: the top-level window around it. It has no
+// menus, tool bars or accelerators to negotiate, and ignores SetActiveObject because the host queries the
+// control directly.
 #pragma once
 
 #include "atl/atlcom.h"

@@ -1,4 +1,5 @@
-// What a hosted control asks of its host.
+// The interfaces that the hosted control calls: client site, in-place site, container, services and ambient
+// properties.
 #include "atl/detail/ax_ambient.h"
 #include "atl/detail/ax_frame.h"
 #include "atl/detail/ax_host_window.h"
@@ -7,7 +8,7 @@ namespace ATL {
 namespace {
 
 template <class T>
-HRESULT NotImplemented(T** out) noexcept
+HRESULT not_implemented(T** out) noexcept
 {
     if (!out)
         return E_POINTER;
@@ -19,7 +20,7 @@ HRESULT NotImplemented(T** out) noexcept
 
 HRESULT STDMETHODCALLTYPE CAxHostWindow::GetMoniker(DWORD, DWORD, IMoniker** ppmk)
 {
-    return NotImplemented(ppmk);
+    return not_implemented(ppmk);
 }
 
 HRESULT STDMETHODCALLTYPE CAxHostWindow::GetContainer(IOleContainer** ppContainer)
@@ -86,7 +87,7 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::GetWindowContext(IOleInPlaceFrame** ppF
     frame->AddRef();
     frame->m_hWnd = m_hWnd ? GetAncestor(m_hWnd, GA_ROOT) : nullptr;
     *ppFrame = frame;
-    *lprcPosRect = *lprcClipRect = ClientArea();
+    *lprcPosRect = *lprcClipRect = client_area();
     lpFrameInfo->fMDIApp = FALSE;
     lpFrameInfo->hwndFrame = frame->m_hWnd;
     lpFrameInfo->haccel = nullptr;
@@ -97,24 +98,24 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::GetWindowContext(IOleInPlaceFrame** ppF
 HRESULT STDMETHODCALLTYPE CAxHostWindow::OnPosRectChange(LPCRECT)
 {
     // The control always fills the window.
-    const RECT area = ClientArea();
+    const RECT area = client_area();
     const CComPtr<IOleInPlaceObject> in_place = m_spInPlaceObject;
     return in_place ? in_place->SetObjectRects(&area, &area) : E_UNEXPECTED;
 }
 
 HRESULT STDMETHODCALLTYPE CAxHostWindow::GetExtendedControl(IDispatch** ppDisp)
 {
-    return NotImplemented(ppDisp);
+    return not_implemented(ppDisp);
 }
 
 HRESULT STDMETHODCALLTYPE CAxHostWindow::ParseDisplayName(IBindCtx*, LPOLESTR, ULONG*, IMoniker** ppmkOut)
 {
-    return NotImplemented(ppmkOut);
+    return not_implemented(ppmkOut);
 }
 
 HRESULT STDMETHODCALLTYPE CAxHostWindow::EnumObjects(DWORD, IEnumUnknown** ppenum)
 {
-    return NotImplemented(ppenum);
+    return not_implemented(ppenum);
 }
 
 HRESULT STDMETHODCALLTYPE CAxHostWindow::QueryService(REFGUID guidService, REFIID riid, void** ppvObject)
@@ -136,7 +137,7 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::GetTypeInfoCount(UINT* pctinfo)
 
 HRESULT STDMETHODCALLTYPE CAxHostWindow::GetTypeInfo(UINT, LCID, ITypeInfo** ppTInfo)
 {
-    return NotImplemented(ppTInfo);
+    return not_implemented(ppTInfo);
 }
 
 HRESULT STDMETHODCALLTYPE CAxHostWindow::Invoke(DISPID dispIdMember, REFIID riid, LCID, WORD wFlags,
@@ -148,7 +149,7 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::Invoke(DISPID dispIdMember, REFIID riid
         return DISP_E_MEMBERNOTFOUND;
     if (!pVarResult)
         return E_POINTER;
-    return AxAmbientProperty(dispIdMember, *pVarResult);
+    return ambient_property(dispIdMember, *pVarResult);
 }
 
 } // namespace ATL

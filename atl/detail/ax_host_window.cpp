@@ -1,4 +1,4 @@
-// The life of a control in a hosting window: creation, size, focus, release.
+// Creation, sizing, focus and release of the control in a hosting window.
 #include "atl/detail/ax_host_window.h"
 
 #include "atl/detail/control_base.h"
@@ -6,7 +6,7 @@
 namespace ATL {
 namespace {
 
-HRESULT ClassFromName(LPCOLESTR name, CLSID& clsid) noexcept
+HRESULT class_from_name(LPCOLESTR name, CLSID& clsid) noexcept
 {
     clsid = CLSID_NULL;
     if (!name || !*name)
@@ -14,8 +14,8 @@ HRESULT ClassFromName(LPCOLESTR name, CLSID& clsid) noexcept
     return *name == L'{' ? CLSIDFromString(name, &clsid) : CLSIDFromProgID(name, &clsid);
 }
 
-// Through the class object, because CoCreateInstance trusts one that succeeds with nothing.
-HRESULT CreateObject(REFCLSID clsid, CComPtr<IUnknown>& object) noexcept
+// Uses the class object: CoCreateInstance does not handle a factory that returns S_OK with a null pointer.
+HRESULT create_object(REFCLSID clsid, CComPtr<IUnknown>& object) noexcept
 {
     CComPtr<IClassFactory> factory;
     HRESULT hr = CoGetClassObject(clsid, CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER,
@@ -25,12 +25,12 @@ HRESULT CreateObject(REFCLSID clsid, CComPtr<IUnknown>& object) noexcept
     return SUCCEEDED(hr) && !object ? E_NOINTERFACE : hr;
 }
 
-// A control without persistence needs no initialisation.
-HRESULT Initialise(IUnknown* control, IStream* stream) noexcept
+// A control without stream persistence needs no initialisation.
+HRESULT initialise(IUnknown* control, IStream* stream) noexcept
 {
     if (const CComQIPtr<IPersistStreamInit> stream_init(control); stream_init) {
         const HRESULT hr = stream ? stream_init->Load(stream) : stream_init->InitNew();
-        // A control without a state to initialise may say so.
+        // A control that has no state may return E_NOTIMPL from InitNew.
         return !stream && hr == E_NOTIMPL ? S_OK : hr;
     }
     if (const CComQIPtr<IPersistStream> persist(control); persist && stream)
@@ -40,7 +40,7 @@ HRESULT Initialise(IUnknown* control, IStream* stream) noexcept
 
 } // namespace
 
-HRESULT CAxHostWindow::SitOn(HWND hWnd) noexcept
+HRESULT CAxHostWindow::attach_to_window(HWND hWnd) noexcept
 {
     if (m_hWnd)
         return m_hWnd == hWnd ? S_OK : E_INVALIDARG;
@@ -48,14 +48,14 @@ HRESULT CAxHostWindow::SitOn(HWND hWnd) noexcept
         return E_INVALIDARG;
     if (!SubclassWindow(hWnd))
         return E_FAIL;
-    AddRef(); // the window's, given back with its last message
+    AddRef(); // the window's reference, released in OnFinalMessage
     return S_OK;
 }
 
-void CAxHostWindow::Leave() noexcept
+void CAxHostWindow::detach_from_window() noexcept
 {
     const CComPtr<IUnknown> self(GetUnknown());
-    ReleaseAll();
+    release_control();
     if (UnsubclassWindow())
         Release();
 }
@@ -78,20 +78,20 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::CreateControlEx(LPCOLESTR lpTricsData, 
         *ppUnk = nullptr;
     const CComPtr<IUnknown> self(GetUnknown());
     CLSID clsid{};
-    HRESULT hr = ClassFromName(lpTricsData, clsid);
+    HRESULT hr = class_from_name(lpTricsData, clsid);
     if (SUCCEEDED(hr))
-        hr = SitOn(hWnd);
+        hr = attach_to_window(hWnd);
     if (FAILED(hr))
         return hr;
-    ReleaseAll();
+    release_control();
     CComPtr<IUnknown> control;
-    hr = CreateObject(clsid, control);
+    hr = create_object(clsid, control);
     if (SUCCEEDED(hr))
-        hr = Embed(control, pStream, false);
+        hr = embed(control, pStream, false);
     if (SUCCEEDED(hr) && punkAdvise)
-        hr = ConnectSink(control, riidAdvise, punkAdvise);
+        hr = advise_sink(control, riidAdvise, punkAdvise);
     if (FAILED(hr)) {
-        ReleaseAll();
+        release_control();
         return hr;
     }
     if (ppUnk)
@@ -104,13 +104,13 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::AttachControl(IUnknown* pUnkControl, HW
     if (!pUnkControl)
         return E_INVALIDARG;
     const CComPtr<IUnknown> self(GetUnknown());
-    HRESULT hr = SitOn(hWnd);
+    HRESULT hr = attach_to_window(hWnd);
     if (FAILED(hr))
         return hr;
-    ReleaseAll();
-    hr = Embed(pUnkControl, nullptr, true);
+    release_control();
+    hr = embed(pUnkControl, nullptr, true);
     if (FAILED(hr))
-        ReleaseAll();
+        release_control();
     return hr;
 }
 
@@ -122,28 +122,28 @@ HRESULT STDMETHODCALLTYPE CAxHostWindow::QueryControl(REFIID riid, void** ppvObj
     return m_spUnknown ? m_spUnknown->QueryInterface(riid, ppvObject) : E_FAIL;
 }
 
-// Any call to the control may destroy the window, and with it release the control. What was done by the call
-// itself is then undone, and the rest is left out.
-HRESULT CAxHostWindow::Embed(IUnknown* control, IStream* stream, bool initialised)
+// Every call to the control may destroy the window and so release the control. The step just made is then
+// undone and the remaining steps are skipped.
+HRESULT CAxHostWindow::embed(IUnknown* control, IStream* stream, bool initialised)
 {
     m_spUnknown = control;
-    // Automation objects without a user interface are hosted as well: they only have nothing to show.
+    // Objects without IOleObject have no user interface but can be hosted.
     const CComQIPtr<IOleObject> object(control);
     m_spOleObject = object;
     if (object) {
-        HRESULT hr = Introduce(object, stream, initialised);
+        HRESULT hr = initialise_control(object, stream, initialised);
         if (SUCCEEDED(hr))
-            hr = Connect(object);
+            hr = advise_control(object);
         if (SUCCEEDED(hr) && !(m_dwMiscStatus & OLEMISC_INVISIBLEATRUNTIME))
-            hr = Activate(object);
+            hr = activate(object);
         if (FAILED(hr))
             return hr;
     }
-    if (!Hosts(control))
+    if (!is_hosting(control))
         return E_ABORT;
     if (const CComQIPtr<IObjectWithSite> with_site(control); with_site) {
         with_site->SetSite(GetUnknown());
-        if (!Hosts(control)) {
+        if (!is_hosting(control)) {
             with_site->SetSite(nullptr);
             return E_ABORT;
         }
@@ -151,7 +151,7 @@ HRESULT CAxHostWindow::Embed(IUnknown* control, IStream* stream, bool initialise
     return S_OK;
 }
 
-HRESULT CAxHostWindow::Introduce(IOleObject* object, IStream* stream, bool initialised)
+HRESULT CAxHostWindow::initialise_control(IOleObject* object, IStream* stream, bool initialised)
 {
     const CComPtr<IUnknown> control = m_spUnknown;
     DWORD misc_status = 0;
@@ -159,31 +159,31 @@ HRESULT CAxHostWindow::Introduce(IOleObject* object, IStream* stream, bool initi
         misc_status = 0;
     m_dwMiscStatus = misc_status;
     const bool site_first = misc_status & OLEMISC_SETCLIENTSITEFIRST;
-    HRESULT hr = site_first ? GiveSite(object, control) : S_OK;
+    HRESULT hr = site_first ? set_client_site(object, control) : S_OK;
     if (SUCCEEDED(hr) && !initialised)
-        hr = Initialise(object, stream);
-    if (SUCCEEDED(hr) && !Hosts(control))
+        hr = initialise(object, stream);
+    if (SUCCEEDED(hr) && !is_hosting(control))
         hr = E_ABORT;
     if (SUCCEEDED(hr) && !site_first)
-        hr = GiveSite(object, control);
+        hr = set_client_site(object, control);
     return hr;
 }
 
-HRESULT CAxHostWindow::GiveSite(IOleObject* object, IUnknown* control)
+HRESULT CAxHostWindow::set_client_site(IOleObject* object, IUnknown* control)
 {
     object->SetClientSite(this);
-    if (Hosts(control))
+    if (is_hosting(control))
         return S_OK;
     object->SetClientSite(nullptr);
     return E_ABORT;
 }
 
-HRESULT CAxHostWindow::Connect(IOleObject* object)
+HRESULT CAxHostWindow::advise_control(IOleObject* object)
 {
     const CComPtr<IUnknown> control = m_spUnknown;
     DWORD connection = 0;
     const bool advised = SUCCEEDED(object->Advise(this, &connection));
-    if (!Hosts(control)) {
+    if (!is_hosting(control)) {
         if (advised)
             object->Unadvise(connection);
         return E_ABORT;
@@ -192,38 +192,38 @@ HRESULT CAxHostWindow::Connect(IOleObject* object)
     if (const CComQIPtr<IViewObject> view(object); view) {
         m_spViewObject = view;
         view->SetAdvise(DVASPECT_CONTENT, 0, this);
-        if (!Hosts(control)) {
+        if (!is_hosting(control)) {
             view->SetAdvise(DVASPECT_CONTENT, 0, nullptr);
             return E_ABORT;
         }
     }
     object->SetHostNames(OLESTR("AXWIN"), nullptr);
-    return Hosts(control) ? S_OK : E_ABORT;
+    return is_hosting(control) ? S_OK : E_ABORT;
 }
 
-HRESULT CAxHostWindow::Activate(IOleObject* object)
+HRESULT CAxHostWindow::activate(IOleObject* object)
 {
     const CComPtr<IUnknown> control = m_spUnknown;
-    const RECT area = ClientArea();
+    const RECT area = client_area();
     SIZEL size{area.right - area.left, area.bottom - area.top};
     AtlPixelToHiMetric(&size, &size);
     object->SetExtent(DVASPECT_CONTENT, &size);
-    if (!Hosts(control))
+    if (!is_hosting(control))
         return E_ABORT;
     const HRESULT hr = object->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, this, 0, m_hWnd, &area);
-    if (!Hosts(control))
+    if (!is_hosting(control))
         return E_ABORT;
     RedrawWindow(m_hWnd, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_ALLCHILDREN);
     return hr;
 }
 
-HRESULT CAxHostWindow::ConnectSink(IUnknown* control, REFIID iid, IUnknown* sink)
+HRESULT CAxHostWindow::advise_sink(IUnknown* control, REFIID iid, IUnknown* sink)
 {
     DWORD cookie = 0;
     const HRESULT hr = AtlAdvise(control, sink, iid, &cookie);
     if (FAILED(hr))
         return hr;
-    if (!Hosts(control)) {
+    if (!is_hosting(control)) {
         AtlUnadvise(control, iid, cookie);
         return E_ABORT;
     }
@@ -232,7 +232,7 @@ HRESULT CAxHostWindow::ConnectSink(IUnknown* control, REFIID iid, IUnknown* sink
     return S_OK;
 }
 
-void CAxHostWindow::ReleaseAll() noexcept
+void CAxHostWindow::release_control() noexcept
 {
     if (m_bReleasing || !m_spUnknown)
         return;
@@ -252,7 +252,7 @@ void CAxHostWindow::ReleaseAll() noexcept
             object->Unadvise(advise);
         object->Close(OLECLOSE_NOSAVE);
     }
-    // A control that did not leave by itself is made to.
+    // A well-behaved control has deactivated in Close; deactivate one that has not.
     if (const CComPtr<IOleInPlaceObject> in_place = std::move(m_spInPlaceObject))
         in_place->InPlaceDeactivate();
     if (object)
@@ -264,7 +264,7 @@ void CAxHostWindow::ReleaseAll() noexcept
     m_bReleasing = false;
 }
 
-RECT CAxHostWindow::ClientArea() const noexcept
+RECT CAxHostWindow::client_area() const noexcept
 {
     RECT area{};
     if (m_hWnd)
@@ -277,7 +277,7 @@ LRESULT CAxHostWindow::OnSize(UINT, WPARAM wParam, LPARAM, BOOL& bHandled)
     bHandled = FALSE;
     if (wParam == SIZE_MINIMIZED || !m_spUnknown)
         return 0;
-    const RECT area = ClientArea();
+    const RECT area = client_area();
     SIZEL size{area.right - area.left, area.bottom - area.top};
     AtlPixelToHiMetric(&size, &size);
     if (const CComPtr<IOleObject> object = m_spOleObject)
@@ -294,10 +294,10 @@ LRESULT CAxHostWindow::OnSetFocus(UINT, WPARAM, LPARAM, BOOL& bHandled)
     if (!object || m_bReleasing)
         return 0;
     if (!m_bUIActive) {
-        const RECT area = ClientArea();
+        const RECT area = client_area();
         object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, this, 0, m_hWnd, &area);
     }
-    // The control's window gets the focus also when the control did not take it.
+    // Not every control takes the focus when it is UI-activated.
     const HWND child = m_hWnd ? ::GetWindow(m_hWnd, GW_CHILD) : nullptr;
     if (child && GetFocus() == m_hWnd)
         ::SetFocus(child);
@@ -306,7 +306,7 @@ LRESULT CAxHostWindow::OnSetFocus(UINT, WPARAM, LPARAM, BOOL& bHandled)
 
 LRESULT CAxHostWindow::OnDestroy(UINT, WPARAM, LPARAM, BOOL& bHandled)
 {
-    ReleaseAll();
+    release_control();
     bHandled = FALSE;
     return 0;
 }

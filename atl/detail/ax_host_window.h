@@ -1,5 +1,5 @@
-// CAxHostWindow: the host of one control in one window. The window owns it; so do references of others. Its
-// control is let go when the window goes, whoever still holds the host.
+// CAxHostWindow: hosts one control in one window. The window holds a reference to the host. The control is
+// released when the window is destroyed, whatever references to the host remain.
 #pragma once
 
 #include "atl/atlcom.h"
@@ -47,10 +47,10 @@ public:
     MESSAGE_HANDLER(AtlGetControlMessage(), OnGetControl)
     END_MSG_MAP()
 
-    // Sits on `hWnd`, which from then on holds a reference.
-    HRESULT SitOn(HWND hWnd) noexcept;
-    // Lets the control go and leaves the window, which gives its reference back.
-    void Leave() noexcept;
+    // Subclasses `hWnd`, which then holds a reference to this object.
+    HRESULT attach_to_window(HWND hWnd) noexcept;
+    // Releases the control and removes the subclassing with the window's reference.
+    void detach_from_window() noexcept;
 
     // IAxWinHostWindow
     HRESULT STDMETHODCALLTYPE CreateControl(LPCOLESTR lpTricsData, HWND hWnd, IStream* pStream) override;
@@ -100,10 +100,10 @@ public:
     HRESULT STDMETHODCALLTYPE EnumObjects(DWORD, IEnumUnknown** ppenum) override;
     HRESULT STDMETHODCALLTYPE LockContainer(BOOL) override { return S_OK; }
 
-    // IServiceProvider: what the host's own site has to offer.
+    // IServiceProvider: forwarded to the host's own site.
     HRESULT STDMETHODCALLTYPE QueryService(REFGUID guidService, REFIID riid, void** ppvObject) override;
 
-    // IAdviseSink: nothing of it concerns a control with a window.
+    // IAdviseSink: ignored, since a windowed control redraws itself.
     void STDMETHODCALLTYPE OnDataChange(FORMATETC*, STGMEDIUM*) override {}
     void STDMETHODCALLTYPE OnViewChange(DWORD, LONG) override {}
     void STDMETHODCALLTYPE OnRename(IMoniker*) override {}
@@ -121,10 +121,10 @@ public:
                                      VARIANT* pVarResult, EXCEPINFO*, UINT*) override;
 
     void OnFinalMessage(HWND hWnd) override;
-    void FinalRelease() noexcept { ReleaseAll(); }
+    void FinalRelease() noexcept { release_control(); }
 
 protected:
-    IUnknown* GetMessageOwner() noexcept override { return GetUnknown(); }
+    IUnknown* message_owner() noexcept override { return GetUnknown(); }
 
 private:
     LRESULT OnSize(UINT uMsg, WPARAM wParam, LPARAM lParam, BOOL& bHandled);
@@ -133,24 +133,24 @@ private:
     LRESULT OnGetHost(UINT uMsg, WPARAM wParam, LPARAM lParam, BOOL& bHandled);
     LRESULT OnGetControl(UINT uMsg, WPARAM wParam, LPARAM lParam, BOOL& bHandled);
 
-    HRESULT Embed(IUnknown* control, IStream* stream, bool initialised);
-    HRESULT Introduce(IOleObject* object, IStream* stream, bool initialised);
-    HRESULT GiveSite(IOleObject* object, IUnknown* control);
-    HRESULT Connect(IOleObject* object);
-    HRESULT Activate(IOleObject* object);
-    HRESULT ConnectSink(IUnknown* control, REFIID iid, IUnknown* sink);
-    void ReleaseAll() noexcept;
-    bool Hosts(IUnknown* control) const noexcept { return control && m_spUnknown == control; }
-    RECT ClientArea() const noexcept;
+    HRESULT embed(IUnknown* control, IStream* stream, bool initialised);
+    HRESULT initialise_control(IOleObject* object, IStream* stream, bool initialised);
+    HRESULT set_client_site(IOleObject* object, IUnknown* control);
+    HRESULT advise_control(IOleObject* object);
+    HRESULT activate(IOleObject* object);
+    HRESULT advise_sink(IUnknown* control, REFIID iid, IUnknown* sink);
+    void release_control() noexcept;
+    bool is_hosting(IUnknown* control) const noexcept { return control && m_spUnknown == control; }
+    RECT client_area() const noexcept;
 
     CComPtr<IUnknown> m_spUnknown; // the control
     CComPtr<IOleObject> m_spOleObject;
     CComPtr<IViewObject> m_spViewObject;
-    CComPtr<IOleInPlaceObject> m_spInPlaceObject; // while active in place
+    CComPtr<IOleInPlaceObject> m_spInPlaceObject; // while in-place active
     DWORD m_dwMiscStatus = 0;
-    DWORD m_dwOleObject = 0; // advise connection
+    DWORD m_dwOleObject = 0; // IOleObject advise connection
     IID m_iidSink = IID_NULL;
-    DWORD m_dwAdviseSink = 0; // connection of the caller's sink
+    DWORD m_dwAdviseSink = 0; // cookie of the caller's sink
     bool m_bUIActive = false;
     bool m_bReleasing = false;
 };

@@ -1,4 +1,4 @@
-// The hosting window class and the functions around it.
+// The hosting window class and the AtlAx functions.
 #include "atl/detail/ax_host_window.h"
 
 #include <atomic>
@@ -6,7 +6,7 @@
 namespace ATL {
 namespace {
 
-HRESULT NewHost(CComPtr<IAxWinHostWindow>& host, CAxHostWindow** object) noexcept
+HRESULT create_host(CComPtr<IAxWinHostWindow>& host, CAxHostWindow** object) noexcept
 {
     CComObject<CAxHostWindow>* created = nullptr;
     const HRESULT hr = CComObject<CAxHostWindow>::CreateInstance(&created);
@@ -17,14 +17,14 @@ HRESULT NewHost(CComPtr<IAxWinHostWindow>& host, CAxHostWindow** object) noexcep
     return S_OK;
 }
 
-// A window of the class becomes the host's with WM_CREATE; the messages before it need no host.
-LRESULT OnWindowCreate(HWND hWnd, const CREATESTRUCTW& creation) noexcept
+// The host attaches in WM_CREATE; earlier messages need no host.
+LRESULT on_window_create(HWND hWnd, const CREATESTRUCTW& creation) noexcept
 {
     CComPtr<IAxWinHostWindow> host;
     CAxHostWindow* object = nullptr;
-    HRESULT hr = NewHost(host, &object);
+    HRESULT hr = create_host(host, &object);
     if (SUCCEEDED(hr))
-        hr = object->SitOn(hWnd);
+        hr = object->attach_to_window(hWnd);
     if (SUCCEEDED(hr) && creation.lpszName && *creation.lpszName)
         hr = object->CreateControlEx(creation.lpszName, hWnd, nullptr, nullptr, IID_NULL, nullptr);
     return SUCCEEDED(hr) ? 0 : -1;
@@ -33,22 +33,22 @@ LRESULT OnWindowCreate(HWND hWnd, const CREATESTRUCTW& creation) noexcept
 LRESULT CALLBACK AtlAxWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
     if (uMsg == WM_CREATE)
-        return OnWindowCreate(hWnd, *reinterpret_cast<const CREATESTRUCTW*>(lParam));
+        return on_window_create(hWnd, *reinterpret_cast<const CREATESTRUCTW*>(lParam));
     return DefWindowProcW(hWnd, uMsg, wParam, lParam);
 }
 
-constinit CWndClassInfo g_hostClass(TEXT(ATLAXWIN_CLASS), CS_DBLCLKS, COLOR_WINDOW, AtlAxWindowProc);
+constinit CWndClassInfo host_class(TEXT(ATLAXWIN_CLASS), CS_DBLCLKS, COLOR_WINDOW, AtlAxWindowProc);
 
-// Asked for with every message of a hosting window, so the number is kept. Registering twice gives the same
-// one.
-UINT RegisteredMessage(std::atomic<UINT>& message, LPCWSTR name) noexcept
+// Cached because the message map compares it with every message. A race is harmless: the system returns the
+// same identifier for the same name.
+UINT registered_message(std::atomic<UINT>& message, LPCWSTR name) noexcept
 {
     if (!message)
         message = RegisterWindowMessageW(name);
     return message;
 }
 
-HRESULT AskWindow(HWND h, UINT message, IUnknown** pp) noexcept
+HRESULT query_window(HWND h, UINT message, IUnknown** pp) noexcept
 {
     if (!pp)
         return E_POINTER;
@@ -56,7 +56,7 @@ HRESULT AskWindow(HWND h, UINT message, IUnknown** pp) noexcept
     DWORD process = 0;
     GetWindowThreadProcessId(h, &process);
     if (process != GetCurrentProcessId())
-        return E_INVALIDARG; // no such window, or its pointers are of no use here
+        return E_INVALIDARG; // no such window, or its pointers are invalid in this process
     *pp = reinterpret_cast<IUnknown*>(SendMessageW(h, message, 0, 0));
     return *pp ? S_OK : E_FAIL;
 }
@@ -65,34 +65,34 @@ HRESULT AskWindow(HWND h, UINT message, IUnknown** pp) noexcept
 
 BOOL AtlAxWinInit() noexcept
 {
-    return AtlGetHostMessage() && AtlGetControlMessage() && g_hostClass.Register();
+    return AtlGetHostMessage() && AtlGetControlMessage() && host_class.Register();
 }
 
 BOOL AtlAxWinTerm() noexcept
 {
-    return _AtlWinModule.Unregister(g_hostClass);
+    return _AtlWinModule.Unregister(host_class);
 }
 
 UINT AtlGetHostMessage() noexcept
 {
     static constinit std::atomic<UINT> message{0};
-    return RegisteredMessage(message, L"WM_ATLGETHOST");
+    return registered_message(message, L"WM_ATLGETHOST");
 }
 
 UINT AtlGetControlMessage() noexcept
 {
     static constinit std::atomic<UINT> message{0};
-    return RegisteredMessage(message, L"WM_ATLGETCONTROL");
+    return registered_message(message, L"WM_ATLGETCONTROL");
 }
 
 ATLAPI AtlAxGetHost(HWND h, IUnknown** pp)
 {
-    return AskWindow(h, AtlGetHostMessage(), pp);
+    return query_window(h, AtlGetHostMessage(), pp);
 }
 
 ATLAPI AtlAxGetControl(HWND h, IUnknown** pp)
 {
-    return AskWindow(h, AtlGetControlMessage(), pp);
+    return query_window(h, AtlGetControlMessage(), pp);
 }
 
 ATLAPI AtlAxCreateControl(LPCOLESTR lpszName, HWND hWnd, IStream* pStream, IUnknown** ppUnkContainer)
@@ -109,14 +109,14 @@ ATLAPI AtlAxCreateControlEx(LPCOLESTR lpszName, HWND hWnd, IStream* pStream, IUn
         *ppUnkControl = nullptr;
     CComPtr<IAxWinHostWindow> host;
     CAxHostWindow* object = nullptr;
-    HRESULT hr = NewHost(host, &object);
+    HRESULT hr = create_host(host, &object);
     if (SUCCEEDED(hr))
-        hr = object->SitOn(hWnd);
+        hr = object->attach_to_window(hWnd);
     if (SUCCEEDED(hr) && lpszName && *lpszName)
         hr = object->CreateControlEx(lpszName, hWnd, pStream, ppUnkControl, iidSink, punkSink);
     if (FAILED(hr)) {
         if (object)
-            object->Leave();
+            object->detach_from_window();
         return hr;
     }
     if (ppUnkContainer)
@@ -132,12 +132,12 @@ ATLAPI AtlAxAttachControl(IUnknown* pControl, HWND hWnd, IUnknown** ppUnkContain
         return E_INVALIDARG;
     CComPtr<IAxWinHostWindow> host;
     CAxHostWindow* object = nullptr;
-    HRESULT hr = NewHost(host, &object);
+    HRESULT hr = create_host(host, &object);
     if (SUCCEEDED(hr))
         hr = object->AttachControl(pControl, hWnd);
     if (FAILED(hr)) {
         if (object)
-            object->Leave();
+            object->detach_from_window();
         return hr;
     }
     if (ppUnkContainer)

@@ -1,11 +1,11 @@
-// Class factories, the coclass helper and the entries of the class-object map.
+// Class factories, CComCoClass and the entries of the class-object map.
 #pragma once
 
 #include "atl/detail/com_object.h"
 
 namespace ATL {
 
-// Hands every creation over to the instance creator of its class.
+// Creates objects with the creator function of its class.
 class CComClassFactory : public IClassFactory, public CComObjectRootEx<CComGlobalsThreadModel>
 {
 public:
@@ -18,7 +18,7 @@ public:
         if (!ppv)
             return E_POINTER;
         *ppv = nullptr;
-        // Only an object's IUnknown may be asked for by the one that aggregates it.
+        // COM rule: an aggregating object may request IUnknown only.
         if (outer && !InlineIsEqualUnknown(riid))
             return CLASS_E_NOAGGREGATION;
         return m_pfnCreateInstance(outer, riid, ppv);
@@ -34,7 +34,7 @@ public:
         return S_OK;
     }
 
-    // Called with the instance creator when the factory is made.
+    // Called with the creator function when the factory is created.
     void SetVoid(void* pv) noexcept { m_pfnCreateInstance = reinterpret_cast<_ATL_CREATORFUNC*>(pv); }
 
     _ATL_CREATORFUNC* m_pfnCreateInstance = nullptr;
@@ -65,7 +65,7 @@ public:
     using _ClassFactoryCreatorClass = ATL::CComCreator<ATL::CComObjectCached<factory>>;
 #define DECLARE_CLASSFACTORY() DECLARE_CLASSFACTORY_EX(ATL::CComClassFactory)
 
-// Puts a class into the module's map. Entries of one source file are in the order written.
+// Adds a class to the module's map. Entries of one source file keep their order.
 #define OBJECT_ENTRY_AUTO(clsid, class_name)                                                                 \
     static ATL::_ATL_OBJMAP_CACHE object_cache_##class_name;                                                 \
     static const ATL::_ATL_OBJMAP_ENTRY_EX object_entry_##class_name = {                                     \

@@ -1,4 +1,9 @@
-// CComBSTR: an owned BSTR.
+// CComBSTR: owns a BSTR and frees it.
+//
+//     CComBSTR title;
+//     if (SUCCEEDED(document->get_title(&title)) && title)
+//         show(title);                                  // implicit conversion to a borrowed BSTR
+//     *out = CComBSTR(L"text").Detach();                // transfers ownership to the caller
 #pragma once
 
 #include "atl/atldef.h"
@@ -8,13 +13,14 @@
 
 #include <cstring>
 #include <cwchar>
+#include <memory>
 #include <string_view>
 #include <utility>
 
 namespace ATL {
 
-// Constructors and operators throw CAtlException when memory runs out; functions that return HRESULT
-// return it. A null BSTR and an empty one are the same text.
+// Constructors and operators throw CAtlException if an allocation fails; functions that return HRESULT return
+// E_OUTOFMEMORY. A null BSTR and an empty one compare equal.
 class CComBSTR
 {
 public:
@@ -44,7 +50,7 @@ public:
             Attach(source.Detach());
         return *this;
     }
-    // The text may be part of this string: the copy is made before the old text goes.
+    // `source` may point into this string, so it is copied before the old text is freed.
     CComBSTR& operator=(LPCOLESTR source)
     {
         if (source != m_str)
@@ -53,7 +59,7 @@ public:
     }
 
     operator BSTR() const noexcept { return m_str; }
-    // For out-parameters: the string must be empty, or what it holds would be lost.
+    // For out parameters. The string must be empty, otherwise its text would leak.
     BSTR* operator&() noexcept
     {
         ATLASSERT(!m_str);
@@ -74,7 +80,7 @@ public:
     [[nodiscard]] BSTR Detach() noexcept { return std::exchange(m_str, nullptr); }
     void Empty() noexcept { Attach(nullptr); }
 
-    // A copy for the caller; null for a null string and when memory runs out.
+    // Returns a copy that the caller owns; null for a null string or if the allocation fails.
     [[nodiscard]] BSTR Copy() const noexcept
     {
         return m_str ? SysAllocStringByteLen(reinterpret_cast<LPCSTR>(m_str), ByteLength()) : nullptr;
@@ -121,7 +127,7 @@ public:
 
     bool LoadString(HINSTANCE instance, UINT id) noexcept
     {
-        // Asked for zero characters, LoadString gives a pointer into the resource itself.
+        // With a buffer size of 0, LoadString returns a pointer into the resource itself.
         LPWSTR text = nullptr;
         const int length = ::LoadStringW(instance, id, reinterpret_cast<LPWSTR>(&text), 0);
         if (length <= 0)
@@ -169,12 +175,12 @@ private:
     {
         if (!source)
             return nullptr;
-        const int units = MultiByteToWideChar(CP_ACP, 0, source, -1, nullptr, 0);
-        if (units <= 0)
+        const int length = MultiByteToWideChar(CP_ACP, 0, source, -1, nullptr, 0); // with the terminator
+        if (length <= 0)
             AtlThrow(AtlHresultFromLastError());
-        const BSTR result = allocate(nullptr, units - 1);
+        const BSTR result = allocate(nullptr, length - 1);
         if (result)
-            MultiByteToWideChar(CP_ACP, 0, source, -1, result, units);
+            MultiByteToWideChar(CP_ACP, 0, source, -1, result, length);
         return result;
     }
 };

@@ -1,4 +1,4 @@
-// Interface maps: the list of interfaces that a class answers QueryInterface with, in order.
+// Interface maps: the interfaces that a class exposes through QueryInterface, in order.
 #pragma once
 
 #include "atl/atlcomcli.h"
@@ -7,8 +7,8 @@ namespace ATL {
 
 using _ATL_CREATORARGFUNC = HRESULT WINAPI(void* pv, REFIID riid, LPVOID* ppv, DWORD_PTR dw);
 
-// Either `pfnCast` finds the interface in the object, or `pFunc` is asked for it. A null identifier
-// matches every interface. Both functions null: end of the map.
+// Either `pfnCast` returns the interface of the object, or `pFunc` resolves it. A null `piid` matches every
+// interface. Both functions null: end of the map.
 struct _ATL_INTMAP_ENTRY
 {
     const IID* piid;
@@ -17,14 +17,14 @@ struct _ATL_INTMAP_ENTRY
     DWORD_PTR dw;
 };
 
-// `Through` says by which base the interface is reached when there is more than one.
+// `Through` names the base class when the interface is inherited more than once.
 template <class Class, class Interface, class Through = Interface>
 IUnknown* _AtlMapCast(void* pv) noexcept
 {
     return static_cast<Interface*>(static_cast<Through*>(static_cast<Class*>(pv)));
 }
 
-// The map's first entry answers for IUnknown, so that it must be one that is found in the object itself.
+// The first entry also serves IUnknown, so it must have a pfnCast.
 inline HRESULT WINAPI AtlInternalQueryInterface(void* pv, const _ATL_INTMAP_ENTRY* entries, REFIID riid,
                                                 LPVOID* ppv) noexcept
 {
@@ -93,8 +93,8 @@ public:                                                                         
 #define COM_INTERFACE_ENTRY_NOINTERFACE(x) {&__uuidof(x), nullptr, &ATL::_AtlMapNoInterface, 0},
 #define COM_INTERFACE_ENTRY_CHAIN(base) {nullptr, nullptr, &ATL::_AtlMapChain<_ComMapClass, base>, 0},
 
-// The three methods are declared once more, so that a class with several interfaces can call its own. Whether
-// the class marks its other methods with "override" is its own choice.
+// Declares the IUnknown methods again: calls to them would be ambiguous in a class with several interfaces.
+// The pragma permits classes that omit "override" on other methods.
 // clang-format off
 #define END_COM_MAP()                                                                                        \
             {nullptr, nullptr, nullptr, 0}};                                                                 \

@@ -1,4 +1,4 @@
-// The classes that complete a COM class with IUnknown, and the creators that make its objects.
+// The templates that add IUnknown to a COM class, and the creators of its objects.
 #pragma once
 
 #include "atl/detail/module.h"
@@ -6,7 +6,7 @@
 
 namespace ATL {
 
-// Keeps the module loaded to the end of a scope.
+// Keeps the module loaded until the end of the scope.
 class _AtlModuleLock
 {
 public:
@@ -27,8 +27,8 @@ private:
     CAtlModule* m_module;
 };
 
-// Makes an object of the most derived class and asks it for an interface. No reference is held at the end
-// but the one handed out; on failure the object is gone and the out pointer is null.
+// Constructs an object of the most derived class and runs FinalConstruct. The new object has a reference
+// count of zero. On failure it is deleted and `object` is null.
 template <class T>
 HRESULT _AtlConstruct(T*& object, void* pv) noexcept
 {
@@ -58,7 +58,7 @@ HRESULT _AtlConstruct(T*& object, void* pv) noexcept
     return hr;
 }
 
-// An object on the heap that keeps the module loaded.
+// A heap object that keeps the module loaded.
 template <class Base>
 class CComObject : public Base
 {
@@ -68,7 +68,7 @@ public:
         if (_pAtlModule)
             _pAtlModule->Lock();
     }
-    // Of some bases it overrides the destructor, of others it does not.
+    // Overrides the destructor of some base classes only.
     // NOLINTNEXTLINE(modernize-use-override)
     virtual ~CComObject()
     {
@@ -83,7 +83,7 @@ public:
     {
         const ULONG count = this->InternalRelease();
         if (count == 0) {
-            // The destructor above gives the lock back before the members are gone.
+            // ~CComObject releases the module lock before the members are destroyed.
             const _AtlModuleLock lock;
             delete this;
         }
@@ -99,7 +99,7 @@ public:
         return QueryInterface(__uuidof(Q), reinterpret_cast<void**>(out));
     }
 
-    // The new object has a count of zero: the caller takes the first reference.
+    // The new object has a reference count of zero: the caller must AddRef it.
     static HRESULT WINAPI CreateInstance(CComObject** out) noexcept
     {
         if (!out)
@@ -108,7 +108,7 @@ public:
     }
 };
 
-// An object that does not keep the module loaded.
+// A heap object that does not keep the module loaded.
 template <class Base>
 class CComObjectNoLock : public Base
 {
@@ -134,7 +134,7 @@ public:
     }
 };
 
-// An object that the module itself holds one reference to: only the references of others keep the module
+// An object that the module caches with one reference of its own. Only further references keep the module
 // loaded.
 template <class Base>
 class CComObjectCached : public Base
@@ -202,7 +202,7 @@ public:
     }
 };
 
-// T1 creates objects on their own, T2 those with an outer object.
+// T1 creates standalone objects, T2 aggregated ones.
 template <class T1, class T2>
 class CComCreator2
 {

@@ -1,4 +1,9 @@
-// CComPtr and CComQIPtr: one reference each, given back at the end of the scope.
+// CComPtr and CComQIPtr: own one reference each and release it.
+//
+//     CComPtr<IHTMLElement> element;
+//     HRESULT hr = page->getElementById(id, &element);  // out parameter; the pointer must be empty
+//     CComQIPtr<IDispatch> dispatch(element);           // QueryInterface; empty if not supported
+//     return element.CopyTo(out);                       // AddRefs for the caller
 #pragma once
 
 #include "atl/atldef.h"
@@ -11,11 +16,11 @@
 
 namespace ATL {
 
-// True for interfaces of one and the same object. Two null pointers are equal.
+// True if both pointers refer to the same COM object. Two null pointers are equal.
 inline bool AtlIsEqualObject(IUnknown* left, IUnknown* right);
 
-// What asks an object for an interface is not noexcept: an object of the host's may throw instead of
-// answering, and that is for the caller's barrier and no reason to end the process.
+// Functions that call QueryInterface are not noexcept: a host's object may throw, and the exception must
+// reach the caller's exception barrier instead of terminating the process.
 template <class T>
 class CComPtrBase
 {
@@ -34,7 +39,7 @@ public:
         ATLASSERT(p);
         return *p;
     }
-    // For out-parameters: the pointer must be empty, or what it holds would be lost.
+    // For out parameters. The pointer must be empty, otherwise its reference would leak.
     T** operator&() noexcept
     {
         ATLASSERT(!p);
@@ -49,7 +54,7 @@ public:
     bool operator<(T* other) const noexcept { return p < other; }
     bool operator==(T* other) const noexcept { return p == other; }
 
-    // The member is cleared first: releasing may lead back to whoever owns this pointer.
+    // Cleared before the call: Release may re-enter the owner of this pointer.
     void Release() noexcept
     {
         T* const old = p;
@@ -58,7 +63,7 @@ public:
             old->Release();
     }
     bool IsEqualObject(IUnknown* other) const { return AtlIsEqualObject(p, other); }
-    // Takes over a reference that the caller owns.
+    // Takes ownership of the caller's reference.
     void Attach(T* other) noexcept
     {
         T* const old = p;
@@ -66,7 +71,7 @@ public:
         if (old)
             old->Release();
     }
-    // Hands the reference over to the caller.
+    // Transfers the reference to the caller.
     [[nodiscard]] T* Detach() noexcept
     {
         T* const old = p;
@@ -104,7 +109,7 @@ public:
         const HRESULT hr = CLSIDFromProgID(prog_id, &clsid);
         return SUCCEEDED(hr) ? CoCreateInstance(clsid, outer, context) : hr;
     }
-    // An empty pointer has no interfaces.
+    // E_NOINTERFACE for an empty pointer.
     template <class Q>
     HRESULT QueryInterface(Q** out) const
     {
@@ -124,7 +129,7 @@ protected:
             p->AddRef();
     }
 
-    // The new reference is taken before the old one is given back: both may be the same object's last.
+    // AddRef before Release: both pointers may refer to the same object, with this its last reference.
     void assign(T* other) noexcept
     {
         if (other)
@@ -166,7 +171,7 @@ public:
             this->Attach(other.Detach());
         return this->p;
     }
-    // From a pointer of another type: by QueryInterface, empty when the object does not have it.
+    // From another interface by QueryInterface; empty if the object does not support T.
     template <class Q>
     T* operator=(const CComPtr<Q>& other)
     {
@@ -175,7 +180,7 @@ public:
     }
 };
 
-// As CComPtr, and takes any interface: by QueryInterface, empty when the object does not have it.
+// A CComPtr that also accepts any interface, by QueryInterface; empty if the object does not support T.
 template <class T, const IID* piid = &__uuidof(T)>
 class CComQIPtr : public CComPtr<T>
 {
@@ -208,7 +213,7 @@ public:
     }
 };
 
-// Every object is an IUnknown already; only the identity has to be asked for.
+// Every interface is an IUnknown, but only QueryInterface returns the object's identity.
 template <>
 class CComQIPtr<IUnknown, &IID_IUnknown> : public CComPtr<IUnknown>
 {

@@ -1,4 +1,10 @@
-// CComVariant: a VARIANT that clears itself.
+// CComVariant: a VARIANT that is cleared by its destructor.
+//
+//     CComVariant url(L"http://host/file.pdf"), none;
+//     HRESULT hr = browser->Navigate2(&url, &none, &none, &none, &none);
+//     CComVariant value;
+//     if (SUCCEEDED(element->getAttribute(name, 0, &value)) && value.vt == VT_BSTR)
+//         use(value.bstrVal);                           // borrowed from `value`
 #pragma once
 
 #include "atl/atldef.h"
@@ -9,8 +15,8 @@
 
 namespace ATL {
 
-// Constructors and assignments throw CAtlException when a copy fails; functions that return HRESULT
-// return it. Interface pointers are AddRef'd, strings are copied.
+// Constructors and assignments throw CAtlException if a copy fails; functions that return HRESULT return the
+// error. Interface pointers are AddRefed, strings are copied.
 class CComVariant : public tagVARIANT
 {
 public:
@@ -101,7 +107,7 @@ public:
             source->AddRef();
     }
 
-    // The new value is made first: it may come from what the old one holds.
+    // The copy is made first: `source` may be owned by the old value.
     CComVariant& operator=(const VARIANT& source)
     {
         CComVariant made(source);
@@ -129,7 +135,7 @@ public:
     {
         return VariantChangeType(this, source ? const_cast<VARIANT*>(source) : this, 0, type);
     }
-    // Moves the source's value in; the source is left empty.
+    // Moves the value of `source` in; `source` becomes VT_EMPTY.
     HRESULT Attach(VARIANT* source) noexcept
     {
         if (!source)
@@ -141,7 +147,7 @@ public:
         }
         return hr;
     }
-    // Moves the value out; the destination's old value is cleared.
+    // Moves the value out; the old value of `destination` is cleared.
     HRESULT Detach(VARIANT* destination) noexcept
     {
         if (!destination)

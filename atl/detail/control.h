@@ -1,4 +1,4 @@
-// CComControl: the part of a control that knows the control's class and its window class.
+// CComControl: the part of a control that depends on its class and its window class.
 #pragma once
 
 #include "atl/detail/control_base.h"
@@ -30,7 +30,7 @@ public:
     END_MSG_MAP()
 
 protected:
-    IUnknown* GetMessageOwner() noexcept override { return static_cast<T*>(this)->GetUnknown(); }
+    IUnknown* message_owner() noexcept override { return static_cast<T*>(this)->GetUnknown(); }
 };
 
 } // namespace ATL

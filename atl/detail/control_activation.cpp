@@ -1,5 +1,5 @@
-// In-place activation, step by step. Every step calls the site, and every site may call back: what was true
-// before a call is asked again after it.
+// In-place activation. Every step calls the site, which may re-enter the control, so the control's state is
+// checked again after each call.
 #include "atl/detail/control_base.h"
 #include "atl/detail/in_place_context.h"
 
@@ -24,16 +24,16 @@ HRESULT CComControlBase::InPlaceActivate(LONG iVerb, const RECT* prcPosRect)
     const CComPtr<IOleInPlaceSite> site = m_spInPlaceSite;
 
     const bool entered = !m_bInPlaceActive;
-    HRESULT hr = entered ? EnterInPlace(site) : S_OK;
-    InPlaceContext where;
+    HRESULT hr = entered ? enter_in_place(site) : S_OK;
+    in_place_context where;
     where.position = where.clip = prcPosRect ? *prcPosRect : m_rcPos;
     if (SUCCEEDED(hr)) {
-        hr = ShowInPlace(site, where);
+        hr = show_in_place(site, where);
         if (FAILED(hr) && entered)
-            LeaveInPlace(site);
+            leave_in_place(site);
     }
     if (FAILED(hr)) {
-        // A site that led nowhere is not kept: holding one means that there is a view.
+        // A held in-place site means that the document has a view: release it after a failed activation.
         if (asked && !m_bInPlaceActive && m_spInPlaceSite == site.p) {
             m_bNegotiatedWnd = 0;
             m_spInPlaceSite.Release();
@@ -41,7 +41,7 @@ HRESULT CComControlBase::InPlaceActivate(LONG iVerb, const RECT* prcPosRect)
         return hr;
     }
     if (DoesVerbUIActivate(iVerb) && !m_bUIActive) {
-        hr = EnterUI(site, where);
+        hr = enter_ui(site, where);
         if (FAILED(hr))
             return hr;
     }
@@ -50,13 +50,13 @@ HRESULT CComControlBase::InPlaceActivate(LONG iVerb, const RECT* prcPosRect)
     return S_OK;
 }
 
-HRESULT CComControlBase::EnterInPlace(IOleInPlaceSite* pSite)
+HRESULT CComControlBase::enter_in_place(IOleInPlaceSite* pSite)
 {
     HRESULT hr = pSite->CanInPlaceActivate();
     if (hr != S_OK)
         return FAILED(hr) ? hr : E_FAIL; // S_FALSE: not now
     if (m_spInPlaceSite != pSite)
-        return OLE_E_NOT_INPLACEACTIVE; // closed by the site meanwhile
+        return OLE_E_NOT_INPLACEACTIVE; // the site has closed the control in this call
     m_bInPlaceActive = 1;
     hr = pSite->OnInPlaceActivate();
     if (FAILED(hr))
@@ -64,18 +64,19 @@ HRESULT CComControlBase::EnterInPlace(IOleInPlaceSite* pSite)
     return hr;
 }
 
-HRESULT CComControlBase::ShowInPlace(IOleInPlaceSite* pSite, InPlaceContext& where)
+HRESULT CComControlBase::show_in_place(IOleInPlaceSite* pSite, in_place_context& where)
 {
     HWND parent = nullptr;
     HRESULT hr = pSite->GetWindow(&parent);
     if (FAILED(hr) || !parent)
         return FAILED(hr) ? hr : E_FAIL;
-    where.Ask(pSite); // without an answer the position stays the verb's
+    where.query(pSite); // on failure the verb's position is used
     if (!m_bInPlaceActive)
         return OLE_E_NOT_INPLACEACTIVE;
     if (m_hWndCD)
         ShowWindow(m_hWndCD, SW_SHOW);
-    else if (!CreateControlWindow(parent, where.position) && !m_hWndCD) // or the site had another one made
+    else if (!CreateControlWindow(parent, where.position) &&
+             !m_hWndCD) // a re-entrant call may have created it
         return m_bInPlaceActive ? E_FAIL : OLE_E_NOT_INPLACEACTIVE;
     CComPtr<IOleInPlaceObject> in_place;
     ControlQueryInterface(IID_IOleInPlaceObject, reinterpret_cast<void**>(&in_place));
@@ -84,9 +85,9 @@ HRESULT CComControlBase::ShowInPlace(IOleInPlaceSite* pSite, InPlaceContext& whe
     return m_bInPlaceActive ? S_OK : OLE_E_NOT_INPLACEACTIVE;
 }
 
-HRESULT CComControlBase::EnterUI(IOleInPlaceSite* pSite, const InPlaceContext& where)
+HRESULT CComControlBase::enter_ui(IOleInPlaceSite* pSite, const in_place_context& where)
 {
-    // Set before the site hears of it, so that the focus coming in does not activate a second time.
+    // Set before the call: a WM_SETFOCUS inside it must not UI-activate a second time.
     m_bUIActive = 1;
     const HRESULT hr = pSite->OnUIActivate();
     if (FAILED(hr)) {
@@ -97,10 +98,10 @@ HRESULT CComControlBase::EnterUI(IOleInPlaceSite* pSite, const InPlaceContext& w
     CComPtr<IOleInPlaceActiveObject> active;
     ControlQueryInterface(IID_IOleInPlaceActiveObject, reinterpret_cast<void**>(&active));
     if (active) {
-        SetActiveObjectOf(where.frame, active);
-        SetActiveObjectOf(where.document, active);
+        set_active_object_of(where.frame, active);
+        set_active_object_of(where.document, active);
     }
-    // No border space is wanted: the host keeps its own tool bars.
+    // Null requests no border space; the host keeps its own tool bars.
     if (where.frame && m_bUIActive)
         where.frame->SetBorderSpace(nullptr);
     if (where.document && m_bUIActive)
@@ -108,7 +109,7 @@ HRESULT CComControlBase::EnterUI(IOleInPlaceSite* pSite, const InPlaceContext& w
     return S_OK;
 }
 
-void CComControlBase::SetActiveObjectOf(IOleInPlaceUIWindow* pWindow, IOleInPlaceActiveObject* pActive)
+void CComControlBase::set_active_object_of(IOleInPlaceUIWindow* pWindow, IOleInPlaceActiveObject* pActive)
 {
     if (!pWindow || !m_bUIActive)
         return;
@@ -118,10 +119,10 @@ void CComControlBase::SetActiveObjectOf(IOleInPlaceUIWindow* pWindow, IOleInPlac
         pWindow->SetActiveObject(nullptr, nullptr);
 }
 
-void CComControlBase::LeaveInPlace(IOleInPlaceSite* pSite)
+void CComControlBase::leave_in_place(IOleInPlaceSite* pSite)
 {
     if (!m_bInPlaceActive)
-        return; // the site has deactivated the control by itself
+        return; // the site has already deactivated the control
     m_bInPlaceActive = 0;
     if (m_hWndCD)
         ::DestroyWindow(m_hWndCD);
@@ -140,7 +141,7 @@ BOOL CComControlBase::SetControlFocus(BOOL bGrab) noexcept
     return GetFocus() == m_hWndCD || IsChild(m_hWndCD, GetFocus());
 }
 
-HRESULT CComControlBase::UIActivateByUser()
+HRESULT CComControlBase::ui_activate_by_user()
 {
     CComPtr<IOleObject> object;
     ControlQueryInterface(IID_IOleObject, reinterpret_cast<void**>(&object));
@@ -151,7 +152,7 @@ HRESULT CComControlBase::UIActivateByUser()
     return object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, site, 0, m_hWndCD, &position);
 }
 
-void CComControlBase::TellSiteOfFocus(BOOL bGotFocus)
+void CComControlBase::notify_site_of_focus(BOOL bGotFocus)
 {
     const CComPtr<IOleClientSite> site = m_spClientSite;
     CComPtr<IOleControlSite> control_site;
@@ -164,8 +165,8 @@ LRESULT CComControlBase::OnSetFocus(UINT, WPARAM, LPARAM, BOOL& bHandled)
 {
     if (m_bInPlaceActive) {
         if (!m_bUIActive)
-            UIActivateByUser();
-        TellSiteOfFocus(TRUE);
+            ui_activate_by_user();
+        notify_site_of_focus(TRUE);
     }
     bHandled = FALSE;
     return 0;
@@ -174,16 +175,16 @@ LRESULT CComControlBase::OnSetFocus(UINT, WPARAM, LPARAM, BOOL& bHandled)
 LRESULT CComControlBase::OnKillFocus(UINT, WPARAM, LPARAM, BOOL& bHandled)
 {
     if (m_bInPlaceActive)
-        TellSiteOfFocus(FALSE);
+        notify_site_of_focus(FALSE);
     bHandled = FALSE;
     return 0;
 }
 
 LRESULT CComControlBase::OnMouseActivate(UINT, WPARAM, LPARAM, BOOL& bHandled)
 {
-    BOOL user_mode = TRUE; // also for a site that does not tell
+    BOOL user_mode = TRUE; // the default if the site does not provide the property
     if (m_bInPlaceActive && !m_bUIActive && (FAILED(GetAmbientUserMode(user_mode)) || user_mode))
-        UIActivateByUser();
+        ui_activate_by_user();
     bHandled = FALSE;
     return 0;
 }

@@ -36,7 +36,7 @@ void AtlPixelToHiMetric(const SIZEL* lpSizeInPix, LPSIZEL lpSizeInHiMetric) noex
 
 CComControlBase::CComControlBase(HWND& h) noexcept : m_hWndCD(h)
 {
-    // Two inches either way, until the host sets an extent.
+    // Two by two inches until the host sets an extent.
     m_sizeNatural = {2 * himetric_per_inch, 2 * himetric_per_inch};
     m_sizeExtent = m_sizeNatural;
 }
@@ -127,13 +127,13 @@ HRESULT CComControlBase::IOleObject_SetClientSite(IOleClientSite* pClientSite)
     ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
     CComPtr<IOleClientSite> site(pClientSite);
     CComQIPtr<IDispatch> ambient(pClientSite);
-    // An in-place site that the old client site gave is of no use with the new one.
+    // An in-place site obtained from the old client site is invalid with the new one.
     CComPtr<IOleInPlaceSite> stale;
     if (m_bNegotiatedWnd && !m_bInPlaceActive) {
         stale.Attach(m_spInPlaceSite.Detach());
         m_bNegotiatedWnd = 0;
     }
-    // The old ones are released at the end, when the object is consistent again.
+    // The old pointers are released on return, when the object is consistent again.
     std::swap(m_spClientSite.p, site.p);
     std::swap(m_spAmbientDispatch.p, ambient.p);
     return S_OK;

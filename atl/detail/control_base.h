@@ -1,5 +1,5 @@
-// CComControlBase: what every control has, whatever its class: its sites, position, extent and state, and
-// the sequence of in-place activation. Controls here always have a window of their own.
+// CComControlBase: the class-independent part of a control: sites, position, extent, state and the sequence
+// of in-place activation. Only windowed controls are supported.
 #pragma once
 
 #include "atl/atlbase.h"
@@ -13,9 +13,9 @@
 
 namespace ATL {
 
-struct InPlaceContext;
+struct in_place_context;
 
-// What a control draws with and where.
+// The parameters of a drawing request.
 struct ATL_DRAWINFO
 {
     UINT cbSize;
@@ -25,11 +25,11 @@ struct ATL_DRAWINFO
     HDC hicTargetDev;
     HDC hdcDraw;
     LPCRECTL prcBounds;
-    LPCRECTL prcWBounds; // of a metafile
-    BOOL bOptimize;      // the device context may be switched to pixels for the drawing
+    LPCRECTL prcWBounds; // metafiles only
+    BOOL bOptimize;      // the device context may be switched to MM_TEXT for drawing
 };
 
-// Lengths of 0.01 millimetre to pixels of the screen, and back.
+// Convert between HIMETRIC units (0.01 mm) and screen pixels.
 void AtlHiMetricToPixel(const SIZEL* lpSizeInHiMetric, LPSIZEL lpSizeInPix) noexcept;
 void AtlPixelToHiMetric(const SIZEL* lpSizeInPix, LPSIZEL lpSizeInHiMetric) noexcept;
 
@@ -40,39 +40,39 @@ public:
     CComControlBase(const CComControlBase&) = delete;
     CComControlBase& operator=(const CComControlBase&) = delete;
 
-    // Interface of the control itself, with a reference.
+    // QueryInterface on the control itself.
     virtual HRESULT ControlQueryInterface(const IID& iid, void** ppv) = 0;
     virtual HWND CreateControlWindow(HWND hWndParent, RECT& rcPos) = 0;
     virtual HRESULT OnDraw(ATL_DRAWINFO& di);
     virtual HRESULT OnDrawAdvanced(ATL_DRAWINFO& di);
 
-    // Whether a verb makes the control active, and whether it also gives it the user interface.
+    // Whether a verb activates the control, and whether it also UI-activates it.
     BOOL DoesVerbActivate(LONG iVerb) const noexcept;
     BOOL DoesVerbUIActivate(LONG iVerb) const noexcept;
-    // Without a site there is nothing to be activated in: S_OK, nothing done. prcPosRect (client
-    // coordinates of the parent) counts only when the site does not tell a position. On failure the site
-    // has been told of everything that was taken back.
+    // Does nothing and returns S_OK without a site. prcPosRect (client coordinates of the parent) is used
+    // only if the site does not provide a position. On failure every step is undone and the site notified.
     HRESULT InPlaceActivate(LONG iVerb, const RECT* prcPosRect = nullptr);
-    // Moves the focus to the control's window unless it is in there already. TRUE: it is there now.
+    // bGrab: moves the focus to the control's window unless it is already inside. Returns whether the
+    // control has the focus.
     BOOL SetControlFocus(BOOL bGrab) noexcept;
 
-    // The client site's ambient property; VT_EMPTY and a failure when it has none.
+    // An ambient property of the client site; fails with VT_EMPTY if the site does not provide it.
     HRESULT GetAmbientProperty(DISPID dispid, VARIANT& var) noexcept;
     HRESULT GetAmbientUserMode(BOOL& bUserMode) noexcept;
 
     void SetDirty(BOOL bDirty) noexcept { m_bRequiresSave = bDirty ? 1 : 0; }
     BOOL GetDirty() const noexcept { return m_bRequiresSave ? TRUE : FALSE; }
 
-    // Notifications to whoever advised.
+    // Notify the advise sinks.
     HRESULT SendOnRename(IMoniker* pmk) noexcept;
     HRESULT SendOnSave() noexcept;
     HRESULT SendOnClose() noexcept;
     HRESULT SendOnDataChange(DWORD advf = 0) noexcept;
     HRESULT SendOnViewChange(DWORD dwAspect, LONG lindex = -1) noexcept;
-    // Redraws the window, or tells the view's sink when there is none.
+    // Invalidates the window, or notifies the view's advise sink while inactive.
     HRESULT FireViewChange() noexcept;
 
-    // What the interface templates do by default.
+    // Default implementations for the interface templates.
     HRESULT IOleObject_SetClientSite(IOleClientSite* pClientSite);
     HRESULT IOleObject_Close(DWORD dwSaveOption);
     HRESULT IOleObject_SetExtent(DWORD dwDrawAspect, SIZEL* psizel);
@@ -98,7 +98,7 @@ public:
     SIZE m_sizeNatural{};
     SIZE m_sizeExtent{};               // 0.01 millimetre
     RECT m_rcPos{};                    // client coordinates of the parent window
-    unsigned m_bNegotiatedWnd : 1 = 0; // m_spInPlaceSite was asked of the client site
+    unsigned m_bNegotiatedWnd : 1 = 0; // m_spInPlaceSite was obtained from the client site
     unsigned m_bInPlaceActive : 1 = 0;
     unsigned m_bUIActive : 1 = 0;
     unsigned m_bWindowOnly : 1 = 0;
@@ -110,13 +110,13 @@ protected:
     ~CComControlBase() = default;
 
 private:
-    HRESULT EnterInPlace(IOleInPlaceSite* pSite);
-    HRESULT ShowInPlace(IOleInPlaceSite* pSite, InPlaceContext& where);
-    HRESULT EnterUI(IOleInPlaceSite* pSite, const InPlaceContext& where);
-    void SetActiveObjectOf(IOleInPlaceUIWindow* pWindow, IOleInPlaceActiveObject* pActive);
-    void LeaveInPlace(IOleInPlaceSite* pSite);
-    HRESULT UIActivateByUser();
-    void TellSiteOfFocus(BOOL bGotFocus);
+    HRESULT enter_in_place(IOleInPlaceSite* pSite);
+    HRESULT show_in_place(IOleInPlaceSite* pSite, in_place_context& where);
+    HRESULT enter_ui(IOleInPlaceSite* pSite, const in_place_context& where);
+    void set_active_object_of(IOleInPlaceUIWindow* pWindow, IOleInPlaceActiveObject* pActive);
+    void leave_in_place(IOleInPlaceSite* pSite);
+    HRESULT ui_activate_by_user();
+    void notify_site_of_focus(BOOL bGotFocus);
 };
 
 } // namespace ATL

@@ -1,4 +1,4 @@
-// How a control is drawn: into its window, into a host's device context, and into a metafile.
+// Drawing of a control: into its window, into a host's device context and into a metafile.
 #include "atl/detail/control_base.h"
 
 #include <algorithm>
@@ -14,7 +14,7 @@ HRESULT CComControlBase::OnDrawAdvanced(ATL_DRAWINFO& di)
 {
     if (!di.bOptimize || GetDeviceCaps(di.hdcDraw, TECHNOLOGY) == DT_METAFILE)
         return OnDraw(di);
-    // Drawing is written for pixels with the origin at the top left.
+    // OnDraw expects pixels with the origin at the top left.
     RECTL bounds = *di.prcBounds;
     const int saved = SaveDC(di.hdcDraw);
     LPtoDP(di.hdcDraw, reinterpret_cast<POINT*>(&bounds), 2);

@@ -1,4 +1,4 @@
-// IDataObjectImpl: the control's picture as a metafile, and the connections that hear of changes.
+// IDataObjectImpl: renders the control as a metafile and keeps the data advise connections.
 #pragma once
 
 #include "atl/detail/control_base.h"
@@ -11,7 +11,7 @@ class ATL_NO_VTABLE IDataObjectImpl : public IDataObject
 public:
     HRESULT STDMETHODCALLTYPE GetData(FORMATETC* pformatetcIn, STGMEDIUM* pmedium) override
     {
-        return Self()->IDataObject_GetData(pformatetcIn, pmedium);
+        return derived()->IDataObject_GetData(pformatetcIn, pmedium);
     }
     HRESULT STDMETHODCALLTYPE GetDataHere(FORMATETC*, STGMEDIUM*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE QueryGetData(FORMATETC*) override { return E_NOTIMPL; }
@@ -32,17 +32,17 @@ public:
         *pdwConnection = 0;
         if (!pformatetc || !pAdvSink)
             return E_POINTER;
-        if (!Self()->m_spDataAdviseHolder) {
-            const HRESULT hr = CreateDataAdviseHolder(&Self()->m_spDataAdviseHolder);
+        if (!derived()->m_spDataAdviseHolder) {
+            const HRESULT hr = CreateDataAdviseHolder(&derived()->m_spDataAdviseHolder);
             if (FAILED(hr))
                 return hr;
         }
-        const CComPtr<IDataAdviseHolder> holder = Self()->m_spDataAdviseHolder;
+        const CComPtr<IDataAdviseHolder> holder = derived()->m_spDataAdviseHolder;
         return holder->Advise(this, pformatetc, advf, pAdvSink, pdwConnection);
     }
     HRESULT STDMETHODCALLTYPE DUnadvise(DWORD dwConnection) override
     {
-        const CComPtr<IDataAdviseHolder> holder = Self()->m_spDataAdviseHolder;
+        const CComPtr<IDataAdviseHolder> holder = derived()->m_spDataAdviseHolder;
         return holder ? holder->Unadvise(dwConnection) : OLE_E_NOCONNECTION;
     }
     HRESULT STDMETHODCALLTYPE EnumDAdvise(IEnumSTATDATA** ppenumAdvise) override
@@ -50,7 +50,7 @@ public:
         if (!ppenumAdvise)
             return E_POINTER;
         *ppenumAdvise = nullptr;
-        const CComPtr<IDataAdviseHolder> holder = Self()->m_spDataAdviseHolder;
+        const CComPtr<IDataAdviseHolder> holder = derived()->m_spDataAdviseHolder;
         return holder ? holder->EnumAdvise(ppenumAdvise) : E_FAIL;
     }
 
@@ -58,7 +58,7 @@ protected:
     ~IDataObjectImpl() = default;
 
 private:
-    T* Self() noexcept { return static_cast<T*>(this); }
+    T* derived() noexcept { return static_cast<T*>(this); }
 };
 
 } // namespace ATL

@@ -7,7 +7,7 @@
 namespace ATL {
 namespace {
 
-// A description that is given back to the type that it came from.
+// Owns a FUNCDESC, which must be released through its ITypeInfo.
 class function_description
 {
 public:
@@ -34,7 +34,7 @@ private:
 
 VARTYPE variant_type(ITypeInfo* type, const TYPEDESC& description) noexcept;
 
-// The type that a name in a type library stands for; VT_USERDEFINED for one that automation cannot pass.
+// Resolves a user-defined type to its VARTYPE; VT_USERDEFINED for a type that automation cannot pass.
 VARTYPE named_type(ITypeInfo* type, HREFTYPE reference) noexcept
 {
     CComPtr<ITypeInfo> referenced;
@@ -71,7 +71,7 @@ VARTYPE variant_type(ITypeInfo* type, const TYPEDESC& description) noexcept
     case VT_PTR: {
         const TYPEDESC& pointed = *description.lptdesc;
         const VARTYPE inner = variant_type(type, pointed);
-        // A pointer to an interface is what a variant holds as the interface itself.
+        // A VARIANT holds an interface pointer as VT_DISPATCH or VT_UNKNOWN, without VT_BYREF.
         if (pointed.vt == VT_USERDEFINED && (inner == VT_DISPATCH || inner == VT_UNKNOWN))
             return inner;
         return inner == VT_USERDEFINED ? inner : static_cast<VARTYPE>(inner | VT_BYREF);
@@ -90,7 +90,7 @@ VARTYPE variant_type(ITypeInfo* type, const TYPEDESC& description) noexcept
     }
 }
 
-// The argument as the handler takes it: itself, or `converted`, which borrows from it or owns its value.
+// Sets `argument` to `given`, or to `converted`, which then borrows from `given` or owns a converted value.
 HRESULT convert(VARIANTARG& given, VARTYPE wanted, VARIANT& converted, VARIANTARG*& argument) noexcept
 {
     argument = &given;
@@ -98,7 +98,7 @@ HRESULT convert(VARIANTARG& given, VARTYPE wanted, VARIANT& converted, VARIANTAR
         return S_OK;
     argument = &converted;
     if (wanted == (VT_BYREF | VT_VARIANT)) {
-        // A source that passes the value itself: the handler gets a pointer to it.
+        // The source passed the value itself, but the handler expects a pointer to it.
         V_VT(&converted) = wanted;
         V_VARIANTREF(&converted) = &given;
         return S_OK;
@@ -164,7 +164,7 @@ HRESULT _AtlInvokeEvent(const _AtlEventHandler& handler, void* object, const _AT
     std::array<VARTYPE, _ATL_MAX_VARTYPES> types{};
     for (UINT i = 0; i < count; ++i) {
         types[i] = info.pVarTypes[i];
-        // Arguments come in reverse.
+        // DISPPARAMS holds the arguments in reverse order.
         const HRESULT hr = convert(parameters->rgvarg[count - 1 - i], types[i], converted[i], arguments[i]);
         if (FAILED(hr))
             return hr;
@@ -183,7 +183,7 @@ HRESULT _AtlInvokeEvent(const _AtlEventHandler& handler, void* object, const _AT
 
 HRESULT _IDispEvent::DispEventAdvise(IUnknown* source, const IID* piid)
 {
-    // A second connection would lose the first one's cookie, and with it the way to end it.
+    // A second connection would overwrite the first one's cookie, which could then never be unadvised.
     if (m_dwEventCookie != not_advised)
         return CONNECT_E_ADVISELIMIT;
     DWORD cookie = 0;
@@ -197,7 +197,7 @@ HRESULT _IDispEvent::DispEventUnadvise(IUnknown* source, const IID* piid)
 {
     if (m_dwEventCookie == not_advised)
         return CONNECT_E_NOCONNECTION;
-    // Forgotten first: ending the connection may release this object.
+    // Cleared before the call: Unadvise may release this object.
     const DWORD cookie = m_dwEventCookie;
     m_dwEventCookie = not_advised;
     return AtlUnadvise(source, *piid, cookie);

@@ -1,5 +1,5 @@
-// Event sinks: a class lists the events that it handles, and its handlers are called with the arguments as
-// the source's type library describes them.
+// Event sinks: a class lists the events that it handles in a sink map, and each handler is called with the
+// argument types that the source's type library declares.
 #pragma once
 
 #include "atl/detail/com_map.h"
@@ -14,17 +14,17 @@
 
 namespace ATL {
 
-// What a handler is called with.
+// The signature of an event.
 struct _ATL_FUNC_INFO
 {
     CALLCONV cc;
-    VARTYPE vtReturn; // VT_EMPTY: nothing
+    VARTYPE vtReturn; // VT_EMPTY: void
     SHORT nParams;
     VARTYPE pVarTypes[_ATL_MAX_VARTYPES];
 };
 
-// A handler as automation can call it: a member function pointer is no address, so the call goes through an
-// object whose table of functions has the handler's own entry function as its only one.
+// The object that DispCallFunc calls for a handler. DispCallFunc calls through a vtable, which a member
+// function pointer does not have, so `table` is a vtable with the handler's entry function as its only slot.
 struct _AtlEventTarget
 {
     const void* const* table;
@@ -36,7 +36,7 @@ struct _AtlEventHandler
 {
     const void* entry;
     SHORT parameters;
-    bool returns_value; // other than HRESULT, which is the result of the call and not the event's
+    bool returns_value; // not HRESULT, which is the result of Invoke instead of a return value
 };
 
 template <class T, class Result, class... Arguments>
@@ -90,16 +90,16 @@ struct _ATL_EVENT_ENTRY
     const _ATL_FUNC_INFO* pInfo; // null: from the type library
 };
 
-// Calls a handler with the arguments of an event. Arguments of other types than declared are converted; those
-// that cannot be, and a wrong number of them, fail without a call.
+// Calls a handler with the arguments of an event. Arguments are converted to the declared types; fails
+// without calling the handler if a conversion fails or the argument count is wrong.
 HRESULT _AtlInvokeEvent(const _AtlEventHandler& handler, void* object, const _ATL_FUNC_INFO& info,
                         const DISPPARAMS* parameters, VARIANT* result) noexcept;
 
-// Describes a function of a dispatch interface.
+// Reads the signature of a method of a dispinterface from its type information.
 HRESULT _AtlGetFuncInfo(ITypeInfo* type, DISPID id, _ATL_FUNC_INFO& info) noexcept;
 
-// Descriptions of functions, kept once they are known: to get one out of a type library takes longer than the
-// rest of an event, and a library that is loaded does not change. May be used on any thread.
+// Cache of event signatures: reading one from the type library is the most expensive part of an event, and
+// signatures never change while the library is loaded. Thread-safe.
 class _AtlFuncInfos
 {
 public:
@@ -118,14 +118,14 @@ public:
         }
         return false;
     }
-    // Forgotten at once when there is no room left.
+    // Does nothing if the cache is full.
     void Keep(DISPID id, const _ATL_FUNC_INFO& info) noexcept;
 
 private:
     static constexpr DISPID unused = DISPID_UNKNOWN;
     struct entry
     {
-        std::atomic<DISPID> id{unused}; // set last: what is found is whole
+        std::atomic<DISPID> id{unused}; // stored last, with release order: publishes `info`
         _ATL_FUNC_INFO info{};
     };
 
@@ -133,8 +133,8 @@ private:
     entry m_entries[8];
 };
 
-// A sink has the methods of IDispatch in their order without being one: its QueryInterface is not the
-// object's, which may have several sinks and a dispatch interface of its own besides.
+// Has the vtable layout of IDispatch without deriving from it: the sink's QueryInterface must differ from the
+// object's, which may have several sinks and an IDispatch of its own.
 class DECLSPEC_NOVTABLE _IDispEvent
 {
 public:
@@ -156,7 +156,7 @@ class DECLSPEC_NOVTABLE IDispEventSimpleImpl : public _IDispEvent
 public:
     using _IDispEvent::DispEventAdvise;
     using _IDispEvent::DispEventUnadvise;
-    // The source holds a reference to the object from here on, until it is unadvised.
+    // The source holds a reference to this object until DispEventUnadvise.
     HRESULT DispEventAdvise(IUnknown* source) { return DispEventAdvise(source, pdiid); }
     HRESULT DispEventUnadvise(IUnknown* source) { return DispEventUnadvise(source, pdiid); }
 
@@ -172,7 +172,7 @@ public:
         return S_OK;
     }
 
-    // IDispatch, in the order of its methods
+    // IDispatch, in vtable order
     virtual HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count)
     {
         if (!count)
@@ -194,7 +194,7 @@ public:
     virtual HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID lcid, WORD, DISPPARAMS* parameters,
                                              VARIANT* result, EXCEPINFO*, UINT*)
     {
-        // Sources hand in variants that were never initialised.
+        // Some sources pass an uninitialised VARIANT for the result.
         if (result)
             VariantInit(result);
         if (!parameters)
@@ -211,7 +211,7 @@ public:
 private:
     HRESULT call(const _ATL_EVENT_ENTRY<T>& entry, LCID lcid, const DISPPARAMS* parameters, VARIANT* result)
     {
-        // The handler may unadvise the sink, which takes the source's reference away.
+        // The handler may unadvise the sink, which releases the source's reference.
         AddRef();
         _ATL_FUNC_INFO info{};
         HRESULT hr = S_OK;
@@ -269,7 +269,7 @@ private:
 
 } // namespace ATL
 
-// Handlers are named with their class: &class_name::handler.
+// Handlers are given as member function pointers: &class_name::handler.
 // clang-format off
 #define BEGIN_SINK_MAP(class_name)                                                                           \
     static const ATL::_ATL_EVENT_ENTRY<class_name>* _GetSinkMap() noexcept                                   \

@@ -49,7 +49,7 @@ HRESULT CComTypeInfoHolder::GetIDsOfNames(LPOLESTR* names, UINT count, LCID lcid
     const HRESULT hr = EnsureTI(lcid);
     if (FAILED(hr))
         return hr;
-    // Names behind the first are those of its parameters, which only the type information knows.
+    // Further names are parameter names, which the cache does not hold.
     if (count == 1 && names[0]) {
         for (const named_id& known : *m_names) {
             if (known.name == names[0]) {
@@ -70,7 +70,7 @@ HRESULT CComTypeInfoHolder::Invoke(IDispatch* target, DISPID id, LCID lcid, WORD
     const HRESULT hr = EnsureTI(lcid);
     if (FAILED(hr))
         return hr;
-    // Otherwise an error object of an earlier call would be taken for this one's.
+    // The error object of an earlier call must not be reported for this one.
     SetErrorInfo(0, nullptr);
     return m_pInfo->Invoke(target, id, flags, parameters, result, exception, bad_argument);
 }
@@ -139,7 +139,7 @@ std::vector<CComTypeInfoHolder::named_id> CComTypeInfoHolder::load_names(ITypeIn
 void __stdcall CComTypeInfoHolder::Cleanup(DWORD_PTR holder) noexcept
 {
     auto* const self = reinterpret_cast<CComTypeInfoHolder*>(holder);
-    // No lock: nobody else is left, and when the process ends a thread may have died holding it.
+    // No lock: no other caller remains, and at process exit a terminated thread may still own it.
     delete std::exchange(self->m_names, nullptr);
     if (ITypeInfo* const info = std::exchange(self->m_pInfo, nullptr))
         info->Release();

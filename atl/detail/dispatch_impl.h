@@ -1,4 +1,4 @@
-// IDispatch by type information.
+// IDispatch implemented with type information.
 #pragma once
 
 #include "atl/detail/module.h"
@@ -11,9 +11,8 @@
 
 namespace ATL {
 
-// Type information of one interface, loaded on first use and kept until the module ends. The library
-// that the module names as its own (DECLARE_LIBID) is read from the module, any other from where it is
-// registered. Usable from several threads.
+// Type information of one interface, loaded on first use and kept until the module is unloaded. The library
+// named by DECLARE_LIBID is loaded from the module's resources, any other by its registration. Thread-safe.
 class CComTypeInfoHolder
 {
 public:
@@ -24,7 +23,7 @@ public:
     CComTypeInfoHolder(const CComTypeInfoHolder&) = delete;
     CComTypeInfoHolder& operator=(const CComTypeInfoHolder&) = delete;
 
-    // The caller owns the reference returned.
+    // The caller owns the returned reference.
     HRESULT GetTI(LCID lcid, ITypeInfo** out) noexcept;
 
     HRESULT GetTypeInfo(UINT index, LCID lcid, ITypeInfo** out) noexcept;
@@ -50,7 +49,7 @@ private:
     WORD m_wMinor;
     SRWLOCK m_lock = SRWLOCK_INIT;
     ITypeInfo* m_pInfo = nullptr;
-    std::vector<named_id>* m_names = nullptr; // as m_pInfo, released when the module ends
+    std::vector<named_id>* m_names = nullptr; // like m_pInfo, freed by Cleanup
 };
 
 template <class T, const IID* piid = &__uuidof(T), const GUID* plibid = &CAtlModule::m_libid, WORD wMajor = 1,

@@ -1,4 +1,9 @@
-// Owners of kernel handles and registry keys.
+// CHandle and CRegKey: own a kernel handle and an open registry key.
+//
+//     CHandle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+//     CRegKey key;
+//     if (key.Open(HKEY_CURRENT_USER, L"Software\\Quill", KEY_READ) == ERROR_SUCCESS)
+//         RegQueryValueExW(key, ...);                   // implicit conversion to a borrowed HKEY
 #pragma once
 
 #include "atl/atldef.h"
@@ -26,7 +31,7 @@ public:
     }
 
     operator HANDLE() const noexcept { return m_h; }
-    // The handle held must have been closed or detached before.
+    // The object must be empty.
     void Attach(HANDLE h) noexcept
     {
         ATLASSERT(!m_h);
@@ -42,7 +47,7 @@ public:
     HANDLE m_h = nullptr;
 };
 
-// Owns an open registry key. Functions return the registry's own status, 0 for success.
+// Owns an open registry key. Functions return a Win32 error code, ERROR_SUCCESS on success.
 class CRegKey
 {
 public:
@@ -98,8 +103,8 @@ public:
     LONG DeleteValue(LPCWSTR name) noexcept { return RegDeleteValueW(m_hKey, name); }
     // The subkey must have no subkeys of its own.
     LONG DeleteSubKey(LPCWSTR name) noexcept { return RegDeleteKeyW(m_hKey, name); }
-    // The subkey with all that is below it. Subkeys are opened anew, so that the rights that this key was
-    // opened with do not matter.
+    // Deletes the subkey and its subtree. Subkeys are opened separately, so the access rights of this key do
+    // not matter.
     LONG RecurseDeleteKey(LPCWSTR name) noexcept { return delete_tree(m_hKey, name); }
 
     static LONG delete_tree(HKEY parent, LPCWSTR name) noexcept

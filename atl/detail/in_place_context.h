@@ -1,4 +1,4 @@
-// What an in-place site tells of its surroundings.
+// The result of IOleInPlaceSite::GetWindowContext: frame, document window and rectangles.
 #pragma once
 
 #include "atl/atlcomcli.h"
@@ -9,17 +9,17 @@
 
 namespace ATL {
 
-struct InPlaceContext
+struct in_place_context
 {
     CComPtr<IOleInPlaceFrame> frame;
-    CComPtr<IOleInPlaceUIWindow> document; // none where the frame is the document window
+    CComPtr<IOleInPlaceUIWindow> document; // null if the frame is the document window
     RECT position{};
     RECT clip{};
     OLEINPLACEFRAMEINFO info{};
 
-    // Calls the site's GetWindowContext. When that fails nothing changes: a failed call's out values are
-    // neither used nor released, whatever the site left in them.
-    bool Ask(IOleInPlaceSite* site)
+    // Calls GetWindowContext. Nothing changes if it fails: the out parameters of a failed call are neither
+    // used nor released, whatever the site left in them.
+    bool query(IOleInPlaceSite* site)
     {
         IOleInPlaceFrame* given_frame = nullptr;
         IOleInPlaceUIWindow* given_document = nullptr;

@@ -1,5 +1,5 @@
-// Message maps: a window class lists its handlers, and ProcessWindowMessage finds the one for a message.
-// A handler that sets bHandled to FALSE passes the message on to the entries after it.
+// Message maps: a class lists its handlers, and ProcessWindowMessage finds the one for a message. A handler
+// that sets bHandled to FALSE passes the message on to the following entries.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@ namespace ATL {
 class CMessageMap
 {
 public:
-    // TRUE when a handler took the message; lResult is then the answer.
+    // TRUE if a handler processed the message; lResult is then its result.
     virtual BOOL ProcessWindowMessage(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam, LRESULT& lResult,
                                       DWORD dwMsgMapID = 0) = 0;
 

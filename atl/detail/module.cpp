@@ -8,7 +8,7 @@
 namespace ATL {
 namespace {
 
-// A text as it is written between apostrophes.
+// Doubles the apostrophes, as a quoted string of a registry script requires.
 std::wstring quotable(const std::wstring& text)
 {
     std::wstring result;
@@ -19,7 +19,7 @@ std::wstring quotable(const std::wstring& text)
 
 } // namespace
 
-// Initialising a critical section has not failed since Windows Vista.
+// Initialising a critical section cannot fail since Windows Vista.
 // NOLINTNEXTLINE(bugprone-exception-escape)
 CAtlModule::CAtlModule() noexcept
 {

@@ -1,4 +1,4 @@
-// The module object: lock count, registration, the exports of a DLL server.
+// The module object: lock count, registration and the exports of an in-process server.
 #pragma once
 
 #include "atl/detail/object_map.h"
@@ -22,8 +22,8 @@ inline CAtlModule* _pAtlModule = nullptr;
 class CAtlModule
 {
 public:
-    // The library that DECLARE_LIBID names; type information under this identifier is read from the
-    // module itself and needs no registration.
+    // The type library named by DECLARE_LIBID, which is loaded from the module itself and needs no
+    // registration.
     static inline GUID m_libid{};
 
     CAtlModule() noexcept;
@@ -38,16 +38,16 @@ public:
     }
     virtual LONG GetLockCount() noexcept { return m_nLockCnt; }
 
-    // Runs `function(data)` when the module ends, last added first.
+    // Calls `function(data)` when the module is unloaded, in reverse order of registration.
     using _ATL_TERMFUNC = void __stdcall(DWORD_PTR data);
     HRESULT AddTermFunc(_ATL_TERMFUNC* function, DWORD_PTR data) noexcept;
     void Term() noexcept;
 
-    // Replacements that every script of the module gets beside the standard ones.
+    // Adds replacements for all scripts of the module to the standard ones.
     virtual HRESULT AddCommonRGSReplacements(IRegistrarBase* registrar) noexcept = 0;
 
-    // Applies the module's script resource of type REGISTRY. "Module" and "Module_Raw" stand for the module's
-    // path, the former with apostrophes doubled, as a quoted text of the script needs them.
+    // Applies a script resource of type REGISTRY. %Module% and %Module_Raw% are the module's path, %Module%
+    // with apostrophes doubled for use in a quoted string.
     HRESULT UpdateRegistryFromResource(UINT resource, BOOL bRegister,
                                        const _ATL_REGMAP_ENTRY* entries = nullptr) noexcept;
 
@@ -65,7 +65,7 @@ private:
 
     CComAutoCriticalSection m_csTermFunctions;
     term_function* m_termFunctions = nullptr;
-    std::unique_ptr<CRegObject> m_registrar; // made when it is first needed, then kept
+    std::unique_ptr<CRegObject> m_registrar; // created on first use
 };
 
 template <class T>
@@ -91,7 +91,7 @@ public:
     HRESULT AddCommonRGSReplacements(IRegistrarBase*) noexcept override { return S_OK; }
 };
 
-// The module object of a DLL; each function but the first does the work of the export of its name.
+// The module object of a DLL. Each public function implements the export of the same name.
 template <class T>
 class CAtlDllModuleT : public CAtlModuleT<T>
 {
@@ -113,7 +113,7 @@ public:
     {
         return reason != DLL_PROCESS_ATTACH || !CAtlBaseModule::m_bInitFailed;
     }
-    HRESULT DllCanUnloadNow() noexcept { return self()->GetLockCount() == 0 ? S_OK : S_FALSE; }
+    HRESULT DllCanUnloadNow() noexcept { return derived()->GetLockCount() == 0 ? S_OK : S_FALSE; }
     HRESULT DllGetClassObject(REFCLSID rclsid, REFIID riid, LPVOID* ppv) noexcept
     {
         return GetClassObject(rclsid, riid, ppv);
@@ -125,18 +125,18 @@ public:
     HRESULT DllRegisterServer(BOOL bRegTypeLib = TRUE) noexcept
     {
         const neutral_locale locale;
-        const HRESULT hr = self()->RegisterAppId();
-        return SUCCEEDED(hr) ? self()->RegisterServer(bRegTypeLib) : hr;
+        const HRESULT hr = derived()->RegisterAppId();
+        return SUCCEEDED(hr) ? derived()->RegisterServer(bRegTypeLib) : hr;
     }
     HRESULT DllUnregisterServer(BOOL bUnRegTypeLib = TRUE) noexcept
     {
         const neutral_locale locale;
-        const HRESULT hr = self()->UnregisterServer(bUnRegTypeLib);
-        return SUCCEEDED(hr) ? self()->UnregisterAppId() : hr;
+        const HRESULT hr = derived()->UnregisterServer(bUnRegTypeLib);
+        return SUCCEEDED(hr) ? derived()->UnregisterAppId() : hr;
     }
 
 private:
-    // Registration converts numbers and type-library names; the result may not depend on who runs it.
+    // Registration converts numbers and type-library names: the result must not depend on the user's locale.
     class neutral_locale
     {
     public:
@@ -149,19 +149,19 @@ private:
         LCID previous_;
     };
 
-    T* self() noexcept { return static_cast<T*>(this); }
+    T* derived() noexcept { return static_cast<T*>(this); }
 };
 
 } // namespace ATL
 
-// In the module class: the library that its type information comes from.
+// In the module class: the type library in the module's resources.
 #define DECLARE_LIBID(libid)                                                                                 \
     static void InitLibId() noexcept                                                                         \
     {                                                                                                        \
         ATL::CAtlModule::m_libid = libid;                                                                    \
     }
 
-// In the module class: its AppID and the script that registers it, with %APPID% standing for the former.
+// In the module class: its AppID and the script that registers it, in which %APPID% is the AppID.
 #define DECLARE_REGISTRY_APPID_RESOURCEID(resource, app_id)                                                  \
     static LPCOLESTR GetAppId() noexcept                                                                     \
     {                                                                                                        \
@@ -173,7 +173,7 @@ private:
         return ATL::_pAtlModule->UpdateRegistryFromResource(resource, bRegister, entries);                   \
     }
 
-// In a class: the script that registers it, or none.
+// In a COM class: the resource identifier of the script that registers it, or no script.
 #define DECLARE_REGISTRY_RESOURCEID(resource)                                                                \
     static HRESULT WINAPI UpdateRegistry(BOOL bRegister) noexcept                                            \
     {                                                                                                        \

@@ -18,7 +18,7 @@ std::wstring guid_text(REFGUID guid)
     return text;
 }
 
-// The key of the class: a class that is registered for the user only has it in the user's classes.
+// The class's CLSID key: under the user's classes if it is registered per user.
 LSTATUS open_class_key(REFCLSID clsid, bool create, CRegKey& key)
 {
     const std::wstring path = L"CLSID\\" + guid_text(clsid);
@@ -73,7 +73,7 @@ HRESULT update_class(const _ATL_OBJMAP_ENTRY_EX& entry, BOOL registering)
     return FAILED(hr) ? hr : script_hr;
 }
 
-// Makes the class factory unless there is one. The lock is taken only when there seems to be none.
+// Creates the class factory on first use (double-checked locking).
 HRESULT ensure_factory(const _ATL_OBJMAP_ENTRY_EX& entry, CComCriticalSection& section)
 {
     if (entry.pCache->pCF.load(std::memory_order_acquire))

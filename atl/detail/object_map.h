@@ -1,4 +1,4 @@
-// The class-object map and the framework's COM module that keeps it.
+// The class-object map and CAtlComModule, which owns the class factories.
 #pragma once
 
 #include "atl/atlcomcli.h"
@@ -27,8 +27,8 @@ struct _ATL_CATMAP_ENTRY
 };
 using _ATL_CATMAPFUNC = const _ATL_CATMAP_ENTRY*();
 
-// What changes of a map entry: the class factory, made when it is first asked for. Kept encoded, since a
-// plain pointer to code in writable memory is what an attacker looks for.
+// The mutable part of a map entry: the class factory, created on first use. Stored encoded: a plain object
+// pointer in writable memory would be a target for exploits.
 struct _ATL_OBJMAP_CACHE
 {
     std::atomic<PVOID> pCF = nullptr;
@@ -38,7 +38,7 @@ struct _ATL_OBJMAP_ENTRY_EX
 {
     const CLSID* pclsid;
     _ATL_UPDATEREGISTRYFUNC* pfnUpdateRegistry;
-    _ATL_CREATORFUNC* pfnGetClassObject; // null: the class cannot be created from outside
+    _ATL_CREATORFUNC* pfnGetClassObject; // null: the class has no class factory
     _ATL_CREATORFUNC* pfnCreateInstance;
     _ATL_OBJMAP_CACHE* pCache;
     _ATL_CATMAPFUNC* pfnGetCategoryMap;
@@ -47,15 +47,15 @@ struct _ATL_OBJMAP_ENTRY_EX
 
 namespace detail {
 
-// The map: an array of pointers that the linker puts together from the ATL$__m sections of all object files,
-// between these two in sections that sort before and after. An entry may be null.
+// The bounds of the map: the linker sorts the sections ATL$__a, ATL$__m and ATL$__z of all object files into
+// one array of pointers. An entry may be null.
 extern const _ATL_OBJMAP_ENTRY_EX* const object_map_first;
 extern const _ATL_OBJMAP_ENTRY_EX* const object_map_last;
 
 } // namespace detail
 
-// The module's class objects: created on demand, registered and unregistered together. The module object
-// starts and ends it, since the order of construction between source files is nobody's choice.
+// The module's class objects: created on demand, registered and unregistered together. Initialised and
+// terminated by the module object because the order of static initialisation is unspecified.
 class CAtlComModule
 {
 public:
@@ -64,18 +64,18 @@ public:
     CAtlComModule& operator=(const CAtlComModule&) = delete;
 
     HRESULT Init() noexcept;
-    // Releases the cached class factories. Nothing can be created afterwards.
+    // Releases the cached class factories. No object can be created afterwards.
     void Term() noexcept;
     bool IsInitialized() const noexcept { return m_bInitialized; }
 
-    // As DllGetClassObject.
+    // Implements DllGetClassObject.
     HRESULT GetClassObject(REFCLSID rclsid, REFIID riid, LPVOID* ppv) noexcept;
-    // All classes in the map's order, or only the one given; then the type library of the module.
-    // Registration stops at the first failure. Unregistration goes through to the end, so that it removes
-    // all that it can, and returns the first failure.
+    // Process all classes in map order, or only *pCLSID, and then the module's type library. Registration
+    // stops at the first error. Unregistration continues, to remove as much as possible, and returns the
+    // first error.
     HRESULT RegisterServer(BOOL bRegTypeLib = FALSE, const CLSID* pCLSID = nullptr) noexcept;
     HRESULT UnregisterServer(BOOL bUnRegTypeLib = FALSE, const CLSID* pCLSID = nullptr) noexcept;
-    // Tells every class that the module starts or ends.
+    // Notifies every class that the module is loaded or unloaded.
     void ExecuteObjectMain(bool bStarting) noexcept;
 
     const _ATL_OBJMAP_ENTRY_EX* const* m_ppAutoObjMapFirst = &detail::object_map_first + 1;
@@ -90,11 +90,11 @@ private:
 
 constinit inline CAtlComModule _AtlComModule;
 
-// Registers a class per user (true) or per machine, for the whole process.
+// Selects registration per user (true) or per machine, for the whole process.
 ATLAPI AtlSetPerUserRegistration(bool bEnable) noexcept;
 ATLAPI AtlGetPerUserRegistration(bool* pbEnabled) noexcept;
 
-// Writes or removes the categories of a class beside the class's own key.
+// Writes or removes the component categories under the class's CLSID key.
 ATLAPI AtlRegisterClassCategoriesHelper(REFCLSID clsid, const _ATL_CATMAP_ENTRY* map,
                                         BOOL bRegister) noexcept;
 

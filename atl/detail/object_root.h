@@ -1,4 +1,4 @@
-// The root of every COM class: its reference count and lock.
+// The base of every COM class: its reference count and lock.
 #pragma once
 
 #include "atl/detail/com_map.h"
@@ -16,9 +16,9 @@ public:
     CComObjectRootBase(const CComObjectRootBase&) = delete;
     CComObjectRootBase& operator=(const CComObjectRootBase&) = delete;
 
-    // Runs when the object is complete; a failure ends its creation.
+    // Called when the object is complete; creation fails with a failure of it.
     HRESULT FinalConstruct() noexcept { return S_OK; }
-    // Runs before the destructors, while the object is still complete.
+    // Called before the destructors, while the object is still complete.
     void FinalRelease() noexcept {}
 
     HRESULT _AtlFinalConstruct() noexcept { return S_OK; }
@@ -29,7 +29,7 @@ public:
     static void WINAPI ObjectMain(bool) noexcept {}
     static const _ATL_CATMAP_ENTRY* GetCategoryMap() noexcept { return nullptr; }
 
-    // Set while the destructor runs: an AddRef and Release pair from there may not destroy the object again.
+    // The count during destruction: an AddRef/Release pair inside it must not destroy the object again.
     static constexpr LONG destroyed_count = -(LONG_MAX / 2);
 
     LONG m_dwRef = 0;
@@ -64,7 +64,7 @@ private:
 
 } // namespace ATL
 
-// In a class whose FinalConstruct hands out references to itself.
+// For a class whose FinalConstruct passes references to itself to other code.
 #define DECLARE_PROTECT_FINAL_CONSTRUCT()                                                                    \
     void InternalFinalConstructAddRef() noexcept                                                             \
     {                                                                                                        \

@@ -1,4 +1,4 @@
-// IObjectWithSite: keeps the site that the host gives.
+// IObjectWithSiteImpl: keeps the site that the host sets.
 #pragma once
 
 #include "atl/atlcomcli.h"

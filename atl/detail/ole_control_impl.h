@@ -1,4 +1,4 @@
-// IOleControlImpl: a control without mnemonics that takes ambient properties when it needs them.
+// IOleControlImpl: a control without mnemonics that reads ambient properties on demand.
 #pragma once
 
 #include "atl/detail/control_base.h"
@@ -21,7 +21,7 @@ public:
         return S_OK;
     }
 
-    // While positive the host wants no events.
+    // While positive the host does not accept events.
     short m_nFreezeEvents = 0;
 
 protected:

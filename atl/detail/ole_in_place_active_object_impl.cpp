@@ -2,12 +2,12 @@
 
 namespace ATL {
 
-HRESULT OfferAcceleratorToSite(IOleClientSite* site, LPMSG message) noexcept
+HRESULT offer_accelerator_to_site(IOleClientSite* site, LPMSG message) noexcept
 {
     const CComQIPtr<IOleControlSite> control_site(site);
     if (!control_site)
         return S_FALSE;
-    // The bits of KEYMODIFIERS.
+    // KEYMODIFIERS.
     constexpr DWORD shift = 1, control = 2, alt = 4;
     const auto down = [](int key, DWORD bit) -> DWORD { return GetKeyState(key) < 0 ? bit : 0; };
     const DWORD modifiers = down(VK_SHIFT, shift) | down(VK_CONTROL, control) | down(VK_MENU, alt);

@@ -6,7 +6,7 @@
 namespace ATL {
 namespace {
 
-bool HasRegion(HWND window) noexcept
+bool has_region(HWND window) noexcept
 {
     RECT box;
     return GetWindowRgnBox(window, &box) != ERROR;
@@ -14,17 +14,17 @@ bool HasRegion(HWND window) noexcept
 
 } // namespace
 
-void ReleaseActiveObject(IOleInPlaceSite* site) noexcept
+void clear_active_object(IOleInPlaceSite* site) noexcept
 {
-    InPlaceContext where;
-    where.Ask(site);
+    in_place_context where;
+    where.query(site);
     if (where.document)
         where.document->SetActiveObject(nullptr, nullptr);
     if (where.frame)
         where.frame->SetActiveObject(nullptr, nullptr);
 }
 
-void PlaceControlWindow(HWND window, const RECT& position, const RECT& clip) noexcept
+void place_control_window(HWND window, const RECT& position, const RECT& clip) noexcept
 {
     RECT visible{};
     HRGN region = nullptr;
@@ -32,9 +32,9 @@ void PlaceControlWindow(HWND window, const RECT& position, const RECT& clip) noe
         OffsetRect(&visible, detail::extent(position.left, 0), detail::extent(position.top, 0));
         region = CreateRectRgnIndirect(&visible);
     }
-    // Setting none where there is none would only repaint the whole window.
-    if (region || HasRegion(window)) {
-        // The system owns the region once it is set.
+    // Clearing a region that is not set would only repaint the whole window.
+    if (region || has_region(window)) {
+        // SetWindowRgn takes ownership of the region on success.
         if (!SetWindowRgn(window, region, TRUE) && region)
             DeleteObject(region);
     }

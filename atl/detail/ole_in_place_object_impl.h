@@ -1,16 +1,16 @@
-// IOleInPlaceObjectWindowlessImpl: the host's handle on the activated control. Controls here have windows;
-// the windowless methods answer for hosts that ask for this interface anyway.
+// IOleInPlaceObjectWindowlessImpl: the host's interface to the in-place active control. Controls here are
+// windowed; some hosts query for the windowless interface nevertheless.
 #pragma once
 
 #include "atl/detail/control_base.h"
 
 namespace ATL {
 
-// Asks the site for its frame and document window again and takes the control out of them.
-void ReleaseActiveObject(IOleInPlaceSite* site) noexcept;
+// Clears the active object of the site's frame and document window.
+void clear_active_object(IOleInPlaceSite* site) noexcept;
 
-// Places the window at `position` (client coordinates of its parent), cut off where `clip` ends.
-void PlaceControlWindow(HWND window, const RECT& position, const RECT& clip) noexcept;
+// Moves the window to `position` (client coordinates of its parent) and clips it to `clip`.
+void place_control_window(HWND window, const RECT& position, const RECT& clip) noexcept;
 
 template <class T>
 class ATL_NO_VTABLE IOleInPlaceObjectWindowlessImpl : public IOleInPlaceObjectWindowless
@@ -20,13 +20,13 @@ public:
     {
         if (!phwnd)
             return E_POINTER;
-        *phwnd = Self()->m_hWndCD;
+        *phwnd = derived()->m_hWndCD;
         return *phwnd ? S_OK : E_FAIL;
     }
     HRESULT STDMETHODCALLTYPE ContextSensitiveHelp(BOOL) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE InPlaceDeactivate() override
     {
-        T* const pT = Self();
+        T* const pT = derived();
         CComPtr<IUnknown> self;
         pT->ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
         if (!pT->m_bInPlaceActive)
@@ -37,7 +37,7 @@ public:
                 return hr;
         }
         if (!pT->m_bInPlaceActive)
-            return S_OK; // the host has deactivated the control inside one of these calls
+            return S_OK; // a re-entrant call has already deactivated the control
         pT->m_bInPlaceActive = 0;
         const CComPtr<IOleInPlaceSite> site = pT->m_spInPlaceSite;
         if (const HWND window = pT->m_hWndCD) {
@@ -51,14 +51,14 @@ public:
     }
     HRESULT STDMETHODCALLTYPE UIDeactivate() override
     {
-        T* const pT = Self();
+        T* const pT = derived();
         CComPtr<IUnknown> self;
         pT->ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
         if (!pT->m_bUIActive)
             return S_OK;
         pT->m_bUIActive = 0;
         if (const CComPtr<IOleInPlaceSite> site = pT->m_spInPlaceSite) {
-            ReleaseActiveObject(site);
+            clear_active_object(site);
             site->OnUIDeactivate(FALSE);
         }
         return S_OK;
@@ -67,9 +67,9 @@ public:
     {
         if (!prcPos || !prcClip)
             return E_POINTER;
-        Self()->m_rcPos = *prcPos;
-        if (Self()->m_hWndCD)
-            PlaceControlWindow(Self()->m_hWndCD, *prcPos, *prcClip);
+        derived()->m_rcPos = *prcPos;
+        if (derived()->m_hWndCD)
+            place_control_window(derived()->m_hWndCD, *prcPos, *prcClip);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE ReactivateAndUndo() override { return E_NOTIMPL; }
@@ -92,7 +92,7 @@ protected:
     ~IOleInPlaceObjectWindowlessImpl() = default;
 
 private:
-    T* Self() noexcept { return static_cast<T*>(this); }
+    T* derived() noexcept { return static_cast<T*>(this); }
 };
 
 } // namespace ATL

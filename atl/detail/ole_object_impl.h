@@ -1,4 +1,4 @@
-// IOleObjectImpl: the control as an object embedded in a host.
+// IOleObjectImpl: the control as an embedded object.
 #pragma once
 
 #include "atl/detail/control_base.h"
@@ -11,32 +11,32 @@ class ATL_NO_VTABLE IOleObjectImpl : public IOleObject
 public:
     HRESULT STDMETHODCALLTYPE SetClientSite(IOleClientSite* pClientSite) override
     {
-        return Self()->IOleObject_SetClientSite(pClientSite);
+        return derived()->IOleObject_SetClientSite(pClientSite);
     }
     HRESULT STDMETHODCALLTYPE GetClientSite(IOleClientSite** ppClientSite) override
     {
-        return Self()->m_spClientSite.CopyTo(ppClientSite);
+        return derived()->m_spClientSite.CopyTo(ppClientSite);
     }
     HRESULT STDMETHODCALLTYPE SetHostNames(LPCOLESTR, LPCOLESTR) override { return S_OK; }
     HRESULT STDMETHODCALLTYPE Close(DWORD dwSaveOption) override
     {
-        return Self()->IOleObject_Close(dwSaveOption);
+        return derived()->IOleObject_Close(dwSaveOption);
     }
     HRESULT STDMETHODCALLTYPE SetMoniker(DWORD, IMoniker*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetMoniker(DWORD, DWORD, IMoniker** ppmk) override
     {
-        return NotImplemented(ppmk);
+        return not_implemented(ppmk);
     }
     HRESULT STDMETHODCALLTYPE InitFromData(IDataObject*, BOOL, DWORD) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE GetClipboardData(DWORD, IDataObject** ppDataObject) override
     {
-        return NotImplemented(ppDataObject);
+        return not_implemented(ppDataObject);
     }
     HRESULT STDMETHODCALLTYPE DoVerb(LONG iVerb, LPMSG, IOleClientSite*, LONG, HWND hwndParent,
                                      LPCRECT prcPosRect) override
     {
-        T* const pT = Self();
-        CComPtr<IUnknown> self; // every verb goes on after calls of the host
+        T* const pT = derived();
+        CComPtr<IUnknown> self; // the host may release the control inside a verb
         pT->ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
         switch (iVerb) {
         case OLEIVERB_PRIMARY:
@@ -82,19 +82,19 @@ public:
     }
     HRESULT STDMETHODCALLTYPE SetExtent(DWORD dwDrawAspect, SIZEL* psizel) override
     {
-        return Self()->IOleObject_SetExtent(dwDrawAspect, psizel);
+        return derived()->IOleObject_SetExtent(dwDrawAspect, psizel);
     }
     HRESULT STDMETHODCALLTYPE GetExtent(DWORD dwDrawAspect, SIZEL* psizel) override
     {
-        return Self()->IOleObject_GetExtent(dwDrawAspect, psizel);
+        return derived()->IOleObject_GetExtent(dwDrawAspect, psizel);
     }
     HRESULT STDMETHODCALLTYPE Advise(IAdviseSink* pAdvSink, DWORD* pdwConnection) override
     {
-        return Self()->IOleObject_Advise(pAdvSink, pdwConnection);
+        return derived()->IOleObject_Advise(pAdvSink, pdwConnection);
     }
     HRESULT STDMETHODCALLTYPE Unadvise(DWORD dwConnection) override
     {
-        const CComPtr<IOleAdviseHolder> holder = Self()->m_spOleAdviseHolder;
+        const CComPtr<IOleAdviseHolder> holder = derived()->m_spOleAdviseHolder;
         return holder ? holder->Unadvise(dwConnection) : OLE_E_NOCONNECTION;
     }
     HRESULT STDMETHODCALLTYPE EnumAdvise(IEnumSTATDATA** ppenumAdvise) override
@@ -102,7 +102,7 @@ public:
         if (!ppenumAdvise)
             return E_POINTER;
         *ppenumAdvise = nullptr;
-        const CComPtr<IOleAdviseHolder> holder = Self()->m_spOleAdviseHolder;
+        const CComPtr<IOleAdviseHolder> holder = derived()->m_spOleAdviseHolder;
         return holder ? holder->EnumAdvise(ppenumAdvise) : E_FAIL;
     }
     HRESULT STDMETHODCALLTYPE GetMiscStatus(DWORD dwAspect, DWORD* pdwStatus) override
@@ -114,33 +114,33 @@ public:
     }
     HRESULT STDMETHODCALLTYPE SetColorScheme(LOGPALETTE*) override { return E_NOTIMPL; }
 
-    // What each verb does; a class replaces the ones it wants.
+    // The verbs; a class replaces those that it implements itself.
     HRESULT DoVerbPrimary(LPCRECT prcPosRect, HWND hwndParent)
     {
-        // In a designer the primary verb would open the properties, of which there are none.
+        // In design mode the primary verb opens the property pages; there are none.
         BOOL user_mode = TRUE;
-        if (SUCCEEDED(Self()->GetAmbientUserMode(user_mode)) && !user_mode)
+        if (SUCCEEDED(derived()->GetAmbientUserMode(user_mode)) && !user_mode)
             return E_NOTIMPL;
-        return Self()->DoVerbInPlaceActivate(prcPosRect, hwndParent);
+        return derived()->DoVerbInPlaceActivate(prcPosRect, hwndParent);
     }
     HRESULT DoVerbShow(LPCRECT prcPosRect, HWND)
     {
-        return Self()->InPlaceActivate(OLEIVERB_SHOW, prcPosRect);
+        return derived()->InPlaceActivate(OLEIVERB_SHOW, prcPosRect);
     }
     HRESULT DoVerbInPlaceActivate(LPCRECT prcPosRect, HWND)
     {
-        const HRESULT hr = Self()->InPlaceActivate(OLEIVERB_INPLACEACTIVATE, prcPosRect);
+        const HRESULT hr = derived()->InPlaceActivate(OLEIVERB_INPLACEACTIVATE, prcPosRect);
         if (SUCCEEDED(hr))
-            Self()->FireViewChange();
+            derived()->FireViewChange();
         return hr;
     }
     HRESULT DoVerbUIActivate(LPCRECT prcPosRect, HWND)
     {
-        return Self()->InPlaceActivate(OLEIVERB_UIACTIVATE, prcPosRect);
+        return derived()->InPlaceActivate(OLEIVERB_UIACTIVATE, prcPosRect);
     }
     HRESULT DoVerbHide(LPCRECT, HWND)
     {
-        T* const pT = Self();
+        T* const pT = derived();
         CComPtr<IOleInPlaceObject> in_place;
         pT->ControlQueryInterface(IID_IOleInPlaceObject, reinterpret_cast<void**>(&in_place));
         if (in_place)
@@ -156,10 +156,10 @@ protected:
     ~IOleObjectImpl() = default;
 
 private:
-    T* Self() noexcept { return static_cast<T*>(this); }
+    T* derived() noexcept { return static_cast<T*>(this); }
 
     template <class Q>
-    static HRESULT NotImplemented(Q** out) noexcept
+    static HRESULT not_implemented(Q** out) noexcept
     {
         if (!out)
             return E_POINTER;

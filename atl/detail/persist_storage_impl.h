@@ -1,11 +1,11 @@
-// IPersistStorageImpl: storage persistence through the control's IPersistStreamInit, in one stream.
+// IPersistStorageImpl: storage persistence through the control's IPersistStreamInit, in a single stream.
 #pragma once
 
 #include "atl/detail/control_base.h"
 
 namespace ATL {
 
-// Name of the one stream in the storage.
+// The name of the stream in the storage.
 inline constexpr const wchar_t* persist_storage_stream = L"Contents";
 
 template <class T>
@@ -21,19 +21,19 @@ public:
     }
     HRESULT STDMETHODCALLTYPE IsDirty() override
     {
-        const CComPtr<IPersistStreamInit> stream_init = StreamInit();
+        const CComPtr<IPersistStreamInit> stream_init = query_stream_init();
         return stream_init ? stream_init->IsDirty() : E_FAIL;
     }
     HRESULT STDMETHODCALLTYPE InitNew(IStorage*) override
     {
-        const CComPtr<IPersistStreamInit> stream_init = StreamInit();
+        const CComPtr<IPersistStreamInit> stream_init = query_stream_init();
         return stream_init ? stream_init->InitNew() : E_FAIL;
     }
     HRESULT STDMETHODCALLTYPE Load(IStorage* pStorage) override
     {
         if (!pStorage)
             return E_POINTER;
-        const CComPtr<IPersistStreamInit> stream_init = StreamInit();
+        const CComPtr<IPersistStreamInit> stream_init = query_stream_init();
         if (!stream_init)
             return E_FAIL;
         CComPtr<IStream> stream;
@@ -47,7 +47,7 @@ public:
     {
         if (!pStorage)
             return E_POINTER;
-        const CComPtr<IPersistStreamInit> stream_init = StreamInit();
+        const CComPtr<IPersistStreamInit> stream_init = query_stream_init();
         if (!stream_init)
             return E_FAIL;
         CComPtr<IStream> stream;
@@ -64,7 +64,7 @@ protected:
     ~IPersistStorageImpl() = default;
 
 private:
-    CComPtr<IPersistStreamInit> StreamInit()
+    CComPtr<IPersistStreamInit> query_stream_init()
     {
         CComPtr<IPersistStreamInit> result;
         static_cast<T*>(this)->ControlQueryInterface(IID_IPersistStreamInit,

@@ -1,5 +1,5 @@
-// IQuickActivateImpl: everything a host wants to tell and to know at creation, in one call. No control here
-// has events or property notifications, so both cookies are 0.
+// IQuickActivateImpl: combines the host's set-up calls into one. Controls here have no events or property
+// notifications, so both cookies are 0.
 #pragma once
 
 #include "atl/detail/control_base.h"
@@ -12,22 +12,22 @@ class ATL_NO_VTABLE IQuickActivateImpl : public IQuickActivate
 public:
     HRESULT STDMETHODCALLTYPE QuickActivate(QACONTAINER* pQACont, QACONTROL* pQACtrl) override
     {
-        return Self()->IQuickActivate_QuickActivate(pQACont, pQACtrl);
+        return derived()->IQuickActivate_QuickActivate(pQACont, pQACtrl);
     }
     HRESULT STDMETHODCALLTYPE SetContentExtent(LPSIZEL pSize) override
     {
-        return Self()->IOleObject_SetExtent(DVASPECT_CONTENT, pSize);
+        return derived()->IOleObject_SetExtent(DVASPECT_CONTENT, pSize);
     }
     HRESULT STDMETHODCALLTYPE GetContentExtent(LPSIZEL pSize) override
     {
-        return Self()->IOleObject_GetExtent(DVASPECT_CONTENT, pSize);
+        return derived()->IOleObject_GetExtent(DVASPECT_CONTENT, pSize);
     }
 
 protected:
     ~IQuickActivateImpl() = default;
 
 private:
-    T* Self() noexcept { return static_cast<T*>(this); }
+    T* derived() noexcept { return static_cast<T*>(this); }
 };
 
 } // namespace ATL

@@ -1,4 +1,4 @@
-// The size of a rectangle that somebody else made.
+// Overflow-safe width and height of rectangles that hosts pass.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@
 
 namespace ATL::detail {
 
-// to - from. Hosts hand over rectangles of any kind; what does not fit wraps, as it does in the system.
+// to - from. Hosts may pass arbitrary rectangles; an overflow wraps, as it does in the system.
 inline LONG extent(LONG from, LONG to) noexcept
 {
     return static_cast<LONG>(static_cast<std::uint32_t>(to) - static_cast<std::uint32_t>(from));

@@ -7,7 +7,7 @@
 namespace ATL::detail {
 namespace {
 
-constexpr int max_depth = 512; // the registry's own limit
+constexpr int max_depth = 512; // the registry's limit
 
 bool equal_ignoring_case(std::wstring_view left, std::wstring_view right)
 {
@@ -30,13 +30,13 @@ HKEY root_key(std::wstring_view name)
     return nullptr;
 }
 
-// Splits a script into words. A quoted word may hold anything, an apostrophe written as two.
+// Splits a script into words. A quoted word may contain any character; an apostrophe is doubled.
 class tokenizer
 {
 public:
     explicit tokenizer(std::wstring_view text) : text_(text) {}
 
-    // Moves to the next word. False when a quoted word is not ended; at the end the word is empty.
+    // Reads the next word, which is empty at the end. False if a quoted word is not terminated.
     bool next()
     {
         word_.clear();
@@ -149,7 +149,7 @@ public:
     }
 
 private:
-    // From the opening brace to behind the closing one.
+    // Reads from the opening brace to the word after the closing one.
     bool parse_block(script_key& key, int depth)
     {
         if (depth == max_depth || !words_.next())
@@ -188,7 +188,7 @@ private:
         return words_.next() && read_name(name) && words_.is(L"=") && parse_assignment(key, std::move(name));
     }
 
-    // A key without a name would be its own parent, and be removed as such.
+    // An empty key name opens the parent itself, which would then be deleted.
     bool read_name(std::wstring& name)
     {
         if (words_.word().empty() || words_.is(L"{") || words_.is(L"}") || words_.is(L"="))

@@ -1,4 +1,5 @@
-// The registrar's script language: text in, a tree of keys and values out. Nothing here touches the registry.
+// Parser of the registrar's script language: text in, a tree of keys and values out. Does not access the
+// registry.
 #pragma once
 
 #include "atl/atldef.h"
@@ -20,10 +21,10 @@ struct script_value
 
 enum class script_key_kind
 {
-    plain,        // removed at unregistration unless others have put subkeys into it
-    no_remove,    // stays at unregistration
-    force_remove, // removed with all that is in it, at unregistration and before it is written
-    delete_only,  // removed with all that is in it at registration
+    plain,        // deleted at unregistration unless it contains other subkeys
+    no_remove,    // kept at unregistration
+    force_remove, // deleted with its subtree at unregistration and before it is written
+    delete_only,  // deleted with its subtree at registration
 };
 
 struct script_key
@@ -40,14 +41,14 @@ struct script_section
     script_key content; // its name is empty, its kind no_remove
 };
 
-// Gives the text that a %name% stands for, or null for an unknown name.
+// Returns the replacement for %name%, or null for an unknown name.
 using script_replacement = std::function<const std::wstring*(const std::wstring& name)>;
 
-// Replaces every %name%; %% stands for one percent sign. What is put in is not searched again.
-// Nothing when a name is unknown or not ended.
+// Replaces every %name%; %% is a literal percent sign. Replacements are not expanded again. nullopt if a name
+// is unknown or not terminated.
 std::optional<std::wstring> expand_script(std::wstring_view text, const script_replacement& replacement);
 
-// Nothing when the text is not a script. Keys nested deeper than the registry allows are refused.
+// nullopt if the syntax is invalid or keys are nested deeper than the registry permits.
 std::optional<std::vector<script_section>> parse_script(std::wstring_view text);
 
 } // namespace ATL::detail

@@ -5,7 +5,7 @@
 namespace ATL::detail {
 namespace {
 
-// What the caller may have of a key: keys on the way down need no right to write.
+// Write access is not available, or needed, for every key on the path.
 constexpr REGSAM any_access = MAXIMUM_ALLOWED;
 
 LSTATUS missing_is_success(LSTATUS status)
@@ -84,7 +84,7 @@ LSTATUS remove_content(HKEY key, const script_key& content)
 {
     LSTATUS status = ERROR_SUCCESS;
     for (const script_value& value : content.values) {
-        // A key's default value goes with the key, or stays with it.
+        // The default value is deleted with its key or kept with it.
         if (!value.name.empty())
             status = first_failure(status, missing_is_success(RegDeleteValueW(key, value.name.c_str())));
     }
@@ -93,7 +93,7 @@ LSTATUS remove_content(HKEY key, const script_key& content)
     return status;
 }
 
-// Per user, classes live in the user's own part of the registry.
+// With per-user registration HKCR is redirected to the user's classes.
 const wchar_t* section_path(HKEY& root)
 {
     bool per_user = false;

@@ -1,12 +1,12 @@
-// Carries out what a registry script says.
+// Applies a parsed registry script.
 #pragma once
 
 #include "atl/detail/registry_script.h"
 
 namespace ATL::detail {
 
-// Both return the registry's status, 0 for success. Registration ends at the first failure, unregistration
-// goes on and returns the first failure; what is missing already counts as removed.
+// Both return a Win32 error code. Registration stops at the first error; unregistration continues and returns
+// the first error. A key or value that does not exist counts as removed.
 LSTATUS register_section(const script_section& section);
 LSTATUS unregister_section(const script_section& section);
 

@@ -1,4 +1,4 @@
-// The threading models that a class chooses between: how counts change and what its lock is.
+// Threading models: how a class counts references and which lock it uses.
 #pragma once
 
 #include "atl/atlcore.h"
@@ -27,7 +27,7 @@ public:
     using ThreadModelNoCS = CComMultiThreadModelNoCS;
 };
 
-// For objects that live in one apartment with one thread.
+// For objects that are used in one single-threaded apartment.
 class CComSingleThreadModel
 {
 public:
@@ -39,8 +39,8 @@ public:
     using ThreadModelNoCS = CComSingleThreadModel;
 };
 
-// Objects of the module live in single-threaded apartments, of which there may be several: what they
-// share, the module's lock count first of all, is for many threads.
+// Objects are used in single-threaded apartments, of which the process may have several: shared state, such
+// as the module's lock count, must be thread-safe.
 using CComObjectThreadModel = CComSingleThreadModel;
 using CComGlobalsThreadModel = CComMultiThreadModel;
 

@@ -6,7 +6,7 @@
 namespace ATL {
 namespace {
 
-// The library's attributes, to be given back to the library.
+// Owns a TLIBATTR, which must be released through its ITypeLib.
 class library_attributes
 {
 public:
@@ -40,13 +40,13 @@ bool per_user()
     return enabled;
 }
 
-// The per-user functions are younger than the library that they are in.
+// The per-user functions are not exported by every version of oleaut32.dll.
 template <class Function>
 Function* automation_function(const char* name)
 {
     const HMODULE automation = GetModuleHandleW(L"OLEAUT32.DLL");
     const FARPROC address = automation ? GetProcAddress(automation, name) : nullptr;
-    // By way of void*: no function type converts to another one without a warning.
+    // Through void*: a direct cast between function pointer types is a warning.
     // NOLINTNEXTLINE(bugprone-casting-through-void)
     return reinterpret_cast<Function*>(reinterpret_cast<void*>(address));
 }

@@ -1,4 +1,4 @@
-// The type library that the module carries as a resource.
+// The type library in the module's resources.
 #pragma once
 
 #include "atl/atlcomcli.h"
@@ -7,14 +7,14 @@
 
 namespace ATL {
 
-// Loads resource TYPELIB 1 of the module (`index` null) or another one (index "\\2"). `path` receives what
-// the library is to be registered under, and may be null.
+// Loads the resource TYPELIB 1 of the module (`index` null) or another one (`index` "\\2"). `path`, which may
+// be null, receives the path for its registration.
 ATLAPI AtlLoadTypeLib(HINSTANCE instance, LPCOLESTR index, BSTR* path, ITypeLib** library) noexcept;
-// Per machine or per user, as AtlSetPerUserRegistration says.
+// Per machine or per user, as set by AtlSetPerUserRegistration.
 ATLAPI AtlRegisterTypeLib(HINSTANCE instance, LPCOLESTR index) noexcept;
 ATLAPI AtlUnRegisterTypeLib(HINSTANCE instance, LPCOLESTR index) noexcept;
 
-// The full path of a module, whatever its length. Throws CAtlException when it cannot be had.
+// The full path of a module, of any length. Throws CAtlException on failure.
 std::wstring AtlGetModulePath(HINSTANCE instance);
 
 } // namespace ATL

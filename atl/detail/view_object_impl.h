@@ -1,4 +1,4 @@
-// IViewObjectExImpl: the control drawn by its host, and the sink that hears when it must be drawn again.
+// IViewObjectExImpl: draws the control for its host and keeps the host's view advise sink.
 #pragma once
 
 #include "atl/detail/control_base.h"
@@ -22,7 +22,7 @@ public:
         di.prcBounds = prcBounds;
         di.prcWBounds = prcWBounds;
         di.bOptimize = TRUE;
-        return Self()->IViewObject_Draw(di);
+        return derived()->IViewObject_Draw(di);
     }
     HRESULT STDMETHODCALLTYPE GetColorSet(DWORD, LONG, void*, DVTARGETDEVICE*, HDC,
                                           LOGPALETTE** ppColorSet) override
@@ -37,10 +37,10 @@ public:
     HRESULT STDMETHODCALLTYPE SetAdvise(DWORD, DWORD advf, IAdviseSink* pAdvSink) override
     {
         CComPtr<IUnknown> self;
-        Self()->ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
-        Self()->m_spAdviseSink = pAdvSink;
+        derived()->ControlQueryInterface(IID_IUnknown, reinterpret_cast<void**>(&self));
+        derived()->m_spAdviseSink = pAdvSink;
         if (pAdvSink && (advf & ADVF_PRIMEFIRST))
-            Self()->SendOnViewChange(DVASPECT_CONTENT);
+            derived()->SendOnViewChange(DVASPECT_CONTENT);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE GetAdvise(DWORD* pAspects, DWORD* pAdvf, IAdviseSink** ppAdvSink) override
@@ -50,12 +50,12 @@ public:
         if (pAdvf)
             *pAdvf = 0;
         if (ppAdvSink)
-            Self()->m_spAdviseSink.CopyTo(ppAdvSink);
+            derived()->m_spAdviseSink.CopyTo(ppAdvSink);
         return S_OK;
     }
     HRESULT STDMETHODCALLTYPE GetExtent(DWORD dwDrawAspect, LONG, DVTARGETDEVICE*, SIZEL* lpsizel) override
     {
-        return Self()->IOleObject_GetExtent(dwDrawAspect, lpsizel);
+        return derived()->IOleObject_GetExtent(dwDrawAspect, lpsizel);
     }
     HRESULT STDMETHODCALLTYPE GetRect(DWORD, LPRECTL pRect) override
     {
@@ -103,18 +103,18 @@ public:
             return E_POINTER;
         if (dwAspect != DVASPECT_CONTENT || pExtentInfo->dwExtentMode != DVEXTENT_CONTENT)
             return E_FAIL;
-        *psizel = Self()->m_sizeNatural;
+        *psizel = derived()->m_sizeNatural;
         return S_OK;
     }
 
-    // A class that draws all of its rectangle says so with DECLARE_VIEW_STATUS.
+    // Replaced by DECLARE_VIEW_STATUS, for example in a class that draws its whole rectangle.
     static DWORD _GetViewStatus() noexcept { return 0; }
 
 protected:
     ~IViewObjectExImpl() = default;
 
 private:
-    T* Self() noexcept { return static_cast<T*>(this); }
+    T* derived() noexcept { return static_cast<T*>(this); }
 };
 
 } // namespace ATL

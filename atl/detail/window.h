@@ -1,4 +1,4 @@
-// CWindow: a window handle with the calls that are made on it. It owns nothing.
+// CWindow: wraps a window handle and the functions that take one. Does not own the window.
 #pragma once
 
 #include "atl/detail/rect_size.h"
@@ -7,7 +7,7 @@
 
 namespace ATL {
 
-// A rectangle given by reference, by pointer, or not at all.
+// A rectangle passed by reference, by pointer or as null.
 class _U_RECT
 {
 public:

@@ -34,7 +34,7 @@ ATOM CAtlWinModule::Register(CWndClassInfo& info) noexcept
     if (info.m_atom)
         return info.m_atom;
     if (!info.m_lpszName) {
-        // The address makes the name unique among the modules of the process.
+        // The address of `info` makes the name unique in the process.
         std::swprintf(info.m_szAutoName, std::size(info.m_szAutoName), L"ATL:%p", static_cast<void*>(&info));
         info.m_lpszName = info.m_szAutoName;
     }
@@ -56,7 +56,7 @@ ATOM CAtlWinModule::Register(CWndClassInfo& info) noexcept
     return info.m_atom;
 }
 
-bool CAtlWinModule::TryUnregister(CWndClassInfo** link) noexcept
+bool CAtlWinModule::try_unregister(CWndClassInfo** link) noexcept
 {
     CWndClassInfo* const info = *link;
     if (!UnregisterClassW(MAKEINTATOM(info->m_atom), _AtlBaseModule.GetModuleInstance()))
@@ -72,7 +72,7 @@ BOOL CAtlWinModule::Unregister(CWndClassInfo& info) noexcept
     const exclusive guard(m_lock);
     for (CWndClassInfo** link = &m_pClasses; *link; link = &(*link)->m_pNext) {
         if (*link == &info)
-            return TryUnregister(link);
+            return try_unregister(link);
     }
     return TRUE;
 }
@@ -81,11 +81,11 @@ void CAtlWinModule::Term() noexcept
 {
     const exclusive guard(m_lock);
     for (CWndClassInfo** link = &m_pClasses; *link;) {
-        if (!TryUnregister(link))
+        if (!try_unregister(link))
             link = &(*link)->m_pNext;
     }
     if (m_pClasses)
-        return; // windows remain, and with them the need for the properties' names
+        return; // remaining windows still use the property names
     for (ATOM* const atom : {&m_objectAtom, &m_superAtom}) {
         if (*atom)
             GlobalDeleteAtom(*atom);
@@ -127,7 +127,7 @@ void CAtlWinModule::RemoveCreateWndData(_AtlCreateWndData* pData) noexcept
     }
 }
 
-LPCWSTR CAtlWinModule::Property(ATOM& atom, wchar_t kind) noexcept
+LPCWSTR CAtlWinModule::property(ATOM& atom, wchar_t kind) noexcept
 {
     const exclusive guard(m_lock);
     if (!atom) {

@@ -1,11 +1,11 @@
-// Window classes of this module, and what the module keeps for its windows.
+// The module's window classes and its data for windows being created.
 #pragma once
 
 #include <windows.h>
 
 namespace ATL {
 
-// A window being created: its object, until the first message tells the window's handle.
+// The object of a window being created, until the first message provides the window handle.
 struct _AtlCreateWndData
 {
     void* m_pThis;
@@ -16,16 +16,16 @@ struct _AtlCreateWndData
 // One window class, registered for this module on first use.
 struct CWndClassInfo
 {
-    // Of each window: a pointer to its object.
+    // Window extra bytes: a pointer to the object.
     static constexpr int extra_bytes = sizeof(void*);
 
-    // lpszName null: a name of the module's own making. nBackground: a COLOR_ value, -1 for no brush.
+    // lpszName null: a unique name is generated. nBackground: a COLOR_ index, -1 for no brush.
     constexpr CWndClassInfo(LPCWSTR lpszName, UINT nStyle, int nBackground, WNDPROC pWndProc) noexcept
         : m_lpszName(lpszName), m_nStyle(nStyle), m_nBackground(nBackground), m_pWndProc(pWndProc)
     {
     }
 
-    // The class's atom, 0 when it cannot be registered (GetLastError tells why).
+    // Returns the class atom; 0 on failure, with the error in GetLastError.
     ATOM Register() noexcept;
 
     LPCWSTR m_lpszName;
@@ -37,8 +37,8 @@ struct CWndClassInfo
     CWndClassInfo* m_pNext = nullptr;
 };
 
-// The module's window classes, the windows it is creating, and the atoms that its windows' objects are
-// kept under. May be used from several threads.
+// The module's window classes, the windows being created, and the atoms of the window properties.
+// Thread-safe.
 class CAtlWinModule
 {
 public:
@@ -47,29 +47,30 @@ public:
     CAtlWinModule(const CAtlWinModule&) = delete;
     CAtlWinModule& operator=(const CAtlWinModule&) = delete;
 
-    // Unregisters every class. A class belongs to the process and points into the module's code, so the
-    // module calls this when it unloads; a class that still has windows stays. Classes used again
-    // afterwards are registered again.
+    // Unregisters every class, except one that still has windows. Called when the module is unloaded: the
+    // system does not unregister a DLL's classes, and their window procedures are in the module. A class that
+    // is used afterwards is registered again.
     void Term() noexcept;
 
     ATOM Register(CWndClassInfo& info) noexcept;
-    // One class only. FALSE: it still has windows.
+    // Unregisters one class. FALSE: it still has windows.
     BOOL Unregister(CWndClassInfo& info) noexcept;
 
     void AddCreateWndData(_AtlCreateWndData* pData, void* pObject) noexcept;
-    // The object of the window that the calling thread began to create last, null when there is none.
+    // Removes and returns the object of the window that the calling thread most recently began to create;
+    // null if there is none.
     void* ExtractCreateWndData() noexcept;
-    // For a creation that ended before any message came.
+    // For a creation that failed before the first message.
     void RemoveCreateWndData(_AtlCreateWndData* pData) noexcept;
 
-    // Names of the window properties for the object and for the replaced window procedure; null when the
-    // system has no atom left.
-    LPCWSTR ObjectProperty() noexcept { return Property(m_objectAtom, L'o'); }
-    LPCWSTR SuperProperty() noexcept { return Property(m_superAtom, L's'); }
+    // Names of the window properties for the object and for the replaced window procedure; null if no atom
+    // is available.
+    LPCWSTR object_property() noexcept { return property(m_objectAtom, L'o'); }
+    LPCWSTR super_property() noexcept { return property(m_superAtom, L's'); }
 
 private:
-    static bool TryUnregister(CWndClassInfo** link) noexcept;
-    LPCWSTR Property(ATOM& atom, wchar_t kind) noexcept;
+    static bool try_unregister(CWndClassInfo** link) noexcept;
+    LPCWSTR property(ATOM& atom, wchar_t kind) noexcept;
 
     SRWLOCK m_lock = SRWLOCK_INIT;
     CWndClassInfo* m_pClasses = nullptr;

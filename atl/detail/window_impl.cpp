@@ -5,31 +5,31 @@
 namespace ATL {
 namespace {
 
-// Asked for each message: a property is a call to another process on some systems, the class and the extra
-// bytes are not.
-bool IsOfOwnClass(HWND hWnd) noexcept
+// Called for every message. The class and the extra bytes are cheaper to read than a property, which some
+// systems keep in another process.
+bool is_own_class(HWND hWnd) noexcept
 {
     return reinterpret_cast<HINSTANCE>(GetClassLongPtrW(hWnd, GCLP_HMODULE)) ==
                _AtlBaseModule.GetModuleInstance() &&
            GetClassLongPtrW(hWnd, GCL_CBWNDEXTRA) == CWndClassInfo::extra_bytes;
 }
 
-void* StoredObject(HWND hWnd) noexcept
+void* stored_object(HWND hWnd) noexcept
 {
-    if (IsOfOwnClass(hWnd))
+    if (is_own_class(hWnd))
         return reinterpret_cast<void*>(GetWindowLongPtrW(hWnd, 0));
-    const LPCWSTR property = _AtlWinModule.ObjectProperty();
+    const LPCWSTR property = _AtlWinModule.object_property();
     return property ? GetPropW(hWnd, property) : nullptr;
 }
 
-bool StoreObject(HWND hWnd, void* object) noexcept
+bool store_object(HWND hWnd, void* object) noexcept
 {
-    if (IsOfOwnClass(hWnd)) {
+    if (is_own_class(hWnd)) {
         SetLastError(ERROR_SUCCESS);
         return SetWindowLongPtrW(hWnd, 0, reinterpret_cast<LONG_PTR>(object)) ||
                GetLastError() == ERROR_SUCCESS;
     }
-    const LPCWSTR property = _AtlWinModule.ObjectProperty();
+    const LPCWSTR property = _AtlWinModule.object_property();
     if (!property)
         return false;
     if (object)
@@ -38,7 +38,7 @@ bool StoreObject(HWND hWnd, void* object) noexcept
     return true;
 }
 
-LRESULT CallProcedure(WNDPROC procedure, HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
+LRESULT call_procedure(WNDPROC procedure, HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
     return procedure ? CallWindowProcW(procedure, hWnd, uMsg, wParam, lParam)
                      : ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
@@ -46,41 +46,43 @@ LRESULT CallProcedure(WNDPROC procedure, HWND hWnd, UINT uMsg, WPARAM wParam, LP
 
 } // namespace
 
-// Lives on the stack of the window procedure; tells it when a handler deleted the object.
-struct CWindowImplRoot::Frame
+// On the stack of the window procedure, one for each nested message: detects that a handler has deleted the
+// object.
+struct CWindowImplRoot::message_frame
 {
-    explicit Frame(CWindowImplRoot& object) noexcept : m_pObject(&object), m_pOuter(object.m_pFrame)
+    explicit message_frame(CWindowImplRoot& object) noexcept : m_pObject(&object), m_pOuter(object.m_pFrame)
     {
         object.m_pFrame = this;
     }
-    ~Frame()
+    ~message_frame()
     {
         if (m_pObject)
             m_pObject->m_pFrame = m_pOuter;
     }
-    Frame(const Frame&) = delete;
-    Frame& operator=(const Frame&) = delete;
+    message_frame(const message_frame&) = delete;
+    message_frame& operator=(const message_frame&) = delete;
 
     CWindowImplRoot* m_pObject; // null once deleted
-    Frame* m_pOuter;
+    message_frame* m_pOuter;
 };
 
 CWindowImplRoot::~CWindowImplRoot()
 {
-    for (Frame* frame = m_pFrame; frame; frame = frame->m_pOuter)
+    for (message_frame* frame = m_pFrame; frame; frame = frame->m_pOuter)
         frame->m_pObject = nullptr;
     const HWND hWnd = m_hWndLinked;
     if (!hWnd)
         return;
-    Unlink();
+    unlink();
     if (m_bCreated)
         ::DestroyWindow(hWnd);
 }
 
 void CWindowImplRoot::OnFinalMessage(HWND) {}
 
-HWND CWindowImplRoot::CreateOfClass(CWndClassInfo& info, HWND hWndParent, LPCRECT rect, LPCWSTR szWindowName,
-                                    DWORD dwStyle, DWORD dwExStyle, HMENU menu, void* lpCreateParam) noexcept
+HWND CWindowImplRoot::create_of_class(CWndClassInfo& info, HWND hWndParent, LPCRECT rect,
+                                      LPCWSTR szWindowName, DWORD dwStyle, DWORD dwExStyle, HMENU menu,
+                                      void* lpCreateParam) noexcept
 {
     const ATOM atom = info.Register();
     if (!atom || m_hWndLinked)
@@ -96,10 +98,10 @@ HWND CWindowImplRoot::CreateOfClass(CWndClassInfo& info, HWND hWndParent, LPCREC
                         placed ? detail::extent(rect->left, rect->right) : CW_USEDEFAULT,
                         placed ? detail::extent(rect->top, rect->bottom) : CW_USEDEFAULT, hWndParent, menu,
                         _AtlBaseModule.GetModuleInstance(), lpCreateParam);
-    // A hook may have refused the window before it got its first message.
+    // A hook may have prevented the creation before the first message.
     _AtlWinModule.RemoveCreateWndData(&data);
-    // Members are not touched from here on: a failed creation ends with OnFinalMessage.
-    if (hWnd && !FromWindow(hWnd)) {
+    // Do not access members from here on: OnFinalMessage of a failed creation may have deleted the object.
+    if (hWnd && !from_window(hWnd)) {
         ::DestroyWindow(hWnd);
         return nullptr;
     }
@@ -110,19 +112,19 @@ BOOL CWindowImplRoot::SubclassWindow(HWND hWnd) noexcept
 {
     if (m_hWndLinked || !::IsWindow(hWnd) || GetWindowThreadProcessId(hWnd, nullptr) != GetCurrentThreadId())
         return FALSE;
-    if (const CWindowImplRoot* const lower = FromWindow(hWnd))
-        return Link(hWnd, lower->m_pSuper);
-    // Our procedure may be there already: left behind by an object that went away while somebody else's
-    // procedure stood above it.
-    const LPCWSTR property = _AtlWinModule.SuperProperty();
+    if (const CWindowImplRoot* const lower = from_window(hWnd))
+        return link(hWnd, lower->m_pSuper);
+    // The window may already use WindowProc: an earlier object could not remove it while another subclass
+    // was installed above it.
+    const LPCWSTR property = _AtlWinModule.super_property();
     if (const HANDLE super = property ? GetPropW(hWnd, property) : nullptr)
-        return Link(hWnd, reinterpret_cast<WNDPROC>(super));
+        return link(hWnd, reinterpret_cast<WNDPROC>(super));
     const LONG_PTR super = GetWindowLongPtrW(hWnd, GWLP_WNDPROC);
     if (super == reinterpret_cast<LONG_PTR>(WindowProc))
-        return Link(hWnd, nullptr);
+        return link(hWnd, nullptr);
     if (!property || !super || !SetPropW(hWnd, property, reinterpret_cast<HANDLE>(super)))
         return FALSE;
-    if (!Link(hWnd, reinterpret_cast<WNDPROC>(super))) {
+    if (!link(hWnd, reinterpret_cast<WNDPROC>(super))) {
         RemovePropW(hWnd, property);
         return FALSE;
     }
@@ -135,54 +137,54 @@ HWND CWindowImplRoot::UnsubclassWindow() noexcept
     const HWND hWnd = m_hWndLinked;
     if (!hWnd)
         return nullptr;
-    Unlink();
+    unlink();
     m_hWnd = nullptr;
     return hWnd;
 }
 
 LRESULT CWindowImplRoot::DefWindowProc(UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
-    return m_pLower ? m_pLower->Dispatch(uMsg, wParam, lParam)
-                    : CallProcedure(m_pSuper, m_hWndLinked, uMsg, wParam, lParam);
+    return m_pLower ? m_pLower->dispatch(uMsg, wParam, lParam)
+                    : call_procedure(m_pSuper, m_hWndLinked, uMsg, wParam, lParam);
 }
 
 LRESULT CALLBACK CWindowImplRoot::StartWindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
     auto* const object = static_cast<CWindowImplRoot*>(_AtlWinModule.ExtractCreateWndData());
-    if (!object || !object->Link(hWnd, nullptr))
+    if (!object || !object->link(hWnd, nullptr))
         return ::DefWindowProcW(hWnd, uMsg, wParam, lParam);
     object->m_bCreated = true;
-    // From now on a message for this window never takes the object of another window being created.
+    // Later messages must not extract the object of another window being created.
     SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(WindowProc));
     return WindowProc(hWnd, uMsg, wParam, lParam);
 }
 
 LRESULT CALLBACK CWindowImplRoot::WindowProc(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
-    CWindowImplRoot* const object = FromWindow(hWnd);
+    CWindowImplRoot* const object = from_window(hWnd);
     const LRESULT result =
-        object ? object->Dispatch(uMsg, wParam, lParam) : CallSuper(hWnd, uMsg, wParam, lParam);
+        object ? object->dispatch(uMsg, wParam, lParam) : call_super(hWnd, uMsg, wParam, lParam);
     if (uMsg == WM_NCDESTROY)
-        RemovePropW(hWnd, _AtlWinModule.SuperProperty());
+        RemovePropW(hWnd, _AtlWinModule.super_property());
     return result;
 }
 
-CWindowImplRoot* CWindowImplRoot::FromWindow(HWND hWnd) noexcept
+CWindowImplRoot* CWindowImplRoot::from_window(HWND hWnd) noexcept
 {
-    return static_cast<CWindowImplRoot*>(StoredObject(hWnd));
+    return static_cast<CWindowImplRoot*>(stored_object(hWnd));
 }
 
-LRESULT CWindowImplRoot::CallSuper(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
+LRESULT CWindowImplRoot::call_super(HWND hWnd, UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
-    const LPCWSTR property = _AtlWinModule.SuperProperty();
+    const LPCWSTR property = _AtlWinModule.super_property();
     const HANDLE super = property ? GetPropW(hWnd, property) : nullptr;
-    return CallProcedure(reinterpret_cast<WNDPROC>(super), hWnd, uMsg, wParam, lParam);
+    return call_procedure(reinterpret_cast<WNDPROC>(super), hWnd, uMsg, wParam, lParam);
 }
 
-bool CWindowImplRoot::Link(HWND hWnd, WNDPROC super) noexcept
+bool CWindowImplRoot::link(HWND hWnd, WNDPROC super) noexcept
 {
-    CWindowImplRoot* const lower = FromWindow(hWnd);
-    if (!StoreObject(hWnd, this))
+    CWindowImplRoot* const lower = from_window(hWnd);
+    if (!store_object(hWnd, this))
         return false;
     m_pLower = lower;
     m_pSuper = super;
@@ -191,10 +193,10 @@ bool CWindowImplRoot::Link(HWND hWnd, WNDPROC super) noexcept
     return true;
 }
 
-void CWindowImplRoot::Unlink() noexcept
+void CWindowImplRoot::unlink() noexcept
 {
     const HWND hWnd = m_hWndLinked;
-    CWindowImplRoot* const top = FromWindow(hWnd);
+    CWindowImplRoot* const top = from_window(hWnd);
     CWindowImplRoot* const lower = m_pLower;
     m_hWndLinked = nullptr;
     m_pLower = nullptr;
@@ -206,11 +208,11 @@ void CWindowImplRoot::Unlink() noexcept
         }
         return;
     }
-    StoreObject(hWnd, lower);
+    store_object(hWnd, lower);
     if (lower)
         return;
-    // Somebody who replaced the procedure after us still calls ours: then it stays, and only passes on.
-    const LPCWSTR super_property = _AtlWinModule.SuperProperty();
+    // A subclass installed later still calls WindowProc, which then stays and only forwards messages.
+    const LPCWSTR super_property = _AtlWinModule.super_property();
     const HANDLE super = GetPropW(hWnd, super_property);
     if (super && GetWindowLongPtrW(hWnd, GWLP_WNDPROC) == reinterpret_cast<LONG_PTR>(WindowProc)) {
         SetWindowLongPtrW(hWnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(super));
@@ -218,18 +220,18 @@ void CWindowImplRoot::Unlink() noexcept
     }
 }
 
-LRESULT CWindowImplRoot::Dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
+LRESULT CWindowImplRoot::dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam) noexcept
 {
-    const CComPtr<IUnknown> owner(GetMessageOwner());
-    // A handler may destroy the window, and the object may have another one when the handler returns.
+    const CComPtr<IUnknown> owner(message_owner());
+    // A handler may destroy the window, and the object may have a new window when it returns.
     const HWND hWnd = m_hWndLinked;
     LRESULT result = 0;
     {
-        const Frame frame(*this);
-        const bool handled = TryHandle(uMsg, wParam, lParam, result);
+        const message_frame frame(*this);
+        const bool handled = try_handle(uMsg, wParam, lParam, result);
         if (!frame.m_pObject)
             return result;
-        // The last message always goes on: objects below wait for it.
+        // WM_NCDESTROY is always forwarded: the objects below must see it.
         if (!handled || uMsg == WM_NCDESTROY) {
             if (m_hWndLinked == hWnd) {
                 const LRESULT super_result = DefWindowProc(uMsg, wParam, lParam);
@@ -241,37 +243,36 @@ LRESULT CWindowImplRoot::Dispatch(UINT uMsg, WPARAM wParam, LPARAM lParam) noexc
         }
         if (uMsg == WM_NCDESTROY && m_hWndLinked == hWnd) {
             m_hWndDestroyed = hWnd;
-            Unlink();
-            // At once, although outer handlers may still run: they ask for the handle to see whether there
-            // is a window.
+            unlink();
+            // Cleared at once: outer handlers, which may still run, check m_hWnd for whether a window exists.
             if (m_hWnd == hWnd)
                 m_hWnd = nullptr;
         }
     }
     if (m_hWndDestroyed && !m_pFrame)
-        Finish();
+        finish();
     return result;
 }
 
-bool CWindowImplRoot::TryHandle(UINT uMsg, WPARAM wParam, LPARAM lParam, LRESULT& lResult) noexcept
+bool CWindowImplRoot::try_handle(UINT uMsg, WPARAM wParam, LPARAM lParam, LRESULT& lResult) noexcept
 {
     try {
         return ProcessWindowMessage(m_hWndLinked, uMsg, wParam, lParam, lResult, 0);
     } catch (...) {
-        // Nothing may unwind through the system. A window that could not be set up is not created.
+        // An exception must not unwind through system frames. A failed WM_CREATE cancels the creation.
         lResult = uMsg == WM_CREATE ? -1 : 0;
         return true;
     }
 }
 
-void CWindowImplRoot::Finish() noexcept
+void CWindowImplRoot::finish() noexcept
 {
     const HWND hWnd = m_hWndDestroyed;
     m_hWndDestroyed = nullptr;
     try {
         OnFinalMessage(hWnd);
     } catch (...) {
-        return; // nothing may unwind through the system, and the window is gone
+        return; // an exception must not unwind through system frames
     }
 }
 
