@@ -5,7 +5,7 @@
 namespace quill {
 namespace {
 
-// Another thread may lengthen the variable between the question for its size and the reading of it.
+// Loops because another thread may set a longer value between the size query and the read.
 template <typename Char, typename Get>
 std::optional<std::basic_string<Char>> read_variable(const Get& get)
 {

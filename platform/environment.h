@@ -1,5 +1,5 @@
-// Environment variables of the process, read from the system. The C runtime keeps a copy of its own that
-// does not see what a host sets through the system, so that copy is not asked.
+// Environment variables of the process. Reads the system's block: the C runtime's copy does not reflect
+// variables that the host sets through the system.
 #pragma once
 
 #include <optional>
@@ -7,10 +7,10 @@
 
 namespace quill {
 
-// The value, which may be empty; nothing when the variable does not exist.
+// The value, which may be empty; nullopt if the variable does not exist.
 std::optional<std::wstring> environment_variable(const wchar_t* name);
 
-// The same in the system's narrow code page.
+// As above, in the system's ANSI code page.
 std::optional<std::string> environment_variable(const char* name);
 
 } // namespace quill

@@ -29,7 +29,7 @@ std::wstring parent_of(const std::wstring& path)
     return path.substr(0, path.find_last_not_of(separators, separator) + 1);
 }
 
-// The error that stands in the way of path being a directory, 0 for none.
+// Creates one level. Returns a Win32 error code, ERROR_SUCCESS also if the directory already exists.
 DWORD make_directory(const std::wstring& path)
 {
     if (CreateDirectoryW(path.c_str(), nullptr))
@@ -50,8 +50,8 @@ DWORD make_directories(const std::wstring& path)
     return error == ERROR_SUCCESS ? make_directory(path) : error;
 }
 
-// Somebody else may create the same level at the same time, so "already exists" is success. That it may
-// be a file shows at the next level.
+// Another process may create the same level concurrently, so "already exists" is success. If it is a file,
+// creating the next level fails.
 void create_unless_present(const std::wstring& path)
 {
     if (DirectoryExists(path))

@@ -1,4 +1,4 @@
-// Directory tests and creation on wide paths.
+// Tests for and creates directories.
 #pragma once
 
 #include <string>
@@ -6,21 +6,21 @@
 
 namespace quill {
 
-// The Directory functions throw std::runtime_error on failure, with a message that begins with the
-// function's name; an empty path is a failure of each of them.
+// The Directory functions throw std::runtime_error on failure and for an empty path. The message begins with
+// the function's name.
 
-// True when path names an existing directory; false when it names a file, nothing, or cannot be read.
+// True if path is an existing directory; false if it is a file, does not exist or cannot be accessed.
 bool DirectoryExists(const std::wstring& path);
 
-// Creates the last level of path. Throws std::system_error with the system's code when it cannot,
-// ERROR_ALREADY_EXISTS included.
+// Creates the last level of path. Throws std::system_error with the Win32 error code, also for
+// ERROR_ALREADY_EXISTS.
 void DirectoryCreate(const std::wstring& path);
 
-// Creates every missing level of path. Levels are separated by backslashes only.
+// Creates every missing level of path. Only backslashes separate levels.
 void DirectoryCreateRecursively(const std::wstring& path);
 
-// Creates every missing level of path, separated by backslashes or forward slashes, for callers that tell
-// the user why it failed. No error when path is a directory at the end.
+// Creates every missing level of path, separated by backslashes or slashes. Returns the system's error, for
+// callers that report it to the user; no error if path already is a directory.
 std::error_code create_missing_directories(const std::wstring& path);
 
 } // namespace quill

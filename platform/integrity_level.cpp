@@ -5,7 +5,7 @@
 namespace quill {
 namespace {
 
-// The last part of the label's SID; 0, the lowest level there is, when any step fails.
+// The last sub-authority of the label's SID; 0, the lowest level, if any call fails.
 DWORD integrity_level(HANDLE process)
 {
     unique_handle token;

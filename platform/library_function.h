@@ -1,17 +1,17 @@
-// Functions that are looked up in a loaded library at run time.
+// Looks up functions of a loaded library at run time.
 #pragma once
 
 #include <windows.h>
 
 namespace quill {
 
-// The function called name, as a pointer of type Function; null when library is null or has none.
+// Returns the export `name` as a pointer of type Function; null if library is null or does not export it.
 template <typename Function>
 Function library_function(HMODULE library, const char* name) noexcept
 {
     if (!library)
         return nullptr;
-    // By way of void*: no function type converts to another one without a warning.
+    // Through void*: a direct cast between function pointer types is a warning.
     // NOLINTNEXTLINE(bugprone-casting-through-void)
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }

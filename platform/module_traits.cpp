@@ -26,7 +26,7 @@ std::wstring module_path(HMODULE module)
             break;
         path.resize(path.size() * 2);
     }
-    // The system terminates a cut path within its count on some versions.
+    // Some Windows versions count the terminator of a truncated path.
     path.resize(std::min<std::size_t>(length, path.find(L'\0')));
     return path;
 }

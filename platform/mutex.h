@@ -1,11 +1,11 @@
-// The module's mutex type: a Windows critical section behind the standard library's names.
+// The module's mutex type: a critical section with the standard library's interface.
 #pragma once
 
 #include <windows.h>
 
 namespace quill::platform {
 
-// Re-entrant on one thread. Usable wherever a BasicLockable is asked for.
+// Recursive. Meets the BasicLockable requirements.
 class MutexImpl
 {
 public:

@@ -1,11 +1,12 @@
-// Why the module is being detached: static destructors are not told.
+// Tells unloading the module and process exit apart, for static destructors, which do not get DllMain's
+// argument.
 #pragma once
 
 namespace quill {
 
-// Whether the process ends. Its other threads are gone then, wherever they were, other libraries may have
-// ended already, and the system reclaims everything: nothing is to be freed any more. False when the module
-// is unloaded.
+// True during process exit, when nothing must be freed: the other threads were terminated and may own locks,
+// other libraries may be uninitialised already, and the system reclaims all resources. False while the module
+// is unloaded by FreeLibrary.
 bool process_is_ending() noexcept;
 
 } // namespace quill

@@ -36,7 +36,7 @@ LSTATUS read_settings_string(const wchar_t* name, REGSAM access, DWORD type, std
     wchar_t text[MAX_PATH] = {};
     DWORD size = sizeof text;
     status = RegQueryValueExW(key.get(), name, nullptr, &type, reinterpret_cast<BYTE*>(text), &size);
-    // The value need not be text, nor text terminated: nothing beyond the buffer is read.
+    // The value may have another type and need not be null-terminated.
     if (status == ERROR_SUCCESS)
         value.assign(text, std::find(text, std::end(text), L'\0'));
     return status;

@@ -1,4 +1,4 @@
-// The suite's settings in the registry, of which this module reads the Settings key only.
+// The suite's registry settings. This module reads the Settings key only.
 #pragma once
 
 #include <windows.h>
@@ -8,7 +8,7 @@
 
 namespace quill {
 
-// The keys that the suite's programs share, relative to a root key.
+// The registry keys that the suite's programs share, relative to a root key.
 enum class settings_key : std::size_t
 {
     company,
@@ -26,18 +26,16 @@ enum class settings_key : std::size_t
     count
 };
 
-// The path of each key. Writable, so that a program can send its settings elsewhere; write before other
-// threads read.
+// The path of each key. Mutable so that a program can redirect its settings, before other threads read them.
 extern const wchar_t* settings_key_paths[static_cast<std::size_t>(settings_key::count)];
 
-// Reads a text value of the Settings key under HKEY_CURRENT_USER (per_user) or HKEY_LOCAL_MACHINE. value is
-// cleared first; texts of 260 characters and more fail with ERROR_MORE_DATA. access chooses the registry
-// view too. type is what the caller expects; what the registry holds is not compared with it. Returns the
-// registry's status, 0 on success.
+// Reads a string from the Settings key under HKEY_CURRENT_USER (per_user) or HKEY_LOCAL_MACHINE. value is
+// cleared first; strings of 260 or more characters fail with ERROR_MORE_DATA. access also selects the
+// registry view. type is the expected type, which is not checked. Returns a Win32 error code.
 LSTATUS read_settings_string(const wchar_t* name, REGSAM access, DWORD type, std::wstring& value,
                              bool per_user);
 
-// Full path of the suite's desktop editor as the machine's settings give it; empty when they do not.
+// The full path of the suite's desktop editor from the machine's settings; empty if it is not set.
 std::wstring read_exepath();
 
 } // namespace quill

@@ -18,8 +18,7 @@ namespace {
 
 constexpr const char* query_name = "temp_directory_path";
 
-// Newer systems keep the temporary files of system processes apart, behind a function that older ones
-// do not have.
+// GetTempPath2W, which separates the temporary files of system processes, does not exist on older systems.
 DWORD system_temp_path(DWORD size, wchar_t* buffer)
 {
     using get_temp_path = DWORD(WINAPI*)(DWORD, wchar_t*);

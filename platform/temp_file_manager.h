@@ -1,4 +1,4 @@
-// Decides which folder the module may use for temporary files.
+// Selects the folder for the module's temporary files.
 #pragma once
 
 #include "platform/integrity_level.h"
@@ -14,24 +14,23 @@ namespace quill {
 class temp_file_manager
 {
 public:
-    // Receives one line of UTF-8 text for each failure; the text is valid during the call.
+    // Receives one line of UTF-8 text for each failure. The text is valid only during the call.
     using error_report = std::function<void(const char* line)>;
-    // Whether the given process runs at low integrity.
+    // Returns whether the process runs at low integrity.
     using integrity_query = bool (*)(HANDLE process);
 
     explicit temp_file_manager(error_report report,
                                integrity_query is_low_integrity = is_low_integrity_process);
 
-    // Fills path with the temporary folder: the user's LocalLow "Temp" at low integrity (made when missing),
-    // else what QUILL_TMP_FOLDER says, else the system's temporary folder. Returns whether it is there as a
-    // directory. path stays as it is when there is no folder to name. Throws
-    // std::filesystem::filesystem_error when the system's temporary folder cannot be had.
+    // Sets path to the temporary folder: LocalLow\Temp at low integrity (created if missing), else the value
+    // of QUILL_TMP_FOLDER, else the system's temporary folder. Returns whether that directory exists. path is
+    // unchanged if no folder can be determined. Throws std::filesystem::filesystem_error if the system's
+    // temporary folder is unavailable.
     bool temp_directory(std::wstring& path) const;
 
-    // Copies the temporary folder's path into buffer, cut to buffer_size - 1 characters and terminated;
-    // buffer may be null. A missing folder is made when create is 1 and left missing otherwise. Returns the
-    // path's full length in characters; 0 when there is no folder or it cannot be made. Throws as
-    // temp_directory does.
+    // Copies the path into buffer, which may be null, truncated to buffer_size - 1 characters and
+    // null-terminated. A missing folder is created only if create is 1. Returns the full length of the path
+    // in characters; 0 if there is no folder or it cannot be created. Throws as temp_directory.
     std::size_t get_temp_folder(std::size_t buffer_size, wchar_t* buffer, int create) const;
 
 private:

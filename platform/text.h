@@ -1,4 +1,4 @@
-// Conversion of the system's UTF-16 text to the UTF-8 that log lines are made of.
+// Converts UTF-16 to UTF-8, the encoding of log lines.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace quill {
 
-// Converts text, embedded NULs included; unpaired surrogates become U+FFFD. Throws std::system_error
-// with the system's error code when the system refuses the conversion.
+// Embedded NULs are kept; unpaired surrogates become U+FFFD. Throws std::system_error with the Win32 error
+// code if the conversion fails.
 std::string to_utf8(std::wstring_view text);
 
 } // namespace quill

@@ -1,4 +1,8 @@
-// Owner of memory from COM's task allocator: strings and arrays that COM calls hand out.
+// Owner of memory from the COM task allocator, such as strings that COM methods return.
+//
+//     unique_com_string name;
+//     if (SUCCEEDED(moniker->GetDisplayName(context, nullptr, name.put())) && name)
+//         use(name.get());                      // borrowed; freed with CoTaskMemFree
 #pragma once
 
 #include "platform/unique_handle.h"

@@ -1,4 +1,12 @@
-// Owners of what the system hands out and wants back: one type for each way of giving back.
+// Owners of system resources: one type for each function that releases them.
+//
+//     const unique_handle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+//     if (!event)
+//         return GetLastError();
+//     unique_registry_key key;
+//     const LSTATUS status = RegOpenKeyExW(root, path, 0, KEY_READ, key.put());   // out parameter
+//     thread_start start{event.get()};         // borrowed
+//     return key.release();                    // transfers ownership to the caller
 #pragma once
 
 #include <windows.h>
@@ -7,8 +15,8 @@
 
 namespace quill {
 
-// Owns one value of Traits::type until it is released. Traits gives close(value), is_empty(value) and the
-// value of an empty owner, empty().
+// Owns one value of Traits::type. Traits provides close(value), is_empty(value) and empty(), the value of an
+// empty owner.
 template <typename Traits>
 class unique_resource
 {
@@ -29,10 +37,10 @@ public:
     type get() const noexcept { return value_; }
     explicit operator bool() const noexcept { return !Traits::is_empty(value_); }
 
-    // Gives the value up without closing it.
+    // Transfers the value to the caller without closing it.
     [[nodiscard]] type release() noexcept { return std::exchange(value_, Traits::empty()); }
 
-    // Closes what is owned and owns value instead.
+    // Closes the owned value and takes ownership of `value`.
     void reset(type value = Traits::empty()) noexcept
     {
         const type before = std::exchange(value_, value);
@@ -40,7 +48,7 @@ public:
             Traits::close(before);
     }
 
-    // Empties the owner and gives its address to a function that fills it.
+    // For out parameters. Closes the owned value first.
     [[nodiscard]] type* put() noexcept
     {
         reset();
@@ -59,7 +67,8 @@ struct null_is_empty
     static constexpr bool is_empty(type value) noexcept { return value == nullptr; }
 };
 
-// Kernel objects. The functions that make them disagree on how they say "none", so both ways count.
+// Kernel objects. Depending on the function that creates them, the failure value is null or
+// INVALID_HANDLE_VALUE: both are empty.
 struct handle_traits
 {
     using type = HANDLE;
@@ -69,7 +78,7 @@ struct handle_traits
 };
 using unique_handle = unique_resource<handle_traits>;
 
-// Searches begun with FindFirstFileW.
+// Searches started with FindFirstFileW.
 struct find_handle_traits : handle_traits
 {
     static void close(type value) noexcept { FindClose(value); }
@@ -94,7 +103,8 @@ struct menu_traits : null_is_empty<HMENU>
 };
 using unique_menu = unique_resource<menu_traits>;
 
-// Pens, brushes, fonts, bitmaps and regions of one's own; nothing that a device context has selected.
+// Pens, brushes, fonts, bitmaps and regions. The object must not be selected into a device context when it is
+// deleted.
 template <typename Type>
 struct gdi_object_traits : null_is_empty<Type>
 {

@@ -1,4 +1,4 @@
-// The clocks of <chrono>, which are the thread library's otherwise.
+// clock_gettime for <chrono>, which the toolchain's thread library defines otherwise.
 #include <windows.h>
 
 #include <pthread.h>
@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::int64_t intervals_per_second = 10'000'000; // of the system's 100 nanoseconds
+constexpr std::int64_t intervals_per_second = 10'000'000; // FILETIME intervals of 100 ns
 constexpr std::int64_t nanoseconds_per_second = 1'000'000'000;
 constexpr std::int64_t intervals_from_1601_to_1970 = 116'444'736'000'000'000;
 

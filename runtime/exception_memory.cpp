@@ -1,7 +1,7 @@
-// Where exceptions live, without the C++ runtime's own reserve for the time when memory has run out: that one
-// lies behind a lock that needs memory itself when it is first taken, and fails by throwing. The first
-// exception of a module without memory would be thrown again and again until the stack is used up. The
-// reserve here needs no lock. The linker takes these definitions because the runtime's own come later.
+// Allocation of exception objects, with a lock-free emergency pool. The toolchain's pool is guarded by a
+// mutex that allocates on first use and throws if that fails: the first exception under memory exhaustion
+// would recurse until the stack overflows. The linker prefers these definitions because the runtime's come
+// later.
 #include "runtime/exception_memory.h"
 
 #include <cxxabi.h>
@@ -20,10 +20,10 @@ namespace __cxxabiv1 {
 namespace {
 
 constexpr std::size_t header_room = quill::runtime::exception_header_room;
-static_assert(header_room % alignof(std::max_align_t) == 0); // the object behind it is aligned too
+static_assert(header_room % alignof(std::max_align_t) == 0); // keeps the object after the header aligned
 
 constexpr std::size_t slot_size = 1024;
-constexpr std::size_t slot_count = 64; // each thread has an exception or two in flight
+constexpr std::size_t slot_count = 64; // a thread rarely has more than two exceptions in flight
 
 struct alignas(16) slot
 {
@@ -43,17 +43,17 @@ void* take_slot(std::size_t size) noexcept
     return nullptr;
 }
 
-// The header, zeroed as the runtime expects it, with the room for the object behind it.
+// Allocates the header, zeroed as the runtime requires, and the object after it.
 std::byte* allocate(std::size_t object_size) noexcept
 {
     if (object_size > std::numeric_limits<std::size_t>::max() - header_room)
-        std::terminate(); // no such object exists
+        std::terminate(); // the size would overflow
     const std::size_t size = header_room + object_size;
     void* memory = std::malloc(size);
     if (!memory)
         memory = take_slot(size);
     if (!memory)
-        std::terminate(); // nothing can be thrown, nor be reported
+        std::terminate(); // no exception can be thrown
     std::memset(memory, 0, header_room);
     return static_cast<std::byte*>(memory);
 }

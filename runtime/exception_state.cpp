@@ -1,10 +1,10 @@
-// Which exceptions a thread has caught and has in flight, without the toolchain's thread library: that one
-// opens two handles for each thread that asks, and closes none of them when the DLL is unloaded.
+// The exception state of each thread, without the toolchain's thread library, which opens two handles for
+// each thread that uses exceptions and leaks them when the DLL is unloaded.
 #include <cxxabi.h>
 
 namespace __cxxabiv1 {
 
-// Laid out by the C++ ABI.
+// The layout is defined by the C++ ABI.
 struct __cxa_eh_globals
 {
     void* caught_exceptions;

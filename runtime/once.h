@@ -1,25 +1,25 @@
-// One initialisation among all threads: what guards static objects and what the C++ library initialises once
-// both need it.
+// Thread-safe one-time initialisation: the common part of the guards of function-local statics and of
+// pthread_once.
 #pragma once
 
 #include <cstdint>
 
 namespace quill::runtime {
 
-// Zero before the first attempt. Belongs to these functions from then on.
+// Zero-initialised; afterwards accessed by these functions only.
 using once_word = std::uint32_t;
 
-enum class once_answer
+enum class once_result
 {
-    done,      // initialised
-    begin,     // the caller is to initialise, and then to call end_once
-    recursive, // the caller is initialising already
+    done,      // already initialised
+    begin,     // the caller must initialise and then call end_once
+    recursive, // the calling thread is already initialising
 };
 
-// Waits while another thread initialises. No lock is held while the caller does.
-once_answer begin_once(once_word& word) noexcept;
+// Waits while another thread initialises. Holds no lock on return.
+once_result begin_once(once_word& word) noexcept;
 
-// With is_done false the next caller of begin_once tries again.
+// Ends an initialisation. If is_done is false, the next call of begin_once returns `begin` again.
 void end_once(once_word& word, bool is_done) noexcept;
 
 } // namespace quill::runtime

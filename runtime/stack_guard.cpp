@@ -1,14 +1,13 @@
-// What the compiler's checks of the stack need of the runtime, without the runtime's own library: that one
-// draws its random number from the system's cryptography, for which it loads three libraries while this
-// module is being loaded, when no library may be loaded, and takes ten times as long as all else that loading
-// needs. The linker takes these definitions because the runtime's own come later.
+// Runtime support for -fstack-protector, without the toolchain's library: that one takes its random number
+// from the system's cryptography and so loads libraries under the loader lock, which is not permitted. The
+// linker prefers these definitions because the toolchain's library comes later.
 #include <windows.h>
 
 #include <cstdint>
 
 namespace {
 
-// Spreads whatever varies in the bits of value over all of them.
+// Mixes the bits of `value`.
 std::uint64_t spread(std::uint64_t value) noexcept
 {
     value = (value ^ (value >> 30)) * 0xBF58476D1CE4E5B9;
@@ -18,7 +17,7 @@ std::uint64_t spread(std::uint64_t value) noexcept
 
 [[noreturn]] void end_process() noexcept
 {
-    // No handler runs: it would run on the damaged stack.
+    // Bypasses all exception handlers, which would run on the corrupted stack.
     __fastfail(FAST_FAIL_STACK_COOKIE_CHECK_FAILURE);
     __builtin_unreachable();
 }
@@ -27,16 +26,16 @@ std::uint64_t spread(std::uint64_t value) noexcept
 
 extern "C" {
 
-// What a function lays between its buffers and its return address, and finds changed when a buffer overran.
+// The canary that a function places between its buffers and its return address.
 std::uintptr_t __stack_chk_guard = 0x2B992DDFA23249D6;
 
-// A function found its guard changed.
+// Called when a function finds its canary changed.
 [[noreturn]] void __stack_chk_fail() noexcept
 {
     end_process();
 }
 
-// A checked copy was asked to write beyond its target.
+// Called when a fortified copy would overflow its destination.
 void __chk_fail()
 {
     end_process();
@@ -46,8 +45,8 @@ void __chk_fail()
 
 namespace {
 
-// Before anything else of the module. What an attacker cannot know: where things lie, and when exactly they
-// came there. A text that overruns its buffer ends at a zero byte: it cannot write the guard's first.
+// Runs before all other constructors. The entropy is the address layout and the exact load time. The lowest
+// byte is 0, so that an overflowing string copy cannot reproduce the canary.
 [[gnu::constructor(101)]] __attribute__((no_stack_protector)) void choose_guard() noexcept
 {
     FILETIME time{};

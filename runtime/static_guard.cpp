@@ -1,4 +1,4 @@
-// The guards of static objects within functions, over the system's own locks.
+// Guards of function-local statics, implemented with the system's locks.
 #include "runtime/once.h"
 
 #include <cxxabi.h>
@@ -10,7 +10,7 @@ namespace __cxxabiv1 {
 
 namespace {
 
-// The ABI tests the first byte of a guard, the rest is the implementation's.
+// Compiled code tests the first byte, as the ABI defines; the rest is private to the implementation.
 struct guard_state
 {
     std::uint8_t is_initialised;
@@ -28,21 +28,21 @@ guard_state& state_of(__guard* guard)
 
 extern "C" {
 
-// 1: the caller is to initialise the object; 0: it is initialised.
+// 1: the caller must initialise the object; 0: it is already initialised.
 int __cxa_guard_acquire(__guard* guard)
 {
     guard_state& state = state_of(guard);
     if (__atomic_load_n(&state.is_initialised, __ATOMIC_ACQUIRE))
         return 0;
     switch (quill::runtime::begin_once(state.once)) {
-    case quill::runtime::once_answer::done:
+    case quill::runtime::once_result::done:
         return 0;
-    case quill::runtime::once_answer::begin:
+    case quill::runtime::once_result::begin:
         return 1;
-    case quill::runtime::once_answer::recursive:
+    case quill::runtime::once_result::recursive:
         break;
     }
-    // An initialiser that needs its own object. Compilers rely on no exception coming from here.
+    // The initialiser uses its own object. Compilers assume that this function does not throw.
     std::abort();
 }
 
@@ -53,7 +53,7 @@ void __cxa_guard_release(__guard* guard) noexcept
     quill::runtime::end_once(state.once, true);
 }
 
-// The initialiser threw: the next caller tries again.
+// The initialiser threw: the next caller initialises again.
 void __cxa_guard_abort(__guard* guard) noexcept
 {
     quill::runtime::end_once(state_of(guard).once, false);

@@ -1,4 +1,4 @@
-// Where a loaded module's file lies, and the short name that log files carry.
+// The path of a loaded module, and the stem of its file name, which log file names contain.
 #pragma once
 
 #include <windows.h>
@@ -8,18 +8,18 @@
 
 namespace quill {
 
-// Full path of a module's file; the null handle stands for the process's executable. Paths beyond
-// 4,159 characters come back cut. Throws std::system_error when the system does not know the module.
+// The full path of a module; null is the process's executable. Paths beyond 4,159 characters are truncated.
+// Throws std::system_error if the handle is not a loaded module.
 std::wstring module_path(HMODULE module);
 
-// The file-name part of path, cut before its first dot; empty when the name has no dot.
+// The file name in path up to its first dot; empty if it has no dot.
 std::wstring_view file_stem(std::wstring_view path);
 
-// file_stem(module_path(module)), terminated. Throws as module_path does, and std::runtime_error "The
-// module name is too long" when the stem does not fit.
+// Copies file_stem(module_path(module)), null-terminated. Throws as module_path, and std::runtime_error "The
+// module name is too long" if the stem does not fit.
 void module_stem(HMODULE module, wchar_t (&stem)[MAX_PATH]);
 
-// The copying step of module_stem for a stem already known.
+// Copies a known stem as module_stem does.
 void copy_stem(std::wstring_view stem, wchar_t (&buffer)[MAX_PATH]);
 
 } // namespace quill
