@@ -1,11 +1,10 @@
-# Set for the folders of the tests: what is built often and run a few times is not optimised. Compiling the tests is
-# most of what a build takes.
+# ON for test code, which is compiled without optimisation: compiling the tests takes most of the build time.
 define_property(TARGET PROPERTY QUILL_IS_TEST_CODE INITIALIZE_FROM_VARIABLE DEFAULT_QUILL_IS_TEST_CODE)
 
-# Set for images that have quill::runtime_threads in place of the toolchain's thread library.
+# ON for images that link quill::runtime_threads instead of the toolchain's thread library.
 define_property(TARGET PROPERTY QUILL_WITHOUT_THREAD_LIBRARY)
 
-# quill_options: what every target of this project is compiled and linked with.
+# quill_options: compile and link options of every target in this project.
 add_library(quill_options INTERFACE)
 add_library(quill::options ALIAS quill_options)
 
@@ -14,16 +13,16 @@ target_compile_definitions(quill_options INTERFACE
     UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX STRICT
     WINVER=0x0A00 _WIN32_WINNT=0x0A00 _WIN32_IE=0x0A00 NTDDI_VERSION=0x0A000000
     _GLIBCXX_ASSERTIONS)
-# COM declarations need -fms-extensions (__uuidof, __declspec, anonymous structures);
-# the language-extension warning would fire on every one of them.
+# COM declarations require -fms-extensions (__uuidof, __declspec, anonymous structures), each use of which would
+# cause a language-extension warning.
 target_compile_options(quill_options INTERFACE
     -fms-extensions
     -Wall -Wextra -Wpedantic -Werror
     $<$<CXX_COMPILER_ID:Clang>:-Wno-language-extension-token>
-    # mingw's STDMETHOD says nothrow where its STDMETHODIMP does not.
+    # mingw-w64 declares STDMETHOD as nothrow, but not STDMETHODIMP.
     $<$<CXX_COMPILER_ID:Clang>:-Wno-missing-exception-spec>
-    # GCC knows neither clang's pragmas nor the uuid attribute, and sees optional text used uninitialised in
-    # the library's own headers.
+    # GCC knows neither clang's pragmas nor the uuid attribute, and reports false uses of uninitialised strings in
+    # std::optional.
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-unknown-pragmas>
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-attributes>
     $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-maybe-uninitialized>
@@ -40,13 +39,13 @@ target_link_options(quill_options INTERFACE
     $<$<NOT:$<BOOL:$<TARGET_PROPERTY:QUILL_WITHOUT_THREAD_LIBRARY>>>:-pthread>)
 
 if(QUILL_CHECKS)
-    # No sanitizer runtime exists for this target: undefined behaviour traps.
+    # No sanitizer runtime exists for this target, so undefined behaviour traps.
     target_compile_options(quill_options INTERFACE -fsanitize=undefined -fsanitize-trap=undefined
-        # COM proxies and type-library dispatch call through types the compiler cannot see.
+        # COM proxies and type-library dispatch call functions through types that the compiler does not see.
         -fno-sanitize=vptr,function)
 endif()
 
-# quill_set_output(TARGET): places an artifact in bin/ with its debug information beside it.
+# quill_set_output(TARGET): puts the binary and its .pdb into bin/.
 function(quill_set_output target)
     set_target_properties(${target} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin

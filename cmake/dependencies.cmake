@@ -1,5 +1,5 @@
-# Header-only libraries of the build machine for the cross build. /usr/include itself must stay off
-# the include path (it holds the machine's own C headers), so a folder of links carries what is wanted.
+# Header-only libraries of the build machine, for the cross build. /usr/include must not be on the include path
+# because it contains the native C headers, so a folder of symbolic links provides the libraries.
 set(quill_links ${PROJECT_BINARY_DIR}/dependencies)
 file(MAKE_DIRECTORY ${quill_links}/spdlog ${quill_links}/boost)
 foreach(entry spdlog/spdlog spdlog/fmt boost/boost)
@@ -16,11 +16,10 @@ function(quill_header_library name folder)
     target_include_directories(quill_dep_${name} SYSTEM INTERFACE ${quill_links}/${folder})
 endfunction()
 
-# fmt shares spdlog's folder: the two are used together or not at all.
+# fmt shares spdlog's folder because spdlog includes it.
 quill_header_library(spdlog spdlog)
-# A program that the process starts must not inherit the log file: it would keep it from being renamed. Later
-# versions of spdlog keep a map for each thread, whose destructor would have to run when the thread ends, in a module
-# that may be unloaded by then.
+# SPDLOG_PREVENT_CHILD_FD: a child process must not inherit the log file, which could then not be renamed.
+# SPDLOG_NO_TLS: later versions keep a thread_local map, whose destructor may run after the module is unloaded.
 target_compile_definitions(quill_dep_spdlog INTERFACE
     FMT_HEADER_ONLY SPDLOG_FMT_EXTERNAL SPDLOG_WCHAR_FILENAMES SPDLOG_PREVENT_CHILD_FD SPDLOG_NO_TLS)
 quill_header_library(boost boost)

@@ -1,6 +1,6 @@
-# Libraries of the product and of what is around it; for the cross build and for the native one.
+# Functions that define the project's static libraries, for the cross build and the native build.
 
-# quill_add_library(NAME SOURCES...): the static library "quill_NAME", also known as quill::NAME.
+# quill_add_library(NAME SOURCES...): the static library quill_NAME with the alias quill::NAME.
 function(quill_add_library name)
     add_library(quill_${name} STATIC ${ARGN})
     add_library(quill::${name} ALIAS quill_${name})
@@ -8,9 +8,9 @@ function(quill_add_library name)
     target_link_libraries(quill_${name} PUBLIC quill::options)
 endfunction()
 
-# quill_add_plain_library(NAME SOURCES...): the plain code of the folder NAME, the static library "quill_NAME_plain".
-# Plain code decides and calls nothing of COM or of the window system, so it is built natively as well, where the
-# sanitizers and fuzzers are. tools/check-layers holds it to the headers that tests/native/include has.
+# quill_add_plain_library(NAME SOURCES...): the static library quill_NAME_plain with the plain code of a folder.
+# Plain code calls neither COM nor the window system, so it is also built natively, with sanitizers and fuzzers.
+# tools/check-layers restricts its Windows headers to those in tests/native/include.
 function(quill_add_plain_library name)
     quill_add_library(${name}_plain ${ARGN})
     set_property(GLOBAL APPEND PROPERTY QUILL_PLAIN_LIBRARIES quill::${name}_plain)

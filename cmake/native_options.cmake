@@ -1,8 +1,8 @@
-# Options of the native build: plain code compiled for the machine that runs the tests, with sanitizers, fuzzers and
-# coverage. wchar_t has 16 bits as on Windows (-fshort-wchar), so the standard library's templates are instantiated
-# here instead of taken from its binary, and tests/native/wide_runtime.cpp defines the C library's wide functions.
+# Options of the native build: plain code compiled for the build machine, with sanitizers, fuzzers and coverage.
+# wchar_t has 16 bits as on Windows (-fshort-wchar), so the standard library's templates are instantiated here
+# instead of taken from its binary, and tests/native/wide_runtime.cpp defines the C library's wide functions.
 option(QUILL_SANITIZE "AddressSanitizer, UndefinedBehaviorSanitizer and instrumentation for fuzzing" OFF)
-option(QUILL_COVERAGE "Count the lines and branches that are reached" OFF)
+option(QUILL_COVERAGE "Instrument for line and branch coverage" OFF)
 
 add_library(native_options INTERFACE)
 add_library(quill::options ALIAS native_options)
@@ -25,7 +25,7 @@ if(QUILL_COVERAGE)
     target_link_options(native_options INTERFACE -fprofile-instr-generate)
 endif()
 
-# spdlog and fmt as headers, as in the cross build.
+# spdlog and fmt are header-only, as in the cross build.
 add_library(native_spdlog INTERFACE)
 add_library(quill::dep::spdlog ALIAS native_spdlog)
 target_compile_definitions(native_spdlog INTERFACE FMT_HEADER_ONLY SPDLOG_FMT_EXTERNAL)

@@ -1,7 +1,7 @@
-# Tests run under Wine in one persistent session: every program start into a fresh session would cost
-# seconds. tools/wine-session owns the session and its prefix, tools/wine-run runs one program in it.
+# Tests run in one persistent Wine session because starting a new session takes seconds. tools/wine-session manages
+# the session and its prefix; tools/wine-run runs one program in it.
 set(CMAKE_CROSSCOMPILING_EMULATOR ${PROJECT_SOURCE_DIR}/tools/wine-run)
-# Test programs: starts one again that printed nothing at all, which also holds for the list of its tests.
+# Starts a test program a second time if it printed nothing, also when it lists its tests.
 set(quill_test_runner ${PROJECT_SOURCE_DIR}/tools/run-test)
 
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
@@ -13,19 +13,19 @@ target_compile_options(gtest PRIVATE -O0)
 target_compile_options(gmock PRIVATE -O0)
 include(GoogleTest)
 
-# What every test program includes anyway, compiled once.
+# The precompiled headers of all test programs.
 set(DEFAULT_QUILL_IS_TEST_CODE ON)
 add_library(test_precompiled OBJECT ${PROJECT_SOURCE_DIR}/tests/support/precompiled.cpp)
 target_include_directories(test_precompiled PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(test_precompiled PRIVATE quill::options GTest::gmock)
 target_precompile_headers(test_precompiled PRIVATE ${PROJECT_SOURCE_DIR}/tests/support/precompiled.h)
 
-# quill_precompile(TARGET): gives a target of test code what is compiled once.
+# quill_precompile(TARGET): makes a test target use the precompiled headers.
 function(quill_precompile target)
     target_precompile_headers(${target} REUSE_FROM test_precompiled)
 endfunction()
 
-# quill_add_test_parts(NAME [LIBRARIES...] SOURCES...): what several test programs are made of, compiled once.
+# quill_add_test_parts(NAME [LIBRARIES...] SOURCES...): a static library NAME of code that several test programs share.
 function(quill_add_test_parts name)
     cmake_parse_arguments(arg "" "" "SOURCES;LIBRARIES" ${ARGN})
     add_library(${name} STATIC ${arg_SOURCES})
@@ -33,12 +33,12 @@ function(quill_add_test_parts name)
     quill_precompile(${name})
 endfunction()
 
-# quill_add_test(NAME [LIBRARIES...] SOURCES...): one test program "test_NAME", each of its cases a
-# ctest of its own.
+# quill_add_test(NAME [LIBRARIES...] SOURCES...): the test program test_NAME; each of its tests is registered with
+# ctest as NAME.SUITE.TEST.
 function(quill_add_test name)
     cmake_parse_arguments(arg "" "TIMEOUT" "SOURCES;LIBRARIES" ${ARGN})
     if(NOT arg_TIMEOUT)
-        set(arg_TIMEOUT 180) # beyond the watchdog's limit, which shows where a test hangs
+        set(arg_TIMEOUT 180) # more than the watchdog's limit: the watchdog prints the stacks of a test that hangs
     endif()
     add_executable(test_${name} ${arg_SOURCES})
     set_target_properties(test_${name} PROPERTIES CROSSCOMPILING_EMULATOR ${quill_test_runner})

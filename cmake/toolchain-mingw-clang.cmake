@@ -1,4 +1,4 @@
-# Cross build for 64-bit Windows: clang and lld against mingw-w64's headers and libstdc++.
+# Cross build for 64-bit Windows: clang and lld with mingw-w64's headers and libstdc++.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
@@ -11,13 +11,13 @@ set(CMAKE_RC_COMPILER ${quill_target_triple}-windres)
 set(CMAKE_AR llvm-ar-19)
 set(CMAKE_RANLIB llvm-ranlib-19)
 
-# The runtime is linked in, so that what is shipped imports system DLLs only.
+# The runtime is linked statically, so that shipped binaries import only system DLLs.
 set(quill_link_flags "-fuse-ld=lld-19 -static")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${quill_link_flags}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${quill_link_flags}")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "${quill_link_flags}")
 
-# Programs come from the build machine, headers and libraries never do.
+# Use programs of the build machine, but never its headers or libraries.
 set(CMAKE_FIND_ROOT_PATH /usr/${quill_target_triple})
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)

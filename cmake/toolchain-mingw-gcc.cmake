@@ -1,4 +1,4 @@
-# The same target by the other compiler, to see what it has to say. What is shipped is clang's.
+# The same target with g++, for its warnings. The shipped binaries are built with clang.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 

@@ -1,6 +1,6 @@
-# quill_unimplemented_interfaces(TARGET INTERFACES...): an interface library with <unimplemented_interfaces.h>,
-# classes that have every method of the system's large interfaces and answer each with a function of the
-# program's own, unimplemented_method. For programs that implement a few methods out of a hundred.
+# quill_unimplemented_interfaces(TARGET INTERFACES...): an interface library with <unimplemented_interfaces.h>, base
+# classes that implement every method of large system interfaces by calling unimplemented_method, which the program
+# defines. For classes that implement only a few of many methods.
 find_path(quill_windows_headers mshtml.h REQUIRED)
 
 function(quill_unimplemented_interfaces target)

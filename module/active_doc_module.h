@@ -1,4 +1,4 @@
-// The module object: the lock count of everything that the DLL has handed out, and its registration.
+// The module object: the lock count of the DLL and its registration.
 #pragma once
 
 #include "active_doc/identifiers.h"
@@ -9,7 +9,7 @@ class active_doc_module : public CAtlDllModuleT<active_doc_module>
 {
 public:
     DECLARE_LIBID(quill::LIBID_QuillPDF_IE_ActiveDocLib)
-    // The script is the document class's own: it is applied for the module as well as for the class.
+    // The same script as the document class's: it is applied for the module and for the class.
     DECLARE_REGISTRY_APPID_RESOURCEID(quill::active_doc_registry_script,
                                       "{0F6D3B8A-E2C4-4A71-8B59-D3061A7C9E24}")
 };

@@ -1,4 +1,4 @@
-// The DLL's entry point and its five exports.
+// DllMain and the DLL's exports.
 #include "module/active_doc_module.h"
 #include "module/load_gate.h"
 
@@ -18,7 +18,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved
         return FALSE;
     if (reason != DLL_PROCESS_ATTACH)
         return TRUE;
-    // Refused by the system for a module with thread-local data, which is as good.
+    // Fails for a module with static TLS; ignored.
     DisableThreadLibraryCalls(instance);
     return _AtlModule.DllMain(reason, reserved);
 }
@@ -43,17 +43,17 @@ STDAPI DllUnregisterServer()
     return _AtlModule.DllUnregisterServer();
 }
 
-// Called by "regsvr32 /i:COMMAND_LINE". The command line "user" asks for a registration for the user only.
+// Called by "regsvr32 /i:COMMAND_LINE". "user" selects per-user registration.
 STDAPI DllInstall(BOOL install, LPCWSTR command_line)
 {
     static constexpr wchar_t per_user[] = L"user";
-    // The terminator is compared as well: a longer word is another word.
+    // Includes the terminator in the comparison, so that "users" does not match.
     if (command_line && _wcsnicmp(command_line, per_user, ARRAYSIZE(per_user)) == 0)
         AtlSetPerUserRegistration(true);
     if (!install)
         return DllUnregisterServer();
     const HRESULT hr = DllRegisterServer();
-    // Whoever installs is told why it failed, not how well the remains could be removed.
+    // Return the registration's error, not the result of the clean-up.
     if (FAILED(hr))
         DllUnregisterServer();
     return hr;

@@ -7,7 +7,7 @@ namespace quill {
 bool refuses_host(wchar_t (&path)[MAX_PATH])
 {
     path[MAX_PATH - 1] = L'\0';
-    // Anywhere in the path: a copy of the shell in a folder named after it counts as the shell.
+    // Matches anywhere in the path, including a folder of that name.
     return _wcslwr_s(path, MAX_PATH) == 0 && std::wcsstr(path, L"explorer.exe") != nullptr;
 }
 

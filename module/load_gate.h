@@ -1,16 +1,16 @@
-// Keeps the module out of the Windows shell: the shell creates browser helper objects and document objects
-// too, and neither class is of use there.
+// Prevents the module from loading into the Windows shell, which also creates browser helper objects and
+// document objects.
 #pragma once
 
 #include <windows.h>
 
 namespace quill {
 
-// Takes the path of the host's program, which is lower-cased in place. True when the module is not to run in
-// that host. A path that cannot be lower-cased refuses nothing.
+// True if the module must not be loaded by the executable at `path`, which is lower-cased in place. False if
+// the conversion fails.
 bool refuses_host(wchar_t (&path)[MAX_PATH]);
 
-// The same for this process. Called under the loader's lock; allocates nothing.
+// As above, for the current process. Called under the loader lock; does not allocate memory.
 bool refuses_this_process();
 
 } // namespace quill

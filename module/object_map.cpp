@@ -1,4 +1,4 @@
-// The classes that the module creates, in the order in which they are registered.
+// The module's classes, in the order of their registration.
 #include "active_doc/active_doc_ctrl.h"
 #include "sharepoint/sharepoint_bho.h"
 

@@ -1,12 +1,11 @@
 // Owners of system resources: one type for each function that releases them.
 //
-//     const unique_handle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-//     if (!event)
-//         return GetLastError();
+//     unique_handle event(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+//     if (event)
+//         SetEvent(event.get());                            // borrowed
 //     unique_registry_key key;
-//     const LSTATUS status = RegOpenKeyExW(root, path, 0, KEY_READ, key.put());   // out parameter
-//     thread_start start{event.get()};         // borrowed
-//     return key.release();                    // transfers ownership to the caller
+//     RegOpenKeyExW(root, path, 0, KEY_READ, key.put());    // out parameter
+//     return event.release();                               // transfers ownership to the caller
 #pragma once
 
 #include <windows.h>
