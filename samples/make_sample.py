@@ -1,17 +1,16 @@
 #!/usr/bin/env python3
-"""Writes bracket.pdf, the sample document that the demo opens: a small drawing set of a company that does not
-exist, and care.pdf, which it refers to. Run it again after a change here and commit the results:
+"""Writes the demo's sample documents: bracket.pdf, a small drawing set of a fictitious company, and care.pdf, to
+which it links. Run this script after a change and commit the results:
     python3 samples/make_sample.py
 
-Plain PDF 1.4 with the built-in fonts, nothing compressed, so that the file can be read in an editor and
-comes out the same byte for byte on every machine.
+The output is uncompressed PDF 1.4 with built-in fonts, readable in an editor and reproducible byte for byte.
 """
 
 import math
 import pathlib
 
 A4 = (595.0, 842.0)
-SHEET = (595.0, 420.0)  # half of A4, lying: at 150 % it fills the demo's window
+SHEET = (595.0, 420.0)  # half of A4, landscape: at 150 % it fills the demo's window
 
 INK = "0.13 0.16 0.20"
 BLUE = "0.11 0.33 0.56"
@@ -19,7 +18,7 @@ GREY = "0.45 0.48 0.52"
 PALE = "0.93 0.95 0.97"
 RED = "0.72 0.16 0.14"
 
-# Widths of Helvetica's characters in thousandths, for text that ends or is centred somewhere.
+# Character widths of Helvetica in thousandths, for right-aligned and centred text.
 NARROW = {" ": 278, ".": 278, ",": 278, ":": 278, "-": 333, "/": 278, "(": 333, ")": 333, "i": 222, "l": 222,
           "t": 278, "f": 278, "r": 333, "j": 222, "I": 278, "'": 191, "c": 500, "k": 500, "s": 500, "v": 500, "x": 500,
           "y": 500, "z": 500}
@@ -49,7 +48,7 @@ class Page:
         self.add(f"BT /{font} {size:g} Tf {color} rg {x:.2f} {y:.2f} Td ({escaped}) Tj ET")
 
     def link(self, x, y, text, target, size=10):
-        """target: an address as it stands in the document, or the number of a page of this one."""
+        """target: a URL, or the number of a page in the same document."""
         self.text(x, y, text, size, color=BLUE)
         width = text_width(text, size)
         self.line(x, y - 1.5, x + width, y - 1.5, 0.5, BLUE)

@@ -78,7 +78,7 @@ std::string encode_path(std::string_view name)
     return encoded;
 }
 
-std::string answer_head(int status, std::string_view content_type, std::size_t length)
+std::string response_head(int status, std::string_view content_type, std::size_t length)
 {
     return "HTTP/1.1 " + std::to_string(status) + " " + std::string(reason_of(status)) +
            "\r\nContent-Type: " + std::string(content_type) +

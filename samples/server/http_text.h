@@ -1,4 +1,4 @@
-// The text of HTTP as the sample server speaks it: requests in, answers out. No sockets.
+// Parses requests and formats responses of the sample server. No sockets.
 #pragma once
 
 #include <cstddef>
@@ -11,19 +11,19 @@ namespace quill {
 struct sample_request
 {
     std::string method;
-    std::string name; // the path without its leading slash, decoded; query and fragment left out
+    std::string name; // the decoded path without its leading slash, query and fragment
 };
 
-// The request in the head of a message, up to the empty line; nothing when it is none.
+// Parses the head of a message, up to the empty line; nullopt if it is not a request.
 std::optional<sample_request> parse_request(std::string_view head);
 
-// "a b.pdf" as a path in an address: bytes beyond letters, digits and a few signs become %XX.
+// Encodes a file name as a URL path: bytes other than letters, digits and some punctuation become %XX.
 std::string encode_path(std::string_view name);
 
-// Head of an answer, with the empty line at its end.
-std::string answer_head(int status, std::string_view content_type, std::size_t length);
+// The head of a response, including the empty line.
+std::string response_head(int status, std::string_view content_type, std::size_t length);
 
-// What a file of that name holds, for a browser.
+// The MIME type for a file name.
 std::string_view content_type_of(std::string_view name);
 
 } // namespace quill

@@ -1,5 +1,5 @@
-// sample_server.exe FILE...: serves the files named, and nothing else, over HTTP on 127.0.0.1 until it is
-// ended. Prints "serving ADDRESS" for each once it listens, then a line for every request.
+// sample_server.exe FILE...: serves only the named files over HTTP on 127.0.0.1 until it is terminated.
+// Prints "serving URL" for each file when it listens, then a line for every request.
 #include "samples/server/http_text.h"
 
 #include <windows.h>
@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr DWORD patience_ms = 10'000; // for a client that stops in the middle
+constexpr DWORD transfer_timeout_ms = 10'000; // for a client that stops in the middle of a transfer
 constexpr std::size_t longest_head = 16 * 1024;
 
 std::string to_utf8(const std::wstring& text)
@@ -26,7 +26,7 @@ std::string to_utf8(const std::wstring& text)
     return bytes;
 }
 
-// The files by the name under which they are served.
+// Maps the name in the URL to the file's path.
 using served_files = std::map<std::string, std::wstring>;
 
 class connection
@@ -34,15 +34,16 @@ class connection
 public:
     explicit connection(SOCKET socket) : socket_(socket)
     {
-        const auto* patience = reinterpret_cast<const char*>(&patience_ms);
-        setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, patience, sizeof(patience_ms));
-        setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, patience, sizeof(patience_ms));
+        const auto* timeout = reinterpret_cast<const char*>(&transfer_timeout_ms);
+        setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, timeout, sizeof(transfer_timeout_ms));
+        setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, timeout, sizeof(transfer_timeout_ms));
     }
     connection(const connection&) = delete;
     connection& operator=(const connection&) = delete;
     ~connection()
     {
-        // Closing with unread bytes would reset the connection and take the answer's end with it.
+        // Closing a socket with unread bytes resets the connection, which may discard the end of the
+        // response.
         shutdown(socket_, SD_SEND);
         char rest[512];
         while (recv(socket_, rest, sizeof(rest), 0) > 0) {
@@ -107,7 +108,7 @@ void report(const std::string& what, int status, std::size_t length)
     std::fflush(stdout);
 }
 
-void answer(connection& client, const served_files& files)
+void respond(connection& client, const served_files& files)
 {
     const std::string head = client.read_head();
     if (head.empty())
@@ -129,8 +130,8 @@ void answer(connection& client, const served_files& files)
         }
     }
     report(request ? request->method + " /" + request->name : "not a request", status, body.size());
-    const std::string answer = quill::answer_head(status, type, body.size());
-    if (client.send_all(answer.data(), answer.size()) && request && request->method != "HEAD")
+    const std::string response = quill::response_head(status, type, body.size());
+    if (client.send_all(response.data(), response.size()) && request && request->method != "HEAD")
         client.send_all(body.data(), body.size());
 }
 
@@ -143,7 +144,7 @@ void serve(SOCKET listener, const served_files& files)
         std::thread([socket, &files] {
             try {
                 connection client(socket);
-                answer(client, files);
+                respond(client, files);
             } catch (const std::exception& failure) {
                 std::fprintf(stderr, "sample_server: %s\n", failure.what());
             }
@@ -151,7 +152,7 @@ void serve(SOCKET listener, const served_files& files)
     }
 }
 
-// A socket listening on a free port of 127.0.0.1.
+// Listens on a free port of 127.0.0.1.
 SOCKET listen_on_loopback(unsigned short& port)
 {
     const SOCKET listener = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);

@@ -24,7 +24,7 @@ HRESULT browser_control::open(HWND window, browser_events_owner& owner)
         FAILED(hr = object->QueryInterface(IID_PPV_ARGS(&in_place))))
         return hr;
     window_ = window;
-    // The control outlives its place in the site: close() takes both apart.
+    // The site keeps a pointer without a reference, which close() clears.
     site_->attach(window, in_place);
     hr = object->SetClientSite(site_);
     if (FAILED(hr))
@@ -32,13 +32,13 @@ HRESULT browser_control::open(HWND window, browser_events_owner& owner)
     RECT place = {};
     GetClientRect(window, &place);
     hr = object->DoVerb(OLEIVERB_INPLACEACTIVATE, nullptr, site_, 0, window, &place);
-    return FAILED(hr) ? hr : events_->subscribe(browser_, owner);
+    return FAILED(hr) ? hr : events_->advise(browser_, owner);
 }
 
 void browser_control::close()
 {
     if (events_)
-        events_->unsubscribe();
+        events_->unadvise();
     if (browser_) {
         const CComQIPtr<IOleObject> object(browser_);
         const CComQIPtr<IOleInPlaceObject> in_place(browser_);
@@ -100,7 +100,7 @@ void browser_control::focus()
         object->DoVerb(OLEIVERB_UIACTIVATE, nullptr, site_, 0, window_, &place);
 }
 
-bool browser_control::take_key(MSG& message)
+bool browser_control::translate_key(MSG& message)
 {
     if (message.message < WM_KEYFIRST || message.message > WM_KEYLAST || !IsChild(window_, message.hwnd))
         return false;

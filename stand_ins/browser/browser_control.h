@@ -1,4 +1,4 @@
-// The WebBrowser control in a window: created, placed, navigated, and taken down in good order.
+// Hosts the WebBrowser control in a window: creation, placement, navigation and shutdown.
 #pragma once
 
 #include "stand_ins/browser/browser_events.h"
@@ -14,7 +14,7 @@
 
 namespace quill {
 
-// Used on one thread, a single-threaded apartment that pumps messages.
+// Use on one thread, in a single-threaded apartment that pumps messages.
 class browser_control
 {
 public:
@@ -23,7 +23,7 @@ public:
     browser_control& operator=(const browser_control&) = delete;
     ~browser_control() { close(); }
 
-    // Places the control into all of `window`.
+    // Creates the control, which fills `window`.
     HRESULT open(HWND window, browser_events_owner& owner);
     void close();
 
@@ -32,11 +32,11 @@ public:
     void go_forward();
     void reload();
 
-    // Fits the control to its window.
+    // Resizes the control to its window.
     void resize();
     void focus();
-    // True when the control took the key message.
-    bool take_key(MSG& message);
+    // True if the control processed the key message.
+    bool translate_key(MSG& message);
 
     std::wstring address() const;
     // The control itself; null before open() and after close().

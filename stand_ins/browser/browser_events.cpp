@@ -6,7 +6,7 @@
 namespace quill {
 namespace {
 
-// Events bring values, references to values, and references to variants that hold either.
+// Follows VT_BYREF | VT_VARIANT to the value itself.
 const VARIANT& resolved(const VARIANT& value)
 {
     const VARIANT* at = &value;
@@ -15,7 +15,7 @@ const VARIANT& resolved(const VARIANT& value)
     return *at;
 }
 
-// Argument `index` in call order; nothing when the event has fewer.
+// Argument `index` in call order; null if the event has fewer arguments.
 const VARIANT* argument(const DISPPARAMS& parameters, UINT index)
 {
     return index < parameters.cArgs ? &resolved(parameters.rgvarg[parameters.cArgs - 1 - index]) : nullptr;
@@ -37,7 +37,7 @@ long number_argument(const DISPPARAMS& parameters, UINT index)
 
 } // namespace
 
-HRESULT browser_events::subscribe(IUnknown* browser, browser_events_owner& owner)
+HRESULT browser_events::advise(IUnknown* browser, browser_events_owner& owner)
 {
     CComPtr<IConnectionPointContainer> container;
     HRESULT hr = browser->QueryInterface(IID_PPV_ARGS(&container));
@@ -55,7 +55,7 @@ HRESULT browser_events::subscribe(IUnknown* browser, browser_events_owner& owner
     return hr;
 }
 
-void browser_events::unsubscribe()
+void browser_events::unadvise()
 {
     owner_ = nullptr;
     const CComPtr<IConnectionPoint> point = point_;
@@ -92,14 +92,14 @@ STDMETHODIMP browser_events::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p
         return E_POINTER;
     try {
         if (owner_ != nullptr)
-            take(id, *parameters);
+            dispatch(id, *parameters);
     } catch (...) {
         return E_OUTOFMEMORY;
     }
     return S_OK;
 }
 
-void browser_events::take(DISPID id, const DISPPARAMS& parameters)
+void browser_events::dispatch(DISPID id, const DISPPARAMS& parameters)
 {
     switch (id) {
     case DISPID_BEFORENAVIGATE2:

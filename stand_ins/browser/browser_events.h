@@ -1,4 +1,4 @@
-// The WebBrowser control's events, handed on as plain calls.
+// The sink for the WebBrowser control's events, which calls a plain C++ interface.
 #pragma once
 
 #include <windows.h>
@@ -11,7 +11,7 @@
 
 namespace quill {
 
-// What the events are handed to. Called inside the control's calls and on its thread.
+// Receives the events. Called on the control's thread, inside the control's calls.
 class browser_events_owner
 {
 public:
@@ -19,9 +19,9 @@ public:
     virtual void on_status(const std::wstring& text) = 0;
     virtual void on_navigate(const std::wstring& address) = 0;
     virtual void on_failure(const std::wstring& address, long status) = 0;
-    // A link wants a window of its own.
+    // A link requests a new window.
     virtual void on_new_window(const std::wstring& address) = 0;
-    // Whether the control's own "back" (or else "forward") leads anywhere.
+    // Whether the command "back" (otherwise "forward") is enabled.
     virtual void on_command_state(bool back, bool enabled) = 0;
 
 protected:
@@ -36,10 +36,10 @@ public:
     COM_INTERFACE_ENTRY_IID(DIID_DWebBrowserEvents2, IDispatch)
     END_COM_MAP()
 
-    ~browser_events() { unsubscribe(); }
+    ~browser_events() { unadvise(); }
 
-    HRESULT subscribe(IUnknown* browser, browser_events_owner& owner);
-    void unsubscribe();
+    HRESULT advise(IUnknown* browser, browser_events_owner& owner);
+    void unadvise();
 
     // IDispatch
     STDMETHOD(GetTypeInfoCount)(UINT* count) override;
@@ -49,7 +49,7 @@ public:
                       VARIANT* result, EXCEPINFO* exception, UINT* bad_argument) override;
 
 private:
-    void take(DISPID id, const DISPPARAMS& parameters);
+    void dispatch(DISPID id, const DISPPARAMS& parameters);
 
     browser_events_owner* owner_ = nullptr;
     CComPtr<IConnectionPoint> point_;

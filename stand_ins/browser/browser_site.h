@@ -1,4 +1,4 @@
-// The container side of the WebBrowser control: the site that it is placed in and the frame around it.
+// The client site, in-place site and frame of the WebBrowser control.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@
 
 namespace quill {
 
-// One object is both, as the frame has nothing of its own to offer: no menus, no toolbars, no borders.
+// One object implements site and frame, since the frame has no menus, tool bars or borders.
 class ATL_NO_VTABLE browser_site : public CComObjectRootEx<CComSingleThreadModel>,
                                    public IOleClientSite,
                                    public IOleInPlaceSite,
@@ -24,8 +24,8 @@ public:
     COM_INTERFACE_ENTRY(IOleInPlaceFrame)
     END_COM_MAP()
 
-    // The window that the control is placed in, and the control, whose reference stays the caller's. Both
-    // null when the container goes away before the control lets go of its site.
+    // Sets the hosting window and the control, which is borrowed. Set both to null before the container is
+    // destroyed: the control may still hold a reference to its site.
     void attach(HWND window, IOleInPlaceObject* control);
 
     // IOleClientSite

@@ -109,8 +109,8 @@ void browser_window::lay_out()
         left += button_width + gap / 2;
     }
     left += gap / 2;
-    // The text of an edit control stands at its top, so the control is as high as the text and the box
-    // around it is drawn by this window.
+    // An edit control aligns its text at the top, so the control is as high as its text and this window draws
+    // the box around it.
     address_box_ = {left, gap, std::max<LONG>(left, client.right - gap), gap + height};
     address_.MoveWindow(left + 2, gap + (height - address_height) / 2,
                         std::max<int>(0, address_box_.right - left - 4), address_height);
@@ -181,7 +181,7 @@ void browser_window::go_to(const std::wstring& address)
         end_watch(false, L"the browser does not take the address: " + hexadecimal(hr));
 }
 
-// As a browser does for each of its tabs.
+// Loads the helper objects as a browser does for each tab.
 bool browser_window::load_helpers()
 {
     CComObject<tab_browser>* tab = nullptr;
@@ -210,7 +210,7 @@ void browser_window::close_control()
     control_.close();
 }
 
-bool browser_window::take_key(MSG& message)
+bool browser_window::translate_key(MSG& message)
 {
     if (message.message == WM_KEYDOWN && message.hwnd == address_.m_hWnd && message.wParam == VK_RETURN) {
         std::wstring address(static_cast<std::size_t>(GetWindowTextLengthW(address_)), L'\0');
@@ -221,7 +221,7 @@ bool browser_window::take_key(MSG& message)
         }
         return true;
     }
-    return control_.take_key(message);
+    return control_.translate_key(message);
 }
 
 void browser_window::on_title(const std::wstring& title)

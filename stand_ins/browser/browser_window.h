@@ -1,5 +1,5 @@
-// The browser's window: a bar with buttons and the address, the page, a line of status. Watches the page
-// until the document is shown and reports how that went.
+// The browser's window: a bar with buttons and the URL, the page, and a status line. Polls until the document
+// is shown and reports the result.
 #pragma once
 
 #include "stand_ins/browser/browser_control.h"
@@ -25,13 +25,13 @@ public:
 
     explicit browser_window(browser_options options);
 
-    // Makes the window and goes to the address. False, with the reason printed, when that fails.
+    // Creates the window and navigates to the URL. Prints the reason and returns false on failure.
     bool open();
 
-    // True when a key is the window's own or the page's, and must not be dispatched.
-    bool take_key(MSG& message);
+    // True if the window or the page processed the key message, which must then not be dispatched.
+    bool translate_key(MSG& message);
 
-    // Whether the document was shown (and its picture saved, where one was wanted).
+    // Whether the document was shown and, if requested, the screenshot saved.
     bool succeeded() const { return succeeded_; }
 
     BOOL ProcessWindowMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result,
@@ -49,9 +49,9 @@ private:
     bool load_helpers();
     void close_control();
 
-    // The watch over the document: every tick until it has ended.
+    // Called by the timer until the document is shown, fails or times out.
     void watch();
-    shown_document seen();
+    shown_document current_document();
     void click_first();
     void end_watch(bool shown, const std::wstring& why);
 
@@ -64,7 +64,7 @@ private:
 
     browser_options options_;
     browser_control control_;
-    CComPtr<tab_browser> tab_; // for the helper objects only
+    CComPtr<tab_browser> tab_; // only with helper objects
     helper_objects helpers_;
     CWindow address_;
     RECT address_box_ = {};
@@ -74,7 +74,7 @@ private:
     gdi_object font_ = make_interface_font(13);
     gdi_object symbol_font_ = make_interface_font(19, FW_BOLD);
     gdi_object small_font_ = make_interface_font(11);
-    ULONGLONG deadline_ = 0; // of the watch, by GetTickCount64
+    ULONGLONG deadline_ = 0; // for the document, by GetTickCount64
     bool watching_ = false;
     bool clicked_ = false;
     bool succeeded_ = false;

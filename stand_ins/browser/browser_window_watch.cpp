@@ -1,4 +1,4 @@
-// The watch over what the window shall show: the click, the document or page, its picture.
+// Polling for the document or page that the window must show, the click and the screenshot.
 #include "stand_ins/browser/browser_window.h"
 #include "stand_ins/browser/print_line.h"
 #include "stand_ins/browser/shown_page.h"
@@ -9,7 +9,7 @@
 namespace quill {
 namespace {
 
-// The last part of an address, for the title.
+// The last segment of a URL's path, for the title.
 std::wstring name_of(const std::wstring& address)
 {
     const std::wstring path = address.substr(0, address.find_first_of(L"?#"));
@@ -20,8 +20,8 @@ std::wstring name_of(const std::wstring& address)
 
 } // namespace
 
-// The control's events do not tell of every change: the first question after its shell browser, which
-// documents ask, can silence them for good.
+// Polled because the control may stop firing events as soon as a document has queried for the shell browser
+// service.
 void browser_window::follow_address()
 {
     const std::wstring address = control_.address();
@@ -33,8 +33,8 @@ void browser_window::follow_address()
     ::SetWindowTextW(m_hWnd, (name_of(address) + L" - Quill Browser").c_str());
 }
 
-// What there is to see of what shall be shown.
-shown_document browser_window::seen()
+// The state of the expected document or page.
+shown_document browser_window::current_document()
 {
     if (!options_.page)
         return summarise(find_shown_documents(content_), options_.documents);
@@ -63,7 +63,7 @@ void browser_window::watch()
     if (!watching_)
         return;
     const bool waits_for_click = !options_.click.empty() && !clicked_;
-    const shown_document document = waits_for_click ? shown_document() : seen();
+    const shown_document document = waits_for_click ? shown_document() : current_document();
     if (document.state == viewer_state::shown)
         end_watch(true, document.text);
     else if (document.state == viewer_state::failed)

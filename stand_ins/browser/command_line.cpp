@@ -8,7 +8,7 @@ namespace {
 constexpr unsigned long longest_wait = 600;
 constexpr unsigned long most_documents = 99;
 
-// A number from 1 to `largest`.
+// nullopt unless text is a number from 1 to `largest`.
 std::optional<unsigned long> parse_number(const std::wstring& text, unsigned long largest)
 {
     wchar_t* end = nullptr;

@@ -1,4 +1,4 @@
-// What quill_browser.exe is told on its command line.
+// The command line of quill_browser.exe.
 #pragma once
 
 #include <chrono>
@@ -11,27 +11,27 @@ namespace quill {
 
 struct browser_options
 {
-    std::wstring address;          // a URL, or the path of a file
-    std::wstring screenshot;       // PNG file to save when the document is shown; empty for none
-    bool exit = false;             // leave after that, instead of staying until the window is closed
-    std::chrono::seconds wait{30}; // how long the document may take to appear
-    std::size_t documents = 1;     // how many are to appear: a page can have several
-    bool page = false;             // an HTML page is to appear instead
-    std::wstring click;            // identifier of the page's element to click on first; empty for none
+    std::wstring address;          // a URL or a file path
+    std::wstring screenshot;       // path of the PNG file to save; empty for none
+    bool exit = false;             // exit when the document is shown
+    std::chrono::seconds wait{30}; // time-out for the document
+    std::size_t documents = 1;     // expected number of documents in the page
+    bool page = false;             // expect an HTML page instead of a document
+    std::wstring click;            // id of the element to click first; empty for none
     bool helpers = false;          // load the registered helper objects
 };
 
 inline constexpr wchar_t browser_usage[] =
-    L"usage: quill_browser [OPTIONS] ADDRESS\n"
-    L"  --screenshot FILE  saves a picture of the window (PNG) when the document is shown\n"
-    L"  --exit             leaves then; the exit code is 0 when the document was shown\n"
-    L"  --wait SECONDS     how long the document may take to appear, 1 to 600 (30)\n"
-    L"  --documents COUNT  how many documents the page shows, 1 to 99 (1)\n"
-    L"  --page             an HTML page is to be shown, not a document\n"
-    L"  --click ID         waits for a page, clicks on its element of that id, and goes on from there\n"
-    L"  --helpers          loads the browser helper objects that are registered for the machine\n";
+    L"usage: quill_browser [OPTIONS] URL\n"
+    L"  --screenshot FILE  save a screenshot (PNG) when the document is shown\n"
+    L"  --exit             exit when the document is shown; the exit code is 0 if it was\n"
+    L"  --wait SECONDS     time-out for the document, 1 to 600 (default 30)\n"
+    L"  --documents COUNT  number of documents in the page, 1 to 99 (default 1)\n"
+    L"  --page             wait for an HTML page instead of a document\n"
+    L"  --click ID         wait for a page, click its element with this id, then wait for the document\n"
+    L"  --helpers          load the browser helper objects that are registered per machine\n";
 
-// Empty when the arguments (without the program's name) make no sense.
+// Parses the arguments without the program's name. nullopt if they are invalid.
 std::optional<browser_options> parse_command_line(const std::vector<std::wstring>& arguments);
 
 } // namespace quill

@@ -25,7 +25,7 @@ void event_relay::close()
 
 void event_relay::fire(DISPID event, DISPPARAMS* arguments)
 {
-    const auto connections = connections_; // a sink may disconnect while it is called
+    const auto connections = connections_; // a sink may unadvise inside the call
     for (const connection& each : connections)
         each.sink->Invoke(event, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, arguments, nullptr, nullptr,
                           nullptr);
@@ -82,7 +82,7 @@ STDMETHODIMP event_relay::EnumConnections(IEnumConnections** connections)
     return E_NOTIMPL;
 }
 
-HRESULT event_listener::listen(IUnknown* source, IDispatch* shown, event_relay* relay)
+HRESULT forwarding_sink::advise(IUnknown* source, IDispatch* shown, event_relay* relay)
 {
     source_ = source;
     shown_ = shown;
@@ -90,7 +90,7 @@ HRESULT event_listener::listen(IUnknown* source, IDispatch* shown, event_relay* 
     return AtlAdvise(source, static_cast<IDispatch*>(this), DIID_DWebBrowserEvents2, &cookie_);
 }
 
-void event_listener::close()
+void forwarding_sink::close()
 {
     const CComPtr<IUnknown> source = source_;
     source_.Release();
@@ -100,7 +100,7 @@ void event_listener::close()
         AtlUnadvise(source, DIID_DWebBrowserEvents2, cookie_);
 }
 
-STDMETHODIMP event_listener::GetTypeInfoCount(UINT* count)
+STDMETHODIMP forwarding_sink::GetTypeInfoCount(UINT* count)
 {
     if (count == nullptr)
         return E_POINTER;
@@ -108,7 +108,7 @@ STDMETHODIMP event_listener::GetTypeInfoCount(UINT* count)
     return S_OK;
 }
 
-STDMETHODIMP event_listener::GetTypeInfo(UINT, LCID, ITypeInfo** info)
+STDMETHODIMP forwarding_sink::GetTypeInfo(UINT, LCID, ITypeInfo** info)
 {
     if (info == nullptr)
         return E_POINTER;
@@ -116,13 +116,13 @@ STDMETHODIMP event_listener::GetTypeInfo(UINT, LCID, ITypeInfo** info)
     return E_NOTIMPL;
 }
 
-STDMETHODIMP event_listener::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*)
+STDMETHODIMP forwarding_sink::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*)
 {
     return E_NOTIMPL;
 }
 
-STDMETHODIMP event_listener::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*,
-                                    EXCEPINFO*, UINT*)
+STDMETHODIMP forwarding_sink::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*,
+                                     EXCEPINFO*, UINT*)
 {
     if (parameters == nullptr)
         return E_POINTER;
@@ -131,7 +131,7 @@ STDMETHODIMP event_listener::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p
         return S_OK;
     try {
         std::vector<VARIANT> arguments(parameters->rgvarg, parameters->rgvarg + parameters->cArgs);
-        // The browser comes first, which is last as arguments are packed.
+        // The browser is the first argument; DISPPARAMS holds the arguments in reverse order.
         if (is_about_a_browser(id) && !arguments.empty() && arguments.back().vt == VT_DISPATCH &&
             source_.IsEqualObject(arguments.back().pdispVal))
             arguments.back().pdispVal = shown_;

@@ -1,4 +1,4 @@
-// A connection point for a browser's events, fed with the events of another browser object.
+// A connection point for browser events that forwards the events of another browser object.
 #pragma once
 
 #include <windows.h>
@@ -13,7 +13,7 @@
 
 namespace quill {
 
-// The connection point. Sinks stay until they disconnect or close() is called.
+// The connection point. Keeps its sinks until Unadvise or close().
 class ATL_NO_VTABLE event_relay : public CComObjectRootEx<CComSingleThreadModel>, public IConnectionPoint
 {
 public:
@@ -21,7 +21,7 @@ public:
     COM_INTERFACE_ENTRY(IConnectionPoint)
     END_COM_MAP()
 
-    // The container is not referenced; it calls close() before it goes.
+    // The container is borrowed; it must call close() before it is destroyed.
     void attach(IConnectionPointContainer* container) { container_ = container; }
     void close();
     void fire(DISPID event, DISPPARAMS* arguments);
@@ -46,17 +46,17 @@ private:
     DWORD last_cookie_ = 0;
 };
 
-// The sink at the other browser: passes its events on with the browser that they are about replaced.
-class ATL_NO_VTABLE event_listener : public CComObjectRootEx<CComSingleThreadModel>, public IDispatch
+// The sink of the other browser's events: forwards them with the browser argument replaced.
+class ATL_NO_VTABLE forwarding_sink : public CComObjectRootEx<CComSingleThreadModel>, public IDispatch
 {
 public:
-    BEGIN_COM_MAP(event_listener)
+    BEGIN_COM_MAP(forwarding_sink)
     COM_INTERFACE_ENTRY(IDispatch)
     COM_INTERFACE_ENTRY_IID(DIID_DWebBrowserEvents2, IDispatch)
     END_COM_MAP()
 
-    // Events about `source` come out of the relay as events about `shown`, which is not referenced.
-    HRESULT listen(IUnknown* source, IDispatch* shown, event_relay* relay);
+    // The relay fires the events of `source` with `shown`, which is borrowed, as their browser argument.
+    HRESULT advise(IUnknown* source, IDispatch* shown, event_relay* relay);
     void close();
 
     // IDispatch

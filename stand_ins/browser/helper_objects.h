@@ -1,4 +1,4 @@
-// Browser helper objects: what add-ons register to be loaded into every tab.
+// Loads the registered browser helper objects of a tab.
 #pragma once
 
 #include <windows.h>
@@ -10,7 +10,7 @@
 
 namespace quill {
 
-// Classes that are registered with the browser, per machine.
+// The classes that are registered as helper objects, per machine.
 std::vector<CLSID> registered_helper_objects();
 
 // The helper objects of one tab.
@@ -22,10 +22,10 @@ public:
     helper_objects& operator=(const helper_objects&) = delete;
     ~helper_objects() { unload(); }
 
-    // Makes every registered one and gives it the tab as its site; how many there are. One that cannot be
-    // made, or that refuses its site, is left out.
+    // Creates every registered object and sets the tab as its site. Skips an object that cannot be created or
+    // whose SetSite fails. Returns the number of loaded objects.
     std::size_t load(IUnknown* tab);
-    // Takes the site from all of them and lets go.
+    // Clears the site of every object and releases it.
     void unload();
 
 private:

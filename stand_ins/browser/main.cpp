@@ -1,4 +1,4 @@
-// quill_browser.exe: the system's browser engine in a window of its own.
+// quill_browser.exe: hosts the system's browser engine in a window.
 #include "stand_ins/browser/browser_window.h"
 #include "stand_ins/browser/command_line.h"
 
@@ -25,7 +25,7 @@ void pump_messages(quill::browser_window& window)
 {
     MSG message = {};
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
-        if (window.take_key(message))
+        if (window.translate_key(message))
             continue;
         TranslateMessage(&message);
         DispatchMessageW(&message);

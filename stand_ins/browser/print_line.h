@@ -1,4 +1,4 @@
-// Lines of the browser's own on its standard output and error output, in UTF-8.
+// Prints the browser's own messages to standard output or standard error, in UTF-8.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// Whether a document is on the screen, as the viewer inside the browser's window says.
+// The state of the viewers inside the browser's window.
 #pragma once
 
 #include "stand_ins/common/viewer_state.h"
@@ -13,19 +13,19 @@ namespace quill {
 
 struct shown_document
 {
-    viewer_state state = viewer_state::empty; // empty also when there is no viewer in the window
-    std::wstring text;                        // the viewer's own line: page and zoom, or why it failed
+    viewer_state state = viewer_state::empty; // also empty if the window has no viewer
+    std::wstring text;                        // the viewer's status: page and zoom, or the error
     HWND viewer = nullptr;
 };
 
-// Looks for the viewer among the window's descendants.
+// Finds the first viewer among the window's descendants.
 shown_document find_shown_document(HWND browser);
 
-// A page can have several viewers: all of them, in the page's order from top to bottom.
+// Finds all viewers, in their order on the page from top to bottom.
 std::vector<shown_document> find_shown_documents(HWND browser);
 
-// What `count` documents are together: failed as soon as one is, shown when all of them are, else working
-// (empty for none yet). The text has a part for every document.
+// The combined state of `count` documents: failed if one has failed, shown if all are shown, empty if there
+// is none yet, otherwise working. The text is composed of all documents' texts.
 shown_document summarise(const std::vector<shown_document>& documents, std::size_t count);
 
 } // namespace quill

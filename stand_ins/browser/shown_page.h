@@ -1,4 +1,4 @@
-// The HTML page that a browser shows, and a click in it.
+// The HTML page in a browser, and clicks on its elements.
 #pragma once
 
 #include <windows.h>
@@ -11,12 +11,12 @@
 
 namespace quill {
 
-// The page, when the browser shows one and has read it to its end; null until then.
+// The browser's page once it is loaded completely; null until then.
 CComPtr<IHTMLDocument2> complete_page_of(IWebBrowser2* browser);
 
 std::wstring title_of(IHTMLDocument2* page);
 
-// Clicks on the element of that identifier. False when the page has none.
+// Clicks the element with this id. False if the page has none.
 bool click_on(IHTMLDocument2* page, const std::wstring& id);
 
 } // namespace quill

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-// What neither the tab nor the control is asked for here.
+// The result of IWebBrowser2's methods that no helper object calls.
 HRESULT unimplemented_method(const char*) noexcept
 {
     return E_NOTIMPL;
@@ -23,7 +23,7 @@ HRESULT create(CComPtr<Object>& object)
     return hr;
 }
 
-// Clears what the caller gets, and says whether there is anybody to ask.
+// Initialises the out parameter and checks that the control is open.
 template <class Value>
 HRESULT prepare(IWebBrowser2* control, Value* value)
 {
@@ -39,24 +39,24 @@ HRESULT tab_browser::open(IWebBrowser2* control)
 {
     HRESULT hr = create(relay_);
     if (SUCCEEDED(hr))
-        hr = create(listener_);
+        hr = create(control_sink_);
     if (FAILED(hr))
         return hr;
     control_ = control;
     relay_->attach(this);
-    return listener_->listen(control, static_cast<IWebBrowser2*>(this), relay_);
+    return control_sink_->advise(control, static_cast<IWebBrowser2*>(this), relay_);
 }
 
 HRESULT tab_browser::add_frame(IWebBrowser2* frame)
 {
     if (!relay_)
         return E_UNEXPECTED;
-    CComPtr<event_listener> listener;
-    HRESULT hr = create(listener);
+    CComPtr<forwarding_sink> sink;
+    HRESULT hr = create(sink);
     if (SUCCEEDED(hr))
-        hr = listener->listen(frame, frame, relay_);
+        hr = sink->advise(frame, frame, relay_);
     if (SUCCEEDED(hr))
-        frames_.push_back(listener);
+        frames_.push_back(sink);
     return hr;
 }
 
@@ -76,11 +76,11 @@ void tab_browser::close()
     const auto frames = std::exchange(frames_, {});
     for (const auto& frame : frames)
         frame->close();
-    if (listener_)
-        listener_->close();
+    if (control_sink_)
+        control_sink_->close();
     if (relay_)
         relay_->close();
-    listener_.Release();
+    control_sink_.Release();
     relay_.Release();
     control_.Release();
 }

@@ -1,5 +1,5 @@
-// The browser object of a tab, as a browser has one around its control: what helper objects get as their
-// site. The control by itself does not say that it is a tab's whole page.
+// The browser object of a tab, which is the site of helper objects. A browser wraps its control in such an
+// object; unlike the control, it is a top-level container.
 #pragma once
 
 #include "stand_ins/browser/event_relay.h"
@@ -28,18 +28,18 @@ public:
     COM_INTERFACE_ENTRY(IConnectionPointContainer)
     END_COM_MAP()
 
-    // Stands for the control from here on.
+    // Wraps the control and forwards its events.
     HRESULT open(IWebBrowser2* control);
-    // Has the events of a frame's browser heard at the tab too, about the frame, as the browser does.
+    // Also forwards the events of a frame's browser, with the frame as their browser argument.
     HRESULT add_frame(IWebBrowser2* frame);
-    // Tells the tab's end to whoever listens, once.
+    // Fires OnQuit, once.
     void quit();
-    // The same, and lets go of everything.
+    // Calls quit() and releases all references.
     void close();
-    // How many listen.
+    // The number of advised sinks.
     std::size_t sinks() const { return relay_ ? relay_->sinks() : 0; }
 
-    // IWebBrowser2: what the tab adds, and what the control knows
+    // IWebBrowser2: TopLevelContainer is the tab's own, the rest is forwarded to the control
     STDMETHODIMP get_TopLevelContainer(VARIANT_BOOL* value) override;
     STDMETHODIMP get_Document(IDispatch** document) override;
     STDMETHODIMP get_LocationURL(BSTR* address) override;
@@ -56,8 +56,8 @@ public:
 private:
     CComPtr<IWebBrowser2> control_;
     CComPtr<event_relay> relay_;
-    CComPtr<event_listener> listener_;
-    std::vector<CComPtr<event_listener>> frames_;
+    CComPtr<forwarding_sink> control_sink_;
+    std::vector<CComPtr<forwarding_sink>> frames_;
     bool has_quit_ = false;
 };
 

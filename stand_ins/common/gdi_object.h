@@ -1,4 +1,9 @@
-// Owners of what GDI hands out, and the font that the stand-ins write in.
+// Owner of GDI objects, and the font of the stand-ins' windows.
+//
+//     const gdi_object font = make_interface_font(12);
+//     const HGDIOBJ previous = SelectObject(dc, font.get());    // borrowed
+//     DrawTextW(dc, text, -1, &area, DT_SINGLELINE);
+//     SelectObject(dc, previous);
 #pragma once
 
 #include <windows.h>
@@ -7,7 +12,7 @@
 
 namespace quill {
 
-// Owns a GDI object that DeleteObject ends.
+// Owns a GDI object and deletes it. It must not be selected into a device context when it is deleted.
 class gdi_object
 {
 public:
@@ -32,7 +37,7 @@ private:
     HGDIOBJ object_ = nullptr;
 };
 
-// The font of the stand-ins' windows, one that Wine draws with soft edges at small sizes. Height in pixels.
+// The font of the stand-ins' windows, which Wine antialiases at small sizes. Height in pixels.
 inline gdi_object make_interface_font(int height, int weight = FW_NORMAL)
 {
     return gdi_object(CreateFontW(-height, 0, 0, 0, weight, FALSE, FALSE, FALSE, DEFAULT_CHARSET,

@@ -1,7 +1,7 @@
 #include "stand_ins/common/window_picture.h"
 
 #include <objidl.h>
-// gdiplus.h needs the interfaces above.
+// gdiplus.h requires the interfaces of objidl.h.
 #include <gdiplus.h>
 
 #include <vector>
@@ -15,7 +15,7 @@ bool find_png_encoder(CLSID& encoder)
     UINT bytes = 0;
     if (Gdiplus::GetImageEncodersSize(&count, &bytes) != Gdiplus::Ok || bytes == 0)
         return false;
-    // The descriptions stand at the front of the block, their texts behind them.
+    // The block contains the array of descriptions, followed by their strings.
     std::vector<Gdiplus::ImageCodecInfo> block(bytes / sizeof(Gdiplus::ImageCodecInfo) + 1);
     if (Gdiplus::GetImageEncoders(count, bytes, block.data()) != Gdiplus::Ok)
         return false;
@@ -53,8 +53,8 @@ bool save_window_picture(HWND window, const std::wstring& path)
         return false;
     const int width = bounds.right - bounds.left;
     const int height = bounds.bottom - bounds.top;
-    // The window's own device context shows its children as they are on the screen; PrintWindow would ask
-    // each to draw itself again and leaves out those of another process or framework.
+    // GetWindowDC includes the children as they are on the screen. PrintWindow omits windows of other
+    // processes and those that do not handle WM_PRINT.
     const HDC source = GetWindowDC(window);
     if (source == nullptr)
         return false;

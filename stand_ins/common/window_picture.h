@@ -1,4 +1,4 @@
-// Saves what a window shows, its children included, as a PNG file.
+// Saves a screenshot of a window, including its children, as a PNG file.
 #pragma once
 
 #include <windows.h>
@@ -7,8 +7,8 @@
 
 namespace quill {
 
-// The window must be on the screen and uncovered: the picture is taken from there. False when there is
-// nothing to take or the file cannot be written.
+// The window must be visible and not covered, since the picture is copied from the screen. False if the
+// window is empty or the file cannot be written.
 bool save_window_picture(HWND window, const std::wstring& path);
 
 } // namespace quill

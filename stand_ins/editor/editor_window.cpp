@@ -1,7 +1,7 @@
 #include "stand_ins/editor/editor_window.h"
 
-#include "stand_ins/common/window_picture.h"
 #include "stand_ins/common/gdi_object.h"
+#include "stand_ins/common/window_picture.h"
 
 #include <array>
 
@@ -25,7 +25,7 @@ void fill(HDC context, const RECT& area, COLORREF color)
     FillRect(context, &area, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
 }
 
-// Draws text from the area's top on and moves the top below it.
+// Draws text at the top of the area and moves the area's top below it.
 void draw(HDC context, RECT& area, HGDIOBJ font, COLORREF color, const std::wstring& text)
 {
     constexpr UINT format = DT_WORDBREAK | DT_EDITCONTROL | DT_NOPREFIX;

@@ -9,8 +9,8 @@
 
 namespace quill::editor {
 
-// Shows how the program was started in a window until the user closes it, and first saves a picture of the
-// window (PNG) when a file for it is named. Returns the program's exit code.
+// Shows how the program was started, until the user closes the window. If `picture` is not empty, first saves
+// a screenshot (PNG) to that path. Returns the program's exit code.
 int show_start(HINSTANCE instance, const start_record& start, int show_command, const std::wstring& picture);
 
 } // namespace quill::editor

@@ -1,6 +1,6 @@
-// Stands in for the suite's desktop editor on machines without the suite: shows how it was started. Two
-// environment variables name files: QUILL_EDITOR_RECORD, to which it adds how it was started, and
-// QUILL_EDITOR_PICTURE, for a picture of its window. With the first alone there is no window.
+// Stands in for the suite's desktop editor: shows its command line and working directory. Two environment
+// variables name output files: QUILL_EDITOR_RECORD, to which a record of the start is appended, and
+// QUILL_EDITOR_PICTURE, for a screenshot. With QUILL_EDITOR_RECORD alone no window is shown.
 #include "platform/environment.h"
 #include "stand_ins/editor/editor_window.h"
 #include "stand_ins/editor/start_record.h"

@@ -80,9 +80,9 @@ std::wstring start_record::text() const
 
 bool append_to_file(const std::wstring& path, const std::wstring& text)
 {
-    // Finding a file's end and writing there are two steps on some systems.
-    const unique_handle turn(CreateMutexW(nullptr, FALSE, L"Local\\QuillEditorRecord"));
-    WaitForSingleObject(turn.get(), INFINITE);
+    // FILE_APPEND_DATA is not atomic on every system.
+    const unique_handle mutex(CreateMutexW(nullptr, FALSE, L"Local\\QuillEditorRecord"));
+    WaitForSingleObject(mutex.get(), INFINITE);
     const unique_handle file(CreateFileW(path.c_str(), FILE_APPEND_DATA, FILE_SHARE_READ | FILE_SHARE_WRITE,
                                          nullptr, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr));
     const std::string bytes = to_utf8(text);
@@ -90,7 +90,7 @@ bool append_to_file(const std::wstring& path, const std::wstring& text)
     const bool done =
         file && WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr) &&
         written == bytes.size();
-    ReleaseMutex(turn.get());
+    ReleaseMutex(mutex.get());
     return done;
 }
 

@@ -1,4 +1,4 @@
-// How a program was started, as text.
+// Records how a process was started: command line, arguments, directory and inherited handles.
 #pragma once
 
 #include <string>
@@ -8,24 +8,23 @@ namespace quill::editor {
 
 struct start_record
 {
-    std::wstring command_line; // character for character
-    // What the command line is taken apart to by the C library and by the shell's function.
-    std::vector<std::wstring> crt_arguments;
-    std::vector<std::wstring> shell_arguments;
+    std::wstring command_line;                 // verbatim
+    std::vector<std::wstring> crt_arguments;   // parsed by the C runtime
+    std::vector<std::wstring> shell_arguments; // parsed by CommandLineToArgvW
     std::wstring directory;
-    int show_command; // -1: none was given
-    // Whether it got the starter's handle whose number stands in QUILL_EDITOR_CANARY.
+    int show_command; // -1: not specified
+    // Whether the process inherited the handle whose value is in QUILL_EDITOR_CANARY.
     bool has_canary;
 
-    // How this program was started.
+    // The record of the current process.
     static start_record of_this_program();
 
-    // One line per value, and an empty line. Arguments are in ASCII: "\uXXXX" is any other character, a
-    // control character or a backslash.
+    // One line per value, then an empty line. Arguments are escaped to ASCII: "\uXXXX" for non-ASCII
+    // characters, control characters and backslashes.
     std::wstring text() const;
 };
 
-// Adds text, as UTF-8, to the file's end in one piece: several programs may record into one file.
+// Appends text to the file as UTF-8, atomically: several processes may write to one file.
 bool append_to_file(const std::wstring& path, const std::wstring& text);
 
 } // namespace quill::editor

@@ -84,14 +84,14 @@ STDMETHODIMP collection_object::item(VARIANT name, VARIANT index, IDispatch** el
 HRESULT collection_object::item_at(long index, IDispatch** element)
 {
     if (static_cast<std::size_t>(index) >= elements().size())
-        return S_OK; // nothing there, as the engine says it
+        return S_OK; // the engine returns S_OK and null for an index out of range
     CComPtr<IHTMLElement> found;
     const HRESULT hr = get_element(page_, elements()[static_cast<std::size_t>(index)], &found);
     *element = found.Detach();
     return hr;
 }
 
-// One element of that name or identifier is given itself, several as a collection unless one is picked.
+// Returns a single element with this name or id, or a collection if there are several and no index is given.
 HRESULT collection_object::item_named(std::wstring_view name, const VARIANT& index, IDispatch** element)
 {
     CComPtr<CComObject<collection_object>> named;

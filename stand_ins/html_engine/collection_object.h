@@ -1,4 +1,4 @@
-// Elements of a page in document order. A collection lives: it always shows the page as it is.
+// IHTMLElementCollection: elements of a page in document order. Live: reflects later changes of the page.
 #pragma once
 
 #include "stand_ins/html_engine/counted_object.h"
@@ -20,10 +20,10 @@ enum class collection_scope
 
 using element_filter = std::function<bool(const dom_node&)>;
 
-// Elements of that name in any case; "*" is every element.
+// Matches elements by name, case-insensitively; "*" matches every element.
 element_filter with_name(std::wstring_view name);
 
-class ATL_NO_VTABLE collection_object : public counted_object<&living_objects::collections>,
+class ATL_NO_VTABLE collection_object : public counted_object<&live_objects::collections>,
                                         public html_collection_interface
 {
 public:
@@ -32,7 +32,7 @@ public:
     COM_INTERFACE_ENTRY(IDispatch)
     END_COM_MAP()
 
-    // A null filter lets every element through.
+    // A null filter matches every element.
     void attach(std::shared_ptr<page_model> page, dom_node::pointer top, collection_scope scope,
                 element_filter filter);
 
@@ -51,10 +51,10 @@ private:
     collection_scope scope_ = collection_scope::descendants;
     element_filter filter_;
     std::vector<dom_node::pointer> elements_;
-    std::uint64_t version_ = static_cast<std::uint64_t>(-1); // of the page when elements_ was made
+    std::uint64_t version_ = static_cast<std::uint64_t>(-1); // the page's version when elements_ was filled
 };
 
-// Out: IHTMLElementCollection or IDispatch, referenced for the caller.
+// Out: IHTMLElementCollection or IDispatch. The caller owns the reference.
 template <class Out>
 HRESULT create_collection(const std::shared_ptr<page_model>& page, const dom_node::pointer& top,
                           collection_scope scope, element_filter filter, Out** out)

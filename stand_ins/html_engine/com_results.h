@@ -1,4 +1,12 @@
-// What every method of the page's interfaces does with its arguments and failures.
+// The exception barrier and out parameter helpers of the page's COM methods.
+//
+//     STDMETHODIMP html_document2::get_title(BSTR* title)
+//     {
+//         return guarded_out(title, [&] {
+//             *title = new_bstr(page()->title());
+//             return S_OK;
+//         });
+//     }
 #pragma once
 
 #include <windows.h>
@@ -11,7 +19,7 @@
 
 namespace quill {
 
-// Runs `work`; what it throws becomes a result, for nothing may be thrown at a host.
+// Calls `work` and converts exceptions to HRESULTs, since a COM method must not throw.
 template <class Work>
 HRESULT guarded(const Work& work) noexcept
 {
@@ -24,7 +32,7 @@ HRESULT guarded(const Work& work) noexcept
     }
 }
 
-// Clears the out-parameter, then runs `work`, which fills it.
+// Initialises the out parameter, then calls `work`, which sets it.
 template <class Out, class Work>
 HRESULT guarded_out(Out* out, const Work& work) noexcept
 {
@@ -47,7 +55,7 @@ inline BSTR new_bstr(std::wstring_view text)
     return result;
 }
 
-inline HRESULT give_bool(VARIANT_BOOL* out, bool value)
+inline HRESULT set_bool(VARIANT_BOOL* out, bool value)
 {
     if (out == nullptr)
         return E_POINTER;

@@ -72,7 +72,7 @@ STDMETHODIMP connection_point::Unadvise(DWORD cookie)
     const auto found = sinks_.find(cookie);
     if (found == sinks_.end())
         return CONNECT_E_NOCONNECTION;
-    // Released at the end, when the list is consistent again.
+    // Released on return, when the list is consistent again.
     const CComPtr<IUnknown> sink(std::move(found->second));
     sinks_.erase(found);
     return S_OK;

@@ -1,5 +1,4 @@
-// One outgoing interface of a page and its sinks. The page keeps its connection points; one that somebody
-// else keeps longer has no container any more.
+// A connection point of a page and its sinks. May outlive the page, and then has no container.
 #pragma once
 
 #include "stand_ins/html_engine/counted_object.h"
@@ -13,7 +12,7 @@
 
 namespace quill {
 
-class ATL_NO_VTABLE connection_point : public counted_object<&living_objects::connection_points>,
+class ATL_NO_VTABLE connection_point : public counted_object<&live_objects::connection_points>,
                                        public IConnectionPoint
 {
 public:
@@ -21,12 +20,12 @@ public:
     COM_INTERFACE_ENTRY(IConnectionPoint)
     END_COM_MAP()
 
-    // The container is not referenced. A dispinterface is also taken from sinks that have only IDispatch.
+    // The container is borrowed. With dispinterface set, sinks that support only IDispatch are accepted.
     void attach(IConnectionPointContainer* container, REFIID interface_id, bool dispinterface);
-    // The container goes away, and lets go of its sinks.
+    // Called when the container is destroyed. Releases the sinks.
     void detach();
 
-    // The sinks, referenced, so that they may come and go while they are called.
+    // A copy with references: sinks may advise and unadvise while they are called.
     std::vector<CComPtr<IUnknown>> sinks() const;
 
     STDMETHODIMP GetConnectionInterface(IID* interface_id) override;
@@ -40,7 +39,7 @@ private:
     IID interface_id_{};
     bool dispinterface_ = false;
     DWORD last_cookie_ = 0;
-    std::map<DWORD, CComPtr<IUnknown>> sinks_; // in order of arrival
+    std::map<DWORD, CComPtr<IUnknown>> sinks_; // by cookie, in the order of Advise
 };
 
 } // namespace quill

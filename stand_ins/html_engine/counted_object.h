@@ -1,7 +1,7 @@
-// The root of every COM class here: counts its objects and the references to them.
+// The base of every COM class here: counts its objects and the references to them.
 #pragma once
 
-#include "stand_ins/html_engine/living_objects.h"
+#include "stand_ins/html_engine/live_objects.h"
 
 #include <windows.h>
 
@@ -10,31 +10,31 @@
 
 namespace quill {
 
-// Objects belong to one apartment each, but several apartments may have pages: counts change atomically.
-inline living_objects living;
+// Atomic, since pages may exist in several apartments.
+inline live_objects live_counts;
 
-template <long living_objects::* kind>
+template <long live_objects::* kind>
 class counted_object : public CComObjectRootEx<CComSingleThreadModel>
 {
 public:
-    counted_object() { InterlockedIncrement(&(living.*kind)); }
+    counted_object() { InterlockedIncrement(&(live_counts.*kind)); }
 
     ULONG InternalAddRef() noexcept
     {
-        InterlockedIncrement(&living.references);
+        InterlockedIncrement(&live_counts.references);
         return CComObjectRootEx::InternalAddRef();
     }
     ULONG InternalRelease() noexcept
     {
-        InterlockedDecrement(&living.references);
+        InterlockedDecrement(&live_counts.references);
         return CComObjectRootEx::InternalRelease();
     }
 
 protected:
-    ~counted_object() { InterlockedDecrement(&(living.*kind)); }
+    ~counted_object() { InterlockedDecrement(&(live_counts.*kind)); }
 };
 
-// Creates an object and hands out its first reference.
+// Creates an object; `out` owns its first reference.
 template <class Object>
 HRESULT create_object(CComPtr<CComObject<Object>>& out)
 {

@@ -1,4 +1,5 @@
-// The page as a document object with itself as its only view. The view's site is the control's in-place site.
+// The page as an ActiveX document with itself as its only view. The view's site is the control's in-place
+// site.
 #pragma once
 
 #include <windows.h>

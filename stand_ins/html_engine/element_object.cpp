@@ -10,7 +10,7 @@
 namespace quill {
 namespace {
 
-// getAttribute's flags: exact case of the name; the value made absolute where it is an address.
+// Flags of getAttribute: case-sensitive name; absolute URL.
 constexpr LONG case_sensitive = 1;
 constexpr LONG expand_address = 4;
 
@@ -84,8 +84,8 @@ STDMETHODIMP element_object::setAttribute(BSTR name, VARIANT value, LONG)
     });
 }
 
-// A value is given as it stands in the page, whether as a property (0) or as text (2) is asked for: that is
-// how the engine answers in its standards mode.
+// Returns the attribute as written in the page for flags 0 (property) and 2 (text), as the engine does in
+// standards mode.
 STDMETHODIMP element_object::getAttribute(BSTR name, LONG flags, VARIANT* value)
 {
     return guarded_out(value, [&] {
@@ -109,7 +109,7 @@ STDMETHODIMP element_object::removeAttribute(BSTR name, LONG, VARIANT_BOOL* remo
         const bool found = node_->remove_attribute(view_of(name));
         if (found)
             page_->changed();
-        return give_bool(removed, found);
+        return set_bool(removed, found);
     });
 }
 
@@ -144,13 +144,13 @@ STDMETHODIMP element_object::get_document(IDispatch** document)
 STDMETHODIMP element_object::contains(IHTMLElement* child, VARIANT_BOOL* result)
 {
     return guarded_out(result, [&] {
-        // Only an object of the table is one of ours.
+        // Only a pointer in the table is an element_object.
         bool inside = false;
         visit_elements(*node_, [&](dom_node& below) {
             inside = child != nullptr && page_->object_of(below) == child;
             return !inside;
         });
-        return give_bool(result, inside || child == static_cast<IHTMLElement*>(this));
+        return set_bool(result, inside || child == static_cast<IHTMLElement*>(this));
     });
 }
 
@@ -208,7 +208,7 @@ STDMETHODIMP element_object::get_innerText(BSTR* text)
     });
 }
 
-// This object stays with the old element, which is no part of the page from then on.
+// This object keeps the old element, which is no longer part of the page.
 STDMETHODIMP element_object::put_outerHTML(BSTR html)
 {
     return guarded([&] {

@@ -1,4 +1,4 @@
-// An element of a page as its users hold it. It keeps its node, also when that was taken out of the page.
+// The COM object of an element. Keeps its node alive, also after the node is removed from the page.
 #pragma once
 
 #include "stand_ins/html_engine/counted_object.h"
@@ -9,7 +9,7 @@
 
 namespace quill {
 
-class ATL_NO_VTABLE element_object : public counted_object<&living_objects::elements>,
+class ATL_NO_VTABLE element_object : public counted_object<&live_objects::elements>,
                                      public html_element_interface,
                                      public html_element2_interface
 {
@@ -56,10 +56,10 @@ public:
     STDMETHODIMP getElementsByTagName(BSTR name, IHTMLElementCollection** elements) override;
 
 protected:
-    // Properties that mirror an attribute; null text for one that is not there.
+    // Properties that reflect an attribute; null BSTR if it is missing.
     HRESULT get_attribute_text(const wchar_t* attribute, BSTR* value) const;
     HRESULT put_attribute_text(const wchar_t* attribute, BSTR value);
-    // As get_attribute_text, made absolute.
+    // As get_attribute_text, as an absolute URL.
     HRESULT get_attribute_address(const wchar_t* attribute, BSTR* value) const;
 
 private:
@@ -67,8 +67,8 @@ private:
     dom_node::pointer node_;
 };
 
-// The object of a node, with a reference for the caller; a null node gives a null object and S_OK, as the
-// engine answers for what is not there.
+// Returns the object of a node; the caller owns the reference. For a null node returns S_OK and null, as the
+// engine does.
 HRESULT get_element(const std::shared_ptr<page_model>& page, const dom_node::pointer& node,
                     IHTMLElement** element);
 

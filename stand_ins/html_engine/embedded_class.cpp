@@ -21,7 +21,7 @@ std::wstring classes_value(const std::wstring& key, const wchar_t* name)
     return text.data();
 }
 
-// "application/pdf; charset=binary" is application/pdf.
+// Removes parameters: "application/pdf; charset=binary" is application/pdf.
 std::wstring plain_type(const std::wstring& type)
 {
     const std::wstring lower = lower_case(type.substr(0, type.find(L';')));
@@ -30,7 +30,7 @@ std::wstring plain_type(const std::wstring& type)
     return begin == std::wstring::npos ? std::wstring() : lower.substr(begin, end - begin + 1);
 }
 
-// A type that names the extension as its own and has a class.
+// A registered MIME type with this extension and a class.
 std::wstring type_with_extension(const std::wstring& extension)
 {
     HKEY types = nullptr;

@@ -1,4 +1,4 @@
-// Which class shows an element of a page.
+// Determines the class that displays an element of a page.
 #pragma once
 
 #include "stand_ins/html_engine/dom/dom_node.h"
@@ -10,12 +10,11 @@
 
 namespace quill {
 
-// The class registered for the content of an EMBED or OBJECT element: by its stated type, else by the type
-// that the extension of what it refers to has, or that has that extension, in the registry. Nothing for every other element, and for
-// types without a class. A page does not hold pages.
+// The class registered for the content of an EMBED or OBJECT element: by its type attribute, else by the MIME
+// type registered for its URL's extension. nullopt for other elements, types without a class, and HTML pages.
 std::optional<CLSID> embedded_class(const dom_node& element);
 
-// The extension of an address with its dot, query and fragment left out; empty without one.
+// The extension of a URL with its dot, without query and fragment; empty if there is none.
 std::wstring extension_of(const std::wstring& address);
 
 } // namespace quill

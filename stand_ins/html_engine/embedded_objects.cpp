@@ -22,7 +22,7 @@ bool embedded_objects::create(const laid_box& box, embedded_host& host, embedded
     return true;
 }
 
-// The object gets no address from the page: it is told where it stands, and finds its element by itself.
+// The page does not pass a URL: the object gets its position and finds its element itself.
 void embedded_objects::activate(const embedded_object& made, const RECT& place, HWND window)
 {
     made.object->SetClientSite(made.site);
@@ -76,7 +76,7 @@ void embedded_objects::close()
         close(object);
 }
 
-void embedded_objects::leave_ui_to(const embedded_site& site) const
+void embedded_objects::deactivate_ui_except(const embedded_site& site) const
 {
     const auto objects = objects_;
     for (const auto& other : objects) {

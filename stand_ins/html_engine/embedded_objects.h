@@ -1,5 +1,4 @@
-// The objects that a page shows for its EMBED and OBJECT elements: made, placed, and taken down in good
-// order.
+// Creates, places and closes the objects of a page's EMBED and OBJECT elements.
 #pragma once
 
 #include "stand_ins/html_engine/embedded_site.h"
@@ -16,15 +15,15 @@ public:
     embedded_objects(const embedded_objects&) = delete;
     embedded_objects& operator=(const embedded_objects&) = delete;
 
-    // One object for every box whose element has a class, in the page's order, active at its place. A box
-    // whose object cannot be had stays empty.
+    // Creates and activates an object for every box whose element has a class, in page order. A box whose
+    // object cannot be created stays empty.
     void open(const std::vector<laid_box>& boxes, embedded_host& host);
     void place(const std::vector<laid_box>& boxes);
     void close();
     bool is_open() const { return !objects_.empty(); }
 
-    // Takes the user interface from every object but the one of that site.
-    void leave_ui_to(const embedded_site& site) const;
+    // UI-deactivates every object except that of `site`.
+    void deactivate_ui_except(const embedded_site& site) const;
 
 private:
     struct embedded_object

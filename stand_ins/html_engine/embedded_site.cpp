@@ -2,7 +2,7 @@
 
 namespace quill {
 
-// An object in a page has no name of its own; the one of its container is the page's.
+// An embedded object has no moniker of its own; the container's is that of the page.
 STDMETHODIMP embedded_site::GetMoniker(DWORD, DWORD which, IMoniker** moniker)
 {
     if (moniker == nullptr)
@@ -39,7 +39,7 @@ STDMETHODIMP embedded_site::OnUIActivate()
     return S_OK;
 }
 
-// The frame is the page's own, which the browser gives.
+// The frame is that of the page, from the browser.
 STDMETHODIMP embedded_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document,
                                              LPRECT position, LPRECT clip, LPOLEINPLACEFRAMEINFO info)
 {

@@ -1,4 +1,4 @@
-// The place of one embedded object in a page: what the object sees of the page and of the browser around it.
+// The site of one embedded object, through which it accesses the page and the browser.
 #pragma once
 
 #include "stand_ins/html_engine/counted_object.h"
@@ -13,7 +13,7 @@ namespace quill {
 
 class embedded_site;
 
-// What a site asks of its page. Pointers are not referenced and may be null.
+// The page's functions for a site. The returned pointers are borrowed and may be null.
 class embedded_host
 {
 public:
@@ -22,14 +22,14 @@ public:
     virtual IOleClientSite* page_client_site() = 0;
     virtual IOleInPlaceSite* page_in_place_site() = 0;
     virtual IMoniker* page_moniker() = 0;
-    // The object of that site has got the user interface.
+    // The object of this site was UI-activated.
     virtual void ui_activated(embedded_site& site) = 0;
 
 protected:
     ~embedded_host() = default;
 };
 
-class ATL_NO_VTABLE embedded_site : public counted_object<&living_objects::embedded_sites>,
+class ATL_NO_VTABLE embedded_site : public counted_object<&live_objects::embedded_sites>,
                                     public IOleClientSite,
                                     public IOleInPlaceSite,
                                     public IServiceProvider
@@ -43,7 +43,7 @@ public:
     END_COM_MAP()
 
     void attach(embedded_host& host) { host_ = &host; }
-    // The object may keep its site longer than the page lives.
+    // The object may hold its site longer than the page exists.
     void detach() { host_ = nullptr; }
     void set_place(const RECT& place) { place_ = place; }
 
@@ -70,7 +70,7 @@ public:
     STDMETHODIMP OnInPlaceDeactivate() override { return S_OK; }
     STDMETHODIMP DiscardUndoState() override { return S_OK; }
     STDMETHODIMP DeactivateAndUndo() override { return S_OK; }
-    STDMETHODIMP OnPosRectChange(LPCRECT) override { return S_OK; } // the page's author says how large
+    STDMETHODIMP OnPosRectChange(LPCRECT) override { return S_OK; } // the page determines the size
 
     // IServiceProvider
     STDMETHODIMP QueryService(REFGUID service, REFIID interface_id, void** out) override;

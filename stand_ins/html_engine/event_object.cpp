@@ -10,7 +10,7 @@ namespace {
 
 HRESULT give_key(VARIANT_BOOL* out, int key)
 {
-    return give_bool(out, GetKeyState(key) < 0);
+    return set_bool(out, GetKeyState(key) < 0);
 }
 
 } // namespace
@@ -65,7 +65,7 @@ STDMETHODIMP event_object::put_cancelBubble(VARIANT_BOOL value)
 
 STDMETHODIMP event_object::get_cancelBubble(VARIANT_BOOL* value)
 {
-    return give_bool(value, cancel_bubble_ != VARIANT_FALSE);
+    return set_bool(value, cancel_bubble_ != VARIANT_FALSE);
 }
 
 STDMETHODIMP event_object::get_type(BSTR* type)

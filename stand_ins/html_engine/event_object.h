@@ -1,4 +1,4 @@
-// What the sinks of an event are told, and what they answer through it.
+// IHTMLEventObj: the parameters of an event and the sinks' return value.
 #pragma once
 
 #include "stand_ins/html_engine/counted_object.h"
@@ -10,7 +10,7 @@
 
 namespace quill {
 
-class ATL_NO_VTABLE event_object : public counted_object<&living_objects::events>, public html_event_interface
+class ATL_NO_VTABLE event_object : public counted_object<&live_objects::events>, public html_event_interface
 {
 public:
     BEGIN_COM_MAP(event_object)
@@ -18,9 +18,9 @@ public:
     COM_INTERFACE_ENTRY(IDispatch)
     END_COM_MAP()
 
-    // A null source: the event is the document's.
+    // Null source: an event of the document.
     void attach(std::shared_ptr<page_model> page, dom_node::pointer source, std::wstring type);
-    // Whether no sink has set the return value to false.
+    // False if a sink has set the return value to false.
     bool default_allowed() const;
 
     STDMETHODIMP get_srcElement(IHTMLElement** element) override;

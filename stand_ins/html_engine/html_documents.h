@@ -1,4 +1,4 @@
-// The page as its users know it: IHTMLDocument2 and IHTMLDocument3.
+// The page's document interfaces: IHTMLDocument2 and IHTMLDocument3.
 #pragma once
 
 #include "stand_ins/html_engine/html_interfaces.h"

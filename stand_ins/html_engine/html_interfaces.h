@@ -1,5 +1,5 @@
-// Bases for the HTML engine's interfaces: every method answers E_NOTIMPL until a class replaces it, and
-// IDispatch works by the engine's registered type library, as it does for scripts.
+// Base classes for the HTML interfaces: every method returns E_NOTIMPL unless a class overrides it, and
+// IDispatch uses the engine's registered type library.
 #pragma once
 
 #include "stand_ins/html_engine/identifiers.h"

@@ -43,8 +43,8 @@ STDMETHODIMP CHtmlPage::Invoke(DISPID id, REFIID reserved, LCID locale, WORD fla
     return S_OK;
 }
 
-// A host of documents is asked to give the page a view, once: it would lose the view that it has. Any other
-// host activates the page as it would a control.
+// A document host is asked once to create a view; a second request would replace it. Any other host activates
+// the page as a control.
 STDMETHODIMP CHtmlPage::DoVerb(LONG verb, LPMSG message, IOleClientSite* site, LONG index, HWND parent,
                                LPCRECT place)
 {
@@ -123,7 +123,7 @@ STDMETHODIMP CHtmlPage::Load(BOOL, IMoniker* moniker, IBindCtx* context, DWORD)
             return named;
         set_state(quill::page_state::loading);
         const HRESULT hr = quill::create_object(download_);
-        // The end may come within this call, which lets go of the download.
+        // The download may finish inside this call, which releases download_.
         const auto download = download_;
         return FAILED(hr) ? hr : download->start(moniker, context, *this);
     });
@@ -136,7 +136,7 @@ void CHtmlPage::stop_download()
         download->cancel();
 }
 
-// A page that came only in part is shown as far as it came, as browsers do.
+// A partially received page is displayed, as browsers do.
 void CHtmlPage::downloaded(HRESULT, const std::string& bytes)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
@@ -153,7 +153,7 @@ void CHtmlPage::set_state(quill::page_state state)
     events_.fire_ready_state(page_);
 }
 
-// The page stays what it is during the click, whatever the sinks do; afterwards it may have been closed.
+// The sinks may change or close the page, so the link target and the site are read before the event.
 void CHtmlPage::click(const quill::dom_node::pointer& element)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());

@@ -1,5 +1,5 @@
-// The page object: what the browser's engine loads for text/html where there is no HTML engine. Shows the
-// page's text with its links and embedded documents, and is the page's document for everybody else.
+// The page object, which the browser loads for text/html where no HTML engine is installed. Displays the
+// page's text, links and embedded documents, and implements the document interfaces.
 #pragma once
 
 #include "stand_ins/html_engine/counted_object.h"
@@ -17,7 +17,7 @@
 #include <memory>
 #include <string>
 
-class ATL_NO_VTABLE CHtmlPage : public quill::counted_object<&quill::living_objects::pages>,
+class ATL_NO_VTABLE CHtmlPage : public quill::counted_object<&quill::live_objects::pages>,
                                 public quill::html_document2,
                                 public quill::html_document3,
                                 public CComControl<CHtmlPage>,
@@ -76,7 +76,7 @@ public:
     CHAIN_MSG_MAP(CComControl<CHtmlPage>)
     END_MSG_MAP()
 
-    // IDispatch: the engine's numbers, and the state that browsers ask for
+    // IDispatch: the type library's DISPIDs and DISPID_READYSTATE
     STDMETHODIMP Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
                         VARIANT* result, EXCEPINFO* exception, UINT* bad_argument) override;
 
@@ -86,7 +86,7 @@ public:
     STDMETHODIMP Close(DWORD save) override;
     STDMETHODIMP GetMiscStatus(DWORD aspect, DWORD* status) override;
 
-    // IParseDisplayName and IOleContainer: the way from an embedded object to its page, nothing else
+    // IParseDisplayName and IOleContainer: only for QueryInterface from an embedded object to its page
     STDMETHODIMP ParseDisplayName(IBindCtx* context, LPOLESTR name, ULONG* eaten,
                                   IMoniker** moniker) override;
     STDMETHODIMP EnumObjects(DWORD flags, IEnumUnknown** objects) override;
@@ -105,7 +105,7 @@ public:
     STDMETHODIMP FindConnectionPoint(REFIID interface_id, IConnectionPoint** point) override;
 
 private:
-    // Posted to the own window: the page or its window has changed.
+    // Posted by the page to its own window after a change of the page or of the window's size.
     static constexpr UINT arrange_message = WM_APP + 1;
 
     LRESULT OnCreate(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
@@ -141,7 +141,7 @@ private:
     IOleClientSite* page_client_site() override { return m_spClientSite; }
     IOleInPlaceSite* page_in_place_site() override { return m_spInPlaceSite; }
     IMoniker* page_moniker() override { return moniker_; }
-    void ui_activated(quill::embedded_site& site) override { embedded_.leave_ui_to(site); }
+    void ui_activated(quill::embedded_site& site) override { embedded_.deactivate_ui_except(site); }
 
     std::shared_ptr<quill::page_model> page_;
     quill::page_events events_;
@@ -149,6 +149,6 @@ private:
     quill::embedded_objects embedded_;
     CComPtr<IMoniker> moniker_;
     CComPtr<CComObject<quill::page_download>> download_;
-    quill::dom_node::pointer pressed_; // the mouse button went down on it
+    quill::dom_node::pointer pressed_; // the element under the mouse at WM_LBUTTONDOWN
     bool arrange_posted_ = false;
 };

@@ -1,6 +1,5 @@
-// The page's window. Changes of the page are laid out when the messages before them are done, so that a
-// script that makes many changes lays out once, and embedded objects are activated outside the browser's
-// own activation of the page.
+// The page's window. Layout after a change is posted, so that a script with many changes causes one layout,
+// and embedded objects are not activated inside the browser's activation of the page.
 #include "stand_ins/html_engine/com_results.h"
 #include "stand_ins/html_engine/embedded_class.h"
 #include "stand_ins/html_engine/html_page.h"
@@ -81,7 +80,7 @@ LRESULT CHtmlPage::OnPaint(UINT, WPARAM, LPARAM, BOOL&)
 
 LRESULT CHtmlPage::OnEraseBackground(UINT, WPARAM, LPARAM, BOOL&)
 {
-    return 1; // painting covers everything
+    return 1; // WM_PAINT fills the client area
 }
 
 LRESULT CHtmlPage::OnSetCursor(UINT, WPARAM, LPARAM lparam, BOOL& handled)

@@ -1,4 +1,4 @@
-// What names the page object, and what it takes from the HTML engine's type library.
+// Identifiers of the page object and of the HTML engine's type library.
 #pragma once
 
 #include <windows.h>
@@ -19,7 +19,7 @@ inline constexpr IID IID_document_events = {
 inline constexpr DISPID event_click = -600;
 inline constexpr DISPID event_ready_state_change = -609;
 
-// The page's window, for those who look for it.
+// The window class of a page, for other programs.
 inline constexpr wchar_t page_window_class[] = L"QuillPage";
 
 } // namespace quill

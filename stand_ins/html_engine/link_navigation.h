@@ -1,4 +1,4 @@
-// What a click on a link does by itself.
+// The default action of a click on a link.
 #pragma once
 
 #include "stand_ins/html_engine/page_model.h"
@@ -14,14 +14,14 @@ namespace quill {
 struct link_target
 {
     std::wstring address; // absolute
-    std::wstring frame;   // name of the window to open it in; empty for the page's own
+    std::wstring frame;   // the target window's name; empty for the page's own
 };
 
-// Where a click on `element` leads: the link that it is or stands in. Empty address for nowhere: no link, a
-// script, a place in the same page.
+// The target of the link that is `element` or contains it. The address is empty if there is no link, or for a
+// script or an anchor in the same page.
 link_target target_of(const page_model& page, const dom_node& element);
 
-// Has the browser around the page's client site go there.
+// Navigates the browser of the page's client site.
 HRESULT follow(IOleClientSite* site, const link_target& target);
 
 } // namespace quill

@@ -40,7 +40,7 @@ HRESULT page_download::start(IMoniker* moniker, IBindCtx* context, page_download
         finish(hr);
         return hr;
     }
-    // A moniker that has everything at hand gives it at once and calls nothing.
+    // A moniker with cached data returns the stream without calling IBindStatusCallback.
     if (owner_ != nullptr && hr == S_OK && stream && !binding_) {
         read(stream);
         finish(S_OK);
@@ -74,7 +74,7 @@ void page_download::read(IStream* stream)
         ULONG count = 0;
         const HRESULT hr = stream->Read(buffer.data(), static_cast<ULONG>(buffer.size()), &count);
         bytes_.append(buffer.data(), count);
-        // No more at all, or (E_PENDING) no more for now.
+        // End of data, or E_PENDING.
         if (hr != S_OK || count == 0)
             return;
     }

@@ -1,4 +1,4 @@
-// Reads a page's bytes from the download that the browser has begun for it.
+// Reads a page from its moniker, with the bind context of the browser.
 #pragma once
 
 #include "stand_ins/html_engine/counted_object.h"
@@ -14,14 +14,14 @@ namespace quill {
 class page_download_owner
 {
 public:
-    // Once for each download, unless it is cancelled; `bytes` as far as they came.
+    // Called once for each download unless it is cancelled. `bytes` may be incomplete on failure.
     virtual void downloaded(HRESULT result, const std::string& bytes) = 0;
 
 protected:
     ~page_download_owner() = default;
 };
 
-class ATL_NO_VTABLE page_download : public counted_object<&living_objects::downloads>,
+class ATL_NO_VTABLE page_download : public counted_object<&live_objects::downloads>,
                                     public IBindStatusCallback
 {
 public:
@@ -29,9 +29,9 @@ public:
     COM_INTERFACE_ENTRY(IBindStatusCallback)
     END_COM_MAP()
 
-    // The owner is told later, or within this call. A failure is told by the result only.
+    // The owner is notified later or inside this call. A failure is only returned.
     HRESULT start(IMoniker* moniker, IBindCtx* context, page_download_owner& owner);
-    // The owner hears no more of it.
+    // The owner is not notified afterwards.
     void cancel();
 
     STDMETHODIMP OnStartBinding(DWORD reserved, IBinding* binding) override;
@@ -47,13 +47,13 @@ private:
     void read(IStream* stream);
     void finish(HRESULT result);
 
-    page_download_owner* owner_ = nullptr; // null when there is nothing more to tell
+    page_download_owner* owner_ = nullptr; // null after the notification and after cancel()
     CComPtr<IBinding> binding_;
     CComPtr<IBindCtx> context_;
     std::string bytes_;
 };
 
-// The moniker's name: the address of the page, fragment included.
+// The moniker's display name: the URL of the page, including its fragment.
 HRESULT get_display_name(IMoniker* moniker, IBindCtx* context, std::wstring& name);
 
 } // namespace quill

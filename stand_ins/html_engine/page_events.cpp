@@ -58,7 +58,7 @@ void page_events::fire_ready_state(const std::shared_ptr<page_model>& page) cons
     fire(event_ready_state_change, L"readystatechange", page, nullptr);
 }
 
-// A sink refuses what the event does by itself by returning false, or by saying so in the event object.
+// A sink prevents the default action by returning false or by setting the event object's return value.
 bool page_events::fire(DISPID event, const wchar_t* type, const std::shared_ptr<page_model>& page,
                        const dom_node::pointer& source) const
 {

@@ -1,4 +1,4 @@
-// The page's two outgoing interfaces, and its events fired at them.
+// The page's two connection points and its events.
 #pragma once
 
 #include "stand_ins/html_engine/connection_point.h"
@@ -11,15 +11,15 @@ namespace quill {
 class page_events
 {
 public:
-    // The container is not referenced.
+    // The container is borrowed.
     HRESULT create(IConnectionPointContainer* container);
     void close();
 
     HRESULT find(REFIID interface_id, IConnectionPoint** point) const;
 
-    // Fires onclick; whether the click may go on to do what it does by itself.
+    // Fires onclick. Returns whether the default action may be performed.
     bool fire_click(const std::shared_ptr<page_model>& page, const dom_node::pointer& element) const;
-    // The page's state has changed: tells the browser and the document's sinks.
+    // Notifies the browser and the document's sinks of a new ready state.
     void fire_ready_state(const std::shared_ptr<page_model>& page) const;
 
 private:

@@ -33,7 +33,7 @@ constexpr std::array<std::wstring_view, 25> blocks = {
     L"dd",      L"fieldset", L"footer",  L"form",       L"header", L"hr",     L"li",  L"main", L"nav",
     L"ol",      L"pre",      L"section", L"table",      L"tbody",  L"tr",     L"ul"};
 
-// 0 for what is no heading.
+// The font size of a heading, 0 for other elements.
 int heading_size(const dom_node& node)
 {
     if (node.name.size() != 2 || node.name[0] != L'h' || node.name[1] < L'1' || node.name[1] > L'6')
@@ -42,7 +42,7 @@ int heading_size(const dom_node& node)
     return sizes[static_cast<std::size_t>(node.name[1] - L'1')];
 }
 
-// "#0072c6"; nothing for any other text.
+// Parses "#0072c6"; nullopt for any other form.
 std::optional<COLORREF> color_of(const dom_node& element, std::wstring_view attribute)
 {
     const auto text = element.attribute(attribute);
@@ -55,7 +55,7 @@ std::optional<COLORREF> color_of(const dom_node& element, std::wstring_view attr
     return RGB((value >> 16) & 0xFF, (value >> 8) & 0xFF, value & 0xFF);
 }
 
-// The rows of a table, not those of tables in it.
+// The rows of a table, without those of nested tables.
 void collect_rows(const dom_node& node, std::vector<const dom_node*>& rows)
 {
     for (const auto& child : node.children()) {
@@ -90,7 +90,7 @@ text_style style_inside(const dom_node& element, text_style style)
     return style;
 }
 
-// "200", "200px" or "50%" of the width at hand.
+// Parses "200", "200px" or "50%" of `whole`.
 int length_of(const dom_node& element, std::wstring_view attribute, int whole, int otherwise)
 {
     const auto text = element.attribute(attribute);
@@ -110,12 +110,12 @@ bool is_blank(wchar_t letter)
     return letter == L' ' || letter == L'\t' || letter == L'\r' || letter == L'\n' || letter == L'\f';
 }
 
-// Fills the space between two edges from top to bottom.
+// Places content between two edges from top to bottom.
 class flow
 {
 public:
-    flow(page_layout& page, const layout_surroundings& surroundings, int left, int right, int top)
-        : page_(page), surroundings_(surroundings), left_(left), right_(right), x_(left), y_(top)
+    flow(page_layout& page, const layout_context& context, int left, int right, int top)
+        : page_(page), context_(context), left_(left), right_(right), x_(left), y_(top)
     {
     }
 
@@ -125,7 +125,7 @@ public:
             add(*child, style);
     }
 
-    // Ends the last line; where the next thing below may stand.
+    // Ends the last line and returns the top of what follows.
     int finish()
     {
         end_line();
@@ -143,7 +143,7 @@ private:
 
     void add_element(dom_node& element, const text_style& style)
     {
-        if (surroundings_.is_box(element))
+        if (context_.is_box(element))
             return add_box(element);
         if (element.is(L"br"))
             return new_line(style);
@@ -193,8 +193,8 @@ private:
 
     void add_word(const std::wstring& word, const text_style& style, dom_node& element)
     {
-        const SIZE size = surroundings_.measure(word, style);
-        const int blank = blank_ && x_ > left_ ? static_cast<int>(surroundings_.measure(L" ", style).cx) : 0;
+        const SIZE size = context_.measure(word, style);
+        const int blank = blank_ && x_ > left_ ? static_cast<int>(context_.measure(L" ", style).cx) : 0;
         blank_ = false;
         if (x_ > left_ && x_ + blank + size.cx > right_) {
             end_line();
@@ -234,14 +234,14 @@ private:
         line_height_ = std::max(line_height_, height + paragraph_gap);
     }
 
-    // A block with a background of its own.
+    // Adds a block with its own background.
     void add_area(const dom_node& element, COLORREF color, const text_style& style)
     {
         end_line();
         y_ += gap_;
         const std::size_t index = page_.areas.size();
         page_.areas.push_back({{left_, y_, right_, y_}, color});
-        flow inside(page_, surroundings_, left_ + area_padding, right_ - area_padding, y_ + area_padding);
+        flow inside(page_, context_, left_ + area_padding, right_ - area_padding, y_ + area_padding);
         inside.add_children(element, style_inside(element, style));
         y_ = inside.finish() + area_padding;
         page_.areas[index].place.bottom = y_;
@@ -261,8 +261,8 @@ private:
         gap_ = std::max(gap_, paragraph_gap);
     }
 
-    // What each column would like to have. Nothing is asked of a table in a cell that is being measured, or
-    // tables in tables would be measured over and over.
+    // The preferred width of each column. Not computed for a table in a cell that is being measured, since
+    // nested tables would then take exponential time.
     std::vector<int> wanted_widths(const dom_node& table, const text_style& style) const
     {
         std::vector<const dom_node*> rows;
@@ -278,12 +278,12 @@ private:
         return wanted;
     }
 
-    // What a cell takes when nothing in it is broken into lines, and the gap to the next column.
+    // The width of a cell without line breaks, including the gap to the next column.
     int width_of(const dom_node& cell, const text_style& style) const
     {
         constexpr int endless = 10'000;
         page_layout alone;
-        flow line(alone, surroundings_, 0, endless, 0);
+        flow line(alone, context_, 0, endless, 0);
         line.measures_ = true;
         line.add_children(cell, style_inside(cell, style));
         line.finish();
@@ -309,7 +309,7 @@ private:
         int bottom = y_ + row_padding;
         int left = left_;
         for (std::size_t i = 0; i < cells.size() && i < columns_.size(); ++i) {
-            flow cell(page_, surroundings_, left, left + columns_[i] - column_gap / 2, top + row_padding);
+            flow cell(page_, context_, left, left + columns_[i] - column_gap / 2, top + row_padding);
             cell.add_children(*cells[i], style_inside(*cells[i], style));
             bottom = std::max(bottom, cell.finish());
             left += columns_[i];
@@ -337,29 +337,29 @@ private:
     void new_line(const text_style& style)
     {
         if (line_height_ == 0)
-            line_height_ = static_cast<int>(surroundings_.measure(L" ", style).cy);
+            line_height_ = static_cast<int>(context_.measure(L" ", style).cy);
         end_line();
     }
 
     page_layout& page_;
-    const layout_surroundings& surroundings_;
+    const layout_context& context_;
     int left_;
     int right_;
     int x_;
     int y_;
     int line_height_ = 0;
-    int gap_ = 0;              // wanted before the next line
-    std::vector<int> columns_; // widths in the table around this
-    bool measures_ = false;    // laid out for its width only
-    bool blank_ = false;       // seen since the last word
+    int gap_ = 0;              // vertical space before the next line
+    std::vector<int> columns_; // column widths of the enclosing table
+    bool measures_ = false;    // only the width is needed
+    bool blank_ = false;       // white space since the last word
 };
 
 } // namespace
 
-page_layout lay_out(const dom_node& body, const layout_surroundings& surroundings)
+page_layout lay_out(const dom_node& body, const layout_context& context)
 {
     page_layout page;
-    flow whole(page, surroundings, page_margin, std::max(surroundings.width - page_margin, page_margin + 1),
+    flow whole(page, context, page_margin, std::max(context.width - page_margin, page_margin + 1),
                page_margin);
     whole.add_children(body, text_style{});
     page.height = whole.finish() + page_margin;

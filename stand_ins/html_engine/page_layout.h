@@ -1,4 +1,4 @@
-// Where the words of a page stand in a window of a given width. Plain: how wide text is comes from outside.
+// Lays a page out for a given width. Plain code: the caller provides the text measurement.
 #pragma once
 
 #include "stand_ins/html_engine/dom/dom_node.h"
@@ -18,7 +18,7 @@ struct text_style
     int size = 15; // pixels
     bool bold = false;
     bool link = false;
-    std::optional<COLORREF> color; // stated by the page
+    std::optional<COLORREF> color; // if the page specifies one
 
     friend bool operator==(const text_style&, const text_style&) = default;
 };
@@ -28,7 +28,7 @@ struct laid_text
     RECT place;
     std::wstring text;
     text_style style;
-    dom_node::pointer element; // the innermost one around the text
+    dom_node::pointer element; // the innermost element that contains the text
 };
 
 struct laid_box
@@ -37,7 +37,7 @@ struct laid_box
     dom_node::pointer element;
 };
 
-// Filled before anything is written on it, in order.
+// A background, filled before the text is drawn.
 struct laid_area
 {
     RECT place;
@@ -52,14 +52,14 @@ struct page_layout
     int height = 0;
 };
 
-struct layout_surroundings
+struct layout_context
 {
     int width = 0;
     std::function<SIZE(std::wstring_view text, const text_style& style)> measure;
-    // Whether an element is shown as a box of its own instead of its contents.
+    // Whether an element is replaced by a box.
     std::function<bool(const dom_node& element)> is_box;
 };
 
-page_layout lay_out(const dom_node& body, const layout_surroundings& surroundings);
+page_layout lay_out(const dom_node& body, const layout_context& context);
 
 } // namespace quill

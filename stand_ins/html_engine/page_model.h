@@ -1,4 +1,5 @@
-// A page as all its objects share it: the tree, the addresses, the state, and which node has an object.
+// The state that all objects of a page share: the tree, the URL, the ready state and the objects of its
+// nodes.
 #pragma once
 
 #include "stand_ins/html_engine/dom/dom_node.h"
@@ -23,12 +24,12 @@ enum class page_state : int // the engine's READYSTATE
     complete = 4,
 };
 
-// What the objects of a page ask of the page itself, which may be gone while some of them are still held.
+// The page's functions for its objects, which may outlive the page.
 class page_owner
 {
 public:
     virtual IDispatch* document() = 0;
-    // The user, or a script by the method of that name, clicks on an element.
+    // A click on an element by the user or by a script.
     virtual void click(const dom_node::pointer& element) = 0;
     virtual void tree_changed() = 0;
 
@@ -48,21 +49,22 @@ public:
     dom_node::pointer body() const;
     std::wstring title() const;
 
-    // Counts every change of the tree, so that collections know when to look again.
+    // Incremented with every change of the tree, so that collections know when to update.
     std::uint64_t version() const { return version_; }
-    // To be called after each.
+    // Call after each change.
     void changed();
 
-    // An address of the page made absolute: by its base element, else by its own address.
+    // Resolves a reference against the base element, or against the page's URL if there is none.
     std::wstring absolute(std::wstring_view reference) const;
 
-    // The one object of a node while it lives, so that it has one identity; not referenced here.
+    // The object of a node, or null. Borrowed; a node has one object at a time, so that its COM identity
+    // holds.
     element_object* object_of(const dom_node& node) const;
-    void set_object(const dom_node& node, element_object* object); // null: it is gone
+    void set_object(const dom_node& node, element_object* object); // null: the object is destroyed
 
     std::wstring url;
     page_state state = page_state::loading;
-    page_owner* owner = nullptr; // null when the page is gone
+    page_owner* owner = nullptr; // null after the page is destroyed
 
 private:
     dom_node::pointer root_;
@@ -70,7 +72,7 @@ private:
     std::unordered_map<const dom_node*, element_object*> objects_;
 };
 
-// As scripts see it.
+// The value of document.readyState.
 std::wstring_view text_of(page_state state);
 
 } // namespace quill

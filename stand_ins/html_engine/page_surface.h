@@ -1,8 +1,8 @@
-// The page as its window shows it: laid out for the window's size, painted, scrolled and clicked on.
+// The page in its window: layout, painting, scrolling and hit testing.
 #pragma once
 
-#include "stand_ins/html_engine/page_layout.h"
 #include "stand_ins/common/gdi_object.h"
+#include "stand_ins/html_engine/page_layout.h"
 
 #include <windows.h>
 
@@ -14,19 +14,19 @@ namespace quill {
 class page_surface
 {
 public:
-    // Lays the body out for the window's width and sets its scroll bar. A null body is an empty page.
+    // Lays the body out for the window's width and sets the scroll bar. A null body is an empty page.
     void arrange(HWND window, const dom_node::pointer& body,
                  const std::function<bool(const dom_node& element)>& is_box);
     void paint(HWND window);
 
-    // The boxes' places in the window, as it is scrolled now.
+    // The boxes in window coordinates at the current scroll position.
     std::vector<laid_box> boxes() const;
-    // The element whose text stands at that point of the window; null where there is none.
+    // The element whose text is at this point of the window; null if there is none.
     dom_node::pointer element_at(POINT point) const;
-    // True when the text there is a link's.
+    // True if the text at this point is part of a link.
     bool is_link_at(POINT point) const;
 
-    // Both: whether the page moved.
+    // Both return whether the scroll position changed.
     bool scroll(HWND window, int code);
     bool scroll_by(HWND window, int pixels);
 

@@ -1,6 +1,6 @@
-// Entry points of QuillPages.dll, the page object for machines without an HTML engine.
+// The entry points of QuillPages.dll, the page object for machines without an HTML engine.
 #include "stand_ins/html_engine/html_page.h"
-#include "stand_ins/html_engine/living_objects.h"
+#include "stand_ins/html_engine/live_objects.h"
 
 #include <atlbase.h>
 #include <atlcom.h>
@@ -17,7 +17,7 @@ pages_module module_object;
 
 OBJECT_ENTRY_AUTO(quill::CLSID_html_page, CHtmlPage)
 
-// The methods of the HTML interfaces that no page has.
+// The result of the HTML interfaces' methods that are not implemented.
 HRESULT unimplemented_method(const char*) noexcept
 {
     return E_NOTIMPL;
@@ -48,7 +48,7 @@ STDAPI DllUnregisterServer()
     return module_object.DllUnregisterServer(FALSE);
 }
 
-extern "C" void quill_count_living_objects(quill::living_objects* counts)
+extern "C" void quill_count_living_objects(quill::live_objects* counts)
 {
-    *counts = quill::living;
+    *counts = quill::live_counts;
 }

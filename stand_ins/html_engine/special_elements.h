@@ -1,4 +1,4 @@
-// Elements that have an interface of their own besides IHTMLElement.
+// Elements with an interface in addition to IHTMLElement.
 #pragma once
 
 #include "stand_ins/html_engine/element_object.h"

@@ -1,11 +1,11 @@
-// The PDF core's companion: gives the text of an error code, here QUILL_PDFCORE_TEXT and the code. For
-// "throw" it throws, for "crash" it raises an access violation.
+// Stands in for the PDF core's error-text library. The text of an error code is QUILL_PDFCORE_TEXT and the
+// code; if it is "throw", the function throws, if "crash", it raises an access violation.
 #include <windows.h>
 
 #include <cstdint>
 #include <string>
 
-// Fills at most size characters, the terminator included, and returns buffer.
+// Writes at most size characters including the terminator. Returns buffer.
 extern "C" __declspec(dllexport) wchar_t* ASGetErrorString(int code, wchar_t* buffer, std::uint64_t size)
 {
     std::wstring text(32767, L'\0');

@@ -1,11 +1,12 @@
-// The crash-report library: reports a system exception on standard error and decides what becomes of it.
+// Stands in for the crash-report library: reports a system exception on standard error and returns the filter
+// result.
 #include <windows.h>
 
 #include <cstdio>
 #include <cstring>
 
-// QUILL_CRASHGUARD says "search" or "continue"; otherwise the handler runs. To continue after an access
-// violation, the page that could not be used is made usable.
+// QUILL_CRASHGUARD selects the result: "search", "continue" or, by default, to execute the handler.
+// "continue" makes the page of an access violation writable, so that the access can be retried.
 extern "C" __declspec(dllexport) int HandleException(EXCEPTION_POINTERS* exception)
 {
     const EXCEPTION_RECORD& record = *exception->ExceptionRecord;

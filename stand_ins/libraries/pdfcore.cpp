@@ -1,5 +1,5 @@
-// The PDF core library: knows the code of its exception in flight, here QUILL_PDFCORE_ERROR; for "count" the
-// number of times that it was asked. For "throw" it throws.
+// Stands in for the PDF core library, which returns the error code of its current exception: the value of
+// QUILL_PDFCORE_ERROR, or the number of calls if that is "count". If it is "throw", the function throws.
 #include <windows.h>
 
 #include <cstdlib>

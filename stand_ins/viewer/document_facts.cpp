@@ -12,9 +12,9 @@ namespace {
 
 constexpr page_size usual_page = {595, 842};
 constexpr double smallest_side = 1;
-constexpr double largest_side = 200'000; // beyond any page that the format allows
+constexpr double largest_side = 200'000; // more than the PDF format allows
 
-// Calls `use` with each line of `text`, without its end.
+// Calls `use` with each line of `text`, without the line end.
 template <typename Use>
 void for_each_line(std::string_view text, Use use)
 {
@@ -35,7 +35,7 @@ bool starts_with(std::string_view text, std::string_view beginning)
     return text.substr(0, beginning.size()) == beginning;
 }
 
-// The numbers in `text`, in order, at most three: "Page    2 size:  595 x 420 pts (A5)" gives 2, 595, 420.
+// The first three numbers in `text`: 2, 595 and 420 for "Page    2 size:  595 x 420 pts (A5)".
 std::vector<double> numbers_in(std::string_view text)
 {
     const std::string line(text);
@@ -60,7 +60,7 @@ bool is_sensible(const page_size& size)
            size.height <= largest_side;
 }
 
-// The value of an attribute in the opening of an element: top="12" gives 12.
+// The numeric value of an attribute in a start tag: 12 for top="12".
 std::optional<double> number_attribute(std::string_view element, std::string_view name)
 {
     const std::string key = " " + std::string(name) + "=\"";
@@ -97,7 +97,7 @@ std::wstring unescaped(std::string_view text)
     return wide;
 }
 
-// Where the first reference of a text element leads; nothing when it has none.
+// The href of the first link in a text element; nullopt if there is none.
 std::optional<std::string_view> reference_in(std::string_view line)
 {
     constexpr std::string_view opening = "<a href=\"";
@@ -171,7 +171,7 @@ std::vector<page_link> parse_page_links(std::string_view report, std::string_vie
     double page_width = 0;
     double page_height = 0;
     for_each_line(report, [&](std::string_view line) {
-        // The tool may write notes of its own in front of the page on the same line.
+        // The tool may print diagnostics before the page on the same line.
         if (const std::size_t page = line.find("<page "); page != std::string_view::npos) {
             page_width = number_attribute(line.substr(page), "width").value_or(0);
             page_height = number_attribute(line.substr(page), "height").value_or(0);

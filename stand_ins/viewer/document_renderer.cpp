@@ -9,7 +9,7 @@ namespace {
 constexpr int exit_timed_out = 124;
 constexpr int exit_no_program = 127;
 
-// The name under which pdftohtml speaks of the document in links to its own pages.
+// The name that pdftohtml uses for the document in links to its own pages.
 constexpr char own_name[] = "document";
 constexpr wchar_t own_name_argument[] = L"document";
 
@@ -85,44 +85,44 @@ void document_renderer::start(task next)
     task_ = next;
 }
 
-document_renderer::news document_renderer::fail(std::wstring reason)
+document_renderer::poll_result document_renderer::fail(std::wstring reason)
 {
     failure_ = std::move(reason);
     waiting_.reset();
     task_ = task::none;
-    return news::failure;
+    return poll_result::failure;
 }
 
-document_renderer::news document_renderer::poll()
+document_renderer::poll_result document_renderer::poll()
 {
     if (!busy())
-        return news::none;
+        return poll_result::none;
     if (!program_)
         return fail(no_renderer);
     const std::optional<machine_program::result> result = program_->poll();
     if (!result)
-        return news::none;
+        return poll_result::none;
     const news outcome = finish(std::exchange(task_, task::none), *result);
     start_waiting_request();
     return outcome;
 }
 
-document_renderer::news document_renderer::finish(task ended, const machine_program::result& result)
+document_renderer::poll_result document_renderer::finish(task ended, const machine_program::result& result)
 {
     program_.reset();
     if (ended == task::find_links) {
-        // A page whose links cannot be found is shown without them.
+        // A failure to find links is ignored: the page is shown without them.
         links_ = parse_page_links(result.output, own_name);
-        return news::links;
+        return poll_result::links;
     }
     if (result.exit_code != 0)
         return fail(reason_for(result.exit_code));
     if (ended == task::learn_pages) {
         pages_ = parse_page_sizes(result.output);
-        return pages_.empty() ? fail(unreadable) : news::pages;
+        return pages_.empty() ? fail(unreadable) : poll_result::pages;
     }
     if (waiting_)
-        return news::none; // nobody wants this one any more
+        return poll_result::none; // superseded by a newer request
     picture_ = codec_.decode(result.output);
     if (!picture_)
         return fail(unreadable);
@@ -130,7 +130,7 @@ document_renderer::news document_renderer::finish(task ended, const machine_prog
     start(task::find_links);
     if (!program_)
         task_ = task::none;
-    return news::picture;
+    return poll_result::picture;
 }
 
 } // namespace quill

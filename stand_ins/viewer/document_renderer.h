@@ -1,5 +1,5 @@
-// Renders the pages of one document at a time with poppler's tools, one tool at a time, without ever waiting:
-// the owner calls poll() from a timer while busy() and is told what became ready. One thread.
+// Renders pages of one document with poppler's tools, one tool at a time, without blocking: the owner calls
+// poll() from a timer while busy(). Not thread-safe.
 #pragma once
 
 #include "stand_ins/viewer/document_facts.h"
@@ -16,23 +16,23 @@ namespace quill {
 class document_renderer
 {
 public:
-    enum class news
+    enum class poll_result
     {
         none,
-        pages,   // pages() is known
-        picture, // take_picture() has what was asked for last
-        links,   // links() has the links of that page
-        failure, // failure() says why there is nothing to show; poll() has nothing more to do
+        pages,   // pages() is available
+        picture, // take_picture() returns the page requested last
+        links,   // links() returns the links of that page
+        failure, // failure() is the reason; the renderer is no longer busy
     };
 
-    // Starts reading a document; what was asked of another one before is forgotten.
+    // Starts to read a document. Cancels requests for the previous one.
     void open(const std::wstring& path);
 
-    // Asks for a page. A request takes the place of an earlier one that is still waiting.
+    // Requests a page. Replaces an earlier request that has not started.
     void request(const page_view& view);
 
     bool busy() const { return task_ != task::none; }
-    news poll();
+    poll_result poll();
 
     const std::vector<page_size>& pages() const { return pages_; }
     const std::vector<page_link>& links() const { return links_; }
@@ -50,8 +50,8 @@ private:
 
     void start(task next);
     std::vector<std::wstring> arguments_for(task next) const;
-    news fail(std::wstring reason);
-    news finish(task ended, const machine_program::result& result);
+    poll_result fail(std::wstring reason);
+    poll_result finish(task ended, const machine_program::result& result);
     void start_waiting_request();
 
     picture_codec codec_;

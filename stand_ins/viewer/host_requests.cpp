@@ -24,7 +24,7 @@ void host_requests::save_as() const
         SendMessageW(save_.window, save_.message, 0, 0);
 }
 
-// The window that takes links is the one that speaks the rest of the protocol, too.
+// The link target also handles the other messages of the protocol.
 void host_requests::log(const std::wstring& text, bool flag) const
 {
     if (link_)

@@ -1,4 +1,4 @@
-// What the viewer asks of its host by the private messages that the host registered it for.
+// The viewer's requests to its host, sent as private messages to the windows that the host has set.
 #pragma once
 
 #include <windows.h>
@@ -10,18 +10,18 @@ namespace quill {
 class host_requests
 {
 public:
-    // Where requests go: a window, and the message that it wants to be sent.
+    // The target of a request: a window and the message to send to it.
     void set_link_target(HWND window, UINT message) { link_ = {window, message}; }
     void set_save_target(HWND window, UINT message) { save_ = {window, message}; }
 
-    // Each is sent, so the host may do anything inside, also destroy the viewer. Without a target, or when
-    // its window is gone, nothing happens.
+    // These send a message, so the host may re-enter or destroy the viewer inside the call. Without a target,
+    // or if its window no longer exists, they do nothing.
     void open_link(const std::wstring& link, bool new_window) const;
     void save_as() const;
-    // The host writes the flag behind the text, as 0 or 1.
+    // The host appends the flag to the text, as 0 or 1.
     void log(const std::wstring& text, bool flag) const;
 
-    // The number of this document among those of its browser window.
+    // The index of this document among those of its browser window.
     unsigned instance() const;
 
 private:

@@ -9,10 +9,10 @@ namespace {
 
 constexpr wchar_t shell_path[] = L"Z:\\bin\\sh";
 
-// The shell reads from and writes to the two files that it is given with their names encoded, runs the
-// program under a time limit and then writes the mark that poll() looks for. Handles are no way: Wine 10
-// closes the standard files of a program whose parent has no console. The program's own messages go nowhere:
-// its exit code says what matters.
+// The shell opens the input and output files, whose names are passed encoded, runs the program with a
+// time-out and writes the mark that poll() looks for. The files cannot be passed as standard handles: Wine 10
+// closes those of a native program whose parent has no console. Standard error is discarded; the exit code
+// suffices.
 constexpr wchar_t shell_script[] =
     L"name() { printf '%b.' \"$1\"; }; in=$(name \"$1\"); out=$(name \"$2\"); shift 2; "
     L"[ -e \"${out%.}\" ] || exit 1; exec <\"${in%.}\" >>\"${out%.}\"; "
@@ -22,7 +22,7 @@ constexpr std::size_t longest_end = 16; // the mark, an exit code, a line end
 
 constexpr DWORD share_all = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
-// A file that goes with its handle.
+// A temporary file that is deleted when its handle is closed.
 struct result_file
 {
     file_handle reader;
@@ -42,8 +42,8 @@ result_file make_result_file()
     return {std::move(reader), path};
 }
 
-// The machine's own name of a file, each byte as printf's %b reads it, so that the command line stays ASCII.
-// Empty where there is no such name.
+// The Unix path of a file, with each byte escaped for printf's %b so that the command line is ASCII. Empty if
+// the path cannot be converted.
 std::wstring encoded_machine_path(const std::wstring& path)
 {
     using get_unix_file_name = char*(CDECL*)(const wchar_t*);
@@ -102,7 +102,7 @@ std::wstring quoted_argument(const std::wstring& text)
     std::wstring quoted = L"\"";
     std::size_t backslashes = 0;
     for (wchar_t c : text) {
-        // Backslashes count only in front of a quotation mark.
+        // Backslashes are special only before a quotation mark.
         if (c == L'"')
             quoted.append(backslashes + 1, L'\\');
         backslashes = c == L'\\' ? backslashes + 1 : 0;
@@ -134,7 +134,7 @@ std::optional<machine_program> machine_program::start(const std::wstring& progra
     if (!CreateProcessW(shell_path, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &startup,
                         &process))
         return std::nullopt;
-    // Wine leaves the process handle null and the thread handle unset for a program that is not its own.
+    // For a native program Wine sets the process handle to null and does not set the thread handle.
     if (process.hProcess != nullptr) {
         CloseHandle(process.hThread);
         CloseHandle(process.hProcess);

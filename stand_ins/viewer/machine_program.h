@@ -1,6 +1,6 @@
-// Runs a program of the machine that Wine runs on (poppler's tools), without waiting for it: Wine hands out
-// no process handle for such a program, so its output goes to a file and its end shows as a mark in that
-// file.
+// Runs a native Unix program (poppler's tools) from a Windows program under Wine, without blocking. Wine
+// returns no process handle for it, so its output is redirected to a file and an end mark in that file
+// indicates that it has exited.
 #pragma once
 
 #include <windows.h>
@@ -33,29 +33,29 @@ private:
 class machine_program
 {
 public:
-    // Starts `program`, an absolute path of the machine ("/usr/bin/pdfinfo"), which reads `input`, a Windows
-    // path, as its standard input. Empty when the input or this platform's shell is not there. The program is
-    // ended by the machine when it runs longer than a minute.
+    // Starts `program`, an absolute Unix path ("/usr/bin/pdfinfo"), with the file `input`, a Windows path, as
+    // its standard input. nullopt if the input or the Unix shell does not exist. The program is killed after
+    // one minute.
     static std::optional<machine_program>
     start(const std::wstring& program, const std::vector<std::wstring>& arguments, const std::wstring& input);
 
     struct result
     {
-        int exit_code;      // 127 when there is no such program, 124 when it ran too long
-        std::string output; // what it wrote to its standard output
+        int exit_code;      // 127 if the program does not exist, 124 after the time-out
+        std::string output; // its standard output
     };
 
-    // Nothing until the program has ended.
+    // nullopt until the program has exited.
     std::optional<result> poll() const;
 
 private:
     explicit machine_program(file_handle output) : output_(std::move(output)) {}
 
-    // Deleted by the system when the handle is closed, also while the program still writes.
+    // Opened with delete-on-close, so the file is deleted even if the program still writes to it.
     file_handle output_;
 };
 
-// `text` as one argument of a Windows command line.
+// Quotes `text` as one argument of a Windows command line.
 std::wstring quoted_argument(const std::wstring& text);
 
 } // namespace quill

@@ -10,9 +10,9 @@
 namespace quill {
 namespace {
 
-constexpr COLORREF desk_color = RGB(108, 114, 122);
+constexpr COLORREF background_color = RGB(108, 114, 122);
 constexpr COLORREF shadow_color = RGB(78, 83, 90);
-constexpr COLORREF words_color = RGB(240, 242, 245);
+constexpr COLORREF message_color = RGB(240, 242, 245);
 constexpr int line_step = 48; // pixels
 
 void fill(HDC dc, const RECT& area, COLORREF color)
@@ -21,7 +21,7 @@ void fill(HDC dc, const RECT& area, COLORREF color)
     FillRect(dc, &area, static_cast<HBRUSH>(GetStockObject(DC_BRUSH)));
 }
 
-// A device context in memory with a bitmap of its own, copied to the target in one go.
+// A memory device context for double buffering.
 class back_buffer
 {
 public:
@@ -57,7 +57,7 @@ void page_pane::show_page(page_picture picture, bool from_bottom)
     const bool same_size = picture_.size.cx == picture.size.cx && picture_.size.cy == picture.size.cy;
     picture_ = std::move(picture);
     links_.clear();
-    words_.clear();
+    message_.clear();
     const LONG across = same_size ? scroll_.x : first_scroll(picture_.size, area()).x;
     const LONG down = from_bottom ? scroll_limit(picture_.size, area()).cy : 0;
     scroll_ = {across, down};
@@ -70,11 +70,11 @@ void page_pane::show_links(std::vector<page_link> links)
     links_ = std::move(links);
 }
 
-void page_pane::show_words(std::wstring words)
+void page_pane::show_message(std::wstring message)
 {
     picture_ = {};
     links_.clear();
-    words_ = std::move(words);
+    message_ = std::move(message);
     scroll_ = {};
     update_scroll_bars();
     Invalidate(FALSE);
@@ -105,7 +105,7 @@ bool page_pane::scroll_by(int across, int down)
 
 void page_pane::update_scroll_bars()
 {
-    // Showing one bar takes room from the other direction, which WM_SIZE brings back here.
+    // Showing one scroll bar reduces the client area; the resulting WM_SIZE calls this function again.
     const SIZE visible = area();
     const int along[2] = {SB_HORZ, SB_VERT};
     const LONG whole[2] = {picture_.size.cx + 2 * page_margin, picture_.size.cy + 2 * page_margin};
@@ -177,21 +177,21 @@ const page_link* page_pane::link_at(POINT point) const
     return nullptr;
 }
 
-void page_pane::draw_words(HDC dc, RECT bounds)
+void page_pane::draw_message(HDC dc, RECT bounds)
 {
     const HGDIOBJ old = SelectObject(dc, font_.get());
     SetBkMode(dc, TRANSPARENT);
-    SetTextColor(dc, words_color);
-    DrawTextW(dc, words_.c_str(), -1, &bounds,
+    SetTextColor(dc, message_color);
+    DrawTextW(dc, message_.c_str(), -1, &bounds,
               DT_CENTER | DT_VCENTER | DT_SINGLELINE | DT_NOPREFIX | DT_END_ELLIPSIS);
     SelectObject(dc, old);
 }
 
 void page_pane::draw(HDC dc, const RECT& bounds)
 {
-    fill(dc, bounds, desk_color);
+    fill(dc, bounds, background_color);
     if (!picture_) {
-        draw_words(dc, bounds);
+        draw_message(dc, bounds);
         return;
     }
     const POINT origin = page_origin(scroll_, picture_.size, {bounds.right, bounds.bottom});

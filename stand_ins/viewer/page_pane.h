@@ -1,5 +1,4 @@
-// The child window that shows one rendered page: scrolls it, finds its links, and says something in words
-// when there is no page.
+// The child window that shows one rendered page with its links and scroll bars, or a message instead.
 #pragma once
 
 #include "stand_ins/viewer/document_facts.h"
@@ -13,7 +12,7 @@
 
 namespace quill {
 
-// What the pane tells its owner. The pane may not be destroyed inside these calls.
+// Notifications to the pane's owner, which must not destroy the pane inside these calls.
 class page_pane_owner
 {
 public:
@@ -34,16 +33,16 @@ public:
 
     explicit page_pane(page_pane_owner& owner);
 
-    // Shows a page from its top, or from its bottom when the reader came from the page after it.
+    // Shows a page scrolled to its top, or to its bottom if the user turned back from the next page.
     void show_page(page_picture picture, bool from_bottom);
     void show_links(std::vector<page_link> links);
 
-    // Shows words in place of a page.
-    void show_words(std::wstring words);
+    // Shows a message instead of a page.
+    void show_message(std::wstring message);
 
-    // Scrolls by pixels. False when the page stood at that edge already.
+    // Scrolls by pixels. False if the page was already at that edge.
     bool scroll_by(int across, int down);
-    int page_step() const; // the pixels of a screenful
+    int page_step() const; // pixels to scroll for Page Up and Page Down
 
     BOOL ProcessWindowMessage(HWND window, UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result,
                               DWORD map = 0) override;
@@ -52,7 +51,7 @@ private:
     bool handle(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& result);
     void paint();
     void draw(HDC dc, const RECT& area);
-    void draw_words(HDC dc, RECT area);
+    void draw_message(HDC dc, RECT area);
     void update_scroll_bars();
     void on_scroll_bar(int bar, WORD request);
     void on_wheel(WPARAM wparam);
@@ -62,10 +61,10 @@ private:
     page_pane_owner& owner_;
     page_picture picture_;
     std::vector<page_link> links_;
-    std::wstring words_;
+    std::wstring message_;
     gdi_object font_;
     POINT scroll_ = {};
-    int wheel_rest_ = 0; // wheel movement that did not make a whole step yet
+    int wheel_rest_ = 0; // accumulated wheel movement of less than one step
 };
 
 } // namespace quill

@@ -1,7 +1,7 @@
 #include "stand_ins/viewer/page_picture.h"
 
 #include <objidl.h>
-// gdiplus.h needs the interfaces above.
+// gdiplus.h requires the interfaces of objidl.h.
 #include <gdiplus.h>
 #include <shlwapi.h>
 

@@ -1,4 +1,4 @@
-// A rendered page as a bitmap of the screen.
+// A rendered page as a bitmap.
 #pragma once
 
 #include "stand_ins/common/gdi_object.h"
@@ -17,7 +17,7 @@ struct page_picture
     explicit operator bool() const { return static_cast<bool>(bitmap); }
 };
 
-// Keeps GDI+ ready while it lives.
+// Initialises GDI+ for the lifetime of the object.
 class picture_codec
 {
 public:
@@ -26,7 +26,7 @@ public:
     picture_codec& operator=(const picture_codec&) = delete;
     ~picture_codec();
 
-    // The picture in the bytes of a PNG file; empty when they hold none.
+    // Decodes the contents of a PNG file. Empty if they are invalid.
     page_picture decode(const std::string& png) const;
 
 private:

@@ -7,7 +7,7 @@ using quill::viewer_method;
 
 namespace {
 
-// Argument `index` in call order, as the type that the method takes.
+// Argument `index` in call order, converted to the parameter's type.
 HRESULT take_argument(DISPPARAMS& parameters, UINT index, VARTYPE type, CComVariant& value)
 {
     VARIANT& given = parameters.rgvarg[parameters.cArgs - 1 - index];
@@ -171,7 +171,7 @@ LRESULT CViewerControl::OnCreate(UINT, WPARAM, LPARAM, BOOL&)
 
 LRESULT CViewerControl::OnDestroy(UINT, WPARAM, LPARAM, BOOL& handled)
 {
-    // The child window comes down right after this one's handler, and its object with it.
+    // The child window and its object are destroyed right after this handler.
     viewer_ = nullptr;
     handled = FALSE;
     return 0;
@@ -186,5 +186,5 @@ LRESULT CViewerControl::OnSize(UINT, WPARAM, LPARAM lparam, BOOL&)
 
 LRESULT CViewerControl::OnEraseBackground(UINT, WPARAM, LPARAM, BOOL&)
 {
-    return 1; // the child covers everything
+    return 1; // the child window covers the client area
 }

@@ -1,4 +1,4 @@
-// The viewer as a control: hosts activate it in place and drive it through IDispatch.
+// The viewer as an ActiveX control: hosts activate it in place and call it through IDispatch.
 #pragma once
 
 #include "stand_ins/viewer/host_requests.h"
@@ -51,14 +51,14 @@ public:
     CHAIN_MSG_MAP(CComControl<CViewerControl>)
     END_MSG_MAP()
 
-    // IDispatch: by number only
+    // IDispatch: by DISPID only
     STDMETHOD(GetTypeInfoCount)(UINT* count) override;
     STDMETHOD(GetTypeInfo)(UINT index, LCID locale, ITypeInfo** info) override;
     STDMETHOD(GetIDsOfNames)(REFIID reserved, LPOLESTR* names, UINT count, LCID locale, DISPID* ids) override;
     STDMETHOD(Invoke)(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
                       VARIANT* result, EXCEPINFO* exception, UINT* bad_argument) override;
 
-    // IPersistStreamInit: there is nothing to keep
+    // IPersistStreamInit: no state to persist
     STDMETHOD(GetClassID)(CLSID* class_id) override;
     STDMETHOD(IsDirty)() override { return S_FALSE; }
     STDMETHOD(Load)(IStream*) override { return S_OK; }
@@ -76,5 +76,5 @@ private:
     HRESULT set_target(DISPPARAMS& parameters, void (quill::host_requests::*set)(HWND, UINT));
 
     quill::host_requests host_;
-    quill::viewer_window* viewer_ = nullptr; // lives as long as its window, a child of this control's
+    quill::viewer_window* viewer_ = nullptr; // deleted with its window, a child of this control's window
 };

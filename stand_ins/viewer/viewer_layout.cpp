@@ -29,7 +29,7 @@ LONG origin_along(LONG scroll, LONG picture, LONG area)
 
 } // namespace
 
-double sensible_zoom(double zoom)
+double clamped_zoom(double zoom)
 {
     return std::isnan(zoom) ? 1 : std::clamp(zoom, smallest_zoom, largest_zoom);
 }
@@ -51,7 +51,7 @@ unsigned resolution_for(const page_size& size, double zoom)
 {
     constexpr double screen = 96;
     constexpr double points_per_inch = 72;
-    const double wanted = screen * sensible_zoom(zoom);
+    const double wanted = screen * clamped_zoom(zoom);
     const double square_inches = size.width * size.height / (points_per_inch * points_per_inch);
     const double most = std::sqrt(largest_picture / std::max(square_inches, 1e-6));
     return static_cast<unsigned>(std::max(1.0, std::round(std::min(wanted, most))));

@@ -1,4 +1,4 @@
-// Where things stand in the viewer's window and which steps its controls take: values in, values out.
+// Layout of the viewer's window, zoom steps and scroll positions. Plain code.
 #pragma once
 
 #include "stand_ins/viewer/document_facts.h"
@@ -11,7 +11,7 @@
 
 namespace quill {
 
-// A page that is shown or asked for.
+// A page and its zoom.
 struct page_view
 {
     std::size_t page = 0; // 0-based
@@ -23,13 +23,13 @@ struct page_view
 inline constexpr int strip_height = 34; // pixels, at the top of the window
 inline constexpr int page_margin = 16;  // pixels around a page
 
-// `zoom` within what the viewer shows; 1 for what is no number.
-double sensible_zoom(double zoom);
+// `zoom` clamped to the supported range; 1 for NaN.
+double clamped_zoom(double zoom);
 
-// The next zoom of the usual steps, upwards or downwards.
+// The next larger or smaller standard zoom.
 double stepped_zoom(double zoom, bool upwards);
 
-// Dots per inch at which a page is rendered: 96 at 100 %, less when the picture would not fit in memory.
+// The resolution in dots per inch for rendering a page: 96 at 100 %, limited by the picture's memory.
 unsigned resolution_for(const page_size& size, double zoom);
 
 enum class strip_command
@@ -55,14 +55,14 @@ strip_command strip_command_at(POINT point);
 // "page 2 of 5 - 150 %"
 std::wstring strip_status(const page_view& view, std::size_t page_count);
 
-// The furthest that a page of `picture` pixels can be scrolled in `area` pixels.
+// The maximum scroll position of a page of `picture` pixels in `area` pixels.
 SIZE scroll_limit(SIZE picture, SIZE area);
 POINT limited_scroll(POINT scroll, SIZE picture, SIZE area);
 
-// Where the page's top left corner stands in the area: centred where the area is larger.
+// The position of the page's top left corner in the area. The page is centred if the area is larger.
 POINT page_origin(POINT scroll, SIZE picture, SIZE area);
 
-// The scroll position at which a page is first shown: its top, centred sideways.
+// The initial scroll position of a page: the top, centred horizontally.
 POINT first_scroll(SIZE picture, SIZE area);
 
 } // namespace quill

@@ -1,4 +1,4 @@
-// Entry points of QuillPDFCtrl.dll, the stand-in for the suite's viewer control.
+// The entry points of QuillPDFCtrl.dll, the stand-in for the suite's viewer control.
 #include "stand_ins/viewer/viewer_control.h"
 
 #include <atlbase.h>

@@ -1,4 +1,4 @@
-// Draws the strip at the top of the viewer's window: its buttons, the file's name, the page and the zoom.
+// Draws the strip at the top of the viewer's window: buttons, file name, page and zoom.
 #pragma once
 
 #include "stand_ins/common/gdi_object.h"
@@ -12,7 +12,7 @@ namespace quill {
 class viewer_strip
 {
 public:
-    // Answers a WM_PAINT of the window that the strip belongs to.
+    // Handles WM_PAINT of the window.
     void paint(HWND window, const std::wstring& file_name, const std::wstring& status) const;
 
 private:

@@ -13,8 +13,8 @@ namespace {
 constexpr UINT_PTR poll_timer = 1;
 constexpr UINT poll_interval_ms = 20;
 
-// Posted by the window to itself, so that nothing of the page's pane is at work when the host, asked by the
-// handler, takes the whole viewer down.
+// Posted by the window to itself: the host may destroy the viewer inside a request, so no function of the
+// pane may be on the stack.
 constexpr UINT message_follow_link = WM_APP + 1;
 constexpr UINT message_command = WM_APP + 2; // wParam: a strip_command
 constexpr UINT message_report = WM_APP + 3;
@@ -65,7 +65,7 @@ bool viewer_window::open(const std::wstring& path)
     view_ = {};
     state_ = viewer_state::empty;
     renderer_.open(path);
-    pane_.show_words(L"Opening " + file_name_);
+    pane_.show_message(L"Opening " + file_name_);
     ask_for(view_);
     return true;
 }
@@ -77,7 +77,7 @@ void viewer_window::go_to_page(std::size_t page)
 
 void viewer_window::set_zoom(double zoom)
 {
-    ask_for({view_.page, sensible_zoom(zoom)});
+    ask_for({view_.page, clamped_zoom(zoom)});
 }
 
 void viewer_window::print()
@@ -102,20 +102,20 @@ void viewer_window::ask_for(const page_view& view, bool from_bottom)
 void viewer_window::poll_renderer()
 {
     switch (renderer_.poll()) {
-    case document_renderer::news::none:
+    case document_renderer::poll_result::none:
         break;
-    case document_renderer::news::pages:
+    case document_renderer::poll_result::pages:
         view_.page = std::min(view_.page, renderer_.pages().size() - 1);
         break;
-    case document_renderer::news::picture:
+    case document_renderer::poll_result::picture:
         has_picture_ = true;
         pane_.show_page(renderer_.take_picture(), from_bottom_);
         break;
-    case document_renderer::news::links:
+    case document_renderer::poll_result::links:
         pane_.show_links(renderer_.links());
         break;
-    case document_renderer::news::failure:
-        pane_.show_words(renderer_.failure());
+    case document_renderer::poll_result::failure:
+        pane_.show_message(renderer_.failure());
         set_state(viewer_state::failed, renderer_.failure());
         PostMessageW(message_report, 0, 0);
         break;
@@ -128,7 +128,7 @@ void viewer_window::set_state(viewer_state state, std::wstring status)
 {
     state_ = state;
     status_ = std::move(status);
-    // The text first: who sees the state from another process reads the text that belongs to it.
+    // The text is set first: another process that reads the state then reads the text.
     ::SetWindowTextW(m_hWnd, status_.c_str());
     ::SetPropW(m_hWnd, viewer_state_property, reinterpret_cast<HANDLE>(static_cast<LONG_PTR>(state)));
     RECT strip = {0, 0, 0, strip_height};
@@ -138,7 +138,7 @@ void viewer_window::set_state(viewer_state state, std::wstring status)
 
 void viewer_window::on_page_painted()
 {
-    // The page before is painted, too, while the one asked for is being rendered.
+    // The previous page may be repainted while the requested one is being rendered.
     if (state_ != viewer_state::working || !has_picture_)
         return;
     set_state(viewer_state::shown, strip_status(view_, renderer_.pages().size()));
@@ -220,7 +220,7 @@ void viewer_window::on_key(WPARAM key)
     }
 }
 
-void viewer_window::carry_out(strip_command command)
+void viewer_window::execute(strip_command command)
 {
     switch (command) {
     case strip_command::previous_page:
@@ -278,19 +278,19 @@ bool viewer_window::handle(UINT message, WPARAM wparam, LPARAM lparam, LRESULT& 
         on_key(wparam);
         return true;
     case WM_LBUTTONUP:
-        carry_out(strip_command_at({GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)}));
+        execute(strip_command_at({GET_X_LPARAM(lparam), GET_Y_LPARAM(lparam)}));
         return true;
     case WM_DESTROY:
         ::RemovePropW(m_hWnd, viewer_state_property);
         return false;
     case message_follow_link: {
-        // The host may end this window inside the call, and with it the member.
+        // Copied: the host may destroy this object inside the call.
         const std::wstring link = link_;
         host_.open_link(link, wparam != 0);
         return true;
     }
     case message_command:
-        carry_out(static_cast<strip_command>(wparam));
+        execute(static_cast<strip_command>(wparam));
         return true;
     case message_report:
         host_.log(L"viewer " + std::to_wstring(host_.instance()) + L": " + file_name_ + L", " + status_ +

@@ -1,12 +1,12 @@
-// The viewer's own window: a strip of buttons above the pane with the page. Shows one document at a time and
-// carries out what the automation methods ask for.
+// The viewer's window: a strip of buttons above the pane with the page. Shows one document at a time and
+// implements the automation methods.
 #pragma once
 
+#include "stand_ins/common/viewer_state.h"
 #include "stand_ins/viewer/document_renderer.h"
 #include "stand_ins/viewer/host_requests.h"
 #include "stand_ins/viewer/page_pane.h"
 #include "stand_ins/viewer/viewer_layout.h"
-#include "stand_ins/common/viewer_state.h"
 #include "stand_ins/viewer/viewer_strip.h"
 
 #include <atlbase.h>
@@ -23,12 +23,11 @@ public:
 
     ~viewer_window();
 
-    // Makes the window as a child of `parent`; null when that fails. The window deletes itself when it has
-    // been destroyed, so the pointer is good until then: a request to the host may end the window while one
-    // of its messages is being handled.
+    // Creates the window as a child of `parent`; null on failure. The object deletes itself after its window
+    // is destroyed, which a host may do inside a request, so the pointer is valid only until then.
     static viewer_window* create(HWND parent, const RECT& place);
 
-    // False when the file cannot be read; whether it can be drawn shows later.
+    // False if the file cannot be read. Whether it can be rendered is determined later.
     bool open(const std::wstring& path);
     void go_to_page(std::size_t page);
     void set_zoom(double zoom);
@@ -46,7 +45,7 @@ private:
     void lay_out();
     void poll_renderer();
     void ask_for(const page_view& view, bool from_bottom = false);
-    void carry_out(strip_command command);
+    void execute(strip_command command);
     void set_state(viewer_state state, std::wstring status);
 
     void on_page_painted() override;
@@ -62,11 +61,11 @@ private:
     std::wstring file_name_;
     std::wstring status_;
     page_view view_;
-    bool from_bottom_ = false; // the page is entered from the one after it
-    bool has_picture_ = false; // the pane holds the page that view_ names
+    bool from_bottom_ = false; // the user turned back from the next page
+    bool has_picture_ = false; // the pane shows the page in view_
     bool owns_itself_ = false;
     viewer_state state_ = viewer_state::empty;
-    std::wstring link_; // clicked, to be handed to the host
+    std::wstring link_; // the clicked link, for message_follow_link
 };
 
 } // namespace quill

@@ -241,7 +241,7 @@ TEST_F(HtmlDocument, CountsWhatIsHeldToTheLastReference)
     engine browser;
     auto document = page(browser);
     ASSERT_TRUE(wait_until([this] { return pages.living().downloads == 0; }));
-    const living_objects before = pages.living();
+    const live_objects before = pages.living();
     EXPECT_EQ(before.pages, 1);
     EXPECT_EQ(before.elements, 0);
     {

@@ -181,7 +181,7 @@ TEST(ExtensionOf, LeavesOutWhatFollowsThePath)
 // Every letter is ten pixels wide and twenty high.
 page_layout arrange(std::wstring_view html, int width)
 {
-    layout_surroundings surroundings;
+    layout_context surroundings;
     surroundings.width = width;
     surroundings.measure = [](std::wstring_view text, const text_style&) {
         return SIZE{static_cast<LONG>(10 * text.size()), 20};

@@ -39,10 +39,10 @@ TEST(SamplePath, IsEncodedSoThatItComesBack)
 
 TEST(SampleAnswer, SaysWhatFollows)
 {
-    EXPECT_EQ(answer_head(200, "application/pdf", 17),
+    EXPECT_EQ(response_head(200, "application/pdf", 17),
               "HTTP/1.1 200 OK\r\nContent-Type: application/pdf\r\nContent-Length: 17\r\n"
               "Cache-Control: no-cache\r\nConnection: close\r\n\r\n");
-    EXPECT_EQ(answer_head(404, "text/plain", 0).substr(0, 24), "HTTP/1.1 404 Not Found\r\n");
+    EXPECT_EQ(response_head(404, "text/plain", 0).substr(0, 24), "HTTP/1.1 404 Not Found\r\n");
 }
 
 TEST(SampleType, FollowsTheExtension)

@@ -8,7 +8,7 @@
 
 namespace quill {
 
-void PrintTo(const living_objects& counts, std::ostream* out)
+void PrintTo(const live_objects& counts, std::ostream* out)
 {
     *out << counts.pages << " pages, " << counts.elements << " elements, " << counts.collections
          << " collections, " << counts.events << " events, " << counts.connection_points
@@ -22,7 +22,7 @@ registered_pages::registered_pages()
 {
     const FARPROC found = GetProcAddress(GetModuleHandleW(L"QuillPages.dll"), "quill_count_living_objects");
     EXPECT_NE(found, nullptr);
-    count_ = reinterpret_cast<count_living_objects_function*>(reinterpret_cast<void*>(found));
+    count_ = reinterpret_cast<count_live_objects_function*>(reinterpret_cast<void*>(found));
 }
 
 registered_pages::~registered_pages()
@@ -30,9 +30,9 @@ registered_pages::~registered_pages()
     EXPECT_TRUE(all_gone()) << testing::PrintToString(living());
 }
 
-living_objects registered_pages::living() const
+live_objects registered_pages::living() const
 {
-    living_objects counts;
+    live_objects counts;
     if (count_ != nullptr)
         count_(&counts);
     return counts;
@@ -40,7 +40,7 @@ living_objects registered_pages::living() const
 
 bool registered_pages::all_gone() const
 {
-    return wait_until([this] { return living() == living_objects{}; });
+    return wait_until([this] { return living() == live_objects{}; });
 }
 
 } // namespace test

@@ -1,14 +1,14 @@
 // The page object that stands in for the HTML engine, registered for text/html for the length of a scope.
 #pragma once
 
-#include "stand_ins/html_engine/living_objects.h"
+#include "stand_ins/html_engine/live_objects.h"
 #include "tests/browser/registered_module.h"
 
 #include <iosfwd>
 
 namespace quill {
 
-void PrintTo(const living_objects& counts, std::ostream* out);
+void PrintTo(const live_objects& counts, std::ostream* out);
 
 namespace test {
 
@@ -21,13 +21,13 @@ public:
     registered_pages(const registered_pages&) = delete;
     registered_pages& operator=(const registered_pages&) = delete;
 
-    living_objects living() const;
+    live_objects living() const;
     // Waits until nothing of any page is left.
     bool all_gone() const;
 
 private:
     registered_library library_{L"QuillPages.dll"};
-    count_living_objects_function* count_ = nullptr;
+    count_live_objects_function* count_ = nullptr;
 };
 
 } // namespace test

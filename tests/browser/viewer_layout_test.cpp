@@ -11,11 +11,11 @@ constexpr page_size a4 = {595, 842};
 
 TEST(Zoom, StaysWithinItsLimits)
 {
-    EXPECT_DOUBLE_EQ(sensible_zoom(1.5), 1.5);
-    EXPECT_DOUBLE_EQ(sensible_zoom(0), 0.1);
-    EXPECT_DOUBLE_EQ(sensible_zoom(-3), 0.1);
-    EXPECT_DOUBLE_EQ(sensible_zoom(1e9), 4);
-    EXPECT_DOUBLE_EQ(sensible_zoom(std::numeric_limits<double>::quiet_NaN()), 1);
+    EXPECT_DOUBLE_EQ(clamped_zoom(1.5), 1.5);
+    EXPECT_DOUBLE_EQ(clamped_zoom(0), 0.1);
+    EXPECT_DOUBLE_EQ(clamped_zoom(-3), 0.1);
+    EXPECT_DOUBLE_EQ(clamped_zoom(1e9), 4);
+    EXPECT_DOUBLE_EQ(clamped_zoom(std::numeric_limits<double>::quiet_NaN()), 1);
 }
 
 TEST(Zoom, GoesInSteps)

@@ -68,7 +68,7 @@ bool dom_node::replace_with(std::vector<pointer> nodes)
     for (const auto& node : nodes)
         node->parent_ = above;
     parent_ = nullptr;
-    // This node may have no other owner than the list that it leaves.
+    // The list may hold the last reference to this node.
     const pointer keep = *place;
     const auto after = above->children_.erase(place);
     above->children_.insert(after, std::make_move_iterator(nodes.begin()),

@@ -1,4 +1,4 @@
-// The tree of an HTML page: plain data, no COM, no window.
+// The tree of an HTML page. Plain data without COM or windows.
 #pragma once
 
 #include <functional>
@@ -25,8 +25,8 @@ struct dom_attribute
     std::wstring value;
 };
 
-// A node belongs to its parent; whoever keeps a pointer to one keeps that part of the tree, also after it was
-// taken out of the page.
+// A node is owned by its parent. A shared pointer keeps the node and its subtree alive, also after it is
+// removed from the page.
 class dom_node : public std::enable_shared_from_this<dom_node>
 {
 public:
@@ -44,12 +44,12 @@ public:
     const std::vector<pointer>& children() const { return children_; }
     void append(pointer child);
     void remove_children();
-    // Puts `nodes` where this node stands. False for a node without a parent.
+    // Replaces this node with `nodes`. False if the node has no parent.
     bool replace_with(std::vector<pointer> nodes);
-    // Whether this node is `other` or one of the nodes above it.
+    // Whether this node is `other` or one of its ancestors.
     bool contains(const dom_node& other) const;
 
-    // Names in any case. The value as it stands in the page; nothing when there is none.
+    // The value as written in the page; nullopt if it is missing. Attribute names are case-insensitive.
     std::optional<std::wstring> attribute(std::wstring_view name) const;
     void set_attribute(std::wstring_view name, std::wstring value);
     bool remove_attribute(std::wstring_view name);
@@ -66,10 +66,10 @@ private:
 
 std::wstring lower_case(std::wstring_view text);
 
-// Calls `visit` for every element below `top`, in document order, until it answers false.
+// Calls `visit` for every element below `top`, in document order, until it returns false.
 void visit_elements(const dom_node& top, const std::function<bool(dom_node&)>& visit);
 
-// The first element of that name below `top`, null without one.
+// The first element with this name below `top`; null if there is none.
 dom_node::pointer find_element(const dom_node& top, std::wstring_view name);
 
 } // namespace quill

@@ -13,7 +13,7 @@
 namespace quill {
 namespace {
 
-// Browsers too stop nesting somewhere; what stands deeper becomes children of the last level.
+// As in browsers, the nesting depth is limited; deeper nodes become children of the last level.
 constexpr int deepest_level = 512;
 
 std::wstring to_wide(std::string_view text, UINT code_page)
@@ -38,7 +38,7 @@ bool is_utf8(std::string_view text)
                                                static_cast<int>(text.size()), nullptr, 0) != 0;
 }
 
-// The parser knows standard elements by number; the name of any other stands in the source only.
+// The parser has tag numbers for standard elements; the name of any other element is only in the source text.
 std::wstring element_name(const GumboElement& element)
 {
     if (element.tag != GUMBO_TAG_UNKNOWN)
@@ -136,7 +136,7 @@ std::vector<dom_node::pointer> read_fragment(std::wstring_view html, std::wstrin
     if (tag == GUMBO_TAG_UNKNOWN || tag == GUMBO_TAG_LAST)
         tag = GUMBO_TAG_DIV;
     const auto output = parse(utf8, tag);
-    // The parser puts a fragment into a root element of its own.
+    // The parser adds a root element to a fragment.
     dom_node root(node_kind::element, L"html");
     copy_children(output->root->v.element.children, root, 0);
     return root.children();

@@ -12,7 +12,7 @@ using std::wstring_view;
 constexpr std::array<wstring_view, 15> void_elements = {L"area",  L"base",  L"br",     L"col",   L"embed",
                                                         L"frame", L"hr",    L"img",    L"input", L"link",
                                                         L"meta",  L"param", L"source", L"track", L"wbr"};
-// What stands in these is written as it is, for nothing in it is markup.
+// The text in these elements is not markup and is not escaped.
 constexpr std::array<wstring_view, 7> raw_text_elements = {L"style",   L"script",   L"xmp",      L"iframe",
                                                            L"noembed", L"noframes", L"plaintext"};
 

@@ -1,4 +1,4 @@
-// Trees back to text: as markup, and as what a reader sees.
+// Serialises trees: as markup and as visible text.
 #pragma once
 
 #include "stand_ins/html_engine/dom/dom_node.h"
@@ -7,14 +7,14 @@
 
 namespace quill {
 
-// As the standard writes a page: element names in lower case, values in double quotes, nothing left out.
+// Markup as the standard defines it: element names in lower case, values in double quotes, all tags included.
 std::wstring outer_html(const dom_node& node);
 std::wstring inner_html(const dom_node& node);
 
-// The text without markup; scripts and style sheets are no text.
+// The text without markup, scripts and style sheets.
 std::wstring inner_text(const dom_node& node);
 
-// Whether the element has no end tag and no contents, as "br".
+// Whether the element has neither end tag nor contents, such as "br".
 bool is_void_element(const dom_node& node);
 
 } // namespace quill
