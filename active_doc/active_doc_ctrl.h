@@ -12,9 +12,9 @@
 #include "active_doc/window_lifetime.h"
 #include "platform/unique_handle.h"
 #include "retrieval/download/download.h"
-#include "retrieval/pane/status_pane.h"
 #include "retrieval/download/url_version.h"
 #include "retrieval/download/window_messages.h"
+#include "retrieval/pane/status_pane.h"
 
 #include <atlbase.h>
 #include <atlcom.h>
@@ -111,8 +111,8 @@ public:
     // IOleObject
     STDMETHOD(SetClientSite)(IOleClientSite* site) override;
     STDMETHOD(DoVerb)
-    (LONG verb, LPMSG message, IOleClientSite* active_site, LONG index, HWND parent,
-     LPCRECT position) override;
+    (LONG verb, LPMSG message, IOleClientSite* active_site, LONG index, HWND parent, LPCRECT position)
+        override;
 
     // IOleInPlaceObject
     STDMETHOD(InPlaceDeactivate)() override;

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <atlcom.h>
 #include <docobj.h>
 
 template <class T>

@@ -28,8 +28,9 @@ namespace quill {
 inline const char* default_integer_format = "{:d}";
 
 template <typename T>
-concept log_text = std::is_convertible_v<const T&, const char*> ||
-    std::is_convertible_v<const T&, const wchar_t*> || std::is_convertible_v<const T&, std::wstring_view>;
+concept log_text =
+    std::is_convertible_v<const T&, const char*> || std::is_convertible_v<const T&, const wchar_t*> ||
+    std::is_convertible_v<const T&, std::wstring_view>;
 
 // Belongs to the thread that builds it. Nothing of it throws: what cannot be formatted or written is lost,
 // and a stream that could not get its logger is disabled. A disabled stream formats nothing.
@@ -66,7 +67,8 @@ public:
 
     // Whatever else fmt formats with "{}": const void*, floating point, std::string.
     template <typename T>
-    requires(!std::integral<T> && !log_text<T>) log_stream& operator<<(const T& value) noexcept
+        requires(!std::integral<T> && !log_text<T>)
+    log_stream& operator<<(const T& value) noexcept
     {
         return append(value);
     }

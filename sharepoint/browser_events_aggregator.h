@@ -2,10 +2,10 @@
 // to the desktop editor instead.
 #pragma once
 
-#include "sharepoint/events/browser_events_handler.h"
-#include "sharepoint/document_record.h"
-#include "sharepoint/events/html_events_handler.h"
 #include "sharepoint/decisions/repeat_guard.h"
+#include "sharepoint/document_record.h"
+#include "sharepoint/events/browser_events_handler.h"
+#include "sharepoint/events/html_events_handler.h"
 
 #include <memory>
 #include <vector>

@@ -2,12 +2,12 @@
 
 #include "logging/log_stream.h"
 #include "sharepoint/decisions/click_decision.h"
+#include "sharepoint/decisions/link_address.h"
+#include "sharepoint/decisions/pdf_link.h"
+#include "sharepoint/editor/pdf_editor.h"
 #include "sharepoint/host/host_call.h"
 #include "sharepoint/host/html_reading.h"
-#include "sharepoint/decisions/link_address.h"
 #include "sharepoint/page_analysis.h"
-#include "sharepoint/editor/pdf_editor.h"
-#include "sharepoint/decisions/pdf_link.h"
 
 #include <atlutil.h>
 

@@ -1,9 +1,9 @@
 // One HTML document of a tab: what kind of page it is, and the connection to its events.
 #pragma once
 
-#include "sharepoint/host/host_ptr.h"
-#include "sharepoint/events/html_events_sink.h"
 #include "sharepoint/decisions/page_kind.h"
+#include "sharepoint/events/html_events_sink.h"
+#include "sharepoint/host/host_ptr.h"
 
 #include <memory>
 #include <string>

@@ -8,10 +8,10 @@
 #include "retrieval/download/download_libraries.h"
 #include "retrieval/download/download_switch.h"
 #include "retrieval/download/interruptible_callback.h"
-#include "retrieval/file/pdf_check.h"
 #include "retrieval/download/url_version.h"
 #include "retrieval/download/window_exchange.h"
 #include "retrieval/download/wininet_download.h"
+#include "retrieval/file/pdf_check.h"
 
 #include <windows.h>
 

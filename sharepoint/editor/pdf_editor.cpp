@@ -4,8 +4,8 @@
 #include "logging/log_stream.h"
 #include "platform/settings.h"
 #include "platform/unique_handle.h"
-#include "sharepoint/host/com_error.h"
 #include "sharepoint/editor/editor_launch.h"
+#include "sharepoint/host/com_error.h"
 
 #include <atlutil.h>
 #include <shellapi.h>

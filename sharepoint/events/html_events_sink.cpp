@@ -2,10 +2,10 @@
 
 #include "logging/exception_barriers.h"
 #include "logging/log_stream.h"
-#include "sharepoint/host/com_error.h"
-#include "sharepoint/events/event_connection.h"
-#include "sharepoint/host/html_reading.h"
 #include "sharepoint/decisions/ready_state.h"
+#include "sharepoint/events/event_connection.h"
+#include "sharepoint/host/com_error.h"
+#include "sharepoint/host/html_reading.h"
 
 #include <utility>
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "sharepoint/events/event_identifiers.h"
-#include "sharepoint/host/host_ptr.h"
 #include "sharepoint/events/html_events_handler.h"
+#include "sharepoint/host/host_ptr.h"
 
 #include <atlbase.h>
 #include <atlcom.h>

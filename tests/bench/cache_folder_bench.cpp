@@ -1,7 +1,7 @@
 // The folder that a document is kept in, in temporary folders that hold many documents.
+#include "retrieval/download/cache_folder.h"
 #include "tests/bench/plain_benchmarks.h"
 #include "tests/bench/support/report.h"
-#include "retrieval/download/cache_folder.h"
 
 #include <windows.h>
 

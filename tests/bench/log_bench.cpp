@@ -1,10 +1,10 @@
 // The log: a line that is switched off, and one that is written.
-#include "tests/bench/plain_benchmarks.h"
-#include "tests/bench/support/allocations.h"
-#include "tests/bench/support/report.h"
 #include "logging/global_logger.h"
 #include "logging/log_stream.h"
 #include "platform/mutex.h"
+#include "tests/bench/plain_benchmarks.h"
+#include "tests/bench/support/allocations.h"
+#include "tests/bench/support/report.h"
 #include "tests/support/scopes.h"
 
 #include <windows.h>

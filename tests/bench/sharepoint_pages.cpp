@@ -1,9 +1,9 @@
 #include "tests/bench/sharepoint_pages.h"
 
+#include "stand_ins/html_engine/identifiers.h"
 #include "tests/bench/page/engine_page.h"
 #include "tests/bench/page/tab.h"
 #include "tests/bench/support/report.h"
-#include "stand_ins/html_engine/identifiers.h"
 #include "tests/support/text.h"
 
 #include <mshtml.h>

@@ -1,11 +1,11 @@
 // The functions on URLs and on links' markup: what a byte costs must not depend on how many there are.
-#include "tests/bench/plain_benchmarks.h"
-#include "tests/bench/support/report.h"
 #include "retrieval/url/url_fragment.h"
 #include "retrieval/url/url_resolution.h"
 #include "retrieval/url/url_text.h"
 #include "sharepoint/decisions/link_rewriting.h"
 #include "sharepoint/decisions/pdf_link.h"
+#include "tests/bench/plain_benchmarks.h"
+#include "tests/bench/support/report.h"
 
 #include <array>
 #include <functional>

@@ -1,6 +1,6 @@
 // Pages with PDF elements in the system's browser engine: each element's document gets the right file.
-#include "stand_ins/browser/shown_document.h"
 #include "retrieval/download/window_messages.h"
+#include "stand_ins/browser/shown_document.h"
 #include "tests/browser/html_page_access.h"
 #include "tests/browser/registered_pages.h"
 #include "tests/support/http_server.h"

@@ -1,7 +1,7 @@
 // Taking the handlers out of a link's markup: the markup.
+#include "sharepoint/decisions/link_rewriting.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
-#include "sharepoint/decisions/link_rewriting.h"
 
 #include <regex>
 

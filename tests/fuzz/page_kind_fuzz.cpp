@@ -1,9 +1,9 @@
 // What kind of page a head makes, and how far its loading is. A line is an element: "s" and a script's
 // source, or "m", a meta element's name, "=" and its content; any line is a state's name.
-#include "tests/fuzz/reference_text.h"
-#include "tests/fuzz/subjects.h"
 #include "sharepoint/decisions/page_kind.h"
 #include "sharepoint/decisions/ready_state.h"
+#include "tests/fuzz/reference_text.h"
+#include "tests/fuzz/subjects.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 // The verdict on a file's beginning: the file's bytes.
-#include "tests/fuzz/subjects.h"
 #include "retrieval/file/pdf_judge.h"
+#include "tests/fuzz/subjects.h"
 
 #include <algorithm>
 

@@ -1,10 +1,10 @@
 // What a page's element stands for, the name under which a copy is saved, and what a name or a path leads to:
 // one text as each of them.
-#include "tests/fuzz/reference_text.h"
-#include "tests/fuzz/subjects.h"
 #include "retrieval/file/file_names.h"
 #include "retrieval/page/pdf_element.h"
 #include "retrieval/save_as/suggested_name.h"
+#include "tests/fuzz/reference_text.h"
+#include "tests/fuzz/subjects.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 // Repeated announcements of one navigation. A line is an event: "a" announces the address behind it, as the
 // browser does; "f" forgets the last one; a digit n lets 2^n - 1 milliseconds pass, "-" turns the clock back.
+#include "sharepoint/decisions/repeat_guard.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
-#include "sharepoint/decisions/repeat_guard.h"
 
 namespace quill::fuzz {
 namespace {

@@ -1,9 +1,9 @@
 // What administrators write: the log's sinks and level, and the switch between the ways of downloading. One
 // text as each of them.
-#include "tests/fuzz/reference_text.h"
-#include "tests/fuzz/subjects.h"
 #include "logging/logger_choice.h"
 #include "retrieval/download/switch_text.h"
+#include "tests/fuzz/reference_text.h"
+#include "tests/fuzz/subjects.h"
 
 #include <algorithm>
 #include <map>

@@ -1,12 +1,12 @@
 // Links of a SharePoint page, clicks on them and the start of the editor: a link, and the page's address.
+#include "sharepoint/decisions/click_decision.h"
+#include "sharepoint/decisions/link_address.h"
+#include "sharepoint/decisions/pdf_link.h"
+#include "sharepoint/editor/editor_launch.h"
 #include "tests/fuzz/caught_line.h"
 #include "tests/fuzz/command_line.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
-#include "sharepoint/decisions/click_decision.h"
-#include "sharepoint/editor/editor_launch.h"
-#include "sharepoint/decisions/link_address.h"
-#include "sharepoint/decisions/pdf_link.h"
 
 #include <atlutil.h>
 

@@ -1,7 +1,7 @@
 // Escaping and unescaping a document's URL.
+#include "retrieval/url/url_text.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
-#include "retrieval/url/url_text.h"
 
 #include <algorithm>
 #include <cwctype>

@@ -1,8 +1,8 @@
 // The file name that a URL asks for: a number for the buffer's capacity, and the URL.
-#include "tests/fuzz/reference_text.h"
-#include "tests/fuzz/subjects.h"
 #include "retrieval/download/cache_name.h"
 #include "retrieval/url/url_text.h"
+#include "tests/fuzz/reference_text.h"
+#include "tests/fuzz/subjects.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Page and zoom of a URL's fragment: a key, and the URL.
+#include "retrieval/url/url_fragment.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
-#include "retrieval/url/url_fragment.h"
 
 #include <algorithm>
 #include <cwctype>

@@ -1,7 +1,7 @@
 // Telling addresses from references, and making references absolute: a reference, and an address.
+#include "retrieval/url/url_resolution.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
-#include "retrieval/url/url_resolution.h"
 
 namespace quill::fuzz {
 namespace {

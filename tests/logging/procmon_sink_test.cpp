@@ -1,12 +1,12 @@
 // The Process Monitor sink against a real device, which a driver of the test's own makes.
 #include "logging/procmon_sink.h"
 #include "platform/mutex.h"
+#include "tests/logging/procmon_protocol.h"
 #include "tests/support/child_process.h"
 #include "tests/support/log_file.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/scopes.h"
 #include "tests/support/wait.h"
-#include "tests/logging/procmon_protocol.h"
 
 #include <windows.h>
 

@@ -45,9 +45,7 @@ TEST_F(SystemExceptions, ReleaseWhatIsHeldOnceHoweverTheCallEnds)
     released held;
     EXPECT_EQ(CrashBorder(held, returning, E_FAIL, "name", 7), S_OK);
     EXPECT_EQ(held.count, 1);
-    EXPECT_EQ(CrashBorder(
-                  held, []() -> HRESULT { throw 5; }, E_FAIL, "name", 7),
-              E_FAIL);
+    EXPECT_EQ(CrashBorder(held, []() -> HRESULT { throw 5; }, E_FAIL, "name", 7), E_FAIL);
     EXPECT_EQ(held.count, 2);
     EXPECT_EQ(CrashBorder(held, read_null, E_FAIL, "name", 7), E_FAIL);
     EXPECT_EQ(held.count, 3);

@@ -1,10 +1,10 @@
 #include "sharepoint/decisions/click_decision.h"
-#include "sharepoint/editor/editor_launch.h"
 #include "sharepoint/decisions/link_address.h"
 #include "sharepoint/decisions/page_kind.h"
 #include "sharepoint/decisions/pdf_link.h"
 #include "sharepoint/decisions/ready_state.h"
 #include "sharepoint/decisions/repeat_guard.h"
+#include "sharepoint/editor/editor_launch.h"
 #include "tests/support/log_capture.h"
 
 #include <gtest/gtest.h>

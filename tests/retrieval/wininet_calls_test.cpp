@@ -184,7 +184,7 @@ TEST_F(WinInetCalls, GiveUpAfterTheRelaxedRequest)
 {
     struct failure
     {
-        DWORD fake_wininet::*step;
+        DWORD fake_wininet::* step;
         DWORD error;
         std::size_t closed;
     };

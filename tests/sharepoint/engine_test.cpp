@@ -1,7 +1,7 @@
 // The helper object in the system's own browser engine: made by its class, with the engine's control or a
 // tab around it as its site, on pages that come from a web server.
-#include "stand_ins/browser/tab_browser.h"
 #include "sharepoint/identifiers.h"
+#include "stand_ins/browser/tab_browser.h"
 #include "tests/browser/engine.h"
 #include "tests/browser/registered_module.h"
 #include "tests/sharepoint/editor_programs.h"

@@ -2,8 +2,8 @@
 // module's log is off, as it is with users.
 #pragma once
 
-#include "tests/soak/download_setup.h"
 #include "tests/document/module_under_test.h"
+#include "tests/soak/download_setup.h"
 #include "tests/support/host/document_host.h"
 #include "tests/support/http_server.h"
 #include "tests/support/scopes.h"

@@ -2,12 +2,12 @@
 // nothing, a web server, and the two kinds of document that are sent through the engine by turns.
 #pragma once
 
+#include "tests/browser/engine.h"
+#include "tests/browser/registered_module.h"
 #include "tests/soak/bare_download.h"
 #include "tests/soak/document_soak_fixture.h"
 #include "tests/soak/download_setup.h"
 #include "tests/soak/trivial_document.h"
-#include "tests/browser/engine.h"
-#include "tests/browser/registered_module.h"
 #include "tests/support/http_server.h"
 #include "tests/support/log_file.h"
 #include "tests/support/scopes.h"

@@ -1,10 +1,10 @@
 // SharePoint pages loaded and clicked many times by one helper object and by new ones, in one process,
 // through the module's exports: nothing may grow.
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
 #include "tests/document/module_under_test.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
+#include "tests/soak/samples.h"
+#include "tests/soak/settings.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>

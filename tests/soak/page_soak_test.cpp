@@ -1,8 +1,8 @@
 // SharePoint pages in tabs of the system's browser engine, loaded and clicked many times in one process, with
 // the helper object and, before that, without it: what the engine keeps by itself is the limit.
+#include "tests/sharepoint_pages/library_site.h"
 #include "tests/soak/samples.h"
 #include "tests/soak/settings.h"
-#include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>

@@ -1,9 +1,9 @@
 // Random calls of a helper object and random events at its sinks, with pages and a browser that misbehave.
 #pragma once
 
-#include "tests/soak/random_source.h"
 #include "tests/document/module_under_test.h"
 #include "tests/sharepoint/fake_browser.h"
+#include "tests/soak/random_source.h"
 
 #include <vector>
 

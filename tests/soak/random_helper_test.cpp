@@ -1,8 +1,8 @@
 // Random sequences against the helper object. QUILL_SOAK_SEED and QUILL_SOAK_STEPS make a sequence again;
 // with QUILL_SOAK_TRACE each step is written before it is made.
+#include "tests/sharepoint/editor_programs.h"
 #include "tests/soak/random_helper.h"
 #include "tests/soak/settings.h"
-#include "tests/sharepoint/editor_programs.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>

@@ -1,10 +1,10 @@
 // What nearly every file of the tests includes. A file still includes what it uses itself.
 #pragma once
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <windows.h>
 
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <oaidl.h>
 #include <ole2.h>
 

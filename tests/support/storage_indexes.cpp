@@ -23,8 +23,7 @@ storage_indexes storage_indexes::free_now()
 {
     storage_indexes indexes;
     indexes.tls = count_free(TLS_OUT_OF_INDEXES, TlsAlloc, TlsFree);
-    indexes.fls = count_free(
-        FLS_OUT_OF_INDEXES, [] { return FlsAlloc(nullptr); }, FlsFree);
+    indexes.fls = count_free(FLS_OUT_OF_INDEXES, [] { return FlsAlloc(nullptr); }, FlsFree);
     return indexes;
 }
 

@@ -1,10 +1,10 @@
 #include "tests/bench/document/bare_document.h"
 
-#include "tests/bench/document/bare_downloads.h"
-#include "tests/bench/support/measure.h"
+#include "retrieval/download/window_messages.h"
 #include "retrieval/file/pdf_judge.h"
 #include "retrieval/pane/status_pane_layout.h"
-#include "retrieval/download/window_messages.h"
+#include "tests/bench/document/bare_downloads.h"
+#include "tests/bench/support/measure.h"
 #include "tests/support/scopes.h"
 #include "tests/support/viewer/viewer_class.h"
 #include "tests/support/wait.h"

@@ -1,7 +1,7 @@
 #include "tests/bench/page/plain_helper.h"
 
-#include "tests/bench/support/measure.h"
 #include "sharepoint/events/event_identifiers.h"
+#include "tests/bench/support/measure.h"
 
 #include <exdispid.h>
 
