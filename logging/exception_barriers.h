@@ -43,21 +43,22 @@ Result NoThrow(const Callable& callable, std::type_identity_t<Result> fallback,
 }
 
 // Calls the callable although a system exception may have been handled before: for what must be done all the
-// same. What it throws is logged; a system exception in it fails the guarded call around.
+// same. What it throws is logged; a system exception in it fails the guarded call around. Returns whether it
+// threw nothing.
 template <typename Callable>
-void attempt(const Callable& callable, const char* name = no_throw_name,
+bool attempt(const Callable& callable, const char* name = no_throw_name,
              std::uint32_t line = no_throw_line) noexcept
 {
     const barrier::separate_calls calls;
     try {
-        NoThrow(
+        return NoThrow(
             [&] {
                 callable();
                 return true;
             },
             false, name, line);
     } catch (const barrier::system_exception&) {
-        return; // calls has it
+        return false; // calls has it
     }
 }
 

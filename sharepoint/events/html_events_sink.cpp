@@ -16,14 +16,16 @@ namespace {
 constexpr const char* click_name = "quill::html_events_sink::on_click";
 constexpr unsigned click_line = 37;
 
-// Either of the two calls may fail without the other.
-void block_click(IHTMLEventObj* event)
+// Makes both calls, also after one that throws: the link has been opened. Returns whether neither threw.
+bool block_click(IHTMLEventObj* event)
 {
     QUILL_LOG(log_level::info) << "blocking click event...";
-    attempt([&] { call_host(event, &IHTMLEventObj::put_returnValue, CComVariant(false)); }, click_name,
-            click_line);
-    attempt([&] { call_host(event, &IHTMLEventObj::put_cancelBubble, VARIANT_TRUE); }, click_name,
-            click_line);
+    const bool is_refused =
+        attempt([&] { call_host(event, &IHTMLEventObj::put_returnValue, CComVariant(false)); }, click_name,
+                click_line);
+    const bool is_caught = attempt([&] { call_host(event, &IHTMLEventObj::put_cancelBubble, VARIANT_TRUE); },
+                                   click_name, click_line);
+    return is_refused && is_caught;
 }
 
 } // namespace
@@ -58,19 +60,9 @@ VARIANT_BOOL STDMETHODCALLTYPE html_events_sink::on_click(IDispatch* event)
 {
     QUILL_LOG(log_level::debug) << "CLICK!";
     protection held{GetUnknown()};
-    bool is_opened = false;
-    const VARIANT_BOOL result = CrashBorder(
-        held,
-        [&] {
-            is_opened = click(held, event);
-            if (is_opened)
-                block_click(held.event);
-            return is_opened ? VARIANT_FALSE : VARIANT_TRUE;
-        },
+    return CrashBorder(
+        held, [&] { return click(held, event) && block_click(held.event) ? VARIANT_FALSE : VARIANT_TRUE; },
         VARIANT_TRUE, click_name, click_line);
-    // An error leaves the click to the browser, but for a link that has been opened: it would be opened
-    // twice.
-    return is_opened ? VARIANT_FALSE : result;
 }
 
 void STDMETHODCALLTYPE html_events_sink::on_ready_state_change(IDispatch*)

@@ -102,7 +102,7 @@ document_renderer::poll_result document_renderer::poll()
     const std::optional<machine_program::result> result = program_->poll();
     if (!result)
         return poll_result::none;
-    const news outcome = finish(std::exchange(task_, task::none), *result);
+    const poll_result outcome = finish(std::exchange(task_, task::none), *result);
     start_waiting_request();
     return outcome;
 }

@@ -181,19 +181,26 @@ TEST_F(Unload, ALineFromInsideTheSetUpIsLost)
     EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "first"}, log_line{"info", "second"}));
 }
 
+constexpr DWORD deadline_ms = 10'000;
 write_line_function write_elsewhere = nullptr;
 bool has_written_elsewhere = false;
 
+// The thread that writes.
+unique_handle& elsewhere()
+{
+    static unique_handle thread;
+    return thread;
+}
+
 DWORD WINAPI get_variable_while_another_thread_writes(const char* name, char* value, DWORD size)
 {
-    constexpr DWORD deadline_ms = 10'000;
     if (const auto write = std::exchange(write_elsewhere, nullptr)) {
         const auto run = [](void* function) -> DWORD {
             reinterpret_cast<write_line_function>(function)(info, "elsewhere");
             return 0;
         };
-        const unique_handle thread(CreateThread(nullptr, 0, run, reinterpret_cast<void*>(write), 0, nullptr));
-        has_written_elsewhere = WaitForSingleObject(thread.get(), deadline_ms) == WAIT_OBJECT_0;
+        elsewhere().reset(CreateThread(nullptr, 0, run, reinterpret_cast<void*>(write), 0, nullptr));
+        has_written_elsewhere = WaitForSingleObject(elsewhere().get(), deadline_ms) == WAIT_OBJECT_0;
     }
     return GetEnvironmentVariableA(name, value, size);
 }
@@ -211,6 +218,8 @@ TEST_F(Unload, NoThreadWaitsForTheSetUpOfAnother)
                   nullptr);
         loaded.write_line(info, "first");
         EXPECT_TRUE(has_written_elsewhere);
+        EXPECT_EQ(WaitForSingleObject(elsewhere().get(), deadline_ms), WAIT_OBJECT_0);
+        elsewhere().reset();
         loaded.write_line(info, "second");
     };
     write();
@@ -218,10 +227,10 @@ TEST_F(Unload, NoThreadWaitsForTheSetUpOfAnother)
     write();
     EXPECT_EQ(process_resources::now(), before);
     EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
-    const log_line elsewhere{"info", "elsewhere"};
+    const log_line other{"info", "elsewhere"};
     const log_line first{"info", "first"};
     const log_line second{"info", "second"};
-    EXPECT_THAT(logs.lines(), ElementsAre(elsewhere, first, second, elsewhere, first, second));
+    EXPECT_THAT(logs.lines(), ElementsAre(other, first, second, other, first, second));
 }
 
 // The browser's own handler around a call. Whether it handled a system exception.

@@ -7,7 +7,7 @@
 #include "tests/support/log_capture.h"
 
 #include <gtest/gtest.h>
-#include <servprov.h>
+#include <ocidl.h>
 
 #include <functional>
 #include <stdexcept>
@@ -26,13 +26,14 @@ struct writing_host : Interface
     ULONG STDMETHODCALLTYPE Release() override { return 1; }
 };
 
-struct service_host : writing_host<IServiceProvider>
+struct pointer_host : writing_host<IObjectWithSite>
 {
-    HRESULT STDMETHODCALLTYPE QueryService(REFGUID, REFIID, void** out) override
+    HRESULT STDMETHODCALLTYPE GetSite(REFIID, void** out) override
     {
         *out = this;
         return end();
     }
+    HRESULT STDMETHODCALLTYPE SetSite(IUnknown*) override { return E_NOTIMPL; }
 };
 
 struct value_host : writing_host<IPropertyBag>
@@ -50,12 +51,10 @@ struct OutParameters : testing::Test
 {
     void get_both(std::function<HRESULT()> end)
     {
-        service_.end = end;
+        pointer_.end = end;
         value_.end = std::move(end);
-        service_result_ = result_of([&] {
-            return call_host(&service_, &IServiceProvider::QueryService, IID_IUnknown, IID_IUnknown,
-                             &service_out_);
-        });
+        pointer_result_ = result_of(
+            [&] { return call_host(&pointer_, &IObjectWithSite::GetSite, IID_IUnknown, &pointer_out_); });
         value_result_ =
             result_of([&] { return call_host(&value_, &IPropertyBag::Read, L"x", &value_out_, nullptr); });
     }
@@ -67,29 +66,29 @@ struct OutParameters : testing::Test
     }
 
     log_capture log_;
-    service_host service_;
+    pointer_host pointer_;
     value_host value_;
-    void* service_out_ = nullptr;
+    void* pointer_out_ = nullptr;
     VARIANT value_out_{};
-    HRESULT service_result_ = S_OK;
+    HRESULT pointer_result_ = S_OK;
     HRESULT value_result_ = S_OK;
 };
 
 TEST_F(OutParameters, OfACallThatSucceedsAreKept)
 {
     get_both([] { return S_FALSE; });
-    EXPECT_EQ(service_result_, S_FALSE);
+    EXPECT_EQ(pointer_result_, S_FALSE);
     EXPECT_EQ(value_result_, S_FALSE);
-    EXPECT_EQ(service_out_, &service_);
+    EXPECT_EQ(pointer_out_, &pointer_);
     EXPECT_EQ(value_out_.vt, VT_UNKNOWN);
 }
 
 TEST_F(OutParameters, OfACallThatFailsAreForgotten)
 {
     get_both([] { return E_ABORT; });
-    EXPECT_EQ(service_result_, E_ABORT);
+    EXPECT_EQ(pointer_result_, E_ABORT);
     EXPECT_EQ(value_result_, E_ABORT);
-    EXPECT_EQ(service_out_, nullptr);
+    EXPECT_EQ(pointer_out_, nullptr);
     EXPECT_EQ(value_out_.vt, VT_EMPTY);
 }
 
@@ -99,9 +98,9 @@ TEST_F(OutParameters, OfACallThatFaultsAreForgotten)
         read_nowhere();
         return S_OK;
     });
-    EXPECT_EQ(service_result_, E_UNEXPECTED);
+    EXPECT_EQ(pointer_result_, E_UNEXPECTED);
     EXPECT_EQ(value_result_, E_UNEXPECTED);
-    EXPECT_EQ(service_out_, nullptr);
+    EXPECT_EQ(pointer_out_, nullptr);
     EXPECT_EQ(value_out_.vt, VT_EMPTY);
 }
 
