@@ -1,11 +1,13 @@
 #include "tests/document/module_under_test.h"
 
 #include "tests/support/child_process.h"
+#include "tests/support/faults/import_table.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace quill::test {
 namespace {
@@ -24,6 +26,23 @@ Function export_of(HMODULE module, const char* name)
     return function;
 }
 
+// What the module's calls of CreateMenu lead to otherwise.
+code_address module_create_menu = nullptr;
+// Holds the handle that was freed last; destroyed with the next one.
+HMENU spare_menu = nullptr;
+
+// Wine forgets the object of a handle only after its server has freed the handle, so a menu made meanwhile
+// that gets the handle of a window which another thread destroys (urlmon's, when the worker ends) may be
+// lost. The handle that was freed last is given out first: a spare menu takes it.
+HMENU WINAPI create_menu_beside_a_spare()
+{
+    const HMENU former_spare = std::exchange(spare_menu, CreateMenu());
+    const HMENU menu = reinterpret_cast<decltype(&CreateMenu)>(module_create_menu)();
+    if (former_spare)
+        DestroyMenu(former_spare);
+    return menu;
+}
+
 } // namespace
 
 module_under_test::module_under_test()
@@ -33,10 +52,15 @@ module_under_test::module_under_test()
         throw std::runtime_error("QuillPDF.IE.dll does not load: error " + std::to_string(GetLastError()));
     get_class_object_ = export_of<get_class_object_function>(handle_, "DllGetClassObject");
     can_unload_ = export_of<can_unload_function>(handle_, "DllCanUnloadNow");
+    module_create_menu =
+        redirect_import(handle_, "CreateMenu", reinterpret_cast<code_address>(&create_menu_beside_a_spare));
+    EXPECT_NE(module_create_menu, nullptr);
 }
 
 module_under_test::~module_under_test()
 {
+    if (spare_menu)
+        DestroyMenu(std::exchange(spare_menu, nullptr));
     const HRESULT can_unload = can_unload_now();
     EXPECT_EQ(can_unload, S_OK) << "the module still counts objects or locks";
     if (can_unload != S_OK)

@@ -145,7 +145,7 @@ protected:
                     bool& flag;
                     ~unwound() { flag = true; }
                 } const frame{is_unwound_};
-                const attribute_value value(&element_->element(), CComBSTR(L"href"));
+                const attribute_value value(element_, CComBSTR(L"href"));
                 EXPECT_EQ(value.text(), L"");
                 barrier::throw_if_handled();
                 return S_OK;
