@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cstring>
 #include <stdexcept>
 #include <utility>
@@ -37,7 +38,7 @@ HMENU spare_menu = nullptr;
 HMENU WINAPI create_menu_beside_a_spare()
 {
     const HMENU former_spare = std::exchange(spare_menu, CreateMenu());
-    const HMENU menu = reinterpret_cast<decltype(&CreateMenu)>(module_create_menu)();
+    const HMENU menu = std::bit_cast<decltype(&CreateMenu)>(module_create_menu)();
     if (former_spare)
         DestroyMenu(former_spare);
     return menu;
