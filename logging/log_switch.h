@@ -1,5 +1,4 @@
-// Whether anybody reads lines of a level, for the price of two reads: most lines are written for nobody, in a
-// browser that nobody examines.
+// Whether lines of a level are logged. Logging is normally off; a disabled statement costs two atomic loads.
 #pragma once
 
 #include "logging/log_level.h"

@@ -34,7 +34,7 @@ struct visit
 
 // Wine's engine gives a URL that it fails to bind to the scheme's application, if the scheme has a "URL
 // Protocol". A server that refuses the connection fails early or late: early on a machine under load. While
-// this lives the engine finds no application; whoever else opens a URL still does.
+// this lives the engine finds no application; other callers that open a URL still do.
 class engine_without_applications
 {
 public:

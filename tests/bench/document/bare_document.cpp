@@ -93,7 +93,7 @@ DWORD WINAPI work(void* parameter)
     try {
         download_with_urlmon(url, path);
     } catch (const std::exception&) {
-        return 1; // which nobody waits for in vain: the pump has its deadline
+        return 1; // the pump ends at its deadline
     }
     std::array<char, pdf_check_bytes> bytes{};
     DWORD bytes_read = 0;
