@@ -1,7 +1,7 @@
 #include "sharepoint/browser_events_aggregator.h"
 
 #include "logging/log_stream.h"
-#include "sharepoint/decisions/pdf_link.h"
+#include "sharepoint/decisions/links.h"
 #include "sharepoint/editor/pdf_editor.h"
 #include "sharepoint/host/html_reading.h"
 #include "sharepoint/page_analysis.h"

@@ -4,8 +4,7 @@
 
 #include "sharepoint/decisions/repeat_guard.h"
 #include "sharepoint/document_record.h"
-#include "sharepoint/events/browser_events_handler.h"
-#include "sharepoint/events/html_events_handler.h"
+#include "sharepoint/events/event_handlers.h"
 
 #include <memory>
 #include <vector>

@@ -1,9 +1,7 @@
 #include "sharepoint/document_record.h"
 
 #include "logging/log_stream.h"
-#include "sharepoint/decisions/click_decision.h"
-#include "sharepoint/decisions/link_address.h"
-#include "sharepoint/decisions/pdf_link.h"
+#include "sharepoint/decisions/links.h"
 #include "sharepoint/editor/pdf_editor.h"
 #include "sharepoint/host/host_call.h"
 #include "sharepoint/host/html_reading.h"
@@ -81,7 +79,7 @@ bool document_record::click(IHTMLElement* element) const
         return false;
     }
     const bool needs_server = link.starts_with(L'/');
-    editor->open(parse_url(needs_server ? link_address(link, base_of_links(document_)) : link));
+    editor->open(parse_url(needs_server ? absolute_link(link, base_of_links(document_)) : link));
     return true;
 }
 

@@ -2,8 +2,7 @@
 
 #include "logging/log_stream.h"
 #include "sharepoint/decisions/case_insensitive.h"
-#include "sharepoint/decisions/link_rewriting.h"
-#include "sharepoint/decisions/pdf_link.h"
+#include "sharepoint/decisions/links.h"
 #include "sharepoint/host/html_reading.h"
 
 #include <optional>

@@ -2,7 +2,8 @@
 
 #include "logging/exception_barriers.h"
 #include "logging/log_stream.h"
-#include "sharepoint/browser_subscription.h"
+#include "sharepoint/browser_events_aggregator.h"
+#include "sharepoint/events/browser_events_sink.h"
 #include "sharepoint/host/host_ptr.h"
 
 #include <utility>
@@ -10,19 +11,37 @@
 namespace quill {
 namespace {
 
-// Where the barrier says that a failure happened: a fixed number of the log's text.
+// Part of the log lines of SetSite's barrier.
 constexpr unsigned set_site_line = 58;
 
 } // namespace
 
-// What SetSite holds until its end, whatever happens in it. Leaving the old browser calls out to it: it may
-// release the new site and this object, and it may re-enter SetSite.
+// The aggregator of a tab and its connection to the browser's events.
+struct sharepoint_bho::subscription
+{
+    explicit subscription(host_ptr<IWebBrowser2> browser) : connection(std::move(browser)) {}
+    ~subscription() { close(); }
+
+    void connect() { connection.connect(aggregator->weak_from_this()); }
+    // The connection first: closing it calls the browser, which may fire events meanwhile.
+    void close() noexcept
+    {
+        connection.close();
+        aggregator.reset();
+    }
+
+    std::shared_ptr<browser_events_aggregator> aggregator = std::make_shared<browser_events_aggregator>();
+    browser_events_connection connection;
+};
+
+// What SetSite holds; released however it ends. Unadvising calls the old browser, which may release the new
+// site and this object, or re-enter SetSite.
 struct sharepoint_bho::attachment
 {
     CComPtr<IUnknown> helper;
     host_ptr<IUnknown> site;
-    std::unique_ptr<browser_subscription> retired;
-    std::unique_ptr<browser_subscription> created;
+    std::unique_ptr<subscription> retired;
+    std::unique_ptr<subscription> created;
 
     void release() noexcept
     {
@@ -39,7 +58,7 @@ sharepoint_bho::sharepoint_bho() = default;
 
 sharepoint_bho::~sharepoint_bho()
 {
-    const std::unique_ptr<browser_subscription> last = std::move(subscription_);
+    const std::unique_ptr<subscription> last = std::move(subscription_);
     host_ptr<IUnknown> site;
     site.attach(m_spUnkSite.Detach());
 }
@@ -61,7 +80,7 @@ HRESULT sharepoint_bho::attach(attachment& held, IUnknown* site)
         barrier::throw_if_handled();
     } catch (const barrier::system_exception&) {
         if (!held.site)
-            replace_site(held); // the old site is released all the same
+            replace_site(held); // releases the old site despite the fault
         throw;
     }
     QUILL_LOG(log_level::debug) << "unload BHO for closing IE TAB";
@@ -69,7 +88,7 @@ HRESULT sharepoint_bho::attach(attachment& held, IUnknown* site)
         QUILL_LOG(log_level::debug) << "initilize BHO for IE TAB...";
         if (subscription_)
             return E_FAIL;
-        held.created = std::make_unique<browser_subscription>(query<IWebBrowser2>(held.site));
+        held.created = std::make_unique<subscription>(query<IWebBrowser2>(held.site));
         held.created->connect();
         subscription_.swap(held.created);
         QUILL_LOG(log_level::info) << "subscription for IE Browser events created";

@@ -1,4 +1,5 @@
-// The browser helper object: created by the browser for every tab and given the tab's browser as its site.
+// The browser helper object. The browser creates one for each tab and passes the tab's browser object to
+// SetSite.
 #pragma once
 
 #include "platform/com_categories.h"
@@ -11,9 +12,7 @@
 
 namespace quill {
 
-class browser_subscription;
-
-// Does nothing by itself: while it has a site, a subscription to the browser's events does the work.
+// While it has a site, its subscription to the browser's events does the work.
 class ATL_NO_VTABLE sharepoint_bho : public CComObjectRootEx<CComSingleThreadModel>,
                                      public CComCoClass<sharepoint_bho, &CLSID_SharepointBrowserHelperObject>,
                                      public IObjectWithSiteImpl<sharepoint_bho>
@@ -29,7 +28,7 @@ public:
     COM_INTERFACE_ENTRY(IObjectWithSite)
     END_COM_MAP()
 
-    // May run in the browser's sandbox.
+    // Allowed in the browser's sandbox (AppContainer).
     BEGIN_CATEGORY_MAP(sharepoint_bho)
     IMPLEMENTED_CATEGORY(CATID_AppContainerCompatible)
     END_CATEGORY_MAP()
@@ -38,12 +37,13 @@ public:
     HRESULT STDMETHODCALLTYPE SetSite(IUnknown* site) override;
 
 private:
+    struct subscription;
     struct attachment;
 
     HRESULT attach(attachment& held, IUnknown* site);
     void replace_site(attachment& held) noexcept;
 
-    std::unique_ptr<browser_subscription> subscription_; // while there is a site
+    std::unique_ptr<subscription> subscription_; // null without a site
 };
 
 } // namespace quill

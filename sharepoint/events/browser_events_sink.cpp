@@ -63,6 +63,20 @@ void browser_events_sink::disconnect(IWebBrowser2* browser) noexcept
     unadvise(*this, browser, IID_browser_events);
 }
 
+void browser_events_connection::connect(std::weak_ptr<browser_events_handler> handler)
+{
+    if (browser_)
+        sink_ = browser_events_sink::connect(browser_, std::move(handler));
+}
+
+void browser_events_connection::close() noexcept
+{
+    if (sink_)
+        sink_->disconnect(browser_);
+    sink_.Release();
+    browser_.release();
+}
+
 HRESULT STDMETHODCALLTYPE browser_events_sink::on_before_navigate(IDispatch* pDisp, VARIANT* url, VARIANT*,
                                                                   VARIANT*, VARIANT* postData, VARIANT*,
                                                                   VARIANT_BOOL* cancel)

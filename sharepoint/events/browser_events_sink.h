@@ -3,7 +3,7 @@
 #pragma once
 
 #include "platform/mutex.h"
-#include "sharepoint/events/browser_events_handler.h"
+#include "sharepoint/events/event_handlers.h"
 #include "sharepoint/events/event_identifiers.h"
 #include "sharepoint/host/host_ptr.h"
 
@@ -14,6 +14,7 @@
 
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace quill {
 
@@ -70,6 +71,27 @@ private:
     // The handler may pump messages while it starts a program: what comes in then is let through on the
     // same thread and kept apart from every other.
     platform::MutexImpl forwarding_;
+};
+
+// The sink's connection to the browser of a tab, ended by close() or the destructor. It is opened in a step
+// of its own, so that the owner can release the browser after a fault in the middle of connect().
+class browser_events_connection
+{
+public:
+    // Calls no method of the browser, which may be null.
+    explicit browser_events_connection(host_ptr<IWebBrowser2> browser) : browser_(std::move(browser)) {}
+    ~browser_events_connection() { close(); }
+    browser_events_connection(const browser_events_connection&) = delete;
+    browser_events_connection& operator=(const browser_events_connection&) = delete;
+
+    // Without a browser there are no events. Throws std::system_error with the failure code.
+    void connect(std::weak_ptr<browser_events_handler> handler);
+    // May be repeated after a system exception has cut it off: no call into the host is made twice.
+    void close() noexcept;
+
+private:
+    host_ptr<IWebBrowser2> browser_;
+    CComPtr<browser_events_sink::object> sink_;
 };
 
 } // namespace quill

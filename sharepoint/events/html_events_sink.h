@@ -1,8 +1,8 @@
 // Receives the events of one HTML document: clicks, which the handler may cancel, and the end of loading.
 #pragma once
 
+#include "sharepoint/events/event_handlers.h"
 #include "sharepoint/events/event_identifiers.h"
-#include "sharepoint/events/html_events_handler.h"
 #include "sharepoint/host/host_ptr.h"
 
 #include <atlbase.h>

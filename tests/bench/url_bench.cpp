@@ -2,8 +2,7 @@
 #include "retrieval/url/url_fragment.h"
 #include "retrieval/url/url_resolution.h"
 #include "retrieval/url/url_text.h"
-#include "sharepoint/decisions/link_rewriting.h"
-#include "sharepoint/decisions/pdf_link.h"
+#include "sharepoint/decisions/links.h"
 #include "tests/bench/plain_benchmarks.h"
 #include "tests/bench/support/report.h"
 

@@ -1,5 +1,5 @@
 // Taking the handlers out of a link's markup: the markup.
-#include "sharepoint/decisions/link_rewriting.h"
+#include "sharepoint/decisions/links.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
 

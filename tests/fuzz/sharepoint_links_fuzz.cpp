@@ -1,7 +1,5 @@
 // Links of a SharePoint page, clicks on them and the start of the editor: a link, and the page's address.
-#include "sharepoint/decisions/click_decision.h"
-#include "sharepoint/decisions/link_address.h"
-#include "sharepoint/decisions/pdf_link.h"
+#include "sharepoint/decisions/links.h"
 #include "sharepoint/editor/editor_launch.h"
 #include "tests/fuzz/caught_line.h"
 #include "tests/fuzz/command_line.h"
@@ -72,11 +70,11 @@ std::wstring expected_address(const std::wstring& link, const std::wstring& page
 
 void check_address(const std::wstring& link, const std::wstring& page)
 {
-    const std::wstring address = link_address(exact_copy<wchar_t>(link), exact_copy<wchar_t>(page));
+    const std::wstring address = absolute_link(exact_copy<wchar_t>(link), exact_copy<wchar_t>(page));
     FUZZ_CHECK(address == expected_address(link, page));
     FUZZ_CHECK(address.ends_with(link));
     if (!page.starts_with(L"/"))
-        FUZZ_CHECK(link_address(address, page) == address);
+        FUZZ_CHECK(absolute_link(address, page) == address);
 }
 
 bool is_separator(wchar_t unit)

@@ -1,4 +1,4 @@
-#include "sharepoint/decisions/link_rewriting.h"
+#include "sharepoint/decisions/links.h"
 
 #include <gtest/gtest.h>
 

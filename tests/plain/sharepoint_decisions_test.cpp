@@ -1,7 +1,5 @@
-#include "sharepoint/decisions/click_decision.h"
-#include "sharepoint/decisions/link_address.h"
+#include "sharepoint/decisions/links.h"
 #include "sharepoint/decisions/page_kind.h"
-#include "sharepoint/decisions/pdf_link.h"
 #include "sharepoint/decisions/ready_state.h"
 #include "sharepoint/decisions/repeat_guard.h"
 #include "sharepoint/editor/editor_launch.h"
@@ -246,7 +244,7 @@ TEST(LinkAddress, IsCompletedFromThePages)
         {L"/x.pdf", L"about:blank?http://server/", L"/x.pdf"},
     };
     for (const auto& expected : cases)
-        EXPECT_EQ(link_address(expected.link, expected.page), expected.address)
+        EXPECT_EQ(absolute_link(expected.link, expected.page), expected.address)
             << testing::PrintToString(expected.link) << " in " << testing::PrintToString(expected.page);
 }
 
