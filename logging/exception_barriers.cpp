@@ -13,20 +13,20 @@
 namespace quill {
 namespace {
 
-// What the PDF core is told of the text's buffer, in characters. The core was always told this number.
+// The buffer size in characters that the PDF core expects.
 constexpr std::uint64_t error_text_size = 2047;
 
-// The result of a function of the suite; otherwise, when it throws. A system exception in it is left to the
-// barrier around.
-template <typename Callable, typename Answer = std::invoke_result_t<const Callable&>>
-Answer ask_suite(const Callable& ask, Answer otherwise)
+// The result of a function of the suite, or fallback if it throws. A system exception passes through to the
+// enclosing barrier.
+template <typename Callable, typename Result = std::invoke_result_t<const Callable&>>
+Result call_suite(const Callable& function, Result fallback)
 {
     try {
-        return barrier::call_host(ask);
+        return barrier::call_host(function);
     } catch (const barrier::system_exception&) {
         throw;
     } catch (...) {
-        return otherwise; // an exception is being logged already
+        return fallback; // not logged: another exception is being logged
     }
 }
 
@@ -34,10 +34,10 @@ void log_pdfcore_exception(const char* name, std::uint32_t line)
 {
     const suite_functions& suite = suite_library_functions();
     wchar_t text[error_text_size + 1] = {};
-    const int text_code = ask_suite(suite.get_exception_error_code, 0);
-    ask_suite([&] { return suite.get_error_string(text_code, text, error_text_size); }, text);
+    const int text_code = call_suite(suite.get_exception_error_code, 0);
+    call_suite([&] { return suite.get_error_string(text_code, text, error_text_size); }, text);
     const int code =
-        ask_suite(suite.get_exception_error_code, 0); // asked again: the log line may be switched off
+        call_suite(suite.get_exception_error_code, 0); // called again, even if the line is not logged
     QUILL_LOG(log_level::debug) << name << ":" << line << " pdfcore exception: " << code << " " << text;
 }
 
@@ -46,7 +46,7 @@ void log_error(const char* name, std::uint32_t line, const char* kind, const cha
     QUILL_LOG(log_level::error) << name << ":" << line << kind << text;
 }
 
-// The order of the handlers is part of the behaviour: the special kinds come before their bases.
+// Derived classes before their bases: the first handler that matches names the kind.
 void rethrow_and_log(const std::exception_ptr& exception, const char* name, std::uint32_t line)
 {
     try {
@@ -75,7 +75,7 @@ void rethrow_and_log(const std::exception_ptr& exception, const char* name, std:
 
 void log_current_exception(const char* name, std::uint32_t line) noexcept
 {
-    // A fault in the suite fails the guarded call around, and does not cut off the handler that this runs in.
+    // A fault in the suite must fail the guarded call without unwinding out of the caller's catch handler.
     const barrier::separate_calls calls;
     try {
         if (const std::exception_ptr exception = std::current_exception())

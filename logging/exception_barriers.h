@@ -1,7 +1,7 @@
-// Barriers around what the browser calls: no thrown exception and no system exception gets into the
-// browser. An entry point runs its body as
+// Barriers that keep C++ exceptions and system exceptions out of the browser. Every entry point that the
+// browser calls runs its body in one:
 //     return CrashBorder([&] { ...; return S_OK; }, E_FAIL, "quill::sharepoint_bho::SetSite", 58);
-// The name and the line are part of the log's text: constants, not the compiler's idea of them.
+// Name and line are part of the log line's text and must not follow the source.
 #pragma once
 
 #include "logging/system_exceptions.h"
@@ -15,19 +15,19 @@ namespace quill {
 inline constexpr const char* no_throw_name = "quill::NoThrow";
 inline constexpr std::uint32_t no_throw_line = 38;
 
-// Logs what kind of exception is being handled, and its text. Does nothing when there is none. What the
-// logging itself throws, or a function of the suite, is ignored.
+// Logs the kind and the text of the exception that is being handled, if there is one. Ignores exceptions of
+// the logger and of the suite's functions.
 void log_current_exception(const char* name, std::uint32_t line) noexcept;
 
 namespace barrier {
 
-// The logging of NoThrow: a name that is null or empty is replaced by NoThrow's own, with its line.
+// Logs for NoThrow, whose own name and line replace a null or empty name.
 void log_thrown(const char* name, std::uint32_t line) noexcept;
 
 } // namespace barrier
 
-// The callable's result, or fallback when it throws; the exception is logged. A system exception on its way
-// to the CrashBorder around passes.
+// Returns the callable's result, or fallback if it throws; the exception is logged. A
+// barrier::system_exception passes through to the enclosing CrashBorder.
 template <typename Callable, typename Result = std::invoke_result_t<const Callable&>>
 Result NoThrow(const Callable& callable, std::type_identity_t<Result> fallback,
                const char* name = no_throw_name, std::uint32_t line = no_throw_line)
@@ -42,9 +42,9 @@ Result NoThrow(const Callable& callable, std::type_identity_t<Result> fallback,
     return fallback;
 }
 
-// Calls the callable although a system exception may have been handled before: for what must be done all the
-// same. What it throws is logged; a system exception in it fails the guarded call around. Returns whether it
-// threw nothing.
+// Calls the callable even if a system exception was handled before, for work that must not be skipped.
+// Exceptions are logged; a system exception in it also fails the enclosing guarded call. Returns false if it
+// threw.
 template <typename Callable>
 bool attempt(const Callable& callable, const char* name = no_throw_name,
              std::uint32_t line = no_throw_line) noexcept
@@ -58,16 +58,16 @@ bool attempt(const Callable& callable, const char* name = no_throw_name,
             },
             false, name, line);
     } catch (const barrier::system_exception&) {
-        return false; // calls has it
+        return false; // calls has recorded it
     }
 }
 
-// As NoThrow; in addition, a system exception (an access violation, a division by zero, ...) is given to
-// the crash library, which reports it and decides: fallback is returned, or the search for a handler goes
-// on in the browser, or execution resumes.
-// What the entry point takes for its own protection (references to itself, its lock) belongs into held: the
-// fault skips the destructors of whatever the callable has on its stack, but held.release(), which must not
-// throw, is called however the callable ends.
+// As NoThrow, and also handles system exceptions (access violation, division by zero, ...). The crash library
+// reports them and chooses: return fallback, continue the search for a handler in the browser, or resume.
+// A fault skips the destructors of the callable's frames. What must be released nevertheless (a reference to
+// this, a lock) belongs in held: held.release(), which must not throw, is called however the callable ends:
+//     struct { CComPtr<IUnknown> self; void release() noexcept { self.Release(); } } held{GetUnknown()};
+//     return CrashBorder(held, [&] { ...; return S_OK; }, E_FAIL);
 template <typename Held, typename Callable, typename Result = std::invoke_result_t<const Callable&>>
 Result CrashBorder(Held& held, const Callable& callable, std::type_identity_t<Result> fallback,
                    const char* name = crash_border_name, std::uint32_t line = 0)
@@ -87,7 +87,7 @@ Result CrashBorder(Held& held, const Callable& callable, std::type_identity_t<Re
             try {
                 self.result = NoThrow(self.callable, self.fallback, self.name, self.line);
             } catch (const barrier::system_exception&) {
-                return; // call_behind_filter knows of it
+                return; // call_behind_filter has recorded it
             }
         }
         static void end(void* context) { static_cast<guarded_call*>(context)->held.release(); }

@@ -52,7 +52,7 @@ spdlog::sink_ptr make_sink(log_sink sink)
     return nullptr;
 }
 
-// The registered logger of that name, which is this one if there was none.
+// Registers the logger, or returns the one that is registered under its name.
 template <typename Register>
 std::shared_ptr<spdlog::logger> register_or_find(std::shared_ptr<spdlog::logger> logger,
                                                  const Register& register_logger)
@@ -62,7 +62,7 @@ std::shared_ptr<spdlog::logger> register_or_find(std::shared_ptr<spdlog::logger>
         register_logger(logger);
         return logger;
     } catch (const spdlog::spdlog_ex&) {
-        // Another thread that sets up the log may have been faster, or a set-up before has failed later.
+        // Registered by another thread meanwhile, or by an earlier set-up that failed afterwards.
         if (auto registered = spdlog::get(name))
             return registered;
         throw;
@@ -105,19 +105,18 @@ logger_holder make_holder()
         holder.logger = configured_logger();
         spdlog::set_level(static_cast<spdlog::level::level_enum>(level_from_name(*level)));
     } catch (const spdlog::spdlog_ex&) {
-        // A log that cannot be opened is no reason to trouble the browser: the module stays silent.
+        // The module runs without a log if the log cannot be opened.
         return holder;
     }
     return holder;
 }
 
-// The set-up runs without a lock, since it asks the system for folders and files, which may need the loader's
-// lock: a thread that logs inside a DllMain would wait for ever. Threads that come at once each set up a
-// logger of their own, and the first to be ready is kept.
+// The set-up runs without a lock: it calls system functions that may take the loader lock, so a thread that
+// logs inside a DllMain would deadlock. Concurrent threads each set up a logger, and the first one is kept.
 constinit std::atomic<logger_holder*> kept{nullptr};
 constinit std::atomic<bool> has_ended{false};
 
-// Followed until the end of the static objects.
+// Ends the logging when the static objects are destroyed.
 struct log_end
 {
     ~log_end()
@@ -135,19 +134,19 @@ logger_holder& keep(std::unique_ptr<logger_holder> made)
         return *first;
     first = made.release();
     follow_level_of(first->logger.get());
-    // Made after the registry of the loggers, and so ended before it.
+    // Constructed after spdlog's registry, and therefore destroyed before it.
     static const log_end end;
     return *first;
 }
 
-// What the set-up asks of the system may bring libraries that call back into the module.
+// System functions that the set-up calls may load libraries that call back into the module.
 constinit thread_local bool is_setting_up_here = false;
 
 logger_holder& set_up()
 {
     logger_holder* holder = nullptr;
     is_setting_up_here = true;
-    // A system exception in the system's part skips destructors, but not the end of this call.
+    // A system exception skips destructors, but not the second function.
     barrier::call_and_end(
         [](void* out) {
             *static_cast<logger_holder**>(out) = &keep(std::make_unique<logger_holder>(make_holder()));

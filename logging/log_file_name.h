@@ -1,4 +1,4 @@
-// Where the log file lies and what it is called.
+// Folder and name of the log file. Used by the set-up of the logger.
 #pragma once
 
 #include <optional>
@@ -7,20 +7,20 @@
 
 namespace quill {
 
-// The fmt pattern of the log file's name for this process, with "{:d}" for the process id. May create
-// the folder under the application data. Throws what DirectoryCreateRecursively and module_stem throw.
+// The fmt pattern of the log file's path, with "{:d}" for the process id. May create the folder in the
+// application data. Throws what DirectoryCreateRecursively and module_stem throw.
 std::wstring log_file_name_pattern();
 
-// The same from its parts: the folder, "/", the program's stem and "-{:d}.log". Braces of the parts are
-// doubled, so that they stand for themselves.
+// The pattern from its parts: folder, "/", stem of the program's name and "-{:d}.log". Doubles braces in the
+// parts, so that fmt prints them.
 std::wstring log_file_name_pattern(std::wstring_view folder, std::wstring_view stem);
 
-// The folder in the user's profile that asks, by being there, for logs in it; empty when it is not there
-// or there is no profile folder.
+// The folder for logs in the user's profile; empty if it does not exist or profile is std::nullopt. A user
+// creates it to have the logs written there.
 std::wstring profile_log_folder(const std::optional<std::wstring>& profile);
 
-// The product's folder under the user's application data, created when missing, in its short form where
-// the volume has one; empty when the system does not know the application data folder.
+// The product's folder in the user's application data as a short path if the volume has one; created if
+// missing. Empty if the system has no application data folder.
 std::wstring app_data_folder();
 
 } // namespace quill

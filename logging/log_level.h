@@ -1,4 +1,4 @@
-// How much a line of the log matters. The values are spdlog's.
+// Severity of log lines, with spdlog's values.
 #pragma once
 
 namespace quill {

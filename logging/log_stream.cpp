@@ -22,25 +22,24 @@ static_assert(to_spdlog(log_level::warning) == spdlog::level::warn);
 static_assert(to_spdlog(log_level::error) == spdlog::level::err);
 static_assert(to_spdlog(log_level::off) == spdlog::level::off);
 
-// Appends what append() appends; a piece that cannot be formatted is lost.
-template <typename Append>
-void or_lose_it(const Append& append) noexcept
+// Logging never throws: what fails is dropped.
+template <typename Callable>
+void ignore_errors(const Callable& callable) noexcept
 {
     try {
-        append();
+        callable();
     } catch (...) {
         return;
     }
 }
 
-// Null when there is none to be had.
+// nullptr if the logger is unavailable.
 spdlog::logger* module_logger() noexcept
 {
     try {
         return global_logger().logger.get();
     } catch (...) {
-        // The caller asked for a line, not for the logger's troubles; the next stream tries again.
-        return nullptr;
+        return nullptr; // the next stream tries again
     }
 }
 
@@ -65,7 +64,7 @@ bool log_stream::enabled() const noexcept
 
 void log_stream::write() noexcept
 {
-    or_lose_it([&] {
+    ignore_errors([&] {
         logger_->log(to_spdlog(level_), spdlog::string_view_t(buffer().data(), buffer().size()));
         logger_->flush();
     });
@@ -80,7 +79,7 @@ log_stream& log_stream::integer_format(const char* format) noexcept
 void log_stream::format(const char* text) noexcept
 {
     if (text)
-        or_lose_it([&] { buffer().append(std::string_view(text)); });
+        ignore_errors([&] { buffer().append(std::string_view(text)); });
 }
 
 void log_stream::format(const wchar_t* text) noexcept
@@ -91,17 +90,19 @@ void log_stream::format(const wchar_t* text) noexcept
 
 void log_stream::format(std::wstring_view text) noexcept
 {
-    or_lose_it([&] { buffer().append(to_utf8(text)); });
+    ignore_errors([&] { buffer().append(to_utf8(text)); });
 }
 
 void log_stream::format(std::int64_t value) noexcept
 {
-    or_lose_it([&] { fmt::format_to(std::back_inserter(buffer()), fmt::runtime(integer_format_), value); });
+    ignore_errors(
+        [&] { fmt::format_to(std::back_inserter(buffer()), fmt::runtime(integer_format_), value); });
 }
 
 void log_stream::format(std::uint64_t value) noexcept
 {
-    or_lose_it([&] { fmt::format_to(std::back_inserter(buffer()), fmt::runtime(integer_format_), value); });
+    ignore_errors(
+        [&] { fmt::format_to(std::back_inserter(buffer()), fmt::runtime(integer_format_), value); });
 }
 
 void log_pieces(log_level level, std::initializer_list<const char*> pieces) noexcept

@@ -1,4 +1,4 @@
-// One line of the diagnostic log, built piece by piece and written when the stream goes out of scope:
+// A line of the diagnostic log, which the destructor writes:
 //     QUILL_LOG(log_level::debug) << "ACTIVEDOC " << static_cast<const void*>(this) << L" Load";
 #pragma once
 
@@ -16,15 +16,15 @@
 #include <string_view>
 #include <type_traits>
 
-// A log stream of the level, made only when somebody reads lines of that level: then, and only then, the
-// pieces are evaluated. An expression of type void.
+// Creates a log stream if the level is logged; otherwise the operands of << are not evaluated. An expression
+// of type void.
 #define QUILL_LOG(level)                                                                                     \
     !::quill::is_logged(level) ? static_cast<void>(0)                                                        \
                                : ::quill::log_detail::end_of_line() & ::quill::log_stream(level)
 
 namespace quill {
 
-// What integers are formatted with by every stream that is built from now on.
+// The fmt format of integers in streams that are created afterwards.
 inline const char* default_integer_format = "{:d}";
 
 template <typename T>
@@ -32,30 +32,30 @@ concept log_text =
     std::is_convertible_v<const T&, const char*> || std::is_convertible_v<const T&, const wchar_t*> ||
     std::is_convertible_v<const T&, std::wstring_view>;
 
-// Belongs to the thread that builds it. Nothing of it throws: what cannot be formatted or written is lost,
-// and a stream that could not get its logger is disabled. A disabled stream formats nothing.
+// For one thread. Never throws: what cannot be formatted or written is dropped, and a stream without a logger
+// is disabled. A disabled stream formats nothing.
 class log_stream
 {
 public:
-    // Takes its logger from holder, or from global_logger() when there is none.
+    // Uses the logger of holder, or that of global_logger() for nullptr.
     explicit log_stream(log_level level, const logger_holder* holder = nullptr) noexcept;
     // Writes the line and flushes the logger.
     ~log_stream();
     log_stream(const log_stream&) = delete;
     log_stream& operator=(const log_stream&) = delete;
 
-    // Whether the logger takes lines of this level at this moment.
+    // Whether the logger currently logs this level.
     bool enabled() const noexcept;
 
-    // The fmt format of the integers that follow; the text must outlive the stream.
+    // Sets the fmt format of the integers that follow. Borrowed until the stream is destroyed.
     log_stream& integer_format(const char* format) noexcept;
 
-    // Null pointers and empty wide text add nothing.
+    // A null pointer appends nothing.
     log_stream& operator<<(const char* text) noexcept { return append(text); }
     log_stream& operator<<(const wchar_t* text) noexcept { return append(text); }
     log_stream& operator<<(std::wstring_view text) noexcept { return append(text); }
 
-    // bool and the character types count as integers.
+    // Formats bool and character types as integers.
     template <std::integral T>
     log_stream& operator<<(T value) noexcept
     {
@@ -65,7 +65,7 @@ public:
             return append(static_cast<std::uint64_t>(value));
     }
 
-    // Whatever else fmt formats with "{}": const void*, floating point, std::string.
+    // Other types, formatted with "{}": const void*, floating point, std::string.
     template <typename T>
         requires(!std::integral<T> && !log_text<T>)
     log_stream& operator<<(const T& value) noexcept
@@ -95,22 +95,21 @@ private:
         try {
             fmt::format_to(std::back_inserter(buffer()), "{}", value);
         } catch (...) {
-            // Nobody is to be troubled by the log: the piece is lost, the line goes on.
-            return;
+            return; // logging never throws
         }
     }
     text_buffer& buffer() { return buffer_ ? *buffer_ : buffer_.emplace(); }
     void write() noexcept;
 
     spdlog::logger* logger_;
-    std::optional<text_buffer> buffer_; // made for the first piece
+    std::optional<text_buffer> buffer_; // created by the first piece
     log_level level_;
     const char* integer_format_;
 };
 
 namespace log_detail {
 
-// Binds weaker than "<<", and so turns a finished line into nothing.
+// operator& has lower precedence than <<, so it takes the complete line and makes it void.
 struct end_of_line
 {
     void operator&(const log_stream&) const noexcept {}
@@ -118,7 +117,7 @@ struct end_of_line
 
 } // namespace log_detail
 
-// Writes one line made of the pieces, in order; nothing when there is no logger to be had.
+// Writes one line of the pieces; nothing if the logger is unavailable.
 void log_pieces(log_level level, std::initializer_list<const char*> pieces) noexcept;
 
 } // namespace quill

@@ -7,10 +7,10 @@
 namespace quill {
 namespace {
 
-constinit std::atomic<int> level_of_nobody{static_cast<int>(log_level::off) + 1};
+constinit std::atomic<int> level_without_logger{static_cast<int>(log_level::off) + 1};
 
-// The member is protected, which leaves its address to derived classes. Reading the level where it is, and
-// not through the logger's own header, keeps that header out of every file that logs.
+// A derived class may take the address of the protected member. is_logged() reads the level through it, so
+// that files that log need not include spdlog's header.
 struct level_member : spdlog::logger
 {
     static constexpr auto address = &level_member::level_;
@@ -21,7 +21,7 @@ static_assert(std::is_same_v<std::atomic<int>, spdlog::level_t>);
 
 void follow_level_of(const spdlog::logger* logger) noexcept
 {
-    const std::atomic<int>& level = logger ? logger->*level_member::address : level_of_nobody;
+    const std::atomic<int>& level = logger ? logger->*level_member::address : level_without_logger;
     log_detail::current_level.store(&level, std::memory_order_release);
 }
 

@@ -1,4 +1,5 @@
-// Whether lines of a level are logged. Logging is normally off; a disabled statement costs two atomic loads.
+// Tests whether a level is logged. Logging is normally off; a disabled statement costs two atomic loads. Used
+// by QUILL_LOG.
 #pragma once
 
 #include "logging/log_level.h"
@@ -13,9 +14,9 @@ namespace quill {
 
 namespace log_detail {
 
-// Before the first line has set up the logger every line counts as read, so that one of them sets it up.
+// Until the logger is set up, every level is logged, so that the first statement sets it up.
 inline constinit std::atomic<int> level_before_set_up{static_cast<int>(log_level::trace)};
-// Where the process's logger keeps its level.
+// The level of the module's logger.
 inline constinit std::atomic<const std::atomic<int>*> current_level{&level_before_set_up};
 
 } // namespace log_detail
@@ -27,8 +28,8 @@ inline bool is_logged(log_level level) noexcept
     return current->load(std::memory_order_relaxed) <= static_cast<int>(level);
 }
 
-// From now on is_logged() asks this logger, which must live until another one is followed; with null nobody
-// reads any line.
+// Makes is_logged() read the level of this logger, which must outlive the next call. With nullptr nothing is
+// logged.
 void follow_level_of(const spdlog::logger* logger) noexcept;
 
 } // namespace quill

@@ -1,4 +1,4 @@
-// What the two environment variables of the logger ask for, as values.
+// Values of the environment variables QUILL_LOG_SINKS and QUILL_LOG_LEVEL. Used by the set-up of the logger.
 #pragma once
 
 #include "logging/log_stream.h"
@@ -16,11 +16,11 @@ enum class log_sink
     process_monitor
 };
 
-// The sinks that QUILL_LOG_SINKS asks for, in the order in which they get each line. Words are searched
-// anywhere in the text and case matters; an empty text asks for the file.
+// The sinks in the order in which they get each line. Names are found anywhere in the text and are
+// case-sensitive; an empty text selects the file.
 std::vector<log_sink> sinks_from_text(std::string_view text);
 
-// The level that QUILL_LOG_LEVEL names. Case matters; a text that is no level's name means off.
+// Case-sensitive; off for text that names no level.
 log_level level_from_name(const std::string& name);
 
 } // namespace quill

@@ -1,5 +1,5 @@
-// What the suite's PDF core library throws. Only its name matters: the library throws its own type of this
-// name, and the code of the exception in flight is asked of the library (see suite_libraries.h).
+// The exception of the suite's PDF core library, caught by the barriers. The library throws its own class,
+// which is matched by its name; the error code is read from the library (suite_libraries.h).
 #pragma once
 
 class pdfcore_exception

@@ -1,4 +1,4 @@
-// A log sink that shows each line among the events that Process Monitor captures.
+// A log sink that adds each line to the events of Process Monitor.
 #pragma once
 
 #include "platform/unique_handle.h"
@@ -18,8 +18,8 @@ inline constexpr DWORD procmon_log_control_code =
     CTL_CODE(DWORD{0x9535}, DWORD{0x81}, METHOD_BUFFERED, FILE_WRITE_ACCESS);
 static_assert(procmon_log_control_code == 0x95358204);
 
-// Opens the device once; without it, or once it has failed, every line is dropped at the cost of one
-// comparison. Nothing is reported or thrown by its own doing.
+// Opens Process Monitor's device once. Lines are dropped without an error if the device does not exist or has
+// failed before.
 template <typename Mutex>
 class procmon_sink : public spdlog::sinks::base_sink<Mutex>
 {
@@ -56,7 +56,7 @@ private:
                                                            boost::container::default_init);
         if (MultiByteToWideChar(CP_UTF8, 0, line.data(), line_size, text.data(), length) == 0)
             return;
-        // The last character is the "\n" of the line end; Process Monitor ends each line itself.
+        // Without the "\n" at the end, because Process Monitor ends each line itself.
         const DWORD size = static_cast<DWORD>(length - 1) * DWORD{sizeof(wchar_t)};
         DWORD returned = 0;
         if (!DeviceIoControl(device_.get(), procmon_log_control_code, text.data(), size, nullptr, 0,

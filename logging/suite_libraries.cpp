@@ -31,7 +31,7 @@ wchar_t* no_error_string(int, wchar_t* buffer, std::uint64_t size)
     return buffer;
 }
 
-// The folder of the binary that this code is linked into, with a backslash at its end.
+// The folder of the module, with a trailing backslash.
 std::wstring own_folder()
 {
     HMODULE self = nullptr;
@@ -85,21 +85,20 @@ private:
     suite_functions functions_{run_the_handler, no_error_code, no_error_string};
 };
 
-constexpr suite_functions stand_alone{run_the_handler, no_error_code, no_error_string};
+constexpr suite_functions default_functions{run_the_handler, no_error_code, no_error_string};
 
-// No lock is held while libraries load, since the loader's own is: a thread that waited here inside a DllMain
-// would wait for ever. Threads that come at once load each for themselves, and the first to be ready is kept.
+// No lock is held while the libraries load: a thread that waited for it inside a DllMain would deadlock with
+// the loader lock. Concurrent threads each load the libraries, and the first result is kept.
 class kept_libraries
 {
 public:
     constexpr kept_libraries() = default;
     ~kept_libraries()
     {
-        // A library that is freed may call back into the module by its DllMain.
+        // The DllMain of a library that is freed may call back into the module.
         has_ended_.store(true, std::memory_order_release);
         const suite_libraries* const loaded = kept_.exchange(nullptr, std::memory_order_acq_rel);
-        // At the end of the process the libraries may have ended before this module: they are left as they
-        // are.
+        // While the process ends, the libraries may have been detached before this module.
         if (!process_is_ending())
             delete loaded;
     }
@@ -124,14 +123,14 @@ private:
 
 constinit kept_libraries kept;
 
-// A library that loads may call back into the module, by its DllMain or by what watches the loader.
+// The DllMain of a library that is loaded, or a hook of the loader, may call back into the module.
 constinit thread_local bool is_loading_here = false;
 
 const suite_libraries& load_libraries()
 {
     const suite_libraries* loaded = nullptr;
     is_loading_here = true;
-    // A system exception in a library that loads skips destructors, but not the end of this call.
+    // A system exception in a DllMain skips destructors, but not the second function.
     barrier::call_and_end(
         [](void* out) {
             *static_cast<const suite_libraries**>(out) =
@@ -148,12 +147,11 @@ const suite_functions& suite_library_functions()
     if (const suite_libraries* const libraries = kept.get())
         return libraries->functions();
     if (is_loading_here || kept.has_ended())
-        return stand_alone; // what the libraries have is not ready, or no longer there
+        return default_functions; // the libraries are not loaded yet, or freed
     try {
         return load_libraries().functions();
     } catch (const std::exception&) {
-        // No memory, or no path of one's own: a barrier must stand all the same.
-        return stand_alone;
+        return default_functions; // out of memory, or no module path
     }
 }
 

@@ -12,14 +12,14 @@
 namespace quill::barrier {
 namespace {
 
-// Those of this thread, innermost first.
+// The innermost guarded call of this thread; outer ones are linked from it.
 constinit thread_local host_calls* current = nullptr;
 
-// A fault in a call into the host that the crash library left to the handlers around: the barrier's filter,
-// which is asked next, must not have it reported again.
+// A fault in a call into the host for which the crash library chose EXCEPTION_CONTINUE_SEARCH. The system
+// calls the barrier's filter next, which must not report it a second time.
 constinit thread_local const EXCEPTION_RECORD* left_to_others = nullptr;
 
-// How this compiler's runtime raises what is thrown: the last three bytes spell "GCC".
+// The compiler's runtime raises C++ exceptions with codes whose last three bytes are "GCC".
 bool is_thrown(DWORD code) noexcept
 {
     return (code & 0x00FFFFFF) == 0x00474343;
@@ -29,7 +29,7 @@ int filter_host_call(const host_calls& self, EXCEPTION_POINTERS* exception, DWOR
 {
     code = exception->ExceptionRecord->ExceptionCode;
     if (is_thrown(code))
-        return EXCEPTION_CONTINUE_SEARCH; // for the guarded code's own handlers
+        return EXCEPTION_CONTINUE_SEARCH; // for the C++ handlers
     const int verdict = self.handle_exception(exception);
     if (verdict == EXCEPTION_CONTINUE_SEARCH && self.is_behind_barrier)
         left_to_others = exception->ExceptionRecord;
@@ -45,30 +45,31 @@ int guarded_call_verdict(const host_calls& self, EXCEPTION_POINTERS* exception)
     return self.handle_exception(exception);
 }
 
-// The stack's guard page is gone after an overflow; without it the next one would end the browser.
+// An overflow removes the stack's guard page; without it the next overflow would end the process.
 void restore_guard_page(DWORD code)
 {
     if (code == EXCEPTION_STACK_OVERFLOW)
         _resetstkoflw();
 }
 
-// What remains to do when a system exception in a call into the host was handled.
+// Runs after a system exception in a call into the host was handled.
 void note_handled(host_calls& self, DWORD code)
 {
     restore_guard_page(code);
-    current = &self; // the fault may have cut off a separate_calls
+    current = &self; // the fault may have skipped the destructor of a separate_calls
     self.has_handled = true;
 }
 
-// After a call that returned: a handler of the host's may have cut off a separate_calls of a nested call.
+// After a call that returned: a handler in the host may have skipped the destructor of a nested
+// separate_calls.
 void restore(host_calls& self) noexcept
 {
     current = &self;
     left_to_others = nullptr;
 }
 
-// What encloses the frame. A handler of the browser's may have cut off the code that restores `current`: what
-// lies below the frame is gone.
+// The guarded call that encloses the frame. A handler in the browser may have skipped the code that restores
+// `current`: a state at a lower address belongs to frames that no longer exist.
 host_calls* enclosing(const void* frame) noexcept
 {
     if (std::less<const void*>{}(current, frame))
@@ -87,7 +88,7 @@ struct guarded_call
     void (*end)(void* context);
     void* context;
     host_calls calls;
-    bool is_handled_here = false; // by call_behind_filter's own handler, as the filter has decided
+    bool is_handled_here = false; // the filter chose call_behind_filter's own handler
     bool is_finished = false;
 
     static void run(void* self)
@@ -96,7 +97,7 @@ struct guarded_call
         guarded.call(guarded.context);
     }
 
-    // The fault may have cut off a separate_calls.
+    // Sets current, because the fault may have skipped the destructor of a separate_calls.
     void finish()
     {
         current = &calls;
@@ -105,8 +106,8 @@ struct guarded_call
         current = calls.outer;
     }
 
-    // While an exception is unwound its frames are still on the stack, which may be all there is: what is
-    // handled here is finished afterwards.
+    // During unwinding the faulting frames are still on the stack, which may be exhausted: what is handled
+    // here is finished afterwards.
     static void finish_unless_handled(void* self)
     {
         auto& guarded = *static_cast<guarded_call*>(self);
@@ -156,7 +157,7 @@ void log_system_exception(const char* name) noexcept
     log_pieces(log_level::info, {"System exception in ", name ? name : crash_border_name});
 }
 
-// A function of its own: with both kinds of handler in one, this compiler has the filter asked twice.
+// A separate function: with __finally and __except in one function, this compiler calls the filter twice.
 [[gnu::noinline]] void call_and_end(void (*call)(void* context), void (*end)(void* context), void* context)
 {
     __try {
@@ -168,7 +169,7 @@ void log_system_exception(const char* name) noexcept
 
 bool call_behind_filter(void (*call)(void* context), void (*end)(void* context), void* context)
 {
-    // Looked up before the call: a filter runs on the stack of whatever went wrong.
+    // Looked up before the call: a filter runs on the stack that may have overflowed.
     guarded_call self{
         call, end, context, {enclosing(&self), suite_library_functions().handle_exception, true, false}};
     current = &self.calls;

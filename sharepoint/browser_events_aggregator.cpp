@@ -12,8 +12,13 @@
 
 namespace quill {
 
-browser_events_aggregator::browser_events_aggregator()
-    : editor_(std::make_shared<pdf_editor>()), repeats_(GetTickCount64())
+std::uint64_t system_tick_count()
+{
+    return GetTickCount64();
+}
+
+browser_events_aggregator::browser_events_aggregator(std::uint64_t (*tick_count)())
+    : tick_count_(tick_count), editor_(std::make_shared<pdf_editor>()), repeats_(tick_count())
 {
 }
 
@@ -28,28 +33,28 @@ bool browser_events_aggregator::on_before_navigate(IWebBrowser2* browser, std::w
     if (kind != page_kind::sharepoint)
         return false;
 
-    if (repeats_.is_repeat(url, GetTickCount64())) {
+    if (repeats_.is_repeat(url, tick_count_())) {
         QUILL_LOG(log_level::info) << url << " just canceled";
     } else {
         QUILL_LOG(log_level::info) << "trying to open pdf link";
         open(url);
     }
-    // Opening may have taken longer than a repeat is waited for, so the clock is read again.
-    repeats_.cancelled(url, GetTickCount64());
+    // Opening may have taken longer than the repeat interval: read the clock again.
+    repeats_.cancelled(url, tick_count_());
     return true;
 }
 
 void browser_events_aggregator::open(std::wstring_view url)
 {
-    // Opening may dispatch messages, and so the repeat.
+    // Opening may dispatch messages: the repeat can arrive before it returns.
     std::wstring opening(url);
-    repeats_.cancelled(url, GetTickCount64());
+    repeats_.cancelled(url, tick_count_());
     std::wstring outer = repeats_.exchange_opening(std::move(opening));
     try {
         editor_->open(parse_url(url));
     } catch (...) {
         repeats_.exchange_opening(std::move(outer));
-        repeats_.forget_url(url); // the navigation is not cancelled: the next one must not pass for a repeat
+        repeats_.forget_url(url); // the navigation is not cancelled, so the next one is no repeat
         throw;
     }
     repeats_.exchange_opening(std::move(outer));
@@ -84,7 +89,7 @@ void browser_events_aggregator::on_document_ready(IHTMLDocument2* document)
 
 document_record* browser_events_aggregator::find_record(IHTMLDocument2* document) const
 {
-    // The comparison calls into the page, which may report its readiness and have a record appended.
+    // An index: the comparison calls into the page, whose ready-state event may append a record.
     for (std::size_t i = 0; i < documents_.size(); ++i) {
         document_record* const record = documents_[i].get();
         if (record->is_for(document))
@@ -98,11 +103,11 @@ document_record& browser_events_aggregator::find_or_create_record(IHTMLDocument2
     document_record* known = find_record(document);
     if (!known) {
         auto record = std::make_unique<document_record>(document, editor_, weak_from_this());
-        // A page that tells its readiness while it is being connected to has been recorded on the way.
+        // The page may have fired its ready-state event, and been recorded, while the sink was being advised.
         known = find_record(document);
         if (!known) {
             document_record& added = *documents_.emplace_back(std::move(record));
-            QUILL_LOG(log_level::debug) << added.address() << " is new document";
+            QUILL_LOG(log_level::debug) << added.url() << " is new document";
             return added;
         }
     }

@@ -15,7 +15,7 @@
 namespace quill {
 namespace {
 
-// What the element links to when it is a list's link to a PDF, nothing otherwise.
+// The href of a list link to a PDF; empty for any other element.
 std::wstring list_link(IHTMLElement* element)
 {
     if (!is_link_tag(text_property(element, &IHTMLElement::get_tagName)) ||
@@ -25,9 +25,9 @@ std::wstring list_link(IHTMLElement* element)
     return std::wstring(is_pdf_link(link.text()) ? link.text() : std::wstring_view());
 }
 
-// The URL of the page of a server-relative link. Running out of memory is not the same as a page without a
-// URL: the link would be opened without its server.
-std::wstring base_of_links(IHTMLDocument2* page)
+// The page's URL, to complete server-relative links; empty if the page has none. Out of memory is thrown: the
+// link would be opened without its server.
+std::wstring base_url(IHTMLDocument2* page)
 {
     CComBSTR url;
     const HRESULT result = call_host(page, &IHTMLDocument2::get_URL, &url);
@@ -45,10 +45,10 @@ document_record::document_record(IHTMLDocument2* document, std::weak_ptr<pdf_edi
     : document_(document), document3_(query<IHTMLDocument3>(document)), kind_(classify_page(document3_)),
       editor_(std::move(editor)), events_(document, std::move(handler))
 {
-    QUILL_LOG(log_level::info) << address() << " events subscribed ";
+    QUILL_LOG(log_level::info) << url() << " events subscribed ";
 }
 
-std::wstring document_record::address() const
+std::wstring document_record::url() const
 {
     return std::wstring(text_property(document_, &IHTMLDocument2::get_URL).text());
 }
@@ -79,7 +79,7 @@ bool document_record::click(IHTMLElement* element) const
         return false;
     }
     const bool needs_server = link.starts_with(L'/');
-    editor->open(parse_url(needs_server ? absolute_link(link, base_of_links(document_)) : link));
+    editor->open(parse_url(needs_server ? absolute_link(link, base_url(document_)) : link));
     return true;
 }
 

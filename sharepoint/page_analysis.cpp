@@ -36,8 +36,8 @@ bool is_head(IHTMLElement* element)
     return equal_ignoring_case(text_property(element, &IHTMLElement::get_tagName), L"head");
 }
 
-// The first head of the document. Nearly always it is the root's first child, which is quickly asked for: to
-// find all heads an engine looks at every element of the page.
+// The document's first head. Tries the root's first child before a search by tag name, for which an engine
+// visits every element of the page.
 host_ptr<IHTMLElement> head_of(IHTMLDocument3* document, IHTMLElement* root)
 {
     if (const auto children = children_of(root))
@@ -49,7 +49,7 @@ host_ptr<IHTMLElement> head_of(IHTMLDocument3* document, IHTMLElement* root)
     return query<IHTMLElement>(element_at(heads, 0));
 }
 
-// The markup to put in a link's place; nothing when the link stays as it is.
+// The markup that replaces the link; std::nullopt if the link stays.
 std::optional<std::wstring> new_markup(IHTMLElement* link, const CComBSTR& href)
 {
     if (!is_pdf_link(attribute_value(link, href).text()))
@@ -100,8 +100,8 @@ page_kind classify_page(IHTMLDocument3* document)
     return kind;
 }
 
-// Rewriting replaces elements, and the engine's collections follow the document as it changes: before the
-// first element is touched, all behind it are taken. Few pages have one to touch.
+// The engine's collections are live and put_outerHTML replaces elements, so the remaining links are copied
+// before the first one is replaced. Most pages have none to replace and need no copy.
 void remove_open_handlers(IHTMLDocument3* document)
 {
     const CComBSTR href(L"href");
@@ -112,9 +112,9 @@ void remove_open_handlers(IHTMLDocument3* document)
         const auto markup = link ? new_markup(link, href) : std::nullopt;
         if (!markup)
             continue;
-        const auto links_behind = elements_from(links, index + 1, count);
+        const auto remaining = elements_from(links, index + 1, count);
         replace(link, *markup);
-        for (const auto& other : links_behind)
+        for (const auto& other : remaining)
             if (const auto other_markup = new_markup(other, href))
                 replace(other, *other_markup);
         return;

@@ -1,4 +1,5 @@
-// What the helper object finds out about a page, and what it changes in it.
+// Classification of a page and removal of SharePoint's handlers from its links. Used by the aggregator and
+// its document records.
 #pragma once
 
 #include "sharepoint/decisions/page_kind.h"
@@ -7,10 +8,10 @@ struct IHTMLDocument3;
 
 namespace quill {
 
-// Pages without a root element or a head are regular, and so is no page at all.
+// Regular for nullptr and for pages without a root element or a head.
 page_kind classify_page(IHTMLDocument3* document);
 
-// Takes SharePoint's own opening of PDFs in a client application out of the page's PDF links.
+// Rewrites the PDF links without the handlers that open PDFs in a client application.
 void remove_open_handlers(IHTMLDocument3* document);
 
 } // namespace quill

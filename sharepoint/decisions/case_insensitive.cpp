@@ -6,8 +6,8 @@
 namespace quill {
 namespace {
 
-// What the facet of the standard locale calls. The facet itself is not asked: a std::locale first constructs
-// all facets of the C++ library. Pages and URLs are ASCII but for a name here and there.
+// Calls what the standard locale's ctype facet calls: a std::locale would first construct every facet of the
+// C++ library. The branch is for pages and URLs, which are mostly ASCII.
 wchar_t to_upper(wchar_t character)
 {
     if (character < 0x80) [[likely]]
@@ -16,7 +16,7 @@ wchar_t to_upper(wchar_t character)
     return static_cast<wchar_t>(std::towupper(static_cast<std::wint_t>(character)));
 }
 
-// beginning is not longer than text.
+// beginning must not be longer than text.
 bool begins_with(std::wstring_view text, std::wstring_view beginning)
 {
     return std::equal(beginning.begin(), beginning.end(), text.begin(),

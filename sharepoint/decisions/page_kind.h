@@ -1,4 +1,4 @@
-// What kind of page a document is, decided from what its head holds.
+// The kind of a page, by the scripts and meta elements of its head. Used by the page analysis.
 #pragma once
 
 #include "sharepoint/decisions/case_insensitive.h"
@@ -7,15 +7,14 @@ namespace quill {
 
 enum class page_kind : int
 {
-    sharepoint = 0,                // the only kind that is acted on
-    sharepoint_online_scripts = 1, // left alone, also when it is a SharePoint page by its generator
+    sharepoint = 0,                // the only kind whose links and navigations are handled
+    sharepoint_online_scripts = 1, // ignored, whatever its generator is
     regular = 2
 };
 
-// any_script(test) and any_meta(test) walk the elements of the head in document order until the test is
-// true for one, and return whether it was; elements that cannot be read are left out. A script is tested by
-// its source text; a meta element has name() and content(), text as well. Nothing is read that the decision
-// does not need: pages are classified while the browser waits.
+// any_script(test) and any_meta(test) call test for the readable elements of the head in document order until
+// it returns true, and return whether it did. A script is passed as its URL; a meta element has name() and
+// content(). Reads only what the decision needs: the browser waits while a page is classified.
 template <class AnyScript, class AnyMeta>
 page_kind decide_page_kind(AnyScript&& any_script, AnyMeta&& any_meta)
 {

@@ -1,4 +1,4 @@
-// The stages of a document's loading.
+// The ready states of an HTML document. Used by the event sink of documents.
 #pragma once
 
 #include <string_view>
@@ -14,7 +14,7 @@ enum class ready_state : int
     complete = 4
 };
 
-// The state that the text names, in exactly this case; uninitialized for any other text.
+// Case-sensitive; uninitialized for text that names no state.
 ready_state ready_state_from_text(std::wstring_view text) noexcept;
 
 } // namespace quill

@@ -1,4 +1,4 @@
-// Recognises the second of two navigations that the browser announces for one click.
+// Recognises the second BeforeNavigate2 that the browser fires for one click. Used by the aggregator.
 #pragma once
 
 #include <cstdint>
@@ -11,27 +11,26 @@ namespace quill {
 class repeat_guard
 {
 public:
-    // Ticks are milliseconds of the system's tick count.
+    // now is the system's tick count in milliseconds, here and below.
     explicit repeat_guard(std::uint64_t now) : last_cancel_tick_(now) {}
 
-    // Whether url, without regard to case, was cancelled less than 100 ms ago or is being opened.
+    // Whether url was cancelled less than 100 ms ago or is being opened; ignores case.
     bool is_repeat(std::wstring_view url, std::uint64_t now) const;
 
-    // Every cancellation begins a new 100 ms, that of a repeat too. Allocates only if no URL of this length
-    // was passed before.
+    // Starts the 100 ms, also for a repeat. Does not allocate if a URL of this length was passed before.
     void cancelled(std::wstring_view url, std::uint64_t now);
 
-    // While a URL is being opened, which may take any time, it is a repeat whenever it comes. Returns the URL
-    // that was being opened so far, to be set again afterwards; empty for none.
+    // Sets the URL that is being opened: it is a repeat until the caller restores the returned URL, however
+    // long that takes. Empty means none.
     std::wstring exchange_opening(std::wstring url) { return std::exchange(opening_url_, std::move(url)); }
 
-    // The time is kept.
+    // Forgets both URLs, but not the time.
     void forget_url()
     {
         last_canceled_url_.clear();
         opening_url_.clear();
     }
-    // The same, if url is the one that was cancelled last.
+    // The same if url is the one that was cancelled last; ignores case.
     void forget_url(std::wstring_view url);
 
 private:

@@ -12,7 +12,7 @@ bool is_separator(wchar_t c)
     return separators.find(c) != std::wstring_view::npos;
 }
 
-// Length of the drive, with its first separator if it has one, that text begins with; 0 without a drive.
+// Length of the drive at the beginning of text, with the separator that follows it; 0 without a drive.
 std::size_t drive_length(std::wstring_view text)
 {
     if (text.size() < 2 || text[1] != L':')
@@ -28,7 +28,7 @@ std::size_t root_length(std::wstring_view path)
         return 0;
     if (path.size() < 3 || !is_separator(path[1]) || is_separator(path[2]))
         return 1;
-    // A server's name, or the "?" of a path that the system shall not parse.
+    // A server's name, or the "?" of a path that the system does not parse.
     const std::size_t name_end = path.find_first_of(separators, 2);
     if (name_end == std::wstring_view::npos)
         return path.size();
@@ -42,7 +42,7 @@ bool is_unsafe_in_quotes(wchar_t c)
     return c == L'"' || c < first_printable;
 }
 
-// Of a character below 0x100.
+// c must be below 0x100.
 void append_escape(std::wstring& text, wchar_t c)
 {
     constexpr std::wstring_view digits = L"0123456789ABCDEF";

@@ -23,8 +23,7 @@ std::wstring text_of(const CUrl& url)
     return text;
 }
 
-// The system's calls run other makers' code (shell extensions, hooks). A fault in it is thrown to the caller,
-// who must not take the URL for opened.
+// The shell runs third-party code (extensions, hooks). A fault in it is thrown: the URL was not opened.
 void open_with_default_handler(const std::wstring& url)
 {
     barrier::call_host(
@@ -59,7 +58,7 @@ bool pdf_editor::is_installed() const
 
 bool pdf_editor::start(const std::wstring& url) const
 {
-    std::wstring command_line = editor_command_line(url); // the system may write into it
+    std::wstring command_line = editor_command_line(url); // CreateProcessW may write to it
     const std::wstring directory = parent_directory(exe_path_);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
@@ -73,8 +72,8 @@ bool pdf_editor::start(const std::wstring& url) const
         return false;
     const unique_handle process(started.hProcess);
     const unique_handle thread(started.hThread);
-    // The click made the browser the foreground program; without its leave the editor's window would only
-    // flash in the task bar. The URL is open even if this faults.
+    // The browser is the foreground process: without its permission the editor's window would only flash in
+    // the task bar. A fault here is not thrown, because the URL is open.
     attempt([&] { barrier::call_host([&] { return AllowSetForegroundWindow(started.dwProcessId); }); });
     return true;
 }
@@ -82,7 +81,7 @@ bool pdf_editor::start(const std::wstring& url) const
 CUrl parse_url(std::wstring_view text)
 {
     CUrl url;
-    // With a null inside, only a part of it would be taken apart.
+    // CrackUrl would parse the part before an embedded null.
     if (text.find(L'\0') == std::wstring_view::npos)
         url.CrackUrl(std::wstring(text).c_str());
     return url;

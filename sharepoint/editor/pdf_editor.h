@@ -1,4 +1,4 @@
-// Opens PDFs of a SharePoint server in the suite's desktop editor.
+// Opens PDFs of a SharePoint server in the suite's desktop editor. Owned by the aggregator.
 #pragma once
 
 #include <string>
@@ -12,22 +12,22 @@ namespace quill {
 class pdf_editor
 {
 public:
-    // Asks the suite's settings where the editor is.
+    // Reads the editor's path from the suite's settings.
     pdf_editor();
 
-    // Starts the editor on the URL and does not wait for it. Without an editor, or when it cannot be started,
-    // the system's default handler gets the URL; the calling thread may dispatch messages meanwhile. Call on
-    // a thread with a message queue. An exception (std::bad_alloc, as a rule) means that nothing was opened.
+    // Starts the editor with the URL and does not wait for it. If there is no editor, or it does not start,
+    // the system's default handler gets the URL, and messages may be dispatched meanwhile. UI thread only. If
+    // it throws, nothing was opened.
     void open(const ATL::CUrl& url) const;
 
 private:
     bool is_installed() const;
     bool start(const std::wstring& url) const;
 
-    std::wstring exe_path_; // empty: no editor
+    std::wstring exe_path_; // empty without an editor
 };
 
-// The URL as an object; text that cannot be taken apart gives an empty one. Throws std::bad_alloc.
+// An empty URL for text that cannot be parsed. Throws std::bad_alloc.
 ATL::CUrl parse_url(std::wstring_view text);
 
 } // namespace quill

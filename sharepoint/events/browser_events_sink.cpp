@@ -12,7 +12,7 @@
 namespace quill {
 namespace {
 
-// Where the barriers say that a failure happened: fixed numbers of the log's text.
+// Parts of the log lines of the barriers.
 constexpr unsigned before_navigate_line = 70;
 constexpr unsigned document_complete_line = 92;
 
@@ -21,8 +21,8 @@ std::wstring_view text_of(BSTR text)
     return {text ? text : L"", SysStringLen(text)};
 }
 
-// The browser passes the data of a form as a reference to another variant, which is not looked into: such a
-// navigation counts as one without data.
+// The browser passes form data as a VARIANT that refers to another one. It is not dereferenced: such a
+// navigation counts as one without form data.
 bool has_post_data(const VARIANT* post_data)
 {
     constexpr VARTYPE type_mask = 0xFFF;
@@ -51,7 +51,7 @@ browser_events_sink::connect(IWebBrowser2* browser, std::weak_ptr<browser_events
     try {
         throw_if_failed(advise(*sink, browser, IID_browser_events), "Browser events cannot be subscribed");
     } catch (...) {
-        // The browser may have taken the sink before it failed.
+        // Advise may have connected the sink before it failed.
         sink->disconnect(browser);
         throw;
     }
@@ -129,13 +129,13 @@ HRESULT browser_events_sink::before_navigate(protection& held, IDispatch* frame,
         return S_OK;
     }
     barrier::throw_if_handled();
-    const std::wstring_view address = text_of(url.bstrVal);
-    QUILL_LOG(log_level::debug) << "on_before_navigate " << address;
+    const std::wstring_view target = text_of(url.bstrVal);
+    QUILL_LOG(log_level::debug) << "on_before_navigate " << target;
 
     held.forwarding.lock();
     held.handler = handler_.lock();
-    if (held.handler && held.handler->on_before_navigate(browser, address, has_post_data(post_data))) {
-        // The URL has been opened, even if a Release has faulted since: the browser must not open it too.
+    if (held.handler && held.handler->on_before_navigate(browser, target, has_post_data(post_data))) {
+        // The URL is open, even if a Release has faulted since: the browser must not open it too.
         cancel = VARIANT_TRUE;
         QUILL_LOG(log_level::info) << " block navigation to sharepoint PDF!";
         const barrier::separate_calls calls;
@@ -153,13 +153,13 @@ HRESULT browser_events_sink::document_complete(protection& held, IDispatch* fram
     if (!browser || !html_document_of(browser) || !is_top_level(browser))
         return S_OK;
     barrier::throw_if_handled();
-    const std::wstring_view address = text_of(url.bstrVal);
-    QUILL_LOG(log_level::debug) << "on_document_complete " << address;
+    const std::wstring_view target = text_of(url.bstrVal);
+    QUILL_LOG(log_level::debug) << "on_document_complete " << target;
 
     held.forwarding.lock();
     held.handler = handler_.lock();
     if (held.handler)
-        held.handler->on_document_complete(browser, address);
+        held.handler->on_document_complete(browser, target);
     return S_OK;
 }
 

@@ -1,5 +1,5 @@
-// Receives the events of a tab's browser and forwards three of them; the only place where a navigation is
-// cancelled.
+// Event sink of a tab's browser: forwards BeforeNavigate2 and DocumentComplete to a handler until OnQuit, and
+// cancels a navigation when the handler says so. The helper object's subscription holds it by a connection.
 #pragma once
 
 #include "platform/mutex.h"
@@ -27,9 +27,9 @@ class ATL_NO_VTABLE browser_events_sink
 public:
     using object = CComObject<browser_events_sink>;
 
-    // A new sink, connected to the browser's events. Throws std::system_error with the failure code.
+    // Creates a sink and advises it. Throws std::system_error with the failure code.
     static CComPtr<object> connect(IWebBrowser2* browser, std::weak_ptr<browser_events_handler> handler);
-    // Ends the connection to that browser. What the browser throws is logged.
+    // Unadvises from the browser that was passed to connect(). Exceptions of the browser are logged.
     void disconnect(IWebBrowser2* browser) noexcept;
 
     BEGIN_COM_MAP(browser_events_sink)
@@ -42,7 +42,7 @@ public:
     SINK_ENTRY_EX(1, IID_browser_events, DISPID_ONQUIT, &browser_events_sink::on_quit)
     END_SINK_MAP()
 
-    // The events. Null pointers are no event at all.
+    // The events; one with a null pointer is ignored.
     HRESULT STDMETHODCALLTYPE on_before_navigate(IDispatch* pDisp, VARIANT* url, VARIANT* flags,
                                                  VARIANT* targetFrameName, VARIANT* postData,
                                                  VARIANT* headers, VARIANT_BOOL* cancel);
@@ -50,8 +50,7 @@ public:
     void STDMETHODCALLTYPE on_quit();
 
 private:
-    // What an event holds until it has been handled, whatever happens in it: the handler may close the tab,
-    // which takes this sink along.
+    // What an event holds; released however it ends. The handler may close the tab, which releases this sink.
     struct protection
     {
         CComPtr<IUnknown> sink;
@@ -68,8 +67,8 @@ private:
     HRESULT document_complete(protection& held, IDispatch* frame, const VARIANT& url);
 
     std::weak_ptr<browser_events_handler> handler_;
-    // The handler may pump messages while it starts a program: what comes in then is let through on the
-    // same thread and kept apart from every other.
+    // Held while the handler runs. Recursive: the handler may dispatch messages, and the events that arrive
+    // then re-enter on the same thread, while other threads wait.
     platform::MutexImpl forwarding_;
 };
 

@@ -48,7 +48,7 @@ HRESULT advise_at_point(ATL::_IDispEvent& sink, IUnknown* source, const IID& eve
 
 HRESULT advise(ATL::_IDispEvent& sink, IUnknown* source, const IID& events)
 {
-    // A second connection would lose the first one's cookie, and with it the way to end it.
+    // A second Advise would overwrite the cookie that the first Unadvise needs.
     if (sink.m_dwEventCookie != ATL::_IDispEvent::not_advised)
         return CONNECT_E_ADVISELIMIT;
     const HRESULT hr = advise_at_point(sink, source, events);
@@ -58,7 +58,7 @@ HRESULT advise(ATL::_IDispEvent& sink, IUnknown* source, const IID& events)
 
 void unadvise(ATL::_IDispEvent& sink, IUnknown* source, const IID& events) noexcept
 {
-    // Forgotten first: ending the connection may release the sink, and is not tried twice.
+    // Cleared first: Unadvise may release the sink, and must not be called twice.
     const DWORD cookie = std::exchange(sink.m_dwEventCookie, ATL::_IDispEvent::not_advised);
     if (cookie == ATL::_IDispEvent::not_advised)
         return;

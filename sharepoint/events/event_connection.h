@@ -1,4 +1,4 @@
-// The connection of an event sink to a host object's connection point.
+// Connects event sinks to the connection points of the host's objects. Used by both sinks.
 #pragma once
 
 #include <windows.h>
@@ -8,9 +8,9 @@
 
 namespace quill {
 
-// As the sink's DispEventAdvise and DispEventUnadvise, with each call into the host as guarded code makes it.
+// Replaces the sink's DispEventAdvise and DispEventUnadvise: calls the host through call_host.
 HRESULT advise(ATL::_IDispEvent& sink, IUnknown* source, const IID& events);
-// Lets no exception out; what the host throws is logged.
+// Exceptions of the host are logged.
 void unadvise(ATL::_IDispEvent& sink, IUnknown* source, const IID& events) noexcept;
 
 } // namespace quill

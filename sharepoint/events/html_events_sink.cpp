@@ -12,20 +12,20 @@
 namespace quill {
 namespace {
 
-// Where the barrier says that a failure happened: fixed parts of the log's text.
+// Parts of the log lines of the barrier.
 constexpr const char* click_name = "quill::html_events_sink::on_click";
 constexpr unsigned click_line = 37;
 
-// Makes both calls, also after one that throws: the link has been opened. Returns whether neither threw.
+// Makes the second call even if the first one throws, because the link is open. Returns false if one threw.
 bool block_click(IHTMLEventObj* event)
 {
     QUILL_LOG(log_level::info) << "blocking click event...";
-    const bool is_refused =
+    const bool has_set_result =
         attempt([&] { call_host(event, &IHTMLEventObj::put_returnValue, CComVariant(false)); }, click_name,
                 click_line);
-    const bool is_caught = attempt([&] { call_host(event, &IHTMLEventObj::put_cancelBubble, VARIANT_TRUE); },
-                                   click_name, click_line);
-    return is_refused && is_caught;
+    const bool has_stopped_bubbling = attempt(
+        [&] { call_host(event, &IHTMLEventObj::put_cancelBubble, VARIANT_TRUE); }, click_name, click_line);
+    return has_set_result && has_stopped_bubbling;
 }
 
 } // namespace
@@ -42,7 +42,7 @@ CComPtr<html_events_sink::object> html_events_sink::connect(IHTMLDocument2* docu
         throw_if_failed(advise(*sink, document, IID_html_document_events),
                         "Document events cannot be subscribed");
     } catch (...) {
-        // The document may have taken the sink before it failed.
+        // Advise may have connected the sink before it failed.
         sink->disconnect();
         throw;
     }

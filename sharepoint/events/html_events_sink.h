@@ -1,4 +1,5 @@
-// Receives the events of one HTML document: clicks, which the handler may cancel, and the end of loading.
+// Event sink of an HTML document: forwards clicks, which the handler may cancel, and the end of loading. A
+// document record holds it by a connection.
 #pragma once
 
 #include "sharepoint/events/event_handlers.h"
@@ -24,10 +25,10 @@ class ATL_NO_VTABLE html_events_sink
 public:
     using object = CComObject<html_events_sink>;
 
-    // A new sink, connected to the document's events. Throws std::system_error with the failure code.
+    // Creates a sink and advises it. Throws std::system_error with the failure code.
     static CComPtr<object> connect(IHTMLDocument2* document, std::weak_ptr<html_events_handler> handler);
-    // Ends the connection and lets go of the document; nothing is forwarded after it. What the document
-    // throws is logged.
+    // Unadvises and releases the document; no event is forwarded afterwards. Exceptions of the document are
+    // logged.
     void disconnect() noexcept;
 
     BEGIN_COM_MAP(html_events_sink)
@@ -41,15 +42,15 @@ public:
                   &html_events_sink::on_ready_state_change)
     END_SINK_MAP()
 
-    // The events. What the type library calls an event object arrives as whatever the engine packed, so it
-    // is asked for its interface. VARIANT_FALSE: the click was cancelled. A click whose link has been opened
-    // is cancelled whatever fails afterwards.
+    // The events. The engine may pass another interface of the event object than the type library says, so
+    // IHTMLEventObj is queried. on_click returns VARIANT_FALSE for a click that was opened and blocked
+    // without a failure; a click that was opened is blocked even if something fails.
     VARIANT_BOOL STDMETHODCALLTYPE on_click(IDispatch* event);
     void STDMETHODCALLTYPE on_ready_state_change(IDispatch* event);
 
 private:
-    // What an event holds until it has been handled, whatever happens in it: the handler may close the tab,
-    // which takes the document's records and this sink along.
+    // What an event holds; released however it ends. The handler may close the tab, which destroys the
+    // document's record and releases this sink.
     struct protection
     {
         CComPtr<IUnknown> sink;
@@ -61,7 +62,7 @@ private:
         void release() noexcept;
     };
 
-    // Whether the handler has opened what was clicked.
+    // Whether the handler has opened the clicked link.
     bool click(protection& held, IDispatch* event_object);
     void ready_state_changed(protection& held);
 
@@ -69,8 +70,8 @@ private:
     std::weak_ptr<html_events_handler> handler_;
 };
 
-// A sink that is connected for as long as this lives. The document keeps the sink and the sink keeps the
-// document: nothing but the end of the connection takes them apart.
+// The sink's connection to a document, from the constructor to the destructor. Document and sink are a
+// reference cycle, which Unadvise breaks.
 class html_events_connection
 {
 public:

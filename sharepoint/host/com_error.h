@@ -1,4 +1,4 @@
-// Failure codes of COM calls as exceptions, for code that runs behind a barrier.
+// Throws failure codes of COM calls as std::system_error, for code that runs inside a barrier.
 #pragma once
 
 #include <windows.h>

@@ -1,5 +1,6 @@
-// Calls into the host's objects from guarded code: call_host(browser, &IWebBrowser2::Stop). A system
-// exception in the host is handled there and thrown on (logging/system_exceptions.h).
+// Calls methods of the host's objects from the event sinks and what they call:
+//     call_host(browser, &IWebBrowser2::get_TopLevelContainer, &top_level);
+// A system exception in the host is thrown as a C++ exception (logging/system_exceptions.h).
 #pragma once
 
 #include "logging/system_exceptions.h"
@@ -12,7 +13,7 @@ namespace quill {
 
 namespace host_call {
 
-// A call that failed, or did not return, has handed out nothing that could be released.
+// Clears an out parameter whose value must not be released: the call failed or did not return.
 template <class T>
 void forget_out(T** out) noexcept
 {
@@ -29,7 +30,7 @@ void forget_out(const T&) noexcept
 
 } // namespace host_call
 
-// A parameter that is a pointer to a pointer or to a variant is an out parameter.
+// Parameters of type T** and VARIANT* are treated as out parameters and cleared unless the call succeeds.
 template <class Result, class Interface, class... Parameters>
 Result call_host(std::type_identity_t<Interface>* object,
                  Result (STDMETHODCALLTYPE Interface::*method)(Parameters...),

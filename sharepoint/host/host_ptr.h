@@ -1,5 +1,9 @@
-// References to the host's objects in guarded code. A system exception in an object's AddRef, QueryInterface
-// or Release is handled like one in any other call into the host.
+// Owns references to the host's objects. A system exception in AddRef, QueryInterface or Release is handled
+// as in any other call into the host (host_call.h). For code that runs inside a CrashBorder:
+//     const host_ptr<IHTMLDocument3> document = query<IHTMLDocument3>(unknown);
+//     host_ptr<IHTMLElement> root;
+//     if (!document || FAILED(call_host(document, &IHTMLDocument3::get_documentElement, root.out())))
+//         return;
 #pragma once
 
 #include "sharepoint/host/host_call.h"
@@ -34,14 +38,15 @@ public:
     T* get() const noexcept { return object_; }
     operator T*() const noexcept { return object_; }
 
-    // The pointer is cleared first: releasing may lead back to its owner.
+    // Clears the pointer first, because Release may re-enter the owner.
     void release() noexcept { barrier::release_host(detach()); }
-    // For an out parameter of type T**.
+    // Releases the current reference; for out parameters of type T**.
     T** out() noexcept
     {
         release();
         return &object_;
     }
+    // Takes over the caller's reference.
     void attach(T* object) noexcept
     {
         release();
@@ -54,7 +59,7 @@ private:
     T* object_ = nullptr;
 };
 
-// The object's interface T; empty when it has none, or when there is no object.
+// QueryInterface; null if object is null or does not have the interface.
 template <class T>
 host_ptr<T> query(IUnknown* object)
 {
@@ -66,7 +71,7 @@ host_ptr<T> query(IUnknown* object)
     return result;
 }
 
-// Whether both are interfaces of one object. Two null pointers are equal.
+// COM identity: compares the IUnknown of both. True for two null pointers.
 bool is_same_object(IUnknown* left, IUnknown* right);
 
 } // namespace quill

@@ -75,7 +75,8 @@ attribute_value::attribute_value(IHTMLElement* element, const CComBSTR& name)
     if (other.vt == VT_DISPATCH || other.vt == VT_UNKNOWN)
         barrier::release_host(other.punkVal);
     else
-        barrier::call_host([&] { return VariantClear(&other); }); // releases the objects of an array
+        barrier::call_host(
+            [&] { return VariantClear(&other); }); // may release the host's objects in an array
 }
 
 std::wstring_view attribute_value::text() const

@@ -1,5 +1,5 @@
-// Reading pages through the HTML engine's interfaces. Nothing here fails: pages come in every state of
-// loading and repair, so what cannot be had is an empty pointer or empty text.
+// Reads pages through the HTML engine's interfaces. A failure is returned as a null pointer or empty text,
+// because events arrive in every state of loading and pages may be malformed.
 #pragma once
 
 #include "sharepoint/host/host_ptr.h"
@@ -13,22 +13,22 @@
 
 namespace quill {
 
-// The page that the browser (a tab or a frame) shows, if it is an HTML page.
+// The document of a tab or frame; null if it is not an HTML document.
 host_ptr<IHTMLDocument2> html_document_of(IWebBrowser2* browser);
 
-// The elements of one tag name in document order: all of a document, or those inside an element. An engine
-// that cannot search inside an element by name hands out all there are: the caller has to tell them apart.
+// The elements with a tag name in document order, of a document or inside an element. With an engine that
+// cannot filter inside an element, the result holds all elements below it: the caller must check their type.
 host_ptr<IHTMLElementCollection> elements_by_tag(IHTMLDocument3* document, const wchar_t* tag);
 host_ptr<IHTMLElementCollection> elements_by_tag(IHTMLElement* parent, const wchar_t* tag);
 
-// The elements directly below one, in document order.
 host_ptr<IHTMLElementCollection> children_of(IHTMLElement* parent);
 
-// Number of elements, 0 for no collection, and one of them; null when there is none at the index.
+// 0 for a null collection.
 long element_count(IHTMLElementCollection* elements);
+// Null if there is no element at the index.
 host_ptr<IDispatch> element_at(IHTMLElementCollection* elements, long index);
 
-// Whether test is true for one of the elements, asked in order; what is not an Element is left out.
+// Whether test returns true for one of the elements that have the interface Element; stops at the first.
 template <class Element, class Test>
 bool any_element(IHTMLElementCollection* elements, Test&& test)
 {
@@ -41,7 +41,7 @@ bool any_element(IHTMLElementCollection* elements, Test&& test)
     return false;
 }
 
-// A text property: text_property(script, &IHTMLScriptElement::get_src).
+// The value of a text property: text_property(script, &IHTMLScriptElement::get_src).
 class text_property
 {
 public:
@@ -54,7 +54,7 @@ public:
     text_property(const text_property&) = delete;
     text_property& operator=(const text_property&) = delete;
 
-    // Lives as long as this.
+    // Valid as long as this object.
     std::wstring_view text() const { return {text_.m_str ? text_.m_str : L"", text_.Length()}; }
     operator std::wstring_view() const { return text(); }
 
@@ -62,7 +62,7 @@ private:
     CComBSTR text_;
 };
 
-// The value of an element's attribute.
+// The value of an element's attribute: attribute_value(link, CComBSTR(L"href")).
 class attribute_value
 {
 public:
@@ -70,7 +70,7 @@ public:
     attribute_value(const attribute_value&) = delete;
     attribute_value& operator=(const attribute_value&) = delete;
 
-    // Lives as long as this; empty for a value that is no text.
+    // Valid as long as this object; empty for a value that is not text.
     std::wstring_view text() const;
 
 private:
