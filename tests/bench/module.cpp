@@ -25,7 +25,7 @@ public:
     }
 };
 
-repeated whole_life(const wchar_t* name, const CLSID& class_id)
+repeated load_and_create(const wchar_t* name, const CLSID& class_id)
 {
     return [=](std::size_t times) {
         for (std::size_t i = 0; i < times; ++i) {
@@ -37,7 +37,7 @@ repeated whole_life(const wchar_t* name, const CLSID& class_id)
     };
 }
 
-repeated object_life(const loaded_library& library, const CLSID& class_id)
+repeated create_object(const loaded_library& library, const CLSID& class_id)
 {
     return [&library, class_id](std::size_t times) {
         for (std::size_t i = 0; i < times; ++i)
@@ -51,17 +51,17 @@ void benchmarks()
         throw std::runtime_error("OLE does not start");
     const system_libraries in_every_browser;
     report("load, create a document, release, unload : an empty COM DLL",
-           compare_shortest(whole_life(module_name, active_document_class), whole_life(empty_server, {})),
+           compare_shortest(load_and_create(module_name, active_document_class), load_and_create(empty_server, {})),
            most_of_an_empty_one);
     report("load, create a helper, release, unload : an empty COM DLL",
-           compare_shortest(whole_life(module_name, helper_class), whole_life(empty_server, {})),
+           compare_shortest(load_and_create(module_name, helper_class), load_and_create(empty_server, {})),
            most_of_an_empty_one);
     {
         const loaded_library module(module_name), empty(empty_server);
         report("create and release a document : an empty object",
-               compare_shortest(object_life(module, active_document_class), object_life(empty, {})));
+               compare_shortest(create_object(module, active_document_class), create_object(empty, {})));
         report("create and release a helper : an empty object",
-               compare_shortest(object_life(module, helper_class), object_life(empty, {})));
+               compare_shortest(create_object(module, helper_class), create_object(empty, {})));
     }
     if (GetModuleHandleW(module_name))
         throw std::runtime_error("the module stays loaded");

@@ -60,8 +60,8 @@ protected:
     registered_module module;
     viewer_registration registration;
     registered_pages pages;
-    call_book book;
-    viewer_script script{book};
+    call_log calls;
+    viewer_script script{calls};
     viewer_class viewers{script};
     http_server server;
     const std::string document = pdf_body(200'000);

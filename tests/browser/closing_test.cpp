@@ -48,8 +48,8 @@ protected:
     ole_apartment apartment;
     registered_module module;
     viewer_registration registration;
-    call_book book;
-    viewer_script script{book};
+    call_log calls;
+    viewer_script script{calls};
     viewer_class viewers{script};
     std::atomic<int> slow_requests = 0; // counted on the server's threads
     http_server server;

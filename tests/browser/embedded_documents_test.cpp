@@ -82,8 +82,8 @@ protected:
     registered_module module;
     viewer_registration registration;
     registered_pages pages;
-    call_book book;
-    viewer_script script{book};
+    call_log calls;
+    viewer_script script{calls};
     viewer_class viewers{script};
     http_server server;
 };

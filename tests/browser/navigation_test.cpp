@@ -33,8 +33,8 @@ protected:
     ole_apartment apartment;
     registered_module module;
     viewer_registration registration;
-    call_book book;
-    viewer_script script{book};
+    call_log calls;
+    viewer_script script{calls};
     viewer_class viewers{script};
     http_server server;
     const std::string document = pdf_body(20'000);

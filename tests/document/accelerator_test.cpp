@@ -63,155 +63,155 @@ private:
 
 using keys = std::vector<std::pair<WPARAM, LPARAM>>;
 
-HRESULT press(document_bench& bench, UINT message, WPARAM key)
+HRESULT press(document_fixture& fixture, UINT message, WPARAM key)
 {
     MSG event{};
-    event.hwnd = bench.window();
+    event.hwnd = fixture.window();
     event.message = message;
     event.wParam = key;
     event.lParam = 0x210001;
-    return bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&event);
+    return fixture.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&event);
 }
 
 QUILL_DOCUMENT_TEST(DocumentKeys, NullMessageIsRefused)
 {
-    bench.create();
-    EXPECT_EQ(bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(nullptr), E_POINTER);
-    EXPECT_EQ(bench.take_log(), std::vector<std::string>{});
+    fixture.create();
+    EXPECT_EQ(fixture.as<IOleInPlaceActiveObject>()->TranslateAccelerator(nullptr), E_POINTER);
+    EXPECT_EQ(fixture.take_log(), std::vector<std::string>{});
 }
 
 QUILL_DOCUMENT_TEST(DocumentKeys, BeforeActivationNobodyTranslates)
 {
-    bench.create();
-    bench.set_site();
-    bench.take_log();
-    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_FALSE);
-    EXPECT_EQ(bench.take_log(), std::vector<std::string>{"@ TranslateAccelerator"});
-    EXPECT_EQ(press(bench, WM_CHAR, 'f'), S_FALSE);
+    fixture.create();
+    fixture.set_site();
+    fixture.take_log();
+    EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), S_FALSE);
+    EXPECT_EQ(fixture.take_log(), std::vector<std::string>{"@ TranslateAccelerator"});
+    EXPECT_EQ(press(fixture, WM_CHAR, 'f'), S_FALSE);
     const held_keys control{VK_CONTROL, VK_LCONTROL};
-    EXPECT_EQ(press(bench, WM_KEYDOWN, 'O'), S_FALSE);
-    EXPECT_EQ(bench.host.calls.count(translate), 0);
-    press(bench, WM_KEYDOWN, 'F'); // there is no window to send it to
+    EXPECT_EQ(press(fixture, WM_KEYDOWN, 'O'), S_FALSE);
+    EXPECT_EQ(fixture.host.calls.count(translate), 0);
+    press(fixture, WM_KEYDOWN, 'F'); // there is no window to send it to
 }
 
 QUILL_DOCUMENT_TEST(DocumentKeys, ControlWithAnEditingKeyGoesToTheViewer)
 {
     key_window viewer_window;
-    bench.viewer.window = viewer_window.handle();
-    bench.show_file(bench.pdf());
+    fixture.viewer.window = viewer_window.handle();
+    fixture.show_file(fixture.pdf());
     for (const int control : {VK_LCONTROL, VK_RCONTROL}) {
         const held_keys held{VK_CONTROL, control};
         for (const WPARAM key : {WPARAM{'A'}, WPARAM{'C'}, WPARAM{'F'}, WPARAM{'P'}}) {
             SCOPED_TRACE(key);
             viewer_window.keys.clear();
-            bench.take_log();
-            EXPECT_EQ(press(bench, WM_KEYDOWN, key), S_OK);
+            fixture.take_log();
+            EXPECT_EQ(press(fixture, WM_KEYDOWN, key), S_OK);
             EXPECT_EQ(viewer_window.keys, (keys{{key, 0x210001}}));
-            EXPECT_EQ(bench.take_log(), std::vector<std::string>{"@ TranslateAccelerator"});
+            EXPECT_EQ(fixture.take_log(), std::vector<std::string>{"@ TranslateAccelerator"});
         }
     }
-    EXPECT_EQ(bench.host.calls.count(translate), 0) << "the browser saw the document's keys";
-    bench.close_in_order();
+    EXPECT_EQ(fixture.host.calls.count(translate), 0) << "the browser saw the document's keys";
+    fixture.close_in_order();
 }
 
 // Passed on there, a key would come back for ever.
 QUILL_DOCUMENT_TEST(DocumentKeys, EndWithAViewerThatTakesTheDocumentsWindowForItsOwn)
 {
-    bench.show_file(bench.pdf());
-    bench.viewer.window = bench.window();
+    fixture.show_file(fixture.pdf());
+    fixture.viewer.window = fixture.window();
     const held_keys held{VK_CONTROL, VK_LCONTROL};
-    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_OK);
-    EXPECT_EQ(bench.viewer.texts(viewer_get_window).size(), 1u);
-    bench.close_in_order();
+    EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), S_OK);
+    EXPECT_EQ(fixture.viewer.texts(viewer_get_window).size(), 1u);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentKeys, OtherKeysGoToTheFrame)
 {
     key_window viewer_window;
-    bench.viewer.window = viewer_window.handle();
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_OK) << "no Control key: the frame's own F";
-    EXPECT_EQ(bench.host.frame.commands, std::vector<WORD>{18});
+    fixture.viewer.window = viewer_window.handle();
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), S_OK) << "no Control key: the frame's own F";
+    EXPECT_EQ(fixture.host.frame.commands, std::vector<WORD>{18});
     {
         const held_keys control{VK_CONTROL, VK_LCONTROL};
-        EXPECT_EQ(press(bench, WM_KEYDOWN, 'O'), S_OK);
-        EXPECT_EQ(bench.host.frame.commands, (std::vector<WORD>{18, 17}));
-        EXPECT_EQ(press(bench, WM_KEYDOWN, 'B'), S_FALSE) << "nobody's key";
-        EXPECT_EQ(press(bench, WM_KEYUP, 'F'), S_FALSE) << "only pressing counts";
-        EXPECT_EQ(press(bench, WM_SYSKEYDOWN, 'C'), S_FALSE);
-        EXPECT_EQ(press(bench, WM_KEYDOWN, 'a'), S_FALSE) << "0x61 is a key of the number pad";
+        EXPECT_EQ(press(fixture, WM_KEYDOWN, 'O'), S_OK);
+        EXPECT_EQ(fixture.host.frame.commands, (std::vector<WORD>{18, 17}));
+        EXPECT_EQ(press(fixture, WM_KEYDOWN, 'B'), S_FALSE) << "nobody's key";
+        EXPECT_EQ(press(fixture, WM_KEYUP, 'F'), S_FALSE) << "only pressing counts";
+        EXPECT_EQ(press(fixture, WM_SYSKEYDOWN, 'C'), S_FALSE);
+        EXPECT_EQ(press(fixture, WM_KEYDOWN, 'a'), S_FALSE) << "0x61 is a key of the number pad";
     }
     {
         const held_keys alt{VK_MENU, VK_LMENU};
-        EXPECT_EQ(press(bench, WM_SYSKEYDOWN, 'F'), S_OK);
-        EXPECT_EQ(bench.host.frame.commands, (std::vector<WORD>{18, 17, 19}));
+        EXPECT_EQ(press(fixture, WM_SYSKEYDOWN, 'F'), S_OK);
+        EXPECT_EQ(fixture.host.frame.commands, (std::vector<WORD>{18, 17, 19}));
     }
     EXPECT_EQ(viewer_window.keys, keys{});
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentKeys, GenericControlStateAloneIsNotEnough)
 {
-    bench.show_file(bench.pdf());
+    fixture.show_file(fixture.pdf());
     const held_keys only_generic{VK_CONTROL};
-    EXPECT_NE(press(bench, WM_KEYDOWN, 'P'), S_OK) << "neither the left nor the right key is down";
-    EXPECT_EQ(bench.viewer.texts(viewer_get_window), std::vector<std::string>{});
-    bench.close_in_order();
+    EXPECT_NE(press(fixture, WM_KEYDOWN, 'P'), S_OK) << "neither the left nor the right key is down";
+    EXPECT_EQ(fixture.viewer.texts(viewer_get_window), std::vector<std::string>{});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentKeys, AfterDeactivationNobodyTranslates)
 {
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_OK);
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-    bench.host.calls.forget_calls();
-    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), S_FALSE) << "the frame is let go";
-    EXPECT_EQ(bench.host.calls.count(translate), 0);
-    bench.close_in_order();
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), S_OK);
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.host.calls.forget_calls();
+    EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), S_FALSE) << "the frame is let go";
+    EXPECT_EQ(fixture.host.calls.count(translate), 0);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentKeys, TheFrameMayRefuse)
 {
-    bench.show_file(bench.pdf());
-    bench.host.calls.make_fail(translate, bad_answer::failure);
-    EXPECT_EQ(press(bench, WM_KEYDOWN, 'F'), E_FAIL);
-    bench.close_in_order();
+    fixture.show_file(fixture.pdf());
+    fixture.host.calls.make_fail(translate, bad_answer::failure);
+    EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), E_FAIL);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentKeys, KeyDownMessagesGoToTheViewersWindow)
 {
     key_window viewer_window;
-    bench.viewer.window = viewer_window.handle();
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 0x1510001), 0);
-    EXPECT_EQ(bench.send(WM_KEYDOWN, 'Z', 1), 0);
+    fixture.viewer.window = viewer_window.handle();
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.send(WM_KEYDOWN, VK_NEXT, 0x1510001), 0);
+    EXPECT_EQ(fixture.send(WM_KEYDOWN, 'Z', 1), 0);
     EXPECT_EQ(viewer_window.keys, (keys{{VK_NEXT, 0x1510001}, {'Z', 1}}));
-    EXPECT_EQ(bench.viewer.texts(viewer_get_window).size(), 2u) << "asked for each key";
-    bench.close_in_order();
+    EXPECT_EQ(fixture.viewer.texts(viewer_get_window).size(), 2u) << "asked for each key";
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentKeys, WithoutAWindowOfTheViewerNothingHappens)
 {
     key_window viewer_window;
-    bench.viewer.window = nullptr;
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 1), 0);
+    fixture.viewer.window = nullptr;
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.send(WM_KEYDOWN, VK_NEXT, 1), 0);
 
     VARIANT answer{};
     answer.vt = VT_I8; // the right number in the wrong type
     answer.ullVal = reinterpret_cast<ULONG_PTR>(viewer_window.handle());
-    bench.viewer.answer(viewer_get_window, S_OK, answer);
-    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 1), 0);
+    fixture.viewer.answer(viewer_get_window, S_OK, answer);
+    EXPECT_EQ(fixture.send(WM_KEYDOWN, VK_NEXT, 1), 0);
 
     answer.vt = VT_UI8;
-    bench.viewer.answer(viewer_get_window, DISP_E_EXCEPTION, answer);
-    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 1), 0);
+    fixture.viewer.answer(viewer_get_window, DISP_E_EXCEPTION, answer);
+    EXPECT_EQ(fixture.send(WM_KEYDOWN, VK_NEXT, 1), 0);
 
     answer.ullVal = 0xdead0;
-    bench.viewer.answer(viewer_get_window, S_OK, answer);
-    EXPECT_EQ(bench.send(WM_KEYDOWN, VK_NEXT, 1), 0);
+    fixture.viewer.answer(viewer_get_window, S_OK, answer);
+    EXPECT_EQ(fixture.send(WM_KEYDOWN, VK_NEXT, 1), 0);
     EXPECT_EQ(viewer_window.keys, keys{});
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 } // namespace

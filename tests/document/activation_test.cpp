@@ -22,118 +22,118 @@ RECT in_parent(HWND window)
 
 QUILL_DOCUMENT_TEST(DocumentActivation, ViewWithSiteThenShow)
 {
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.host.activation_results, (std::vector<HRESULT>{S_OK, S_OK, S_OK}));
-    EXPECT_EQ(GetParent(bench.window()), bench.host.view_window());
-    const RECT actual = in_parent(bench.window());
-    EXPECT_TRUE(EqualRect(&actual, &bench.host.position));
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 0);
-    EXPECT_EQ(bench.host.frame.active_object(), nullptr);
-    bench.close_in_order();
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 0);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.host.activation_results, (std::vector<HRESULT>{S_OK, S_OK, S_OK}));
+    EXPECT_EQ(GetParent(fixture.window()), fixture.host.view_window());
+    const RECT actual = in_parent(fixture.window());
+    EXPECT_TRUE(EqualRect(&actual, &fixture.host.position));
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIActivate"), 0);
+    EXPECT_EQ(fixture.host.frame.active_object(), nullptr);
+    fixture.close_in_order();
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 0);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, SiteThenUiActivateThenShow)
 {
-    bench.host.order = activation_order::site_then_ui_activate;
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.host.activation_results, (std::vector<HRESULT>{S_OK, S_OK, S_OK, S_OK, S_OK}));
-    const RECT actual = in_parent(bench.window());
-    EXPECT_TRUE(EqualRect(&actual, &bench.host.position));
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1);
-    EXPECT_NE(bench.host.frame.active_object(), nullptr);
-    EXPECT_EQ(bench.viewer.texts(viewer_open).size(), 1u) << "loaded once, whatever the order";
-    bench.close_in_order();
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 1);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
-    EXPECT_EQ(bench.host.frame.active_object(), nullptr);
+    fixture.host.order = activation_order::site_then_ui_activate;
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.host.activation_results, (std::vector<HRESULT>{S_OK, S_OK, S_OK, S_OK, S_OK}));
+    const RECT actual = in_parent(fixture.window());
+    EXPECT_TRUE(EqualRect(&actual, &fixture.host.position));
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1);
+    EXPECT_NE(fixture.host.frame.active_object(), nullptr);
+    EXPECT_EQ(fixture.viewer.texts(viewer_open).size(), 1u) << "loaded once, whatever the order";
+    fixture.close_in_order();
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 1);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
+    EXPECT_EQ(fixture.host.frame.active_object(), nullptr);
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, UiDeactivationComesBeforeDeactivation)
 {
-    bench.host.order = activation_order::site_then_ui_activate;
-    bench.show_file(bench.pdf());
-    bench.host.calls.forget_calls();
-    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
-    EXPECT_EQ(bench.host.calls.calls_of(
+    fixture.host.order = activation_order::site_then_ui_activate;
+    fixture.show_file(fixture.pdf());
+    fixture.host.calls.forget_calls();
+    EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(fixture.host.calls.calls_of(
                   {"IOleInPlaceSite::OnUIDeactivate", "IOleInPlaceSite::OnInPlaceDeactivate"}),
               (lines{"IOleInPlaceSite::OnUIDeactivate", "IOleInPlaceSite::OnInPlaceDeactivate"}));
-    EXPECT_EQ(bench.window(), nullptr);
-    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
-    bench.close_in_order();
+    EXPECT_EQ(fixture.window(), nullptr);
+    EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, OnceMoreAfterDeactivation)
 {
-    bench.show_file(bench.pdf());
+    fixture.show_file(fixture.pdf());
     for (int round = 0; round < 3; ++round) {
-        EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
-        EXPECT_EQ(bench.window(), nullptr);
-        EXPECT_EQ(bench.viewers.living_viewers(), 0) << "the viewer goes with the window";
-        EXPECT_EQ(bench.host.view->Show(TRUE), S_OK);
-        EXPECT_NE(bench.window(), nullptr);
-        EXPECT_EQ(bench.viewers.living_viewers(), 1);
+        EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+        EXPECT_EQ(fixture.window(), nullptr);
+        EXPECT_EQ(fixture.viewers.living_viewers(), 0) << "the viewer goes with the window";
+        EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);
+        EXPECT_NE(fixture.window(), nullptr);
+        EXPECT_EQ(fixture.viewers.living_viewers(), 1);
     }
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, SiteMayForbidIt)
 {
-    bench.create();
-    bench.set_site();
-    bench.host.calls.make_fail("IOleInPlaceSite::CanInPlaceActivate", bad_answer::failure);
-    bench.do_verb(OLEIVERB_SHOW);
-    EXPECT_EQ(bench.window(), nullptr);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 0);
+    fixture.create();
+    fixture.set_site();
+    fixture.host.calls.make_fail("IOleInPlaceSite::CanInPlaceActivate", bad_answer::failure);
+    fixture.do_verb(OLEIVERB_SHOW);
+    EXPECT_EQ(fixture.window(), nullptr);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 0);
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, WorksWithAnExtendedSite)
 {
-    bench.host.site.offered.in_place_site_ex = true;
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
-    bench.close_in_order();
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
+    fixture.host.site.offered.in_place_site_ex = true;
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
+    fixture.close_in_order();
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, WindowActivationIsLoggedOnly)
 {
-    bench.create();
-    const auto active = bench.as<IOleInPlaceActiveObject>();
+    fixture.create();
+    const auto active = fixture.as<IOleInPlaceActiveObject>();
     EXPECT_EQ(active->OnDocWindowActivate(TRUE), S_OK);
     EXPECT_EQ(active->OnDocWindowActivate(FALSE), S_OK);
-    EXPECT_EQ(bench.take_log(), (lines{"@ OnDocWindowActivate 1", "@ OnDocWindowActivate 0"}));
-    EXPECT_EQ(bench.host.calls.calls(), lines{});
+    EXPECT_EQ(fixture.take_log(), (lines{"@ OnDocWindowActivate 1", "@ OnDocWindowActivate 0"}));
+    EXPECT_EQ(fixture.host.calls.calls(), lines{});
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, NoBorderSpaceIsNegotiated)
 {
-    bench.create();
+    fixture.create();
     const RECT border{-1, 2, 300, 400};
-    EXPECT_EQ(bench.as<IOleInPlaceActiveObject>()->ResizeBorder(&border, &bench.host.frame, TRUE), S_OK);
-    EXPECT_EQ(bench.take_log(), lines{"@ ResizeBorder {-1 2 300 400}"});
-    EXPECT_EQ(bench.as<IOleInPlaceActiveObject>()->ResizeBorder(&border, nullptr, FALSE), S_OK);
-    EXPECT_EQ(bench.host.calls.calls(), lines{});
-    bench.as<IOleInPlaceActiveObject>()->ResizeBorder(nullptr, nullptr, FALSE); // must not fall over
+    EXPECT_EQ(fixture.as<IOleInPlaceActiveObject>()->ResizeBorder(&border, &fixture.host.frame, TRUE), S_OK);
+    EXPECT_EQ(fixture.take_log(), lines{"@ ResizeBorder {-1 2 300 400}"});
+    EXPECT_EQ(fixture.as<IOleInPlaceActiveObject>()->ResizeBorder(&border, nullptr, FALSE), S_OK);
+    EXPECT_EQ(fixture.host.calls.calls(), lines{});
+    fixture.as<IOleInPlaceActiveObject>()->ResizeBorder(nullptr, nullptr, FALSE); // must not fall over
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, RectanglesNeedBothArguments)
 {
-    bench.create();
-    const auto in_place = bench.as<IOleInPlaceObject>();
+    fixture.create();
+    const auto in_place = fixture.as<IOleInPlaceObject>();
     const RECT rect{1, 2, 30, 40};
     EXPECT_EQ(in_place->SetObjectRects(nullptr, &rect), E_POINTER);
     EXPECT_EQ(in_place->SetObjectRects(&rect, nullptr), E_POINTER);
     EXPECT_EQ(in_place->SetObjectRects(nullptr, nullptr), E_POINTER);
     RECT kept{};
-    bench.as<IOleDocumentView>()->GetRect(&kept);
+    fixture.as<IOleDocumentView>()->GetRect(&kept);
     EXPECT_NE(kept.right, 30) << "a refused rectangle is not kept";
     EXPECT_EQ(in_place->SetObjectRects(&rect, &rect), S_OK);
-    bench.as<IOleDocumentView>()->GetRect(&kept);
+    fixture.as<IOleDocumentView>()->GetRect(&kept);
     EXPECT_TRUE(EqualRect(&kept, &rect));
 }
 
@@ -150,34 +150,34 @@ RECT region_of(HWND window)
 
 QUILL_DOCUMENT_TEST(DocumentActivation, ClippingMakesAWindowRegion)
 {
-    bench.show_file(bench.pdf());
-    const auto in_place = bench.as<IOleInPlaceObject>();
+    fixture.show_file(fixture.pdf());
+    const auto in_place = fixture.as<IOleInPlaceObject>();
     const RECT position{50, 60, 250, 360};
     const RECT clip{70, 0, 150, 100};
     EXPECT_EQ(in_place->SetObjectRects(&position, &clip), S_OK);
-    const RECT region = region_of(bench.window());
+    const RECT region = region_of(fixture.window());
     const RECT expected{20, 0, 100, 40};
     EXPECT_TRUE(EqualRect(&region, &expected))
         << region.left << " " << region.top << " " << region.right << " " << region.bottom;
-    const RECT actual = in_parent(bench.window());
+    const RECT actual = in_parent(fixture.window());
     EXPECT_TRUE(EqualRect(&actual, &position)) << "the clip does not move the window";
 
     const RECT everything{0, 0, 1000, 1000};
     EXPECT_EQ(in_place->SetObjectRects(&position, &everything), S_OK);
-    EXPECT_EQ(region_of(bench.window()).right, 0) << "nothing cut off, no region";
+    EXPECT_EQ(region_of(fixture.window()).right, 0) << "nothing cut off, no region";
 
     EXPECT_EQ(in_place->SetObjectRects(&position, &clip), S_OK);
     const RECT elsewhere{500, 500, 600, 600};
     EXPECT_EQ(in_place->SetObjectRects(&position, &elsewhere), S_OK);
-    EXPECT_EQ(region_of(bench.window()).right, 0) << "nothing in common, no region";
-    bench.close_in_order();
+    EXPECT_EQ(region_of(fixture.window()).right, 0) << "nothing in common, no region";
+    fixture.close_in_order();
 }
 
 // Sizes that do not fit wrap; the debug build ends the program where something overflows.
 QUILL_DOCUMENT_TEST(DocumentActivation, RectanglesOfAnyKindAreBorne)
 {
-    bench.show_file(bench.pdf());
-    const auto in_place = bench.as<IOleInPlaceObject>();
+    fixture.show_file(fixture.pdf());
+    const auto in_place = fixture.as<IOleInPlaceObject>();
     constexpr LONG least = -0x7fffffff - 1, most = 0x7fffffff;
     const RECT rectangles[] = {{least, least, most, most},
                                {most, most, least, least},
@@ -190,92 +190,92 @@ QUILL_DOCUMENT_TEST(DocumentActivation, RectanglesOfAnyKindAreBorne)
             EXPECT_EQ(in_place->SetObjectRects(&position, &clip), S_OK);
     const RECT usual{50, 60, 250, 360};
     EXPECT_EQ(in_place->SetObjectRects(&usual, &usual), S_OK);
-    const RECT actual = in_parent(bench.window());
+    const RECT actual = in_parent(fixture.window());
     EXPECT_TRUE(EqualRect(&actual, &usual));
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, FrameIsLetGoWithDeactivation)
 {
-    bench.show_file(bench.pdf());
+    fixture.show_file(fixture.pdf());
     MSG key{};
     key.message = WM_KEYDOWN;
     key.wParam = 'B';
-    bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key); // needs the frame
-    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
-    EXPECT_EQ(bench.host.frame.references(), 0);
-    bench.close_in_order();
+    fixture.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key); // needs the frame
+    EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(fixture.host.frame.references(), 0);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, DeactivationLetsGoOfTheDocumentSiteToo)
 {
-    bench.create();
-    bench.set_site();
-    EXPECT_EQ(bench.host.site.references(), 2);
-    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
-    EXPECT_EQ(bench.host.site.references(), 1) << "also when it never was active";
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 0);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 0);
+    fixture.create();
+    fixture.set_site();
+    EXPECT_EQ(fixture.host.site.references(), 2);
+    EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), 1) << "also when it never was active";
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 0);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 0);
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, AHostWithoutFrameIsBorne)
 {
     for (const bad_answer kind : every_bad_answer) {
         SCOPED_TRACE(to_text(kind));
-        bench.create();
-        bench.set_site();
-        bench.load_file(bench.pdf());
-        bench.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", kind);
-        bench.do_verb(OLEIVERB_SHOW);
-        if (bench.window())
-            bench.send(WM_SIZE, 0, MAKELPARAM(10, 10));
+        fixture.create();
+        fixture.set_site();
+        fixture.load_file(fixture.pdf());
+        fixture.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", kind);
+        fixture.do_verb(OLEIVERB_SHOW);
+        if (fixture.window())
+            fixture.send(WM_SIZE, 0, MAKELPARAM(10, 10));
         MSG key{};
         key.message = WM_KEYDOWN;
         key.wParam = 'F';
-        EXPECT_EQ(bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key), S_FALSE);
-        bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-        bench.as<IOleObject>()->SetClientSite(nullptr);
-        bench.release();
+        EXPECT_EQ(fixture.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key), S_FALSE);
+        fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+        fixture.as<IOleObject>()->SetClientSite(nullptr);
+        fixture.release();
     }
 }
 
 // What a failed call leaves behind is neither used nor released: this frame has no reference to lose.
 QUILL_DOCUMENT_TEST(DocumentActivation, AFailedWindowContextGivesNoFrame)
 {
-    bench.host.order = activation_order::site_then_ui_activate;
-    bench.create();
-    bench.set_site();
-    bench.load_file(bench.pdf());
-    bench.host.site.failure_leaves = &bench.host.frame;
-    bench.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", bad_answer::failure);
-    bench.do_verb(OLEIVERB_SHOW);
+    fixture.host.order = activation_order::site_then_ui_activate;
+    fixture.create();
+    fixture.set_site();
+    fixture.load_file(fixture.pdf());
+    fixture.host.site.failure_leaves = &fixture.host.frame;
+    fixture.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", bad_answer::failure);
+    fixture.do_verb(OLEIVERB_SHOW);
     MSG key{};
     key.message = WM_KEYDOWN;
     key.wParam = 'F';
-    EXPECT_EQ(bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key), S_FALSE);
-    bench.close_in_order();
-    EXPECT_EQ(bench.host.frame.references(), 0);
+    EXPECT_EQ(fixture.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key), S_FALSE);
+    fixture.close_in_order();
+    EXPECT_EQ(fixture.host.frame.references(), 0);
     for (const char* const method : {"SetActiveObject", "SetBorderSpace", "InsertMenus", "SetMenu"})
-        EXPECT_EQ(bench.host.calls.count(std::string("IOleInPlaceFrame::") + method), 0) << method;
+        EXPECT_EQ(fixture.host.calls.count(std::string("IOleInPlaceFrame::") + method), 0) << method;
 }
 
 // A frame that deactivates the document before it takes it for its active object.
 QUILL_DOCUMENT_TEST(DocumentActivation, DeactivatedInsideSetActiveObjectIsNotTheFramesObject)
 {
-    bench.host.order = activation_order::site_then_ui_activate;
+    fixture.host.order = activation_order::site_then_ui_activate;
     bool is_deactivated = false;
-    bench.host.calls.when("IOleInPlaceFrame::SetActiveObject", [&] {
+    fixture.host.calls.when("IOleInPlaceFrame::SetActiveObject", [&] {
         if (std::exchange(is_deactivated, true))
             return;
-        EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+        EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
     });
-    bench.create();
-    bench.set_site();
-    bench.load_file(bench.pdf());
-    bench.do_verb(OLEIVERB_SHOW);
+    fixture.create();
+    fixture.set_site();
+    fixture.load_file(fixture.pdf());
+    fixture.do_verb(OLEIVERB_SHOW);
     EXPECT_TRUE(is_deactivated);
-    EXPECT_EQ(bench.host.frame.active_object(), nullptr);
-    bench.release();
+    EXPECT_EQ(fixture.host.frame.active_object(), nullptr);
+    fixture.release();
 }
 } // namespace
 } // namespace quill::test

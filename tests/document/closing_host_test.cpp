@@ -27,20 +27,20 @@ enum class closing
     close_view
 };
 
-void close(document_bench& bench, closing way)
+void close(document_fixture& fixture, closing way)
 {
     switch (way) {
     case closing::destroy_host_windows:
-        bench.host.destroy_windows();
+        fixture.host.destroy_windows();
         break;
     case closing::destroy_window:
-        DestroyWindow(bench.window());
+        DestroyWindow(fixture.window());
         break;
     case closing::deactivate:
-        bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+        fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
         break;
     case closing::close_view:
-        bench.as<IOleDocumentView>()->CloseView(0);
+        fixture.as<IOleDocumentView>()->CloseView(0);
         break;
     }
 }
@@ -49,44 +49,44 @@ constexpr closing every_closing[] = {closing::destroy_host_windows, closing::des
                                      closing::deactivate, closing::close_view};
 
 // Runs the action inside the first call of that name whose line is `line`; the name itself without one.
-void once_inside(document_bench& bench, const std::string& name, const std::string& line,
+void once_inside(document_fixture& fixture, const std::string& name, const std::string& line,
                  std::function<void()> action)
 {
-    bench.host.calls.when(name, [&bench, line, done = std::make_shared<bool>(false), action] {
-        if (*done || bench.host.calls.calls().back() != line)
+    fixture.host.calls.when(name, [&fixture, line, done = std::make_shared<bool>(false), action] {
+        if (*done || fixture.host.calls.calls().back() != line)
             return;
         *done = true;
         action();
     });
 }
 
-lines menu_calls(const document_bench& bench)
+lines menu_calls(const document_fixture& fixture)
 {
-    return bench.host.calls.calls_of({"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu"});
+    return fixture.host.calls.calls_of({"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu"});
 }
 
-void expect_no_menu(const document_bench& bench)
+void expect_no_menu(const document_fixture& fixture)
 {
-    for (const HMENU menu : bench.host.frame.filled_menus)
+    for (const HMENU menu : fixture.host.frame.filled_menus)
         EXPECT_FALSE(IsMenu(menu)) << "a shared menu leaks";
-    for (const auto& call : bench.host.frame.set_menus)
+    for (const auto& call : fixture.host.frame.set_menus)
         EXPECT_TRUE(!call.descriptor || GlobalFlags(call.descriptor) == GMEM_INVALID_HANDLE)
             << "a descriptor leaks";
-    ASSERT_FALSE(bench.host.frame.set_menus.empty());
-    EXPECT_EQ(bench.host.frame.set_menus.back().menu, nullptr) << "the frame keeps the document's menu";
+    ASSERT_FALSE(fixture.host.frame.set_menus.empty());
+    EXPECT_EQ(fixture.host.frame.set_menus.back().menu, nullptr) << "the frame keeps the document's menu";
 }
 
-void expect_no_window(document_bench& bench)
+void expect_no_window(document_fixture& fixture)
 {
-    HWND window = bench.host.frame_window();
-    EXPECT_EQ(bench.as<IOleWindow>()->GetWindow(&window), E_FAIL);
+    HWND window = fixture.host.frame_window();
+    EXPECT_EQ(fixture.as<IOleWindow>()->GetWindow(&window), E_FAIL);
     EXPECT_EQ(window, nullptr);
 }
 
-void expect_nothing_of_a_window(document_bench& bench)
+void expect_nothing_of_a_window(document_fixture& fixture)
 {
-    expect_no_window(bench);
-    EXPECT_EQ(bench.viewers.living_viewers(), 0) << "a viewer outlives its window";
+    expect_no_window(fixture);
+    EXPECT_EQ(fixture.viewers.living_viewers(), 0) << "a viewer outlives its window";
 }
 
 // A document that has everything to do after its file is opened, closed inside the call of that line.
@@ -95,26 +95,26 @@ void close_inside(const std::string& name, const std::string& line, const lines&
 {
     for (const closing way : every_closing) {
         SCOPED_TRACE(line + ", way " + std::to_string(static_cast<int>(way)));
-        document_bench bench;
-        bench.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
-        bench.create();
-        bench.set_site();
-        bench.load_file(bench.pdf());
+        document_fixture fixture;
+        fixture.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
+        fixture.create();
+        fixture.set_site();
+        fixture.load_file(fixture.pdf());
         bool is_closed = false;
-        once_inside(bench, name, line, [&] {
-            close(bench, way);
+        once_inside(fixture, name, line, [&] {
+            close(fixture, way);
             is_closed = true;
-            expect_no_window(bench);
+            expect_no_window(fixture);
         });
-        bench.do_verb(OLEIVERB_SHOW);
+        fixture.do_verb(OLEIVERB_SHOW);
         ASSERT_TRUE(is_closed);
-        lines viewer_calls = bench.viewer.texts();
+        lines viewer_calls = fixture.viewer.texts();
         viewer_calls.erase(viewer_calls.begin(), viewer_calls.begin() + 5); // set up, and the file opened
         EXPECT_EQ(viewer_calls, calls_of_viewer);
-        EXPECT_EQ(menu_calls(bench), calls_of_frame);
-        expect_no_menu(bench);
-        expect_nothing_of_a_window(bench);
-        bench.release();
+        EXPECT_EQ(menu_calls(fixture), calls_of_frame);
+        expect_no_menu(fixture);
+        expect_nothing_of_a_window(fixture);
+        fixture.release();
     }
 }
 
@@ -150,67 +150,67 @@ TEST(DocumentClosedWhileLoading, InsideSetMenu)
 
 QUILL_DOCUMENT_TEST(DocumentClosedWhileMerging, InsideGetWindowContext)
 {
-    bench.show_url(unserved_url);
-    bench.wait_for_failed_worker();
+    fixture.show_url(unserved_url);
+    fixture.wait_for_failed_worker();
     bool is_closed = false;
-    once_inside(bench, "IOleInPlaceSite::GetWindowContext", "IOleInPlaceSite::GetWindowContext", [&] {
-        bench.host.destroy_windows();
+    once_inside(fixture, "IOleInPlaceSite::GetWindowContext", "IOleInPlaceSite::GetWindowContext", [&] {
+        fixture.host.destroy_windows();
         is_closed = true;
     });
-    load_fetched_file(bench, bench.pdf());
+    load_fetched_file(fixture, fixture.pdf());
     EXPECT_TRUE(is_closed);
-    EXPECT_EQ(menu_calls(bench), lines{unmerged});
-    expect_nothing_of_a_window(bench);
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    EXPECT_EQ(menu_calls(fixture), lines{unmerged});
+    expect_nothing_of_a_window(fixture);
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
 }
 
 QUILL_DOCUMENT_TEST(DocumentClosedWhileLoading, TheResultIsLogged)
 {
-    const std::wstring path = bench.pdf();
-    once_inside(bench, "viewer::1", "viewer::1", [&] { bench.host.destroy_windows(); });
-    bench.create();
-    bench.set_site();
-    bench.load_file(path);
-    bench.do_verb(OLEIVERB_SHOW);
-    const lines logged = bench.take_log();
+    const std::wstring path = fixture.pdf();
+    once_inside(fixture, "viewer::1", "viewer::1", [&] { fixture.host.destroy_windows(); });
+    fixture.create();
+    fixture.set_site();
+    fixture.load_file(path);
+    fixture.do_verb(OLEIVERB_SHOW);
+    const lines logged = fixture.take_log();
     const auto destroyed = std::find(logged.begin(), logged.end(), "@ OnDestroy");
     EXPECT_NE(std::find(destroyed, logged.end(), "@ LOADFILE RESULT -1"), logged.end())
         << testing::PrintToString(logged);
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
 }
 
 // The file is shown in the new window; the load that began for the old one ends with it.
 QUILL_DOCUMENT_TEST(DocumentClosedWhileLoading, AndShownAgainInsideTheCall)
 {
-    bench.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
-    once_inside(bench, "viewer::1", "viewer::1", [&] {
-        bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-        EXPECT_EQ(bench.host.view->Show(TRUE), S_OK);
-        EXPECT_NE(bench.window(), nullptr);
+    fixture.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
+    once_inside(fixture, "viewer::1", "viewer::1", [&] {
+        fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+        EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);
+        EXPECT_NE(fixture.window(), nullptr);
     });
-    bench.show_file(bench.pdf());
-    EXPECT_NE(bench.window(), nullptr);
-    EXPECT_EQ(bench.viewers.living_viewers(), 1);
-    EXPECT_EQ(bench.viewer.texts(viewer_open).size(), 2u);
-    EXPECT_EQ(bench.viewer.texts(viewer_go_to_page).size(), 1u);
-    EXPECT_EQ(bench.viewer.texts(viewer_set_zoom).size(), 1u);
-    EXPECT_EQ(menu_calls(bench),
+    fixture.show_file(fixture.pdf());
+    EXPECT_NE(fixture.window(), nullptr);
+    EXPECT_EQ(fixture.viewers.living_viewers(), 1);
+    EXPECT_EQ(fixture.viewer.texts(viewer_open).size(), 2u);
+    EXPECT_EQ(fixture.viewer.texts(viewer_go_to_page).size(), 1u);
+    EXPECT_EQ(fixture.viewer.texts(viewer_set_zoom).size(), 1u);
+    EXPECT_EQ(menu_calls(fixture),
               (lines{unmerged, "IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
-    EXPECT_EQ(bench.host.frame.set_menus.back().window, bench.window());
-    bench.close_in_order();
-    expect_no_menu(bench);
+    EXPECT_EQ(fixture.host.frame.set_menus.back().window, fixture.window());
+    fixture.close_in_order();
+    expect_no_menu(fixture);
 }
 
 // The viewer pumps messages while it opens a file, and the frame while it fills the menu.
 QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedOnceWhenAFileIsLoadedInsideInsertMenus)
 {
-    once_inside(bench, "IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::InsertMenus",
-                [&] { bench.send(message_load_file); });
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.viewer.texts(viewer_open).size(), 2u);
-    EXPECT_EQ(menu_calls(bench), (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
-    bench.close_in_order();
-    expect_no_menu(bench);
+    once_inside(fixture, "IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::InsertMenus",
+                [&] { fixture.send(message_load_file); });
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.viewer.texts(viewer_open).size(), 2u);
+    EXPECT_EQ(menu_calls(fixture), (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
+    fixture.close_in_order();
+    expect_no_menu(fixture);
 }
 
 // Every call that the window's creation makes, by the line that it leaves.
@@ -224,10 +224,10 @@ struct creation_call
 };
 
 // The calls since then that only a window being created makes.
-lines creation_calls(const document_bench& bench, std::size_t first)
+lines creation_calls(const document_fixture& fixture, std::size_t first)
 {
     lines made;
-    const auto& calls = bench.host.calls.calls();
+    const auto& calls = fixture.host.calls.calls();
     std::copy_if(calls.begin() + static_cast<std::ptrdiff_t>(first), calls.end(), std::back_inserter(made),
                  [](const std::string& call) {
                      return call.rfind("viewer", 0) == 0 || call.rfind("IServiceProvider", 0) == 0 ||
@@ -244,24 +244,24 @@ class DocumentClosedWhileCreated : public testing::TestWithParam<creation_call>
 
 void close_while_created(const creation_call& call, closing way)
 {
-    document_bench bench;
-    bench.create();
-    bench.set_site();
+    document_fixture fixture;
+    fixture.create();
+    fixture.set_site();
     if (!call.from_site)
-        bench.load_url(unserved_url);
+        fixture.load_url(unserved_url);
     std::size_t calls_before = 0;
-    once_inside(bench, call.name, call.line, [&] {
-        close(bench, way);
-        expect_no_window(bench);
-        calls_before = bench.host.calls.calls().size();
+    once_inside(fixture, call.name, call.line, [&] {
+        close(fixture, way);
+        expect_no_window(fixture);
+        calls_before = fixture.host.calls.calls().size();
     });
-    bench.do_verb(OLEIVERB_SHOW);
+    fixture.do_verb(OLEIVERB_SHOW);
     ASSERT_NE(calls_before, 0u) << "the call did not come";
-    EXPECT_EQ(creation_calls(bench, calls_before), lines{});
-    expect_nothing_of_a_window(bench);
-    const lines logged = bench.take_log();
+    EXPECT_EQ(creation_calls(fixture, calls_before), lines{});
+    expect_nothing_of_a_window(fixture);
+    const lines logged = fixture.take_log();
     EXPECT_EQ(std::count(logged.begin(), logged.end(), "@ OnCreate [URL]"), 0) << "a download begins";
-    bench.release();
+    fixture.release();
 }
 
 TEST_P(DocumentClosedWhileCreated, DoesNothingMore)
@@ -288,16 +288,16 @@ INSTANTIATE_TEST_SUITE_P(
 // The frame takes the first window's menu behind its call for the second one's.
 QUILL_DOCUMENT_TEST(DocumentClosedWhileLoading, AndShownAgainInsideSetMenu)
 {
-    once_inside(bench, "IOleInPlaceFrame::SetMenu", "IOleInPlaceFrame::SetMenu menu", [&] {
-        bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-        EXPECT_EQ(bench.host.view->Show(TRUE), S_OK);
-        EXPECT_NE(bench.window(), nullptr);
+    once_inside(fixture, "IOleInPlaceFrame::SetMenu", "IOleInPlaceFrame::SetMenu menu", [&] {
+        fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+        EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);
+        EXPECT_NE(fixture.window(), nullptr);
     });
-    bench.show_file(bench.pdf());
-    const lines calls = menu_calls(bench);
+    fixture.show_file(fixture.pdf());
+    const lines calls = menu_calls(fixture);
     EXPECT_EQ(std::count(calls.begin(), calls.end(), unmerged), 1) << testing::PrintToString(calls);
-    bench.close_in_order();
-    expect_no_menu(bench);
+    fixture.close_in_order();
+    expect_no_menu(fixture);
 }
 
 // What the page says belongs to the window that asked it.
@@ -305,24 +305,24 @@ QUILL_DOCUMENT_TEST(DocumentClosedWhileAsking, ThePagesPageAndZoomAreNotTheNextW
 {
     page_container page(L"http://host.test/page.html#page=3#zoom=40");
     page.add(L"EMBED", L"application/pdf", L"x.pdf");
-    bench.host.container = page.container();
-    bench.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
-    bench.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
-    once_inside(bench, "IOleClientSite::GetContainer", "IOleClientSite::GetContainer", [&] {
-        bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-        bench.load_file(bench.pdf());
-        EXPECT_EQ(bench.host.view->Show(TRUE), S_OK);
+    fixture.host.container = page.container();
+    fixture.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
+    fixture.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
+    once_inside(fixture, "IOleClientSite::GetContainer", "IOleClientSite::GetContainer", [&] {
+        fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+        fixture.load_file(fixture.pdf());
+        EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);
     });
-    bench.create();
-    bench.set_site();
-    bench.do_verb(OLEIVERB_SHOW);
-    EXPECT_NE(bench.window(), nullptr);
-    bench.viewer.forget_calls();
-    EXPECT_EQ(bench.send(message_load_file), 0);
-    EXPECT_EQ(bench.viewer.texts(viewer_go_to_page), lines{"4(I4 1)"});
-    EXPECT_EQ(bench.viewer.texts(viewer_set_zoom), lines{"9(R8 0.5)"});
-    bench.close_in_order();
-    bench.release();
+    fixture.create();
+    fixture.set_site();
+    fixture.do_verb(OLEIVERB_SHOW);
+    EXPECT_NE(fixture.window(), nullptr);
+    fixture.viewer.forget_calls();
+    EXPECT_EQ(fixture.send(message_load_file), 0);
+    EXPECT_EQ(fixture.viewer.texts(viewer_go_to_page), lines{"4(I4 1)"});
+    EXPECT_EQ(fixture.viewer.texts(viewer_set_zoom), lines{"9(R8 0.5)"});
+    fixture.close_in_order();
+    fixture.release();
 }
 
 } // namespace

@@ -15,13 +15,13 @@ constexpr HRESULT not_supported = OLECMDERR_E_NOTSUPPORTED;
 static_assert(static_cast<unsigned long>(not_supported) == 0x80040100);
 constexpr GUID some_group = {0x1, 0x2, 0x3, {0x4}};
 
-std::vector<DWORD> status_of(document_bench& bench, std::initializer_list<ULONG> ids,
+std::vector<DWORD> status_of(document_fixture& fixture, std::initializer_list<ULONG> ids,
                              const GUID* group = nullptr)
 {
     std::vector<OLECMD> commands;
     for (const ULONG id : ids)
         commands.push_back({id, untouched});
-    EXPECT_EQ(bench.as<IOleCommandTarget>()->QueryStatus(group, static_cast<ULONG>(commands.size()),
+    EXPECT_EQ(fixture.as<IOleCommandTarget>()->QueryStatus(group, static_cast<ULONG>(commands.size()),
                                                          commands.data(), nullptr),
               S_OK);
     std::vector<DWORD> flags;
@@ -30,29 +30,29 @@ std::vector<DWORD> status_of(document_bench& bench, std::initializer_list<ULONG>
     return flags;
 }
 
-HRESULT execute(document_bench& bench, DWORD id, const GUID* group = nullptr)
+HRESULT execute(document_fixture& fixture, DWORD id, const GUID* group = nullptr)
 {
-    return bench.as<IOleCommandTarget>()->Exec(group, id, OLECMDEXECOPT_DODEFAULT, nullptr, nullptr);
+    return fixture.as<IOleCommandTarget>()->Exec(group, id, OLECMDEXECOPT_DODEFAULT, nullptr, nullptr);
 }
 
 QUILL_DOCUMENT_TEST(DocumentCommands, TheFirstKnownCommandAloneIsEnabled)
 {
-    bench.create();
+    fixture.create();
     using flags = std::vector<DWORD>;
-    EXPECT_EQ(status_of(bench, {OLECMDID_PRINT, OLECMDID_SAVEAS}), (flags{OLECMDF_ENABLED, untouched}));
-    EXPECT_EQ(status_of(bench, {OLECMDID_SAVEAS, OLECMDID_PRINT}), (flags{OLECMDF_ENABLED, untouched}));
-    EXPECT_EQ(status_of(bench, {OLECMDID_SAVE, OLECMDID_PRINT}), (flags{untouched, OLECMDF_ENABLED}));
-    EXPECT_EQ(status_of(bench, {OLECMDID_OPEN, OLECMDID_COPY, OLECMDID_SAVEAS, OLECMDID_SAVEAS}),
+    EXPECT_EQ(status_of(fixture, {OLECMDID_PRINT, OLECMDID_SAVEAS}), (flags{OLECMDF_ENABLED, untouched}));
+    EXPECT_EQ(status_of(fixture, {OLECMDID_SAVEAS, OLECMDID_PRINT}), (flags{OLECMDF_ENABLED, untouched}));
+    EXPECT_EQ(status_of(fixture, {OLECMDID_SAVE, OLECMDID_PRINT}), (flags{untouched, OLECMDF_ENABLED}));
+    EXPECT_EQ(status_of(fixture, {OLECMDID_OPEN, OLECMDID_COPY, OLECMDID_SAVEAS, OLECMDID_SAVEAS}),
               (flags{untouched, untouched, OLECMDF_ENABLED, untouched}));
-    EXPECT_EQ(status_of(bench, {OLECMDID_OPEN, 0, 0xffffffff}), (flags{untouched, untouched, untouched}));
-    EXPECT_EQ(status_of(bench, {OLECMDID_PRINT}, &some_group), flags{OLECMDF_ENABLED}) << "any group";
-    EXPECT_EQ(status_of(bench, {OLECMDID_PRINTPREVIEW}), flags{untouched});
+    EXPECT_EQ(status_of(fixture, {OLECMDID_OPEN, 0, 0xffffffff}), (flags{untouched, untouched, untouched}));
+    EXPECT_EQ(status_of(fixture, {OLECMDID_PRINT}, &some_group), flags{OLECMDF_ENABLED}) << "any group";
+    EXPECT_EQ(status_of(fixture, {OLECMDID_PRINTPREVIEW}), flags{untouched});
 }
 
 QUILL_DOCUMENT_TEST(DocumentCommands, NoCommandsAreFine)
 {
-    bench.create();
-    const auto target = bench.as<IOleCommandTarget>();
+    fixture.create();
+    const auto target = fixture.as<IOleCommandTarget>();
     EXPECT_EQ(target->QueryStatus(nullptr, 0, nullptr, nullptr), S_OK);
     OLECMD command{OLECMDID_PRINT, untouched};
     EXPECT_EQ(target->QueryStatus(nullptr, 0, &command, nullptr), S_OK);
@@ -62,71 +62,71 @@ QUILL_DOCUMENT_TEST(DocumentCommands, NoCommandsAreFine)
 
 QUILL_DOCUMENT_TEST(DocumentCommands, TheTextIsLeftAlone)
 {
-    bench.create();
+    fixture.create();
     OLECMDTEXT text{OLECMDTEXTF_NAME, 77, 1, {L'q'}};
     OLECMD command{OLECMDID_PRINT, 0};
-    EXPECT_EQ(bench.as<IOleCommandTarget>()->QueryStatus(nullptr, 1, &command, &text), S_OK);
+    EXPECT_EQ(fixture.as<IOleCommandTarget>()->QueryStatus(nullptr, 1, &command, &text), S_OK);
     EXPECT_EQ(text.cwActual, 77u);
     EXPECT_EQ(text.rgwz[0], L'q');
 }
 
 QUILL_DOCUMENT_TEST(DocumentCommands, WithoutViewerNothingIsDone)
 {
-    bench.create();
-    EXPECT_EQ(execute(bench, OLECMDID_PRINT), not_supported);
-    EXPECT_EQ(execute(bench, OLECMDID_SAVEAS), not_supported);
-    EXPECT_EQ(execute(bench, OLECMDID_OPEN), not_supported);
-    EXPECT_EQ(execute(bench, 0, &some_group), not_supported);
-    EXPECT_EQ(execute(bench, 0xffffffff), not_supported);
-    EXPECT_EQ(bench.take_log(), (lines{"@ Exec 6", "@ Exec 4", "@ Exec 1", "@ Exec 0", "@ Exec 4294967295"}));
+    fixture.create();
+    EXPECT_EQ(execute(fixture, OLECMDID_PRINT), not_supported);
+    EXPECT_EQ(execute(fixture, OLECMDID_SAVEAS), not_supported);
+    EXPECT_EQ(execute(fixture, OLECMDID_OPEN), not_supported);
+    EXPECT_EQ(execute(fixture, 0, &some_group), not_supported);
+    EXPECT_EQ(execute(fixture, 0xffffffff), not_supported);
+    EXPECT_EQ(fixture.take_log(), (lines{"@ Exec 6", "@ Exec 4", "@ Exec 1", "@ Exec 0", "@ Exec 4294967295"}));
 }
 
 QUILL_DOCUMENT_TEST(DocumentCommands, PrintPrintsAndSaysNotSupported)
 {
-    bench.show_file(bench.pdf());
-    bench.viewer.forget_calls();
-    EXPECT_EQ(execute(bench, OLECMDID_PRINT), not_supported);
-    EXPECT_EQ(bench.viewer.texts(), lines{"12()"});
-    bench.host.calls.make_fail("viewer::12", bad_answer::failure);
-    EXPECT_EQ(execute(bench, OLECMDID_PRINT, &some_group), not_supported);
-    EXPECT_EQ(bench.viewer.texts(), (lines{"12()", "12()"}));
-    bench.close_in_order();
+    fixture.show_file(fixture.pdf());
+    fixture.viewer.forget_calls();
+    EXPECT_EQ(execute(fixture, OLECMDID_PRINT), not_supported);
+    EXPECT_EQ(fixture.viewer.texts(), lines{"12()"});
+    fixture.host.calls.make_fail("viewer::12", bad_answer::failure);
+    EXPECT_EQ(execute(fixture, OLECMDID_PRINT, &some_group), not_supported);
+    EXPECT_EQ(fixture.viewer.texts(), (lines{"12()", "12()"}));
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentCommands, OtherCommandsDoNothing)
 {
-    bench.show_file(bench.pdf());
-    bench.viewer.forget_calls();
+    fixture.show_file(fixture.pdf());
+    fixture.viewer.forget_calls();
     for (const DWORD id : {OLECMDID_OPEN, OLECMDID_SAVE, OLECMDID_PRINTPREVIEW, OLECMDID_COPY, OLECMDID_ZOOM})
-        EXPECT_EQ(execute(bench, id), not_supported);
-    EXPECT_EQ(bench.viewer.texts(), lines{});
-    bench.close_in_order();
+        EXPECT_EQ(execute(fixture, id), not_supported);
+    EXPECT_EQ(fixture.viewer.texts(), lines{});
+    fixture.close_in_order();
 }
 
 // Whether or not the browser can save, the command itself succeeds.
 QUILL_DOCUMENT_TEST(DocumentCommands, SaveAsSucceedsWithAViewer)
 {
-    bench.show_file(bench.pdf());
-    bench.take_log();
-    EXPECT_EQ(execute(bench, OLECMDID_SAVEAS), S_OK);
-    EXPECT_EQ(bench.take_log(), lines{"@ Exec 4"});
-    bench.close_in_order();
+    fixture.show_file(fixture.pdf());
+    fixture.take_log();
+    EXPECT_EQ(execute(fixture, OLECMDID_SAVEAS), S_OK);
+    EXPECT_EQ(fixture.take_log(), lines{"@ Exec 4"});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentCommands, NothingIsDoneAfterDeactivation)
 {
-    bench.show_file(bench.pdf());
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-    bench.viewer.forget_calls();
-    EXPECT_EQ(execute(bench, OLECMDID_PRINT), not_supported);
-    EXPECT_EQ(execute(bench, OLECMDID_SAVEAS), not_supported);
-    EXPECT_EQ(bench.viewer.texts(), lines{});
-    bench.close_in_order();
+    fixture.show_file(fixture.pdf());
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.viewer.forget_calls();
+    EXPECT_EQ(execute(fixture, OLECMDID_PRINT), not_supported);
+    EXPECT_EQ(execute(fixture, OLECMDID_SAVEAS), not_supported);
+    EXPECT_EQ(fixture.viewer.texts(), lines{});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentCommands, ArgumentsAreLeftAlone)
 {
-    bench.show_file(bench.pdf());
+    fixture.show_file(fixture.pdf());
     VARIANT in{};
     in.vt = VT_I4;
     in.lVal = 5;
@@ -134,12 +134,12 @@ QUILL_DOCUMENT_TEST(DocumentCommands, ArgumentsAreLeftAlone)
     out.vt = VT_I4;
     out.lVal = 6;
     EXPECT_EQ(
-        bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, OLECMDEXECOPT_DONTPROMPTUSER, &in, &out),
+        fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, OLECMDEXECOPT_DONTPROMPTUSER, &in, &out),
         not_supported);
     EXPECT_EQ(in.lVal, 5);
     EXPECT_EQ(out.vt, VT_I4);
     EXPECT_EQ(out.lVal, 6);
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 } // namespace

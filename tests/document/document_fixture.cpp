@@ -39,25 +39,25 @@ HWND child_of_class(HWND parent, const wchar_t* name)
 
 } // namespace
 
-document_bench::ole_session::ole_session()
+document_fixture::ole_session::ole_session()
 {
     static const HRESULT started = OleInitialize(nullptr);
     require(SUCCEEDED(started), "OLE does not start");
 }
 
-document_bench::document_bench() : viewer(host.calls), viewers(viewer)
+document_fixture::document_fixture() : viewer(host.calls), viewers(viewer)
 {
     _wputenv_s(L"QUILL_TMP_FOLDER", temp.path().c_str());
 }
 
-document_bench::~document_bench()
+document_fixture::~document_fixture()
 {
     if (document)
         release();
     EXPECT_FALSE(last_window_ && IsWindow(last_window_)) << "the document's window is still there";
 }
 
-void document_bench::create()
+void document_fixture::create()
 {
     ComPtr<IClassFactory> factory;
     require(module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)) == S_OK && factory,
@@ -74,30 +74,30 @@ void document_bench::create()
     address = lines[0].substr(prefix.size() - 2);
 }
 
-HRESULT document_bench::set_site()
+HRESULT document_fixture::set_site()
 {
     return as<IOleObject>()->SetClientSite(host.site.client_site());
 }
 
-HRESULT document_bench::load_url(const std::wstring& url, BOOL fully_available)
+HRESULT document_fixture::load_url(const std::wstring& url, BOOL fully_available)
 {
     fake_moniker moniker(host.calls, "loaded moniker");
     moniker.display_name = url;
     return as<IPersistMoniker>()->Load(fully_available, &moniker, nullptr, STGM_READ);
 }
 
-HRESULT document_bench::load_file(const std::wstring& path)
+HRESULT document_fixture::load_file(const std::wstring& path)
 {
     return as<IPersistFile>()->Load(path.c_str(), STGM_READ);
 }
 
-HRESULT document_bench::do_verb(LONG verb)
+HRESULT document_fixture::do_verb(LONG verb)
 {
     return as<IOleObject>()->DoVerb(verb, nullptr, host.site.client_site(), -1, host.view_window(),
                                     &host.position);
 }
 
-void document_bench::show_file(const std::wstring& path)
+void document_fixture::show_file(const std::wstring& path)
 {
     create();
     require(set_site() == S_OK, "SetClientSite failed");
@@ -105,7 +105,7 @@ void document_bench::show_file(const std::wstring& path)
     show();
 }
 
-void document_bench::show_url(const std::wstring& url)
+void document_fixture::show_url(const std::wstring& url)
 {
     create();
     require(set_site() == S_OK, "SetClientSite failed");
@@ -113,7 +113,7 @@ void document_bench::show_url(const std::wstring& url)
     show();
 }
 
-void document_bench::show()
+void document_fixture::show()
 {
     pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
     require(do_verb(OLEIVERB_SHOW) == S_OK, "DoVerb(OLEIVERB_SHOW) failed");
@@ -121,7 +121,7 @@ void document_bench::show()
     require(last_window_ != nullptr, "the document has no window");
 }
 
-void document_bench::close_in_order()
+void document_fixture::close_in_order()
 {
     const auto ole_object = as<IOleObject>();
     if (host.view)
@@ -139,7 +139,7 @@ void document_bench::close_in_order()
     EXPECT_EQ(ole_object->SetClientSite(nullptr), S_OK);
 }
 
-void document_bench::release()
+void document_fixture::release()
 {
     log.skip();
     host.view.Reset();
@@ -156,7 +156,7 @@ void document_bench::release()
     EXPECT_EQ(child_of_class(host.view_window(), nullptr), nullptr) << "a window of the document is left";
 }
 
-HWND document_bench::window() const
+HWND document_fixture::window() const
 {
     if (!document)
         return nullptr;
@@ -165,57 +165,57 @@ HWND document_bench::window() const
     return result;
 }
 
-HWND document_bench::viewer_host_window() const
+HWND document_fixture::viewer_host_window() const
 {
     return child_of_class(window(), L"AtlAxWin140");
 }
 
-HWND document_bench::pane() const
+HWND document_fixture::pane() const
 {
     return child_of_class(window(), L"STATIC");
 }
 
-LRESULT document_bench::send(UINT message, WPARAM wparam, LPARAM lparam) const
+LRESULT document_fixture::send(UINT message, WPARAM wparam, LPARAM lparam) const
 {
     const HWND target = window();
     EXPECT_NE(target, nullptr);
     return SendMessageW(target, message, wparam, lparam);
 }
 
-LRESULT document_bench::send_text(UINT message, WPARAM wparam, const wchar_t* text) const
+LRESULT document_fixture::send_text(UINT message, WPARAM wparam, const wchar_t* text) const
 {
     return send(message, wparam, reinterpret_cast<LPARAM>(text));
 }
 
-std::wstring document_bench::pdf(const std::wstring& name) const
+std::wstring document_fixture::pdf(const std::wstring& name) const
 {
     return file(name, small_pdf);
 }
 
-std::wstring document_bench::file(const std::wstring& name, const std::string& contents) const
+std::wstring document_fixture::file(const std::wstring& name, const std::string& contents) const
 {
     const std::wstring path = files / name;
     EXPECT_TRUE(write_file(path, contents));
     return path;
 }
 
-void document_bench::wait_for_failed_worker() const
+void document_fixture::wait_for_failed_worker() const
 {
     EXPECT_TRUE(wait_until([this] { return failed_workers(log) > failures_before_; }))
         << "the download worker did not end: " << testing::PrintToString(log.worker_lines());
 }
 
-void document_bench::wait_for_no_worker() const
+void document_fixture::wait_for_no_worker() const
 {
     EXPECT_TRUE(wait_until([this] { return process_resources::now().threads <= threads_before_; }))
         << "the download worker did not end";
 }
 
-void in_balance(void (*scenario)(document_bench&))
+void in_balance(void (*scenario)(document_fixture&))
 {
     expect_balance([scenario] {
-        document_bench bench;
-        scenario(bench);
+        document_fixture fixture;
+        scenario(fixture);
     });
 }
 

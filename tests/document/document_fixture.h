@@ -1,4 +1,4 @@
-// One scenario's world: the loaded module, its log, a host, the recording viewer, and the document.
+// The fixture of a document test: the loaded module, its log, a host, the recording viewer, and the document.
 #pragma once
 
 #include "tests/document/document_log.h"
@@ -20,14 +20,14 @@ inline constexpr char small_pdf[] = "%PDF-1.7\n1 0 obj\n<< /Type /Catalog >>\nen
 // A scheme that nobody serves: the download worker of such a URL ends at once.
 inline constexpr wchar_t unserved_url[] = L"quilltest://host.test/a/c/d.pdf";
 
-class document_bench
+class document_fixture
 {
 public:
-    document_bench();
-    document_bench(const document_bench&) = delete;
-    document_bench& operator=(const document_bench&) = delete;
+    document_fixture();
+    document_fixture(const document_fixture&) = delete;
+    document_fixture& operator=(const document_fixture&) = delete;
     // Releases what is left and checks that nothing of the document stays.
-    ~document_bench();
+    ~document_fixture();
 
     // OLE is started once for the thread and stays: what it keeps is not the document's.
     struct ole_session
@@ -88,7 +88,7 @@ public:
     // does not.
     void wait_for_failed_worker() const;
     // Waits until the document has no worker any more, whatever became of it. For a document whose window
-    // is the only one of this bench.
+    // is the only one of this fixture.
     void wait_for_no_worker() const;
 
     std::vector<std::string> take_log() { return log.take(address); }
@@ -99,16 +99,16 @@ private:
     DWORD threads_before_ = 0;
 };
 
-// Runs the scenario with a bench of its own for each run, and expects balance.
-void in_balance(void (*scenario)(document_bench&));
+// Runs the scenario with a fixture of its own for each run, and expects balance.
+void in_balance(void (*scenario)(document_fixture&));
 
 } // namespace quill::test
 
-// A test case whose body gets a bench of the name `bench` and runs in balance.
+// A test case whose body gets a fixture of the name `fixture` and runs in balance.
 #define QUILL_DOCUMENT_TEST(suite, name)                                                                     \
-    static void suite##_##name(quill::test::document_bench& bench);                                          \
+    static void suite##_##name(quill::test::document_fixture& fixture);                                          \
     TEST(suite, name)                                                                                        \
     {                                                                                                        \
         quill::test::in_balance(suite##_##name);                                                             \
     }                                                                                                        \
-    static void suite##_##name([[maybe_unused]] quill::test::document_bench& bench)
+    static void suite##_##name([[maybe_unused]] quill::test::document_fixture& fixture)

@@ -92,12 +92,12 @@ public:
     {
         if (from == source::wininet) {
             folder_.emplace(L"QUILL_TMP_FOLDER", std::nullopt);
-            system_folder_.emplace(L"TMP", bench_.temp.path());
+            system_folder_.emplace(L"TMP", fixture_.temp.path());
         }
         if (from == source::element) {
             page_.add(L"EMBED", L"application/pdf", server_.url(document_target).c_str());
-            bench_.host.container = page_.container();
-            bench_.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
+            fixture_.host.container = page_.container();
+            fixture_.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
         }
     }
 
@@ -105,14 +105,14 @@ public:
     // may end early, the beginning of it.
     bool open_and_close(import_faults& faults, bool may_end_early = false)
     {
-        bench_.viewer.forget_calls();
+        fixture_.viewer.forget_calls();
         if (!create())
             return false;
-        bench_.set_site();
+        fixture_.set_site();
         load();
         pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
-        bench_.do_verb(OLEIVERB_SHOW);
-        if (const HWND window = bench_.window())
+        fixture_.do_verb(OLEIVERB_SHOW);
+        if (const HWND window = fixture_.window())
             RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
         EXPECT_TRUE(faults.wait_for_threads()) << "the worker does not end";
         pump_messages();
@@ -122,26 +122,26 @@ public:
         return is_shown;
     }
 
-    const document_log& log() const { return bench_.log; }
+    const document_log& log() const { return fixture_.log; }
 
 private:
     bool create()
     {
         ComPtr<IClassFactory> factory;
-        HRESULT result = bench_.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory));
+        HRESULT result = fixture_.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory));
         if (factory)
-            result = factory->CreateInstance(nullptr, IID_PPV_ARGS(&bench_.document));
-        EXPECT_EQ(result, bench_.document ? S_OK : E_OUTOFMEMORY);
-        bench_.host.document = bench_.document.Get();
-        return bench_.document != nullptr;
+            result = factory->CreateInstance(nullptr, IID_PPV_ARGS(&fixture_.document));
+        EXPECT_EQ(result, fixture_.document ? S_OK : E_OUTOFMEMORY);
+        fixture_.host.document = fixture_.document.Get();
+        return fixture_.document != nullptr;
     }
 
     void load()
     {
         if (from_ == source::element)
             return;
-        const HRESULT result = from_ == source::file ? bench_.load_file(bench_.pdf())
-                                                     : bench_.load_url(server_.url(document_target));
+        const HRESULT result = from_ == source::file ? fixture_.load_file(fixture_.pdf())
+                                                     : fixture_.load_url(server_.url(document_target));
         EXPECT_TRUE(result == S_OK || result == E_OUTOFMEMORY) << result;
     }
 
@@ -149,7 +149,7 @@ private:
     {
         const std::string whole = from_ == source::file ? small_pdf : served_pdf();
         bool is_shown = false;
-        for (const recorded_call& call : bench_.viewer.received) {
+        for (const recorded_call& call : fixture_.viewer.received) {
             if (call.id != viewer_open)
                 continue;
             is_shown = true;
@@ -162,48 +162,48 @@ private:
 
     void use()
     {
-        if (const HWND window = bench_.window()) {
+        if (const HWND window = fixture_.window()) {
             SendMessageW(window, WM_SIZE, 0, MAKELPARAM(300, 200));
             SendMessageW(window, WM_MOUSEACTIVATE, 0, 0);
             SendMessageW(window, message_open_link, 1, reinterpret_cast<LPARAM>(L"../x.pdf"));
         }
-        bench_.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr);
+        fixture_.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr);
     }
 
     void close()
     {
-        const auto ole_object = bench_.as<IOleObject>();
-        if (bench_.host.view)
-            bench_.host.view->UIActivate(FALSE);
-        EXPECT_EQ(bench_.as<IOleInPlaceObjectWindowless>()->InPlaceDeactivate(), S_OK);
-        if (bench_.host.view) {
-            bench_.host.view->CloseView(0);
-            bench_.host.view->SetInPlaceSite(nullptr);
+        const auto ole_object = fixture_.as<IOleObject>();
+        if (fixture_.host.view)
+            fixture_.host.view->UIActivate(FALSE);
+        EXPECT_EQ(fixture_.as<IOleInPlaceObjectWindowless>()->InPlaceDeactivate(), S_OK);
+        if (fixture_.host.view) {
+            fixture_.host.view->CloseView(0);
+            fixture_.host.view->SetInPlaceSite(nullptr);
         }
         EXPECT_EQ(ole_object->Close(OLECLOSE_NOSAVE), S_OK);
         EXPECT_EQ(ole_object->SetClientSite(nullptr), S_OK);
-        EXPECT_EQ(bench_.window(), nullptr);
+        EXPECT_EQ(fixture_.window(), nullptr);
     }
 
 public:
     // The last references of the host; the document must be gone then.
     void release()
     {
-        bench_.host.view.Reset();
-        bench_.host.frame.drop_active_object();
-        bench_.host.document = nullptr;
-        if (bench_.document)
-            EXPECT_EQ(bench_.document.Detach()->Release(), 0u) << "somebody still holds the document";
-        EXPECT_EQ(bench_.viewers.living_viewers(), 0);
-        EXPECT_EQ(bench_.host.site.references(), 0);
-        EXPECT_EQ(bench_.host.frame.references(), 0);
+        fixture_.host.view.Reset();
+        fixture_.host.frame.drop_active_object();
+        fixture_.host.document = nullptr;
+        if (fixture_.document)
+            EXPECT_EQ(fixture_.document.Detach()->Release(), 0u) << "somebody still holds the document";
+        EXPECT_EQ(fixture_.viewers.living_viewers(), 0);
+        EXPECT_EQ(fixture_.host.site.references(), 0);
+        EXPECT_EQ(fixture_.host.frame.references(), 0);
     }
 
 private:
     const source from_;
     const http_server& server_;
     page_container page_{L"http://host.test/page.html"};
-    document_bench bench_;
+    document_fixture fixture_;
     std::optional<environment_scope> folder_;
     std::optional<environment_scope> system_folder_;
 };
@@ -220,7 +220,7 @@ protected:
 
     static source from() { return std::get<source>(GetParam()); }
 
-    std::vector<fault_place> places_of_a_life()
+    std::vector<fault_place> recorded_places()
     {
         live_whole();
         live_whole(); // without what the process does once
@@ -293,7 +293,7 @@ TEST_P(DocumentImportFaults, LeaveTheDocumentClosableAndTheNextOneWhole)
     const std::string routine = source_names[static_cast<std::size_t>(from)];
     const std::string name = "the system's part in " + routine;
     const std::string memory = "memory for " + routine;
-    const auto places = places_of_a_life();
+    const auto places = recorded_places();
     ASSERT_GT(places.size(), 200u);
     constexpr int usual_step = 15;
     fail_each((kind == fault_kind::calls ? name : memory).c_str(), kind, places, usual_step,
@@ -309,7 +309,7 @@ TEST_P(DocumentPairedImportFaults, LeaveTheDocumentClosableAndTheNextOneWhole)
 {
     const std::string routine =
         std::string("two failures in ") + source_names[static_cast<std::size_t>(from())];
-    const auto places = places_of_a_life();
+    const auto places = recorded_places();
     for (const auto [second, usual_pairs] :
          {std::pair{fault_kind::calls, std::size_t{3}}, std::pair{fault_kind::memory, std::size_t{2}}})
         fail_pairs(routine.c_str(), second, places, usual_pairs,

@@ -15,18 +15,18 @@ namespace {
 
 using lines = std::vector<std::string>;
 
-void prepare(document_bench& bench, page_container& page)
+void prepare(document_fixture& fixture, page_container& page)
 {
-    bench.host.container = page.container();
-    bench.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
-    bench.create();
-    bench.set_site();
-    bench.take_log();
+    fixture.host.container = page.container();
+    fixture.host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
+    fixture.create();
+    fixture.set_site();
+    fixture.take_log();
 }
 
-lines creation_lines(document_bench& bench)
+lines creation_lines(document_fixture& fixture)
 {
-    auto logged = without(without(bench.take_log(), "ACTIVEDOC isPDF"), "OnSize");
+    auto logged = without(without(fixture.take_log(), "ACTIVEDOC isPDF"), "OnSize");
     const auto third = std::find(logged.begin(), logged.end(), "@ OnCreate [#3]");
     EXPECT_NE(third, logged.end());
     logged.erase(logged.begin(), third);
@@ -37,17 +37,17 @@ QUILL_DOCUMENT_TEST(DocumentInPage, FetchesTheElementsUrl)
 {
     page_container page(L"http://host.test/page.html#page=7#zoom=70");
     page.add(L"EMBED", L"application/pdf", L"quilltest://ftp://other.test/x.pdf#page=4#zoom=40");
-    prepare(bench, page);
-    bench.show();
-    EXPECT_EQ(creation_lines(bench), (lines{"@ OnCreate [#3]", "@ ProcessHTMLBodyElement URL",
+    prepare(fixture, page);
+    fixture.show();
+    EXPECT_EQ(creation_lines(fixture), (lines{"@ OnCreate [#3]", "@ ProcessHTMLBodyElement URL",
                                             "@ OnCreate [EmbedURL]", "@ OnCreate [URL]"}));
-    EXPECT_EQ(document_url(bench), L"quilltest://ftp://other.test/x.pdf#page=4#zoom=40");
-    bench.wait_for_failed_worker();
-    load_fetched_file(bench, bench.pdf());
-    EXPECT_EQ(bench.viewer.texts(viewer_go_to_page), lines{"4(I4 3)"})
+    EXPECT_EQ(document_url(fixture), L"quilltest://ftp://other.test/x.pdf#page=4#zoom=40");
+    fixture.wait_for_failed_worker();
+    load_fetched_file(fixture, fixture.pdf());
+    EXPECT_EQ(fixture.viewer.texts(viewer_go_to_page), lines{"4(I4 3)"})
         << "the element's page, not the page's";
-    EXPECT_EQ(bench.viewer.texts(viewer_set_zoom), lines{"9(R8 0.4)"});
-    bench.close_in_order();
+    EXPECT_EQ(fixture.viewer.texts(viewer_set_zoom), lines{"9(R8 0.4)"});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentInPage, ResolvesTheElementsReference)
@@ -60,12 +60,12 @@ QUILL_DOCUMENT_TEST(DocumentInPage, ResolvesTheElementsReference)
     for (const auto& [reference, expected] : cases) {
         page_container page(L"http://host.test/page.html");
         page.add(L"EMBED", L"application/pdf", reference);
-        prepare(bench, page);
-        bench.show();
-        EXPECT_EQ(document_url(bench), expected);
-        bench.wait_for_failed_worker();
-        bench.close_in_order();
-        bench.release();
+        prepare(fixture, page);
+        fixture.show();
+        EXPECT_EQ(document_url(fixture), expected);
+        fixture.wait_for_failed_worker();
+        fixture.close_in_order();
+        fixture.release();
     }
 }
 
@@ -74,46 +74,46 @@ QUILL_DOCUMENT_TEST(DocumentInPage, AReferenceIsNoFileOfTheCurrentFolder)
 {
     wchar_t former[MAX_PATH] = {};
     ASSERT_NE(GetCurrentDirectoryW(MAX_PATH, former), 0u);
-    bench.pdf(L"x.pdf");
-    ASSERT_TRUE(SetCurrentDirectoryW(bench.files.path().c_str()));
+    fixture.pdf(L"x.pdf");
+    ASSERT_TRUE(SetCurrentDirectoryW(fixture.files.path().c_str()));
     page_container page(L"http://host.test/page.html");
     page.add(L"EMBED", L"application/pdf", L"x.pdf");
-    prepare(bench, page);
-    bench.show();
+    prepare(fixture, page);
+    fixture.show();
     EXPECT_TRUE(SetCurrentDirectoryW(former));
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
-    EXPECT_EQ(document_url(bench), L"quilltest://host.test/dir/x.pdf");
-    bench.wait_for_failed_worker();
-    bench.close_in_order();
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
+    EXPECT_EQ(document_url(fixture), L"quilltest://host.test/dir/x.pdf");
+    fixture.wait_for_failed_worker();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentInPage, OpensALocalFileAtOnce)
 {
-    const std::wstring path = bench.pdf();
+    const std::wstring path = fixture.pdf();
     page_container page(L"http://host.test/page.html#page=7#zoom=70");
     page.add(L"OBJECT", L"application/pdf", path.c_str());
-    prepare(bench, page);
-    bench.show();
-    const auto logged = creation_lines(bench);
+    prepare(fixture, page);
+    fixture.show();
+    const auto logged = creation_lines(fixture);
     EXPECT_EQ(logged, (lines{"@ OnCreate [#3]", "@ ProcessHTMLBodyElement URL", "@ OnCreate [EmbedURL]",
                              "@ LOADFILE " + to_utf8(path), "@ LOADFILE RESULT -1"}));
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{"1(BSTR " + to_utf8(path) + ")"});
-    EXPECT_EQ(bench.viewer.texts(viewer_go_to_page), lines{"4(I4 6)"}) << "of the hosting page";
-    EXPECT_EQ(bench.viewer.texts(viewer_set_zoom), lines{"9(R8 0.7)"});
-    EXPECT_EQ(bench.log.worker_lines(), lines{});
-    bench.close_in_order();
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{"1(BSTR " + to_utf8(path) + ")"});
+    EXPECT_EQ(fixture.viewer.texts(viewer_go_to_page), lines{"4(I4 6)"}) << "of the hosting page";
+    EXPECT_EQ(fixture.viewer.texts(viewer_set_zoom), lines{"9(R8 0.7)"});
+    EXPECT_EQ(fixture.log.worker_lines(), lines{});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentInPage, ALocalFileThatIsNoPdfCountsAsAReference)
 {
     page_container page(L"http://host.test/page.html");
-    page.add(L"EMBED", L"application/pdf", bench.file(L"x.txt", "no PDF at all").c_str());
-    prepare(bench, page);
-    bench.show();
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
-    EXPECT_EQ(document_url(bench).rfind(L"quilltest://host.test/dir/", 0), 0u);
-    bench.wait_for_failed_worker();
-    bench.close_in_order();
+    page.add(L"EMBED", L"application/pdf", fixture.file(L"x.txt", "no PDF at all").c_str());
+    prepare(fixture, page);
+    fixture.show();
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
+    EXPECT_EQ(document_url(fixture).rfind(L"quilltest://host.test/dir/", 0), 0u);
+    fixture.wait_for_failed_worker();
+    fixture.close_in_order();
 }
 
 // The page chooses the reference; the user interface would wait for whatever is at its other end.
@@ -126,16 +126,16 @@ QUILL_DOCUMENT_TEST(DocumentInPage, ADeviceOrAPipeCountsAsAReferenceAndIsNotOpen
         SCOPED_TRACE(testing::PrintToString(reference));
         page_container page(L"http://host.test/page.html");
         page.add(L"EMBED", L"application/pdf", reference.c_str());
-        prepare(bench, page);
-        bench.show();
-        const lines logged = bench.take_log();
+        prepare(fixture, page);
+        fixture.show();
+        const lines logged = fixture.take_log();
         EXPECT_EQ(std::count(logged.begin(), logged.end(), "ACTIVEDOC isPDF [FALSE] MISSING FILE"), 2)
             << "the document's own path, which is empty, and the element's";
-        EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
-        EXPECT_EQ(document_url(bench).rfind(L"quilltest://host.test/dir/", 0), 0u);
-        bench.wait_for_failed_worker();
-        bench.close_in_order();
-        bench.release();
+        EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
+        EXPECT_EQ(document_url(fixture).rfind(L"quilltest://host.test/dir/", 0), 0u);
+        fixture.wait_for_failed_worker();
+        fixture.close_in_order();
+        fixture.release();
         EXPECT_FALSE(pipe.was_opened());
     }
 }
@@ -144,13 +144,13 @@ QUILL_DOCUMENT_TEST(DocumentInPage, WithoutAnyElementTheDocumentsOwnUrlIsFetched
 {
     page_container page(L"http://host.test/page.html");
     page.add(L"EMBED", L"image/png", L"x.png");
-    prepare(bench, page);
-    bench.show();
-    const auto logged = creation_lines(bench);
+    prepare(fixture, page);
+    fixture.show();
+    const auto logged = creation_lines(fixture);
     EXPECT_EQ(without(logged, "ProcessHTMLBodyElement"), (lines{"@ OnCreate [#3]", "@ OnCreate [URL]"}));
-    EXPECT_EQ(document_url(bench), L"quilltest://host.test/dir/page.html");
-    bench.wait_for_failed_worker();
-    bench.close_in_order();
+    EXPECT_EQ(document_url(fixture), L"quilltest://host.test/dir/page.html");
+    fixture.wait_for_failed_worker();
+    fixture.close_in_order();
 }
 
 // A document that came with its URL does not look at the page.
@@ -158,25 +158,25 @@ QUILL_DOCUMENT_TEST(DocumentInPage, WithAUrlOfItsOwnThePageIsNotAsked)
 {
     page_container page(L"http://host.test/page.html");
     page.add(L"EMBED", L"application/pdf", L"x.pdf");
-    prepare(bench, page);
-    bench.host.calls.forbid("IOleClientSite::GetContainer");
-    bench.load_url(unserved_url);
-    bench.show();
-    EXPECT_EQ(document_url(bench), unserved_url);
-    bench.wait_for_failed_worker();
-    bench.close_in_order();
+    prepare(fixture, page);
+    fixture.host.calls.forbid("IOleClientSite::GetContainer");
+    fixture.load_url(unserved_url);
+    fixture.show();
+    EXPECT_EQ(document_url(fixture), unserved_url);
+    fixture.wait_for_failed_worker();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentInPage, AReferenceWithoutABaseCannotBeFetched)
 {
     page_container page(L"http://host.test/page.html");
     page.add(L"EMBED", L"application/pdf", L"x.pdf");
-    prepare(bench, page);
-    bench.host.object_moniker.display_name.reset();
-    bench.show();
-    EXPECT_EQ(document_url(bench), L"");
-    bench.wait_for_no_worker();
-    bench.close_in_order();
+    prepare(fixture, page);
+    fixture.host.object_moniker.display_name.reset();
+    fixture.show();
+    EXPECT_EQ(document_url(fixture), L"");
+    fixture.wait_for_no_worker();
+    fixture.close_in_order();
 }
 
 // The document's number in its browser window says which element is its own.
@@ -185,17 +185,17 @@ QUILL_DOCUMENT_TEST(DocumentInPage, TheSecondDocumentStandsForTheSecondElement)
     page_container page(L"http://host.test/page.html");
     page.add(L"EMBED", L"application/pdf", L"first.pdf");
     page.add(L"OBJECT", L"application/pdf", L"second.pdf");
-    prepare(bench, page);
-    bench.show();
-    EXPECT_EQ(document_url(bench), L"quilltest://host.test/dir/first.pdf");
-    bench.wait_for_failed_worker();
+    prepare(fixture, page);
+    fixture.show();
+    EXPECT_EQ(document_url(fixture), L"quilltest://host.test/dir/first.pdf");
+    fixture.wait_for_failed_worker();
 
     document_host second_host;
-    second_host.shell.window = bench.host.frame_window();
+    second_host.shell.window = fixture.host.frame_window();
     second_host.container = page.container();
     second_host.object_moniker.display_name = L"quilltest://host.test/dir/page.html";
     Microsoft::WRL::ComPtr<IClassFactory> factory;
-    ASSERT_EQ(bench.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
+    ASSERT_EQ(fixture.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
     Microsoft::WRL::ComPtr<IOleObject> second;
     ASSERT_EQ(factory->CreateInstance(nullptr, IID_PPV_ARGS(&second)), S_OK);
     second_host.document = second.Get();
@@ -209,7 +209,7 @@ QUILL_DOCUMENT_TEST(DocumentInPage, TheSecondDocumentStandsForTheSecondElement)
     wchar_t url[100]{};
     SendMessageW(handle, message_get_url, 100, reinterpret_cast<LPARAM>(url));
     EXPECT_STREQ(url, L"quilltest://host.test/dir/second.pdf");
-    bench.wait_for_no_worker();
+    fixture.wait_for_no_worker();
     Microsoft::WRL::ComPtr<IOleInPlaceObject> in_place;
     ASSERT_EQ(second.As(&in_place), S_OK);
     in_place->InPlaceDeactivate();
@@ -218,7 +218,7 @@ QUILL_DOCUMENT_TEST(DocumentInPage, TheSecondDocumentStandsForTheSecondElement)
     in_place.Reset();
     window.Reset();
     EXPECT_EQ(second.Detach()->Release(), 0u);
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 } // namespace

@@ -21,13 +21,13 @@ inline constexpr UINT message_get_instance = 0x8710;
 inline constexpr UINT message_save_as = 0x8711;
 
 // The URL that the worker would fetch, asked for as the worker asks.
-std::wstring document_url(document_bench& bench);
+std::wstring document_url(document_fixture& fixture);
 
 // What GETINSTANCE answers.
 std::uint32_t instance_number(HWND window);
 
 // Hands the window a fetched file as the worker does, and loads it.
-void load_fetched_file(document_bench& bench, const std::wstring& path);
+void load_fetched_file(document_fixture& fixture, const std::wstring& path);
 
 // The lines that loading `path` writes, with the 16-bit result.
 std::vector<std::string> load_lines(const std::wstring& path, int result);

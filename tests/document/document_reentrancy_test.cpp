@@ -1,5 +1,5 @@
 // A host or a viewer that closes the document from inside any call that the document makes of it.
-#include "tests/document/document_life.h"
+#include "tests/document/document_run.h"
 #include "tests/support/fault_points.h"
 
 #include <gtest/gtest.h>
@@ -22,33 +22,33 @@ constexpr disturbance every_disturbance[] = {disturbance::deactivate,           
                                              disturbance::destroy_host_windows, disturbance::take_site_away,
                                              disturbance::close_view,           disturbance::everything};
 
-void disturb(document_bench& bench, disturbance kind)
+void disturb(document_fixture& fixture, disturbance kind)
 {
-    if (!bench.document)
+    if (!fixture.document)
         return;
     switch (kind) {
     case disturbance::deactivate:
-        bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+        fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
         break;
     case disturbance::destroy_window:
-        if (const HWND window = bench.window())
+        if (const HWND window = fixture.window())
             DestroyWindow(window);
         break;
     case disturbance::destroy_host_windows:
-        bench.host.destroy_windows();
+        fixture.host.destroy_windows();
         break;
     case disturbance::take_site_away:
-        bench.as<IOleObject>()->SetClientSite(nullptr);
+        fixture.as<IOleObject>()->SetClientSite(nullptr);
         break;
     case disturbance::close_view:
-        bench.as<IOleDocumentView>()->CloseView(0);
+        fixture.as<IOleDocumentView>()->CloseView(0);
         break;
     case disturbance::everything:
-        bench.as<IOleDocumentView>()->CloseView(0);
-        bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-        bench.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
-        bench.as<IOleObject>()->SetClientSite(nullptr);
-        bench.host.view.Reset();
+        fixture.as<IOleDocumentView>()->CloseView(0);
+        fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+        fixture.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
+        fixture.as<IOleObject>()->SetClientSite(nullptr);
+        fixture.host.view.Reset();
         break;
     }
 }
@@ -80,19 +80,19 @@ TEST_P(DisturbingHost, IsSurvivedAtEveryCall)
 {
     const activation_order order = std::get<0>(GetParam());
     const disturbance kind = std::get<1>(GetParam());
-    const int calls = calls_of_a_life(order);
+    const int calls = count_host_calls(order);
     std::size_t points = 0;
     const fault_calls chosen = calls_that_fail(2 * static_cast<int>(kind) + static_cast<int>(order));
     for (int number = chosen.first; number <= calls && !HasFailure(); number += chosen.step, ++points) {
         SCOPED_TRACE("inside call " + std::to_string(number) + " of " + std::to_string(calls));
         expect_balance_in_loop([number, order, kind] {
-            document_bench bench;
-            prepare_life(bench, order);
-            bench.host.calls.when_call_number(number, [&bench, kind] { disturb(bench, kind); });
-            live(bench);
-            bench.release();
+            document_fixture fixture;
+            prepare_host(fixture, order);
+            fixture.host.calls.when_call_number(number, [&fixture, kind] { disturb(fixture, kind); });
+            run_document(fixture);
+            fixture.release();
             if (testing::Test::HasFailure())
-                ADD_FAILURE() << "the call is " << bench.host.calls.failed_call();
+                ADD_FAILURE() << "the call is " << fixture.host.calls.failed_call();
         });
     }
     report_fault_points("a document closed from inside a call", points);

@@ -23,20 +23,20 @@ protected:
 
     static bool is_command() { return GetParam(); }
 
-    static void save(document_bench& bench, const std::wstring& shown, const save_fault& fault)
+    static void save(document_fixture& fixture, const std::wstring& shown, const save_fault& fault)
     {
         EXPECT_TRUE(write_file(shown, small_pdf));
         save_browser browser;
-        browser.owner = bench.window();
+        browser.owner = fixture.window();
         std::optional<ieframe_scope> library;
         if (fault.library)
             library.emplace(*fault.library);
         fault.arrange(browser, shown);
         if (is_command())
-            EXPECT_EQ(bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, 0, nullptr, nullptr),
+            EXPECT_EQ(fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, 0, nullptr, nullptr),
                       S_OK);
         else
-            EXPECT_EQ(bench.send(message_save_as), 0);
+            EXPECT_EQ(fixture.send(message_save_as), 0);
         expect_tidy(browser, fault);
         if (fault.saves)
             EXPECT_EQ(read_file(browser.destination), small_pdf);
@@ -48,18 +48,18 @@ TEST_P(DocumentSaveAsFaults, AreBorneAndTheNextCopyIsSaved)
     const save_fault none = no_save_fault();
     const auto faults = every_save_fault();
     expect_balance([&] {
-        document_bench bench;
-        bench.show_url(unserved_url);
-        bench.wait_for_failed_worker();
-        const std::wstring shown = bench.pdf(L"report.pdf");
-        load_fetched_file(bench, shown);
+        document_fixture fixture;
+        fixture.show_url(unserved_url);
+        fixture.wait_for_failed_worker();
+        const std::wstring shown = fixture.pdf(L"report.pdf");
+        load_fetched_file(fixture, shown);
         for (const save_fault& fault : faults) {
             SCOPED_TRACE(fault.name);
-            save(bench, shown, fault);
-            save(bench, shown, none);
+            save(fixture, shown, fault);
+            save(fixture, shown, none);
         }
-        EXPECT_THAT(files_in(bench.temp.path()), testing::IsEmpty());
-        bench.close_in_order();
+        EXPECT_THAT(files_in(fixture.temp.path()), testing::IsEmpty());
+        fixture.close_in_order();
     });
     report_fault_points("a document's Save As", faults.size());
 }

@@ -47,14 +47,14 @@ protected:
     std::vector<fault_place> places_of_a_save()
     {
         for (int run = 1; run <= 2; ++run) { // the first does what the process does once
-            document_bench bench;
+            document_fixture fixture;
             save_browser browser;
-            show(bench, browser);
+            show(fixture, browser);
             faults_.count();
-            ask(bench);
+            ask(fixture);
             faults_.stop();
             EXPECT_EQ(read_file(browser.destination), small_pdf);
-            bench.close_in_order();
+            fixture.close_in_order();
         }
         return faults_.places();
     }
@@ -62,11 +62,11 @@ protected:
     // With the failures, and then once more in the same document without any. Whether all failed.
     bool save_with(const fault_place& place)
     {
-        document_bench bench;
+        document_fixture fixture;
         save_browser browser;
-        const std::wstring shown = show(bench, browser);
+        const std::wstring shown = show(fixture, browser);
         faults_.fail(place);
-        ask(bench);
+        ask(fixture);
         const int failures = faults_.failures();
         faults_.stop();
         expect_promised(place, failures, browser);
@@ -76,19 +76,19 @@ protected:
 
         browser.calls.clear();
         EXPECT_TRUE(write_file(browser.destination, former_text));
-        ask(bench);
+        ask(fixture);
         EXPECT_THAT(browser.calls, ElementsAre("dialog", "folder", "save"));
         EXPECT_EQ(read_file(browser.destination), small_pdf) << "the next copy is not saved";
-        bench.close_in_order();
+        fixture.close_in_order();
         return failures == place.failures();
     }
 
 private:
-    static std::wstring show(document_bench& bench, save_browser& browser)
+    static std::wstring show(document_fixture& fixture, save_browser& browser)
     {
-        std::wstring path = bench.pdf(L"report[1].pdf");
-        bench.show_file(path);
-        browser.owner = bench.window();
+        std::wstring path = fixture.pdf(L"report[1].pdf");
+        fixture.show_file(path);
+        browser.owner = fixture.window();
         browser.before_save = [](const wchar_t* copy) {
             EXPECT_EQ(read_file(copy), small_pdf) << "the browser is given no whole copy";
         };
@@ -96,13 +96,13 @@ private:
         return path;
     }
 
-    static void ask(document_bench& bench)
+    static void ask(document_fixture& fixture)
     {
         if (GetParam())
-            EXPECT_EQ(bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, 0, nullptr, nullptr),
+            EXPECT_EQ(fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, 0, nullptr, nullptr),
                       S_OK);
         else
-            EXPECT_EQ(bench.send(message_save_as), 0);
+            EXPECT_EQ(fixture.send(message_save_as), 0);
     }
 
     static void expect_promised(const fault_place& place, int failures, const save_browser& browser)

@@ -72,91 +72,91 @@ struct DocumentSaveAs : testing::TestWithParam<request>
     // Asks for a copy. The answers are the same whatever becomes of it: the command has succeeded, the
     // message is answered with 0. Neither shows anything, asks the viewer anything or writes a line of its
     // own.
-    static void ask(document_bench& bench)
+    static void ask(document_fixture& fixture)
     {
-        bench.viewer.forget_calls();
-        bench.take_log();
+        fixture.viewer.forget_calls();
+        fixture.take_log();
         const window_watch watch;
         if (GetParam() == request::by_command) {
             VARIANT out{};
             out.vt = VT_I4;
             out.lVal = 6;
-            EXPECT_EQ(bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, OLECMDEXECOPT_PROMPTUSER,
+            EXPECT_EQ(fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, OLECMDEXECOPT_PROMPTUSER,
                                                           nullptr, &out),
                       S_OK);
             EXPECT_EQ(out.lVal, 6);
-            EXPECT_EQ(bench.take_log(), lines{"@ Exec 4"});
+            EXPECT_EQ(fixture.take_log(), lines{"@ Exec 4"});
         } else {
-            EXPECT_EQ(bench.send(message_save_as), 0);
-            EXPECT_EQ(bench.take_log(), lines{});
+            EXPECT_EQ(fixture.send(message_save_as), 0);
+            EXPECT_EQ(fixture.take_log(), lines{});
         }
         EXPECT_EQ(window_watch::made(), 0);
-        EXPECT_EQ(bench.viewer.texts(), lines{});
+        EXPECT_EQ(fixture.viewer.texts(), lines{});
     }
 
-    // The scenario with a bench and a browser of its own for each run, until the process is after it as it
+    // The scenario with a fixture and a browser of its own for each run, until the process is after it as it
     // was before.
-    static void in_balance(const std::function<void(document_bench&, save_browser&)>& scenario)
+    static void in_balance(const std::function<void(document_fixture&, save_browser&)>& scenario)
     {
         expect_balance([&] {
-            document_bench bench;
+            document_fixture fixture;
             save_browser browser;
-            scenario(bench, browser);
-            EXPECT_THAT(files_in(bench.temp.path()), IsEmpty());
+            scenario(fixture, browser);
+            EXPECT_THAT(files_in(fixture.temp.path()), IsEmpty());
         });
     }
 
     // A document that shows a fetched file, which nothing keeps open.
-    static std::wstring show_fetched(document_bench& bench, save_browser& browser,
+    static std::wstring show_fetched(document_fixture& fixture, save_browser& browser,
                                      const std::wstring& name = L"report[1].pdf")
     {
-        bench.show_url(unserved_url);
-        bench.wait_for_failed_worker();
-        const std::wstring path = bench.pdf(name);
-        load_fetched_file(bench, path);
-        browser.owner = bench.window();
+        fixture.show_url(unserved_url);
+        fixture.wait_for_failed_worker();
+        const std::wstring path = fixture.pdf(name);
+        load_fetched_file(fixture, path);
+        browser.owner = fixture.window();
         return path;
     }
 
     // Nothing is to come of asking, but the calls of the browser up to its failure.
-    static void expect_no_copy(document_bench& bench, save_browser& browser, const lines& calls)
+    static void expect_no_copy(document_fixture& fixture, save_browser& browser, const lines& calls)
     {
         browser.calls.clear();
-        const auto shown = files_in(bench.files.path());
-        ask(bench);
+        const auto shown = files_in(fixture.files.path());
+        ask(fixture);
         EXPECT_EQ(browser.calls, calls);
         EXPECT_THAT(files_in(browser.chosen.path()), IsEmpty());
         EXPECT_THAT(files_in(browser.cache.path()), IsEmpty());
-        EXPECT_EQ(files_in(bench.files.path()), shown);
+        EXPECT_EQ(files_in(fixture.files.path()), shown);
     }
 };
 
 TEST_P(DocumentSaveAs, PutsACopyOfTheFetchedFileWhereTheDialogSaid)
 {
-    in_balance([](document_bench& bench, save_browser& browser) {
+    in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
-        const std::wstring path = show_fetched(bench, browser);
-        ask(bench);
+        const std::wstring path = show_fetched(fixture, browser);
+        ask(fixture);
         EXPECT_THAT(browser.calls, ElementsAre("dialog", "folder", "save"));
         EXPECT_EQ(browser.suggested, L"report.pdf");
         EXPECT_THAT(files_in(browser.chosen.path()), ElementsAre(L"saved.pdf"));
         EXPECT_EQ(read_file(browser.destination), small_pdf);
         EXPECT_EQ(read_file(path), small_pdf) << "the shown file stays";
-        bench.close_in_order();
+        fixture.close_in_order();
     });
 }
 
 // The document keeps a local file open, so that nobody changes it; it can be copied all the same.
 TEST_P(DocumentSaveAs, PutsACopyOfALocalFileWhereTheDialogSaid)
 {
-    in_balance([](document_bench& bench, save_browser& browser) {
+    in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
-        bench.show_file(bench.pdf(L"plan.pdf"));
-        browser.owner = bench.window();
-        ask(bench);
+        fixture.show_file(fixture.pdf(L"plan.pdf"));
+        browser.owner = fixture.window();
+        ask(fixture);
         EXPECT_EQ(browser.suggested, L"plan.pdf");
         EXPECT_EQ(read_file(browser.destination), small_pdf);
-        bench.close_in_order();
+        fixture.close_in_order();
     });
 }
 
@@ -166,137 +166,137 @@ TEST_P(DocumentSaveAs, SavesWhatTheServerSent)
     http_server server;
     const std::string body = pdf_body(300'000);
     server.route("/a/My%20Plan.pdf", http_response::ok(body));
-    document_bench bench;
+    document_fixture fixture;
     save_browser browser;
     const ieframe_scope library;
-    bench.show_url(server.url(L"/a/My%20Plan.pdf#page=2"));
-    ASSERT_TRUE(wait_until([&] { return !bench.viewer.texts(viewer_open).empty(); }));
-    browser.owner = bench.window();
-    ask(bench);
+    fixture.show_url(server.url(L"/a/My%20Plan.pdf#page=2"));
+    ASSERT_TRUE(wait_until([&] { return !fixture.viewer.texts(viewer_open).empty(); }));
+    browser.owner = fixture.window();
+    ask(fixture);
     EXPECT_EQ(browser.suggested, L"My Plan.pdf");
     EXPECT_TRUE(read_file(browser.destination) == body);
-    EXPECT_TRUE(read_file(bench.temp / L"qll0\\My Plan.pdf") == body) << "the shown file stays";
-    bench.close_in_order();
+    EXPECT_TRUE(read_file(fixture.temp / L"qll0\\My Plan.pdf") == body) << "the shown file stays";
+    fixture.close_in_order();
 }
 
 TEST_P(DocumentSaveAs, LeavesEverythingAsItIsWhenTheUserCancels)
 {
-    in_balance([](document_bench& bench, save_browser& browser) {
+    in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
-        show_fetched(bench, browser);
+        show_fetched(fixture, browser);
         browser.dialog_result = S_FALSE;
         for (const bool with_destination : {false, true}) {
             browser.gives_destination = with_destination;
-            expect_no_copy(bench, browser, {"dialog"});
+            expect_no_copy(fixture, browser, {"dialog"});
         }
-        bench.close_in_order();
+        fixture.close_in_order();
     });
 }
 
 TEST_P(DocumentSaveAs, BearsEachFunctionMissing)
 {
-    in_balance([](document_bench& bench, save_browser& browser) {
-        show_fetched(bench, browser);
-        expect_no_copy(bench, browser, {}); // the system's own library has none of them
+    in_balance([](document_fixture& fixture, save_browser& browser) {
+        show_fetched(fixture, browser);
+        expect_no_copy(fixture, browser, {}); // the system's own library has none of them
         {
             const ieframe_scope library(ieframe::without_dialog);
-            expect_no_copy(bench, browser, {});
+            expect_no_copy(fixture, browser, {});
         }
         {
             const ieframe_scope library(ieframe::without_folder);
-            expect_no_copy(bench, browser, {"dialog", "cancel"});
+            expect_no_copy(fixture, browser, {"dialog", "cancel"});
         }
         {
             const ieframe_scope library(ieframe::without_save);
-            expect_no_copy(bench, browser, {"dialog", "folder"});
+            expect_no_copy(fixture, browser, {"dialog", "folder"});
         }
         {
             const ieframe_scope library(ieframe::without_cancel);
             browser.folder_result = E_FAIL;
-            expect_no_copy(bench, browser, {"dialog", "folder"});
+            expect_no_copy(fixture, browser, {"dialog", "folder"});
         }
-        bench.close_in_order();
+        fixture.close_in_order();
     });
 }
 
 TEST_P(DocumentSaveAs, BearsEachFunctionFailing)
 {
-    in_balance([](document_bench& bench, save_browser& browser) {
+    in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
-        show_fetched(bench, browser);
+        show_fetched(fixture, browser);
         browser.dialog_result = E_ACCESSDENIED;
-        expect_no_copy(bench, browser, {"dialog"});
+        expect_no_copy(fixture, browser, {"dialog"});
         browser.dialog_result = S_OK;
         browser.folder_result = E_FAIL;
-        expect_no_copy(bench, browser, {"dialog", "folder", "cancel"});
+        expect_no_copy(fixture, browser, {"dialog", "folder", "cancel"});
         browser.cancel_result = E_FAIL;
-        expect_no_copy(bench, browser, {"dialog", "folder", "cancel"});
+        expect_no_copy(fixture, browser, {"dialog", "folder", "cancel"});
         browser.folder_result = S_OK;
         browser.cache_path = browser.cache / L"missing";
-        expect_no_copy(bench, browser, {"dialog", "folder", "cancel"});
+        expect_no_copy(fixture, browser, {"dialog", "folder", "cancel"});
         browser.cache_path = browser.cache.path();
         browser.save_result = E_OUTOFMEMORY;
-        expect_no_copy(bench, browser, {"dialog", "folder", "save"});
+        expect_no_copy(fixture, browser, {"dialog", "folder", "save"});
         // After all of that a copy still comes about.
         browser.save_result = S_OK;
-        ask(bench);
+        ask(fixture);
         EXPECT_EQ(read_file(browser.destination), small_pdf);
-        bench.close_in_order();
+        fixture.close_in_order();
     });
 }
 
 TEST_P(DocumentSaveAs, CancelsWhenTheFetchedFileIsGone)
 {
-    in_balance([](document_bench& bench, save_browser& browser) {
+    in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
-        const std::wstring path = show_fetched(bench, browser);
+        const std::wstring path = show_fetched(fixture, browser);
         EXPECT_TRUE(DeleteFileW(path.c_str()));
-        expect_no_copy(bench, browser, {"dialog", "folder", "cancel"});
-        bench.close_in_order();
+        expect_no_copy(fixture, browser, {"dialog", "folder", "cancel"});
+        fixture.close_in_order();
     });
 }
 
 TEST_P(DocumentSaveAs, AsksNothingBeforeThereIsAFile)
 {
-    in_balance([](document_bench& bench, save_browser& browser) {
+    in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
-        bench.show_url(unserved_url);
-        bench.wait_for_failed_worker();
-        expect_no_copy(bench, browser, {});
+        fixture.show_url(unserved_url);
+        fixture.wait_for_failed_worker();
+        expect_no_copy(fixture, browser, {});
         EXPECT_EQ(browser.loads, 0);
-        bench.close_in_order();
+        fixture.close_in_order();
     });
 }
 
 // The dialog pumps messages, and so the browser may close the document under it.
 TEST_P(DocumentSaveAs, SurvivesBeingClosedUnderTheDialog)
 {
-    in_balance([](document_bench& bench, save_browser& browser) {
+    in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
-        show_fetched(bench, browser);
-        browser.while_dialog_is_up = [&] { bench.as<IOleInPlaceObject>()->InPlaceDeactivate(); };
+        show_fetched(fixture, browser);
+        browser.while_dialog_is_up = [&] { fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(); };
         if (GetParam() == request::by_command)
-            EXPECT_EQ(bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, 0, nullptr, nullptr),
+            EXPECT_EQ(fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, 0, nullptr, nullptr),
                       S_OK);
         else
-            bench.send(message_save_as);
-        EXPECT_EQ(bench.window(), nullptr);
+            fixture.send(message_save_as);
+        EXPECT_EQ(fixture.window(), nullptr);
         EXPECT_EQ(read_file(browser.destination), small_pdf);
-        bench.close_in_order();
+        fixture.close_in_order();
     });
 }
 
 // Another document may be loaded, too: what is saved is what was shown when the user asked.
 TEST_P(DocumentSaveAs, SavesWhatWasShownWhenItWasAskedTo)
 {
-    in_balance([](document_bench& bench, save_browser& browser) {
+    in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
-        show_fetched(bench, browser);
-        const std::wstring other = bench.file(L"other.pdf", "%PDF-1.7 another one");
-        browser.while_dialog_is_up = [&] { bench.send_text(message_set_cache_file, 0, other.c_str()); };
-        ask(bench);
+        show_fetched(fixture, browser);
+        const std::wstring other = fixture.file(L"other.pdf", "%PDF-1.7 another one");
+        browser.while_dialog_is_up = [&] { fixture.send_text(message_set_cache_file, 0, other.c_str()); };
+        ask(fixture);
         EXPECT_EQ(read_file(browser.destination), small_pdf);
-        bench.close_in_order();
+        fixture.close_in_order();
     });
 }
 
@@ -308,19 +308,19 @@ TEST(ViewerSaveAs, ReachesTheDocumentAsTheViewerWasTold)
 {
     DocumentSaveAs::SetUpTestSuite();
     expect_balance([] {
-        document_bench bench;
+        document_fixture fixture;
         save_browser browser;
         const ieframe_scope library;
-        bench.show_file(bench.pdf());
-        browser.owner = bench.window();
-        for (const recorded_call& call : bench.viewer.received) {
+        fixture.show_file(fixture.pdf());
+        browser.owner = fixture.window();
+        for (const recorded_call& call : fixture.viewer.received) {
             if (call.id != viewer_notify_save_as)
                 continue;
             const auto target = reinterpret_cast<HWND>(static_cast<ULONG_PTR>(call.arguments.at(0).integer));
             SendMessageW(target, static_cast<UINT>(call.arguments.at(1).integer), 0, 0);
         }
         EXPECT_EQ(read_file(browser.destination), small_pdf);
-        bench.close_in_order();
+        fixture.close_in_order();
     });
 }
 

@@ -32,118 +32,118 @@ bool has_visible_style(HWND window)
     return (GetWindowLongW(window, GWL_STYLE) & WS_VISIBLE) != 0;
 }
 
-void show_idle(document_bench& bench)
+void show_idle(document_fixture& fixture)
 {
-    bench.show_url(unserved_url);
-    bench.wait_for_failed_worker();
-    bench.take_log();
+    fixture.show_url(unserved_url);
+    fixture.wait_for_failed_worker();
+    fixture.take_log();
 }
 
 QUILL_DOCUMENT_TEST(DocumentWindow, SizeIsLoggedAndPassedToTheViewersHost)
 {
-    show_idle(bench);
-    EXPECT_EQ(bench.send(WM_SIZE, SIZE_RESTORED, MAKELPARAM(500, 400)), 0);
-    EXPECT_EQ(bench.take_log(), lines{"@ OnSize {0 500 400}"});
-    expect_place(bench.viewer_host_window(), 0, 0, 500, 400);
-    EXPECT_EQ(bench.send(WM_SIZE, SIZE_MAXIMIZED, MAKELPARAM(65535, 40000)), 0);
-    EXPECT_EQ(bench.take_log(), lines{"@ OnSize {2 65535 40000}"});
-    EXPECT_EQ(bench.send(WM_SIZE, SIZE_MINIMIZED, 0), 0);
-    EXPECT_EQ(bench.take_log(), lines{"@ OnSize {1 0 0}"});
-    bench.close_in_order();
+    show_idle(fixture);
+    EXPECT_EQ(fixture.send(WM_SIZE, SIZE_RESTORED, MAKELPARAM(500, 400)), 0);
+    EXPECT_EQ(fixture.take_log(), lines{"@ OnSize {0 500 400}"});
+    expect_place(fixture.viewer_host_window(), 0, 0, 500, 400);
+    EXPECT_EQ(fixture.send(WM_SIZE, SIZE_MAXIMIZED, MAKELPARAM(65535, 40000)), 0);
+    EXPECT_EQ(fixture.take_log(), lines{"@ OnSize {2 65535 40000}"});
+    EXPECT_EQ(fixture.send(WM_SIZE, SIZE_MINIMIZED, 0), 0);
+    EXPECT_EQ(fixture.take_log(), lines{"@ OnSize {1 0 0}"});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentWindow, SizeShowsTheViewersHost)
 {
-    show_idle(bench);
-    ShowWindow(bench.viewer_host_window(), SW_HIDE);
-    EXPECT_EQ(bench.send(WM_SIZE, 0, MAKELPARAM(500, 400)), 0);
-    EXPECT_TRUE(has_visible_style(bench.viewer_host_window()));
-    bench.close_in_order();
+    show_idle(fixture);
+    ShowWindow(fixture.viewer_host_window(), SW_HIDE);
+    EXPECT_EQ(fixture.send(WM_SIZE, 0, MAKELPARAM(500, 400)), 0);
+    EXPECT_TRUE(has_visible_style(fixture.viewer_host_window()));
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentWindow, HostWindowFollowsTheDocument)
 {
-    show_idle(bench);
+    show_idle(fixture);
     RECT rect{0, 0, 600, 500};
-    EXPECT_EQ(bench.host.view->SetRect(&rect), S_OK);
-    expect_place(bench.window(), 0, 0, 600, 500);
-    expect_place(bench.viewer_host_window(), 0, 0, 600, 500);
-    expect_place(bench.pane(), 125, 205, 350, 45);
-    bench.close_in_order();
+    EXPECT_EQ(fixture.host.view->SetRect(&rect), S_OK);
+    expect_place(fixture.window(), 0, 0, 600, 500);
+    expect_place(fixture.viewer_host_window(), 0, 0, 600, 500);
+    expect_place(fixture.pane(), 125, 205, 350, 45);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentWindow, CommandsAreLoggedOnly)
 {
-    show_idle(bench);
-    EXPECT_EQ(bench.send(WM_COMMAND, 0x10064, MAKELPARAM(0x1234, 0xfffe)), 0);
-    EXPECT_EQ(bench.take_log(), lines{"@ OnCommand {65636 4660 65534}"});
-    EXPECT_EQ(bench.viewer.texts(viewer_print), lines{});
-    bench.close_in_order();
+    show_idle(fixture);
+    EXPECT_EQ(fixture.send(WM_COMMAND, 0x10064, MAKELPARAM(0x1234, 0xfffe)), 0);
+    EXPECT_EQ(fixture.take_log(), lines{"@ OnCommand {65636 4660 65534}"});
+    EXPECT_EQ(fixture.viewer.texts(viewer_print), lines{});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentWindow, AMouseClickActivatesTheUserInterface)
 {
-    show_idle(bench);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 0);
-    EXPECT_EQ(bench.send(WM_MOUSEACTIVATE, 42, MAKELPARAM(HTCLIENT, WM_LBUTTONDOWN)), MA_ACTIVATE);
-    EXPECT_EQ(bench.take_log(), lines{"@ OnMouseActivate {42 1 513}"});
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1);
-    EXPECT_EQ(bench.send(WM_MOUSEACTIVATE, 42, MAKELPARAM(HTCLIENT, WM_RBUTTONDOWN)), MA_ACTIVATE);
-    EXPECT_EQ(bench.take_log(), lines{"@ OnMouseActivate {42 1 516}"});
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1) << "UI-active already";
-    bench.close_in_order();
+    show_idle(fixture);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIActivate"), 0);
+    EXPECT_EQ(fixture.send(WM_MOUSEACTIVATE, 42, MAKELPARAM(HTCLIENT, WM_LBUTTONDOWN)), MA_ACTIVATE);
+    EXPECT_EQ(fixture.take_log(), lines{"@ OnMouseActivate {42 1 513}"});
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1);
+    EXPECT_EQ(fixture.send(WM_MOUSEACTIVATE, 42, MAKELPARAM(HTCLIENT, WM_RBUTTONDOWN)), MA_ACTIVATE);
+    EXPECT_EQ(fixture.take_log(), lines{"@ OnMouseActivate {42 1 516}"});
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1) << "UI-active already";
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentWindow, AMouseClickOnAnUnsitedDocumentIsBorne)
 {
-    show_idle(bench);
-    bench.as<IOleObject>()->SetClientSite(nullptr);
-    EXPECT_EQ(bench.send(WM_MOUSEACTIVATE, 0, 0), MA_ACTIVATE);
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    show_idle(fixture);
+    fixture.as<IOleObject>()->SetClientSite(nullptr);
+    EXPECT_EQ(fixture.send(WM_MOUSEACTIVATE, 0, 0), MA_ACTIVATE);
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
 }
 
 QUILL_DOCUMENT_TEST(DocumentPane, StandsInTheMiddleFromTheBeginning)
 {
-    show_idle(bench);
-    ASSERT_NE(bench.pane(), nullptr);
-    EXPECT_TRUE(has_visible_style(bench.pane()));
+    show_idle(fixture);
+    ASSERT_NE(fixture.pane(), nullptr);
+    EXPECT_TRUE(has_visible_style(fixture.pane()));
     RECT client{};
-    GetClientRect(bench.window(), &client);
-    expect_place(bench.pane(), (client.right - 350) / 2, client.bottom / 2 - 45, 350, 45);
-    bench.close_in_order();
+    GetClientRect(fixture.window(), &client);
+    expect_place(fixture.pane(), (client.right - 350) / 2, client.bottom / 2 - 45, 350, 45);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentPane, IsCentredAgainWithEachSize)
 {
-    show_idle(bench);
+    show_idle(fixture);
     for (const SIZE size : {SIZE{700, 500}, SIZE{351, 91}, SIZE{200, 60}, SIZE{0, 0}, SIZE{500, 300}}) {
         SCOPED_TRACE(size.cx);
         RECT rect{10, 10, 10 + size.cx, 10 + size.cy};
-        EXPECT_EQ(bench.host.view->SetRect(&rect), S_OK);
-        bench.send(WM_SIZE, 0, MAKELPARAM(size.cx, size.cy));
-        expect_place(bench.pane(), (size.cx - 350) / 2, size.cy / 2 - 45, 350, 45);
-        EXPECT_TRUE(has_visible_style(bench.pane()));
+        EXPECT_EQ(fixture.host.view->SetRect(&rect), S_OK);
+        fixture.send(WM_SIZE, 0, MAKELPARAM(size.cx, size.cy));
+        expect_place(fixture.pane(), (size.cx - 350) / 2, size.cy / 2 - 45, 350, 45);
+        EXPECT_TRUE(has_visible_style(fixture.pane()));
     }
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentPane, StaysHiddenAfterTheLoad)
 {
-    show_idle(bench);
-    load_fetched_file(bench, bench.pdf());
-    ASSERT_NE(bench.pane(), nullptr);
-    EXPECT_FALSE(has_visible_style(bench.pane()));
-    bench.send(WM_SIZE, 0, MAKELPARAM(500, 400));
-    EXPECT_FALSE(has_visible_style(bench.pane())) << "a size does not bring it back";
-    bench.close_in_order();
+    show_idle(fixture);
+    load_fetched_file(fixture, fixture.pdf());
+    ASSERT_NE(fixture.pane(), nullptr);
+    EXPECT_FALSE(has_visible_style(fixture.pane()));
+    fixture.send(WM_SIZE, 0, MAKELPARAM(500, 400));
+    EXPECT_FALSE(has_visible_style(fixture.pane())) << "a size does not bring it back";
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentPane, ForALocalFileIsHiddenAtOnce)
 {
-    bench.show_file(bench.pdf());
-    ASSERT_NE(bench.pane(), nullptr);
-    EXPECT_FALSE(has_visible_style(bench.pane()));
-    bench.close_in_order();
+    fixture.show_file(fixture.pdf());
+    ASSERT_NE(fixture.pane(), nullptr);
+    EXPECT_FALSE(has_visible_style(fixture.pane()));
+    fixture.close_in_order();
 }
 
 struct progress_values
@@ -168,9 +168,9 @@ int bar_length(HWND pane)
 
 QUILL_DOCUMENT_TEST(DocumentPane, ShowsThePercentageOfTheDownload)
 {
-    show_idle(bench);
-    ShowWindow(bench.host.frame_window(), SW_SHOWNA);
-    UpdateWindow(bench.host.frame_window());
+    show_idle(fixture);
+    ShowWindow(fixture.host.frame_window(), SW_SHOWNA);
+    UpdateWindow(fixture.host.frame_window());
     struct percent_case
     {
         progress_values values;
@@ -186,19 +186,19 @@ QUILL_DOCUMENT_TEST(DocumentPane, ShowsThePercentageOfTheDownload)
     };
     for (const auto& one : cases) {
         SCOPED_TRACE(std::to_string(one.values.progress) + " of " + std::to_string(one.values.maximum));
-        EXPECT_EQ(bench.send(message_progress, 0, reinterpret_cast<LPARAM>(&one.values)), 0);
-        EXPECT_EQ(bar_length(bench.pane()), one.length);
+        EXPECT_EQ(fixture.send(message_progress, 0, reinterpret_cast<LPARAM>(&one.values)), 0);
+        EXPECT_EQ(bar_length(fixture.pane()), one.length);
     }
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentPane, GoesWithTheWindow)
 {
-    show_idle(bench);
-    const HWND pane = bench.pane();
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    show_idle(fixture);
+    const HWND pane = fixture.pane();
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
     EXPECT_FALSE(IsWindow(pane));
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 // Sees the end of the viewer's host window, the other child: it comes when the document's own handler is
@@ -206,12 +206,12 @@ QUILL_DOCUMENT_TEST(DocumentPane, GoesWithTheWindow)
 class end_of_viewer_host
 {
 public:
-    explicit end_of_viewer_host(document_bench& bench)
+    explicit end_of_viewer_host(document_fixture& fixture)
         : hook_(SetWindowsHookExW(WH_CALLWNDPROC, note, nullptr, GetCurrentThreadId()))
     {
         EXPECT_NE(hook_, nullptr);
-        host_window_ = bench.viewer_host_window();
-        pane_ = bench.pane();
+        host_window_ = fixture.viewer_host_window();
+        pane_ = fixture.pane();
         has_come_ = pane_was_there_ = false;
     }
     ~end_of_viewer_host() { UnhookWindowsHookEx(hook_); }
@@ -241,16 +241,16 @@ private:
 
 QUILL_DOCUMENT_TEST(DocumentPane, IsDestroyedByTheWindowsOwnHandlerAfterTheMenu)
 {
-    show_idle(bench);
-    const HWND pane = bench.pane();
+    show_idle(fixture);
+    const HWND pane = fixture.pane();
     bool is_there_at_menu = false;
-    bench.host.calls.when("IOleInPlaceFrame::SetMenu", [&] { is_there_at_menu = IsWindow(pane); });
-    const end_of_viewer_host end(bench);
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.host.calls.when("IOleInPlaceFrame::SetMenu", [&] { is_there_at_menu = IsWindow(pane); });
+    const end_of_viewer_host end(fixture);
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
     EXPECT_TRUE(is_there_at_menu) << "the menu is unmerged first";
     EXPECT_TRUE(end.has_come());
     EXPECT_FALSE(end.pane_was_there());
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 } // namespace

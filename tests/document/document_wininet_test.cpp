@@ -64,7 +64,7 @@ struct DocumentWinInet : testing::Test
     registry_key_scope settings{HKEY_CURRENT_USER,
                                 L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin"};
     http_server server;
-    document_bench bench;
+    document_fixture fixture;
     report_watch reports;
 
     DocumentWinInet() { settings.set_string(L"kIEBrowserPluginWinINet", L"/b 1"); }
@@ -72,11 +72,11 @@ struct DocumentWinInet : testing::Test
     // Shows the document and waits for its file. Gives the path that the viewer was told to open.
     std::wstring open(const std::wstring& url)
     {
-        bench.viewer.forget_calls();
-        bench.show_url(url);
-        EXPECT_TRUE(wait_until([&] { return !bench.viewer.texts(viewer_open).empty(); }))
-            << testing::PrintToString(bench.log.worker_lines());
-        for (const recorded_call& call : bench.viewer.received)
+        fixture.viewer.forget_calls();
+        fixture.show_url(url);
+        EXPECT_TRUE(wait_until([&] { return !fixture.viewer.texts(viewer_open).empty(); }))
+            << testing::PrintToString(fixture.log.worker_lines());
+        for (const recorded_call& call : fixture.viewer.received)
             if (call.id == viewer_open)
                 return call.arguments.at(0).text;
         return {};
@@ -84,23 +84,23 @@ struct DocumentWinInet : testing::Test
 
     void close()
     {
-        bench.close_in_order();
-        bench.release();
+        fixture.close_in_order();
+        fixture.release();
     }
 
     // Shows a document that nothing comes of, and expects these last lines of its worker.
     void expect_nothing_opened(const std::wstring& url, const lines& last)
     {
-        bench.show_url(url);
-        const auto logged_last = [&] { return bench.log.worker_wrote(last.back()); };
+        fixture.show_url(url);
+        const auto logged_last = [&] { return fixture.log.worker_wrote(last.back()); };
         EXPECT_TRUE(wait_until(logged_last));
-        bench.wait_for_no_worker();
+        fixture.wait_for_no_worker();
         pump_messages();
-        const auto all = bench.log.worker_lines();
+        const auto all = fixture.log.worker_lines();
         EXPECT_EQ(
             lines(all.end() - static_cast<std::ptrdiff_t>(std::min(last.size(), all.size())), all.end()),
             last);
-        EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
+        EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
         EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "the request is closed";
         close();
     }
@@ -123,19 +123,19 @@ TEST_F(DocumentWinInet, ShowsTheServersFile)
 {
     const std::string body = pdf_body(300'000);
     server.route("/dir/My%20File.pdf", http_response::ok(body));
-    bench.host.browser.location_url = server.url(L"/dir/My%20File.pdf?v=1#page=3#zoom=125");
+    fixture.host.browser.location_url = server.url(L"/dir/My%20File.pdf?v=1#page=3#zoom=125");
     const std::wstring path = open(server.url(L"/dir/My%20File.pdf?v=1#page=3#zoom=125"));
-    EXPECT_EQ(path, bench.temp / L"qll0\\My File.pdf");
+    EXPECT_EQ(path, fixture.temp / L"qll0\\My File.pdf");
     EXPECT_TRUE(read_file(path) == body);
-    EXPECT_EQ(bench.viewer.texts(viewer_go_to_page), lines{"4(I4 2)"});
-    EXPECT_EQ(bench.viewer.texts(viewer_set_zoom), lines{"9(R8 1.25)"});
+    EXPECT_EQ(fixture.viewer.texts(viewer_go_to_page), lines{"4(I4 2)"});
+    EXPECT_EQ(fixture.viewer.texts(viewer_set_zoom), lines{"9(R8 1.25)"});
     const auto requests = server.requests();
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_EQ(requests[0].method, "GET");
     EXPECT_EQ(requests[0].target, "/dir/My%20File.pdf?v=1") << "the fragment stays here";
     EXPECT_EQ(requests[0].header("User-Agent"), "Quill5_IEactivedoc");
     expect_reports(300'000, 300'000);
-    const auto all = bench.log.worker_lines();
+    const auto all = fixture.log.worker_lines();
     EXPECT_THAT(all, testing::Contains("ACTIVEDOC KIEBrowserPlugin: WinINet"));
     EXPECT_THAT(all, testing::Contains("ACTIVEDOC DEBUG SUCCESS"));
     close();
@@ -181,9 +181,9 @@ TEST_F(DocumentWinInet, RefusesThePageOfA404)
 {
     expect_nothing_opened(server.url(L"/missing.pdf"),
                           {"ACTIVEDOC DEBUG SUCCESS",
-                           "ACTIVEDOC DownloadPDFFile CACHE:" + to_utf8(bench.temp / L"qll0\\missing.pdf"),
+                           "ACTIVEDOC DownloadPDFFile CACHE:" + to_utf8(fixture.temp / L"qll0\\missing.pdf"),
                            "ACTIVEDOC isPDF [FALSE]", "ACTIVEDOC DownloadPDFFile MISSING FILE"});
-    EXPECT_EQ(read_file(bench.temp / L"qll0\\missing.pdf"), http_response::not_found().body);
+    EXPECT_EQ(read_file(fixture.temp / L"qll0\\missing.pdf"), http_response::not_found().body);
 }
 
 TEST_F(DocumentWinInet, ReportsAServerThatIsNotThere)
@@ -197,7 +197,7 @@ TEST_F(DocumentWinInet, ReportsAServerThatIsNotThere)
 TEST_F(DocumentWinInet, ReportsACacheFileThatCannotBeWritten)
 {
     server.route("/a.pdf", [this](const http_request&) {
-        EXPECT_TRUE(RemoveDirectoryW((bench.temp / L"qll0").c_str()));
+        EXPECT_TRUE(RemoveDirectoryW((fixture.temp / L"qll0").c_str()));
         return http_response::ok(pdf_body(5'000));
     });
     expect_nothing_opened(server.url(L"/a.pdf"), {"ACTIVEDOC DEBUG FAILED TO CREATE CACHE FILE 3",
@@ -208,10 +208,10 @@ TEST_F(DocumentWinInet, ReportsACacheFileThatCannotBeWritten)
 TEST_F(DocumentWinInet, ShowsNothingAfterAResetBehindTheHeaders)
 {
     const resetting_server resetting;
-    bench.show_url(resetting.url);
-    bench.wait_for_no_worker();
+    fixture.show_url(resetting.url);
+    fixture.wait_for_no_worker();
     pump_messages();
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
     EXPECT_THAT(report_watch::seen(), IsEmpty());
     close();
 }
@@ -222,16 +222,16 @@ TEST_F(DocumentWinInet, ClosedBetweenChunksStopsTheWorker)
     slow.piece_size = 50'000;
     slow.piece_delay_ms = 20;
     server.route("/slow.pdf", slow);
-    bench.show_url(server.url(L"/slow.pdf"));
+    fixture.show_url(server.url(L"/slow.pdf"));
     ASSERT_TRUE(wait_until([] { return !report_watch::seen().empty(); }));
-    bench.close_in_order();
-    EXPECT_EQ(bench.log.worker_lines().back(), "ACTIVEDOC DownloadPDFFile FAILED -2147467260");
-    const std::string part = read_file(bench.temp / L"qll0\\slow.pdf").value_or("");
+    fixture.close_in_order();
+    EXPECT_EQ(fixture.log.worker_lines().back(), "ACTIVEDOC DownloadPDFFile FAILED -2147467260");
+    const std::string part = read_file(fixture.temp / L"qll0\\slow.pdf").value_or("");
     EXPECT_FALSE(part.empty()) << "the partial file stays";
     EXPECT_TRUE(slow.body.starts_with(part));
     EXPECT_LT(part.size(), slow.body.size());
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
-    bench.release();
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
+    fixture.release();
     EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "the request is closed";
 }
 
@@ -253,11 +253,11 @@ TEST_F(DocumentWinInet, TakesBadCertificatesWhereTheDefaultPathDoesNot)
     const std::size_t before = server.requests().size();
     for (const std::string& kind : kinds) {
         SCOPED_TRACE(kind);
-        bench.viewer.forget_calls();
-        bench.show_url(secure.url(kind, L"/x.pdf"));
-        bench.wait_for_failed_worker();
+        fixture.viewer.forget_calls();
+        fixture.show_url(secure.url(kind, L"/x.pdf"));
+        fixture.wait_for_failed_worker();
         pump_messages();
-        EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
+        EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
         close();
     }
     EXPECT_EQ(server.requests().size(), before);

@@ -23,46 +23,46 @@ class DocumentDownload : public testing::Test
 protected:
     bool wait_for_viewer_calls(std::size_t count)
     {
-        return wait_until([&] { return bench.viewer.texts(viewer_open).size() >= count; });
+        return wait_until([&] { return fixture.viewer.texts(viewer_open).size() >= count; });
     }
     bool wait_for_worker_line(const std::string& beginning)
     {
-        return wait_until([&] { return bench.log.worker_wrote(beginning); });
+        return wait_until([&] { return fixture.log.worker_wrote(beginning); });
     }
 
     http_server server;
-    document_bench bench;
+    document_fixture fixture;
 };
 
 TEST_F(DocumentDownload, ShowsTheServersFile)
 {
     server.route("/dir/My%20File.pdf", http_response::ok(pdf_body(50'000)));
-    bench.host.browser.location_url = server.url(L"/dir/My%20File.pdf#page=3#zoom=125");
-    bench.show_url(server.url(L"/dir/My%20File.pdf"));
+    fixture.host.browser.location_url = server.url(L"/dir/My%20File.pdf#page=3#zoom=125");
+    fixture.show_url(server.url(L"/dir/My%20File.pdf"));
     ASSERT_TRUE(wait_for_viewer_calls(1));
-    const std::wstring cached = bench.temp / L"qll0\\My File.pdf";
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{"1(BSTR " + to_utf8(cached) + ")"});
-    EXPECT_EQ(bench.viewer.texts(viewer_go_to_page), lines{"4(I4 2)"});
-    EXPECT_EQ(bench.viewer.texts(viewer_set_zoom), lines{"9(R8 1.25)"});
+    const std::wstring cached = fixture.temp / L"qll0\\My File.pdf";
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{"1(BSTR " + to_utf8(cached) + ")"});
+    EXPECT_EQ(fixture.viewer.texts(viewer_go_to_page), lines{"4(I4 2)"});
+    EXPECT_EQ(fixture.viewer.texts(viewer_set_zoom), lines{"9(R8 1.25)"});
     EXPECT_EQ(read_file(cached), pdf_body(50'000));
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceFrame::SetMenu"), 1);
-    const auto logged = bench.take_log();
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceFrame::SetMenu"), 1);
+    const auto logged = fixture.take_log();
     const auto expected = load_lines(cached, -1);
     EXPECT_NE(std::search(logged.begin(), logged.end(), expected.begin(), expected.end()), logged.end())
         << testing::PrintToString(logged);
-    bench.close_in_order();
+    fixture.close_in_order();
     EXPECT_TRUE(read_file(cached).has_value()) << "cached files stay";
 }
 
 TEST_F(DocumentDownload, ShowsTheContainersDocument)
 {
     server.route("/page.pdf", http_response::ok(pdf_body(2'000)));
-    bench.host.container_moniker.display_name = server.url(L"/page.pdf");
-    bench.create();
-    bench.set_site();
-    bench.show();
+    fixture.host.container_moniker.display_name = server.url(L"/page.pdf");
+    fixture.create();
+    fixture.set_site();
+    fixture.show();
     ASSERT_TRUE(wait_for_viewer_calls(1));
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 TEST_F(DocumentDownload, ShowsProgressAndHidesItWithTheFile)
@@ -71,32 +71,32 @@ TEST_F(DocumentDownload, ShowsProgressAndHidesItWithTheFile)
     slow.piece_size = 100'000;
     slow.piece_delay_ms = 100;
     server.route("/slow.pdf", slow);
-    bench.show_url(server.url(L"/slow.pdf"));
-    ASSERT_NE(bench.pane(), nullptr);
-    EXPECT_NE(GetWindowLongW(bench.pane(), GWL_STYLE) & WS_VISIBLE, 0);
+    fixture.show_url(server.url(L"/slow.pdf"));
+    ASSERT_NE(fixture.pane(), nullptr);
+    EXPECT_NE(GetWindowLongW(fixture.pane(), GWL_STYLE) & WS_VISIBLE, 0);
     ASSERT_TRUE(wait_for_viewer_calls(1));
-    EXPECT_EQ(GetWindowLongW(bench.pane(), GWL_STYLE) & WS_VISIBLE, 0);
-    bench.close_in_order();
+    EXPECT_EQ(GetWindowLongW(fixture.pane(), GWL_STYLE) & WS_VISIBLE, 0);
+    fixture.close_in_order();
 }
 
 TEST_F(DocumentDownload, DoesNotShowWhatIsNoPdf)
 {
     server.route("/x.pdf", http_response::ok("<html><body>log in first</body></html>", "text/html"));
-    bench.show_url(server.url(L"/x.pdf"));
+    fixture.show_url(server.url(L"/x.pdf"));
     ASSERT_TRUE(wait_for_worker_line("ACTIVEDOC DownloadPDFFile MISSING FILE"));
     pump_messages();
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
-    EXPECT_NE(GetWindowLongW(bench.pane(), GWL_STYLE) & WS_VISIBLE, 0) << "the window keeps what it showed";
-    bench.close_in_order();
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
+    EXPECT_NE(GetWindowLongW(fixture.pane(), GWL_STYLE) & WS_VISIBLE, 0) << "the window keeps what it showed";
+    fixture.close_in_order();
 }
 
 TEST_F(DocumentDownload, DoesNotShowWhatIsNotServed)
 {
-    bench.show_url(http_server::refused_url(L"/x.pdf"));
+    fixture.show_url(http_server::refused_url(L"/x.pdf"));
     ASSERT_TRUE(wait_for_worker_line("ACTIVEDOC DownloadPDFFile FAILED "));
     pump_messages();
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
-    bench.close_in_order();
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
+    fixture.close_in_order();
 }
 
 TEST_F(DocumentDownload, ClosedInTheMiddleStopsTheWorker)
@@ -105,15 +105,15 @@ TEST_F(DocumentDownload, ClosedInTheMiddleStopsTheWorker)
     slow.piece_size = 50'000;
     slow.piece_delay_ms = 50;
     server.route("/slow.pdf", slow);
-    bench.show_url(server.url(L"/slow.pdf"));
+    fixture.show_url(server.url(L"/slow.pdf"));
     ASSERT_TRUE(wait_for_worker_line("ACTIVEDOC KIEBrowserPlugin: Default - "));
     ASSERT_TRUE(wait_until([&] { return !server.requests().empty(); }));
-    bench.close_in_order();
-    EXPECT_EQ(bench.window(), nullptr);
-    const auto all = bench.log.worker_lines();
+    fixture.close_in_order();
+    EXPECT_EQ(fixture.window(), nullptr);
+    const auto all = fixture.log.worker_lines();
     ASSERT_FALSE(all.empty());
     EXPECT_EQ(all.back().rfind("ACTIVEDOC DownloadPDFFile FAILED ", 0), 0u) << all.back();
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
 }
 
 TEST_F(DocumentDownload, ClosedAtOnceStopsTheWorker)
@@ -122,53 +122,53 @@ TEST_F(DocumentDownload, ClosedAtOnceStopsTheWorker)
     slow.piece_size = 50'000;
     slow.piece_delay_ms = 50;
     server.route("/slow.pdf", slow);
-    bench.show_url(server.url(L"/slow.pdf"));
-    bench.host.destroy_windows(); // the worker may not even have asked for the URL
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-    bench.release();
-    EXPECT_EQ(bench.module.can_unload_now(), S_OK);
+    fixture.show_url(server.url(L"/slow.pdf"));
+    fixture.host.destroy_windows(); // the worker may not even have asked for the URL
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.release();
+    EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
 }
 
 // Closed after the worker has posted its request: the posted message dies with the window.
 TEST_F(DocumentDownload, ClosedBeforeTheFileIsTaken)
 {
     server.route("/x.pdf", http_response::ok(pdf_body(2'000)));
-    bench.show_url(server.url(L"/x.pdf"));
-    const bool checked = wait_until([&] { return bench.log.worker_wrote("ACTIVEDOC isPDF [TRUE]"); });
+    fixture.show_url(server.url(L"/x.pdf"));
+    const bool checked = wait_until([&] { return fixture.log.worker_wrote("ACTIVEDOC isPDF [TRUE]"); });
     EXPECT_TRUE(checked);
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
     pump_messages();
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 // The document shown again after it was hidden for good fetches its file again.
 TEST_F(DocumentDownload, StartsAgainWithANewWindow)
 {
     server.route("/x.pdf", http_response::ok(pdf_body(2'000)));
-    bench.create();
-    bench.set_site();
-    bench.load_url(server.url(L"/x.pdf"));
-    bench.show();
+    fixture.create();
+    fixture.set_site();
+    fixture.load_url(server.url(L"/x.pdf"));
+    fixture.show();
     ASSERT_TRUE(wait_for_viewer_calls(1));
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-    bench.viewer.forget_calls();
-    EXPECT_EQ(bench.host.view->Show(TRUE), S_OK);
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.viewer.forget_calls();
+    EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);
     ASSERT_TRUE(wait_for_viewer_calls(1));
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 TEST_F(DocumentDownload, TwoDocumentsGetFoldersOfTheirOwn)
 {
     server.route("/x.pdf", http_response::ok(pdf_body(2'000)));
     for (const wchar_t* folder : {L"qll0", L"qll1"}) {
-        bench.viewer.forget_calls();
-        bench.show_url(server.url(L"/x.pdf"));
+        fixture.viewer.forget_calls();
+        fixture.show_url(server.url(L"/x.pdf"));
         ASSERT_TRUE(wait_for_viewer_calls(1));
-        EXPECT_EQ(bench.viewer.texts(viewer_open),
-                  lines{"1(BSTR " + to_utf8((bench.temp / folder) + L"\\x.pdf") + ")"});
-        bench.close_in_order();
-        bench.release();
+        EXPECT_EQ(fixture.viewer.texts(viewer_open),
+                  lines{"1(BSTR " + to_utf8((fixture.temp / folder) + L"\\x.pdf") + ")"});
+        fixture.close_in_order();
+        fixture.release();
     }
 }
 
@@ -177,19 +177,19 @@ TEST_F(DocumentDownload, ManyLivesDoNotPileUp)
 {
     server.route("/x.pdf", http_response::ok(pdf_body(2'000)));
     DWORD first = 0;
-    constexpr int lives = 12;
+    constexpr int repeats = 12;
     constexpr int warm_up = 4;
-    for (int life = 0; life < lives; ++life) {
-        bench.viewer.forget_calls();
-        bench.show_url(server.url(L"/x.pdf"));
+    for (int number = 0; number < repeats; ++number) {
+        fixture.viewer.forget_calls();
+        fixture.show_url(server.url(L"/x.pdf"));
         ASSERT_TRUE(wait_for_viewer_calls(1));
-        bench.close_in_order();
-        bench.release();
+        fixture.close_in_order();
+        fixture.release();
         server.wait_idle(5'000);
-        if (life == warm_up)
+        if (number == warm_up)
             first = process_resources::now().kernel_handles;
     }
-    EXPECT_LT(process_resources::now().kernel_handles, first + lives - warm_up - 1);
+    EXPECT_LT(process_resources::now().kernel_handles, first + repeats - warm_up - 1);
 }
 
 } // namespace

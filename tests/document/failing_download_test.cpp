@@ -1,7 +1,7 @@
 // A document that a server sends, from IPersistMoniker::Load to the viewer's open call: every call that it
 // makes of its moniker, its host and its viewer fails once, in every way, and the file comes all the same.
 #include "tests/document/document_fixture.h"
-#include "tests/document/document_life.h"
+#include "tests/document/document_run.h"
 #include "tests/support/fault_points.h"
 #include "tests/support/http_server.h"
 #include "tests/support/wait.h"
@@ -27,32 +27,32 @@ protected:
     // A life in which the number-th call fails, none for 0. Gives the number of its calls.
     int live_with(int number)
     {
-        document_bench bench;
-        prepare_life(bench, activation_order::create_view_with_site);
-        bench.host.object_moniker.display_name = server_.url(L"/c/named-by-site.pdf");
+        document_fixture fixture;
+        prepare_host(fixture, activation_order::create_view_with_site);
+        fixture.host.object_moniker.display_name = server_.url(L"/c/named-by-site.pdf");
         if (number)
-            bench.host.calls.fail_call_number(number, GetParam());
-        bench.host.calls.when(naming_call, [&] { naming_call_number_ = bench.host.calls.total(); });
+            fixture.host.calls.fail_call_number(number, GetParam());
+        fixture.host.calls.when(naming_call, [&] { naming_call_number_ = fixture.host.calls.total(); });
         server_.forget_requests();
-        EXPECT_EQ(live_from_server(bench, server_.url(L"/c/d.pdf")), 1) << "downloads";
-        expect_shown(bench);
-        bench.release();
+        EXPECT_EQ(live_from_server(fixture, server_.url(L"/c/d.pdf")), 1) << "downloads";
+        expect_shown(fixture);
+        fixture.release();
         EXPECT_TRUE(server_.wait_idle(default_deadline_ms)) << "the request is not closed";
-        return bench.host.calls.total();
+        return fixture.host.calls.total();
     }
 
     int naming_call_number() const { return naming_call_number_; }
 
 private:
     // A document that does not learn its address from its moniker asks its site for it.
-    void expect_shown(const document_bench& bench) const
+    void expect_shown(const document_fixture& fixture) const
     {
-        const std::string& failed = bench.host.calls.failed_call();
+        const std::string& failed = fixture.host.calls.failed_call();
         const bool is_nameless = failed == naming_call;
         const auto requests = server_.requests();
         ASSERT_EQ(requests.size(), 1u) << failed;
         EXPECT_EQ(requests[0].target, is_nameless ? "/c/named-by-site.pdf" : "/c/d.pdf") << failed;
-        EXPECT_NE(bench.viewer.texts(viewer_open).size(), 0u) << "not opened for the failure of " << failed;
+        EXPECT_NE(fixture.viewer.texts(viewer_open).size(), 0u) << "not opened for the failure of " << failed;
     }
 
     http_server server_;

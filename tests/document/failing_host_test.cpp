@@ -1,7 +1,7 @@
 // Every call that a document makes of its host and its viewer fails once, in every way: nothing may crash,
 // nothing may stay.
 #include "tests/document/document_fixture.h"
-#include "tests/document/document_life.h"
+#include "tests/document/document_run.h"
 #include "tests/support/fault_points.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +12,7 @@ namespace {
 
 void fail_each_call(activation_order order, bad_answer kind)
 {
-    const int calls = calls_of_a_life(order);
+    const int calls = count_host_calls(order);
     ASSERT_GT(calls, 30) << "the scenario does not reach the host";
     std::size_t points = 0;
     const fault_calls chosen = calls_that_fail(2 * static_cast<int>(kind) + static_cast<int>(order));
@@ -21,13 +21,13 @@ void fail_each_call(activation_order order, bad_answer kind)
         SCOPED_TRACE("call " + std::to_string(number) + " of " + std::to_string(calls) + ": " +
                      to_text(kind));
         expect_balance_in_loop([&] {
-            document_bench bench;
-            prepare_life(bench, order);
-            bench.host.calls.fail_call_number(number, kind);
-            live(bench);
-            bench.release();
+            document_fixture fixture;
+            prepare_host(fixture, order);
+            fixture.host.calls.fail_call_number(number, kind);
+            run_document(fixture);
+            fixture.release();
             if (testing::Test::HasFailure())
-                ADD_FAILURE() << "the failing call is " << bench.host.calls.failed_call();
+                ADD_FAILURE() << "the failing call is " << fixture.host.calls.failed_call();
         });
     }
     report_fault_points("a document's life on a host", points);
@@ -55,33 +55,33 @@ TEST(DocumentPoorSite, IsBorneInEveryCombination)
 {
     for (unsigned bits = 0; bits < 16; ++bits) {
         SCOPED_TRACE(bits);
-        document_bench bench;
-        prepare_life(bench, activation_order::create_view_with_site);
-        bench.host.site.offered.document_site = (bits & 1) != 0;
-        bench.host.site.offered.in_place_site = (bits & 2) != 0;
-        bench.host.site.offered.service_provider = (bits & 4) != 0;
-        bench.host.site.offered.in_place_site_ex = (bits & 8) != 0;
-        live(bench);
+        document_fixture fixture;
+        prepare_host(fixture, activation_order::create_view_with_site);
+        fixture.host.site.offered.document_site = (bits & 1) != 0;
+        fixture.host.site.offered.in_place_site = (bits & 2) != 0;
+        fixture.host.site.offered.service_provider = (bits & 4) != 0;
+        fixture.host.site.offered.in_place_site_ex = (bits & 8) != 0;
+        run_document(fixture);
     }
 }
 
 TEST(DocumentPoorSite, NoneAtAllIsBorne)
 {
-    document_bench bench;
-    bench.create();
-    bench.load_file(bench.pdf());
+    document_fixture fixture;
+    fixture.create();
+    fixture.load_file(fixture.pdf());
     for (LONG verb = -5; verb <= 1; ++verb)
-        bench.do_verb(verb);
-    const auto view = bench.as<IOleDocumentView>();
+        fixture.do_verb(verb);
+    const auto view = fixture.as<IOleDocumentView>();
     view->Show(TRUE);
     view->UIActivate(TRUE);
     view->UIActivate(FALSE);
     view->Show(FALSE);
     view->CloseView(0);
-    bench.as<IOleInPlaceObject>()->UIDeactivate();
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
-    bench.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
-    EXPECT_EQ(bench.window(), nullptr);
+    fixture.as<IOleInPlaceObject>()->UIDeactivate();
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
+    EXPECT_EQ(fixture.window(), nullptr);
 }
 
 } // namespace

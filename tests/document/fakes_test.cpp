@@ -21,7 +21,7 @@ protected:
 
 TEST_F(Fakes, AnUnexpectedCallFails)
 {
-    call_book calls;
+    call_log calls;
     calls.allow("IKnown::Call");
     calls.arrive("IKnown::Call");
     EXPECT_NONFATAL_FAILURE(calls.arrive("IOther::Call"), "unexpected call: IOther::Call");
@@ -29,7 +29,7 @@ TEST_F(Fakes, AnUnexpectedCallFails)
 
 TEST_F(Fakes, APlannedFaultComesInItsTurn)
 {
-    call_book calls;
+    call_log calls;
     calls.allow("I::One");
     calls.allow("I::Two");
     calls.make_fail("I::One", bad_answer::failure, 2);
@@ -47,7 +47,7 @@ TEST_F(Fakes, AReferenceLeftOverFails)
     static ComPtr<IMoniker> kept;
     EXPECT_NONFATAL_FAILURE(
         {
-            call_book calls;
+            call_log calls;
             fake_moniker moniker(calls, "moniker");
             kept = &moniker;
         },
@@ -57,7 +57,7 @@ TEST_F(Fakes, AReferenceLeftOverFails)
 
 TEST_F(Fakes, AReleaseTooManyFails)
 {
-    call_book calls;
+    call_log calls;
     fake_moniker moniker(calls, "moniker");
     EXPECT_NONFATAL_FAILURE(moniker.Release(), "released once too often");
 }
@@ -65,7 +65,7 @@ TEST_F(Fakes, AReleaseTooManyFails)
 TEST_F(Fakes, TheViewerIsMadeByItsProgId)
 {
     const viewer_registration registration;
-    call_book calls;
+    call_log calls;
     viewer_script script(calls);
     viewer_class viewers(script);
     CLSID id{};

@@ -49,9 +49,9 @@ const fragment_case cases[] = {
     {L"?page=9#zoom=200", {"9(R8 2)"}},
 };
 
-lines calls_after_opening(document_bench& bench)
+lines calls_after_opening(document_fixture& fixture)
 {
-    auto calls = bench.viewer.texts();
+    auto calls = fixture.viewer.texts();
     while (!calls.empty() && calls.front().rfind("1(", 0) != 0)
         calls.erase(calls.begin());
     EXPECT_FALSE(calls.empty()) << "the file was not opened";
@@ -64,40 +64,40 @@ QUILL_DOCUMENT_TEST(DocumentFragment, OfTheBrowsersLocationForALocalFile)
 {
     for (const auto& one : cases) {
         SCOPED_TRACE(testing::PrintToString(one.fragment));
-        bench.viewer.forget_calls();
-        bench.host.browser.location_url = std::wstring{L"http://host.test/x.pdf"} + one.fragment;
-        bench.show_file(bench.pdf());
-        EXPECT_EQ(calls_after_opening(bench), one.calls);
-        bench.close_in_order();
-        bench.release();
+        fixture.viewer.forget_calls();
+        fixture.host.browser.location_url = std::wstring{L"http://host.test/x.pdf"} + one.fragment;
+        fixture.show_file(fixture.pdf());
+        EXPECT_EQ(calls_after_opening(fixture), one.calls);
+        fixture.close_in_order();
+        fixture.release();
     }
 }
 
 QUILL_DOCUMENT_TEST(DocumentFragment, OfTheBrowsersLocationForAUrlWithMenu)
 {
-    bench.host.browser.location_url = L"http://host.test/x.pdf#page=3#zoom=75";
-    bench.show_url(L"quilltest://host.test/x.pdf#page=9#zoom=99");
-    bench.wait_for_failed_worker();
-    load_fetched_file(bench, bench.pdf());
-    EXPECT_EQ(calls_after_opening(bench), (lines{"4(I4 2)", "9(R8 0.75)"}));
-    bench.close_in_order();
+    fixture.host.browser.location_url = L"http://host.test/x.pdf#page=3#zoom=75";
+    fixture.show_url(L"quilltest://host.test/x.pdf#page=9#zoom=99");
+    fixture.wait_for_failed_worker();
+    load_fetched_file(fixture, fixture.pdf());
+    EXPECT_EQ(calls_after_opening(fixture), (lines{"4(I4 2)", "9(R8 0.75)"}));
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentFragment, OfTheUrlItselfWithoutMenu)
 {
     for (const auto& one : cases) {
         SCOPED_TRACE(testing::PrintToString(one.fragment));
-        bench.viewer.forget_calls();
-        bench.host.browser.location_url = L"http://host.test/x.pdf#page=77#zoom=77";
-        bench.create();
-        bench.set_site();
-        bench.load_url(std::wstring{L"quilltest://host.test/x.pdf"} + one.fragment);
-        EXPECT_EQ(bench.do_verb(OLEIVERB_INPLACEACTIVATE), S_OK);
-        bench.wait_for_failed_worker();
-        load_fetched_file(bench, bench.pdf());
-        EXPECT_EQ(calls_after_opening(bench), one.calls);
-        bench.close_in_order();
-        bench.release();
+        fixture.viewer.forget_calls();
+        fixture.host.browser.location_url = L"http://host.test/x.pdf#page=77#zoom=77";
+        fixture.create();
+        fixture.set_site();
+        fixture.load_url(std::wstring{L"quilltest://host.test/x.pdf"} + one.fragment);
+        EXPECT_EQ(fixture.do_verb(OLEIVERB_INPLACEACTIVATE), S_OK);
+        fixture.wait_for_failed_worker();
+        load_fetched_file(fixture, fixture.pdf());
+        EXPECT_EQ(calls_after_opening(fixture), one.calls);
+        fixture.close_in_order();
+        fixture.release();
     }
 }
 
@@ -106,48 +106,48 @@ QUILL_DOCUMENT_TEST(DocumentFragment, WithoutALocationThereIsNeitherPageNorZoom)
     for (const char* call : {"IServiceProvider::QueryService", "IWebBrowser2::get_LocationURL"}) {
         for (const bad_answer kind : every_bad_answer) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
-            bench.viewer.forget_calls();
-            bench.host.browser.location_url = L"http://host.test/x.pdf#page=3";
-            bench.host.calls.make_fail(call, kind);
-            bench.show_file(bench.pdf());
-            EXPECT_EQ(calls_after_opening(bench), lines{});
-            bench.close_in_order();
-            bench.release();
+            fixture.viewer.forget_calls();
+            fixture.host.browser.location_url = L"http://host.test/x.pdf#page=3";
+            fixture.host.calls.make_fail(call, kind);
+            fixture.show_file(fixture.pdf());
+            EXPECT_EQ(calls_after_opening(fixture), lines{});
+            fixture.close_in_order();
+            fixture.release();
         }
-        bench.host.calls.make_fail(call, bad_answer::none);
+        fixture.host.calls.make_fail(call, bad_answer::none);
     }
 }
 
 QUILL_DOCUMENT_TEST(DocumentFragment, OfAnyLength)
 {
-    bench.host.browser.location_url = L"http://host.test/x.pdf#page=12#";
-    bench.host.browser.location_url.append(200'000, L'#');
-    bench.host.browser.location_url.append(200'000, L'z');
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(calls_after_opening(bench), lines{"4(I4 11)"});
-    bench.close_in_order();
+    fixture.host.browser.location_url = L"http://host.test/x.pdf#page=12#";
+    fixture.host.browser.location_url.append(200'000, L'#');
+    fixture.host.browser.location_url.append(200'000, L'z');
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(calls_after_opening(fixture), lines{"4(I4 11)"});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentFragment, HugeNumbersAreBorne)
 {
     for (const wchar_t* fragment : {L"#page=99999999999999999999#zoom=99999999999999999999",
                                     L"#page=-2147483648#zoom=-1", L"#page=-1"}) {
-        bench.host.browser.location_url = std::wstring{L"http://host.test/x.pdf"} + fragment;
-        bench.show_file(bench.pdf());
-        bench.close_in_order();
-        bench.release();
+        fixture.host.browser.location_url = std::wstring{L"http://host.test/x.pdf"} + fragment;
+        fixture.show_file(fixture.pdf());
+        fixture.close_in_order();
+        fixture.release();
     }
 }
 
 // A second load of the same window keeps page and zoom.
 QUILL_DOCUMENT_TEST(DocumentFragment, AppliesToEveryLoad)
 {
-    bench.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=300";
-    bench.show_file(bench.pdf());
-    bench.viewer.forget_calls();
-    EXPECT_EQ(bench.send(message_load_file), 0);
-    EXPECT_EQ(calls_after_opening(bench), (lines{"4(I4 1)", "9(R8 3)"}));
-    bench.close_in_order();
+    fixture.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=300";
+    fixture.show_file(fixture.pdf());
+    fixture.viewer.forget_calls();
+    EXPECT_EQ(fixture.send(message_load_file), 0);
+    EXPECT_EQ(calls_after_opening(fixture), (lines{"4(I4 1)", "9(R8 3)"}));
+    fixture.close_in_order();
 }
 
 } // namespace

@@ -63,87 +63,87 @@ const named_interface refused[] = {
 
 QUILL_DOCUMENT_TEST(DocumentIdentity, AnswersEachInterfaceWithOneIdentity)
 {
-    bench.create();
+    fixture.create();
     for (const auto& from : offered) {
         SCOPED_TRACE(from.name);
         ComPtr<IUnknown> source;
-        ASSERT_EQ(bench.document->QueryInterface(*from.id, &source), S_OK);
+        ASSERT_EQ(fixture.document->QueryInterface(*from.id, &source), S_OK);
         ComPtr<IUnknown> identity;
         ASSERT_EQ(source->QueryInterface(IID_PPV_ARGS(&identity)), S_OK);
-        EXPECT_EQ(identity.Get(), bench.document.Get());
+        EXPECT_EQ(identity.Get(), fixture.document.Get());
         for (const auto& to : offered) {
             SCOPED_TRACE(to.name);
             ComPtr<IUnknown> target;
             ASSERT_EQ(source->QueryInterface(*to.id, &target), S_OK);
             ASSERT_EQ(target->QueryInterface(IID_PPV_ARGS(identity.ReleaseAndGetAddressOf())), S_OK);
-            EXPECT_EQ(identity.Get(), bench.document.Get());
+            EXPECT_EQ(identity.Get(), fixture.document.Get());
         }
     }
 }
 
 QUILL_DOCUMENT_TEST(DocumentIdentity, GivesTheSamePointerEachTime)
 {
-    bench.create();
+    fixture.create();
     for (const auto& wanted : offered) {
         SCOPED_TRACE(wanted.name);
         ComPtr<IUnknown> first;
         ComPtr<IUnknown> second;
-        ASSERT_EQ(bench.document->QueryInterface(*wanted.id, &first), S_OK);
-        ASSERT_EQ(bench.document->QueryInterface(*wanted.id, &second), S_OK);
+        ASSERT_EQ(fixture.document->QueryInterface(*wanted.id, &first), S_OK);
+        ASSERT_EQ(fixture.document->QueryInterface(*wanted.id, &second), S_OK);
         EXPECT_EQ(first.Get(), second.Get());
     }
 }
 
 QUILL_DOCUMENT_TEST(DocumentIdentity, RefusesOtherInterfacesAndClearsTheOutArgument)
 {
-    bench.create();
+    fixture.create();
     for (const auto& unwanted : refused) {
         SCOPED_TRACE(unwanted.name);
-        void* out = &bench;
-        EXPECT_EQ(bench.document->QueryInterface(*unwanted.id, &out), E_NOINTERFACE);
+        void* out = &fixture;
+        EXPECT_EQ(fixture.document->QueryInterface(*unwanted.id, &out), E_NOINTERFACE);
         EXPECT_EQ(out, nullptr);
     }
-    EXPECT_EQ(bench.document->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
+    EXPECT_EQ(fixture.document->QueryInterface(IID_IUnknown, nullptr), E_POINTER);
 }
 
 QUILL_DOCUMENT_TEST(DocumentIdentity, LogsAnAddressInsideTheObject)
 {
-    bench.create();
-    const auto logged = std::strtoull(bench.address.c_str(), nullptr, 16);
-    const auto unknown = reinterpret_cast<std::uintptr_t>(bench.document.Get());
+    fixture.create();
+    const auto logged = std::strtoull(fixture.address.c_str(), nullptr, 16);
+    const auto unknown = reinterpret_cast<std::uintptr_t>(fixture.document.Get());
     EXPECT_GE(unknown, logged);
     EXPECT_LT(unknown - logged, 4096u);
-    EXPECT_EQ(bench.address, pointer_text(reinterpret_cast<const void*>(logged)));
+    EXPECT_EQ(fixture.address, pointer_text(reinterpret_cast<const void*>(logged)));
 }
 
 QUILL_DOCUMENT_TEST(DocumentIdentity, RefusesToBeAggregated)
 {
     ComPtr<IClassFactory> factory;
-    ASSERT_EQ(bench.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
-    void* out = &bench;
-    EXPECT_EQ(factory->CreateInstance(bench.host.site.client_site(), IID_IUnknown, &out),
+    ASSERT_EQ(fixture.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
+    void* out = &fixture;
+    EXPECT_EQ(factory->CreateInstance(fixture.host.site.client_site(), IID_IUnknown, &out),
               CLASS_E_NOAGGREGATION);
     EXPECT_EQ(out, nullptr);
-    EXPECT_EQ(factory->CreateInstance(bench.host.site.client_site(), IID_IUnknown, nullptr), E_POINTER);
+    EXPECT_EQ(factory->CreateInstance(fixture.host.site.client_site(), IID_IUnknown, nullptr), E_POINTER);
     EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
-    out = &bench;
+    out = &fixture;
     EXPECT_EQ(factory->CreateInstance(nullptr, IID_IObjectWithSite, &out), E_NOINTERFACE);
     EXPECT_EQ(out, nullptr);
 }
 
 QUILL_DOCUMENT_TEST(DocumentIdentity, KeepsTheModuleLoadedWhileItLives)
 {
-    EXPECT_EQ(bench.module.can_unload_now(), S_OK);
-    bench.create();
-    EXPECT_EQ(bench.module.can_unload_now(), S_FALSE);
-    const auto view = bench.as<IOleDocumentView>();
-    EXPECT_EQ(bench.module.can_unload_now(), S_FALSE);
+    EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
+    fixture.create();
+    EXPECT_EQ(fixture.module.can_unload_now(), S_FALSE);
+    const auto view = fixture.as<IOleDocumentView>();
+    EXPECT_EQ(fixture.module.can_unload_now(), S_FALSE);
 }
 
 QUILL_DOCUMENT_TEST(DocumentIdentity, HasAutomationWithoutAnyMember)
 {
-    bench.create();
-    const auto automation = bench.as<IDispatch>();
+    fixture.create();
+    const auto automation = fixture.as<IDispatch>();
     UINT count = 0;
     EXPECT_EQ(automation->GetTypeInfoCount(&count), S_OK);
     EXPECT_EQ(count, 1u);
@@ -158,33 +158,33 @@ QUILL_DOCUMENT_TEST(DocumentIdentity, HasAutomationWithoutAnyMember)
 
 QUILL_DOCUMENT_TEST(DocumentIdentity, AnnouncesItsBirthAndItsEnd)
 {
-    bench.create(); // takes the line of the construction
-    EXPECT_EQ(bench.take_log(), std::vector<std::string>{});
-    bench.log.skip();
-    bench.host.document = nullptr;
-    EXPECT_EQ(bench.document.Detach()->Release(), 0u);
-    EXPECT_EQ(bench.take_log(), std::vector<std::string>{"~@"});
+    fixture.create(); // takes the line of the construction
+    EXPECT_EQ(fixture.take_log(), std::vector<std::string>{});
+    fixture.log.skip();
+    fixture.host.document = nullptr;
+    EXPECT_EQ(fixture.document.Detach()->Release(), 0u);
+    EXPECT_EQ(fixture.take_log(), std::vector<std::string>{"~@"});
 }
 
 QUILL_DOCUMENT_TEST(DocumentIdentity, NamesItsClass)
 {
-    bench.create();
+    fixture.create();
     CLSID id{};
-    EXPECT_EQ(bench.as<IPersistMoniker>()->GetClassID(&id), S_OK);
+    EXPECT_EQ(fixture.as<IPersistMoniker>()->GetClassID(&id), S_OK);
     EXPECT_TRUE(IsEqualCLSID(id, active_document_class_id));
     id = {};
-    EXPECT_EQ(bench.as<IPersistFile>()->GetClassID(&id), S_OK);
+    EXPECT_EQ(fixture.as<IPersistFile>()->GetClassID(&id), S_OK);
     EXPECT_TRUE(IsEqualCLSID(id, active_document_class_id));
     id = {};
-    EXPECT_EQ(bench.as<IPersistStreamInit>()->GetClassID(&id), S_OK);
+    EXPECT_EQ(fixture.as<IPersistStreamInit>()->GetClassID(&id), S_OK);
     EXPECT_TRUE(IsEqualCLSID(id, active_document_class_id));
     id = {};
-    EXPECT_EQ(bench.as<IPersistStorage>()->GetClassID(&id), S_OK);
+    EXPECT_EQ(fixture.as<IPersistStorage>()->GetClassID(&id), S_OK);
     EXPECT_TRUE(IsEqualCLSID(id, active_document_class_id));
     id = {};
-    EXPECT_EQ(bench.as<IOleObject>()->GetUserClassID(&id), S_OK);
+    EXPECT_EQ(fixture.as<IOleObject>()->GetUserClassID(&id), S_OK);
     EXPECT_TRUE(IsEqualCLSID(id, active_document_class_id));
-    EXPECT_EQ(bench.as<IPersistMoniker>()->GetClassID(nullptr), E_POINTER);
+    EXPECT_EQ(fixture.as<IPersistMoniker>()->GetClassID(nullptr), E_POINTER);
 }
 
 } // namespace

@@ -16,13 +16,13 @@ using Microsoft::WRL::ComPtr;
 class further_document
 {
 public:
-    further_document(document_bench& bench, HWND browser_window)
+    further_document(document_fixture& fixture, HWND browser_window)
     {
         static int number = 0;
-        const std::wstring path = bench.pdf(L"document" + std::to_wstring(++number) + L".pdf");
+        const std::wstring path = fixture.pdf(L"document" + std::to_wstring(++number) + L".pdf");
         host_.shell.window = browser_window;
         ComPtr<IClassFactory> factory;
-        EXPECT_EQ(bench.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
+        EXPECT_EQ(fixture.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
         EXPECT_EQ(factory->CreateInstance(nullptr, IID_PPV_ARGS(&object_)), S_OK);
         host_.document = object_.Get();
         object_->SetClientSite(host_.site.client_site());
@@ -69,10 +69,10 @@ private:
 
 QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedFromZero)
 {
-    const HWND browser = bench.host.frame_window();
-    further_document first(bench, browser);
-    further_document second(bench, browser);
-    further_document third(bench, browser);
+    const HWND browser = fixture.host.frame_window();
+    further_document first(fixture, browser);
+    further_document second(fixture, browser);
+    further_document third(fixture, browser);
     EXPECT_EQ(first.number(), 0u);
     EXPECT_EQ(second.number(), 1u);
     EXPECT_EQ(third.number(), 2u);
@@ -81,9 +81,9 @@ QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedFromZero)
 QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedPerBrowserWindow)
 {
     document_host other;
-    further_document first(bench, bench.host.frame_window());
-    further_document elsewhere(bench, other.frame_window());
-    further_document second(bench, bench.host.frame_window());
+    further_document first(fixture, fixture.host.frame_window());
+    further_document elsewhere(fixture, other.frame_window());
+    further_document second(fixture, fixture.host.frame_window());
     EXPECT_EQ(first.number(), 0u);
     EXPECT_EQ(elsewhere.number(), 0u);
     EXPECT_EQ(second.number(), 1u);
@@ -92,32 +92,32 @@ QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedPerBrowserWindow)
 // The entry goes with the first document that goes, whatever its count.
 QUILL_DOCUMENT_TEST(DocumentInstances, StartAgainWhenOneIsDestroyed)
 {
-    const HWND browser = bench.host.frame_window();
-    auto first = std::make_unique<further_document>(bench, browser);
-    further_document second(bench, browser);
+    const HWND browser = fixture.host.frame_window();
+    auto first = std::make_unique<further_document>(fixture, browser);
+    further_document second(fixture, browser);
     EXPECT_EQ(second.number(), 1u);
     first.reset();
     EXPECT_EQ(second.number(), 1u) << "a number is kept for life";
-    further_document third(bench, browser);
+    further_document third(fixture, browser);
     EXPECT_EQ(third.number(), 0u);
-    further_document fourth(bench, browser);
+    further_document fourth(fixture, browser);
     EXPECT_EQ(fourth.number(), 1u);
 }
 
 QUILL_DOCUMENT_TEST(DocumentInstances, StartAgainWithANewWindowOfTheDocument)
 {
-    const HWND browser = bench.host.frame_window();
-    further_document first(bench, browser);
-    further_document second(bench, browser);
+    const HWND browser = fixture.host.frame_window();
+    further_document first(fixture, browser);
+    further_document second(fixture, browser);
     second.deactivate();
-    further_document third(bench, browser);
+    further_document third(fixture, browser);
     EXPECT_EQ(third.number(), 0u);
 }
 
 QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedWithoutABrowserWindowToo)
 {
-    further_document first(bench, nullptr);
-    further_document second(bench, nullptr);
+    further_document first(fixture, nullptr);
+    further_document second(fixture, nullptr);
     EXPECT_EQ(first.number(), 0u);
     EXPECT_EQ(second.number(), 1u);
 }
@@ -126,27 +126,27 @@ QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedWithoutABrowserWindowToo)
 QUILL_DOCUMENT_TEST(DocumentInstances, BelongToTheWindowOfTheCreation)
 {
     document_host other;
-    const HWND browser = bench.host.frame_window();
+    const HWND browser = fixture.host.frame_window();
     {
-        further_document first(bench, browser);
+        further_document first(fixture, browser);
         first.host().shell.window = other.frame_window();
     }
-    further_document second(bench, browser);
+    further_document second(fixture, browser);
     EXPECT_EQ(second.number(), 0u);
 }
 
 QUILL_DOCUMENT_TEST(DocumentInstances, ADocumentClosedBeforeItIsCountedDoesNotCount)
 {
-    const further_document first(bench, bench.host.frame_window());
+    const further_document first(fixture, fixture.host.frame_window());
     EXPECT_EQ(first.number(), 0u);
-    bench.host.calls.when("IShellBrowser::GetWindow",
-                          [&] { bench.as<IOleInPlaceObject>()->InPlaceDeactivate(); });
-    bench.create();
-    bench.set_site();
-    bench.load_file(bench.pdf());
-    bench.do_verb(OLEIVERB_SHOW);
-    EXPECT_EQ(bench.window(), nullptr);
-    const further_document second(bench, bench.host.frame_window());
+    fixture.host.calls.when("IShellBrowser::GetWindow",
+                          [&] { fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(); });
+    fixture.create();
+    fixture.set_site();
+    fixture.load_file(fixture.pdf());
+    fixture.do_verb(OLEIVERB_SHOW);
+    EXPECT_EQ(fixture.window(), nullptr);
+    const further_document second(fixture, fixture.host.frame_window());
     EXPECT_EQ(second.number(), 1u);
 }
 

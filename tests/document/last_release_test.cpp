@@ -56,23 +56,23 @@ bool is_signalled(HANDLE event)
 }
 
 // Drops what the host holds, without deactivating; others still hold the document.
-void host_drops_everything(document_bench& bench)
+void host_drops_everything(document_fixture& fixture)
 {
-    bench.host.view.Reset();
-    bench.host.frame.drop_active_object();
-    bench.host.document = nullptr;
-    EXPECT_NE(bench.document.Detach()->Release(), 0u);
+    fixture.host.view.Reset();
+    fixture.host.frame.drop_active_object();
+    fixture.host.document = nullptr;
+    EXPECT_NE(fixture.document.Detach()->Release(), 0u);
 }
 
 // The lines are of this thread only: destroyed elsewhere, the document has none here.
-void expect_destroyed_here(document_bench& bench, const std::vector<std::string>& logged)
+void expect_destroyed_here(document_fixture& fixture, const std::vector<std::string>& logged)
 {
     EXPECT_NE(std::find(logged.begin(), logged.end(), "~@"), logged.end())
         << "not destroyed on its own thread: " << testing::PrintToString(logged);
-    EXPECT_EQ(bench.host.site.references(), 0);
-    EXPECT_EQ(bench.host.frame.references(), 0);
-    EXPECT_EQ(bench.viewers.living_viewers(), 0);
-    EXPECT_EQ(bench.module.can_unload_now(), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), 0);
+    EXPECT_EQ(fixture.host.frame.references(), 0);
+    EXPECT_EQ(fixture.viewers.living_viewers(), 0);
+    EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
 }
 
 // Releases a reference on a thread of its own and waits for that thread without delivering messages.
@@ -81,92 +81,92 @@ void release_on_other_thread(IUnknown* reference)
     std::thread([reference] { reference->Release(); }).join();
 }
 
-IUnknown* reference_to(const document_bench& bench)
+IUnknown* reference_to(const document_fixture& fixture)
 {
-    bench.document.Get()->AddRef();
-    return bench.document.Get();
+    fixture.document.Get()->AddRef();
+    return fixture.document.Get();
 }
 
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnTheWorker)
 {
     holding_urlmon urlmon;
-    const import_replaced download(bench.module.handle(), "URLDownloadToFileW", &holding_urlmon::download);
-    bench.show_url(L"http://127.0.0.1:1/x.pdf");
+    const import_replaced download(fixture.module.handle(), "URLDownloadToFileW", &holding_urlmon::download);
+    fixture.show_url(L"http://127.0.0.1:1/x.pdf");
     ASSERT_TRUE(wait_until([&] { return is_signalled(urlmon.has_begun); }));
-    const HWND window = bench.window();
-    bench.take_log();
-    host_drops_everything(bench);
+    const HWND window = fixture.window();
+    fixture.take_log();
+    host_drops_everything(fixture);
     EXPECT_TRUE(IsWindow(window)) << "the worker still holds the document";
     SetEvent(urlmon.may_end);
     EXPECT_EQ(WaitForSingleObject(urlmon.has_released, default_deadline_ms), WAIT_OBJECT_0);
     EXPECT_NE(urlmon.references_left, 0u) << "the worker destroyed the document";
     EXPECT_TRUE(IsWindow(window)) << "nothing is destroyed before this thread gets to it";
     EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
-    expect_destroyed_here(bench, bench.take_log());
-    bench.wait_for_no_worker();
+    expect_destroyed_here(fixture, fixture.take_log());
+    fixture.wait_for_no_worker();
 }
 
 // The window's destruction waits for the worker, and urlmon's Release is not the last then.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, NotOnTheWorkerOfAWindowThatGoesFirst)
 {
     holding_urlmon urlmon;
-    const import_replaced download(bench.module.handle(), "URLDownloadToFileW", &holding_urlmon::download);
-    bench.show_url(L"http://127.0.0.1:1/x.pdf");
+    const import_replaced download(fixture.module.handle(), "URLDownloadToFileW", &holding_urlmon::download);
+    fixture.show_url(L"http://127.0.0.1:1/x.pdf");
     ASSERT_TRUE(wait_until([&] { return is_signalled(urlmon.has_begun); }));
-    bench.take_log();
-    host_drops_everything(bench);
+    fixture.take_log();
+    host_drops_everything(fixture);
     SetEvent(urlmon.may_end);
-    bench.host.destroy_windows();
+    fixture.host.destroy_windows();
     EXPECT_TRUE(is_signalled(urlmon.has_released));
-    expect_destroyed_here(bench, bench.take_log());
-    bench.wait_for_no_worker();
+    expect_destroyed_here(fixture, fixture.take_log());
+    fixture.wait_for_no_worker();
 }
 
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnyOtherThreadWaitsForTheWindowsThread)
 {
-    bench.show_file(bench.pdf());
-    const HWND window = bench.window();
-    IUnknown* const reference = reference_to(bench);
-    host_drops_everything(bench);
-    bench.take_log();
+    fixture.show_file(fixture.pdf());
+    const HWND window = fixture.window();
+    IUnknown* const reference = reference_to(fixture);
+    host_drops_everything(fixture);
+    fixture.take_log();
     release_on_other_thread(reference);
     EXPECT_TRUE(IsWindow(window));
-    EXPECT_EQ(bench.take_log(), std::vector<std::string>{});
+    EXPECT_EQ(fixture.take_log(), std::vector<std::string>{});
     EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
-    expect_destroyed_here(bench, bench.take_log());
+    expect_destroyed_here(fixture, fixture.take_log());
 }
 
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenThatIsDestroyedFirst)
 {
-    bench.show_file(bench.pdf());
-    IUnknown* const reference = reference_to(bench);
-    host_drops_everything(bench);
-    bench.take_log();
+    fixture.show_file(fixture.pdf());
+    IUnknown* const reference = reference_to(fixture);
+    host_drops_everything(fixture);
+    fixture.take_log();
     release_on_other_thread(reference);
-    bench.host.destroy_windows(); // and with them the message
-    expect_destroyed_here(bench, bench.take_log());
+    fixture.host.destroy_windows(); // and with them the message
+    expect_destroyed_here(fixture, fixture.take_log());
 }
 
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnotherThreadAfterTheWindowIsGone)
 {
-    bench.show_file(bench.pdf());
-    IUnknown* const reference = reference_to(bench);
-    bench.close_in_order();
-    bench.host.view.Reset();
-    host_drops_everything(bench);
+    fixture.show_file(fixture.pdf());
+    IUnknown* const reference = reference_to(fixture);
+    fixture.close_in_order();
+    fixture.host.view.Reset();
+    host_drops_everything(fixture);
     release_on_other_thread(reference);
     pump_messages();
-    EXPECT_TRUE(wait_until([&] { return bench.module.can_unload_now() == S_OK; }));
-    EXPECT_EQ(bench.host.site.references(), 0);
+    EXPECT_TRUE(wait_until([&] { return fixture.module.can_unload_now() == S_OK; }));
+    EXPECT_EQ(fixture.host.site.references(), 0);
 }
 
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnotherThreadWithoutEverHavingAWindow)
 {
-    bench.create();
-    IUnknown* const reference = reference_to(bench);
-    host_drops_everything(bench);
+    fixture.create();
+    IUnknown* const reference = reference_to(fixture);
+    host_drops_everything(fixture);
     release_on_other_thread(reference);
-    EXPECT_TRUE(wait_until([&] { return bench.module.can_unload_now() == S_OK; }));
+    EXPECT_TRUE(wait_until([&] { return fixture.module.can_unload_now() == S_OK; }));
 }
 
 BOOL WINAPI refuse_message(HWND, UINT, WPARAM, LPARAM)
@@ -178,108 +178,108 @@ BOOL WINAPI refuse_message(HWND, UINT, WPARAM, LPARAM)
 // The queue is full: it takes no posted message.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsToldToAThreadWithAFullQueue)
 {
-    bench.show_file(bench.pdf());
-    const import_replaced post(bench.module.handle(), "PostMessageW", &refuse_message);
-    const HWND window = bench.window();
-    IUnknown* const reference = reference_to(bench);
-    host_drops_everything(bench);
-    bench.take_log();
+    fixture.show_file(fixture.pdf());
+    const import_replaced post(fixture.module.handle(), "PostMessageW", &refuse_message);
+    const HWND window = fixture.window();
+    IUnknown* const reference = reference_to(fixture);
+    host_drops_everything(fixture);
+    fixture.take_log();
     release_on_other_thread(reference);
     EXPECT_TRUE(IsWindow(window));
     EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
-    expect_destroyed_here(bench, bench.take_log());
+    expect_destroyed_here(fixture, fixture.take_log());
 }
 
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenNoMessageIsTaken)
 {
-    bench.show_file(bench.pdf());
-    const import_replaced post(bench.module.handle(), "PostMessageW", &refuse_message);
-    const import_replaced send(bench.module.handle(), "SendNotifyMessageW", &refuse_message);
-    const HWND window = bench.window();
-    IUnknown* const reference = reference_to(bench);
-    host_drops_everything(bench);
-    bench.take_log();
+    fixture.show_file(fixture.pdf());
+    const import_replaced post(fixture.module.handle(), "PostMessageW", &refuse_message);
+    const import_replaced send(fixture.module.handle(), "SendNotifyMessageW", &refuse_message);
+    const HWND window = fixture.window();
+    IUnknown* const reference = reference_to(fixture);
+    host_drops_everything(fixture);
+    fixture.take_log();
     release_on_other_thread(reference);
     pump_messages();
     EXPECT_TRUE(IsWindow(window));
-    bench.host.destroy_windows();
-    expect_destroyed_here(bench, bench.take_log());
+    fixture.host.destroy_windows();
+    expect_destroyed_here(fixture, fixture.take_log());
 }
 
 // The document holds its site and no window.
-IUnknown* last_reference_without_window(document_bench& bench)
+IUnknown* last_reference_without_window(document_fixture& fixture)
 {
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
-    IUnknown* const reference = reference_to(bench);
-    host_drops_everything(bench);
-    bench.take_log();
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    IUnknown* const reference = reference_to(fixture);
+    host_drops_everything(fixture);
+    fixture.take_log();
     return reference;
 }
 
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowWaitsForTheThreadOfItsHost)
 {
-    IUnknown* const reference = last_reference_without_window(bench);
+    IUnknown* const reference = last_reference_without_window(fixture);
     release_on_other_thread(reference);
-    EXPECT_NE(bench.host.site.references(), 0) << "the host's site was released on the other thread";
-    EXPECT_TRUE(wait_until([&] { return bench.host.site.references() == 0; }));
-    expect_destroyed_here(bench, bench.take_log());
+    EXPECT_NE(fixture.host.site.references(), 0) << "the host's site was released on the other thread";
+    EXPECT_TRUE(wait_until([&] { return fixture.host.site.references() == 0; }));
+    expect_destroyed_here(fixture, fixture.take_log());
 }
 
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithASiteAndNeverAWindowWaitsForTheThreadOfItsHost)
 {
-    bench.create();
-    bench.set_site();
-    IUnknown* const reference = reference_to(bench);
-    host_drops_everything(bench);
-    bench.take_log();
+    fixture.create();
+    fixture.set_site();
+    IUnknown* const reference = reference_to(fixture);
+    host_drops_everything(fixture);
+    fixture.take_log();
     release_on_other_thread(reference);
-    EXPECT_NE(bench.host.site.references(), 0) << "the host's site was released on the other thread";
-    EXPECT_TRUE(wait_until([&] { return bench.host.site.references() == 0; }));
-    expect_destroyed_here(bench, bench.take_log());
+    EXPECT_NE(fixture.host.site.references(), 0) << "the host's site was released on the other thread";
+    EXPECT_TRUE(wait_until([&] { return fixture.host.site.references() == 0; }));
+    expect_destroyed_here(fixture, fixture.take_log());
 }
 
 // No message is needed to wake a thread that has messages.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowReachesAThreadWithAFullQueue)
 {
     const import_replaced post(
-        bench.module.handle(), "PostThreadMessageW", +[](DWORD, UINT, WPARAM, LPARAM) -> BOOL {
+        fixture.module.handle(), "PostThreadMessageW", +[](DWORD, UINT, WPARAM, LPARAM) -> BOOL {
             SetLastError(ERROR_NOT_ENOUGH_QUOTA);
             return FALSE;
         });
-    IUnknown* const reference = last_reference_without_window(bench);
+    IUnknown* const reference = last_reference_without_window(fixture);
     EXPECT_TRUE(PostThreadMessageW(GetCurrentThreadId(), WM_NULL, 0, 0));
     release_on_other_thread(reference);
-    EXPECT_TRUE(wait_until([&] { return bench.host.site.references() == 0; }));
-    expect_destroyed_here(bench, bench.take_log());
+    EXPECT_TRUE(wait_until([&] { return fixture.host.site.references() == 0; }));
+    expect_destroyed_here(fixture, fixture.take_log());
 }
 
 // Nothing could reach it later.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowIsDestroyedAtOnceForAThreadThatTakesNoMessages)
 {
     const import_replaced post(
-        bench.module.handle(), "PostThreadMessageW", +[](DWORD, UINT, WPARAM, LPARAM) -> BOOL {
+        fixture.module.handle(), "PostThreadMessageW", +[](DWORD, UINT, WPARAM, LPARAM) -> BOOL {
             SetLastError(ERROR_INVALID_THREAD_ID);
             return FALSE;
         });
-    IUnknown* const reference = last_reference_without_window(bench);
+    IUnknown* const reference = last_reference_without_window(fixture);
     release_on_other_thread(reference);
-    EXPECT_EQ(bench.host.site.references(), 0);
-    EXPECT_EQ(bench.module.can_unload_now(), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), 0);
+    EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
     pump_messages();
 }
 
 // The window that was told of the reference is replaced by another one before it gets the message.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowThatReplacesTheOneThatWasTold)
 {
-    bench.show_file(bench.pdf());
-    const HWND window = bench.window();
-    IUnknown* const reference = reference_to(bench);
-    host_drops_everything(bench);
-    bench.take_log();
+    fixture.show_file(fixture.pdf());
+    const HWND window = fixture.window();
+    IUnknown* const reference = reference_to(fixture);
+    host_drops_everything(fixture);
+    fixture.take_log();
     bool is_replaced = false;
     HWND second = nullptr;
-    bench.host.calls.when("IOleInPlaceFrame::SetMenu", [&] {
+    fixture.host.calls.when("IOleInPlaceFrame::SetMenu", [&] {
         if (std::exchange(is_replaced, true))
             return;
         Microsoft::WRL::ComPtr<IUnknown> document(reference);
@@ -297,21 +297,21 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowThatReplacesTheOneTha
     ASSERT_TRUE(IsWindow(second));
     EXPECT_NE(second, window);
     EXPECT_TRUE(DestroyWindow(second));
-    expect_destroyed_here(bench, bench.take_log());
+    expect_destroyed_here(fixture, fixture.take_log());
 }
 
 // Any program can send the window a message.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsNotToBeForged)
 {
-    bench.show_file(bench.pdf());
-    const ULONG before = bench.document.Get()->AddRef();
+    fixture.show_file(fixture.pdf());
+    const ULONG before = fixture.document.Get()->AddRef();
     for (const LPARAM parameter : {0, 1, -1}) {
-        EXPECT_EQ(bench.send(message_release, static_cast<WPARAM>(parameter), parameter), 0);
-        EXPECT_TRUE(PostMessageW(bench.window(), message_release, 0, parameter));
+        EXPECT_EQ(fixture.send(message_release, static_cast<WPARAM>(parameter), parameter), 0);
+        EXPECT_TRUE(PostMessageW(fixture.window(), message_release, 0, parameter));
     }
     pump_messages();
-    EXPECT_EQ(bench.document.Get()->Release(), before - 1);
-    bench.close_in_order();
+    EXPECT_EQ(fixture.document.Get()->Release(), before - 1);
+    fixture.close_in_order();
 }
 
 // A message of the window's takes a reference and releases it while the other thread drops the last one.
@@ -319,11 +319,11 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WhileTheWindowHandlesMessages)
 {
     constexpr int rounds = 10;
     for (int round = 0; round < rounds; ++round) {
-        bench.show_file(bench.pdf());
-        const HWND window = bench.window();
-        IUnknown* const reference = reference_to(bench);
-        host_drops_everything(bench);
-        bench.take_log();
+        fixture.show_file(fixture.pdf());
+        const HWND window = fixture.window();
+        IUnknown* const reference = reference_to(fixture);
+        host_drops_everything(fixture);
+        fixture.take_log();
         std::atomic<bool> is_released{false};
         std::thread other([&] {
             for (int times = 0; times < 1000; ++times) {
@@ -337,7 +337,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WhileTheWindowHandlesMessages)
             SendMessageW(window, message_reserved, 0, 0);
         other.join();
         EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
-        expect_destroyed_here(bench, bench.take_log());
+        expect_destroyed_here(fixture, fixture.take_log());
         if (testing::Test::HasFailure())
             return;
     }
@@ -349,7 +349,7 @@ struct DocumentReleasedWhileDownloading : testing::TestWithParam<bool>
     registry_key_scope settings{HKEY_CURRENT_USER,
                                 L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin"};
     http_server server;
-    document_bench bench;
+    document_fixture fixture;
 
     // The server says nothing after the first bytes.
     void show_held()
@@ -360,7 +360,7 @@ struct DocumentReleasedWhileDownloading : testing::TestWithParam<bool>
         held.piece_size = 1'000;
         held.piece_delay_ms = 50;
         server.route("/x.pdf", held);
-        bench.show_url(server.url(L"/x.pdf"));
+        fixture.show_url(server.url(L"/x.pdf"));
         ASSERT_TRUE(wait_until([&] { return !server.requests().empty(); }));
     }
 };
@@ -368,25 +368,25 @@ struct DocumentReleasedWhileDownloading : testing::TestWithParam<bool>
 TEST_P(DocumentReleasedWhileDownloading, ByTheHost)
 {
     show_held();
-    const HWND window = bench.window();
-    bench.release();
+    const HWND window = fixture.window();
+    fixture.release();
     EXPECT_FALSE(IsWindow(window));
-    bench.wait_for_no_worker();
-    EXPECT_EQ(bench.viewer.texts(viewer_open), std::vector<std::string>{});
+    fixture.wait_for_no_worker();
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), std::vector<std::string>{});
 }
 
 TEST_P(DocumentReleasedWhileDownloading, ByAnotherThread)
 {
     show_held();
-    const HWND window = bench.window();
-    IUnknown* const reference = reference_to(bench);
-    host_drops_everything(bench);
-    bench.take_log();
+    const HWND window = fixture.window();
+    IUnknown* const reference = reference_to(fixture);
+    host_drops_everything(fixture);
+    fixture.take_log();
     release_on_other_thread(reference);
     EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
-    expect_destroyed_here(bench, bench.take_log());
-    bench.wait_for_no_worker();
-    EXPECT_EQ(bench.viewer.texts(viewer_open), std::vector<std::string>{});
+    expect_destroyed_here(fixture, fixture.take_log());
+    fixture.wait_for_no_worker();
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), std::vector<std::string>{});
 }
 
 INSTANTIATE_TEST_SUITE_P(Document, DocumentReleasedWhileDownloading, testing::Bool(),

@@ -18,47 +18,47 @@ LPARAM address_of(void* pointer)
     return reinterpret_cast<LPARAM>(pointer);
 }
 
-void show_idle(document_bench& bench)
+void show_idle(document_fixture& fixture)
 {
-    bench.show_url(unserved_url);
-    bench.wait_for_failed_worker();
-    bench.take_log();
-    bench.viewer.forget_calls();
-    bench.host.calls.forget_calls();
+    fixture.show_url(unserved_url);
+    fixture.wait_for_failed_worker();
+    fixture.take_log();
+    fixture.viewer.forget_calls();
+    fixture.host.calls.forget_calls();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, TheReservedOneDoesNothing)
 {
-    show_idle(bench);
-    EXPECT_EQ(bench.send(message_reserved, 0, 0), 0);
-    EXPECT_EQ(bench.send(message_reserved, 1, 2), 0);
-    EXPECT_EQ(bench.take_log(), lines{});
-    EXPECT_EQ(bench.host.calls.calls(), lines{});
-    bench.close_in_order();
+    show_idle(fixture);
+    EXPECT_EQ(fixture.send(message_reserved, 0, 0), 0);
+    EXPECT_EQ(fixture.send(message_reserved, 1, 2), 0);
+    EXPECT_EQ(fixture.take_log(), lines{});
+    EXPECT_EQ(fixture.host.calls.calls(), lines{});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, NullArgumentsAreAnsweredWithZero)
 {
-    show_idle(bench);
+    show_idle(fixture);
     for (const UINT message : {message_reserved, message_open_link, message_load_file, message_progress,
                                message_get_url, message_get_url_length, message_set_cache_file, message_log,
                                message_get_browser_window, message_get_instance, message_save_as}) {
         SCOPED_TRACE(message);
-        EXPECT_EQ(bench.send(message, 0, 0), 0);
-        EXPECT_EQ(bench.send(message, 100, 0), 0);
+        EXPECT_EQ(fixture.send(message, 0, 0), 0);
+        EXPECT_EQ(fixture.send(message, 100, 0), 0);
     }
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, UrlIsCopiedWithinItsBounds)
 {
-    show_idle(bench);
+    show_idle(fixture);
     const std::wstring url = unserved_url;
     for (const std::size_t capacity : {std::size_t{0}, std::size_t{1}, std::size_t{2}, url.size() - 1,
                                        url.size(), url.size() + 1, url.size() + 10}) {
         SCOPED_TRACE(capacity);
         std::vector<wchar_t> buffer(url.size() + 32, L'#');
-        EXPECT_EQ(bench.send(message_get_url, capacity, address_of(buffer.data())), 0);
+        EXPECT_EQ(fixture.send(message_get_url, capacity, address_of(buffer.data())), 0);
         for (std::size_t index = capacity; index < buffer.size(); ++index)
             ASSERT_EQ(buffer[index], L'#') << "written past the capacity, at " << index;
         if (capacity == 0)
@@ -71,105 +71,105 @@ QUILL_DOCUMENT_TEST(DocumentMessages, UrlIsCopiedWithinItsBounds)
         if (capacity > url.size())
             EXPECT_EQ(copied, url);
     }
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, LengthIsWrittenWhole)
 {
-    show_idle(bench);
+    show_idle(fixture);
     std::uint64_t length[2] = {~0ull, ~0ull};
-    EXPECT_EQ(bench.send(message_get_url_length, 0, address_of(length)), 0);
+    EXPECT_EQ(fixture.send(message_get_url_length, 0, address_of(length)), 0);
     EXPECT_EQ(length[0], std::wstring{unserved_url}.size());
     EXPECT_EQ(length[1], ~0ull);
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, LogTextIsWrittenWithItsFlag)
 {
-    show_idle(bench);
-    EXPECT_EQ(bench.send_text(message_log, 0, L"viewer says"), 0);
-    EXPECT_EQ(bench.send_text(message_log, 1, L"viewer says"), 0);
-    EXPECT_EQ(bench.send_text(message_log, 0xffff'ffff'0000'0000, L"high bits"), 0);
-    EXPECT_EQ(bench.send_text(message_log, 2, L""), 0);
-    EXPECT_EQ(bench.send_text(message_log, 0, L"{} %s \u00e9"), 0);
-    EXPECT_EQ(bench.take_log(),
+    show_idle(fixture);
+    EXPECT_EQ(fixture.send_text(message_log, 0, L"viewer says"), 0);
+    EXPECT_EQ(fixture.send_text(message_log, 1, L"viewer says"), 0);
+    EXPECT_EQ(fixture.send_text(message_log, 0xffff'ffff'0000'0000, L"high bits"), 0);
+    EXPECT_EQ(fixture.send_text(message_log, 2, L""), 0);
+    EXPECT_EQ(fixture.send_text(message_log, 0, L"{} %s \u00e9"), 0);
+    EXPECT_EQ(fixture.take_log(),
               (lines{"@ On_WM_USER_LOGFILE viewer says0", "@ On_WM_USER_LOGFILE viewer says1",
                      "@ On_WM_USER_LOGFILE high bits1", "@ On_WM_USER_LOGFILE 1",
                      "@ On_WM_USER_LOGFILE {} %s " + to_utf8(L"\u00e9") + "0"}));
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, LogTextOfAnyLengthIsWrittenWhole)
 {
-    show_idle(bench);
+    show_idle(fixture);
     const std::wstring text(20'000, L'w');
-    EXPECT_EQ(bench.send_text(message_log, 0, text.c_str()), 0);
-    EXPECT_EQ(bench.take_log(), lines{"@ On_WM_USER_LOGFILE " + std::string(20'000, 'w') + "0"});
-    bench.close_in_order();
+    EXPECT_EQ(fixture.send_text(message_log, 0, text.c_str()), 0);
+    EXPECT_EQ(fixture.take_log(), lines{"@ On_WM_USER_LOGFILE " + std::string(20'000, 'w') + "0"});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowIsTheShellsWindow)
 {
-    show_idle(bench);
+    show_idle(fixture);
     HWND window = nullptr;
-    EXPECT_EQ(bench.send(message_get_browser_window, 0, address_of(&window)), 0);
-    EXPECT_EQ(window, bench.host.frame_window());
-    EXPECT_EQ(bench.host.calls.calls(),
+    EXPECT_EQ(fixture.send(message_get_browser_window, 0, address_of(&window)), 0);
+    EXPECT_EQ(window, fixture.host.frame_window());
+    EXPECT_EQ(fixture.host.calls.calls(),
               (lines{"IServiceProvider::QueryService shell", "IShellBrowser::GetWindow"}));
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowOfAPoorHostIsNone)
 {
-    show_idle(bench);
+    show_idle(fixture);
     for (const char* call : {"IServiceProvider::QueryService", "IShellBrowser::GetWindow"}) {
         for (const bad_answer kind : every_bad_answer) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
-            bench.host.calls.make_fail(call, kind);
+            fixture.host.calls.make_fail(call, kind);
             HWND window = nullptr;
-            EXPECT_EQ(bench.send(message_get_browser_window, 0, address_of(&window)), 0);
+            EXPECT_EQ(fixture.send(message_get_browser_window, 0, address_of(&window)), 0);
             EXPECT_EQ(window, nullptr);
         }
-        bench.host.calls.make_fail(call, bad_answer::none);
+        fixture.host.calls.make_fail(call, bad_answer::none);
     }
-    bench.host.site.offered.service_provider = false;
+    fixture.host.site.offered.service_provider = false;
     HWND window = nullptr;
-    EXPECT_EQ(bench.send(message_get_browser_window, 0, address_of(&window)), 0);
+    EXPECT_EQ(fixture.send(message_get_browser_window, 0, address_of(&window)), 0);
     EXPECT_EQ(window, nullptr);
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowWithoutSiteIsNone)
 {
-    show_idle(bench);
-    const HWND target = bench.window();
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    show_idle(fixture);
+    const HWND target = fixture.window();
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(nullptr), S_OK);
     HWND window = nullptr;
     EXPECT_EQ(SendMessageW(target, message_get_browser_window, 0, address_of(&window)), 0);
     EXPECT_EQ(window, nullptr);
     EXPECT_EQ(SendMessageW(target, message_open_link, 0, reinterpret_cast<LPARAM>(L"http://x.test/")), 0);
     EXPECT_EQ(SendMessageW(target, message_open_link, 0, reinterpret_cast<LPARAM>(L"x.pdf")), 0);
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
 }
 
 // Save As needs the browser's own functions; whether they are there or not, the sender gets 0.
 QUILL_DOCUMENT_TEST(DocumentMessages, SaveAsAnswersZero)
 {
-    show_idle(bench);
-    EXPECT_EQ(bench.send(message_save_as), 0);
-    load_fetched_file(bench, bench.pdf());
-    EXPECT_EQ(bench.send(message_save_as, 1, 1), 0);
-    bench.close_in_order();
+    show_idle(fixture);
+    EXPECT_EQ(fixture.send(message_save_as), 0);
+    load_fetched_file(fixture, fixture.pdf());
+    EXPECT_EQ(fixture.send(message_save_as, 1, 1), 0);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentMessages, OthersAreTheFrameworks)
 {
-    show_idle(bench);
-    EXPECT_EQ(bench.send(0x8700, 1, 1), 0);
-    EXPECT_EQ(bench.send(0x8712, 1, 1), 0);
-    EXPECT_EQ(bench.send(0x870a, 1, 1), 0);
-    EXPECT_EQ(bench.take_log(), lines{});
-    bench.close_in_order();
+    show_idle(fixture);
+    EXPECT_EQ(fixture.send(0x8700, 1, 1), 0);
+    EXPECT_EQ(fixture.send(0x8712, 1, 1), 0);
+    EXPECT_EQ(fixture.send(0x870a, 1, 1), 0);
+    EXPECT_EQ(fixture.take_log(), lines{});
+    fixture.close_in_order();
 }
 
 } // namespace

@@ -30,9 +30,9 @@ public:
         after
     };
 
-    held_worker(const document_bench& bench, UINT message, side where)
+    held_worker(const document_fixture& fixture, UINT message, side where)
         : message_(message), where_(where),
-          replaced_((instance_ = this, bench.module.handle()), "SendMessageTimeoutW", &send)
+          replaced_((instance_ = this, fixture.module.handle()), "SendMessageTimeoutW", &send)
     {
     }
     ~held_worker()
@@ -83,19 +83,19 @@ HRESULT WINAPI download_small_pdf(IUnknown*, LPCWSTR, LPCWSTR path, DWORD, IBind
     return S_OK;
 }
 
-lines fetched_urls(const document_bench& bench)
+lines fetched_urls(const document_fixture& fixture)
 {
     constexpr std::string_view beginning = "ACTIVEDOC DownloadPDFFile URL: ";
     lines urls;
-    for (const std::string& line : bench.log.worker_lines())
+    for (const std::string& line : fixture.log.worker_lines())
         if (line.rfind(beginning, 0) == 0)
             urls.push_back(line.substr(beginning.size()));
     return urls;
 }
 
-bool has_load_line(document_bench& bench)
+bool has_load_line(document_fixture& fixture)
 {
-    const auto logged = bench.take_log();
+    const auto logged = fixture.take_log();
     return std::any_of(logged.begin(), logged.end(),
                        [](const std::string& line) { return line.rfind("@ LOADFILE", 0) == 0; });
 }
@@ -103,86 +103,86 @@ bool has_load_line(document_bench& bench)
 // The answer would be cut to the former URL's length.
 QUILL_DOCUMENT_TEST(DocumentWorker, AsksAgainForAUrlThatIsLoadedBetweenItsLengthAndItself)
 {
-    const held_worker worker(bench, message_get_url, held_worker::side::before);
-    bench.show_url(unserved_url);
+    const held_worker worker(fixture, message_get_url, held_worker::side::before);
+    fixture.show_url(unserved_url);
     worker.wait_for_it();
-    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    EXPECT_EQ(fixture.load_url(longer_url), S_OK);
     worker.let_it_go_on();
-    bench.wait_for_failed_worker();
-    EXPECT_EQ(fetched_urls(bench), lines{to_utf8(longer_url)});
-    bench.close_in_order();
+    fixture.wait_for_failed_worker();
+    EXPECT_EQ(fetched_urls(fixture), lines{to_utf8(longer_url)});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentWorker, AsksAgainForAFirstUrlThatIsLoadedBetweenItsLengthAndItself)
 {
-    const held_worker worker(bench, message_get_url, held_worker::side::before);
-    bench.host.object_moniker.display_name = unserved_url;
-    bench.create();
-    bench.set_site();
-    bench.show();
+    const held_worker worker(fixture, message_get_url, held_worker::side::before);
+    fixture.host.object_moniker.display_name = unserved_url;
+    fixture.create();
+    fixture.set_site();
+    fixture.show();
     worker.wait_for_it();
-    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    EXPECT_EQ(fixture.load_url(longer_url), S_OK);
     worker.let_it_go_on();
-    bench.wait_for_failed_worker();
-    EXPECT_EQ(fetched_urls(bench), lines{to_utf8(longer_url)});
-    bench.close_in_order();
+    fixture.wait_for_failed_worker();
+    EXPECT_EQ(fetched_urls(fixture), lines{to_utf8(longer_url)});
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentWorker, EndsWhenAnotherUrlIsLoadedBehindItsOwn)
 {
-    const held_worker worker(bench, message_get_url, held_worker::side::after);
-    bench.show_url(unserved_url);
+    const held_worker worker(fixture, message_get_url, held_worker::side::after);
+    fixture.show_url(unserved_url);
     worker.wait_for_it();
-    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    EXPECT_EQ(fixture.load_url(longer_url), S_OK);
     worker.let_it_go_on();
-    bench.wait_for_no_worker();
-    EXPECT_EQ(fetched_urls(bench), lines{});
-    bench.close_in_order();
+    fixture.wait_for_no_worker();
+    EXPECT_EQ(fetched_urls(fixture), lines{});
+    fixture.close_in_order();
 }
 
 // The path of the host's own file, and the pane, are no longer that worker's.
 QUILL_DOCUMENT_TEST(DocumentWorker, AsksForNoLoadWhenAnotherUrlIsLoadedBehindItsFile)
 {
-    const import_replaced download(bench.module.handle(), "URLDownloadToFileW", &download_small_pdf);
-    const held_worker worker(bench, message_set_cache_file, held_worker::side::after);
-    bench.show_url(unserved_url);
+    const import_replaced download(fixture.module.handle(), "URLDownloadToFileW", &download_small_pdf);
+    const held_worker worker(fixture, message_set_cache_file, held_worker::side::after);
+    fixture.show_url(unserved_url);
     worker.wait_for_it();
-    EXPECT_EQ(bench.load_file(bench.pdf()), S_OK);
-    EXPECT_EQ(bench.load_url(longer_url), S_OK);
-    bench.take_log();
+    EXPECT_EQ(fixture.load_file(fixture.pdf()), S_OK);
+    EXPECT_EQ(fixture.load_url(longer_url), S_OK);
+    fixture.take_log();
     worker.let_it_go_on();
-    bench.wait_for_no_worker();
+    fixture.wait_for_no_worker();
     pump_messages();
-    EXPECT_FALSE(has_load_line(bench));
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
-    EXPECT_NE(GetWindowLongW(bench.pane(), GWL_STYLE) & WS_VISIBLE, 0);
-    bench.close_in_order();
+    EXPECT_FALSE(has_load_line(fixture));
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
+    EXPECT_NE(GetWindowLongW(fixture.pane(), GWL_STYLE) & WS_VISIBLE, 0);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentWorker, DoesNotLoadWhenAnotherUrlIsLoadedBehindItsRequest)
 {
-    bench.show_url(unserved_url);
-    bench.wait_for_failed_worker();
-    EXPECT_EQ(bench.load_file(bench.pdf()), S_OK);
-    bench.take_log();
-    EXPECT_TRUE(PostMessageW(bench.window(), message_load_file, 0, 0));
-    EXPECT_EQ(bench.load_url(longer_url), S_OK);
+    fixture.show_url(unserved_url);
+    fixture.wait_for_failed_worker();
+    EXPECT_EQ(fixture.load_file(fixture.pdf()), S_OK);
+    fixture.take_log();
+    EXPECT_TRUE(PostMessageW(fixture.window(), message_load_file, 0, 0));
+    EXPECT_EQ(fixture.load_url(longer_url), S_OK);
     pump_messages();
-    EXPECT_FALSE(has_load_line(bench));
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{});
-    EXPECT_NE(GetWindowLongW(bench.pane(), GWL_STYLE) & WS_VISIBLE, 0);
-    bench.close_in_order();
+    EXPECT_FALSE(has_load_line(fixture));
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
+    EXPECT_NE(GetWindowLongW(fixture.pane(), GWL_STYLE) & WS_VISIBLE, 0);
+    fixture.close_in_order();
 }
 
 // Only a running worker is outdated by another URL.
 QUILL_DOCUMENT_TEST(DocumentWorker, ThatHasEndedIsNotTakenForTheSender)
 {
-    bench.show_url(unserved_url);
-    bench.wait_for_failed_worker();
-    bench.wait_for_no_worker();
-    EXPECT_EQ(bench.load_url(longer_url), S_OK);
-    const std::wstring path = bench.pdf();
-    const HWND window = bench.window();
+    fixture.show_url(unserved_url);
+    fixture.wait_for_failed_worker();
+    fixture.wait_for_no_worker();
+    EXPECT_EQ(fixture.load_url(longer_url), S_OK);
+    const std::wstring path = fixture.pdf();
+    const HWND window = fixture.window();
     std::atomic<bool> is_sent{false};
     std::thread sender([&] {
         DWORD_PTR result = 1;
@@ -194,9 +194,9 @@ QUILL_DOCUMENT_TEST(DocumentWorker, ThatHasEndedIsNotTakenForTheSender)
     });
     EXPECT_TRUE(wait_until([&] { return is_sent.load(); }));
     sender.join();
-    EXPECT_EQ(bench.send(message_load_file), 0);
-    EXPECT_EQ(bench.viewer.texts(viewer_open), lines{"1(BSTR " + to_utf8(path) + ")"});
-    bench.close_in_order();
+    EXPECT_EQ(fixture.send(message_load_file), 0);
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{"1(BSTR " + to_utf8(path) + ")"});
+    fixture.close_in_order();
 }
 
 } // namespace

@@ -30,7 +30,7 @@ std::function<void(IUnknown&)> on(void (*call)(Interface&))
         Microsoft::WRL::ComPtr<Interface> queried;
         ASSERT_EQ(document.QueryInterface(IID_PPV_ARGS(&queried)), S_OK);
         Interface* const unreferenced = queried.Get();
-        queried.Reset(); // the bench's is the last one
+        queried.Reset(); // the fixture's is the last one
         call(*unreferenced);
     };
 }
@@ -81,38 +81,38 @@ class DocumentReleasedInside : public testing::TestWithParam<last_call>
 {
 };
 
-bool is_destroyed(document_bench& bench)
+bool is_destroyed(document_fixture& fixture)
 {
-    const auto logged = bench.take_log();
+    const auto logged = fixture.take_log();
     return std::find(logged.begin(), logged.end(), "~@") != logged.end();
 }
 
 TEST_P(DocumentReleasedInside, LivesUntilTheCallReturns)
 {
     const last_call& call = GetParam();
-    document_bench bench;
-    const freed_memory_trap trap(bench.module.handle(), document_size);
-    bench.host.order = call.order;
-    bench.host.site.offered.ambient_properties = true;
-    bench.show_file(bench.pdf());
-    IUnknown* const last = bench.document.Get();
+    document_fixture fixture;
+    const freed_memory_trap trap(fixture.module.handle(), document_size);
+    fixture.host.order = call.order;
+    fixture.host.site.offered.ambient_properties = true;
+    fixture.show_file(fixture.pdf());
+    IUnknown* const last = fixture.document.Get();
     bool is_released = false;
-    bench.take_log();
-    bench.host.calls.when(call.inside, [&] {
+    fixture.take_log();
+    fixture.host.calls.when(call.inside, [&] {
         if (std::exchange(is_released, true))
             return;
-        bench.host.view.Reset();
-        bench.host.document = nullptr;
-        bench.document.Reset();
-        bench.host.frame.drop_active_object();
-        EXPECT_FALSE(is_destroyed(bench)) << "destroyed with its own method on the stack";
+        fixture.host.view.Reset();
+        fixture.host.document = nullptr;
+        fixture.document.Reset();
+        fixture.host.frame.drop_active_object();
+        EXPECT_FALSE(is_destroyed(fixture)) << "destroyed with its own method on the stack";
     });
     call.make(*last);
     EXPECT_TRUE(is_released) << "the call did not come";
-    EXPECT_TRUE(is_destroyed(bench));
-    EXPECT_EQ(bench.host.site.references(), 0);
-    EXPECT_EQ(bench.host.frame.references(), 0);
-    EXPECT_EQ(bench.viewers.living_viewers(), 0);
+    EXPECT_TRUE(is_destroyed(fixture));
+    EXPECT_EQ(fixture.host.site.references(), 0);
+    EXPECT_EQ(fixture.host.frame.references(), 0);
+    EXPECT_EQ(fixture.viewers.living_viewers(), 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Document, DocumentReleasedInside, testing::ValuesIn(last_calls),
@@ -122,40 +122,40 @@ INSTANTIATE_TEST_SUITE_P(Document, DocumentReleasedInside, testing::ValuesIn(las
 
 struct DocumentReleasedWhile : testing::Test
 {
-    document_bench bench;
-    freed_memory_trap trap{bench.module.handle(), document_size};
+    document_fixture fixture;
+    freed_memory_trap trap{fixture.module.handle(), document_size};
 };
 
 // A new site is asked for its interfaces while it is set.
 TEST_F(DocumentReleasedWhile, ItsClientSiteIsSet)
 {
-    bench.create();
-    IOleObject* const object = bench.as<IOleObject>().Get();
-    bench.take_log();
-    bench.host.calls.when("site::QueryInterface", [&] {
-        bench.host.document = nullptr;
-        bench.document.Reset();
-        EXPECT_FALSE(is_destroyed(bench));
+    fixture.create();
+    IOleObject* const object = fixture.as<IOleObject>().Get();
+    fixture.take_log();
+    fixture.host.calls.when("site::QueryInterface", [&] {
+        fixture.host.document = nullptr;
+        fixture.document.Reset();
+        EXPECT_FALSE(is_destroyed(fixture));
     });
-    EXPECT_EQ(object->SetClientSite(bench.host.site.client_site()), S_OK);
-    EXPECT_TRUE(is_destroyed(bench));
-    EXPECT_EQ(bench.host.site.references(), 0);
+    EXPECT_EQ(object->SetClientSite(fixture.host.site.client_site()), S_OK);
+    EXPECT_TRUE(is_destroyed(fixture));
+    EXPECT_EQ(fixture.host.site.references(), 0);
 }
 
 TEST_F(DocumentReleasedWhile, ItsMonikerIsAsked)
 {
-    bench.create();
-    IPersistMoniker* const persist = bench.as<IPersistMoniker>().Get();
-    fake_moniker moniker(bench.host.calls, "loaded moniker");
+    fixture.create();
+    IPersistMoniker* const persist = fixture.as<IPersistMoniker>().Get();
+    fake_moniker moniker(fixture.host.calls, "loaded moniker");
     moniker.display_name = unserved_url;
-    bench.take_log();
-    bench.host.calls.when("loaded moniker::GetDisplayName", [&] {
-        bench.host.document = nullptr;
-        bench.document.Reset();
-        EXPECT_FALSE(is_destroyed(bench));
+    fixture.take_log();
+    fixture.host.calls.when("loaded moniker::GetDisplayName", [&] {
+        fixture.host.document = nullptr;
+        fixture.document.Reset();
+        EXPECT_FALSE(is_destroyed(fixture));
     });
     EXPECT_EQ(persist->Load(FALSE, &moniker, nullptr, STGM_READ), S_OK);
-    EXPECT_TRUE(is_destroyed(bench));
+    EXPECT_TRUE(is_destroyed(fixture));
 }
 
 // Runs an action once, behind the window procedure's handling of a window's new position.
@@ -190,23 +190,23 @@ private:
 
 TEST_F(DocumentReleasedWhile, ItsViewIsPlaced)
 {
-    bench.show_file(bench.pdf());
-    IOleDocumentView* const view = bench.as<IOleDocumentView>().Get();
+    fixture.show_file(fixture.pdf());
+    IOleDocumentView* const view = fixture.as<IOleDocumentView>().Get();
     bool is_released = false;
-    bench.take_log();
-    const after_placing placing(bench.window(), [&] {
+    fixture.take_log();
+    const after_placing placing(fixture.window(), [&] {
         is_released = true;
-        bench.host.view.Reset();
-        bench.host.document = nullptr;
-        bench.document.Reset();
-        bench.host.frame.drop_active_object();
-        EXPECT_FALSE(is_destroyed(bench)) << "destroyed with its own method on the stack";
+        fixture.host.view.Reset();
+        fixture.host.document = nullptr;
+        fixture.document.Reset();
+        fixture.host.frame.drop_active_object();
+        EXPECT_FALSE(is_destroyed(fixture)) << "destroyed with its own method on the stack";
     });
     RECT smaller{10, 20, 210, 220};
     EXPECT_EQ(view->SetRect(&smaller), S_OK);
     EXPECT_TRUE(is_released);
-    EXPECT_TRUE(is_destroyed(bench));
-    EXPECT_EQ(bench.host.site.references(), 0);
+    EXPECT_TRUE(is_destroyed(fixture));
+    EXPECT_EQ(fixture.host.site.references(), 0);
 }
 } // namespace
 } // namespace quill::test

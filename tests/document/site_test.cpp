@@ -14,62 +14,62 @@ using lines = std::vector<std::string>;
 
 QUILL_DOCUMENT_TEST(DocumentSite, IsKeptWithItsDocumentSite)
 {
-    bench.create();
-    EXPECT_EQ(bench.set_site(), S_OK);
-    EXPECT_EQ(bench.take_log(), lines{"@ IOleObject_SetClientSite 0x0"});
-    EXPECT_EQ(bench.host.site.references(), 2) << "the client site and the document site";
+    fixture.create();
+    EXPECT_EQ(fixture.set_site(), S_OK);
+    EXPECT_EQ(fixture.take_log(), lines{"@ IOleObject_SetClientSite 0x0"});
+    EXPECT_EQ(fixture.host.site.references(), 2) << "the client site and the document site";
     ComPtr<IOleClientSite> kept;
-    EXPECT_EQ(bench.as<IOleObject>()->GetClientSite(&kept), S_OK);
-    EXPECT_EQ(kept.Get(), bench.host.site.client_site());
+    EXPECT_EQ(fixture.as<IOleObject>()->GetClientSite(&kept), S_OK);
+    EXPECT_EQ(kept.Get(), fixture.host.site.client_site());
 }
 
 QUILL_DOCUMENT_TEST(DocumentSite, WithoutDocumentSiteIsKeptToo)
 {
-    bench.create();
-    bench.host.site.offered.document_site = false;
-    EXPECT_EQ(bench.set_site(), S_OK);
-    EXPECT_EQ(bench.take_log(), lines{"@ IOleObject_SetClientSite 0x-2147467262"});
-    EXPECT_EQ(bench.host.site.references(), 1);
+    fixture.create();
+    fixture.host.site.offered.document_site = false;
+    EXPECT_EQ(fixture.set_site(), S_OK);
+    EXPECT_EQ(fixture.take_log(), lines{"@ IOleObject_SetClientSite 0x-2147467262"});
+    EXPECT_EQ(fixture.host.site.references(), 1);
 }
 
 QUILL_DOCUMENT_TEST(DocumentSite, GivesItsAmbientProperties)
 {
-    bench.create();
-    bench.host.site.offered.ambient_properties = true;
-    EXPECT_EQ(bench.set_site(), S_OK);
-    EXPECT_EQ(bench.host.site.references(), 3) << "client site, document site, ambient properties";
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
-    EXPECT_EQ(bench.host.site.references(), 0);
+    fixture.create();
+    fixture.host.site.offered.ambient_properties = true;
+    EXPECT_EQ(fixture.set_site(), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), 3) << "client site, document site, ambient properties";
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), 0);
 }
 
 QUILL_DOCUMENT_TEST(DocumentSite, TakenAwayIsReleasedAtOnce)
 {
-    bench.create();
-    bench.set_site();
-    bench.take_log();
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
-    EXPECT_EQ(bench.host.site.references(), 0);
-    const auto logged = bench.take_log();
+    fixture.create();
+    fixture.set_site();
+    fixture.take_log();
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), 0);
+    const auto logged = fixture.take_log();
     ASSERT_EQ(logged.size(), 1u);
     EXPECT_TRUE(std::regex_match(logged[0], std::regex{"@ IOleObject_SetClientSite 0x-?[0-9]+"}))
         << logged[0];
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(nullptr), S_OK);
     ComPtr<IOleClientSite> kept;
-    bench.as<IOleObject>()->GetClientSite(&kept);
+    fixture.as<IOleObject>()->GetClientSite(&kept);
     EXPECT_EQ(kept.Get(), nullptr);
 }
 
 QUILL_DOCUMENT_TEST(DocumentSite, IsReplacedByAnother)
 {
     document_host other;
-    bench.create();
-    bench.set_site();
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
-    EXPECT_EQ(bench.host.site.references(), 0);
+    fixture.create();
+    fixture.set_site();
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), 0);
     EXPECT_EQ(other.site.references(), 2);
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
     EXPECT_EQ(other.site.references(), 2) << "set twice, held once";
-    bench.release();
+    fixture.release();
     EXPECT_EQ(other.site.references(), 0);
 }
 
@@ -77,85 +77,85 @@ QUILL_DOCUMENT_TEST(DocumentSite, LosingTheDocumentSiteClearsTheFlag)
 {
     document_host plain;
     plain.site.offered.document_site = false;
-    bench.create();
-    bench.set_site();
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(plain.site.client_site()), S_OK);
-    bench.take_log();
-    bench.as<IOleObject>()->DoVerb(OLEIVERB_HIDE, nullptr, nullptr, 0, nullptr, nullptr);
-    const auto logged = bench.take_log();
+    fixture.create();
+    fixture.set_site();
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(plain.site.client_site()), S_OK);
+    fixture.take_log();
+    fixture.as<IOleObject>()->DoVerb(OLEIVERB_HIDE, nullptr, nullptr, 0, nullptr, nullptr);
+    const auto logged = fixture.take_log();
     ASSERT_FALSE(logged.empty());
     EXPECT_TRUE(logged[0].ends_with("{0x0 0 0 0}")) << logged[0];
-    bench.release();
+    fixture.release();
 }
 
 QUILL_DOCUMENT_TEST(DocumentSite, WithoutOutArgumentIsRefused)
 {
-    bench.create();
-    bench.set_site();
-    EXPECT_EQ(bench.as<IOleObject>()->GetClientSite(nullptr), E_POINTER);
+    fixture.create();
+    fixture.set_site();
+    EXPECT_EQ(fixture.as<IOleObject>()->GetClientSite(nullptr), E_POINTER);
 }
 
 QUILL_DOCUMENT_TEST(DocumentSite, IsReleasedWithTheDocument)
 {
-    bench.create();
-    bench.set_site();
-    bench.release(); // checks the site's references
+    fixture.create();
+    fixture.set_site();
+    fixture.release(); // checks the site's references
 }
 
 // The in-place site that was asked of the client site; null without one.
-ComPtr<IOleInPlaceSite> in_place_site_of(const document_bench& bench)
+ComPtr<IOleInPlaceSite> in_place_site_of(const document_fixture& fixture)
 {
     ComPtr<IOleInPlaceSite> site;
-    EXPECT_EQ(bench.as<IOleDocumentView>()->GetInPlaceSite(&site), S_OK);
+    EXPECT_EQ(fixture.as<IOleDocumentView>()->GetInPlaceSite(&site), S_OK);
     return site;
 }
 
 // A document that found its in-place site by itself, no longer active.
-void activate_without_a_view(document_bench& bench)
+void activate_without_a_view(document_fixture& fixture)
 {
-    bench.host.site.offered.document_site = false;
-    bench.create();
-    bench.set_site();
-    bench.load_file(bench.pdf());
-    EXPECT_EQ(bench.do_verb(OLEIVERB_SHOW), S_OK);
-    EXPECT_NE(bench.window(), nullptr);
-    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
-    EXPECT_EQ(in_place_site_of(bench).Get(), bench.host.site.in_place_site());
+    fixture.host.site.offered.document_site = false;
+    fixture.create();
+    fixture.set_site();
+    fixture.load_file(fixture.pdf());
+    EXPECT_EQ(fixture.do_verb(OLEIVERB_SHOW), S_OK);
+    EXPECT_NE(fixture.window(), nullptr);
+    EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(in_place_site_of(fixture).Get(), fixture.host.site.in_place_site());
 }
 
 QUILL_DOCUMENT_TEST(DocumentSite, ItsInPlaceSiteGoesWithIt)
 {
     document_host other;
     other.site.offered.document_site = false;
-    activate_without_a_view(bench);
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
-    EXPECT_EQ(bench.host.site.references(), 0);
-    EXPECT_EQ(in_place_site_of(bench), nullptr);
-    EXPECT_EQ(bench.as<IOleObject>()->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, 0, nullptr, nullptr), S_OK);
+    activate_without_a_view(fixture);
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), 0);
+    EXPECT_EQ(in_place_site_of(fixture), nullptr);
+    EXPECT_EQ(fixture.as<IOleObject>()->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, 0, nullptr, nullptr), S_OK);
     EXPECT_EQ(other.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
-    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
-    bench.release();
+    EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    fixture.release();
 }
 
 QUILL_DOCUMENT_TEST(DocumentSite, SetAgainIsAskedForItsInPlaceSiteAgain)
 {
-    activate_without_a_view(bench);
-    EXPECT_EQ(bench.set_site(), S_OK);
-    EXPECT_EQ(bench.do_verb(OLEIVERB_SHOW), S_OK);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 2);
-    EXPECT_EQ(bench.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
-    EXPECT_EQ(bench.host.site.references(), 0);
+    activate_without_a_view(fixture);
+    EXPECT_EQ(fixture.set_site(), S_OK);
+    EXPECT_EQ(fixture.do_verb(OLEIVERB_SHOW), S_OK);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 2);
+    EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), 0);
 }
 
 // Given by the host, it is no longer the client site's own, also when it is the same object.
 QUILL_DOCUMENT_TEST(DocumentSite, TheInPlaceSiteOfAViewStays)
 {
-    activate_without_a_view(bench);
-    EXPECT_EQ(bench.as<IOleDocumentView>()->SetInPlaceSite(bench.host.site.in_place_site()), S_OK);
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
-    EXPECT_EQ(in_place_site_of(bench).Get(), bench.host.site.in_place_site());
-    bench.release();
+    activate_without_a_view(fixture);
+    EXPECT_EQ(fixture.as<IOleDocumentView>()->SetInPlaceSite(fixture.host.site.in_place_site()), S_OK);
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(in_place_site_of(fixture).Get(), fixture.host.site.in_place_site());
+    fixture.release();
 }
 
 } // namespace

@@ -11,46 +11,46 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-bool is_document(document_bench& bench, IUnknown* object)
+bool is_document(document_fixture& fixture, IUnknown* object)
 {
     ComPtr<IUnknown> identity;
     return object && object->QueryInterface(IID_PPV_ARGS(&identity)) == S_OK &&
-           identity.Get() == bench.document.Get();
+           identity.Get() == fixture.document.Get();
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, IsTheDocumentItself)
 {
-    bench.create();
+    fixture.create();
     ComPtr<IOleDocumentView> view;
-    EXPECT_EQ(bench.as<IOleDocument>()->CreateView(nullptr, nullptr, 0, &view), S_OK);
-    EXPECT_TRUE(is_document(bench, view.Get()));
+    EXPECT_EQ(fixture.as<IOleDocument>()->CreateView(nullptr, nullptr, 0, &view), S_OK);
+    EXPECT_TRUE(is_document(fixture, view.Get()));
     ComPtr<IUnknown> document;
     EXPECT_EQ(view->GetDocument(&document), S_OK);
-    EXPECT_TRUE(is_document(bench, document.Get()));
+    EXPECT_TRUE(is_document(fixture, document.Get()));
     EXPECT_EQ(view->GetDocument(nullptr), E_FAIL);
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, IsMadeWithItsSite)
 {
-    bench.create();
-    bench.set_site();
-    const long before = bench.host.site.references();
+    fixture.create();
+    fixture.set_site();
+    const long before = fixture.host.site.references();
     ComPtr<IOleDocumentView> view;
-    EXPECT_EQ(bench.as<IOleDocument>()->CreateView(bench.host.site.in_place_site(), nullptr, 0, &view), S_OK);
-    EXPECT_EQ(bench.host.site.references(), before + 1);
+    EXPECT_EQ(fixture.as<IOleDocument>()->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &view), S_OK);
+    EXPECT_EQ(fixture.host.site.references(), before + 1);
     ComPtr<IOleInPlaceSite> site;
     EXPECT_EQ(view->GetInPlaceSite(&site), S_OK);
-    EXPECT_EQ(site.Get(), bench.host.site.in_place_site());
+    EXPECT_EQ(site.Get(), fixture.host.site.in_place_site());
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, ExistsOnce)
 {
-    bench.create();
-    const auto document = bench.as<IOleDocument>();
+    fixture.create();
+    const auto document = fixture.as<IOleDocument>();
     ComPtr<IOleDocumentView> first;
-    EXPECT_EQ(document->CreateView(bench.host.site.in_place_site(), nullptr, 0, &first), S_OK);
+    EXPECT_EQ(document->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &first), S_OK);
     ComPtr<IOleDocumentView> second;
-    EXPECT_EQ(document->CreateView(bench.host.site.in_place_site(), nullptr, 0, &second), E_FAIL);
+    EXPECT_EQ(document->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &second), E_FAIL);
     EXPECT_EQ(second.Get(), nullptr);
     EXPECT_EQ(document->CreateView(nullptr, nullptr, 0, &second), E_FAIL);
     EXPECT_EQ(second.Get(), nullptr);
@@ -58,20 +58,20 @@ QUILL_DOCUMENT_TEST(DocumentView, ExistsOnce)
 
 QUILL_DOCUMENT_TEST(DocumentView, RefusedASecondTimeLeavesTheHostItsView)
 {
-    bench.create();
-    const auto document = bench.as<IOleDocument>();
+    fixture.create();
+    const auto document = fixture.as<IOleDocument>();
     ComPtr<IOleDocumentView> view;
-    EXPECT_EQ(document->CreateView(bench.host.site.in_place_site(), nullptr, 0, &view), S_OK);
+    EXPECT_EQ(document->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &view), S_OK);
     IOleDocumentView* kept = view.Get();
-    EXPECT_EQ(document->CreateView(bench.host.site.in_place_site(), nullptr, 0, &kept), E_FAIL);
+    EXPECT_EQ(document->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &kept), E_FAIL);
     EXPECT_EQ(kept, view.Get());
 }
 
 // Without a site nothing says that there is a view already.
 QUILL_DOCUMENT_TEST(DocumentView, WithoutSiteCanBeAskedForAgain)
 {
-    bench.create();
-    const auto document = bench.as<IOleDocument>();
+    fixture.create();
+    const auto document = fixture.as<IOleDocument>();
     ComPtr<IOleDocumentView> first;
     ComPtr<IOleDocumentView> second;
     EXPECT_EQ(document->CreateView(nullptr, nullptr, 0, &first), S_OK);
@@ -81,53 +81,53 @@ QUILL_DOCUMENT_TEST(DocumentView, WithoutSiteCanBeAskedForAgain)
 
 QUILL_DOCUMENT_TEST(DocumentView, NullArgumentsAreRefusedAsTheHostExpects)
 {
-    bench.create();
-    const auto document = bench.as<IOleDocument>();
-    EXPECT_EQ(document->CreateView(bench.host.site.in_place_site(), nullptr, 0, nullptr), E_POINTER);
-    EXPECT_EQ(bench.host.site.references(), 0) << "refused before anything is kept";
+    fixture.create();
+    const auto document = fixture.as<IOleDocument>();
+    EXPECT_EQ(document->CreateView(fixture.host.site.in_place_site(), nullptr, 0, nullptr), E_POINTER);
+    EXPECT_EQ(fixture.host.site.references(), 0) << "refused before anything is kept";
     EXPECT_EQ(document->EnumViews(nullptr, nullptr), E_POINTER);
-    const auto view = bench.as<IOleDocumentView>();
+    const auto view = fixture.as<IOleDocumentView>();
     EXPECT_EQ(view->GetInPlaceSite(nullptr), E_FAIL);
     EXPECT_EQ(view->GetRect(nullptr), E_POINTER);
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, TakesAStateStreamAndIgnoresIt)
 {
-    bench.create();
+    fixture.create();
     ComPtr<IStream> stream;
     stream.Attach(SHCreateMemStream(nullptr, 0));
     ASSERT_NE(stream.Get(), nullptr);
     ComPtr<IOleDocumentView> view;
-    EXPECT_EQ(bench.as<IOleDocument>()->CreateView(nullptr, stream.Get(), 0, &view), S_OK);
-    EXPECT_TRUE(is_document(bench, view.Get()));
+    EXPECT_EQ(fixture.as<IOleDocument>()->CreateView(nullptr, stream.Get(), 0, &view), S_OK);
+    EXPECT_TRUE(is_document(fixture, view.Get()));
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, EnumerationGivesTheOneView)
 {
-    bench.create();
+    fixture.create();
     ComPtr<IOleDocumentView> view;
-    EXPECT_EQ(bench.as<IOleDocument>()->EnumViews(nullptr, &view), S_OK);
-    EXPECT_TRUE(is_document(bench, view.Get()));
+    EXPECT_EQ(fixture.as<IOleDocument>()->EnumViews(nullptr, &view), S_OK);
+    EXPECT_TRUE(is_document(fixture, view.Get()));
     view.Reset();
     ComPtr<IEnumOleDocumentViews> views;
-    EXPECT_EQ(bench.as<IOleDocument>()->EnumViews(&views, &view), S_OK);
-    EXPECT_TRUE(is_document(bench, view.Get()));
+    EXPECT_EQ(fixture.as<IOleDocument>()->EnumViews(&views, &view), S_OK);
+    EXPECT_TRUE(is_document(fixture, view.Get()));
     EXPECT_EQ(views.Get(), nullptr);
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, StatusSaysNoFileSupport)
 {
-    bench.create();
+    fixture.create();
     DWORD status = 0;
-    EXPECT_EQ(bench.as<IOleDocument>()->GetDocMiscStatus(&status), S_OK);
+    EXPECT_EQ(fixture.as<IOleDocument>()->GetDocMiscStatus(&status), S_OK);
     EXPECT_EQ(status, DWORD{DOCMISC_NOFILESUPPORT});
     EXPECT_EQ(status, 8u);
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, MethodsWithoutWorkSucceed)
 {
-    bench.create();
-    const auto view = bench.as<IOleDocumentView>();
+    fixture.create();
+    const auto view = fixture.as<IOleDocumentView>();
     RECT rect{1, 2, 3, 4};
     EXPECT_EQ(view->SetRectComplex(&rect, nullptr, nullptr, nullptr), S_OK);
     EXPECT_EQ(view->SetRectComplex(nullptr, nullptr, nullptr, nullptr), S_OK);
@@ -135,16 +135,16 @@ QUILL_DOCUMENT_TEST(DocumentView, MethodsWithoutWorkSucceed)
     EXPECT_EQ(view->SaveViewState(nullptr), S_OK);
     EXPECT_EQ(view->ApplyViewState(nullptr), S_OK);
     ComPtr<IOleDocumentView> clone;
-    EXPECT_EQ(view->Clone(bench.host.site.in_place_site(), &clone), S_OK);
+    EXPECT_EQ(view->Clone(fixture.host.site.in_place_site(), &clone), S_OK);
     EXPECT_EQ(clone.Get(), nullptr);
     EXPECT_EQ(view->Clone(nullptr, nullptr), S_OK);
-    EXPECT_EQ(bench.host.site.references(), 0);
+    EXPECT_EQ(fixture.host.site.references(), 0);
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, RectangleIsKeptWithoutAWindow)
 {
-    bench.create();
-    const auto view = bench.as<IOleDocumentView>();
+    fixture.create();
+    const auto view = fixture.as<IOleDocumentView>();
     RECT rect{-5, 7, 300, 400};
     EXPECT_EQ(view->SetRect(&rect), S_OK);
     RECT kept{};
@@ -154,8 +154,8 @@ QUILL_DOCUMENT_TEST(DocumentView, RectangleIsKeptWithoutAWindow)
 
 QUILL_DOCUMENT_TEST(DocumentView, NullRectangleDoesNotBlockLaterOnes)
 {
-    bench.create();
-    const auto view = bench.as<IOleDocumentView>();
+    fixture.create();
+    const auto view = fixture.as<IOleDocumentView>();
     view->SetRect(nullptr);
     RECT rect{1, 2, 30, 40};
     EXPECT_EQ(view->SetRect(&rect), S_OK);
@@ -166,14 +166,14 @@ QUILL_DOCUMENT_TEST(DocumentView, NullRectangleDoesNotBlockLaterOnes)
 
 QUILL_DOCUMENT_TEST(DocumentView, RectangleMovesTheWindow)
 {
-    bench.show_file(bench.pdf());
+    fixture.show_file(fixture.pdf());
     RECT rect{30, 40, 330, 240};
-    EXPECT_EQ(bench.host.view->SetRect(&rect), S_OK);
+    EXPECT_EQ(fixture.host.view->SetRect(&rect), S_OK);
     RECT actual{};
-    GetWindowRect(bench.window(), &actual);
-    MapWindowPoints(nullptr, bench.host.view_window(), reinterpret_cast<POINT*>(&actual), 2);
+    GetWindowRect(fixture.window(), &actual);
+    MapWindowPoints(nullptr, fixture.host.view_window(), reinterpret_cast<POINT*>(&actual), 2);
     EXPECT_TRUE(EqualRect(&actual, &rect));
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 // Moving the window makes some hosts set the rectangle again from inside: the inner call does nothing,
@@ -186,10 +186,10 @@ QUILL_DOCUMENT_TEST(DocumentView, RectangleInsideARectangleIsIgnored)
     nested_view = nullptr;
     nested_result = E_UNEXPECTED;
     nested_calls = 0;
-    bench.show_file(bench.pdf());
-    const HWND window = bench.window();
+    fixture.show_file(fixture.pdf());
+    const HWND window = fixture.window();
     ComPtr<IClassFactory> factory;
-    ASSERT_EQ(bench.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
+    ASSERT_EQ(fixture.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
     ComPtr<IOleDocumentView> other;
     ASSERT_EQ(factory->CreateInstance(nullptr, IID_PPV_ARGS(&other)), S_OK);
 
@@ -207,17 +207,17 @@ QUILL_DOCUMENT_TEST(DocumentView, RectangleInsideARectangleIsIgnored)
 
     RECT outer{30, 40, 330, 240};
     RECT kept{};
-    nested_view = bench.host.view.Get();
-    EXPECT_EQ(bench.host.view->SetRect(&outer), S_OK);
+    nested_view = fixture.host.view.Get();
+    EXPECT_EQ(fixture.host.view->SetRect(&outer), S_OK);
     EXPECT_GE(nested_calls, 1);
     EXPECT_EQ(nested_result, S_OK);
-    bench.host.view->GetRect(&kept);
+    fixture.host.view->GetRect(&kept);
     EXPECT_TRUE(EqualRect(&kept, &outer));
 
     nested_view = other.Get();
     nested_result = E_UNEXPECTED;
     outer = {0, 0, 200, 200};
-    EXPECT_EQ(bench.host.view->SetRect(&outer), S_OK);
+    EXPECT_EQ(fixture.host.view->SetRect(&outer), S_OK);
     EXPECT_EQ(nested_result, S_OK);
     RECT untouched{};
     other->GetRect(&untouched);
@@ -227,104 +227,104 @@ QUILL_DOCUMENT_TEST(DocumentView, RectangleInsideARectangleIsIgnored)
     SetWindowLongPtrW(window, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(old));
     other.Reset();
     factory.Reset();
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, UiActivationNeedsASite)
 {
-    bench.create();
-    bench.set_site();
-    EXPECT_EQ(bench.as<IOleDocumentView>()->UIActivate(TRUE), E_UNEXPECTED);
-    EXPECT_EQ(bench.as<IOleDocumentView>()->UIActivate(FALSE), S_OK);
+    fixture.create();
+    fixture.set_site();
+    EXPECT_EQ(fixture.as<IOleDocumentView>()->UIActivate(TRUE), E_UNEXPECTED);
+    EXPECT_EQ(fixture.as<IOleDocumentView>()->UIActivate(FALSE), S_OK);
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, ShowActivatesInPlaceOnly)
 {
-    bench.create();
-    bench.set_site();
-    bench.load_file(bench.pdf());
+    fixture.create();
+    fixture.set_site();
+    fixture.load_file(fixture.pdf());
     ComPtr<IOleDocumentView> view;
-    ASSERT_EQ(bench.as<IOleDocument>()->CreateView(bench.host.site.in_place_site(), nullptr, 0, &view), S_OK);
+    ASSERT_EQ(fixture.as<IOleDocument>()->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &view), S_OK);
     EXPECT_EQ(view->Show(TRUE), S_OK);
-    EXPECT_NE(bench.window(), nullptr);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 0);
+    EXPECT_NE(fixture.window(), nullptr);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIActivate"), 0);
     EXPECT_EQ(view->Show(TRUE), S_OK);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1) << "active already";
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1) << "active already";
     EXPECT_EQ(view->UIActivate(TRUE), S_OK);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1);
     EXPECT_EQ(view->UIActivate(TRUE), S_OK);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1) << "UI-active already";
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIActivate"), 1) << "UI-active already";
     EXPECT_EQ(view->Show(TRUE), S_OK);
     EXPECT_EQ(view->UIActivate(FALSE), S_OK);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 1);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 1);
     EXPECT_EQ(view->UIActivate(FALSE), S_OK);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 1) << "not UI-active any more";
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 1) << "not UI-active any more";
     view.Reset();
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, HidingDeactivatesTheUserInterface)
 {
-    bench.host.order = activation_order::site_then_ui_activate;
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.host.view->Show(FALSE), S_OK);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 1);
-    EXPECT_EQ(GetWindowLongW(bench.window(), GWL_STYLE) & WS_VISIBLE, 0);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 0);
-    EXPECT_EQ(bench.host.view->Show(FALSE), S_OK);
-    bench.close_in_order();
+    fixture.host.order = activation_order::site_then_ui_activate;
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.host.view->Show(FALSE), S_OK);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 1);
+    EXPECT_EQ(GetWindowLongW(fixture.window(), GWL_STYLE) & WS_VISIBLE, 0);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 0);
+    EXPECT_EQ(fixture.host.view->Show(FALSE), S_OK);
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, ClosingDeactivatesAndKeepsTheSitePointer)
 {
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.host.view->CloseView(0), S_OK);
-    EXPECT_EQ(bench.window(), nullptr);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.host.view->CloseView(0), S_OK);
+    EXPECT_EQ(fixture.window(), nullptr);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
     ComPtr<IOleInPlaceSite> site;
-    EXPECT_EQ(bench.host.view->GetInPlaceSite(&site), S_OK);
-    EXPECT_EQ(site.Get(), bench.host.site.in_place_site()) << "a null site deactivates and no more";
-    EXPECT_EQ(bench.host.view->CloseView(0), S_OK);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
+    EXPECT_EQ(fixture.host.view->GetInPlaceSite(&site), S_OK);
+    EXPECT_EQ(site.Get(), fixture.host.site.in_place_site()) << "a null site deactivates and no more";
+    EXPECT_EQ(fixture.host.view->CloseView(0), S_OK);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
     site.Reset();
-    bench.close_in_order();
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, AnotherSiteReplacesTheOldAndDeactivates)
 {
     document_host other;
-    bench.show_file(bench.pdf());
-    EXPECT_EQ(bench.host.view->SetInPlaceSite(other.site.in_place_site()), S_OK);
-    EXPECT_EQ(bench.window(), nullptr);
-    EXPECT_EQ(bench.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(fixture.host.view->SetInPlaceSite(other.site.in_place_site()), S_OK);
+    EXPECT_EQ(fixture.window(), nullptr);
+    EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceDeactivate"), 1);
     ComPtr<IOleInPlaceSite> site;
-    EXPECT_EQ(bench.host.view->GetInPlaceSite(&site), S_OK);
+    EXPECT_EQ(fixture.host.view->GetInPlaceSite(&site), S_OK);
     EXPECT_EQ(site.Get(), other.site.in_place_site());
     site.Reset();
-    bench.as<IOleObject>()->SetClientSite(nullptr);
-    EXPECT_EQ(bench.host.site.references(), 0) << "the old site is let go";
-    bench.release();
+    fixture.as<IOleObject>()->SetClientSite(nullptr);
+    EXPECT_EQ(fixture.host.site.references(), 0) << "the old site is let go";
+    fixture.release();
     EXPECT_EQ(other.site.references(), 0);
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, TheSameSiteAgainOnlyDeactivates)
 {
-    bench.show_file(bench.pdf());
-    const long before = bench.host.site.references();
-    EXPECT_EQ(bench.host.view->SetInPlaceSite(bench.host.site.in_place_site()), S_OK);
-    EXPECT_EQ(bench.window(), nullptr);
-    EXPECT_LE(bench.host.site.references(), before);
-    EXPECT_EQ(bench.host.view->Show(TRUE), S_OK);
-    EXPECT_NE(bench.window(), nullptr) << "and can be activated again";
-    bench.close_in_order();
+    fixture.show_file(fixture.pdf());
+    const long before = fixture.host.site.references();
+    EXPECT_EQ(fixture.host.view->SetInPlaceSite(fixture.host.site.in_place_site()), S_OK);
+    EXPECT_EQ(fixture.window(), nullptr);
+    EXPECT_LE(fixture.host.site.references(), before);
+    EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);
+    EXPECT_NE(fixture.window(), nullptr) << "and can be activated again";
+    fixture.close_in_order();
 }
 
 QUILL_DOCUMENT_TEST(DocumentView, WithoutASiteGivesNone)
 {
-    bench.create();
-    IOleInPlaceSite* site = bench.host.site.in_place_site();
-    bench.as<IOleDocumentView>()->GetInPlaceSite(&site);
+    fixture.create();
+    IOleInPlaceSite* site = fixture.host.site.in_place_site();
+    fixture.as<IOleDocumentView>()->GetInPlaceSite(&site);
     EXPECT_EQ(site, nullptr);
 }
 
@@ -332,17 +332,17 @@ QUILL_DOCUMENT_TEST(DocumentView, WithoutASiteGivesNone)
 QUILL_DOCUMENT_TEST(DocumentView, KeepsASiteOfItsOwnWhenTheClientSiteGoes)
 {
     document_host other;
-    bench.create();
-    bench.set_site();
-    EXPECT_EQ(bench.do_verb(OLEIVERB_PRIMARY), S_OK);
-    const auto view = bench.as<IOleDocumentView>();
+    fixture.create();
+    fixture.set_site();
+    EXPECT_EQ(fixture.do_verb(OLEIVERB_PRIMARY), S_OK);
+    const auto view = fixture.as<IOleDocumentView>();
     EXPECT_EQ(view->SetInPlaceSite(other.site.in_place_site()), S_OK);
-    EXPECT_EQ(bench.as<IOleObject>()->SetClientSite(nullptr), S_OK);
+    EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(nullptr), S_OK);
     ComPtr<IOleInPlaceSite> site;
     EXPECT_EQ(view->GetInPlaceSite(&site), S_OK);
     EXPECT_EQ(site.Get(), other.site.in_place_site());
     site.Reset();
-    bench.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
+    fixture.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
     EXPECT_EQ(other.site.references(), 0);
 }
 

@@ -37,7 +37,7 @@ protected:
     void SetUp() override
     {
         ASSERT_EQ(OleInitialize(nullptr), S_OK);
-        scene_ = std::make_unique<scene>();
+        parts_ = std::make_unique<parts>();
         {
             // What the first hosted control, and the test library's first trace, bring with them stays.
             SCOPED_TRACE("warm-up");
@@ -48,19 +48,19 @@ protected:
             DWORD status = 0;
             OleRegGetMiscStatus(CLSID_hosted, DVASPECT_CONTENT, &status);
         }
-        scene_.reset();
+        parts_.reset();
         ATL::_AtlWinModule.Term();
         before_ = process_resources::now();
-        scene_ = std::make_unique<scene>();
+        parts_ = std::make_unique<parts>();
     }
 
     void TearDown() override
     {
         if (IsWindow(host_window))
             DestroyWindow(host_window);
-        EXPECT_TRUE(scene_->control.released()) << scene_->control.references.count();
+        EXPECT_TRUE(parts_->control.released()) << parts_->control.references.count();
         EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 0);
-        scene_.reset();
+        parts_.reset();
         EXPECT_TRUE(ATL::AtlAxWinTerm());
         ATL::_AtlWinModule.Term();
         EXPECT_EQ(process_resources::now(), before_);
@@ -71,7 +71,7 @@ protected:
     {
         EXPECT_TRUE(ATL::AtlAxWinInit());
         host_window = CreateWindowExW(0, L"AtlAxWin140", title, WS_CHILD | WS_VISIBLE, 0, 0, 200, 100,
-                                      scene_->parent, nullptr, GetModuleHandleW(nullptr), nullptr);
+                                      parts_->parent, nullptr, GetModuleHandleW(nullptr), nullptr);
         return host_window;
     }
     CComQIPtr<IAxWinHostWindow> host_of(HWND window)
@@ -97,32 +97,32 @@ protected:
     {
         for (const LPCWSTR name : unknown_names)
             EXPECT_TRUE(FAILED(ATL::AtlAxCreateControl(name, parent(), nullptr, nullptr)));
-        scene_.reset();
+        parts_.reset();
         before_ = process_resources::now();
-        scene_ = std::make_unique<scene>();
+        parts_ = std::make_unique<parts>();
     }
     void forget_new_handles()
     {
-        scene_.reset();
+        parts_.reset();
         before_.kernel_handles = process_resources::now().kernel_handles;
-        scene_ = std::make_unique<scene>();
+        parts_ = std::make_unique<parts>();
     }
-    hosted_control& control() { return scene_->control; }
-    hosted_class& control_class() { return scene_->factory; }
-    HWND parent() { return scene_->parent; }
+    hosted_control& control() { return parts_->control; }
+    hosted_class& control_class() { return parts_->factory; }
+    HWND parent() { return parts_->parent; }
 
     HWND host_window = nullptr;
 
 private:
     // Everything that must be gone before the counts are compared.
-    struct scene
+    struct parts
     {
-        scene()
+        parts()
             : parent(CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 300, 200, nullptr, nullptr, nullptr,
                                      nullptr))
         {
         }
-        ~scene() { DestroyWindow(parent); }
+        ~parts() { DestroyWindow(parent); }
 
         HWND parent;
         hosted_control control;
@@ -132,7 +132,7 @@ private:
         }};
     };
 
-    std::unique_ptr<scene> scene_;
+    std::unique_ptr<parts> parts_;
     process_resources before_;
 };
 

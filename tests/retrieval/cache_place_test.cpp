@@ -50,7 +50,7 @@ TEST(CreateCacheFolder, RefusesATextThatDoesNotFit)
     EXPECT_EQ(CreateCacheFolder(L"C:\\" + std::wstring(5000, L'x') + L"\\"), L"");
 }
 
-class DownloadPlace : public download_scene
+class DownloadPlace : public download_fixture
 {
 protected:
     // The lines behind the first one, of a download of target into what QUILL_TMP_FOLDER says.

@@ -40,7 +40,7 @@ bool download_thread::ended_within(DWORD timeout_ms) const
            GetExitCodeThread(thread_, &exit_code) && exit_code == 0;
 }
 
-download_scene::download_scene()
+download_fixture::download_fixture()
     : override_(L"QUILL_TMP_FOLDER", temporary_.path()), user_settings_(HKEY_CURRENT_USER, switch_key),
       machine_settings_(HKEY_LOCAL_MACHINE, switch_key, KEY_WOW64_64KEY),
       machine_settings_32_(HKEY_LOCAL_MACHINE, switch_key, KEY_WOW64_32KEY),
@@ -48,23 +48,23 @@ download_scene::download_scene()
 {
 }
 
-download_scene::~download_scene()
+download_fixture::~download_fixture()
 {
     CloseHandle(cancel_event_);
 }
 
-download_job download_scene::job_for(const fake_document_window& window) const
+download_job download_fixture::job_for(const fake_document_window& window) const
 {
     return {window.handle(), cancel_event_, nullptr};
 }
 
-void download_scene::download(fake_document_window& window) const
+void download_fixture::download(fake_document_window& window) const
 {
     const download_thread worker(job_for(window));
     EXPECT_TRUE(worker.ended_within(end_deadline_ms));
 }
 
-std::vector<std::string> download_scene::lines()
+std::vector<std::string> download_fixture::lines()
 {
     static const std::regex error_code("(Default - [0-9]) [0-9]+$");
     auto result = log_.lines();
@@ -76,7 +76,7 @@ std::vector<std::string> download_scene::lines()
     return result;
 }
 
-std::vector<std::string> download_scene::lines_up_to_download(const std::wstring& url,
+std::vector<std::string> download_fixture::lines_up_to_download(const std::wstring& url,
                                                               const std::string& file) const
 {
     return {"debug: ACTIVEDOC DownloadPDFFile URL: " + to_utf8(url),
@@ -84,7 +84,7 @@ std::vector<std::string> download_scene::lines_up_to_download(const std::wstring
             "debug: ACTIVEDOC KIEBrowserPlugin: Default - 1 CODE"};
 }
 
-std::string download_scene::contents(const std::wstring& file) const
+std::string download_fixture::contents(const std::wstring& file) const
 {
     return read_file(temporary_ / file).value_or("no file");
 }

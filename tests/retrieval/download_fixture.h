@@ -40,11 +40,11 @@ private:
     HANDLE thread_;
 };
 
-class download_scene : public testing::Test
+class download_fixture : public testing::Test
 {
 protected:
-    download_scene();
-    ~download_scene() override;
+    download_fixture();
+    ~download_fixture() override;
 
     download_job job_for(const fake_document_window& window) const;
     // Runs the worker to its end against a window that answers properly.

@@ -13,7 +13,7 @@ using testing::IsEmpty;
 
 const std::string checked = "debug: ACTIVEDOC isPDF [TRUE]";
 
-class DownloadFromServer : public download_scene
+class DownloadFromServer : public download_fixture
 {
 protected:
     // Downloads target against a proper window and expects it to be opened as file (below TEMP).

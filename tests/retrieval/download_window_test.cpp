@@ -16,7 +16,7 @@ using testing::IsEmpty;
 constexpr DWORD shortest_hang_ms = 1'900;
 constexpr DWORD longest_hang_ms = 10'000;
 
-class DownloadForWindow : public download_scene
+class DownloadForWindow : public download_fixture
 {
 protected:
     DownloadForWindow() { server_.route("/a.pdf", http_response::ok(pdf_body(100))); }

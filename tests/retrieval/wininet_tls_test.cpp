@@ -21,7 +21,7 @@ using testing::ElementsAre;
 const std::string bad_certificates[] = {"self_signed", "expired", "wrong_name", "all_faults"};
 
 // Made once for all cases: keys take time, and a process keeps the roots that it has seen.
-struct tls_world
+struct tls_fixture
 {
     http_server server;
     tls_servers secure{server.port()};
@@ -30,12 +30,12 @@ struct tls_world
 
 struct WinInetTls : testing::Test
 {
-    static inline std::unique_ptr<tls_world> world_;
-    static void SetUpTestSuite() { world_ = std::make_unique<tls_world>(); }
-    static void TearDownTestSuite() { world_.reset(); }
+    static inline std::unique_ptr<tls_fixture> shared_;
+    static void SetUpTestSuite() { shared_ = std::make_unique<tls_fixture>(); }
+    static void TearDownTestSuite() { shared_.reset(); }
 
-    http_server& server = world_->server;
-    const tls_servers& secure = world_->secure;
+    http_server& server = shared_->server;
+    const tls_servers& secure = shared_->secure;
     log_capture log;
     scratch_directory folder;
     std::wstring path = folder / L"a.pdf";

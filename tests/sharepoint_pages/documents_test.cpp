@@ -22,8 +22,8 @@ protected:
     }
 
     viewer_registration registration;
-    call_book book;
-    viewer_script script{book};
+    call_log calls;
+    viewer_script script{calls};
     viewer_class viewers{script};
 };
 

@@ -83,7 +83,7 @@ bool bare_download::read_through_wininet()
     return !is_unwanted_;
 }
 
-void download_barely(download_path path, const std::wstring& url, const std::wstring& file)
+void run_bare_download(download_path path, const std::wstring& url, const std::wstring& file)
 {
     const bare_download download(path, url, file);
     EXPECT_TRUE(test::wait_until([&] { return download.is_done(); }, 60'000));

@@ -43,6 +43,6 @@ private:
 };
 
 // Fetches the URL into the file and waits for the end; the calling thread's messages are delivered meanwhile.
-void download_barely(download_path path, const std::wstring& url, const std::wstring& file);
+void run_bare_download(download_path path, const std::wstring& url, const std::wstring& file);
 
 } // namespace quill::soak

@@ -63,7 +63,7 @@ inline constexpr std::uint32_t slow_piece_delay_ms = 5;
 // How a plan's stages are told.
 struct closing_signs
 {
-    // How many requests the server has of this life; the last is the worker's.
+    // How many requests the server has of this cycle; the last is the worker's.
     std::function<std::size_t()> requests;
     std::size_t requests_with_the_worker = 1;
     std::function<bool()> load_waits;

@@ -39,25 +39,25 @@ class closings
 public:
     explicit closings(std::uint64_t seed) : random_(seed)
     {
-        world_.server.route("/quick.pdf", test::http_response::ok(test::pdf_body(20'000)));
+        fixture_.server.route("/quick.pdf", test::http_response::ok(test::pdf_body(20'000)));
         auto slow = test::http_response::ok(test::pdf_body(slow_body_size));
         slow.piece_size = slow_piece_size;
         slow.piece_delay_ms = slow_piece_delay_ms;
-        world_.server.route("/slow.pdf", slow);
+        fixture_.server.route("/slow.pdf", slow);
     }
 
-    void live(std::size_t number)
+    void open_and_close(std::size_t number)
     {
         const closing_plan drawn = draw_closing(random_, ways_down);
         SCOPED_TRACE(text_of(drawn, number));
-        world_.use(drawn.path);
+        fixture_.use(drawn.path);
         viewer_store viewers;
         {
-            hosted_document document(world_);
-            document.load_url(world_.server.url(drawn.slow ? L"/slow.pdf" : L"/quick.pdf"));
+            hosted_document document(fixture_);
+            document.load_url(fixture_.server.url(drawn.slow ? L"/slow.pdf" : L"/quick.pdf"));
             EXPECT_EQ(document.do_verb(OLEIVERB_SHOW), S_OK);
-            reach(drawn, world_.server,
-                  {[&] { return world_.server.requests().size(); }, 1, load_is_posted,
+            reach(drawn, fixture_.server,
+                  {[&] { return fixture_.server.requests().size(); }, 1, load_is_posted,
                    [&] { return viewers.opened() > 0; }});
             const std::size_t opened = viewers.opened();
             const ULONGLONG begin = GetTickCount64();
@@ -67,25 +67,25 @@ public:
             test::pump_messages();
             EXPECT_EQ(viewers.opened(), opened) << "something was shown after the end";
         }
-        EXPECT_EQ(world_.module.can_unload_now(), S_OK);
-        EXPECT_TRUE(world_.server.wait_idle(10'000)) << "somebody still downloads";
-        world_.server.forget_requests();
-        world_.empty_cache();
+        EXPECT_EQ(fixture_.module.can_unload_now(), S_OK);
+        EXPECT_TRUE(fixture_.server.wait_idle(10'000)) << "somebody still downloads";
+        fixture_.server.forget_requests();
+        fixture_.empty_cache();
     }
 
     // A download of the same size by the same rhythm, without the module and not broken off.
-    void live_barely(std::size_t number)
+    void run_bare(std::size_t number)
     {
-        download_barely(number & 1 ? download_path::wininet : download_path::urlmon,
-                        world_.server.url(L"/quick.pdf"), world_.cache / L"bare.pdf");
-        EXPECT_TRUE(world_.server.wait_idle(10'000));
-        world_.server.forget_requests();
+        run_bare_download(number & 1 ? download_path::wininet : download_path::urlmon,
+                        fixture_.server.url(L"/quick.pdf"), fixture_.cache / L"bare.pdf");
+        EXPECT_TRUE(fixture_.server.wait_idle(10'000));
+        fixture_.server.forget_requests();
     }
 
     ULONGLONG longest_ms() const { return longest_ms_; }
 
 private:
-    document_world world_;
+    document_soak_fixture fixture_;
     std::mt19937_64 random_;
     ULONGLONG longest_ms_ = 0;
 };
@@ -98,11 +98,11 @@ TEST(ClosingSoak, AtAnyStageOfADownload)
         const auto closings_wanted =
             static_cast<std::size_t>(number_setting(L"QUILL_SOAK_CLOSINGS", short_closings));
         closings run(announced_seed("closing"));
-        run_lives(bare, warm_up_closings, closings_wanted,
-                  [&](std::size_t number) { run.live_barely(number); });
-        run_lives(table, warm_up_closings, closings_wanted, [&](std::size_t number) {
+        run_cycles(bare, warm_up_closings, closings_wanted,
+                  [&](std::size_t number) { run.run_bare(number); });
+        run_cycles(table, warm_up_closings, closings_wanted, [&](std::size_t number) {
             if (!testing::Test::HasFailure())
-                run.live(number);
+                run.open_and_close(number);
         });
         // What the download services keep of a download that is not broken off.
         growth_limits limits = growth_of(bare, 1);

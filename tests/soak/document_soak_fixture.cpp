@@ -15,14 +15,14 @@ namespace quill::soak {
 
 using Microsoft::WRL::ComPtr;
 
-document_world::document_world() : local_pdf(files / L"sample.pdf")
+document_soak_fixture::document_soak_fixture() : local_pdf(files / L"sample.pdf")
 {
     static const HRESULT ole = OleInitialize(nullptr);
     EXPECT_TRUE(SUCCEEDED(ole));
     EXPECT_TRUE(test::write_file(local_pdf, test::pdf_body(5'000)));
 }
 
-document_world::~document_world()
+document_soak_fixture::~document_soak_fixture()
 {
     EXPECT_EQ(module.can_unload_now(), S_OK);
 }
@@ -40,10 +40,10 @@ bool viewer_store::wait_until_opened(std::size_t times, DWORD deadline_ms) const
     return test::wait_until([this, times] { return opened() >= times; }, deadline_ms);
 }
 
-hosted_document::hosted_document(const document_world& world)
+hosted_document::hosted_document(const document_soak_fixture& fixture)
 {
     ComPtr<IClassFactory> factory;
-    if (world.module.get_class_object(test::active_document_class_id, IID_PPV_ARGS(&factory)) != S_OK ||
+    if (fixture.module.get_class_object(test::active_document_class_id, IID_PPV_ARGS(&factory)) != S_OK ||
         factory->CreateInstance(nullptr, IID_PPV_ARGS(&document)) != S_OK)
         throw std::runtime_error("no document object");
     host.document = document.Get();

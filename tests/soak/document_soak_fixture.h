@@ -17,13 +17,13 @@
 
 namespace quill::soak {
 
-class document_world : public download_setup
+class document_soak_fixture : public download_setup
 {
 public:
-    document_world();
-    document_world(const document_world&) = delete;
-    document_world& operator=(const document_world&) = delete;
-    ~document_world(); // the module must say that it can go, and go
+    document_soak_fixture();
+    document_soak_fixture(const document_soak_fixture&) = delete;
+    document_soak_fixture& operator=(const document_soak_fixture&) = delete;
+    ~document_soak_fixture(); // the module must say that it can go, and go
 
     test::scratch_directory files;
     test::viewer_registration registration;
@@ -33,7 +33,7 @@ public:
 };
 
 // The viewers of all documents that are open at a time. The class object keeps each viewer that it has made,
-// so a long run takes a new one for each of its lives.
+// so a long run takes a new one for each of its cycles.
 class viewer_store
 {
 public:
@@ -43,7 +43,7 @@ public:
     std::size_t opened() const;
     bool wait_until_opened(std::size_t times = 1, DWORD deadline_ms = 20'000) const;
 
-    test::call_book calls;
+    test::call_log calls;
     test::viewer_script script;
     test::viewer_class viewers;
 };
@@ -52,7 +52,7 @@ public:
 class hosted_document
 {
 public:
-    explicit hosted_document(const document_world& world);
+    explicit hosted_document(const document_soak_fixture& fixture);
     hosted_document(const hosted_document&) = delete;
     hosted_document& operator=(const hosted_document&) = delete;
     // Lets go of everything. Document, windows and references must be gone then.

@@ -21,9 +21,9 @@ constexpr std::size_t short_crowd = 25;
 constexpr DWORD crowd_deadline_ms = 120'000;
 constexpr DWORD server_rest_ms = 5'000;
 
-void close(hosted_document& document, std::size_t life)
+void close(hosted_document& document, std::size_t cycle)
 {
-    switch (life % 3) {
+    switch (cycle % 3) {
     case 0:
         return document.close_as_navigating_away();
     case 1:
@@ -34,48 +34,48 @@ void close(hosted_document& document, std::size_t life)
 }
 
 // A local file and a fetched one by turns, shown in both orders of a host, taken down in three ways.
-void live(document_world& world, std::size_t life)
+void open_and_close(document_soak_fixture& fixture, std::size_t cycle)
 {
     {
         viewer_store viewers;
-        hosted_document document(world);
-        document.host.order = life & 1 ? test::activation_order::site_then_ui_activate
+        hosted_document document(fixture);
+        document.host.order = cycle & 1 ? test::activation_order::site_then_ui_activate
                                        : test::activation_order::create_view_with_site;
-        if (life % 4 < 2)
-            document.load_file(world.local_pdf);
+        if (cycle % 4 < 2)
+            document.load_file(fixture.local_pdf);
         else
-            document.load_url(world.server.url(L"/x.pdf#page=2"));
+            document.load_url(fixture.server.url(L"/x.pdf#page=2"));
         EXPECT_EQ(document.do_verb(OLEIVERB_SHOW), S_OK);
-        EXPECT_TRUE(viewers.wait_until_opened()) << "life " << life;
-        close(document, life);
+        EXPECT_TRUE(viewers.wait_until_opened()) << "cycle " << cycle;
+        close(document, cycle);
     }
-    EXPECT_TRUE(world.server.wait_idle(server_rest_ms));
-    EXPECT_EQ(world.module.can_unload_now(), S_OK) << "life " << life;
-    world.server.forget_requests();
-    world.empty_cache();
+    EXPECT_TRUE(fixture.server.wait_idle(server_rest_ms));
+    EXPECT_EQ(fixture.module.can_unload_now(), S_OK) << "cycle " << cycle;
+    fixture.server.forget_requests();
+    fixture.empty_cache();
 }
 
 // The same number of downloads by the same rhythm, without the module.
-void live_barely(document_world& world, download_path path, std::size_t life)
+void run_bare(document_soak_fixture& fixture, download_path path, std::size_t cycle)
 {
-    if (life % 4 >= 2)
-        download_barely(path, world.server.url(L"/x.pdf"), world.cache / L"bare.pdf");
-    EXPECT_TRUE(world.server.wait_idle(server_rest_ms));
-    world.server.forget_requests();
+    if (cycle % 4 >= 2)
+        run_bare_download(path, fixture.server.url(L"/x.pdf"), fixture.cache / L"bare.pdf");
+    EXPECT_TRUE(fixture.server.wait_idle(server_rest_ms));
+    fixture.server.forget_requests();
 }
 
 // As many downloads at the same time, without the module.
-void crowd_barely(document_world& world, download_path path, std::size_t crowd_size)
+void run_bare_crowd(document_soak_fixture& fixture, download_path path, std::size_t crowd_size)
 {
     std::vector<std::unique_ptr<bare_download>> crowd;
     for (std::size_t i = 0; i < crowd_size; ++i)
-        crowd.push_back(std::make_unique<bare_download>(path, world.server.url(L"/x.pdf"),
-                                                        world.cache / (std::to_wstring(i) + L".pdf")));
+        crowd.push_back(std::make_unique<bare_download>(path, fixture.server.url(L"/x.pdf"),
+                                                        fixture.cache / (std::to_wstring(i) + L".pdf")));
     for (const auto& each : crowd)
         EXPECT_TRUE(test::wait_until([&] { return each->is_done(); }, crowd_deadline_ms));
     crowd.clear();
-    EXPECT_TRUE(world.server.wait_idle(server_rest_ms));
-    world.server.forget_requests();
+    EXPECT_TRUE(fixture.server.wait_idle(server_rest_ms));
+    fixture.server.forget_requests();
 }
 
 void soak(download_path path, const std::string& service)
@@ -84,14 +84,14 @@ void soak(download_path path, const std::string& service)
     sample_table bare("downloads alone: half of as many, through " + service);
     sample_table table("document openings, half of them fetched through " + service);
     {
-        document_world world;
-        world.use(path);
-        world.server.route("/x.pdf", test::http_response::ok(test::pdf_body(20'000)));
-        run_lives(bare, warm_up_openings, openings,
-                  [&](std::size_t number) { live_barely(world, path, number); });
-        run_lives(table, warm_up_openings, openings, [&](std::size_t number) {
+        document_soak_fixture fixture;
+        fixture.use(path);
+        fixture.server.route("/x.pdf", test::http_response::ok(test::pdf_body(20'000)));
+        run_cycles(bare, warm_up_openings, openings,
+                  [&](std::size_t number) { run_bare(fixture, path, number); });
+        run_cycles(table, warm_up_openings, openings, [&](std::size_t number) {
             if (!testing::Test::HasFailure())
-                live(world, number);
+                open_and_close(fixture, number);
         });
         table.expect_flat_from(1, growth_of(bare, 1));
     }
@@ -115,18 +115,18 @@ TEST(DocumentSoak, ManyAtOnce)
     sample_table table("many documents open at once");
     const std::size_t crowd_size = number_setting(L"QUILL_SOAK_CROWD", short_crowd);
     {
-        document_world world;
-        world.server.route("/x.pdf", test::http_response::ok(test::pdf_body(20'000)));
+        document_soak_fixture fixture;
+        fixture.server.route("/x.pdf", test::http_response::ok(test::pdf_body(20'000)));
         const auto path_of = [](std::size_t number) {
             return number & 1 ? download_path::wininet : download_path::urlmon;
         };
-        const auto crowd_life = [&](std::size_t number) {
-            world.use(path_of(number));
+        const auto crowd_cycle = [&](std::size_t number) {
+            fixture.use(path_of(number));
             viewer_store viewers;
             std::vector<std::unique_ptr<hosted_document>> crowd;
             for (std::size_t i = 0; i < crowd_size; ++i) {
-                crowd.push_back(std::make_unique<hosted_document>(world));
-                crowd.back()->load_url(world.server.url(L"/x.pdf"));
+                crowd.push_back(std::make_unique<hosted_document>(fixture));
+                crowd.back()->load_url(fixture.server.url(L"/x.pdf"));
                 // Placed in a page, so that no menus are merged: hundreds of frames never are in one thread.
                 EXPECT_EQ(crowd.back()->do_verb(OLEIVERB_INPLACEACTIVATE), S_OK);
             }
@@ -134,13 +134,13 @@ TEST(DocumentSoak, ManyAtOnce)
             for (std::size_t i = 0; i < crowd.size(); ++i)
                 close(*crowd[i], i);
             crowd.clear();
-            EXPECT_TRUE(world.server.wait_idle(server_rest_ms));
-            EXPECT_EQ(world.module.can_unload_now(), S_OK);
-            world.server.forget_requests();
-            world.empty_cache();
+            EXPECT_TRUE(fixture.server.wait_idle(server_rest_ms));
+            EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
+            fixture.server.forget_requests();
+            fixture.empty_cache();
         };
-        run_lives(bare, 2, 2, [&](std::size_t number) { crowd_barely(world, path_of(number), crowd_size); });
-        run_lives(table, 2, 2, crowd_life);
+        run_cycles(bare, 2, 2, [&](std::size_t number) { run_bare_crowd(fixture, path_of(number), crowd_size); });
+        run_cycles(table, 2, 2, crowd_cycle);
         growth_limits limits;
         // What the download services keep of each: urlmon two blocks, WinINet one. Their sizes vary by
         // kilobytes.

@@ -1,4 +1,4 @@
-// The browser closed, or left, at every stage of a document's life, at random, through the system's own
+// The browser closed, or left, at every stage of a document, at random, through the system's own
 // engine; beside a document object that does nothing and has a bare download.
 #include "tests/soak/closing_plan.h"
 #include "tests/soak/engine_soak_fixture.h"
@@ -80,7 +80,7 @@ struct outcome
     long strayed = 0;       // how often the browser was not seen where it was sent while something loaded
 };
 
-class EngineClosings : public engine_world
+class EngineClosings : public engine_soak_fixture
 {
 protected:
     EngineClosings()
@@ -104,7 +104,7 @@ protected:
         long warm = before;
         // What the engine keeps never settles, and the short run has no time to see that.
         const bool settles = through || closings > short_closings;
-        run_lives(result.table, warm_up_closings, closings, settles, [&](std::size_t number) {
+        run_cycles(result.table, warm_up_closings, closings, settles, [&](std::size_t number) {
             closing_plan drawn = draw_closing_in_browser(random, static_cast<std::size_t>(way_down::count));
             while (host_is_through(drawn) != through)
                 drawn = draw_closing_in_browser(random, static_cast<std::size_t>(way_down::count));
@@ -112,7 +112,7 @@ protected:
                 drawn.path = number & 1 ? download_path::wininet : download_path::urlmon;
             trace_step(number, text_of(drawn, number).c_str());
             if (!HasFailure())
-                live(guest, drawn, number);
+                open_and_close(guest, drawn, number);
             if (number + 1 == warm_up_closings) // reading the log leaves something on the heap, too
                 warm = living();
         });
@@ -140,7 +140,7 @@ protected:
     }
 
 private:
-    // The first request of a life is the engine's, the second the worker's. The engine's quick one comes in
+    // The first request of a cycle is the engine's, the second the worker's. The engine's quick one comes in
     // one piece.
     void serve(const engine_guest& guest)
     {
@@ -157,7 +157,7 @@ private:
                      });
     }
 
-    void live(engine_guest& guest, const closing_plan& drawn, std::size_t number)
+    void open_and_close(engine_guest& guest, const closing_plan& drawn, std::size_t number)
     {
         SCOPED_TRACE(text_of(drawn, number));
         mark = "?" + std::to_string(number);
@@ -230,7 +230,7 @@ private:
     const std::uint64_t seed = announced_seed("closing in the engine");
     ULONGLONG longest_ms = 0;
     long strayed = 0;
-    // Changed between lives only; read on the server's threads.
+    // Changed between cycles only; read on the server's threads.
     std::string mark;
     closing_plan plan;
     std::atomic<std::size_t> requests = 0;
@@ -256,8 +256,8 @@ TEST_F(EngineClosings, WhileTheEngineItselfLoads)
     const auto kept = static_cast<double>(documents.kept_measured);
     const auto kept_bare = static_cast<double>(bare.kept_measured);
     // Which of them are kept or do not leave is decided by moments.
-    const auto lives = static_cast<double>(documents.table.lines().back().done);
-    const auto about = [lives](double count) { return count + 2 + lives / 50 + 2 * std::sqrt(count); };
+    const auto cycles = static_cast<double>(documents.table.lines().back().done);
+    const auto about = [cycles](double count) { return count + 2 + cycles / 50 + 2 * std::sqrt(count); };
     EXPECT_LE(kept, about(kept_bare));
     EXPECT_LE(static_cast<double>(documents.strayed), about(static_cast<double>(bare.strayed)));
     if (documents.kept == 0)

@@ -24,7 +24,7 @@ constexpr std::size_t short_crowd = 4;
 constexpr std::size_t crowds = 2; // after as many to warm up: one through each way of downloading
 constexpr DWORD deadline_ms = 120'000;
 
-class EngineCrowd : public engine_world
+class EngineCrowd : public engine_soak_fixture
 {
 protected:
     EngineCrowd() : everybody_waits(CreateEventW(nullptr, TRUE, FALSE, nullptr)) {}
@@ -34,10 +34,10 @@ protected:
     {
         serve(guest);
         threads_at_once = 0;
-        run_lives(table, crowds, crowds, false, [&](std::size_t number) {
+        run_cycles(table, crowds, crowds, false, [&](std::size_t number) {
             if (HasFailure())
                 return;
-            live(guest, number & 1 ? download_path::wininet : download_path::urlmon);
+            open_and_close(guest, number & 1 ? download_path::wininet : download_path::urlmon);
             if (size > short_crowd)
                 wait_for_the_systems_workers();
         });
@@ -73,7 +73,7 @@ private:
         return waiting;
     }
 
-    void live(engine_guest& guest, download_path path)
+    void open_and_close(engine_guest& guest, download_path path)
     {
         guest.begin(path);
         {

@@ -9,7 +9,7 @@
 
 namespace quill::soak {
 
-void engine_world::print_last_lines() const
+void engine_soak_fixture::print_last_lines() const
 {
     constexpr std::size_t wanted = 12;
     const auto lines = log.lines();
@@ -18,7 +18,7 @@ void engine_world::print_last_lines() const
     std::fflush(stdout);
 }
 
-long engine_world::living_documents() const
+long engine_soak_fixture::living_documents() const
 {
     constexpr std::string_view made = "ACTIVEDOC ", gone = "~ACTIVEDOC ";
     long count = 0;

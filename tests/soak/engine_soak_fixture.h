@@ -22,7 +22,7 @@
 
 namespace quill::soak {
 
-class engine_world : public testing::Test
+class engine_soak_fixture : public testing::Test
 {
 protected:
     // The module's last lines: at which step an opening stopped.
@@ -50,9 +50,9 @@ public:
     // The path that leads the engine to such a document, and the type of what is there.
     virtual std::wstring path() const = 0;
     virtual std::string type() const = 0;
-    // Before the first document of a life is opened: how the workers fetch.
+    // Before the first document of a cycle is opened: how the workers fetch.
     virtual void begin(download_path way) = 0;
-    // How many documents of this life have all that they need.
+    // How many documents of this cycle have all that they need.
     virtual std::size_t done() const = 0;
     // How often something was shown that only a wanted document shows.
     virtual std::size_t shown() const = 0;
@@ -60,7 +60,7 @@ public:
     virtual std::size_t workers() const = 0;
     // Documents from now on are others'.
     virtual void leave() = 0;
-    // After the last document of a life is closed: how many workers are left.
+    // After the last document of a cycle is closed: how many workers are left.
     virtual std::size_t end() = 0;
 };
 

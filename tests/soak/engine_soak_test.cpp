@@ -22,7 +22,7 @@ std::size_t visits()
     return static_cast<std::size_t>(number_setting(L"QUILL_SOAK_VISITS", short_visits));
 }
 
-class EngineSoak : public engine_world
+class EngineSoak : public engine_soak_fixture
 {
 protected:
     EngineSoak()
@@ -50,7 +50,7 @@ protected:
     {
         const std::size_t before = trivial.shown();
         visit(L"/trivial.bin", [&] { return trivial.shown() > before; }, missed);
-        download_barely(download_path::urlmon, server.url(L"/plan.pdf"), files / L"bare.pdf");
+        run_bare_download(download_path::urlmon, server.url(L"/plan.pdf"), files / L"bare.pdf");
         server.forget_requests();
     }
     // The class object keeps each viewer that it has made, so each visit has one of its own.
@@ -69,8 +69,8 @@ TEST_F(EngineSoak, Documents)
     std::size_t missed = 0;
     sample_table bare("a trivial document through the engine");
     sample_table table("documents through the engine");
-    run_lives(bare, warm_up_visits, visits(), [&](std::size_t) { visit_trivial(bare_missed); });
-    run_lives(table, warm_up_visits, visits(), [&](std::size_t) { visit_document(missed); });
+    run_cycles(bare, warm_up_visits, visits(), [&](std::size_t) { visit_trivial(bare_missed); });
+    run_cycles(table, warm_up_visits, visits(), [&](std::size_t) { visit_document(missed); });
     std::printf("never shown: %zu of the trivial ones, %zu of the module's\n", bare_missed, missed);
     EXPECT_EQ(trivial.living(), 0);
     EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";

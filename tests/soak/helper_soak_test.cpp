@@ -83,7 +83,7 @@ TEST(HelperSoak, PagesWithClicks)
         test::module_under_test module;
         CComPtr<IObjectWithSite> kept = make_helper(module);
         std::size_t starts = 0;
-        run_lives(table, warm_up_pages, number_setting(L"QUILL_SOAK_PAGES", short_pages),
+        run_cycles(table, warm_up_pages, number_setting(L"QUILL_SOAK_PAGES", short_pages),
                   [&](std::size_t number) {
                       if (testing::Test::HasFailure())
                           return;
@@ -119,7 +119,7 @@ TEST(HelperSoak, OneTabOfManyPages)
         test::editor_bench bench;
         bench.use_editor();
         test::module_under_test module;
-        run_lives(table, warm_up_tabs, tabs, [&](std::size_t) {
+        run_cycles(table, warm_up_tabs, tabs, [&](std::size_t) {
             if (testing::Test::HasFailure())
                 return;
             fake_scene scene;
@@ -148,7 +148,7 @@ TEST(HelperSoak, OneTabOfManyPages)
         table.expect_flat_from(1, none);
         EXPECT_EQ(module.can_unload_now(), S_OK);
     }
-    std::printf("heap blocks of a page, fakes included, while its tab lives: %.1f\n",
+    std::printf("heap blocks of a page, fakes included, while its tab is open: %.1f\n",
                 static_cast<double>(blocks_at_the_end) / static_cast<double>(pages_of_a_tab));
     OleUninitialize();
 }

@@ -31,7 +31,7 @@ protected:
     PageSoak() { serve_library("2016"); }
 
     // Opens a tab, visits the library some times and closes it.
-    void live(test::with_helper helper, std::size_t number)
+    void visit_library(test::with_helper helper, std::size_t number)
     {
         if (testing::Test::HasFailure())
             return;
@@ -70,9 +70,9 @@ private:
 TEST_F(PageSoak, LibrariesWithClicks)
 {
     sample_table bare("tabs of 16 pages through the engine, without the helper object");
-    run_lives(bare, warm_up_tabs, tabs(), [&](std::size_t number) { live(test::with_helper::no, number); });
+    run_cycles(bare, warm_up_tabs, tabs(), [&](std::size_t number) { visit_library(test::with_helper::no, number); });
     sample_table table("the same tabs with the helper object");
-    run_lives(table, warm_up_tabs, tabs(), [&](std::size_t number) { live(test::with_helper::yes, number); });
+    run_cycles(table, warm_up_tabs, tabs(), [&](std::size_t number) { visit_library(test::with_helper::yes, number); });
     EXPECT_TRUE(pages.all_gone());
     EXPECT_TRUE(module.can_unload());
     expect_no_steeper_than(bare, table, 1);

@@ -48,7 +48,7 @@ double now_ms()
 class HostilePeer : public testing::TestWithParam<download_path>
 {
 protected:
-    HostilePeer() { world.use(GetParam()); }
+    HostilePeer() { fixture.use(GetParam()); }
     ~HostilePeer() override
     {
         std::printf("  longest pause of the user interface %.1f ms, closing %llu ms\n", pause_ms, closing_ms);
@@ -58,14 +58,14 @@ protected:
     void open(const wchar_t* target = L"/x.pdf")
     {
         opened_before = viewers.opened();
-        world.server.forget_requests();
-        document = std::make_unique<hosted_document>(world);
-        document->load_url(world.server.url(target));
+        fixture.server.forget_requests();
+        document = std::make_unique<hosted_document>(fixture);
+        document->load_url(fixture.server.url(target));
         EXPECT_EQ(document->do_verb(OLEIVERB_SHOW), S_OK);
     }
     // Lives as a browser does until the condition holds; notes how long it was away from its messages.
     template <class Condition>
-    bool live_until(const Condition& condition, DWORD deadline_ms)
+    bool run_until(const Condition& condition, DWORD deadline_ms)
     {
         const ULONGLONG end = GetTickCount64() + deadline_ms;
         while (!condition()) {
@@ -80,17 +80,17 @@ protected:
     }
     void live_for(DWORD milliseconds)
     {
-        live_until([] { return false; }, milliseconds);
+        run_until([] { return false; }, milliseconds);
     }
     // The worker and everybody that the system has set to work for it are through.
     bool live_until_fetched(DWORD deadline_ms)
     {
-        return live_until([this] { return viewers.opened() > opened_before || worker_has_ended(); },
+        return run_until([this] { return viewers.opened() > opened_before || worker_has_ended(); },
                           deadline_ms);
     }
     bool worker_has_ended() const
     {
-        return !world.server.requests().empty() && threads_of(world.module.handle()) == 0;
+        return !fixture.server.requests().empty() && threads_of(fixture.module.handle()) == 0;
     }
     // Whatever the viewer was told to open begins as a PDF does.
     void expect_pdfs_only() const
@@ -113,7 +113,7 @@ protected:
         closing_ms = GetTickCount64() - begin;
         test::pump_messages();
         EXPECT_EQ(viewers.opened(), opened);
-        EXPECT_EQ(world.module.can_unload_now(), S_OK);
+        EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
     }
     // Closes; whoever still waits for the server by then is let go after a while. Through urlmon nobody does.
     template <class Release>
@@ -135,7 +135,7 @@ protected:
     // Fetches to the end and closes; how often something was shown.
     std::size_t shown_after(http_response response, DWORD deadline_ms = 30'000)
     {
-        world.server.route("/x.pdf", std::move(response));
+        fixture.server.route("/x.pdf", std::move(response));
         open();
         EXPECT_TRUE(live_until_fetched(deadline_ms));
         close();
@@ -146,7 +146,7 @@ protected:
     // The same for answers that some systems do not take for one, and wait on.
     std::size_t shown_soon_after(http_response response)
     {
-        world.server.route("/x.pdf", std::move(response));
+        fixture.server.route("/x.pdf", std::move(response));
         open();
         live_until_fetched(1'000);
         close();
@@ -154,7 +154,7 @@ protected:
         return viewers.opened();
     }
 
-    document_world world;
+    document_soak_fixture fixture;
     viewer_store viewers;
     std::unique_ptr<hosted_document> document;
     std::size_t opened_before = 0; // by the documents before this one
@@ -167,7 +167,7 @@ TEST_P(HostilePeer, OneByteASecond)
     http_response slow = http_response::ok(test::pdf_body(20'000));
     slow.piece_size = 1;
     slow.piece_delay_ms = 1'000;
-    world.server.route("/x.pdf", slow);
+    fixture.server.route("/x.pdf", slow);
     open();
     live_for(2'500);
     close();
@@ -180,11 +180,11 @@ TEST_P(HostilePeer, NeverAnswers)
 {
     http_response silent = http_response::ok(test::pdf_body(20'000));
     silent.hold_head = true;
-    world.server.route("/x.pdf", silent);
+    fixture.server.route("/x.pdf", silent);
     open();
-    EXPECT_TRUE(live_until([this] { return !world.server.requests().empty(); }, 10'000));
+    EXPECT_TRUE(run_until([this] { return !fixture.server.requests().empty(); }, 10'000));
     live_for(1'000);
-    close_while([this] { world.server.release(); });
+    close_while([this] { fixture.server.release(); });
     EXPECT_EQ(viewers.opened(), 0u);
 }
 
@@ -215,7 +215,7 @@ TEST_P(HostilePeer, AnnouncesNonsense)
         SCOPED_TRACE(length);
         http_response lying = http_response::ok("<html>not a PDF</html>");
         lying.raw_head = announcing(length);
-        world.server.route("/x.pdf", lying);
+        fixture.server.route("/x.pdf", lying);
         open();
         // Some systems wait for what was announced as long as the connection stands.
         live_until_fetched(300);
@@ -240,9 +240,9 @@ TEST_P(HostilePeer, IsClosedInTheMiddleOfAGigabyte)
     // between its pieces, long enough for a reader on a loaded machine to catch up.
     large.piece_size = megabyte / 4;
     large.piece_delay_ms = 500;
-    world.server.route("/x.pdf", large);
+    fixture.server.route("/x.pdf", large);
     open();
-    EXPECT_TRUE(live_until([this] { return !world.server.requests().empty(); }, 10'000));
+    EXPECT_TRUE(run_until([this] { return !fixture.server.requests().empty(); }, 10'000));
     live_for(1'200); // into the third piece
     close();
     EXPECT_LT(closing_ms, longest_closing_ms);
@@ -258,12 +258,12 @@ TEST_P(HostilePeer, RedirectsForEver)
         std::atomic<int> number = 0;
     };
     const auto server = std::make_shared<state>(); // requests may come when the test is over
-    world.server.route("/x.pdf", [server](const http_request&) {
+    fixture.server.route("/x.pdf", [server](const http_request&) {
         return server->is_tired ? http_response::not_found()
                                 : http_response::redirect("/x.pdf?" + std::to_string(++server->number));
     });
     open();
-    EXPECT_TRUE(live_until([&] { return server->number > 3; }, 10'000));
+    EXPECT_TRUE(run_until([&] { return server->number > 3; }, 10'000));
     live_for(500);
     close_while([&] { server->is_tired = true; });
     EXPECT_EQ(viewers.opened(), 0u);
@@ -345,7 +345,7 @@ TEST_P(HostilePeer, AnswersOddly)
         answer.body = each.body;
         const std::size_t before = viewers.opened();
         EXPECT_LE(shown_soon_after(answer), before + each.most_shown);
-        EXPECT_FALSE(world.server.requests().empty());
+        EXPECT_FALSE(fixture.server.requests().empty());
     }
 }
 
@@ -358,10 +358,10 @@ TEST(SilentPeer, IsHeardOfAfterTheModuleIsGone)
     server.route("/x.pdf", silent);
     const auto threads_before = test::process_resources::now().threads;
     {
-        document_world world;
-        world.use(download_path::urlmon);
+        document_soak_fixture fixture;
+        fixture.use(download_path::urlmon);
         viewer_store viewers;
-        hosted_document document(world);
+        hosted_document document(fixture);
         document.load_url(server.url(L"/x.pdf"));
         EXPECT_EQ(document.do_verb(OLEIVERB_SHOW), S_OK);
         EXPECT_TRUE(test::wait_until([&] { return !server.requests().empty(); }));

@@ -31,10 +31,10 @@ void serve(test::http_server& server)
 
 } // namespace
 
-random_documents::random_documents(document_world& world, random_source& random)
-    : world_(world), random_(random)
+random_documents::random_documents(document_soak_fixture& fixture, random_source& random)
+    : fixture_(fixture), random_(random)
 {
-    serve(world_.server);
+    serve(fixture_.server);
 }
 
 const std::vector<random_documents::named_action>& random_documents::actions()
@@ -78,7 +78,7 @@ const std::vector<random_documents::named_action>& random_documents::actions()
 const char* random_documents::step()
 {
     if (documents_.empty() || (documents_.size() < most_documents && random_.chance(20))) {
-        documents_.push_back(std::make_unique<hosted_document>(world_));
+        documents_.push_back(std::make_unique<hosted_document>(fixture_));
         // What a document asks that is saved, resized or undone.
         for (const char* call : {"IOleClientSite::SaveObject", "IOleClientSite::RequestNewObjectLayout",
                                  "IOleInPlaceSite::OnPosRectChange", "IOleInPlaceSite::DeactivateAndUndo",
@@ -134,7 +134,7 @@ void random_documents::verb(hosted_document& document)
 
 void random_documents::load(hosted_document& document)
 {
-    const std::wstring path = random_.one_of<std::wstring>({world_.local_pdf, world_.local_pdf, L"",
+    const std::wstring path = random_.one_of<std::wstring>({fixture_.local_pdf, fixture_.local_pdf, L"",
                                                             L"C:\\missing.pdf", L"\\\\nobody\\share\\x.pdf",
                                                             std::wstring(700, L'x'), L"?*<>|", L"C:\\"});
     document.as<IPersistFile>()->Load(random_.chance(10) ? nullptr : path.c_str(),
@@ -158,14 +158,14 @@ void random_documents::load_address(hosted_document& document)
 void random_documents::fetch(hosted_document& document)
 {
     const bool is_urlmon = random_.chance(2);
-    world_.use(is_urlmon ? download_path::urlmon : download_path::wininet);
+    fixture_.use(is_urlmon ? download_path::urlmon : download_path::wininet);
     const std::wstring target =
         random_.one_of<std::wstring>({L"/quick.pdf#page=3", L"/slow.pdf", L"/slow.pdf", L"/page.pdf",
                                       L"/gone.pdf", is_urlmon ? L"/silent.pdf" : L"/quick.pdf#zoom=75"});
-    document.load_url_if_taken(world_.server.url(target));
+    document.load_url_if_taken(fixture_.server.url(target));
     document.as<IOleObject>()->DoVerb(OLEIVERB_SHOW, nullptr, document.host.site.client_site(), -1,
                                       document.host.view_window(), &document.host.position);
-    world_.server.forget_requests();
+    fixture_.server.forget_requests();
 }
 
 random_documents::message random_documents::any_message()
@@ -186,7 +186,7 @@ random_documents::message random_documents::any_message()
                 wparam, pointer(record_)};
     case 4:
         return {WM_USER_SETCACHEFILE, wparam,
-                pointer(const_cast<wchar_t*>(random_.chance(2) ? world_.local_pdf.c_str() : text_))};
+                pointer(const_cast<wchar_t*>(random_.chance(2) ? fixture_.local_pdf.c_str() : text_))};
     case 5:
         return {WM_USER_LOGFILE, wparam, pointer(text_)};
     case 6:

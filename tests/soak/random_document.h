@@ -16,7 +16,7 @@ namespace quill::soak {
 class random_documents
 {
 public:
-    random_documents(document_world& world, random_source& random);
+    random_documents(document_soak_fixture& fixture, random_source& random);
 
     // One step; returns what it was, for the record of a run.
     const char* step();
@@ -51,7 +51,7 @@ private:
     void call_dispatch(hosted_document& document);
     void query(hosted_document& document);
 
-    // The life of it and what the host does; random_document.cpp
+    // Its life cycle and what the host does; random_document.cpp
     void verb(hosted_document& document);
     void load(hosted_document& document);
     void load_address(hosted_document& document);
@@ -74,7 +74,7 @@ private:
     };
     message any_message();
 
-    document_world& world_;
+    document_soak_fixture& fixture_;
     random_source& random_;
     viewer_store viewers_;
     std::vector<std::unique_ptr<hosted_document>> documents_;

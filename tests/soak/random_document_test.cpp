@@ -19,19 +19,19 @@ TEST(RandomSequence, OfTheDocument)
     random_source random(announced_seed("document"));
     sample_table table("random calls of documents, in rounds");
     {
-        document_world world;
-        world.use(download_path::urlmon);
+        document_soak_fixture fixture;
+        fixture.use(download_path::urlmon);
         // Each round ends without a document, and nothing may be left then.
-        run_lives(table, 1, rounds, [&](std::uint64_t round) {
-            random_documents documents(world, random);
+        run_cycles(table, 1, rounds, [&](std::uint64_t round) {
+            random_documents documents(fixture, random);
             for (std::uint64_t i = 0; i < steps / (rounds + 1) && !HasFailure(); ++i)
                 trace_step(round * (steps / (rounds + 1)) + i, documents.step());
             documents.end();
-            world.server.release();
-            EXPECT_TRUE(world.server.wait_idle(10'000));
-            EXPECT_EQ(world.module.can_unload_now(), S_OK);
-            EXPECT_EQ(threads_of(world.module.handle()), 0u);
-            world.empty_cache();
+            fixture.server.release();
+            EXPECT_TRUE(fixture.server.wait_idle(10'000));
+            EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
+            EXPECT_EQ(threads_of(fixture.module.handle()), 0u);
+            fixture.empty_cache();
         });
         growth_limits limits;
         limits.kernel_handles = 4; // of workers of the system's that come and go

@@ -12,7 +12,7 @@ namespace quill::soak {
 class random_helper
 {
 public:
-    // The world of one stretch of steps; a stretch makes one call of the browser or of a page fail.
+    // The fixture of one stretch of steps; a stretch makes one call of the browser or of a page fail.
     random_helper(const test::module_under_test& module, random_source& random, test::fake_scene& scene);
     ~random_helper();
     random_helper(const random_helper&) = delete;

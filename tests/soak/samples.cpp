@@ -161,7 +161,7 @@ void sample_table::expect_flat_from(std::size_t index, const growth_limits& limi
     ASSERT_LT(index + 1, lines_.size());
     const sample& before = lines_[index];
     const sample& after = lines_.back();
-    const std::uint64_t lives = after.done - before.done;
+    const std::uint64_t cycles = after.done - before.done;
     expect_no_growth("kernel handles", before.counts.kernel_handles, after.counts.kernel_handles,
                      limits.kernel_handles);
     expect_no_growth("GDI objects", before.counts.gdi_objects, after.counts.gdi_objects, limits.gdi_objects);
@@ -171,9 +171,9 @@ void sample_table::expect_flat_from(std::size_t index, const growth_limits& limi
     expect_no_growth("windows", before.counts.windows, after.counts.windows);
     expect_no_growth("strings and task memory", before.task_memory, after.task_memory, limits.task_memory);
     expect_no_growth("heap blocks", before.heap_blocks, after.heap_blocks, limits.heap_blocks);
-    expect_no_growth("heap bytes", before.heap_bytes, after.heap_bytes, lives * limits.heap_bytes_each);
+    expect_no_growth("heap bytes", before.heap_bytes, after.heap_bytes, cycles * limits.heap_bytes_each);
     expect_no_growth("private bytes", before.private_bytes, after.private_bytes,
-                     lives * limits.private_bytes_each + (std::uint64_t{1} << 20));
+                     cycles * limits.private_bytes_each + (std::uint64_t{1} << 20));
 }
 
 known_growth growth_since(const sample_table& table, std::size_t index)
@@ -190,12 +190,12 @@ void expect_no_steeper_than(const sample_table& bare, const sample_table& table,
     ASSERT_LT(index + 1, table.lines().size());
     // What belongs to a thread of the system's, and whether there is one at the moment. On a busy machine
     // urlmon keeps one download in some dozens: a string, its address, and up to eight blocks with it.
-    const auto lives = static_cast<double>(table.lines().back().done - table.lines()[index].done);
+    const auto cycles = static_cast<double>(table.lines().back().done - table.lines()[index].done);
     constexpr double handles = 4, threads = 2, private_bytes = 4 << 20;
     const auto strings = [](const sample& line) { return line.task_memory; };
     const double kept =
         std::max(growth(table, index, strings) - growth(bare, index, strings) - known.task_memory, 0.0);
-    const double task_memory = 4 + lives / 25, blocks = 24 + 8 * kept, bytes = 8'192 + 2'048 * kept;
+    const double task_memory = 4 + cycles / 25, blocks = 24 + 8 * kept, bytes = 8'192 + 2'048 * kept;
     const auto expect = [&](const char* what, double slack, const auto& count) {
         EXPECT_LE(growth(table, index, count), std::max(growth(bare, index, count), 0.0) + slack) << what;
     };

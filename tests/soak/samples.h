@@ -26,7 +26,7 @@ struct sample
 sample take_sample(std::size_t done);
 
 // Limits of what may be more at the end than after the warm-up, for the whole run. Counts are exact: what
-// a life leaves behind would be there once for each of them.
+// a cycle leaves behind would be there once for each of them.
 struct growth_limits
 {
     DWORD kernel_handles = 0;
@@ -52,7 +52,7 @@ public:
     void print() const;
     // Compares the last line with the one at the index, which is where the warm-up ends.
     void expect_flat_from(std::size_t index, const growth_limits& limits) const;
-    // Growth for each life from the line at the index to the last.
+    // Growth for each cycle from the line at the index to the last.
     double heap_bytes_each(std::size_t index) const;
     const std::vector<sample>& lines() const { return lines_; }
 
@@ -81,32 +81,32 @@ void expect_no_steeper_than(const sample_table& bare, const sample_table& table,
 // What a table grew by from the line at the index to the last.
 known_growth growth_since(const sample_table& table, std::size_t index);
 
-// A run of many lives with a line of the table after the warm-up and at regular intervals; ends early when
+// A run of many cycles with a line of the table after the warm-up and at regular intervals; ends early when
 // a test has failed.
-template <class Life>
-void run_lives(sample_table& table, std::size_t warm_up, std::size_t lives, bool settles, const Life& life)
+template <class Cycle>
+void run_cycles(sample_table& table, std::size_t warm_up, std::size_t cycles, bool settles, const Cycle& cycle)
 {
     constexpr std::size_t intervals = 8;
     table.add(0, false);
     for (std::size_t i = 0; i < warm_up; ++i)
-        life(i);
+        cycle(i);
     table.add(warm_up, false);
     std::size_t lines = 0;
-    for (std::size_t i = 0; i < lives; ++i) {
-        life(warm_up + i);
-        if ((i + 1) * intervals / lives > lines) {
-            lines = (i + 1) * intervals / lives;
-            table.add(warm_up + i + 1, settles && i + 1 == lives);
+    for (std::size_t i = 0; i < cycles; ++i) {
+        cycle(warm_up + i);
+        if ((i + 1) * intervals / cycles > lines) {
+            lines = (i + 1) * intervals / cycles;
+            table.add(warm_up + i + 1, settles && i + 1 == cycles);
         }
     }
     table.print();
 }
 
 // The same, with a settled last line.
-template <class Life>
-void run_lives(sample_table& table, std::size_t warm_up, std::size_t lives, const Life& life)
+template <class Cycle>
+void run_cycles(sample_table& table, std::size_t warm_up, std::size_t cycles, const Cycle& cycle)
 {
-    run_lives(table, warm_up, lives, true, life);
+    run_cycles(table, warm_up, cycles, true, cycle);
 }
 
 } // namespace quill::soak

@@ -45,7 +45,7 @@ counted settled(const counted& wanted)
 
 } // namespace
 
-void expect_balance(const std::function<void()>& life, balance_proof proof)
+void expect_balance(const std::function<void()>& scenario, balance_proof proof)
 {
     constexpr int most_runs = 10; // the system's own threads come and go
     constexpr int strict = 2;     // one balanced run may lie between two that leave something behind
@@ -55,7 +55,7 @@ void expect_balance(const std::function<void()>& life, balance_proof proof)
     counted before = counted::now();
     seen << "before: " << before;
     for (int run = 1; run <= most_runs && !testing::Test::HasFailure(); ++run) {
-        life();
+        scenario();
         // The first run makes what the system keeps: no use waiting.
         const counted after = run == 1 ? counted::now() : settled(before);
         seen << "\nafter run " << run << ": " << after;
@@ -70,9 +70,9 @@ void expect_balance(const std::function<void()>& life, balance_proof proof)
         ADD_FAILURE() << "something is left behind again and again\n" << seen.str();
 }
 
-void expect_balance_in_loop(const std::function<void()>& life)
+void expect_balance_in_loop(const std::function<void()>& scenario)
 {
-    expect_balance(life, every_fault_is_wanted() ? balance_proof::strict : balance_proof::one_of_many);
+    expect_balance(scenario, every_fault_is_wanted() ? balance_proof::strict : balance_proof::one_of_many);
 }
 
 } // namespace quill::test

@@ -151,36 +151,36 @@ void run_pairs(const char* routine, fault_kind second, const std::vector<fault_p
 } // namespace
 
 void fail_each(const char* routine, fault_kind kind, const std::vector<fault_place>& places, int usual_step,
-               const std::function<bool(const fault_place&)>& life)
+               const std::function<bool(const fault_place&)>& scenario)
 {
     run_each(routine, kind, places, usual_step, [&](const fault_place& place) {
         bool has_failed = false;
-        expect_balance_in_loop([&] { has_failed = life(place) || has_failed; });
+        expect_balance_in_loop([&] { has_failed = scenario(place) || has_failed; });
         return has_failed;
     });
 }
 
 void fail_each_uncounted(const char* routine, fault_kind kind, const std::vector<fault_place>& places,
-                         int usual_step, const std::function<bool(const fault_place&)>& life)
+                         int usual_step, const std::function<bool(const fault_place&)>& scenario)
 {
-    run_each(routine, kind, places, usual_step, life);
+    run_each(routine, kind, places, usual_step, scenario);
 }
 
 void fail_pairs(const char* routine, fault_kind second, const std::vector<fault_place>& places,
-                std::size_t usual_pairs, const std::function<bool(const fault_place&)>& life)
+                std::size_t usual_pairs, const std::function<bool(const fault_place&)>& scenario)
 {
     run_pairs(routine, second, places, usual_pairs, [&](const fault_place& pair) {
         bool have_failed = false;
         // Thousands in the long run: one balanced run will do, if it is the first.
-        expect_balance([&] { have_failed = life(pair) || have_failed; }, balance_proof::one_of_many);
+        expect_balance([&] { have_failed = scenario(pair) || have_failed; }, balance_proof::one_of_many);
         return have_failed;
     });
 }
 
 void fail_pairs_uncounted(const char* routine, fault_kind second, const std::vector<fault_place>& places,
-                          std::size_t usual_pairs, const std::function<bool(const fault_place&)>& life)
+                          std::size_t usual_pairs, const std::function<bool(const fault_place&)>& scenario)
 {
-    run_pairs(routine, second, places, usual_pairs, life);
+    run_pairs(routine, second, places, usual_pairs, scenario);
 }
 
 } // namespace quill::test

@@ -23,41 +23,41 @@ const char* to_text(bad_answer kind)
     return "?";
 }
 
-call_book::call_book() : thread_(GetCurrentThreadId()) {}
+call_log::call_log() : thread_(GetCurrentThreadId()) {}
 
-void call_book::allow(std::string_view name)
+void call_log::allow(std::string_view name)
 {
     allowed_.emplace(name);
 }
 
-void call_book::forbid(std::string_view name)
+void call_log::forbid(std::string_view name)
 {
     allowed_.erase(std::string{name});
 }
 
-void call_book::make_fail(std::string_view name, bad_answer kind, int nth)
+void call_log::make_fail(std::string_view name, bad_answer kind, int nth)
 {
     bad_answers_[std::string{name}] = {kind, nth};
 }
 
-void call_book::fail_call_number(int number, bad_answer kind)
+void call_log::fail_call_number(int number, bad_answer kind)
 {
     failing_number_ = number;
     failing_kind_ = kind;
 }
 
-void call_book::when(std::string_view name, std::function<void()> action)
+void call_log::when(std::string_view name, std::function<void()> action)
 {
     actions_[std::string{name}] = std::move(action);
 }
 
-void call_book::when_call_number(int number, std::function<void()> action)
+void call_log::when_call_number(int number, std::function<void()> action)
 {
     action_number_ = number;
     action_at_number_ = std::move(action);
 }
 
-bad_answer call_book::arrive(std::string_view name, std::string_view arguments)
+bad_answer call_log::arrive(std::string_view name, std::string_view arguments)
 {
     EXPECT_NE(allowed_.find(name), allowed_.end()) << "unexpected call: " << name << " " << arguments;
     std::string line{name};
@@ -68,7 +68,7 @@ bad_answer call_book::arrive(std::string_view name, std::string_view arguments)
     return arrive_query(name);
 }
 
-bad_answer call_book::arrive_query(std::string_view name)
+bad_answer call_log::arrive_query(std::string_view name)
 {
     EXPECT_EQ(GetCurrentThreadId(), thread_) << name << " called on another thread";
     ++total_;
@@ -88,7 +88,7 @@ bad_answer call_book::arrive_query(std::string_view name)
     return kind;
 }
 
-bad_answer call_book::answer_of(std::string_view name, int number) const
+bad_answer call_log::answer_of(std::string_view name, int number) const
 {
     if (failing_number_ != 0 && total_ == failing_number_)
         return failing_kind_;
@@ -99,13 +99,13 @@ bad_answer call_book::answer_of(std::string_view name, int number) const
                                                                      : bad_answer::none;
 }
 
-int call_book::count(std::string_view name) const
+int call_log::count(std::string_view name) const
 {
     const auto found = counts_.find(name);
     return found == counts_.end() ? 0 : found->second;
 }
 
-std::vector<std::string> call_book::calls_of(const std::set<std::string, std::less<>>& names) const
+std::vector<std::string> call_log::calls_of(const std::set<std::string, std::less<>>& names) const
 {
     std::vector<std::string> chosen;
     for (std::size_t index = 0; index < calls_.size(); ++index) {
@@ -115,7 +115,7 @@ std::vector<std::string> call_book::calls_of(const std::set<std::string, std::le
     return chosen;
 }
 
-void call_book::forget_calls()
+void call_log::forget_calls()
 {
     total_ = 0;
     counts_.clear();

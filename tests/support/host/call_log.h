@@ -28,10 +28,10 @@ inline constexpr bad_answer every_bad_answer[] = {bad_answer::failure, bad_answe
 const char* to_text(bad_answer kind);
 
 // Belongs to the thread that builds it; a call from another thread fails the test.
-class call_book
+class call_log
 {
 public:
-    call_book();
+    call_log();
 
     // Calls come as "IInterface::Method"; one that is not allowed fails the test when it arrives.
     void allow(std::string_view name);

@@ -31,7 +31,7 @@ public:
     // Fails the test when the document still holds anything.
     ~document_host();
 
-    call_book calls;
+    call_log calls;
     fake_moniker object_moniker;    // OLEWHICHMK_OBJFULL; without a display name GetMoniker fails
     fake_moniker container_moniker; // OLEWHICHMK_CONTAINER
     host_web_browser browser;

@@ -4,7 +4,7 @@
 
 namespace quill::test {
 
-fake_moniker::fake_moniker(call_book& calls, const char* object_name) : fake_object(calls, object_name)
+fake_moniker::fake_moniker(call_log& calls, const char* object_name) : fake_object(calls, object_name)
 {
     calls.allow(name() + "::GetDisplayName");
 }

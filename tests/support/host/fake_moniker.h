@@ -13,7 +13,7 @@ namespace quill::test {
 class fake_moniker final : public fake_object<IMoniker>
 {
 public:
-    fake_moniker(call_book& book, const char* name);
+    fake_moniker(call_log& calls, const char* name);
 
     // Without a name, GetDisplayName fails with E_NOTIMPL.
     std::optional<std::wstring> display_name;

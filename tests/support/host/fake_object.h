@@ -18,7 +18,7 @@ template <class First, class... Rest>
 class fake_object : public First, public Rest...
 {
 public:
-    fake_object(call_book& book, const char* name) : book_(&book), name_(name) {}
+    fake_object(call_log& calls, const char* name) : calls_(&calls), name_(name) {}
     fake_object(const fake_object&) = delete;
     fake_object& operator=(const fake_object&) = delete;
     virtual ~fake_object() { EXPECT_EQ(references_, 0) << name_ << " is still referenced"; }
@@ -37,7 +37,7 @@ public:
         IUnknown* const found = IsEqualIID(iid, __uuidof(IUnknown)) ? static_cast<First*>(this) : find(iid);
         if (!found)
             return E_NOINTERFACE;
-        switch (queries_can_fail() ? book_->arrive_query(name_ + "::QueryInterface") : bad_answer::none) {
+        switch (queries_can_fail() ? calls_->arrive_query(name_ + "::QueryInterface") : bad_answer::none) {
         case bad_answer::failure:
         case bad_answer::failure_untouched:
             return E_NOINTERFACE;
@@ -72,15 +72,15 @@ protected:
     // False for an object that the system itself queries, which does not bear a query that gives nothing.
     virtual bool queries_can_fail() const { return true; }
 
-    call_book& book() const { return *book_; }
+    call_log& calls() const { return *calls_; }
 
     bad_answer arrive(const char* method, const std::string& arguments = {}) const
     {
-        return book_->arrive(method, arguments);
+        return calls_->arrive(method, arguments);
     }
 
 private:
-    call_book* book_;
+    call_log* calls_;
     std::string name_;
     long references_ = 0;
 };

@@ -35,7 +35,7 @@ HRESULT answer_window(bad_answer kind, HWND* out, HWND value)
     return S_OK;
 }
 
-host_web_browser::host_web_browser(call_book& calls) : unexpected_web_browser(calls, "web browser")
+host_web_browser::host_web_browser(call_log& calls) : unexpected_web_browser(calls, "web browser")
 {
     calls.allow("IWebBrowser2::get_LocationURL");
     calls.allow("IWebBrowser2::Navigate");
@@ -93,7 +93,7 @@ STDMETHODIMP host_web_browser::Navigate(BSTR url, VARIANT* flags, VARIANT* targe
     return answer_plain(kind);
 }
 
-host_shell_window::host_shell_window(call_book& calls) : fake_object(calls, "shell browser")
+host_shell_window::host_shell_window(call_log& calls) : fake_object(calls, "shell browser")
 {
     calls.allow("IShellBrowser::GetWindow");
 }

@@ -22,7 +22,7 @@ struct navigation
 class host_web_browser final : public unexpected_web_browser
 {
 public:
-    explicit host_web_browser(call_book& calls);
+    explicit host_web_browser(call_log& calls);
 
     std::wstring location_url;
     std::vector<navigation> navigations;
@@ -38,7 +38,7 @@ private:
 class host_shell_window final : public fake_object<IOleWindow>
 {
 public:
-    explicit host_shell_window(call_book& calls);
+    explicit host_shell_window(call_log& calls);
 
     HWND window = nullptr;
 

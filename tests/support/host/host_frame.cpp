@@ -6,7 +6,7 @@
 
 namespace quill::test {
 
-host_frame::host_frame(call_book& calls) : fake_object(calls, "frame")
+host_frame::host_frame(call_log& calls) : fake_object(calls, "frame")
 {
     for (const char* method :
          {"GetWindow", "SetBorderSpace", "SetActiveObject", "InsertMenus", "SetMenu", "TranslateAccelerator"})

@@ -12,7 +12,7 @@ namespace quill::test {
 class host_frame final : public fake_object<IOleInPlaceFrame>
 {
 public:
-    explicit host_frame(call_book& calls);
+    explicit host_frame(call_log& calls);
     ~host_frame() override;
 
     struct menu_call

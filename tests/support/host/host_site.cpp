@@ -7,7 +7,7 @@
 
 namespace quill::test {
 
-host_site::host_site(call_book& calls, document_host& host) : fake_object(calls, "site"), host_(host)
+host_site::host_site(call_log& calls, document_host& host) : fake_object(calls, "site"), host_(host)
 {
     for (const char* name :
          {"IOleClientSite::GetMoniker", "IOleClientSite::GetContainer", "IOleClientSite::ShowObject",

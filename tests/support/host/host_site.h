@@ -27,7 +27,7 @@ class host_site final
     : public fake_object<IOleClientSite, IOleDocumentSite, IOleInPlaceSiteEx, IServiceProvider, IDispatch>
 {
 public:
-    host_site(call_book& calls, document_host& host);
+    host_site(call_log& calls, document_host& host);
 
     site_interfaces offered;
     // What a GetWindowContext that fails leaves in its out values, without a reference.

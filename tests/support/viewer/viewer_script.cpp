@@ -47,7 +47,7 @@ std::string call_name(DISPID id)
 
 } // namespace
 
-viewer_script::viewer_script(call_book& book) : calls(book)
+viewer_script::viewer_script(call_log& calls) : calls(calls)
 {
     for (const auto& method : signatures())
         calls.allow(call_name(method.id));

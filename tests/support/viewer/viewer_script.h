@@ -32,12 +32,12 @@ inline constexpr GUID viewer_interface_id = {
 class viewer_script
 {
 public:
-    explicit viewer_script(call_book& book);
+    explicit viewer_script(call_log& calls);
     viewer_script(const viewer_script&) = delete;
     viewer_script& operator=(const viewer_script&) = delete;
     ~viewer_script();
 
-    call_book& calls;
+    call_log& calls;
 
     // Which interfaces a viewer answers beside IDispatch.
     bool answers_viewer_interface = true;

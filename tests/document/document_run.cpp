@@ -1,4 +1,4 @@
-#include "tests/document/document_life.h"
+#include "tests/document/document_run.h"
 
 #include "tests/document/document_messages.h"
 #include "tests/support/wait.h"
@@ -14,9 +14,9 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-void use_window(document_bench& bench)
+void use_window(document_fixture& fixture)
 {
-    if (const HWND window = bench.window()) {
+    if (const HWND window = fixture.window()) {
         SendMessageW(window, message_load_file, 0, 0);
         SendMessageW(window, message_open_link, 1, reinterpret_cast<LPARAM>(L"../x.pdf"));
         HWND browser = nullptr;
@@ -28,28 +28,28 @@ void use_window(document_bench& bench)
     MSG key{};
     key.message = WM_KEYDOWN;
     key.wParam = 'F';
-    bench.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key);
-    bench.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr);
+    fixture.as<IOleInPlaceActiveObject>()->TranslateAccelerator(&key);
+    fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr);
 }
 
 // after_window runs after each step that may have made a window.
 template <class AfterWindow>
-void live_once_loaded(document_bench& bench, const AfterWindow& after_window)
+void run_once_loaded(document_fixture& fixture, const AfterWindow& after_window)
 {
-    bench.do_verb(OLEIVERB_SHOW);
+    fixture.do_verb(OLEIVERB_SHOW);
     after_window();
-    bench.do_verb(OLEIVERB_UIACTIVATE);
+    fixture.do_verb(OLEIVERB_UIACTIVATE);
     after_window();
-    use_window(bench);
+    use_window(fixture);
     after_window(); // a click activates
-    const auto view = bench.as<IOleDocumentView>();
+    const auto view = fixture.as<IOleDocumentView>();
     view->UIActivate(FALSE);
-    bench.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
     view->Show(TRUE);
     after_window();
     view->CloseView(0);
-    bench.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
-    bench.as<IOleObject>()->SetClientSite(nullptr);
+    fixture.as<IOleObject>()->Close(OLECLOSE_NOSAVE);
+    fixture.as<IOleObject>()->SetClientSite(nullptr);
 }
 
 bool begins_with(const std::vector<std::string>& lines, const char* beginning)
@@ -59,59 +59,59 @@ bool begins_with(const std::vector<std::string>& lines, const char* beginning)
 }
 
 // Nothing that a host answers concerns the worker once it runs: its file must come.
-int wait_for_hand_over(document_bench& bench)
+int wait_for_hand_over(document_fixture& fixture)
 {
-    auto lines = bench.take_log();
+    auto lines = fixture.take_log();
     const bool has_no_file_yet = begins_with(lines, "@ OnCreate [#3]");
     EXPECT_EQ(begins_with(lines, "@ OnCreate [URL]"), has_no_file_yet) << "nothing is fetched";
     if (!has_no_file_yet)
         return 0;
     const bool came = begins_with(lines, "@ LOADFILE ") ||
-                      wait_until([&] { return begins_with(bench.take_log(), "@ LOADFILE "); });
-    EXPECT_TRUE(came) << "the file was not handed over: " << testing::PrintToString(bench.log.worker_lines());
+                      wait_until([&] { return begins_with(fixture.take_log(), "@ LOADFILE "); });
+    EXPECT_TRUE(came) << "the file was not handed over: " << testing::PrintToString(fixture.log.worker_lines());
     return 1;
 }
 
 } // namespace
 
-void live(document_bench& bench)
+void live(document_fixture& fixture)
 {
-    bench.create();
-    bench.set_site();
-    bench.load_file(bench.pdf());
-    live_once_loaded(bench, [] {});
+    fixture.create();
+    fixture.set_site();
+    fixture.load_file(fixture.pdf());
+    run_once_loaded(fixture, [] {});
 }
 
-int live_from_server(document_bench& bench, const std::wstring& url)
+int live_from_server(document_fixture& fixture, const std::wstring& url)
 {
-    bench.create();
-    bench.set_site();
+    fixture.create();
+    fixture.set_site();
     ComPtr<IBindCtx> context;
     EXPECT_EQ(CreateBindCtx(0, &context), S_OK);
-    fake_moniker moniker(bench.host.calls, "loaded moniker");
+    fake_moniker moniker(fixture.host.calls, "loaded moniker");
     moniker.display_name = url;
-    EXPECT_EQ(bench.as<IPersistMoniker>()->Load(FALSE, &moniker, context.Get(), STGM_READ), S_OK);
+    EXPECT_EQ(fixture.as<IPersistMoniker>()->Load(FALSE, &moniker, context.Get(), STGM_READ), S_OK);
     pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
     int downloads = 0;
-    live_once_loaded(bench, [&] { downloads += wait_for_hand_over(bench); });
+    run_once_loaded(fixture, [&] { downloads += wait_for_hand_over(fixture); });
     EXPECT_EQ(context.Reset(), 0u) << "the bind context is still referenced";
     return downloads;
 }
 
-void prepare_life(document_bench& bench, activation_order order)
+void prepare_host(document_fixture& fixture, activation_order order)
 {
-    bench.host.order = order;
-    bench.host.site.offered.ambient_properties = true;
-    bench.host.object_moniker.display_name = L"http://host.test/a/c/d.pdf";
-    bench.host.browser.location_url = L"http://host.test/a/c/d.pdf#page=2#zoom=50";
+    fixture.host.order = order;
+    fixture.host.site.offered.ambient_properties = true;
+    fixture.host.object_moniker.display_name = L"http://host.test/a/c/d.pdf";
+    fixture.host.browser.location_url = L"http://host.test/a/c/d.pdf#page=2#zoom=50";
 }
 
-int calls_of_a_life(activation_order order)
+int count_host_calls(activation_order order)
 {
-    document_bench bench;
-    prepare_life(bench, order);
-    live(bench);
-    return bench.host.calls.total();
+    document_fixture fixture;
+    prepare_host(fixture, order);
+    run_document(fixture);
+    return fixture.host.calls.total();
 }
 
 std::string name_of(activation_order order)
