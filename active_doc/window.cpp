@@ -66,7 +66,7 @@ void CActiveDocCtrl::stop_download()
         if (WaitForSingleObject(download_thread_.get(), worker_poll_ms) != WAIT_TIMEOUT)
             continue;
         SetEvent(stop_event_.get());                      // auto-reset: a wait may have consumed the signal
-        quill::InterruptDownload(download_thread_.get()); // its server may say nothing for hours
+        quill::interrupt_download(download_thread_.get()); // its server may say nothing for hours
     }
     download_thread_.reset();
 }
@@ -79,7 +79,7 @@ LRESULT CActiveDocCtrl::OnSize(UINT, WPARAM wparam, LPARAM lparam, BOOL&)
                                 << height << "}";
     if (host_window_)
         ::SetWindowPos(host_window_, nullptr, 0, 0, width, height, SWP_SHOWWINDOW);
-    pane_.Recentre(); // after the host, which the line above puts on top
+    pane_.recentre(); // after the host, which the line above puts on top
     return 0;
 }
 

@@ -2,11 +2,17 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <limits>
 #include <system_error>
 
 namespace quill {
 namespace {
+
+constexpr wchar_t lower_ascii(wchar_t character) noexcept
+{
+    return character >= L'A' && character <= L'Z' ? static_cast<wchar_t>(character - L'A' + L'a') : character;
+}
 
 [[noreturn]] void throw_conversion_error(DWORD error, const char* message)
 {
@@ -14,6 +20,11 @@ namespace {
 }
 
 } // namespace
+
+bool equal_ignoring_ascii_case(std::wstring_view left, std::wstring_view right) noexcept
+{
+    return std::ranges::equal(left, right, {}, lower_ascii, lower_ascii);
+}
 
 std::string to_utf8(std::wstring_view text)
 {

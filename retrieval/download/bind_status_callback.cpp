@@ -1,6 +1,5 @@
 #include "retrieval/download/bind_status_callback.h"
 
-#include "retrieval/download/cancel_event.h"
 #include "retrieval/download/window_exchange.h"
 
 namespace quill {
@@ -46,8 +45,8 @@ STDMETHODIMP CBindStatusCallbackImpl::OnProgress(ULONG progress, ULONG progress_
                                                  LPCWSTR status_text)
 {
     if (notify_window_ && status_code == BINDSTATUS_DOWNLOADINGDATA)
-        SendProgress(notify_window_, {progress, progress_max, status_code, status_text});
-    return IsCancelled(cancel_event_) ? E_ABORT : S_OK;
+        send_progress(notify_window_, {progress, progress_max, status_code, status_text});
+    return is_cancelled(cancel_event_) ? E_ABORT : S_OK;
 }
 
 STDMETHODIMP CBindStatusCallbackImpl::OnStopBinding(HRESULT, LPCWSTR)
@@ -55,7 +54,7 @@ STDMETHODIMP CBindStatusCallbackImpl::OnStopBinding(HRESULT, LPCWSTR)
     return S_OK;
 }
 
-// Nothing is filled in: the system's defaults are wanted.
+// Leaves the defaults of urlmon.
 STDMETHODIMP CBindStatusCallbackImpl::GetBindInfo(DWORD*, BINDINFO*)
 {
     return S_OK;

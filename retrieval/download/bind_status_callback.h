@@ -1,4 +1,5 @@
-// What the system's URL download reports its progress to, and learns from that it is to stop.
+// The IBindStatusCallback that the worker passes to URLDownloadToFileW. Reports progress to the document's
+// window and cancels the download when the stop event is set.
 #pragma once
 
 #include <windows.h>
@@ -9,13 +10,12 @@
 
 namespace quill {
 
-// Built on the worker's stack for one download and used on that thread only: the count is kept for the
-// system's sake and never deletes the object.
+// Lives on the worker's stack for one download and is used on that thread only: Release never deletes it.
 class CBindStatusCallbackImpl : public IBindStatusCallback
 {
 public:
-    // notify_window: receives WM_USER_PROGRESS; may be null. cancel_event: signalled, the next report ends
-    // the download with E_ABORT; may be null.
+    // notify_window receives WM_USER_PROGRESS. Once cancel_event is set, the next OnProgress returns E_ABORT.
+    // Either may be null.
     CBindStatusCallbackImpl(HWND notify_window, HANDLE cancel_event) noexcept
         : notify_window_(notify_window), cancel_event_(cancel_event)
     {

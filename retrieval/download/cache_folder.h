@@ -1,20 +1,29 @@
-// Where a download is kept: a numbered folder of its own in the temporary folder, and a file in it that
-// is named after the URL and always ends in ".pdf".
+// Where the worker stores a download: a numbered folder of its own below the temporary folder, and in it a
+// file that is named after the URL and always ends in ".pdf". Callable on any thread.
 #pragma once
 
 #include <string>
 
 namespace quill {
 
-// Creates the first folder "qll0", "qll1", ... of temp_path that does not exist yet, neither as a folder nor
-// as a file, and returns it with a backslash at its end. Empty when it cannot be created or its path does not
-// fit into a path buffer. temp_path ends with a separator; it is read once, however many folders it has.
-// Several threads and processes may call it at the same time.
-std::wstring CreateCacheFolder(const std::wstring& temp_path);
+// The file name for a URL that has no usable one.
+inline constexpr wchar_t untitled_name[] = L"Untitled.pdf";
 
-// The path in folder for a file of that name, its extension replaced by ".pdf"; "Untitled.pdf" in its
-// place when the name leads out of the folder. Empty when the path does not fit into a path buffer.
-// folder ends with a backslash.
-std::wstring CacheFilePath(const std::wstring& folder, const std::wstring& file_name);
+// The file name of url, at most 259 UTF-16 code units; untitled_name if url has none, or one that is too long
+// or not permitted by the file system.
+std::wstring cache_file_name(const wchar_t* url);
+
+// Appends a backslash unless path is empty or ends with a separator.
+std::wstring with_separator(std::wstring path);
+
+// Creates the first of the folders "qll0", "qll1", ... that exists neither as a folder nor as a file, and
+// returns its path with a trailing backslash. Empty if it cannot be created or its path does not fit into
+// MAX_PATH. temp_path ends with a separator and is listed only once. Callable concurrently, also by several
+// processes.
+std::wstring create_cache_folder(const std::wstring& temp_path);
+
+// The path of file_name in folder with the extension ".pdf"; of untitled_name if file_name would lead out of
+// the folder. Empty if the path does not fit into MAX_PATH. folder ends with a backslash.
+std::wstring cache_file_path(const std::wstring& folder, const std::wstring& file_name);
 
 } // namespace quill

@@ -1,5 +1,4 @@
-#include "retrieval/download/cache_name.h"
-
+#include "retrieval/download/cache_folder.h"
 #include "retrieval/file/file_names.h"
 #include "retrieval/url/url_text.h"
 
@@ -9,7 +8,7 @@
 
 namespace quill {
 
-std::wstring CacheFileName(const wchar_t* url)
+std::wstring cache_file_name(const wchar_t* url)
 {
     std::array<wchar_t, MAX_PATH> name{};
     const std::size_t length = GetFileNameFromUrl(DecodeUrl(url).c_str(), name.data(), name.size());
@@ -18,11 +17,11 @@ std::wstring CacheFileName(const wchar_t* url)
     return {name.data(), length};
 }
 
-std::wstring WithSeparator(std::wstring temp_path)
+std::wstring with_separator(std::wstring path)
 {
-    if (!temp_path.empty() && temp_path.back() != L'\\' && temp_path.back() != L'/')
-        temp_path += L'\\';
-    return temp_path;
+    if (!path.empty() && path.back() != L'\\' && path.back() != L'/')
+        path += L'\\';
+    return path;
 }
 
 } // namespace quill

@@ -3,9 +3,6 @@
 #include "logging/log_stream.h"
 #include "platform/temp_file_manager.h"
 #include "retrieval/download/cache_folder.h"
-#include "retrieval/download/cache_name.h"
-#include "retrieval/download/cancel_event.h"
-#include "retrieval/download/download_libraries.h"
 #include "retrieval/download/download_switch.h"
 #include "retrieval/download/interruptible_callback.h"
 #include "retrieval/download/url_version.h"
@@ -31,7 +28,7 @@ void log_debug(const Pieces&... pieces) noexcept
     (line << ... << pieces);
 }
 
-// The system's temporary folder may be misconfigured, which is reported by an exception.
+// 0 if the system's temporary folder is misconfigured.
 std::size_t temporary_path_length(std::array<wchar_t, MAX_PATH>& buffer)
 {
     try {
@@ -42,117 +39,104 @@ std::size_t temporary_path_length(std::array<wchar_t, MAX_PATH>& buffer)
     }
 }
 
-// A path for the fetched file in a folder made for it; empty when there is none, which is logged.
+// Creates a cache folder and returns the path of the file in it; empty after a failure, which is logged.
 std::wstring make_cache_path(const std::wstring& url)
 {
-    const std::wstring file_name = CacheFileName(url.c_str());
+    const std::wstring file_name = cache_file_name(url.c_str());
     std::array<wchar_t, MAX_PATH> temporary_path{};
     if (temporary_path_length(temporary_path) == 0) {
         log_debug("ACTIVEDOC DownloadPDFFile FAILED TO GET TEMP PATH");
         return {};
     }
-    const std::wstring folder = CreateCacheFolder(WithSeparator(temporary_path.data()));
+    const std::wstring folder = create_cache_folder(with_separator(temporary_path.data()));
     if (folder.empty()) {
         log_debug("ACTIVEDOC DownloadPDFFile FAILED TO CREATE TEMP DIRECTORY");
         return {};
     }
-    std::wstring path = CacheFilePath(folder, file_name);
+    std::wstring path = cache_file_path(folder, file_name);
     if (path.empty())
         log_debug("ACTIVEDOC DownloadPDFFile FAILED TO GET CACHE FILE PATH");
     return path;
 }
 
-// Fetches a file the way that the settings choose. The callback's window, which takes time and needs no URL,
-// is made at construction and destroyed with the object.
-class transfer
+// Fetches url by the path that the administrator selected. Returns 0 on success; the failure codes are those
+// of the selected path.
+HRESULT fetch_file(const download_job& job, interruptible_callback& callback, const std::wstring& url,
+                   const std::wstring& cache_path)
 {
-public:
-    explicit transfer(const download_job& job) : job_(job), callback_(job.window, job.cancel_event)
-    {
-        KeepDownloadLibraries();
+    DWORD last_error = 0;
+    const int wininet = ReadWinINetSwitch(last_error);
+    if (wininet == wininet_switch_on) {
+        log_debug("ACTIVEDOC KIEBrowserPlugin: WinINet");
+        return static_cast<HRESULT>(DownloadWithWinINet(job, url.c_str(), cache_path.c_str()));
     }
-
-    // 0 on success, whatever else the chosen way of downloading answers on failure.
-    HRESULT fetch(const std::wstring& url, const std::wstring& cache_path)
-    {
-        DWORD last_error = 0;
-        const int answer = ReadWinINetSwitch(last_error);
-        if (answer == wininet_switch_on) {
-            log_debug("ACTIVEDOC KIEBrowserPlugin: WinINet");
-            return static_cast<HRESULT>(DownloadWithWinINet(job_, url.c_str(), cache_path.c_str()));
-        }
-        log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", answer, " ", last_error);
-        const HRESULT result =
-            URLDownloadToFileW(job_.caller, url.c_str(), cache_path.c_str(), 0, &callback_);
-        // The system may report success after a cancel, whose signal the callback has consumed.
-        return callback_.is_ended() ? E_ABORT : result;
-    }
-
-private:
-    const download_job& job_;
-    interruptible_callback callback_;
-};
+    log_debug("ACTIVEDOC KIEBrowserPlugin: Default - ", wininet, " ", last_error);
+    const HRESULT result = URLDownloadToFileW(job.caller, url.c_str(), cache_path.c_str(), 0, &callback);
+    // urlmon may return S_OK for a cancelled download.
+    return callback.is_cancelled() ? E_ABORT : result;
+}
 
 std::uint32_t version_of_url(const download_job& job) noexcept
 {
     return job.version ? job.version->current() : 0;
 }
 
-// version: of the URL that was received. Another one may have been loaded between the two requests.
-bool request_whole_url(const download_job& job, std::wstring& url, std::uint32_t& version)
+// version: of the URL that was received. The URL may be replaced between the two messages of request_url.
+bool request_consistent_url(const download_job& job, std::wstring& url, std::uint32_t& version)
 {
     for (;;) {
         version = version_of_url(job);
-        if (!RequestUrl(job.window, url))
+        if (!request_url(job.window, url))
             return false;
         if (version_of_url(job) == version)
             return true;
-        if (IsCancelled(job.cancel_event))
+        if (is_cancelled(job.cancel_event))
             return false;
     }
 }
 
 struct fetched_document
 {
-    std::wstring path;         // empty when there is none
+    std::wstring path;         // empty after a failure
     std::uint32_t version = 0; // of its URL
 };
 
-// The download's success does not prove a file, let alone a PDF.
-void hand_over(const download_job& job, const fetched_document& document)
+// A successful download does not imply that there is a file, nor that it is a PDF.
+void send_to_window(const download_job& job, const fetched_document& document)
 {
-    if (IsCancelled(job.cancel_event))
+    if (is_cancelled(job.cancel_event))
         return;
     if (!isPDF(document.path.c_str())) {
         log_debug("ACTIVEDOC DownloadPDFFile MISSING FILE");
         return;
     }
-    if (IsCancelled(job.cancel_event))
+    if (is_cancelled(job.cancel_event))
         return;
-    if (!SendCacheFile(job.window, document.path))
+    if (!send_cache_file(job.window, document.path))
         return;
-    // A window that has another URL by now has refused the path.
+    // If the URL has been replaced, the window has ignored the path.
     if (job.version)
-        job.version->if_current(document.version, [&] { PostLoadFile(job.window); });
+        job.version->if_current(document.version, [&] { post_load_file(job.window); });
     else
-        PostLoadFile(job.window);
+        post_load_file(job.window);
 }
 
 fetched_document fetch_document(const download_job& job)
 {
-    // Made before the window is asked, which shows itself meanwhile and does not answer. Destroyed before the
-    // file is handed over: Wine may lose a menu that another thread creates while a window is destroyed.
-    transfer chosen(job);
+    // Created before the first send, while the UI thread is still busy showing its window. Destroyed before
+    // the path is sent: on Wine, destroying a window can break a menu that another thread creates.
+    interruptible_callback callback(job.window, job.cancel_event);
+    pin_download_libraries();
     std::wstring url;
     std::uint32_t version = 0;
-    if (!request_whole_url(job, url, version))
+    if (!request_consistent_url(job, url, version))
         return {};
     log_debug("ACTIVEDOC DownloadPDFFile URL: ", url);
     const std::wstring cache_path = make_cache_path(url);
     if (cache_path.empty())
         return {};
     log_debug("ACTIVEDOC DownloadPDFFile CACHE: ", cache_path);
-    const HRESULT result = chosen.fetch(url, cache_path);
+    const HRESULT result = fetch_file(job, callback, url, cache_path);
     if (result != 0) {
         log_debug("ACTIVEDOC DownloadPDFFile FAILED ", result);
         return {};
@@ -164,7 +148,7 @@ fetched_document fetch_document(const download_job& job)
 void download(const download_job& job)
 {
     if (const fetched_document document = fetch_document(job); !document.path.empty())
-        hand_over(job, document);
+        send_to_window(job, document);
 }
 
 } // namespace
@@ -174,7 +158,7 @@ DWORD DownloadPDFFile(const download_job& job) noexcept
     try {
         download(job);
     } catch (const std::exception&) {
-        return 0; // out of memory: the window keeps what it shows, as after every failure here
+        return 0; // out of memory; ends like every other failure
     }
     return 0;
 }

@@ -1,5 +1,5 @@
-// The download worker: fetches a document into a cache folder of its own, checks it and hands its path
-// to the active document's window.
+// The download worker: fetches a document into a cache folder, checks that it is a PDF, and sends its path to
+// the document's window.
 #pragma once
 
 #include <windows.h>
@@ -10,19 +10,17 @@ namespace quill {
 
 class url_version;
 
-// What the worker needs of an active document. All of it belongs to the document and must outlive the
-// download.
+// All members are borrowed from the document and must outlive the download.
 struct download_job
 {
-    HWND window;         // answers and receives the messages of window_messages.h; may vanish at any time
-    HANDLE cancel_event; // signalled: stop; may be null
-    IUnknown* caller;    // only passed on to the system's URL download; may be null
-    url_version* version = nullptr; // of the URL that the window answers; null: it never changes
+    HWND window;         // receives the messages of window_messages.h; may be destroyed at any time
+    HANDLE cancel_event; // set to stop the download; may be null
+    IUnknown* caller;    // passed to URLDownloadToFileW; may be null
+    url_version* version = nullptr; // of the window's URL; null if the URL never changes
 };
 
-// The worker's whole work; runs on a thread of its own and always returns 0, its exit code. Reports by
-// messages to the window and by log lines only. Never throws, never waits for the window longer than
-// window_message_timeout_ms.
+// The thread routine; always returns 0. The outcome is reported to the window and the log only. Does not
+// throw, and waits for the window for at most window_message_timeout_ms at a time.
 DWORD DownloadPDFFile(const download_job& job) noexcept;
 
 } // namespace quill

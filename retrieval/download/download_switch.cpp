@@ -10,9 +10,9 @@ namespace {
 constexpr wchar_t settings_key[] = L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences"
                                    L"\\kBrowserPlugin";
 constexpr wchar_t value_name[] = L"kIEBrowserPluginWinINet";
-constexpr DWORD value_units = 16;
+constexpr DWORD value_length = 16; // in UTF-16 code units
 
-// The machine's settings may have been written by a 32-bit installer, into the other view.
+// A 32-bit installer may have written the machine's settings to the 32-bit view.
 unique_registry_key open_settings() noexcept
 {
     unique_registry_key key;
@@ -29,21 +29,21 @@ wininet_switch read_switch() noexcept
     const unique_registry_key key = open_settings();
     if (!key)
         return wininet_switch_no_key;
-    // A value of any type is taken for text; the unit behind it ends one that fills the buffer.
-    std::array<wchar_t, value_units + 1> text{};
-    DWORD size_in_bytes = value_units * sizeof(wchar_t);
+    // The type is ignored. The extra wchar_t terminates a value that fills the buffer.
+    std::array<wchar_t, value_length + 1> text{};
+    DWORD size_in_bytes = value_length * sizeof(wchar_t);
     const LSTATUS status = RegQueryValueExW(key.get(), value_name, nullptr, nullptr,
                                             reinterpret_cast<BYTE*>(text.data()), &size_in_bytes);
-    return status == ERROR_SUCCESS ? ParseWinINetSwitch(text.data()) : wininet_switch_no_value;
+    return status == ERROR_SUCCESS ? parse_wininet_switch(text.data()) : wininet_switch_no_value;
 }
 
 } // namespace
 
 wininet_switch ReadWinINetSwitch(DWORD& last_error) noexcept
 {
-    const wininet_switch answer = read_switch();
+    const wininet_switch result = read_switch();
     last_error = GetLastError();
-    return answer;
+    return result;
 }
 
 } // namespace quill

@@ -1,15 +1,26 @@
-// The administrator's switch between the two ways of downloading: the string value
-// "kIEBrowserPluginWinINet" of the suite's settings.
+// The administrator's switch between the two download paths: the string value "kIEBrowserPluginWinINet" of
+// the suite's settings. The worker reads it before each download.
 #pragma once
-
-#include "retrieval/download/switch_text.h"
 
 #include <windows.h>
 
 namespace quill {
 
-// Reads the switch: the user's settings first, the machine's when the user has no such key. Always stores
-// the thread's last error code, whatever it is about, in last_error.
+// Use WinINet, or the default path and the reason, which is logged.
+enum wininet_switch : int
+{
+    wininet_switch_on = 0,
+    wininet_switch_no_key = 1,
+    wininet_switch_no_value = 2,
+    wininet_switch_no_number = 3, // the text has no "/b"
+    wininet_switch_zero = 4
+};
+
+// Reads the user's settings; the machine's if the user has no such key. last_error receives the thread's last
+// error code, whether or not reading failed.
 wininet_switch ReadWinINetSwitch(DWORD& last_error) noexcept;
+
+// On for "/b" and a decimal number other than 0. text is null-terminated.
+wininet_switch parse_wininet_switch(const wchar_t* text) noexcept;
 
 } // namespace quill

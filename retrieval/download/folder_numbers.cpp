@@ -1,6 +1,7 @@
 #include "retrieval/download/folder_numbers.h"
 
-#include <algorithm>
+#include "platform/text.h"
+
 #include <optional>
 
 namespace quill {
@@ -8,13 +9,11 @@ namespace {
 
 bool has_prefix(std::wstring_view entry)
 {
-    constexpr wchar_t to_upper = L'a' - L'A';
     return entry.size() > cache_folder_prefix.size() &&
-           std::equal(cache_folder_prefix.begin(), cache_folder_prefix.end(), entry.begin(),
-                      [](wchar_t lower, wchar_t any) { return any == lower || any == lower - to_upper; });
+           equal_ignoring_ascii_case(entry.substr(0, cache_folder_prefix.size()), cache_folder_prefix);
 }
 
-// Only as a number is written for a folder: "007" names another entry than "7".
+// Only the form that a folder's name has: "007" and "7" are different entries.
 std::optional<std::uint32_t> number_of(std::wstring_view digits)
 {
     if (digits.size() > 1 && digits.front() == L'0')
@@ -44,7 +43,7 @@ void folder_numbers::add(std::wstring_view entry)
 std::uint32_t folder_numbers::next_free()
 {
     while (!taken_.empty() && taken_.top() <= next_) {
-        // A case-sensitive file system may hold the same number twice.
+        // On a case-sensitive file system a number may occur twice.
         if (taken_.top() == next_)
             ++next_;
         taken_.pop();

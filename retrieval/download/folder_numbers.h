@@ -1,4 +1,4 @@
-// Decides which number the next cache folder gets, from the names in the temporary folder.
+// Determines the numbers of new cache folders from the names in the temporary folder.
 #pragma once
 
 #include <cstdint>
@@ -9,21 +9,20 @@
 
 namespace quill {
 
-// What the name of each cache folder begins with; its number follows.
+// Prefix of the name of each cache folder; its number follows.
 inline constexpr std::wstring_view cache_folder_prefix = L"qll";
 
-// Give it every entry of the folder, then take free numbers in ascending order. Keeps four bytes for each
-// entry with a number; throws std::bad_alloc.
+// Add every entry of the folder first, then take free numbers in ascending order. Throws std::bad_alloc.
 class folder_numbers
 {
 public:
-    // No folder gets this number or a larger one.
+    // Folder numbers are below this one.
     static constexpr std::uint32_t end = 0x7FFF'FFFF;
 
-    // entry: the long name of a file or folder, in any case. Ignored when it is no cache folder's name.
+    // entry: the long name of a file or folder. Names other than those of cache folders are ignored.
     void add(std::wstring_view entry);
 
-    // The smallest number that no entry has and that was not returned before; end when there is none.
+    // The smallest number that no entry has and that was not returned before; end if there is none.
     std::uint32_t next_free();
 
 private:

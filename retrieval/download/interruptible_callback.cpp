@@ -1,11 +1,12 @@
 #include "retrieval/download/interruptible_callback.h"
 
+#include <initializer_list>
 #include <utility>
 
 namespace quill {
 namespace {
 
-// A window of a class that the system has, found by its title: a class of our own would outlive the module.
+// A system class and a title to find it by: a class of our own would outlive the module.
 constexpr wchar_t window_class[] = L"STATIC";
 constexpr wchar_t window_title[] = L"QuillPDF.IE download";
 constexpr UINT interrupt_message = WM_APP;
@@ -14,11 +15,11 @@ constexpr UINT interrupt_message = WM_APP;
 
 interruptible_callback::interruptible_callback(HWND notify_window, HANDLE cancel_event) noexcept
     : CBindStatusCallbackImpl(notify_window, cancel_event),
-      // A pop-up: the frame of an overlapped window is measured at its creation, also where none is shown.
+      // WS_POPUP: creating an overlapped window measures its frame, even if it is never shown.
       window_(CreateWindowExW(0, window_class, window_title, WS_POPUP, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                               GetModuleHandleW(nullptr), nullptr))
 {
-    // Without the window the download can be stopped as it is: when something arrives.
+    // Without the window the download can still be cancelled when data arrives.
     if (!window_)
         return;
     SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
@@ -30,33 +31,33 @@ interruptible_callback::~interruptible_callback()
 {
     if (window_)
         DestroyWindow(window_);
-    keep(nullptr);
+    set_binding(nullptr);
 }
 
 STDMETHODIMP interruptible_callback::OnStartBinding(DWORD reserved, IBinding* binding)
 {
-    keep(binding);
+    set_binding(binding);
     return CBindStatusCallbackImpl::OnStartBinding(reserved, binding);
 }
 
 STDMETHODIMP interruptible_callback::OnProgress(ULONG progress, ULONG progress_max, ULONG status_code,
                                                 LPCWSTR status_text)
 {
-    // The window that would hear of it is closing: each further report would keep it waiting.
-    if (is_ended_)
+    // The document's window is closing: each further send would delay it.
+    if (is_cancelled_)
         return E_ABORT;
     const bool before = std::exchange(in_progress_, true);
     const HRESULT result =
         CBindStatusCallbackImpl::OnProgress(progress, progress_max, status_code, status_text);
     in_progress_ = before;
-    // A report inside this one may have met the event's only signal.
-    is_ended_ = is_ended_ || result == E_ABORT;
-    return is_ended_ ? E_ABORT : result;
+    // A nested OnProgress may have consumed the event's signal.
+    is_cancelled_ = is_cancelled_ || result == E_ABORT;
+    return is_cancelled_ ? E_ABORT : result;
 }
 
 STDMETHODIMP interruptible_callback::OnStopBinding(HRESULT result, LPCWSTR error)
 {
-    keep(nullptr);
+    set_binding(nullptr);
     return CBindStatusCallbackImpl::OnStopBinding(result, error);
 }
 
@@ -66,16 +67,16 @@ LRESULT CALLBACK interruptible_callback::window_procedure(HWND window, UINT mess
     auto* const self = reinterpret_cast<interruptible_callback*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (!self || !self->control_procedure_)
         return DefWindowProcW(window, message, wparam, lparam);
-    // WM_NCDESTROY above all: the control frees its own memory then.
+    // The control frees its memory at WM_NCDESTROY.
     if (message != interrupt_message)
         return CallWindowProcW(self->control_procedure_, window, message, wparam, lparam);
-    // Messages are delivered inside a report as well, when it waits for the document's window.
+    // OnProgress also dispatches messages, while its send waits for the document's window.
     if (!self->in_progress_)
         self->abort();
     return 0;
 }
 
-void interruptible_callback::keep(IBinding* binding) noexcept
+void interruptible_callback::set_binding(IBinding* binding) noexcept
 {
     if (binding)
         binding->AddRef();
@@ -88,13 +89,13 @@ void interruptible_callback::abort() noexcept
     IBinding* const binding = binding_;
     if (!binding)
         return;
-    is_ended_ = true;
+    is_cancelled_ = true;
     binding->AddRef(); // Abort calls OnStopBinding, which releases the binding
     binding->Abort();
     binding->Release();
 }
 
-void InterruptDownload(HANDLE worker_thread) noexcept
+void interrupt_download(HANDLE worker_thread) noexcept
 {
     const DWORD thread = GetThreadId(worker_thread);
     if (thread == 0)
@@ -104,8 +105,16 @@ void InterruptDownload(HANDLE worker_thread) noexcept
         if (GetWindowThreadProcessId(window, nullptr) == thread)
             SendNotifyMessageW(window, interrupt_message, 0, 0);
     }
-    // Some systems wait for posted messages only.
+    // On some systems urlmon wakes up for posted messages only.
     PostThreadMessageW(thread, WM_NULL, 0, 0);
+}
+
+void pin_download_libraries() noexcept
+{
+    for (const wchar_t* library : {L"urlmon.dll", L"wininet.dll"}) {
+        HMODULE pinned = nullptr; // not counted, nothing to release
+        GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN, library, &pinned);
+    }
 }
 
 } // namespace quill

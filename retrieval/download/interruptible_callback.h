@@ -1,5 +1,5 @@
-// Ends a download whose server says nothing. The system asks whether to go on only when something arrives; a
-// worker that waits for a byte would keep the closing document, and with it the browser's tab, waiting too.
+// Cancels a download while its server is silent. urlmon calls OnProgress only when data arrives; without this
+// class, a worker that waits for data would block the closing document, and with it the browser's tab.
 #pragma once
 
 #include "retrieval/download/bind_status_callback.h"
@@ -10,9 +10,8 @@
 
 namespace quill {
 
-// The download's callback with a window of the worker's own, without a place on the screen: the system looks
-// at its thread's messages while it waits, and a message sent there can end the wait on the worker's own
-// thread. Built, used and destroyed on that thread.
+// Adds a message-only window of the worker thread: urlmon dispatches messages while it waits, so a message to
+// this window can abort the binding on the worker's own thread. Created, used and destroyed on that thread.
 class interruptible_callback final : public CBindStatusCallbackImpl
 {
 public:
@@ -24,23 +23,28 @@ public:
                             LPCWSTR status_text) override;
     STDMETHODIMP OnStopBinding(HRESULT result, LPCWSTR error) override;
 
-    // Whether the download was told to end: E_ABORT is its result then, whatever the system makes of it.
-    bool is_ended() const noexcept { return is_ended_; }
+    // Whether the download was cancelled. Its result is E_ABORT then, whatever urlmon returns.
+    bool is_cancelled() const noexcept { return is_cancelled_; }
 
 private:
     static LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-    void keep(IBinding* binding) noexcept;
+    void set_binding(IBinding* binding) noexcept;
     void abort() noexcept;
 
     HWND window_ = nullptr;
     WNDPROC control_procedure_ = nullptr;
     IBinding* binding_ = nullptr;
-    bool in_progress_ = false; // a report is under way, whose answer can end the download itself
-    bool is_ended_ = false; // E_ABORT was answered or the binding aborted; stays, unlike the event's signal
+    bool in_progress_ = false;  // inside OnProgress, whose result can cancel the download as well
+    bool is_cancelled_ = false; // stays set, unlike the auto-reset event
 };
 
-// Asks the worker of that thread to end its download if it waits for its server. Never waits; may be called
-// from any thread and any number of times.
-void InterruptDownload(HANDLE worker_thread) noexcept;
+// Cancels the download of that thread if it waits for its server. Does not block. Callable on any thread and
+// repeatedly.
+void interrupt_download(HANDLE worker_thread) noexcept;
+
+// Pins urlmon and WinINet until the process ends. A cancelled download leaves threads of theirs running that
+// wait for the server; in a host that does not use these libraries itself, unloading this module would unmap
+// them under those threads. Callable on any thread and repeatedly.
+void pin_download_libraries() noexcept;
 
 } // namespace quill

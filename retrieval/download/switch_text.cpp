@@ -1,11 +1,11 @@
-#include "retrieval/download/switch_text.h"
+#include "retrieval/download/download_switch.h"
 
 #include <cctype>
 #include <cwchar>
 
 namespace quill {
 
-wininet_switch ParseWinINetSwitch(const wchar_t* text) noexcept
+wininet_switch parse_wininet_switch(const wchar_t* text) noexcept
 {
     const wchar_t* number = std::wcsstr(text, L"/b");
     if (!number)

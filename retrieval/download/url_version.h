@@ -1,5 +1,5 @@
-// Tells the worker whether the URL that it received is still the one of its window. Belongs to the document;
-// advanced on the window's thread, before the window answers with another URL.
+// Tells the worker whether the URL that it received is still the document's. The document owns the version
+// and advances it on its UI thread before its window returns another URL.
 #pragma once
 
 #include "platform/mutex.h"
@@ -9,6 +9,7 @@
 
 namespace quill {
 
+// Callable on any thread.
 class url_version
 {
 public:
@@ -24,8 +25,8 @@ public:
         ++version_;
     }
 
-    // Makes the call unless there is another version by now: when advance() returns, a call for a former
-    // version is either done or will not be made. The call must not wait.
+    // Calls `call` only if version is still current. Once advance() has returned, calls for earlier versions
+    // have either completed or will not be made. `call` runs under the lock and must not block.
     template <class Call>
     void if_current(std::uint32_t version, const Call& call) noexcept
     {

@@ -11,9 +11,8 @@
 namespace quill {
 namespace {
 
-// A window whose thread was busy may still handle a message after its sender gave up, and then reads or
-// writes what the message points to. Such memory is kept until the window is gone. The store belongs to
-// the process and not to a download, because a download ends when its window does not answer.
+// A window may handle a message after its sender gave up, and then accesses what the message points to. This
+// memory is kept until the window is destroyed, which may be after the download has ended.
 class late_memory
 {
 public:
@@ -25,7 +24,7 @@ public:
         return instance;
     }
 
-    // Takes over the one entry, and lets go of what no window can reach any more.
+    // Transfers entry to the store, and frees the memory of windows that have been destroyed.
     void keep(entries& entry) noexcept
     {
         const std::lock_guard lock(mutex_);
@@ -38,10 +37,10 @@ private:
     entries entries_;
 };
 
-// Sends a message whose lParam points into memory.
+// lparam points into memory.
 bool send(HWND window, UINT message, WPARAM wparam, const void* lparam, std::shared_ptr<void> memory)
 {
-    late_memory::entries entry; // made before the send: giving up must not fail
+    late_memory::entries entry; // allocated before the send, since keep() must not fail
     entry.emplace_back(window, std::move(memory));
     late_memory& store = late_memory::store();
     DWORD_PTR unused = 0;
@@ -54,7 +53,7 @@ bool send(HWND window, UINT message, WPARAM wparam, const void* lparam, std::sha
 
 } // namespace
 
-bool RequestUrl(HWND window, std::wstring& url)
+bool request_url(HWND window, std::wstring& url)
 {
     const auto length = std::make_shared<std::size_t>(0);
     if (!send(window, WM_USER_GETURLLENGTH, 0, length.get(), length) || *length == 0)
@@ -65,13 +64,13 @@ bool RequestUrl(HWND window, std::wstring& url)
     buffer->resize(*length + 1);
     if (!send(window, WM_USER_GETURL, buffer->size(), buffer->data(), buffer))
         return false;
-    // The text ends at its terminator, not where the room does.
+    // The URL ends at its terminator, not at the end of the buffer.
     // NOLINTNEXTLINE(readability-redundant-string-cstr)
     url = buffer->c_str();
     return true;
 }
 
-bool SendProgress(HWND window, const progress_record& progress) noexcept
+bool send_progress(HWND window, const progress_record& progress) noexcept
 {
     struct kept_progress
     {
@@ -87,17 +86,17 @@ bool SendProgress(HWND window, const progress_record& progress) noexcept
         }
         return send(window, WM_USER_PROGRESS, 0, &kept->record, kept);
     } catch (const std::exception&) {
-        return false; // no memory for a report: the download itself goes on
+        return false; // the download continues without the report
     }
 }
 
-bool SendCacheFile(HWND window, const std::wstring& path)
+bool send_cache_file(HWND window, const std::wstring& path)
 {
     const auto kept = std::make_shared<std::wstring>(path);
     return send(window, WM_USER_SETCACHEFILE, 0, kept->c_str(), kept);
 }
 
-void PostLoadFile(HWND window) noexcept
+void post_load_file(HWND window) noexcept
 {
     PostMessageW(window, WM_USER_LOADFILE, 0, 0);
 }

@@ -1,5 +1,5 @@
-// The messages that a download sends to the active document's window. Every send gives up after
-// window_message_timeout_ms, and at once when the window hangs or is gone.
+// How the download worker communicates with the document: by messages to its window and by the stop event.
+// Sends give up after window_message_timeout_ms, or at once if the window hangs or has been destroyed.
 #pragma once
 
 #include "retrieval/download/window_messages.h"
@@ -8,19 +8,27 @@
 
 namespace quill {
 
-// All of these may be called on any thread, with a window that vanishes at any time or is null.
+// All functions are callable on any thread. window may be null or destroyed at any time. They return false
+// if the window did not handle the message.
 
-// The URL that the document is to be fetched from. False when the window does not answer or has none. The
-// window is asked for the length first: what it returns is cut when the URL changes in between.
-bool RequestUrl(HWND window, std::wstring& url);
+// Asks for the length first; the URL is truncated if it changes before the second message. Also returns false
+// if the document has no URL.
+bool request_url(HWND window, std::wstring& url);
 
-// Reports progress; the status text is copied. False when the window did not take it.
-bool SendProgress(HWND window, const progress_record& progress) noexcept;
+// Copies the status text, since the window may read it after the call gave up.
+bool send_progress(HWND window, const progress_record& progress) noexcept;
 
-// Hands the fetched file's path over. False when the window did not take it.
-bool SendCacheFile(HWND window, const std::wstring& path);
+// Sends the path of the fetched file.
+bool send_cache_file(HWND window, const std::wstring& path);
 
-// Asks the window to open the file that it was handed.
-void PostLoadFile(HWND window) noexcept;
+// Asks the window to open the file whose path it received.
+void post_load_file(HWND window) noexcept;
+
+// Whether the document has set the stop event; false for a null handle. The event is auto-reset: a check
+// that returns true consumes the signal.
+inline bool is_cancelled(HANDLE cancel_event) noexcept
+{
+    return cancel_event && WaitForSingleObject(cancel_event, 0) == WAIT_OBJECT_0;
+}
 
 } // namespace quill

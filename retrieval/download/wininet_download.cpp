@@ -1,9 +1,7 @@
 #include "retrieval/download/wininet_download.h"
 
 #include "logging/log_stream.h"
-#include "retrieval/download/cancel_event.h"
 #include "retrieval/download/window_exchange.h"
-#include "retrieval/download/wininet_functions.h"
 #include "retrieval/download/wininet_request.h"
 
 #include <urlmon.h>
@@ -33,10 +31,10 @@ std::wstring without_fragment(const wchar_t* url)
     return url ? std::wstring(url, std::wcscspn(url, L"#")) : std::wstring();
 }
 
-// 0 when the server did not say.
+// 0 if the server sent no length.
 std::uint32_t content_length(const wininet_functions& wininet, HINTERNET request) noexcept
 {
-    // One unit more than the call is told of: not every system terminates the text.
+    // One spare wchar_t: the result may not be null-terminated.
     wchar_t text[65] = {};
     DWORD size = sizeof text - sizeof *text;
     DWORD index = 0;
@@ -45,12 +43,12 @@ std::uint32_t content_length(const wininet_functions& wininet, HINTERNET request
     return static_cast<std::uint32_t>(_wcstoi64(text, nullptr, 10));
 }
 
-// What has arrived so far, and whom to tell.
-class transfer
+// Copies the response body to the file and reports the progress.
+class body_copy
 {
 public:
-    transfer(const wininet_functions& wininet, const download_job& job, HINTERNET request, std::FILE* file,
-             std::uint32_t expected) noexcept
+    body_copy(const wininet_functions& wininet, const download_job& job, HINTERNET request, std::FILE* file,
+              std::uint32_t expected) noexcept
         : wininet_(wininet), job_(job), request_(request), file_(file), expected_(expected)
     {
     }
@@ -58,9 +56,9 @@ public:
     std::uint32_t run() noexcept
     {
         while (const DWORD available = query_available()) {
-            if (IsCancelled(job_.cancel_event))
+            if (is_cancelled(job_.cancel_event))
                 return cancelled;
-            if (!take(available))
+            if (!copy(available))
                 return failed;
         }
         return succeeded;
@@ -73,13 +71,13 @@ private:
         return wininet_.query_data_available(request_, &available, 0, 0) ? available : 0;
     }
 
-    // Moves what was announced as available into the file; false when nothing more can come of it.
-    bool take(DWORD available) noexcept
+    // Copies what is reported available; false if the download cannot continue.
+    bool copy(DWORD available) noexcept
     {
         const std::unique_ptr<std::byte[]> buffer(new (std::nothrow) std::byte[available]);
         if (!buffer)
             return false;
-        DWORD taken = 0;
+        DWORD copied = 0;
         DWORD read = 0;
         do {
             read = 0;
@@ -87,17 +85,17 @@ private:
             if (std::fwrite(buffer.get(), 1, read, file_) != read)
                 return false;
             available -= read;
-            taken += read;
+            copied += read;
             received_ += read;
             report();
-        } while (read != 0 && available > taken);
-        // Announced and not to be had: asking again would go on for ever.
-        return taken != 0;
+        } while (read != 0 && available > copied);
+        // Reported available but unreadable; retrying would loop.
+        return copied != 0;
     }
 
     void report() const noexcept
     {
-        SendProgress(job_.window, {received_, expected_, BINDSTATUS_DOWNLOADINGDATA, nullptr});
+        send_progress(job_.window, {received_, expected_, BINDSTATUS_DOWNLOADINGDATA, nullptr});
     }
 
     const wininet_functions& wininet_;
@@ -108,9 +106,9 @@ private:
     std::uint32_t received_ = 0;
 };
 
-// The file is closed first, then the request, then the session.
-std::uint32_t fetch(const wininet_functions& wininet, const download_job& job, const std::wstring& url,
-                    const wchar_t* cache_path)
+// Closes the file first, then the request, then the session.
+std::uint32_t download_file(const wininet_functions& wininet, const download_job& job,
+                            const std::wstring& url, const wchar_t* cache_path)
 {
     const internet_handle session =
         own(wininet, wininet.open(L"Quill5_IEactivedoc", INTERNET_OPEN_TYPE_PRECONFIG, nullptr, nullptr, 0));
@@ -121,7 +119,7 @@ std::uint32_t fetch(const wininet_functions& wininet, const download_job& job, c
     }
     relax_certificate_checks(wininet, session.get());
 
-    const internet_request opened = open_address(wininet, session.get(), url);
+    const internet_request opened = open_internet_url(wininet, session.get(), url);
     if (!opened.request) {
         QUILL_LOG(log_level::debug) << "ACTIVEDOC DEBUG InternetOpenUrl FAILED " << opened.error;
         return failed;
@@ -136,8 +134,8 @@ std::uint32_t fetch(const wininet_functions& wininet, const download_job& job, c
         return failed;
     }
 
-    const std::uint32_t result = transfer(wininet, job, opened.request.get(), file.get(), expected).run();
-    // The last of the body is still in the stream's buffer: a full disk may show itself only here.
+    const std::uint32_t result = body_copy(wininet, job, opened.request.get(), file.get(), expected).run();
+    // The stream buffers the end of the body: a full disk may be reported only here.
     const bool is_written = std::fflush(file.get()) == 0;
     return result == succeeded && !is_written ? failed : result;
 }
@@ -151,23 +149,17 @@ const wininet_functions system_wininet{
     InternetReadFile, InternetCloseHandle,
 };
 
-std::uint32_t download_with(const wininet_functions& wininet, const download_job& job, const wchar_t* url,
-                            const wchar_t* cache_path) noexcept
+std::uint32_t DownloadWithWinINet(const download_job& job, const wchar_t* url, const wchar_t* cache_path,
+                                  const wininet_functions& wininet) noexcept
 {
     try {
-        const std::uint32_t result = fetch(wininet, job, without_fragment(url), cache_path);
+        const std::uint32_t result = download_file(wininet, job, without_fragment(url), cache_path);
         if (result == succeeded)
             QUILL_LOG(log_level::debug) << "ACTIVEDOC DEBUG SUCCESS";
         return result;
     } catch (const std::bad_alloc&) {
         return failed;
     }
-}
-
-std::uint32_t DownloadWithWinINet(const download_job& job, const wchar_t* url,
-                                  const wchar_t* cache_path) noexcept
-{
-    return download_with(system_wininet, job, url, cache_path);
 }
 
 } // namespace quill

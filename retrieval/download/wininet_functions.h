@@ -1,14 +1,10 @@
-// The WinINet functions that the download calls, as a table: what a certificate option does and which
-// call can fail depends on the system, and every path has to close what it opened.
+// The WinINet functions that the download calls, as a table, so that tests can inject faults and check that
+// each path closes its handles.
 #pragma once
-
-#include "retrieval/download/download.h"
 
 #include <windows.h>
 
 #include <wininet.h>
-
-#include <cstdint>
 
 namespace quill {
 
@@ -27,11 +23,6 @@ struct wininet_functions
     decltype(&::InternetCloseHandle) close_handle;
 };
 
-// The system's own.
 extern const wininet_functions system_wininet;
-
-// DownloadWithWinINet through the given functions.
-std::uint32_t download_with(const wininet_functions& wininet, const download_job& job, const wchar_t* url,
-                            const wchar_t* cache_path) noexcept;
 
 } // namespace quill

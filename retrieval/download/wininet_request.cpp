@@ -5,13 +5,13 @@
 namespace quill {
 namespace {
 
-// The value is part of what this path promises: exactly these three, revocation is still checked.
+// Exactly these three are ignored; revocation is still checked.
 constexpr DWORD relaxed_checks = SECURITY_FLAG_IGNORE_UNKNOWN_CA | SECURITY_FLAG_IGNORE_CERT_CN_INVALID |
                                  SECURITY_FLAG_IGNORE_CERT_DATE_INVALID;
 static_assert(relaxed_checks == 0x3100);
 
-// SSL certificate is invalid: reported when a certificate has a fault of no number of its own, also
-// together with one that is forgiven. The headers at hand have no name for it.
+// Reported for a certificate error without a code of its own, also together with an ignored one. The headers
+// do not define it.
 constexpr DWORD error_invalid_certificate = INTERNET_ERROR_BASE + 169;
 
 bool is_certificate_error(DWORD error) noexcept
@@ -28,7 +28,7 @@ bool is_certificate_error(DWORD error) noexcept
     }
 }
 
-struct address_parts
+struct url_parts
 {
     std::wstring host;
     std::wstring user;
@@ -38,12 +38,12 @@ struct address_parts
     bool is_secure = false;
 };
 
-// False when url cannot be cracked or names no host; the last error says why.
-bool split_address(const std::wstring& url, address_parts& parts)
+// On failure, also for a URL without a host, the last error tells the reason.
+bool split_url(const std::wstring& url, url_parts& parts)
 {
     URL_COMPONENTSW found{};
     found.dwStructSize = sizeof found;
-    // A length other than 0 with a null pointer asks for a pointer into the address itself.
+    // A null pointer with a non-zero length requests a pointer into the URL itself.
     found.dwHostNameLength = 1;
     found.dwUserNameLength = 1;
     found.dwPasswordLength = 1;
@@ -51,7 +51,7 @@ bool split_address(const std::wstring& url, address_parts& parts)
     found.dwExtraInfoLength = 1;
     if (!InternetCrackUrlW(url.c_str(), static_cast<DWORD>(url.size()), 0, &found))
         return false;
-    // Cracked without a host: a success that leaves the last error stale.
+    // Succeeds without a host and leaves the last error stale.
     if (!found.lpszHostName || found.dwHostNameLength == 0) {
         SetLastError(ERROR_INTERNET_INVALID_URL);
         return false;
@@ -77,13 +77,12 @@ const wchar_t* text_or_null(const std::wstring& text) noexcept
     return text.empty() ? nullptr : text.c_str();
 }
 
-// The checks can be relaxed on a request only between its making and its sending, so the address has to
-// be opened step by step.
+// The option must be set between creating and sending the request, so InternetOpenUrlW cannot be used.
 internet_request open_relaxed(const wininet_functions& wininet, HINTERNET session, const std::wstring& url)
 {
     internet_request opened{own(wininet, nullptr), own(wininet, nullptr), ERROR_SUCCESS};
-    address_parts parts;
-    if (!split_address(url, parts)) {
+    url_parts parts;
+    if (!split_url(url, parts)) {
         opened.error = GetLastError();
         return opened;
     }
@@ -94,7 +93,7 @@ internet_request open_relaxed(const wininet_functions& wininet, HINTERNET sessio
         opened.error = GetLastError();
         return opened;
     }
-    // A server that authenticates the connection (NTLM) needs several requests on it.
+    // NTLM authenticates the connection and needs several requests on it.
     const DWORD flags = INTERNET_FLAG_KEEP_CONNECTION | (parts.is_secure ? INTERNET_FLAG_SECURE : 0);
     opened.request = own(wininet, wininet.open_request(opened.connection.get(), L"GET", parts.object.c_str(),
                                                        nullptr, nullptr, nullptr, flags, 0));
@@ -126,7 +125,8 @@ void relax_certificate_checks(const wininet_functions& wininet, HINTERNET handle
     wininet.set_option(handle, INTERNET_OPTION_SECURITY_FLAGS, &flags, sizeof flags);
 }
 
-internet_request open_address(const wininet_functions& wininet, HINTERNET session, const std::wstring& url)
+internet_request open_internet_url(const wininet_functions& wininet, HINTERNET session,
+                                   const std::wstring& url)
 {
     internet_request opened{own(wininet, nullptr),
                             own(wininet, wininet.open_url(session, url.c_str(), nullptr, 0, 0, 0)),

@@ -1,4 +1,4 @@
-// Opening an address with WinINet, with relaxed checks of the server's certificate.
+// Opens a URL with WinINet and relaxed certificate checks, for the alternative download path.
 #pragma once
 
 #include "retrieval/download/wininet_functions.h"
@@ -17,21 +17,22 @@ using internet_handle = std::unique_ptr<void, internet_handle_closer>;
 
 internet_handle own(const wininet_functions& wininet, HINTERNET handle) noexcept;
 
-// An answer that can be read. The request is closed before the connection that it belongs to.
+// A request whose response can be read. Closed before its connection.
 struct internet_request
 {
-    internet_handle connection; // null when the address was opened in one call
-    internet_handle request;
-    DWORD error = ERROR_SUCCESS; // why there is no request
+    internet_handle connection; // null if the URL was opened in one call
+    internet_handle request;    // null if the URL could not be opened
+    DWORD error = ERROR_SUCCESS;
 };
 
-// Lets certificates of unknown issuers, of other names and out of their time pass on this handle. Whether
-// a session handle takes the option is the system's matter; a request handle always does.
+// Accepts certificates that are expired, of unknown issuers or issued to other names. A request handle takes
+// the option always, a session handle not on every system.
 void relax_certificate_checks(const wininet_functions& wininet, HINTERNET handle) noexcept;
 
-// Sends the request for url, which must not hold a fragment, and waits for the answer's headers. A
-// certificate that the session did not let pass gets one more attempt with the relaxation on the request
-// itself. Redirects are followed. Throws std::bad_alloc only.
-internet_request open_address(const wininet_functions& wininet, HINTERNET session, const std::wstring& url);
+// Sends a request for url, which must not contain a fragment, and receives the response headers. After a
+// certificate error, tries once more with relaxed checks on the request itself. Follows redirects. Throws
+// std::bad_alloc only.
+internet_request open_internet_url(const wininet_functions& wininet, HINTERNET session,
+                                   const std::wstring& url);
 
 } // namespace quill

@@ -1,21 +1,21 @@
-// What the system makes of a file name or a path, told from the text alone: nothing is opened or looked up.
-// Plain functions, callable on any thread.
+// Classifies file names and paths by their text, as the system would interpret them. Nothing is opened or
+// looked up. Callable on any thread.
 #pragma once
 
 #include <string_view>
 
 namespace quill {
 
-// Whether a path's last component opens a device in place of a file, in any folder, with any extension and
-// in any case: "NUL", "com1.pdf", "AUX .tar.pdf".
+// Whether a path that ends in this component opens a device instead of a file. Folder, extension and case
+// do not matter: "NUL", "com1.pdf", "AUX .tar.pdf".
 bool is_device_name(std::wstring_view component) noexcept;
 
-// Whether name stands for one file of its own in its folder: no separators, no wildcards, no stream, no
-// device. A dot or blank at its end, which the system drops, counts as good.
+// Whether a file can be created under this name: no separators, wildcards, streams or devices. A trailing
+// dot or blank, which the system strips, is permitted.
 bool is_creatable_name(std::wstring_view name) noexcept;
 
-// Whether path can lead to a file on a disk or a share; false for devices, pipes and mailslots, which may
-// keep the caller waiting. Says nothing of whether the file exists.
+// Whether path can name a file on a disk or a share. False for devices, pipes and mailslots, which could
+// block the caller when opened. The file need not exist.
 bool may_name_disk_file(std::wstring_view path) noexcept;
 
 } // namespace quill

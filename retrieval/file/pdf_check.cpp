@@ -3,7 +3,6 @@
 #include "logging/log_stream.h"
 #include "platform/unique_handle.h"
 #include "retrieval/file/file_names.h"
-#include "retrieval/file/pdf_judge.h"
 
 #include <windows.h>
 
@@ -14,14 +13,14 @@
 namespace quill {
 namespace {
 
-// One zero byte behind what is read: the place of the version's digit when the header ends the window.
+// The zero byte at the end stands for the version digit if the header is the last thing read.
 struct file_window
 {
     std::array<char, pdf_check_bytes + 1> bytes{};
     DWORD bytes_read = 0;
 };
 
-// A drive without a medium is an answer, not a reason for the system to ask the user for one.
+// Keeps the system from prompting for a medium if the drive is empty.
 class no_system_dialogs
 {
 public:
@@ -39,30 +38,30 @@ private:
     BOOL is_set_;
 };
 
-enum class look
+enum class read_result
 {
     missing,
-    refused, // is there and cannot be opened
-    taken
+    refused, // exists but cannot be opened
+    done
 };
 
-// A page chooses the path, and the user interface waits for the answer: what is no file on a disk counts as
-// missing, is not opened where the path shows it, and never read. A file that cannot be read counts as empty.
-look read_window(const wchar_t* path, file_window& window) noexcept
+// The path may come from a page, and the UI thread waits: a device or pipe is not opened if its path tells
+// it, and never read. A file that opens but cannot be read counts as empty.
+read_result read_window(const wchar_t* path, file_window& window) noexcept
 {
     if (!path || !may_name_disk_file(path))
-        return look::missing;
+        return read_result::missing;
     const no_system_dialogs quiet;
     const unique_handle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                          FILE_ATTRIBUTE_NORMAL, nullptr));
-    // Asked for only now: nearly every file is there.
+    // After the attempt to open it, because nearly every file exists.
     if (!file)
-        return PathFileExistsW(path) ? look::refused : look::missing;
+        return PathFileExistsW(path) ? read_result::refused : read_result::missing;
     if (GetFileType(file.get()) != FILE_TYPE_DISK)
-        return look::missing;
+        return read_result::missing;
     if (!ReadFile(file.get(), window.bytes.data(), pdf_check_bytes, &window.bytes_read, nullptr))
         window.bytes_read = 0;
-    return look::taken;
+    return read_result::done;
 }
 
 } // namespace
@@ -71,15 +70,15 @@ int isPDF(const wchar_t* path) noexcept
 {
     file_window window;
     switch (read_window(path, window)) {
-    case look::missing:
+    case read_result::missing:
         QUILL_LOG(log_level::debug) << "ACTIVEDOC isPDF [FALSE] MISSING FILE";
         return 0;
-    case look::refused:
+    case read_result::refused:
         return 0;
-    case look::taken:
+    case read_result::done:
         break;
     }
-    switch (JudgePdf({window.bytes.data(), window.bytes.size()}, window.bytes_read)) {
+    switch (judge_pdf({window.bytes.data(), window.bytes.size()}, window.bytes_read)) {
     case pdf_verdict::pdf:
         QUILL_LOG(log_level::debug) << "ACTIVEDOC isPDF [TRUE]";
         return 1;

@@ -1,9 +1,9 @@
-#include "retrieval/file/pdf_judge.h"
+#include "retrieval/file/pdf_check.h"
 
 namespace quill {
 namespace {
 
-// Whether the first occurrence of marker leaves room for wanted bytes, counted from its own start.
+// Whether at least `wanted` bytes remain from the start of the first occurrence of marker.
 bool holds(std::string_view window, std::string_view marker, std::size_t wanted)
 {
     const std::size_t position = window.find(marker);
@@ -12,7 +12,7 @@ bool holds(std::string_view window, std::string_view marker, std::size_t wanted)
 
 } // namespace
 
-pdf_verdict JudgePdf(std::string_view window, std::size_t bytes_read)
+pdf_verdict judge_pdf(std::string_view window, std::size_t bytes_read)
 {
     constexpr std::string_view header = "%PDF-1.", protected_marker = ".pfile";
     constexpr std::size_t smallest_file = 9;

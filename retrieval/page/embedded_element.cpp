@@ -1,6 +1,7 @@
 #include "retrieval/page/embedded_element.h"
 
 #include "logging/log_stream.h"
+#include "platform/bstr_view.h"
 #include "retrieval/page/pdf_element.h"
 #include "retrieval/url/url_fragment.h"
 #include "retrieval/url/url_text.h"
@@ -9,13 +10,12 @@
 #include <mshtml.h>
 
 #include <new>
-#include <string_view>
 #include <vector>
 
 namespace quill {
 namespace {
 
-// getAttribute's flag for the value as it stands in the source, as text.
+// The flag of getAttribute that returns the value as written in the source, as a string.
 constexpr LONG attribute_as_text = 2;
 
 enum class finding
@@ -25,7 +25,8 @@ enum class finding
     failed
 };
 
-// What the call gives. A failed call's out value is not a reference: it is neither used nor released.
+// Whether the call succeeded and returned an interface. After a failure the out parameter is neither used
+// nor released.
 template <class Interface, class Call>
 bool receive(CComPtr<Interface>& received, const Call& call)
 {
@@ -45,12 +46,7 @@ HRESULT receive(CComBSTR& received, const Call& call)
     return result;
 }
 
-std::wstring_view view_of(BSTR text) noexcept
-{
-    return {text, SysStringLen(text)};
-}
-
-// The children of one element, and how far the search has come among them.
+// The children of one element and the position of the search among them.
 struct level
 {
     CComPtr<IHTMLElementCollection> children;
@@ -69,7 +65,7 @@ bool open_level(IHTMLElement* element, level& opened)
     return SUCCEEDED(opened.children->get_length(&opened.length));
 }
 
-// The next child and its kind; false when the page does not give them.
+// False if a call into the page fails.
 bool next_child(level& from, CComPtr<IHTMLElement>& child, element_kind& kind)
 {
     VARIANT index{};
@@ -115,7 +111,7 @@ finding find_type(IHTMLElement* element)
     return source_states_pdf_type(view_of(html)) ? finding::pdf : finding::not_pdf;
 }
 
-// url receives the element's reference, whether it is one of a PDF or not.
+// url receives the reference of any EMBED or OBJECT element, not only of a PDF.
 finding examine(const embedded_request& request, IHTMLElement* element, element_kind kind, std::wstring& url)
 {
     if (kind == element_kind::other)
@@ -142,13 +138,13 @@ bool find_page(IOleClientSite* site, CComPtr<IHTMLDocument2>& page, CComPtr<IHTM
            receive(body, [&](IHTMLElement** out) { return page->get_body(out); });
 }
 
-void read_page_address(IHTMLDocument2* page, embedded_request& request)
+void read_page_url(IHTMLDocument2* page, embedded_request& request)
 {
-    CComBSTR address;
-    // Without an address nothing is asked for; the search goes on.
-    receive(address, [&](BSTR* out) { return page->get_URL(out); });
-    request.page = page_url_number(view_of(address), L"page");
-    request.zoom = page_url_number(view_of(address), L"zoom");
+    CComBSTR url;
+    // Without a URL there is no page or zoom, but the search continues.
+    receive(url, [&](BSTR* out) { return page->get_URL(out); });
+    request.page = page_url_number(view_of(url), L"page");
+    request.zoom = page_url_number(view_of(url), L"zoom");
 }
 
 } // namespace
@@ -160,13 +156,13 @@ int ResolveEmbeddedElement(embedded_request& request, std::wstring& url)
     CComPtr<IHTMLElement> body;
     if (!find_page(request.site, page, body))
         return 0;
-    read_page_address(page, request);
+    read_page_url(page, request);
     std::uint32_t counter = 0;
     return ProcessHTMLBodyElement(request, body, url, counter);
 }
 
-// Depth first, each element before its children, children of a PDF element left out. The levels stand on
-// the heap: how deep a page nests is its author's choice, how much stack there is is not ours.
+// Depth first, in document order, without the children of PDF elements. The page controls the nesting depth,
+// hence the explicit stack.
 int ProcessHTMLBodyElement(const embedded_request& request, IHTMLElement* element, std::wstring& url,
                            std::uint32_t& counter)
 {

@@ -1,5 +1,5 @@
-// Finds the address of the PDF element of a page that one active document stands for. The browser creates
-// one active document for each EMBED or OBJECT of a PDF and does not say which one it is for.
+// Finds the URL of the EMBED or OBJECT element that an active document stands for. The browser creates one
+// document for each element whose type is PDF and does not pass it the element.
 #pragma once
 
 #include <windows.h>
@@ -15,20 +15,20 @@ namespace quill {
 
 struct embedded_request
 {
-    IOleClientSite* site;    // way to the hosting page; may be null
+    IOleClientSite* site;    // its container is the page; may be null
     std::uint32_t index;     // which PDF element of the page, from 0 in document order
-    const void* log_address; // the active document's address, as its log lines show it
-    std::int32_t& page;      // set from the page's own address: 1-based, 0 for none
-    std::int32_t& zoom;      // the same: percent, 0 for none
+    const void* log_address; // the active document's address, for log lines
+    std::int32_t& page;      // set from the page's URL: counts from 1, 0 for none
+    std::int32_t& zoom;      // set from the page's URL: per cent, 0 for none
 };
 
-// 1 when the page has the element; url then holds its reference as the page gives it, escaped by
-// EncodeUrl. 0 when it has not, or when the page fails to answer; url is then empty. page and zoom are
-// written as soon as the page could be reached. User-interface thread only. Throws std::bad_alloc only.
+// Returns 1 and the element's reference in url, escaped by EncodeUrl but not resolved. Returns 0 and an
+// empty url if there is no such element or a call into the page fails. request.page and request.zoom are set
+// as soon as the page is found. UI thread only. Throws std::bad_alloc only.
 int ResolveEmbeddedElement(embedded_request& request, std::wstring& url);
 
-// The search below one element. counter holds the number of PDF elements met before it and is moved on.
-// Returns as above.
+// Searches the descendants of element. counter is the number of PDF elements that precede it and is
+// advanced by those found. Result and exceptions as above.
 int ProcessHTMLBodyElement(const embedded_request& request, IHTMLElement* element, std::wstring& url,
                            std::uint32_t& counter);
 

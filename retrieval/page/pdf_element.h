@@ -1,4 +1,4 @@
-// What makes an element of a page stand for an embedded PDF: decisions on names and texts alone.
+// Decides from names and attribute texts whether an element of a page embeds a PDF.
 #pragma once
 
 #include <string_view>
@@ -12,20 +12,20 @@ enum class element_kind
     object
 };
 
-// The kind that a tag name in any case stands for.
+// tag: a tag name, in any case.
 element_kind kind_of_tag(std::wstring_view tag) noexcept;
 
-// The attribute that holds the document's reference; null for kinds without one.
+// The attribute that holds the document's reference; nullptr for other elements.
 const wchar_t* reference_attribute(element_kind kind) noexcept;
 
-// Whether a TYPE attribute, in any case, names PDF.
+// Whether a TYPE attribute names PDF, in any case.
 bool is_pdf_type(std::wstring_view type) noexcept;
 
-// Whether an element's source text states the type where its attributes do not show it. Only the three
-// usual spellings count, in lower case.
+// Whether the element's markup states the type, for elements whose attributes do not return it. Finds the
+// three usual notations, in lower case only.
 bool source_states_pdf_type(std::wstring_view outer_html) noexcept;
 
-// Whether a reference is a name that ends in ".pdf" in any case.
+// Whether a reference is a name that ends in ".pdf", in any case.
 bool names_pdf(std::wstring_view reference) noexcept;
 
 } // namespace quill

@@ -29,11 +29,11 @@ int status_pane::Create(HWND parent, HMODULE resources)
                               GetModuleHandleW(nullptr), nullptr);
     if (!window_)
         return 1;
-    // The object first: the procedure may be called from inside the next line.
+    // The object first: setting the procedure may already call it.
     SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     previous_procedure_ = reinterpret_cast<WNDPROC>(
-        SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(PaneProcedure)));
-    Recentre();
+        SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(window_procedure)));
+    recentre();
     return 1;
 }
 
@@ -53,13 +53,13 @@ void status_pane::Hide()
         ShowWindow(window_, SW_HIDE);
 }
 
-void status_pane::Recentre()
+void status_pane::recentre()
 {
     if (!window_)
         return;
     RECT client{};
     GetClientRect(parent_, &client);
-    const POINT position = StatusPanePosition({client.right, client.bottom});
+    const POINT position = status_pane_position({client.right, client.bottom});
     SetWindowPos(window_, nullptr, position.x, position.y, status_pane_size.cx, status_pane_size.cy,
                  shown_ ? SWP_SHOWWINDOW : SWP_HIDEWINDOW);
 }
@@ -76,19 +76,19 @@ void status_pane::Detach()
     window_ = nullptr;
 }
 
-LRESULT CALLBACK status_pane::PaneProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
+LRESULT CALLBACK status_pane::window_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
 {
     auto* pane = reinterpret_cast<status_pane*>(GetWindowLongPtrW(window, GWLP_USERDATA));
     if (!pane)
         return DefWindowProcW(window, message, wparam, lparam);
     switch (message) {
     case WM_ERASEBKGND:
-        return 1; // painting covers everything
+        return 1; // WM_PAINT covers the whole area
     case WM_PAINT:
-        pane->Paint();
+        pane->paint();
         return 0;
     case WM_NCDESTROY: {
-        // The parent went first. The control's own procedure has memory of its own to free.
+        // The parent is being destroyed. The control's own procedure frees its memory here.
         const WNDPROC previous = pane->previous_procedure_;
         pane->Detach();
         return CallWindowProcW(previous ? previous : DefWindowProcW, window, message, wparam, lparam);
@@ -98,7 +98,7 @@ LRESULT CALLBACK status_pane::PaneProcedure(HWND window, UINT message, WPARAM wp
     }
 }
 
-void status_pane::Paint()
+void status_pane::paint()
 {
     PAINTSTRUCT paint{};
     const HDC context = BeginPaint(window_, &paint);
@@ -108,8 +108,8 @@ void status_pane::Paint()
     GetClientRect(window_, &client);
     status_text format{};
     LoadStringW(resources_, text_format_string, format.data(), static_cast<int>(format.size()));
-    PaintStatusPane(context, client, paint.rcPaint, percent_,
-                    FormatStatusText(format.data(), percent_).data());
+    paint_status_pane(context, client, paint.rcPaint, percent_,
+                      format_status_text(format.data(), percent_).data());
     EndPaint(window_, &paint);
 }
 

@@ -1,4 +1,4 @@
-// The progress pane in the middle of the active document's window: a bar and a line of text.
+// The progress pane in the middle of the document's window: a bar and a line of text.
 #pragma once
 
 #include <windows.h>
@@ -7,8 +7,8 @@
 
 namespace quill {
 
-// User-interface thread only. The pane's window belongs to its parent and dies with it; the object may
-// outlive it. Not movable: the window points back to it.
+// UI thread only. The parent destroys the pane's window; either the window or this object may be destroyed
+// first. Not movable: the window has a pointer to it.
 class status_pane
 {
 public:
@@ -17,23 +17,23 @@ public:
     status_pane& operator=(const status_pane&) = delete;
     ~status_pane();
 
-    // Creates the pane, shown, in the middle of parent. resources: the module that holds the text's
-    // format, string 101. Returns 1 in every case; without a window the other methods do nothing.
+    // Creates the pane's window, visible, centred in parent. resources: the module that contains the text's
+    // format, string 101. Always returns 1; without a window the other methods have no effect.
     int Create(HWND parent, HMODULE resources);
-    // Shows a percentage; more than 100 counts as 100.
+    // Values above 100 are clamped.
     void SetPercent(std::uint32_t percent);
     void Hide();
-    // Places the pane again after its parent's size changed.
-    void Recentre();
-    // Gives the window its own procedure back. Called before the object goes away; harmless twice.
+    // Call after the parent's size has changed.
+    void recentre();
+    // Restores the window's own procedure and forgets the window. Has no effect the second time.
     void Detach();
 
     HWND window() const { return window_; }
     std::uint32_t percent() const { return percent_; }
 
 private:
-    static LRESULT CALLBACK PaneProcedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
-    void Paint();
+    static LRESULT CALLBACK window_procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam);
+    void paint();
 
     HMODULE resources_ = nullptr;
     HWND window_ = nullptr;

@@ -6,7 +6,7 @@
 namespace quill {
 namespace {
 
-constexpr COLORREF ground_colour = RGB(79, 79, 79);
+constexpr COLORREF background_colour = RGB(79, 79, 79);
 constexpr COLORREF bar_colour = RGB(25, 30, 80);
 constexpr COLORREF text_colour = RGB(255, 255, 255);
 
@@ -16,7 +16,7 @@ struct memory_context_traits : null_is_empty<HDC>
 };
 using unique_memory_context = unique_resource<memory_context_traits>;
 
-// Selects an object for as long as it lives; a selected object cannot be deleted.
+// Selects a GDI object for its own lifetime. A selected object cannot be deleted.
 class selection
 {
 public:
@@ -56,20 +56,20 @@ void draw(HDC context, const RECT& client, const RECT& damaged, std::uint32_t pe
 {
     const unique_gdi_object<HFONT> font = make_font();
     const selection font_selected(context, font.get());
-    fill(context, damaged, ground_colour);
-    const RECT frame = StatusBarFrame(client);
+    fill(context, damaged, background_colour);
+    const RECT frame = status_bar_frame(client);
     FillRect(context, &frame, static_cast<HBRUSH>(GetStockObject(WHITE_BRUSH)));
-    fill(context, StatusBar(client, percent), bar_colour);
+    fill(context, status_bar(client, percent), bar_colour);
     SetBkMode(context, TRANSPARENT);
     SetTextColor(context, text_colour);
-    RECT text_area = StatusTextArea(client);
+    RECT text_area = status_text_area(client);
     DrawTextW(context, text, -1, &text_area, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
 }
 
 } // namespace
 
-void PaintStatusPane(HDC target, const RECT& client, const RECT& damaged, std::uint32_t percent,
-                     const wchar_t* text) noexcept
+void paint_status_pane(HDC target, const RECT& client, const RECT& damaged, std::uint32_t percent,
+                       const wchar_t* text) noexcept
 {
     const int width = client.right - client.left;
     const int height = client.bottom - client.top;

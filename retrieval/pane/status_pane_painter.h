@@ -1,4 +1,4 @@
-// Draws the status pane.
+// Paints the status pane.
 #pragma once
 
 #include <windows.h>
@@ -7,10 +7,9 @@
 
 namespace quill {
 
-// Draws the pane into target, through a bitmap so that it does not flicker. client: the pane's client
-// rectangle; damaged: the part that needs drawing; percent: 0 to 100; text: what stands beside the bar.
-// User-interface thread; keeps no object.
-void PaintStatusPane(HDC target, const RECT& client, const RECT& damaged, std::uint32_t percent,
-                     const wchar_t* text) noexcept;
+// Paints through a memory bitmap to avoid flicker. client: the pane's client rectangle; damaged: the update
+// rectangle; percent: 0 to 100; text: what is shown beside the bar. UI thread only.
+void paint_status_pane(HDC target, const RECT& client, const RECT& damaged, std::uint32_t percent,
+                       const wchar_t* text) noexcept;
 
 } // namespace quill

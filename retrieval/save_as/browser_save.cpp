@@ -6,7 +6,7 @@
 namespace quill {
 namespace {
 
-// The library is a system component that the browser has loaded already; its bare name finds that one.
+// The browser has loaded this system library already, so its bare name resolves to that instance.
 template <typename... Parameters>
 HRESULT call_browser(const char* name, Parameters... arguments) noexcept
 {

@@ -1,5 +1,5 @@
-// The browser's save functions for protected mode, looked up by name at every call: they exist only where
-// the browser does, and the module must not keep its library loaded.
+// The browser's save functions for protected mode, resolved by name at every call: they exist only in the
+// browser, and the module must not keep the browser's library loaded.
 #pragma once
 
 #include <windows.h>
@@ -8,9 +8,9 @@
 
 namespace quill {
 
-// Each returns what the browser's function of the same name returns, or E_NOTIMPL when there is none.
-// Strings handed out are freed with CoTaskMemFree; state stands for the pending save and is given back by
-// one of the last two functions.
+// Each returns the result of the browser's function of the same name, or E_NOTIMPL if there is none. Returned
+// strings are freed with CoTaskMemFree. state is the pending save, which either of the last two functions
+// ends.
 
 HRESULT IEShowSaveFileDialog(HWND window, const wchar_t* file_name, const wchar_t* folder,
                              const wchar_t* filter, const wchar_t* extension, DWORD filter_index, DWORD flags,

@@ -11,13 +11,13 @@
 namespace quill {
 namespace {
 
-// FOLDERID_InternetCache: in protected mode the one of the browser's low-integrity cache.
+// FOLDERID_InternetCache: in protected mode, the browser's low-integrity cache.
 constexpr GUID internet_cache_folder = {
     0x352481E8, 0x33BE, 0x4251, {0xBA, 0x85, 0x60, 0x07, 0xCA, 0xED, 0xCF, 0x9D}};
 
 constexpr DWORD overwrite_prompt = 0x2; // OFN_OVERWRITEPROMPT
 
-// The browser keeps the place that the user chose until it is told to save or to forget.
+// The browser keeps the chosen destination until the save is completed or cancelled.
 class pending_save
 {
 public:
@@ -26,25 +26,25 @@ public:
     pending_save& operator=(const pending_save&) = delete;
     ~pending_save()
     {
-        if (!is_handed_over_)
+        if (!is_completed_)
             IECancelSaveFile(state_);
     }
 
     bool save(const wchar_t* source) noexcept
     {
-        is_handed_over_ = true;
+        is_completed_ = true;
         return IESaveFile(state_, source) == S_OK;
     }
 
 private:
     HANDLE state_;
-    bool is_handed_over_ = false;
+    bool is_completed_ = false;
 };
 
 class temporary_file
 {
 public:
-    // Makes an empty file in folder; path() is empty when that failed.
+    // Creates an empty file in folder; path() is empty after a failure.
     explicit temporary_file(const wchar_t* folder) noexcept
     {
         if (GetTempFileNameW(folder, L"qIE", 0, path_) == 0)
@@ -56,7 +56,7 @@ public:
     {
         if (!path_[0] || DeleteFileW(path_) || GetLastError() != ERROR_ACCESS_DENIED)
             return;
-        // Copying a file that may only be read makes one that cannot be deleted either.
+        // CopyFileEx copies the read-only attribute, which prevents deletion.
         SetFileAttributesW(path_, FILE_ATTRIBUTE_NORMAL);
         DeleteFileW(path_);
     }
@@ -102,7 +102,7 @@ int SaveDocumentAs(HWND window, const wchar_t* local_path) noexcept
     if (!local_path)
         return 0;
     try {
-        // The document may be closed or loaded anew while the dialog is up.
+        // The caller's buffer may change while the dialog pumps messages.
         return save_document(window, std::wstring(local_path));
     } catch (const std::bad_alloc&) {
         return 0;

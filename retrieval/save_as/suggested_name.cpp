@@ -7,7 +7,7 @@
 namespace quill {
 namespace {
 
-// Only a number of brackets that closes the name is taken off, from the last "[" on.
+// Removes the text from the last "[" if the name ends with "]".
 std::wstring_view without_cache_number(std::wstring_view base) noexcept
 {
     if (!base.ends_with(L']'))
@@ -23,7 +23,7 @@ std::optional<std::wstring> suggested_file_name(const wchar_t* path)
         return std::nullopt;
     const std::wstring_view name = PathFindFileNameW(path);
     const std::wstring_view extension = PathFindExtensionW(path);
-    // A "/" ends the file name's search but not the extension's: "a.b/c" has a name without extension.
+    // For the shell "/" begins a file name but does not end an extension: in "a.b/c" the extension is longer.
     if (extension.empty() || name.size() >= MAX_PATH || extension.size() > name.size())
         return std::nullopt;
     const std::wstring_view base = name.substr(0, name.size() - extension.size());

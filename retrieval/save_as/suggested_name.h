@@ -1,4 +1,4 @@
-// The file name under which saving a copy is suggested.
+// The file name that the Save As dialog suggests.
 #pragma once
 
 #include <windows.h>
@@ -8,8 +8,8 @@
 
 namespace quill {
 
-// The path's file name, without the "[1]" that the browser's cache puts before the extension. Nothing
-// when the path has no file name or no extension, or when the name does not fit into MAX_PATH units.
+// The path's file name without the "[1]" that the browser's cache inserts before the extension. nullopt if
+// the path has no file name or no extension, or if the name is not shorter than MAX_PATH.
 std::optional<std::wstring> suggested_file_name(const wchar_t* path);
 
 } // namespace quill

@@ -7,8 +7,8 @@
 namespace quill {
 namespace {
 
-// The first piece of the fragment that holds the key.
-std::optional<std::wstring_view> deciding_piece(std::wstring_view url, std::wstring_view key) noexcept
+// The first piece of the fragment that contains the key.
+std::optional<std::wstring_view> find_piece(std::wstring_view url, std::wstring_view key) noexcept
 {
     const std::size_t mark = url.find(L'#');
     if (mark == std::wstring_view::npos)
@@ -25,8 +25,8 @@ std::optional<std::wstring_view> deciding_piece(std::wstring_view url, std::wstr
     }
 }
 
-// What stands behind the piece's first "=".
-std::optional<std::wstring_view> text_of_value(std::wstring_view piece) noexcept
+// What follows the piece's first "=".
+std::optional<std::wstring_view> value_text(std::wstring_view piece) noexcept
 {
     const std::size_t mark = piece.find(L'=');
     if (mark == std::wstring_view::npos)
@@ -39,10 +39,10 @@ std::int32_t leading_number(std::wstring_view text, bool negative) noexcept
     using limits = std::numeric_limits<std::int32_t>;
     const std::int64_t limit = negative ? -std::int64_t{limits::min()} : std::int64_t{limits::max()};
     std::int64_t magnitude = 0;
-    for (const wchar_t unit : text) {
-        if (unit < L'0' || unit > L'9')
+    for (const wchar_t character : text) {
+        if (character < L'0' || character > L'9')
             break;
-        magnitude = magnitude * 10 + (unit - L'0');
+        magnitude = magnitude * 10 + (character - L'0');
         if (magnitude > limit) {
             magnitude = limit;
             break;
@@ -58,10 +58,10 @@ bool parse_url_number(const wchar_t* url, std::wstring_view key, std::int32_t& v
     value = 0;
     if (!url || !*url)
         return false;
-    const auto piece = deciding_piece(url, key);
+    const auto piece = find_piece(url, key);
     if (!piece)
         return true;
-    const auto text = text_of_value(*piece);
+    const auto text = value_text(*piece);
     if (!text)
         return false;
     value = leading_number(*text, false);
@@ -70,8 +70,8 @@ bool parse_url_number(const wchar_t* url, std::wstring_view key, std::int32_t& v
 
 std::int32_t page_url_number(std::wstring_view url, std::wstring_view key) noexcept
 {
-    const auto piece = deciding_piece(url, key);
-    auto text = piece ? text_of_value(*piece) : std::nullopt;
+    const auto piece = find_piece(url, key);
+    auto text = piece ? value_text(*piece) : std::nullopt;
     if (!text)
         return 0;
     while (!text->empty() && std::iswspace(static_cast<wint_t>(text->front())))

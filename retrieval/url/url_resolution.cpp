@@ -31,10 +31,10 @@ std::wstring_view up_to_last(std::wstring_view text, wchar_t end)
     return text.substr(0, text.rfind(end));
 }
 
-// Every step drops three characters of the reference and one folder of the base for as long as the rest
-// of the reference holds a "../", so the position of the last one tells how many steps there are. A page
-// may write a million of them: each looks only at what it cuts off.
-void climb(std::wstring_view& reference, std::wstring_view& folder)
+// Each step removes three characters of the reference and one folder of the base while the rest of the
+// reference contains "../", so the position of the last one determines the number of steps. The page
+// controls that number: a step scans only what it removes.
+void apply_parent_steps(std::wstring_view& reference, std::wstring_view& folder)
 {
     const std::size_t steps = reference.rfind(parent_step) / parent_step.size() + 1;
     reference.remove_prefix(steps * parent_step.size());
@@ -46,13 +46,13 @@ void climb(std::wstring_view& reference, std::wstring_view& folder)
     }
 }
 
-// The one home of making a reference absolute; the callers differ in what they protect of the base.
+// prefix_length: how much of the base is never removed.
 std::wstring join(std::wstring_view base, std::size_t prefix_length, std::wstring_view reference)
 {
     const std::wstring_view prefix = base.substr(0, prefix_length);
     std::wstring_view folder = up_to_last(up_to_first(base.substr(prefix_length), L'?'), L'/');
     if (contains(reference, parent_step)) {
-        climb(reference, folder);
+        apply_parent_steps(reference, folder);
     } else if (contains(reference, same_folder_step)) {
         reference.remove_prefix(same_folder_step.size());
     } else if (reference.starts_with(L'/')) {
@@ -60,10 +60,10 @@ std::wstring join(std::wstring_view base, std::size_t prefix_length, std::wstrin
         folder = up_to_first(folder, L'/');
     }
 
-    std::wstring address;
-    address.reserve(prefix.size() + folder.size() + 1 + reference.size());
-    address.append(prefix).append(folder).append(1, L'/').append(reference);
-    return address;
+    std::wstring url;
+    url.reserve(prefix.size() + folder.size() + 1 + reference.size());
+    url.append(prefix).append(folder).append(1, L'/').append(reference);
+    return url;
 }
 
 } // namespace

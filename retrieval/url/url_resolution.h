@@ -1,5 +1,5 @@
-// Telling addresses from references, and making references absolute: plain text operations, no network
-// and no COM. The results are part of what the user gets to see, so the rules are kept simple and exact.
+// Distinguishes URLs from relative references and makes references absolute by text rules of the product, not
+// those of RFC 3986. Plain code: no network, no COM.
 #pragma once
 
 #include <string>
@@ -7,19 +7,18 @@
 
 namespace quill {
 
-// 1 when the text holds "http://", "https://" or "ftp://" anywhere. Also 1, with *is_other_scheme set to
-// 1, when it holds "www.", "file://" or "mailto:" instead. 0 for everything else. Case-sensitive.
-// *is_other_scheme is 0 in every other case. Either pointer may be null.
+// Returns 1 if text contains "http://", "https://" or "ftp://" anywhere; also 1, with *is_other_scheme set to
+// 1, if it contains "www.", "file://" or "mailto:" instead; 0 otherwise. Case-sensitive. *is_other_scheme is
+// 0 in all other cases. Either pointer may be null.
 int IsUrl(const wchar_t* text, int* is_other_scheme);
 
-// The address that a reference found in a page stands for. An "http://" or "https://" anywhere in the
-// base makes its first 7 or 8 characters the part that is never cut. 0, with out cleared, for an empty
-// base; 1 otherwise. out may be one of the arguments. Throws std::bad_alloc only.
+// Resolves a reference found in a page. If base contains "http://" or "https://" anywhere, its first 7 or 8
+// characters are never removed. Returns 0 and clears out if base is empty; 1 otherwise. out may be one of
+// the arguments. Throws std::bad_alloc only.
 int CombineUrl(const std::wstring& relative, const std::wstring& base, std::wstring& out);
 
-// The address that a link inside the document leads to. Only an "http://" or "https://" at the very start
-// of the document's own address is protected from cutting. false, with out cleared, for an empty document
-// address. Throws std::bad_alloc only.
+// Resolves a link inside the document. An "http://" or "https://" is protected only at the very start of
+// document_url. Returns false and clears out if document_url is empty. Throws std::bad_alloc only.
 bool resolve_link(std::wstring_view link, std::wstring_view document_url, std::wstring& out);
 
 } // namespace quill

@@ -22,7 +22,7 @@ std::string to_utf8_or_empty(std::wstring_view text)
     }
 }
 
-// bytes end at their first zero byte: an escaped zero cuts the URL.
+// An escaped zero truncates the URL.
 std::wstring from_utf8_or_empty(std::string_view bytes)
 {
     bytes = bytes.substr(0, bytes.find('\0'));
@@ -35,13 +35,13 @@ std::wstring from_utf8_or_empty(std::string_view bytes)
     return text;
 }
 
-// The digits of the escape that follows a "%": at most two units, fewer at the end of the URL. Empty
-// when they are not all hexadecimal.
+// The hexadecimal digits after a "%": two, or fewer at the end of the URL. Empty if one of these characters
+// is no digit.
 std::wstring_view escape_digits(std::wstring_view rest)
 {
     const auto digits = rest.substr(0, 2);
-    const bool all_hexadecimal =
-        std::all_of(digits.begin(), digits.end(), [](wchar_t unit) { return std::iswxdigit(unit) != 0; });
+    const bool all_hexadecimal = std::all_of(
+        digits.begin(), digits.end(), [](wchar_t character) { return std::iswxdigit(character) != 0; });
     return all_hexadecimal ? digits : std::wstring_view{};
 }
 
@@ -52,17 +52,12 @@ char low_byte(long value)
 
 bool ends_with_pdf(std::wstring_view text)
 {
-    constexpr std::wstring_view lower = L"pdf", upper = L"PDF";
-    if (text.size() < lower.size())
-        return false;
-    const auto end = text.substr(text.size() - lower.size());
-    for (std::size_t i = 0; i < end.size(); ++i)
-        if (end[i] != lower[i] && end[i] != upper[i])
-            return false;
-    return true;
+    constexpr std::wstring_view extension = L"pdf";
+    return text.size() >= extension.size() &&
+           equal_ignoring_ascii_case(text.substr(text.size() - extension.size()), extension);
 }
 
-// Copies only a name that leaves room for its terminator.
+// Writes nothing if the name and its terminator do not fit.
 std::size_t write_name(std::wstring_view name, wchar_t* buffer, std::size_t capacity)
 {
     if (name.size() < capacity) {
@@ -72,7 +67,7 @@ std::size_t write_name(std::wstring_view name, wchar_t* buffer, std::size_t capa
     return name.size();
 }
 
-// The first "&"-separated piece of a query that ends in "pdf"; empty when there is none.
+// The first "&"-separated piece of a query that ends in "pdf"; empty if there is none.
 std::wstring_view pdf_piece(std::wstring_view query)
 {
     for (;;) {
@@ -86,8 +81,8 @@ std::wstring_view pdf_piece(std::wstring_view query)
     }
 }
 
-// What of a parameter's value can be a file name: the text behind the characters that no name holds. A
-// character at the very start of what is left is not behind it and stays.
+// The part of a parameter's value that can be a file name: what follows the characters that are not allowed
+// in one. Such a character is kept if it is the first of what remains.
 std::wstring_view name_of_value(std::wstring_view value)
 {
     std::size_t start = 0;
@@ -157,7 +152,7 @@ std::size_t GetFileNameFromUrl(const wchar_t* url, wchar_t* buffer, std::size_t 
     const std::size_t start = slash + 1;
     const std::size_t question = text.find(L'?');
     const bool has_query = question != std::wstring_view::npos;
-    // A slash inside the query leaves a negative length: it counts as a name that never fits.
+    // A slash inside the query makes the length negative: as an unsigned number, a name that never fits.
     if (has_query && question < start)
         return question - start;
 

@@ -1,5 +1,4 @@
-// Text of document URLs: escaping, unescaping and the file name that a URL asks for. Plain functions,
-// callable on any thread.
+// Escapes and unescapes document URLs and extracts the file name from one. Callable on any thread.
 #pragma once
 
 #include <cstddef>
@@ -8,17 +7,17 @@
 
 namespace quill {
 
-// The escaped form in which a document's URL is kept: UTF-8, bytes from 0x80 as "%XX" (upper case), a
-// blank as "+", every other byte as it is. Empty when the text has no UTF-8 form.
+// The form in which the document keeps its URL: UTF-8, bytes from 0x80 as "%XX" in upper case, a blank as
+// "+", every other byte unchanged. Empty if text cannot be converted to UTF-8.
 std::wstring EncodeUrl(std::wstring_view text);
 
-// The text that an escaped URL stands for; empty for a null url. A "%" that starts no escape stays. A
-// unit above 0xFF keeps its low byte only.
+// Reverses EncodeUrl; empty for a null url. A "%" that does not start an escape is kept. UTF-16 code units
+// above 0xFF are reduced to their low byte.
 std::wstring DecodeUrl(const wchar_t* url);
 
-// Writes the file name that a decoded URL asks for into buffer (capacity units, terminator included)
-// and returns its length in units. 0: the URL has no name. A result of capacity or more: the name does
-// not fit and nothing usable was written.
+// Writes the file name of a decoded URL into buffer and returns its length in UTF-16 code units. capacity
+// includes the terminator. Returns 0 if the URL has no name. If the result is not less than capacity, the
+// name does not fit and the buffer must not be used.
 std::size_t GetFileNameFromUrl(const wchar_t* url, wchar_t* buffer, std::size_t capacity);
 
 } // namespace quill

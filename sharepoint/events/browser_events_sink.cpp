@@ -2,6 +2,7 @@
 
 #include "logging/exception_barriers.h"
 #include "logging/log_stream.h"
+#include "platform/bstr_view.h"
 #include "sharepoint/events/event_connection.h"
 #include "sharepoint/host/com_error.h"
 #include "sharepoint/host/html_reading.h"
@@ -15,11 +16,6 @@ namespace {
 // Parts of the log lines of the barriers.
 constexpr unsigned before_navigate_line = 70;
 constexpr unsigned document_complete_line = 92;
-
-std::wstring_view text_of(BSTR text)
-{
-    return {text ? text : L"", SysStringLen(text)};
-}
 
 // The browser passes form data as a VARIANT that refers to another one. It is not dereferenced: such a
 // navigation counts as one without form data.
@@ -129,7 +125,7 @@ HRESULT browser_events_sink::before_navigate(protection& held, IDispatch* frame,
         return S_OK;
     }
     barrier::throw_if_handled();
-    const std::wstring_view target = text_of(url.bstrVal);
+    const std::wstring_view target = view_of(url.bstrVal);
     QUILL_LOG(log_level::debug) << "on_before_navigate " << target;
 
     held.forwarding.lock();
@@ -153,7 +149,7 @@ HRESULT browser_events_sink::document_complete(protection& held, IDispatch* fram
     if (!browser || !html_document_of(browser) || !is_top_level(browser))
         return S_OK;
     barrier::throw_if_handled();
-    const std::wstring_view target = text_of(url.bstrVal);
+    const std::wstring_view target = view_of(url.bstrVal);
     QUILL_LOG(log_level::debug) << "on_document_complete " << target;
 
     held.forwarding.lock();

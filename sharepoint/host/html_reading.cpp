@@ -1,5 +1,7 @@
 #include "sharepoint/host/html_reading.h"
 
+#include "platform/bstr_view.h"
+
 #include <atlcomcli.h>
 
 namespace quill {
@@ -81,9 +83,7 @@ attribute_value::attribute_value(IHTMLElement* element, const CComBSTR& name)
 
 std::wstring_view attribute_value::text() const
 {
-    if (value_.vt != VT_BSTR || !value_.bstrVal)
-        return {};
-    return {value_.bstrVal, SysStringLen(value_.bstrVal)};
+    return value_.vt == VT_BSTR ? view_of(value_.bstrVal) : std::wstring_view();
 }
 
 } // namespace quill

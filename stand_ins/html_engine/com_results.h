@@ -9,6 +9,8 @@
 //     }
 #pragma once
 
+#include "platform/bstr_view.h"
+
 #include <windows.h>
 
 #include <oleauto.h>
@@ -40,11 +42,6 @@ HRESULT guarded_out(Out* out, const Work& work) noexcept
         return E_POINTER;
     *out = Out{};
     return guarded(work);
-}
-
-inline std::wstring_view view_of(BSTR text)
-{
-    return text != nullptr ? std::wstring_view(text, SysStringLen(text)) : std::wstring_view();
 }
 
 inline BSTR new_bstr(std::wstring_view text)

@@ -47,7 +47,7 @@ struct old_documents
 void compare(const old_documents& documents)
 {
     const std::wstring& temporary = documents.temporary;
-    const std::wstring expected = CreateCacheFolder(temporary);
+    const std::wstring expected = create_cache_folder(temporary);
     if (expected.empty())
         throw std::runtime_error("there is no folder with " + documents.what);
     RemoveDirectoryW(expected.c_str());
@@ -61,7 +61,7 @@ void compare(const old_documents& documents)
             return taken;
         };
     };
-    const auto ours = timed([&] { keep(CreateCacheFolder(temporary)); });
+    const auto ours = timed([&] { keep(create_cache_folder(temporary)); });
     const int rounds = is_short_run() ? 2 : documents.rounds;
     const std::string line = "cache folder among " + documents.what + " : ";
     report(line + "a reading and a creation",

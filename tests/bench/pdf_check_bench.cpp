@@ -1,6 +1,5 @@
 // The PDF check against what any look at a file's beginning costs.
 #include "retrieval/file/pdf_check.h"
-#include "retrieval/file/pdf_judge.h"
 #include "tests/bench/plain_benchmarks.h"
 #include "tests/bench/support/report.h"
 #include "tests/support/scopes.h"

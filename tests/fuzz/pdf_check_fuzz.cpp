@@ -1,5 +1,5 @@
 // The verdict on a file's beginning: the file's bytes.
-#include "retrieval/file/pdf_judge.h"
+#include "retrieval/file/pdf_check.h"
 #include "tests/fuzz/subjects.h"
 
 #include <algorithm>
@@ -34,12 +34,12 @@ void pdf_check(bytes input)
     const std::size_t bytes_read = std::min(file.size(), pdf_check_bytes);
     std::string window = file.substr(0, bytes_read);
     window.resize(pdf_check_bytes + 1);
-    const pdf_verdict verdict = JudgePdf(exact_copy<char>(window), bytes_read);
+    const pdf_verdict verdict = judge_pdf(exact_copy<char>(window), bytes_read);
     FUZZ_CHECK(verdict == expected_verdict(window, bytes_read));
 
     // What stands behind the window does not count, and any window is judged.
     const exact_copy<char> whole(file);
-    FUZZ_CHECK(JudgePdf(whole, file.size()) == expected_verdict(file, file.size()));
+    FUZZ_CHECK(judge_pdf(whole, file.size()) == expected_verdict(file, file.size()));
 }
 
 } // namespace quill::fuzz

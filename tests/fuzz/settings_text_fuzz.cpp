@@ -1,7 +1,7 @@
 // What administrators write: the log's sinks and level, and the switch between the ways of downloading. One
 // text as each of them.
 #include "logging/logger_choice.h"
-#include "retrieval/download/switch_text.h"
+#include "retrieval/download/download_switch.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
 
@@ -53,7 +53,7 @@ void settings_text(bytes input)
     check_sinks(text);
     check_level(text);
     const exact_terminated wide(wide_text(input));
-    const wininet_switch answer = ParseWinINetSwitch(wide.c_str());
+    const wininet_switch answer = parse_wininet_switch(wide.c_str());
     if (is_ascii(wide.view()))
         FUZZ_CHECK(answer == expected_switch(wide.view()));
 }

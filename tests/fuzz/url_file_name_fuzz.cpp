@@ -1,5 +1,5 @@
 // The file name that a URL asks for: a number for the buffer's capacity, and the URL.
-#include "retrieval/download/cache_name.h"
+#include "retrieval/download/cache_folder.h"
 #include "retrieval/url/url_text.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
@@ -107,13 +107,13 @@ void url_file_name(bytes input)
     const exact_terminated url(wide_text(lines[1]));
     check_name(url, capacity);
 
-    const std::wstring name = CacheFileName(url.c_str());
+    const std::wstring name = cache_file_name(url.c_str());
     FUZZ_CHECK(!name.empty() && name.size() < 260);
     for (const wchar_t unit : name)
         FUZZ_CHECK(unit >= 32 && std::wstring_view(L"\\/:*?\"<>|").find(unit) == nowhere);
     FUZZ_CHECK(device_start(name).empty());
-    const std::wstring folder = WithSeparator(std::wstring(url.view()));
-    FUZZ_CHECK(WithSeparator(folder) == folder);
+    const std::wstring folder = with_separator(std::wstring(url.view()));
+    FUZZ_CHECK(with_separator(folder) == folder);
 }
 
 } // namespace quill::fuzz

@@ -1,4 +1,4 @@
-#include "retrieval/download/cache_name.h"
+#include "retrieval/download/cache_folder.h"
 
 #include <gtest/gtest.h>
 
@@ -7,27 +7,27 @@ namespace {
 
 TEST(CacheFileName, IsTheUrlsName)
 {
-    EXPECT_EQ(CacheFileName(L"http://h/docs/My%20File.pdf#page=3"), L"My File.pdf");
-    EXPECT_EQ(CacheFileName(L"http://h/get.aspx?id=7&file=c:\\x\\report.PDF"), L"report.PDF");
-    EXPECT_EQ(CacheFileName(L"http://h/%C3%A9t%C3%A9.pdf"), L"\u00e9t\u00e9.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/docs/My%20File.pdf#page=3"), L"My File.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/get.aspx?id=7&file=c:\\x\\report.PDF"), L"report.PDF");
+    EXPECT_EQ(cache_file_name(L"http://h/%C3%A9t%C3%A9.pdf"), L"\u00e9t\u00e9.pdf");
     // Unescaped first, taken apart then.
-    EXPECT_EQ(CacheFileName(L"http://h/a%2Fb.pdf"), L"b.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/a%2Fb.pdf"), L"b.pdf");
 }
 
 TEST(CacheFileName, IsUntitledWithoutAName)
 {
-    EXPECT_EQ(CacheFileName(L"http://h/"), L"Untitled.pdf");
-    EXPECT_EQ(CacheFileName(L"http://h/get.aspx?id=7"), L"Untitled.pdf");
-    EXPECT_EQ(CacheFileName(L"http://h/x?y=/z.pdf"), L"Untitled.pdf");
-    EXPECT_EQ(CacheFileName(nullptr), L"Untitled.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/"), L"Untitled.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/get.aspx?id=7"), L"Untitled.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/x?y=/z.pdf"), L"Untitled.pdf");
+    EXPECT_EQ(cache_file_name(nullptr), L"Untitled.pdf");
 }
 
 TEST(CacheFileName, IsUntitledFromTwoHundredAndSixtyUnits)
 {
     const std::wstring fits = std::wstring(255, L'n') + L".pdf";
-    EXPECT_EQ(CacheFileName((L"http://h/" + fits).c_str()), fits);
-    EXPECT_EQ(CacheFileName((L"http://h/n" + fits).c_str()), L"Untitled.pdf");
-    EXPECT_EQ(CacheFileName((L"http://h/nn" + fits).c_str()), L"Untitled.pdf");
+    EXPECT_EQ(cache_file_name((L"http://h/" + fits).c_str()), fits);
+    EXPECT_EQ(cache_file_name((L"http://h/n" + fits).c_str()), L"Untitled.pdf");
+    EXPECT_EQ(cache_file_name((L"http://h/nn" + fits).c_str()), L"Untitled.pdf");
 }
 
 TEST(CacheFileName, IsUntitledForANameThatNoFileCanHave)
@@ -36,7 +36,7 @@ TEST(CacheFileName, IsUntitledForANameThatNoFileCanHave)
          {L"10%3A30.pdf", L"docs%5Cfile.pdf", L"..%5C..%5Cboot.pdf", L"%22a%22.pdf", L"a%3Cb.pdf",
           L"a%3Eb.pdf", L"a%7Cb.pdf", L"a%2A.pdf", L"a%3Fb.pdf", L"a%0D%0Ab.pdf", L"a%1F.pdf", L"%01.pdf",
           L"a%09b.pdf", L"a.pdf%3Astream", L"a.pdf%3A%3A$DATA", L"C%3A", L"a.p%7Cdf", L"get.aspx?f=:x.pdf"}) {
-        EXPECT_EQ(CacheFileName((std::wstring(L"http://h/") + name).c_str()), L"Untitled.pdf")
+        EXPECT_EQ(cache_file_name((std::wstring(L"http://h/") + name).c_str()), L"Untitled.pdf")
             << testing::PrintToString(name);
     }
 }
@@ -44,12 +44,12 @@ TEST(CacheFileName, IsUntitledForANameThatNoFileCanHave)
 // An escaped zero ends the URL: no part of a name that no file can have is left.
 TEST(CacheFileName, EndsAtAnEscapedZero)
 {
-    EXPECT_EQ(CacheFileName(L"http://h/a%00b.pdf"), L"a");
-    EXPECT_EQ(CacheFileName(L"http://h/a.pdf%00.exe"), L"a.pdf");
-    EXPECT_EQ(CacheFileName(L"http://h/%00.pdf"), L"Untitled.pdf");
-    EXPECT_EQ(CacheFileName(L"http://h/nul%00.pdf"), L"Untitled.pdf");
-    EXPECT_EQ(CacheFileName(L"http://h/x.pdf?a=%00b.pdf"), L"x.pdf");
-    EXPECT_EQ(CacheFileName(L"http://h/get.aspx?f=a%00.pdf"), L"Untitled.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/a%00b.pdf"), L"a");
+    EXPECT_EQ(cache_file_name(L"http://h/a.pdf%00.exe"), L"a.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/%00.pdf"), L"Untitled.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/nul%00.pdf"), L"Untitled.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/x.pdf?a=%00b.pdf"), L"x.pdf");
+    EXPECT_EQ(cache_file_name(L"http://h/get.aspx?f=a%00.pdf"), L"Untitled.pdf");
 }
 
 TEST(CacheFileName, IsUntitledForADevice)
@@ -58,7 +58,7 @@ TEST(CacheFileName, IsUntitledForADevice)
          {L"NUL", L"NUL.pdf", L"nul.PDF", L"Con.pdf", L"PRN.ppdf", L"aux.tar.pdf", L"com1+.pdf",
           L"COM1%20%20.pdf", L"COM9.pdf", L"com0.pdf", L"LPT3.pdf", L"COM%C2%B9.pdf", L"lpt%C2%B3.pdf",
           L"CONIN$.pdf", L"conout$.pdf", L"NUL%20", L"NUL.", L"get.aspx?file=nul.pdf"}) {
-        EXPECT_EQ(CacheFileName((std::wstring(L"http://h/") + name).c_str()), L"Untitled.pdf")
+        EXPECT_EQ(cache_file_name((std::wstring(L"http://h/") + name).c_str()), L"Untitled.pdf")
             << testing::PrintToString(name);
     }
 }
@@ -79,15 +79,15 @@ TEST(CacheFileName, IsTheUrlsNameHoweverOdd)
                                                                {L"COM%E2%81%B4.pdf", L"COM\u2074.pdf"},
                                                                {L"nul-1.pdf", L"nul-1.pdf"}};
     for (const auto& [escaped, name] : cases)
-        EXPECT_EQ(CacheFileName((std::wstring(L"http://h/") + escaped).c_str()), name);
+        EXPECT_EQ(cache_file_name((std::wstring(L"http://h/") + escaped).c_str()), name);
 }
 
 TEST(WithSeparator, AddsOneWhereItIsMissing)
 {
-    EXPECT_EQ(WithSeparator(L"C:\\temp"), L"C:\\temp\\");
-    EXPECT_EQ(WithSeparator(L"C:\\temp\\"), L"C:\\temp\\");
-    EXPECT_EQ(WithSeparator(L"C:/temp/"), L"C:/temp/");
-    EXPECT_EQ(WithSeparator(L""), L"");
+    EXPECT_EQ(with_separator(L"C:\\temp"), L"C:\\temp\\");
+    EXPECT_EQ(with_separator(L"C:\\temp\\"), L"C:\\temp\\");
+    EXPECT_EQ(with_separator(L"C:/temp/"), L"C:/temp/");
+    EXPECT_EQ(with_separator(L""), L"");
 }
 
 } // namespace

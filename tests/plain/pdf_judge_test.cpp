@@ -1,4 +1,4 @@
-#include "retrieval/file/pdf_judge.h"
+#include "retrieval/file/pdf_check.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@ pdf_verdict judge(const std::string& content)
     std::string window = content.substr(0, pdf_check_bytes);
     const std::size_t bytes_read = window.size();
     window.resize(pdf_check_bytes + 1, '\0');
-    return JudgePdf(window, bytes_read);
+    return judge_pdf(window, bytes_read);
 }
 
 std::string junk(std::size_t size)
@@ -68,9 +68,9 @@ TEST(JudgePdf, PrefersTheHeaderToTheProtectedFormat)
 
 TEST(JudgePdf, WantsAPlaceForTheDigitInsideTheWindow)
 {
-    EXPECT_EQ(JudgePdf(junk(1018) + "%PDF-1.", 1025), pdf_verdict::refused);
-    EXPECT_EQ(JudgePdf(".pfile" + junk(1012) + "%PDF-1.", 1025), pdf_verdict::protected_pdf);
-    EXPECT_EQ(JudgePdf(junk(1019) + ".pfile", 1025), pdf_verdict::protected_pdf);
+    EXPECT_EQ(judge_pdf(junk(1018) + "%PDF-1.", 1025), pdf_verdict::refused);
+    EXPECT_EQ(judge_pdf(".pfile" + junk(1012) + "%PDF-1.", 1025), pdf_verdict::protected_pdf);
+    EXPECT_EQ(judge_pdf(junk(1019) + ".pfile", 1025), pdf_verdict::protected_pdf);
 }
 
 TEST(JudgePdf, RefusesAPage)

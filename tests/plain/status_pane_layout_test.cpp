@@ -18,7 +18,7 @@ using place = std::pair<LONG, LONG>;
 
 place position(LONG width, LONG height)
 {
-    const POINT point = StatusPanePosition({width, height});
+    const POINT point = status_pane_position({width, height});
     return {point.x, point.y};
 }
 
@@ -40,21 +40,21 @@ TEST(StatusPaneLayout, KeepsNegativePlacesOfASmallParent)
 
 TEST(StatusPaneLayout, DrawsTwoPixelsForEachPercent)
 {
-    EXPECT_EQ(rectangle(StatusBar(client, 0)), rectangle(10, 10, 10, 35));
-    EXPECT_EQ(rectangle(StatusBar(client, 1)), rectangle(10, 10, 12, 35));
-    EXPECT_EQ(rectangle(StatusBar(client, 50)), rectangle(10, 10, 110, 35));
-    EXPECT_EQ(rectangle(StatusBar(client, 100)), rectangle(10, 10, 210, 35));
-    EXPECT_EQ(rectangle(StatusBarFrame(client)), rectangle(10, 10, 210, 35));
+    EXPECT_EQ(rectangle(status_bar(client, 0)), rectangle(10, 10, 10, 35));
+    EXPECT_EQ(rectangle(status_bar(client, 1)), rectangle(10, 10, 12, 35));
+    EXPECT_EQ(rectangle(status_bar(client, 50)), rectangle(10, 10, 110, 35));
+    EXPECT_EQ(rectangle(status_bar(client, 100)), rectangle(10, 10, 210, 35));
+    EXPECT_EQ(rectangle(status_bar_frame(client)), rectangle(10, 10, 210, 35));
 }
 
 TEST(StatusPaneLayout, GivesTheTextWhatLiesRightOfTheBar)
 {
-    EXPECT_EQ(rectangle(StatusTextArea(client)), rectangle(210, 0, 350, 45));
+    EXPECT_EQ(rectangle(status_text_area(client)), rectangle(210, 0, 350, 45));
 }
 
 std::wstring text_of(const wchar_t* format, std::uint32_t percent)
 {
-    return FormatStatusText(format, percent).data();
+    return format_status_text(format, percent).data();
 }
 
 TEST(StatusPaneLayout, FormatsThePercentage)

@@ -1,4 +1,4 @@
-#include "retrieval/download/switch_text.h"
+#include "retrieval/download/download_switch.h"
 
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ class SwitchText : public testing::TestWithParam<switch_case>
 
 TEST_P(SwitchText, Means)
 {
-    EXPECT_EQ(ParseWinINetSwitch(GetParam().text), GetParam().answer);
+    EXPECT_EQ(parse_wininet_switch(GetParam().text), GetParam().answer);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -5,6 +5,23 @@
 namespace quill {
 namespace {
 
+TEST(EqualIgnoringAsciiCase, IgnoresTheCaseOfAsciiLetters)
+{
+    EXPECT_TRUE(equal_ignoring_ascii_case(L"Embed-Z a1", L"eMBED-z A1"));
+    EXPECT_TRUE(equal_ignoring_ascii_case(L"", L""));
+    EXPECT_FALSE(equal_ignoring_ascii_case(L"embed", L"emb"));
+    EXPECT_FALSE(equal_ignoring_ascii_case(L"emb", L"embed"));
+    EXPECT_FALSE(equal_ignoring_ascii_case(L"embed", L"embee"));
+}
+
+TEST(EqualIgnoringAsciiCase, TellsOtherCharactersApart)
+{
+    EXPECT_FALSE(equal_ignoring_ascii_case(L"@[", L"`{")); // the neighbours of the letters
+    EXPECT_FALSE(equal_ignoring_ascii_case(L"\x00c4", L"\x00e4"));
+    EXPECT_FALSE(equal_ignoring_ascii_case(L"k", L"\x212a"));
+    EXPECT_FALSE(equal_ignoring_ascii_case(std::wstring_view(L"a\0b", 3), std::wstring_view(L"A\0C", 3)));
+}
+
 TEST(ToUtf8, ConvertsEveryLengthOfCharacter)
 {
     EXPECT_EQ(to_utf8(L""), "");

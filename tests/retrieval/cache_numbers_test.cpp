@@ -108,7 +108,7 @@ protected:
     // The name of the next cache folder; empty when there is none.
     std::wstring next() const
     {
-        const std::wstring folder = CreateCacheFolder(temporary_.path() + L"\\");
+        const std::wstring folder = create_cache_folder(temporary_.path() + L"\\");
         return folder.empty() ? folder : folder.substr(temporary_.path().size() + 1);
     }
 

@@ -19,11 +19,11 @@ TEST(CreateCacheFolder, CountsUpFromNull)
 {
     const scratch_directory temporary;
     const std::wstring folder = temporary.path() + L"\\";
-    EXPECT_EQ(CreateCacheFolder(folder), folder + L"qll0\\");
-    EXPECT_EQ(CreateCacheFolder(folder), folder + L"qll1\\");
-    EXPECT_EQ(CreateCacheFolder(folder), folder + L"qll2\\");
+    EXPECT_EQ(create_cache_folder(folder), folder + L"qll0\\");
+    EXPECT_EQ(create_cache_folder(folder), folder + L"qll1\\");
+    EXPECT_EQ(create_cache_folder(folder), folder + L"qll2\\");
     remove_path(folder + L"qll1");
-    EXPECT_EQ(CreateCacheFolder(folder), folder + L"qll1\\");
+    EXPECT_EQ(create_cache_folder(folder), folder + L"qll1\\");
     EXPECT_TRUE(is_folder(folder + L"qll1"));
 }
 
@@ -32,22 +32,22 @@ TEST(CreateCacheFolder, SkipsAPlainFileLikeAFolder)
     const scratch_directory temporary;
     const std::wstring folder = temporary.path() + L"\\";
     ASSERT_TRUE(write_file(folder + L"qll0", "a file"));
-    EXPECT_EQ(CreateCacheFolder(folder), folder + L"qll1\\");
+    EXPECT_EQ(create_cache_folder(folder), folder + L"qll1\\");
     EXPECT_EQ(read_file(folder + L"qll0"), "a file");
 }
 
 TEST(CreateCacheFolder, FailsWhereNoFolderCanBeMade)
 {
     const scratch_directory temporary;
-    EXPECT_EQ(CreateCacheFolder(temporary / L"missing\\"), L"");
+    EXPECT_EQ(create_cache_folder(temporary / L"missing\\"), L"");
     ASSERT_TRUE(write_file(temporary / L"file", ""));
-    EXPECT_EQ(CreateCacheFolder(temporary / L"file\\"), L"");
+    EXPECT_EQ(create_cache_folder(temporary / L"file\\"), L"");
 }
 
 TEST(CreateCacheFolder, RefusesATextThatDoesNotFit)
 {
-    EXPECT_EQ(CreateCacheFolder(L"C:\\" + std::wstring(256, L'x') + L"\\"), L"");
-    EXPECT_EQ(CreateCacheFolder(L"C:\\" + std::wstring(5000, L'x') + L"\\"), L"");
+    EXPECT_EQ(create_cache_folder(L"C:\\" + std::wstring(256, L'x') + L"\\"), L"");
+    EXPECT_EQ(create_cache_folder(L"C:\\" + std::wstring(5000, L'x') + L"\\"), L"");
 }
 
 class DownloadPlace : public download_fixture

@@ -192,7 +192,7 @@ TEST(RequestUrl, EndsATextThatTheWindowDidNotEnd)
 {
     const lying_window window(3);
     std::wstring url;
-    EXPECT_TRUE(RequestUrl(window.handle(), url));
+    EXPECT_TRUE(request_url(window.handle(), url));
     EXPECT_EQ(url, L"uuuu");
 }
 

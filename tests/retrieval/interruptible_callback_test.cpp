@@ -127,10 +127,10 @@ TEST(InterruptibleCallback, HasEndedOnceTheBindingWasAborted)
     counting_binding binding;
     {
         interruptible_callback callback(nullptr, nullptr);
-        InterruptDownload(GetCurrentThread());
+        interrupt_download(GetCurrentThread());
         EXPECT_FALSE(callback.is_ended()) << "nothing is under way";
         EXPECT_EQ(callback.OnStartBinding(0, &binding), S_OK);
-        InterruptDownload(GetCurrentThread());
+        interrupt_download(GetCurrentThread());
         EXPECT_EQ(binding.aborts, 1);
         EXPECT_TRUE(callback.is_ended());
         EXPECT_EQ(report(callback), E_ABORT);

@@ -214,7 +214,7 @@ TEST_F(StatusPane, StandsAboveTheMiddleOfItsParent)
     EXPECT_EQ(place_of(pane_.window()), (place{225, 255, 350, 45}));
     EXPECT_TRUE(IsWindowVisible(pane_.window()));
     parent.resize(400, 100);
-    pane_.Recentre();
+    pane_.recentre();
     EXPECT_EQ(place_of(pane_.window()), (place{25, 5, 350, 45}));
 }
 
@@ -254,7 +254,7 @@ TEST_F(StatusPane, StaysHiddenOnceHidden)
     pane_.Hide();
     EXPECT_FALSE(IsWindowVisible(pane_.window()));
     pane_.SetPercent(70);
-    pane_.Recentre();
+    pane_.recentre();
     EXPECT_FALSE(IsWindowVisible(pane_.window()));
     // Shown by somebody else, it is left alone the second time.
     ShowWindow(pane_.window(), SW_SHOWNA);
@@ -276,7 +276,7 @@ TEST_F(StatusPane, GivesTheWindowItsProcedureBack)
     EXPECT_EQ(pane_.window(), nullptr);
     pane_.Detach();
     pane_.SetPercent(1);
-    pane_.Recentre();
+    pane_.recentre();
     pane_.Hide();
 }
 
@@ -287,7 +287,7 @@ TEST_F(StatusPane, SurvivesTheDeathOfItsWindow)
     parent.destroy();
     EXPECT_EQ(pane_.window(), nullptr);
     pane_.SetPercent(1);
-    pane_.Recentre();
+    pane_.recentre();
     pane_.Hide();
     pane_.Detach();
 }
@@ -322,7 +322,7 @@ TEST_F(StatusPane, NeedsAParent)
     EXPECT_EQ(pane_.Create(dead, nullptr), 1);
     EXPECT_EQ(pane_.window(), nullptr);
     pane_.SetPercent(1);
-    pane_.Recentre();
+    pane_.recentre();
     pane_.Hide();
 }
 

@@ -1,4 +1,5 @@
 // The download's calls one by one: their order and arguments, and that every path closes what it opened.
+#include "retrieval/download/wininet_download.h"
 #include "tests/retrieval/fake_wininet.h"
 #include "tests/retrieval/progress_steps.h"
 #include "tests/support/balance.h"
@@ -58,7 +59,8 @@ struct WinInetCalls : testing::Test
 
     std::uint32_t download(const wchar_t* url = L"http://h/a.pdf")
     {
-        return download_with(wininet.functions(), {window.handle(), cancel, nullptr}, url, path.c_str());
+        return DownloadWithWinINet({window.handle(), cancel, nullptr}, url, path.c_str(),
+                                   wininet.functions());
     }
 
     // The calls between the opening and the first query for data are not what most cases are about.
@@ -256,8 +258,9 @@ TEST_F(WinInetCalls, FinishWhatIsCompleteAlsoWhenCancelled)
 TEST_F(WinInetCalls, DoWithoutAnEventAndWithoutAWindow)
 {
     wininet.available = {4};
-    EXPECT_EQ(download_with(wininet.functions(), {nullptr, nullptr, nullptr}, L"http://h/", path.c_str()),
-              0u);
+    EXPECT_EQ(
+        DownloadWithWinINet({nullptr, nullptr, nullptr}, L"http://h/", path.c_str(), wininet.functions()),
+        0u);
     EXPECT_EQ(read_file(path), "xxxx");
 }
 
@@ -330,8 +333,8 @@ TEST_F(WinInetCalls, ReadTheLengthFromItsText)
         fake_document_window own_window({});
         wininet.content_length = text;
         wininet.available = {1};
-        EXPECT_EQ(download_with(wininet.functions(), {own_window.handle(), cancel, nullptr}, L"http://h/",
-                                path.c_str()),
+        EXPECT_EQ(DownloadWithWinINet({own_window.handle(), cancel, nullptr}, L"http://h/", path.c_str(),
+                                      wininet.functions()),
                   0u);
         EXPECT_THAT(steps_of(own_window), ElementsAre(progress_step{1, length}));
     }
@@ -343,8 +346,9 @@ TEST_F(WinInetCalls, RefuseNullTexts)
     EXPECT_EQ(download(nullptr), 1u);
     EXPECT_THAT(calls_of("open_url"), ElementsAre("open_url #1  - 0 0 0"));
     wininet.open_url_error = 0;
-    EXPECT_EQ(download_with(wininet.functions(), {window.handle(), cancel, nullptr}, L"http://h/", nullptr),
-              1u);
+    EXPECT_EQ(
+        DownloadWithWinINet({window.handle(), cancel, nullptr}, L"http://h/", nullptr, wininet.functions()),
+        1u);
 }
 
 TEST_F(WinInetCalls, LeaveNoHandleBehind)

@@ -1,5 +1,6 @@
 // Every single WinINet call of a download fails once, or succeeds with nothing: the result is one of those
 // that are promised, and everything that was opened is closed.
+#include "retrieval/download/wininet_download.h"
 #include "tests/retrieval/fake_document_window.h"
 #include "tests/retrieval/fake_wininet.h"
 #include "tests/support/balance.h"
@@ -38,8 +39,8 @@ protected:
         wininet.content_length = L"8";
         wininet.available = {4, 4};
         wininet.open_url_error = GetParam() ? ERROR_INTERNET_INVALID_CA : 0;
-        const std::uint32_t result = download_with(wininet.functions(), {window.handle(), nullptr, nullptr},
-                                                   L"https://h/a.pdf", path.c_str());
+        const std::uint32_t result = DownloadWithWinINet(
+            {window.handle(), nullptr, nullptr}, L"https://h/a.pdf", path.c_str(), wininet.functions());
         calls = wininet.calls;
         return result;
     }

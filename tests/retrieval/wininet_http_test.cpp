@@ -1,6 +1,5 @@
 // The download against a real HTTP server, as the document's worker runs it.
 #include "retrieval/download/wininet_download.h"
-#include "retrieval/download/wininet_functions.h"
 #include "tests/retrieval/progress_steps.h"
 #include "tests/retrieval/resetting_server.h"
 #include "tests/support/http_server.h"
@@ -260,7 +259,7 @@ TEST_F(WinInetHttp, LeavesNothingOpen)
     const auto expect_closed = [&](const std::wstring& url, std::uint32_t result, int handles) {
         const int before = counting_wininet::opened();
         const download_job job{window.handle(), cancel, nullptr};
-        EXPECT_EQ(download_with(wininet.functions(), job, url.c_str(), path.c_str()), result);
+        EXPECT_EQ(DownloadWithWinINet(job, url.c_str(), path.c_str(), wininet.functions()), result);
         EXPECT_EQ(counting_wininet::opened() - before, handles);
         EXPECT_EQ(counting_wininet::open(), 0);
         EXPECT_TRUE(!read_file(path) || DeleteFileW(path.c_str())) << "the file is still open";

@@ -1,7 +1,7 @@
 #include "tests/bench/document/bare_document.h"
 
 #include "retrieval/download/window_messages.h"
-#include "retrieval/file/pdf_judge.h"
+#include "retrieval/file/pdf_check.h"
 #include "retrieval/pane/status_pane_layout.h"
 #include "tests/bench/document/bare_downloads.h"
 #include "tests/bench/support/measure.h"
