@@ -1,8 +1,8 @@
-// Lets the things named by its arguments happen behind the barriers, one after the other, and prints what
-// became of each: in a process of its own, because the suite's libraries are looked up once. Two arguments
-// order what is to happen while these are being loaded: "reenter", the same on the same thread; "join", on
-// another thread. Two order what happens whenever something held is released: "release-deep", a function that
-// needs much stack; "release-overflow", the Release of a host's object that overflows the stack.
+// Raises the exceptions that its arguments name inside the barriers and prints the results. A separate
+// process, because the suite's libraries are loaded once. "reenter" and "join" select a call while these are
+// being loaded, on the same thread and on another one. "release-deep" and "release-overflow" select what a
+// release() does: call a function that needs much stack, and release a host object whose Release overflows
+// the stack.
 #include "logging/exception_barriers.h"
 #include "logging/pdfcore_exception.h"
 #include "platform/unique_handle.h"
@@ -25,7 +25,7 @@ constexpr std::uint32_t entry_line = 70;
 
 volatile char last_byte;
 
-// Writes more than its buffer takes, up to where the caller's return address lies.
+// Writes beyond its buffer, up to the caller's return address.
 __declspec(noinline) __attribute__((no_sanitize("undefined"))) void overrun_buffer(std::size_t count)
 {
     volatile char buffer[16] = {};
@@ -50,13 +50,13 @@ const std::map<std::string, std::function<void()>> events = {
     {"overflow", quill::test::overflow_stack},
     {"fill", [] { overrun_buffer(16); }},
     {"overrun", [] { overrun_buffer(48); }},
-    // What a module of another compiler throws.
+    // An exception of another compiler's runtime.
     {"foreign", [] { RaiseException(0xE06D7363, EXCEPTION_NONCONTINUABLE, 0, nullptr); }},
     {"throw", [] { throw std::runtime_error("thrown"); }},
     {"pdfcore", [] { throw pdfcore_exception(); }},
 };
 
-// More stack than an overflow has left.
+// More stack than remains after an overflow.
 __declspec(noinline) void use_stack()
 {
     constexpr std::size_t size = 256 * 1024;
@@ -111,7 +111,7 @@ void fail_inside()
     std::printf("inside: %08lx\n", static_cast<unsigned long>(happen("read-null")));
 }
 
-// Fails behind the barriers as soon as a library is being loaded by another thread.
+// Throws inside a barrier while another thread is loading a library.
 class joining_thread
 {
 public:
@@ -122,7 +122,8 @@ public:
             WaitForSingleObject(arrived_.get(), deadline_ms);
         };
         thread_.reset(CreateThread(nullptr, 0, run, this, 0, nullptr));
-        WaitForSingleObject(arrived_.get(), deadline_ms); // no thread begins while a library is being loaded
+        WaitForSingleObject(arrived_.get(),
+                            deadline_ms); // a thread cannot start while a library is being loaded
     }
     ~joining_thread()
     {
@@ -157,7 +158,7 @@ void print_result(void* event)
     std::printf("%s: %08lx\n", name.c_str(), static_cast<unsigned long>(result));
 }
 
-// The browser's own handler around the entry.
+// A handler in the browser around the entry.
 __declspec(noinline) void call_as_the_browser(void (*call)(void*), void* event)
 {
     DWORD code = 0;
@@ -204,6 +205,6 @@ int main(int argc, char** argv)
         call_as_the_browser(print_result, &event);
         std::fflush(stdout);
     }
-    // What was held has been released once for each event.
+    // release() was called once for each entry.
     return held.count == happened ? 0 : 3;
 }

@@ -1,4 +1,4 @@
-// What each kind of exception becomes behind the barriers: the result, and the line in the log.
+// Result and log line of each kind of exception inside a barrier.
 #include "logging/exception_barriers.h"
 #include "logging/pdfcore_exception.h"
 #include "tests/support/child_process.h"
@@ -41,7 +41,7 @@ struct Barriers : testing::Test
 {
     log_capture log;
 
-    // The one line that NoThrow logs for what a callable throws.
+    // The line that NoThrow logs for an exception.
     template <typename Callable>
     std::string line_for(const Callable& callable)
     {
@@ -53,7 +53,7 @@ struct Barriers : testing::Test
     }
 };
 
-TEST_F(Barriers, PassAResultThrough)
+TEST_F(Barriers, ReturnTheResult)
 {
     EXPECT_EQ(NoThrow([] { return S_FALSE; }, E_FAIL, "name", 7), S_FALSE);
     EXPECT_EQ(CrashBorder([] { return S_FALSE; }, E_FAIL, "name", 7), S_FALSE);
@@ -83,7 +83,7 @@ TEST_F(Barriers, NameEachKindOfException)
     EXPECT_EQ(line_for(throwing("text")), "error: name:7 unknown exception");
 }
 
-TEST_F(Barriers, TakeADerivedExceptionForItsNearestKind)
+TEST_F(Barriers, LogADerivedExceptionAsItsNearestKind)
 {
     EXPECT_THAT(line_for(throwing(std::ios_base::failure("x"))), HasSubstr(" system error(1): x"));
     const std::filesystem::filesystem_error file_error("x", std::make_error_code(std::errc::io_error));
@@ -96,14 +96,14 @@ TEST_F(Barriers, TakeADerivedExceptionForItsNearestKind)
                 HasSubstr(" runtime error: "));
 }
 
-TEST_F(Barriers, TheClickHandlersRuntimeError)
+TEST_F(Barriers, LogTheNameAndTheLineOfTheEntry)
 {
     EXPECT_EQ(CrashBorder([]() -> VARIANT_BOOL { throw std::runtime_error("x"); }, VARIANT_TRUE, click, 37),
               VARIANT_TRUE);
     EXPECT_THAT(log.lines(), ElementsAre("error: quill::html_events_sink::on_click:37 runtime error: x"));
 }
 
-TEST_F(Barriers, NoThrowHasANameForTheNameless)
+TEST_F(Barriers, NoThrowReplacesAMissingName)
 {
     const auto thrower = throwing(std::runtime_error("x"));
     EXPECT_EQ(NoThrow(thrower, E_FAIL, nullptr, 99), E_FAIL);
@@ -115,7 +115,7 @@ TEST_F(Barriers, NoThrowHasANameForTheNameless)
     EXPECT_THAT(log.lines(), ElementsAre(line, line, line, line, line));
 }
 
-TEST_F(Barriers, CrashBordersOwnNameIsADefaultToo)
+TEST_F(Barriers, CrashBorderHasItsOwnDefaultName)
 {
     EXPECT_EQ(CrashBorder(throwing(std::runtime_error("x")), E_FAIL), E_FAIL);
     ASSERT_EQ(log.lines().size(), 1u);
@@ -128,7 +128,7 @@ TEST_F(Barriers, LogNothingWithoutAnException)
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(Barriers, LeaveTheHandledExceptionAsItWas)
+TEST_F(Barriers, KeepTheExceptionThatIsBeingHandled)
 {
     try {
         throw std::runtime_error("outer");
@@ -150,7 +150,7 @@ struct counted
 };
 int counted::alive = 0;
 
-TEST_F(Barriers, KeepNothingOfTheException)
+TEST_F(Barriers, FreeTheException)
 {
     EXPECT_EQ(CrashBorder(throwing(counted()), E_FAIL, "name", 7), E_FAIL);
     EXPECT_EQ(counted::alive, 0);
@@ -179,23 +179,23 @@ TEST_F(Barriers, ASystemExceptionIsLoggedWithTheNameAlone)
                             "info: System exception in quill::CrashBorder"));
 }
 
-TEST_F(Barriers, ASystemExceptionIsNotForNoThrow)
+TEST_F(Barriers, NoThrowPassesASystemException)
 {
     EXPECT_EQ(CrashBorder([] { return NoThrow(read_null, S_FALSE, "inner", 1); }, E_FAIL, "outer", 2),
               E_FAIL);
     EXPECT_THAT(log.lines(), ElementsAre("info: System exception in outer"));
 }
 
-TEST_F(Barriers, BarriersWithinBarriers)
+TEST_F(Barriers, MayBeNested)
 {
     const auto inner = [] { return CrashBorder(read_null, S_FALSE, "inner", 1); };
     EXPECT_EQ(CrashBorder(inner, E_FAIL, "outer", 2), S_FALSE);
     EXPECT_THAT(log.lines(), ElementsAre("info: System exception in inner"));
 }
 
-TEST(BarriersWithoutLog, CatchAndStaySilent)
+TEST(BarriersWithoutLog, CatchAndLogNothing)
 {
-    // Logging is off in this process, so the placeholder takes the lines.
+    // Logging is off in this process, so the placeholder logger gets the lines.
     const environment_scope level(L"QUILL_LOG_LEVEL", std::nullopt);
     testing::internal::CaptureStdout();
     EXPECT_EQ(CrashBorder(throwing(std::runtime_error("x")), E_FAIL, "name", 7), E_FAIL);
@@ -203,7 +203,7 @@ TEST(BarriersWithoutLog, CatchAndStaySilent)
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-// A folder with the program and those of the suite's libraries that a test wants there.
+// Fixture: a folder with the program and the suite's libraries that a test selects.
 struct SuiteLibraries : testing::Test
 {
     test::scratch_directory folder;
@@ -239,7 +239,7 @@ struct SuiteLibraries : testing::Test
 constexpr const char* system_exception = "System exception in quill::browser_events_sink::on_before_navigate";
 constexpr const char* entry = "quill::browser_events_sink::on_before_navigate:70";
 
-TEST_F(SuiteLibraries, AbsentTheHandlerRuns)
+TEST_F(SuiteLibraries, TheHandlerRunsWithoutThem)
 {
     const auto result = run(L"nothing read-null divide foreign throw pdfcore nothing");
     EXPECT_EQ(result.output,
@@ -252,14 +252,14 @@ TEST_F(SuiteLibraries, AbsentTheHandlerRuns)
                             log_line{"debug", std::string(entry) + " pdfcore exception: 0 "}));
 }
 
-TEST_F(SuiteLibraries, AStackOverflowCanHappenAgain)
+TEST_F(SuiteLibraries, ASecondStackOverflowIsHandled)
 {
     const auto result = run(L"overflow overflow nothing");
     EXPECT_EQ(result.output, "overflow: 80004005\r\noverflow: 80004005\r\nnothing: 00000000\r\n");
 }
 
-// What is held is released when the stack is free again.
-TEST_F(SuiteLibraries, AReleaseAfterAStackOverflowHasTheStackToItself)
+// release() runs after the overflowed stack was unwound.
+TEST_F(SuiteLibraries, AReleaseAfterAStackOverflowHasTheWholeStack)
 {
     const auto deep = run(L"release-deep overflow overflow nothing");
     EXPECT_EQ(deep.output, "overflow: 80004005\r\noverflow: 80004005\r\nnothing: 00000000\r\n");
@@ -267,7 +267,7 @@ TEST_F(SuiteLibraries, AReleaseAfterAStackOverflowHasTheStackToItself)
     EXPECT_EQ(again.output, "overflow: 80004005\r\noverflow: 80004005\r\nnothing: 80004005\r\n");
 }
 
-// A damaged stack is no place for a handler, the barrier's own included.
+// No handler may run on a corrupted stack, not even the barrier's.
 TEST_F(SuiteLibraries, AnOverrunBufferEndsTheProcess)
 {
     constexpr DWORD stack_buffer_overrun = 0xC0000409;
@@ -281,7 +281,7 @@ TEST_F(SuiteLibraries, TheCrashLibraryMayRunTheHandler)
     add(L"crashguard14.dll");
     const auto result = run(L"read-null throw divide");
     EXPECT_EQ(result.output, "read-null: 80004005\r\nthrow: 80004005\r\ndivide: 80004005\r\n");
-    // It sees system exceptions only.
+    // It gets system exceptions only.
     EXPECT_EQ(result.errors, "crashguard: exception c0000005\r\ncrashguard: exception c0000094\r\n");
     EXPECT_THAT(lines_of(result),
                 ElementsAre(log_line{"info", system_exception},
@@ -289,7 +289,7 @@ TEST_F(SuiteLibraries, TheCrashLibraryMayRunTheHandler)
                             log_line{"info", system_exception}));
 }
 
-TEST_F(SuiteLibraries, TheCrashLibraryMayLetTheSearchGoOn)
+TEST_F(SuiteLibraries, TheCrashLibraryMayContinueTheSearch)
 {
     add(L"crashguard14.dll");
     SetEnvironmentVariableW(L"QUILL_CRASHGUARD", L"search");
@@ -298,8 +298,8 @@ TEST_F(SuiteLibraries, TheCrashLibraryMayLetTheSearchGoOn)
     EXPECT_THAT(lines_of(result), IsEmpty());
 }
 
-// Reported once: the barrier does not ask again about a fault in a call into the host.
-TEST_F(SuiteLibraries, TheCrashLibraryMayLetTheSearchGoOnFromACallIntoTheHost)
+// Reported once: the barrier does not report a fault in a call into the host again.
+TEST_F(SuiteLibraries, TheCrashLibraryMayContinueTheSearchFromACallIntoTheHost)
 {
     add(L"crashguard14.dll");
     SetEnvironmentVariableW(L"QUILL_CRASHGUARD", L"search");
@@ -320,18 +320,18 @@ TEST_F(SuiteLibraries, TheCrashLibraryMayResumeExecution)
     EXPECT_THAT(lines_of(result), IsEmpty());
 }
 
-// By a library's DllMain, or by what watches the loader: with what is loaded nothing can be done yet.
+// A DllMain or a hook of the loader may call the module before the libraries are usable.
 TEST_F(SuiteLibraries, AreNotUsedByACallFromInsideTheirLoading)
 {
     add_as(L"calling_library.dll", L"crashguard14.dll");
     const auto result = run(L"reenter read-null nothing");
     EXPECT_EQ(result.output, "inside: 80004005\r\nread-null: 80004005\r\nnothing: 00000000\r\n");
-    EXPECT_EQ(result.errors, "crashguard: exception c0000005\r\n"); // of the outer one
+    EXPECT_EQ(result.errors, "crashguard: exception c0000005\r\n"); // the outer exception
     EXPECT_THAT(lines_of(result),
                 ElementsAre(log_line{"info", system_exception}, log_line{"info", system_exception}));
 }
 
-TEST_F(SuiteLibraries, AreUsedByAThreadThatComesWhileAnotherLoadsThem)
+TEST_F(SuiteLibraries, AreUsedByAThreadWhileAnotherLoadsThem)
 {
     add_as(L"calling_library.dll", L"crashguard14.dll");
     const auto result = run(L"join read-null nothing");
@@ -339,7 +339,7 @@ TEST_F(SuiteLibraries, AreUsedByAThreadThatComesWhileAnotherLoadsThem)
     EXPECT_EQ(result.errors, "crashguard: exception c0000005\r\ncrashguard: exception c0000005\r\n");
 }
 
-TEST_F(SuiteLibraries, ThePdfCoreGivesCodeAndText)
+TEST_F(SuiteLibraries, ThePdfCoreReturnsCodeAndText)
 {
     add(L"pdfcore.dll");
     add(L"as_compat.dll");
@@ -350,8 +350,8 @@ TEST_F(SuiteLibraries, ThePdfCoreGivesCodeAndText)
                                                   " pdfcore exception: -1073 Ung\xc3\xbcltig (-1073)"}));
 }
 
-// Once for its text, and once more for itself.
-TEST_F(SuiteLibraries, ThePdfCoreIsAskedTwiceForTheCode)
+// Once for the text and once for the line.
+TEST_F(SuiteLibraries, ThePdfCoresCodeIsReadTwice)
 {
     add(L"pdfcore.dll");
     add(L"as_compat.dll");
@@ -361,8 +361,8 @@ TEST_F(SuiteLibraries, ThePdfCoreIsAskedTwiceForTheCode)
                 ElementsAre(log_line{"debug", std::string(entry) + " pdfcore exception: 2 x (1)"}));
 }
 
-// The line is written with what is known without the function that threw.
-TEST_F(SuiteLibraries, MayThrowWhenTheyAreAskedForAnError)
+// The line is written without the result of the function that threw.
+TEST_F(SuiteLibraries, MayThrowWhileAnErrorIsLogged)
 {
     add(L"pdfcore.dll");
     add(L"as_compat.dll");
@@ -381,7 +381,7 @@ TEST_F(SuiteLibraries, MayThrowWhenTheyAreAskedForAnError)
     EXPECT_THAT(lines_of(without_code), ElementsAre(log_line{"debug", line + "0 x (0)"}));
 }
 
-TEST_F(SuiteLibraries, MayFaultWhenTheyAreAskedForAnError)
+TEST_F(SuiteLibraries, MayFaultWhileAnErrorIsLogged)
 {
     for (const wchar_t* name : {L"crashguard14.dll", L"pdfcore.dll", L"as_compat.dll"})
         add(name);
@@ -393,7 +393,7 @@ TEST_F(SuiteLibraries, MayFaultWhenTheyAreAskedForAnError)
                 ElementsAre(log_line{"info", system_exception}, log_line{"info", system_exception}));
 }
 
-TEST_F(SuiteLibraries, ThePdfCoreWithoutItsCompanionGivesTheCode)
+TEST_F(SuiteLibraries, ThePdfCoreAloneReturnsTheCode)
 {
     add(L"pdfcore.dll");
     SetEnvironmentVariableW(L"QUILL_PDFCORE_ERROR", L"12");
@@ -413,7 +413,7 @@ TEST_F(SuiteLibraries, AnErrorTextMayHaveTheSizeThatIsPassed)
                                                   std::string(2046, 't')}));
 }
 
-TEST_F(SuiteLibraries, AreNotTakenFromTheCurrentDirectory)
+TEST_F(SuiteLibraries, AreNotLoadedFromTheCurrentDirectory)
 {
     const test::scratch_directory elsewhere;
     ASSERT_TRUE(CopyFileW(test::beside_this_program(L"crashguard14.dll").c_str(),

@@ -1,4 +1,4 @@
-// Stands in for the crash library: calls the program back while it is being loaded and freed.
+// Takes the place of the crash library and calls back into the program while it is loaded and freed.
 #include <windows.h>
 
 #include <cstdio>

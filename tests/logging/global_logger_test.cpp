@@ -1,4 +1,4 @@
-// The set-up of the logger as whole processes see it: the environment before, the files after.
+// The set-up of the logger in separate processes, by environment variables and log files.
 #include "logging/log_file_name.h"
 #include "platform/file_system.h"
 #include "tests/support/child_process.h"
@@ -52,7 +52,7 @@ struct GlobalLogger : testing::Test
         return result;
     }
 
-    // What the log file of a run holds; nothing when there is none.
+    // The content of a run's log file; std::nullopt without one.
     std::optional<std::string> file_of(const child_result& run) const
     {
         return read_file(logs.file_of(L"log_program", run.process_id));
@@ -63,7 +63,7 @@ struct GlobalLogger : testing::Test
         return parse_log(file_of(run).value_or(""));
     }
 
-    // The log file's path as verbs of the program take it, which know its process id.
+    // The log file's path for verbs of the program, which append the process id.
     std::wstring path_before_process_id() const
     {
         const std::wstring path = logs.file_of(L"log_program", 0);
@@ -71,7 +71,7 @@ struct GlobalLogger : testing::Test
     }
 };
 
-TEST_F(GlobalLogger, ALineAfterTheLoggersEndIsNotWritten)
+TEST_F(GlobalLogger, ALineAfterTheLoggersDestructionIsDropped)
 {
     set(L"QUILL_LOG_LEVEL", L"info");
     EXPECT_THAT(lines_of(run(L"info=x late")), ElementsAre(log_line{"info", "x"}));
@@ -130,7 +130,7 @@ TEST_F(GlobalLogger, StdoutAloneWritesNoFile)
     EXPECT_THAT(parse_log(result.output), ElementsAre(log_line{"info", "yes"}, log_line{"error", "too"}));
 }
 
-TEST_F(GlobalLogger, SinksStandInTheirOrder)
+TEST_F(GlobalLogger, SinksHaveAFixedOrder)
 {
     const test::cross_process_lock device(L"procmon");
     set(L"QUILL_LOG_LEVEL", L"err");
@@ -140,7 +140,7 @@ TEST_F(GlobalLogger, SinksStandInTheirOrder)
     EXPECT_EQ(run(L"logger").output, "quill 4 file stdout procmon, null registered, global 4\r\n");
 }
 
-TEST_F(GlobalLogger, UnknownSinksGiveALoggerWithoutAny)
+TEST_F(GlobalLogger, UnknownSinksCreateALoggerWithoutSinks)
 {
     set(L"QUILL_LOG_LEVEL", L"debug");
     set(L"QUILL_LOG_SINKS", L"FILE");
@@ -167,7 +167,7 @@ TEST_F(GlobalLogger, BothNamesOfWarningAreLevel3)
     }
 }
 
-TEST_F(GlobalLogger, ChangesOfTheEnvironmentComeTooLate)
+TEST_F(GlobalLogger, LaterChangesOfTheEnvironmentAreIgnored)
 {
     const auto off = run(L"info=a env=QUILL_LOG_LEVEL=info info=b");
     EXPECT_EQ(file_of(off), std::nullopt);
@@ -187,7 +187,7 @@ TEST_F(GlobalLogger, ALoggerOfTheSameNameIsUsedWithItsSinks)
     const test::scratch_directory scratch;
     set(L"QUILL_LOG_LEVEL", L"info");
     const auto result = run(L"\"own-logger=" + scratch.path() + L"\\own.log\" debug=no info=yes");
-    // The sinks that were made for it are dropped, their file stays empty.
+    // The sinks that were created for it are destroyed and their file stays empty.
     EXPECT_EQ(file_of(result), "");
     EXPECT_THAT(parse_log(read_file(scratch / L"own.log").value_or("")),
                 ElementsAre(log_line{"info", "yes"}));
@@ -282,14 +282,14 @@ TEST_F(GlobalLogger, AFileThatCannotBeOpenedLeavesLoggingOff)
     set(L"QUILL_LOG_LEVEL", L"info");
     for (const wchar_t* sinks_text : {L"", L"file,stdout"}) {
         set(L"QUILL_LOG_SINKS", sinks_text);
-        // A folder stands where the file would be opened. Nobody is told, and nothing tries again.
+        // A folder has the name of the log file. There is no error message and no second attempt.
         const auto result = run(L"\"block=" + path_before_process_id() + L"\" set-up logger info=x set-up");
         EXPECT_EQ(result.output, "set up: \r\nnull 6 other, null registered, global 2\r\nset up: \r\n");
         EXPECT_EQ(result.errors, "");
     }
 }
 
-// Without the folder in the profile: logs go below the application data, which is made when missing.
+// Without the folder in the profile, logs go to the application data folder, which is created.
 struct AppDataLog : testing::Test
 {
     log_folder_scope no_profile_folder{log_folder_scope::folder::absent};
@@ -313,7 +313,7 @@ struct AppDataLog : testing::Test
     }
 };
 
-TEST_F(AppDataLog, FolderIsMadeAndUsed)
+TEST_F(AppDataLog, FolderIsCreatedAndUsed)
 {
     EXPECT_FALSE(DirectoryExists(company_folder));
     EXPECT_THAT(lines_of(run(L"info=x")), ElementsAre(log_line{"info", "x"}));
@@ -333,7 +333,7 @@ TEST_F(AppDataLog, FolderIsNamedByItsShortForm)
     EXPECT_EQ(log_file_name_pattern().substr(0, used.size() + 1), used + L"/");
 }
 
-TEST_F(AppDataLog, FolderIsNotMadeWhileLoggingIsOff)
+TEST_F(AppDataLog, FolderIsNotCreatedWhileLoggingIsOff)
 {
     SetEnvironmentVariableW(L"QUILL_LOG_LEVEL", nullptr);
     run(L"info=x");
@@ -344,7 +344,7 @@ TEST_F(AppDataLog, FolderIsNotMadeWhileLoggingIsOff)
     EXPECT_FALSE(DirectoryExists(company_folder));
 }
 
-TEST_F(AppDataLog, AFailingSetUpReachesItsCallerAndRunsAgain)
+TEST_F(AppDataLog, AFailedSetUpThrowsAndIsRepeated)
 {
     test::write_file(company_folder, "in the way");
     const auto result = run(L"info=lost set-up info=lost set-up \"remove=" + company_folder +

@@ -1,5 +1,4 @@
-// A library with the logging in it is loaded into the browser and taken out of it again, many times, while
-// threads that have logged live on.
+// Loads and unloads a library with the logging many times while threads that have logged keep running.
 #include "platform/library_function.h"
 #include "platform/unique_handle.h"
 #include "tests/support/balance.h"
@@ -29,7 +28,7 @@ using write_line_function = void (*)(int level, const char* text);
 constexpr const wchar_t* library_name = L"logging_library.dll";
 constexpr int info = 2;
 
-// The library for as long as it lives, and its one function.
+// Loads the library during its lifetime.
 struct loaded_library
 {
     unique_library library{LoadLibraryW(test::beside_this_program(library_name).c_str())};
@@ -51,7 +50,7 @@ struct Unload : testing::Test
     }
 };
 
-TEST_F(Unload, ClosesTheFileAndLeavesNothing)
+TEST_F(Unload, ClosesTheFileAndLeaksNothing)
 {
     write_and_unload("first");
     const auto before = process_resources::now();
@@ -61,13 +60,13 @@ TEST_F(Unload, ClosesTheFileAndLeavesNothing)
     EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
     EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "first"}, log_line{"info", "second"},
                                           log_line{"info", "third"}));
-    // Nobody else has the file open.
+    // The file is not open.
     const unique_handle file(CreateFileW(logs.file_of(L"test_unload", GetCurrentProcessId()).c_str(),
                                          GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr));
     EXPECT_TRUE(file);
 }
 
-TEST_F(Unload, NoProgramThatIsStartedMeanwhileKeepsTheFile)
+TEST_F(Unload, NoProgramStartedMeanwhileInheritsTheFile)
 {
     PROCESS_INFORMATION process{};
     {
@@ -88,7 +87,7 @@ TEST_F(Unload, NoProgramThatIsStartedMeanwhileKeepsTheFile)
     EXPECT_EQ(WaitForSingleObject(started.get(), 10'000), WAIT_OBJECT_0);
 }
 
-TEST_F(Unload, DecidesAnewWhenItIsLoadedAgain)
+TEST_F(Unload, ReadsTheEnvironmentAgainWhenLoadedAgain)
 {
     write_and_unload("on");
     SetEnvironmentVariableW(L"QUILL_LOG_LEVEL", nullptr);
@@ -96,7 +95,7 @@ TEST_F(Unload, DecidesAnewWhenItIsLoadedAgain)
     EXPECT_THAT(logs.lines(), ElementsAre(log_line{"info", "on"}));
 }
 
-TEST_F(Unload, WhileAThreadThatLoggedLivesOn)
+TEST_F(Unload, WhileAThreadThatLoggedIsRunning)
 {
     struct shared
     {
@@ -139,7 +138,7 @@ TEST_F(Unload, WhileAThreadThatLoggedLivesOn)
 
 TEST_F(Unload, AfterASetUpThatThrew)
 {
-    // A file where the log's folder would be made: each line's set-up throws and is swallowed.
+    // A file has the name of the log's folder: the set-up throws for each line and is ignored.
     test::remove_path(test::profile_log_folder_path());
     wchar_t app_data[MAX_PATH] = {};
     GetEnvironmentVariableW(L"APPDATA", app_data, MAX_PATH);
@@ -164,8 +163,8 @@ DWORD WINAPI write_and_get_variable(const char* name, char* value, DWORD size)
     return GetEnvironmentVariableA(name, value, size);
 }
 
-// What the set-up asks of the system may bring a library that calls the module.
-TEST_F(Unload, ALineFromInsideTheSetUpIsLost)
+// System functions that the set-up calls may load a library that calls the module.
+TEST_F(Unload, ALineFromInsideTheSetUpIsDropped)
 {
     {
         const loaded_library loaded;
@@ -185,7 +184,7 @@ constexpr DWORD deadline_ms = 10'000;
 write_line_function write_elsewhere = nullptr;
 bool has_written_elsewhere = false;
 
-// The thread that writes.
+// The thread that logs.
 unique_handle& elsewhere()
 {
     static unique_handle thread;
@@ -205,7 +204,7 @@ DWORD WINAPI get_variable_while_another_thread_writes(const char* name, char* va
     return GetEnvironmentVariableA(name, value, size);
 }
 
-// The thread that sets up may need the loader's lock, which the other one may hold.
+// The set-up may need the loader lock, which the other thread may hold.
 TEST_F(Unload, NoThreadWaitsForTheSetUpOfAnother)
 {
     const auto write = [] {
@@ -233,7 +232,7 @@ TEST_F(Unload, NoThreadWaitsForTheSetUpOfAnother)
     EXPECT_THAT(logs.lines(), ElementsAre(other, first, second, other, first, second));
 }
 
-// The browser's own handler around a call. Whether it handled a system exception.
+// A handler in the browser around a call. Returns whether it handled a system exception.
 [[gnu::noinline]] bool faults_to_the_browser(void (*call)(const loaded_library&),
                                              const loaded_library& loaded)
 {
@@ -290,8 +289,8 @@ TEST_F(Unload, TheLoadingOfTheSuitesLibrariesThatFaultedRunsAgain)
 int (*fail_while_freed)(int) = nullptr;
 int result_while_freed = 0;
 
-// With a crash library that calls when it is freed.
-TEST_F(Unload, ACallWhileTheSuitesLibrariesAreFreedDoesWithoutThem)
+// With a crash library that calls back when it is freed.
+TEST_F(Unload, ACallWhileTheSuitesLibrariesAreFreedUsesTheDefaults)
 {
     const test::scratch_directory folder;
     ASSERT_TRUE(
@@ -311,7 +310,7 @@ TEST_F(Unload, ACallWhileTheSuitesLibrariesAreFreedDoesWithoutThem)
     EXPECT_EQ(GetModuleHandleW(library_name), nullptr);
 }
 
-TEST_F(Unload, TakesTheSuitesLibrariesWithIt)
+TEST_F(Unload, FreesTheSuitesLibraries)
 {
     const auto fail_and_unload = [] {
         const loaded_library loaded;

@@ -1,5 +1,5 @@
-// Does with the module's logging what its arguments say, one after the other, in a process of its own:
-// the logger is set up once per process. Each argument is "verb" or "verb=operand".
+// Runs the logging steps that its arguments name. A separate process, because the logger is set up once for
+// each. An argument is "verb" or "verb=operand".
 #include "logging/global_logger.h"
 #include "logging/log_stream.h"
 #include "logging/procmon_sink.h"
@@ -31,7 +31,7 @@ const std::map<std::string, log_level> levels = {
     {"warning", log_level::warning}, {"error", log_level::error}, {"critical", log_level::critical},
 };
 
-// Prints what kind of error the set-up throws, "set up" for none.
+// Prints the kind of error that the set-up throws, or "set up".
 void print_set_up_error()
 {
     const char* kind = "set up";
@@ -79,7 +79,7 @@ void register_own_logger(const std::string& path)
         "quill", std::make_shared<spdlog::sinks::rotating_file_sink_mt>(wide, 1 << 20, 1)));
 }
 
-// As many lines of 1 MiB each, numbered in front.
+// Logs that many numbered lines of 1 MiB.
 void fill(const std::string& count)
 {
     const std::string megabyte(1 << 20, 'm');
@@ -111,13 +111,13 @@ void set_variable(const std::string& assignment)
     SetEnvironmentVariableA(assignment.substr(0, equals).c_str(), assignment.substr(equals + 1).c_str());
 }
 
-// The log file of this process in a folder that is given with the name's beginning.
+// The log file of this process; prefix is the folder and the beginning of the name.
 std::string own_log_file(const std::string& path_before_process_id)
 {
     return path_before_process_id + "-" + std::to_string(GetCurrentProcessId()) + ".log";
 }
 
-// Puts text into the log file of this process before the logger opens it.
+// Writes text to the log file of this process before the logger opens it.
 void seed(const std::string& path)
 {
     if (std::FILE* file = std::fopen(own_log_file(path).c_str(), "wb")) {
@@ -126,8 +126,8 @@ void seed(const std::string& path)
     }
 }
 
-// With one line of one letter in the log file of this process: logs a second one that brings the file to
-// the given number of bytes. The operand is "path|size".
+// Logs a line of one letter, and a second one that brings the file to the given size. The operand is
+// "path|size".
 void top_up(const std::string& operand)
 {
     const std::size_t mark = operand.find('|');
@@ -141,7 +141,7 @@ void top_up(const std::string& operand)
     log_stream(log_level::info) << std::string(static_cast<std::size_t>(text), 't').c_str();
 }
 
-// Logs when the program's logger has ended: what is made before it ends after it.
+// Logs after the logger was destroyed: an object constructed before it is destroyed after it.
 struct late_line
 {
     bool is_wanted = false;
@@ -154,7 +154,7 @@ struct late_line
     }
 } late;
 
-// Makes a folder where the log file of this process would be.
+// Creates a folder with the name of this process's log file.
 void block(const std::string& path)
 {
     CreateDirectoryA(own_log_file(path).c_str(), nullptr);

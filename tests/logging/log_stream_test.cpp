@@ -1,4 +1,4 @@
-// The stream by itself: what each kind of piece adds to a line, and that nothing of it throws.
+// Formatting of each kind of piece, and failures, which must not throw.
 #include "logging/global_logger.h"
 #include "logging/log_stream.h"
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-// A value whose formatting counts itself, and one that cannot be formatted.
+// A value that counts how often it is formatted, and one that cannot be formatted.
 struct counted_value
 {
     int* formatted;
@@ -125,7 +125,7 @@ TEST_F(LogStream, ConvertsWideTextToUtf8)
     EXPECT_EQ(line_of(std::wstring(L"string")), "[test debug] string\n");
 }
 
-TEST_F(LogStream, NullAndEmptyTextAddNothing)
+TEST_F(LogStream, NullAndEmptyTextAppendNothing)
 {
     const char* const narrow = nullptr;
     const wchar_t* const wide = nullptr;
@@ -137,7 +137,7 @@ TEST_F(LogStream, AnEmptyLineIsStillALine)
     EXPECT_EQ(line_of(""), "[test debug] \n");
 }
 
-TEST_F(LogStream, ALineBeyondTheInlineBufferIsWrittenWhole)
+TEST_F(LogStream, ALineBeyondTheInlineBufferIsWrittenCompletely)
 {
     const std::string piece(499, 'x');
     EXPECT_EQ(line_of(piece, "y", "z", std::wstring(100'000, L'w')),
@@ -151,7 +151,7 @@ TEST_F(LogStream, UsesItsIntegerFormat)
     EXPECT_EQ(text, "[test info] 255 ff -ff\n");
 }
 
-TEST_F(LogStream, TakesTheDefaultIntegerFormatWhenItIsBuilt)
+TEST_F(LogStream, ReadsTheDefaultIntegerFormatInItsConstructor)
 {
     const char* const before = default_integer_format;
     EXPECT_STREQ(before, "{:d}");
@@ -162,14 +162,14 @@ TEST_F(LogStream, TakesTheDefaultIntegerFormatWhenItIsBuilt)
     EXPECT_EQ(line_of(5), "[test debug] 5\n");
 }
 
-TEST_F(LogStream, AWrongIntegerFormatLosesThePieceOnly)
+TEST_F(LogStream, AnInvalidIntegerFormatDropsThePieceOnly)
 {
     text.clear();
     log_stream(log_level::debug, &holder).integer_format("{:q}") << "a" << 1 << "b";
     EXPECT_EQ(text, "[test debug] ab\n");
 }
 
-TEST_F(LogStream, APieceThatThrowsIsLostAlone)
+TEST_F(LogStream, APieceThatThrowsIsDroppedAlone)
 {
     EXPECT_EQ(line_of("a", throwing_value(), "b"), "[test debug] ab\n");
 }
@@ -227,7 +227,7 @@ TEST_F(LogStream, WritesAtEveryLevel)
                     "[test critical] x\n");
 }
 
-TEST_F(LogStream, KeepsTheBacktraceThatTheLoggerAsksFor)
+TEST_F(LogStream, FeedsTheLoggersBacktrace)
 {
     holder.logger->enable_backtrace(4);
     line_of("kept");
@@ -236,7 +236,7 @@ TEST_F(LogStream, KeepsTheBacktraceThatTheLoggerAsksFor)
     EXPECT_NE(text.find("[test debug] kept\n"), std::string::npos) << text;
 }
 
-TEST_F(LogStream, SwallowsWhatASinkThrows)
+TEST_F(LogStream, CatchesWhatASinkThrows)
 {
     holder.logger->sinks().assign(1, std::make_shared<throwing_sink>());
     EXPECT_NO_THROW(line_of("a"));

@@ -15,18 +15,18 @@ class LogSwitch : public testing::Test
 protected:
     static void set_level(spdlog::level::level_enum level) { global_logger().logger->set_level(level); }
 
-    // A piece that tells when somebody asks for it.
+    // A piece that counts its evaluations.
     const char* piece()
     {
         ++asked_;
         return "piece";
     }
 
-    test::log_capture capture; // takes every level
+    test::log_capture capture; // logs every level
     int asked_ = 0;
 };
 
-TEST_F(LogSwitch, FollowsTheLevelOfTheLoggerInUse)
+TEST_F(LogSwitch, FollowsTheLevelOfTheCurrentLogger)
 {
     set_level(spdlog::level::info);
     EXPECT_FALSE(is_logged(log_level::debug));
@@ -41,7 +41,7 @@ TEST_F(LogSwitch, FollowsTheLevelOfTheLoggerInUse)
     EXPECT_FALSE(is_logged(log_level::critical));
 }
 
-TEST_F(LogSwitch, ALineThatNobodyReadsEvaluatesNothing)
+TEST_F(LogSwitch, ADisabledStatementEvaluatesNothing)
 {
     set_level(spdlog::level::info);
     QUILL_LOG(log_level::debug) << piece() << piece();
@@ -63,7 +63,7 @@ TEST_F(LogSwitch, ALineIsOneStatement)
     EXPECT_FALSE(went_else);
 }
 
-TEST_F(LogSwitch, AfterTheLoggersEndNobodyReadsAnyLine)
+TEST_F(LogSwitch, NothingIsLoggedAfterTheLoggersDestruction)
 {
     follow_level_of(nullptr);
     EXPECT_FALSE(is_logged(log_level::critical));

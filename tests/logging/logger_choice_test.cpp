@@ -1,4 +1,4 @@
-// The plain decisions of the logger's set-up.
+// Sinks, levels and file names of the logger's set-up.
 #include "logging/log_file_name.h"
 #include "logging/logger_choice.h"
 #include "tests/support/scopes.h"
@@ -16,12 +16,12 @@ constexpr auto file = log_sink::file;
 constexpr auto standard_output = log_sink::standard_output;
 constexpr auto process_monitor = log_sink::process_monitor;
 
-TEST(SinksFromText, AnEmptyTextAsksForTheFile)
+TEST(SinksFromText, AnEmptyTextSelectsTheFile)
 {
     EXPECT_THAT(sinks_from_text(""), ElementsAre(file));
 }
 
-TEST(SinksFromText, EveryCombination)
+TEST(SinksFromText, SelectsEveryCombination)
 {
     EXPECT_THAT(sinks_from_text("file"), ElementsAre(file));
     EXPECT_THAT(sinks_from_text("stdout"), ElementsAre(standard_output));
@@ -32,13 +32,13 @@ TEST(SinksFromText, EveryCombination)
     EXPECT_THAT(sinks_from_text("procmonstdoutfile"), ElementsAre(file, standard_output, process_monitor));
 }
 
-TEST(SinksFromText, WordsCountAnywhereAndOnce)
+TEST(SinksFromText, FindsNamesAnywhereInTheText)
 {
     EXPECT_THAT(sinks_from_text("stdout;stdout|xstdoutx"), ElementsAre(standard_output));
     EXPECT_THAT(sinks_from_text("profile"), ElementsAre(file));
 }
 
-TEST(SinksFromText, UnknownWordsAndOtherCasesAreNothing)
+TEST(SinksFromText, IgnoresUnknownNamesAndOtherCase)
 {
     EXPECT_THAT(sinks_from_text("FILE"), IsEmpty());
     EXPECT_THAT(sinks_from_text("StdOut,PROCMON"), IsEmpty());
@@ -58,7 +58,7 @@ TEST(LevelFromName, KnowsTheNames)
         EXPECT_EQ(level_from_name(name), level) << name;
 }
 
-TEST(LevelFromName, EverythingElseIsOff)
+TEST(LevelFromName, IsOffForOtherText)
 {
     for (const char* name : {"", "2", "Debug", "DEBUG", "debug ", " debug", "deb", "debugx", "fatal", "crit"})
         EXPECT_EQ(level_from_name(name), log_level::off) << name;
@@ -76,7 +76,7 @@ TEST(LogFileNamePattern, DoublesBraces)
     EXPECT_EQ(log_file_name_pattern(L"C:\\{0}\\}{", L"a{b}"), L"C:\\{{0}}\\}}{{/a{{b}}-{:d}.log");
 }
 
-TEST(ProfileLogFolder, MustBeThere)
+TEST(ProfileLogFolder, IsEmptyUnlessTheFolderExists)
 {
     const test::scratch_directory profile;
     EXPECT_EQ(profile_log_folder(std::nullopt), L"");

@@ -1,4 +1,4 @@
-// A library with the module's logging in it, as the module has it: for loading and unloading.
+// A library that contains the logging as the module does, for loading and unloading.
 #include "logging/exception_barriers.h"
 #include "logging/log_stream.h"
 
@@ -18,7 +18,7 @@ __declspec(noinline) __attribute__((no_sanitize("undefined"))) int read_through(
 
 } // namespace
 
-// Fails behind the barriers; the suite's libraries are loaded for that.
+// Throws inside a barrier, which loads the suite's libraries.
 extern "C" __declspec(dllexport) int fail_behind_barrier(int fallback)
 {
     return quill::CrashBorder([] { return read_through(nullptr); }, fallback, "fail_behind_barrier", 1);

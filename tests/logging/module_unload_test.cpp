@@ -1,4 +1,4 @@
-// The product's own library, loaded, used with logging on, and taken out again.
+// Loads the product's DLL, uses it with logging enabled, and unloads it.
 #include "platform/library_function.h"
 #include "platform/unique_handle.h"
 #include "tests/support/balance.h"
@@ -40,7 +40,7 @@ struct ModuleUnload : testing::Test
     ModuleUnload() { CoInitialize(nullptr); }
     ~ModuleUnload() override { CoUninitialize(); }
 
-    // Loads the module, makes a document, asks and closes it, and unloads the module.
+    // Loads the module, creates, queries and closes a document, and unloads the module.
     static void visit()
     {
         const unique_library library(LoadLibraryW(test::beside_this_program(module_name).c_str()));
@@ -66,7 +66,7 @@ struct ModuleUnload : testing::Test
     }
 };
 
-TEST_F(ModuleUnload, LeavesNothingInTheBrowser)
+TEST_F(ModuleUnload, LeaksNothingInTheBrowser)
 {
     visit();
     EXPECT_FALSE(logs.lines().empty());
@@ -80,8 +80,8 @@ TEST_F(ModuleUnload, LeavesNothingInTheBrowser)
     EXPECT_EQ(storage_indexes::free_now(), indexes);
 }
 
-// The log's set-up throws at every line, on each thread that writes one.
-TEST_F(ModuleUnload, LeavesNothingAfterExceptionsOnThreadsThatLiveOn)
+// The set-up of the log throws for each line on each thread.
+TEST_F(ModuleUnload, LeaksNothingAfterExceptionsOnRunningThreads)
 {
     test::remove_path(test::profile_log_folder_path());
     wchar_t app_data[MAX_PATH] = {};
@@ -129,7 +129,7 @@ TEST_F(ModuleUnload, LeavesNothingAfterExceptionsOnThreadsThatLiveOn)
     test::remove_path(company);
 }
 
-TEST_F(ModuleUnload, OnAnotherThreadThanTheOneThatUsedIt)
+TEST_F(ModuleUnload, LeaksNothingOnAnotherThreadThanTheOneThatUsedIt)
 {
     struct shared
     {

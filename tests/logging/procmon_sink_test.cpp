@@ -1,4 +1,4 @@
-// The Process Monitor sink against a real device, which a driver of the test's own makes.
+// The Process Monitor sink with a real device, which the test's driver creates.
 #include "logging/procmon_sink.h"
 #include "platform/mutex.h"
 #include "tests/logging/procmon_protocol.h"
@@ -33,7 +33,7 @@ struct service_traits : null_is_empty<SC_HANDLE>
 };
 using unique_service = unique_resource<service_traits>;
 
-// The driver, installed for as long as this lives; start and stop make the device come and go.
+// Installs the driver during its lifetime; start() and stop() create and remove the device.
 class procmon_device
 {
 public:
@@ -76,7 +76,7 @@ public:
             });
     }
 
-    // The oldest line that has not been read, as it was sent; nothing when there is none.
+    // The oldest unread line as it was sent; std::nullopt without one.
     std::optional<std::wstring> read()
     {
         std::wstring text(100'000, L'#');
@@ -156,7 +156,7 @@ TEST_F(ProcmonSink, SendsNothingForAnEmptyText)
     EXPECT_EQ(device.lines(), 0u);
 }
 
-TEST_F(ProcmonSink, SendsLongLinesWhole)
+TEST_F(ProcmonSink, SendsLongLinesCompletely)
 {
     ASSERT_TRUE(device.start());
     const auto logger = logger_with(std::make_shared<sink_type>());
@@ -175,7 +175,7 @@ TEST_F(ProcmonSink, FlushDoesNothing)
     EXPECT_EQ(device.lines(), 0u);
 }
 
-TEST_F(ProcmonSink, ClosesTheDeviceWhenItGoes)
+TEST_F(ProcmonSink, ClosesTheDeviceInItsDestructor)
 {
     ASSERT_TRUE(device.start());
     const auto before = process_resources::now();
@@ -186,7 +186,7 @@ TEST_F(ProcmonSink, ClosesTheDeviceWhenItGoes)
     EXPECT_EQ(process_resources::now(), before);
 }
 
-TEST_F(ProcmonSink, IsSilentForGoodAfterAFailure)
+TEST_F(ProcmonSink, DropsEveryLineAfterAFailure)
 {
     ASSERT_TRUE(device.start());
     const auto logger = logger_with(std::make_shared<sink_type>());
@@ -200,7 +200,7 @@ TEST_F(ProcmonSink, IsSilentForGoodAfterAFailure)
     EXPECT_EQ(device.lines(), 2u);
 }
 
-TEST_F(ProcmonSink, SurvivesTheDeviceGoingAway)
+TEST_F(ProcmonSink, ToleratesTheRemovalOfTheDevice)
 {
     ASSERT_TRUE(device.start());
     const auto logger = logger_with(std::make_shared<sink_type>());
@@ -260,7 +260,7 @@ TEST_F(ProcmonSink, FormatsNothingThatItDoesNotSend)
     EXPECT_EQ(device.read(), L"");
 }
 
-TEST_F(ProcmonSink, DropsWhatFormatsToNothing)
+TEST_F(ProcmonSink, DropsEmptyFormattedLines)
 {
     ASSERT_TRUE(device.start());
     const auto sink = std::make_shared<sink_type>();
@@ -272,8 +272,8 @@ TEST_F(ProcmonSink, DropsWhatFormatsToNothing)
     EXPECT_EQ(device.handles(), 1u);
 }
 
-// Every choice of sinks, as a whole process sees it.
-TEST_F(ProcmonSink, EveryChoiceOfSinksGetsTheLineOnce)
+// Every combination of sinks in a separate process.
+TEST_F(ProcmonSink, EveryCombinationOfSinksGetsTheLineOnce)
 {
     ASSERT_TRUE(device.start());
     const test::log_folder_scope folder;
@@ -282,7 +282,7 @@ TEST_F(ProcmonSink, EveryChoiceOfSinksGetsTheLineOnce)
         SCOPED_TRACE(choice);
         const bool to_stdout = (choice & 1) != 0;
         const bool to_device = (choice & 2) != 0;
-        const bool to_file = (choice & 4) != 0 || choice == 0; // also when nothing is chosen
+        const bool to_file = (choice & 4) != 0 || choice == 0; // the default
         std::wstring text;
         for (const auto& [bit, word] : {std::pair(2, L"procmon"), {1, L"stdout"}, {4, L"file"}})
             text += (choice & bit) != 0 ? (text.empty() ? L"" : L",") + std::wstring(word) : L"";

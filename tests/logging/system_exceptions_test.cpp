@@ -1,4 +1,4 @@
-// System exceptions below a barrier: what the guarded call has is released, and each is reported once.
+// System exceptions inside a barrier: held is released, and each exception is reported once.
 #include "logging/exception_barriers.h"
 #include "tests/support/crashes.h"
 #include "tests/support/log_capture.h"
@@ -39,7 +39,7 @@ struct released
     void release() noexcept { ++count; }
 };
 
-TEST_F(SystemExceptions, ReleaseWhatIsHeldOnceHoweverTheCallEnds)
+TEST_F(SystemExceptions, ReleaseHeldOnceHoweverTheCallEnds)
 {
     const auto returning = [] { return S_OK; };
     released held;
@@ -53,7 +53,7 @@ TEST_F(SystemExceptions, ReleaseWhatIsHeldOnceHoweverTheCallEnds)
                 ElementsAre("error: name:7 unknown exception", "info: System exception in name"));
 }
 
-TEST_F(SystemExceptions, AFaultInACallIntoTheHostReleasesWhatTheCallerHas)
+TEST_F(SystemExceptions, AFaultInACallIntoTheHostUnwindsTheCaller)
 {
     const auto calling = [] {
         const counted local;
@@ -70,7 +70,7 @@ TEST_F(SystemExceptions, AFaultInACallIntoTheHostReleasesWhatTheCallerHas)
     EXPECT_EQ(CrashBorder([] { return barrier::call_host([] { return S_FALSE; }); }, E_FAIL), S_FALSE);
 }
 
-TEST_F(SystemExceptions, WhatTheHostThrowsIsNoSystemException)
+TEST_F(SystemExceptions, DoNotIncludeCppExceptionsOfTheHost)
 {
     const auto calling = [] {
         return barrier::call_host([]() -> HRESULT { throw std::runtime_error("x"); });
@@ -79,7 +79,7 @@ TEST_F(SystemExceptions, WhatTheHostThrowsIsNoSystemException)
     EXPECT_THAT(log.lines(), ElementsAre("error: name:7 runtime error: x"));
 }
 
-// An object whose Release faults once it has counted.
+// An object whose Release counts and then faults.
 struct faulting_object : IUnknown
 {
     int releases = 0;
@@ -93,7 +93,7 @@ struct faulting_object : IUnknown
     }
 };
 
-TEST_F(SystemExceptions, AFaultInAReleaseEndsTheCallAtTheNextOneIntoTheHost)
+TEST_F(SystemExceptions, AFaultInAReleaseIsThrownByTheNextCallIntoTheHost)
 {
     faulting_object object;
     bool has_gone_on = false;
@@ -126,7 +126,7 @@ TEST_F(SystemExceptions, AFaultInAReleaseOutsideAGuardedCallIsHandledAndLogged)
     EXPECT_THAT(log.lines(), ElementsAre("info: System exception in quill::CrashBorder"));
 }
 
-TEST_F(SystemExceptions, SeparateCallsGoOnAfterAFaultAndReportTheirOwn)
+TEST_F(SystemExceptions, SeparateCallsWorkAfterAFaultAndReportTheirOwn)
 {
     faulting_object object;
     const auto ending = [&] {
@@ -147,7 +147,7 @@ TEST_F(SystemExceptions, SeparateCallsGoOnAfterAFaultAndReportTheirOwn)
     EXPECT_THAT(log.lines(), ElementsAre("info: System exception in quill::CrashBorder"));
 }
 
-// A handler of the host's, or of the browser's. Whether it handled a system exception.
+// A handler in the host or in the browser. Returns whether it handled a system exception.
 [[gnu::noinline]] bool faults(void (*call)(void*), void* context)
 {
     __try {
@@ -158,7 +158,7 @@ TEST_F(SystemExceptions, SeparateCallsGoOnAfterAFaultAndReportTheirOwn)
     return false;
 }
 
-// Work of the module that its own fault cuts off.
+// Code of the module that faults.
 [[gnu::noinline]] void fault_in_separate_calls(void* object)
 {
     const barrier::separate_calls calls;
@@ -166,7 +166,7 @@ TEST_F(SystemExceptions, SeparateCallsGoOnAfterAFaultAndReportTheirOwn)
     test::read_nowhere();
 }
 
-TEST_F(SystemExceptions, AHandlerOfTheBrowsersThatCutsTheModuleOffChangesNothingAfterwards)
+TEST_F(SystemExceptions, AHandlerInTheBrowserThatSkipsTheModuleLeavesTheStateValid)
 {
     faulting_object object;
     ASSERT_TRUE(faults(&fault_in_separate_calls, &object));
@@ -178,9 +178,9 @@ TEST_F(SystemExceptions, AHandlerOfTheBrowsersThatCutsTheModuleOffChangesNothing
     EXPECT_EQ(CrashBorder([] { return S_FALSE; }, E_FAIL, "name", 7), S_FALSE);
 }
 
-// The host calls the module, which faults, handles that itself and returns: the guarded call goes on as
-// before.
-TEST_F(SystemExceptions, AHandlerOfTheHostsThatCutsANestedCallOffChangesNothingAfterwards)
+// The host calls the module, handles the module's fault itself and returns: the outer guarded call must
+// continue to work.
+TEST_F(SystemExceptions, AHandlerInTheHostThatSkipsANestedCallLeavesTheStateValid)
 {
     faulting_object object;
     faulting_object last;

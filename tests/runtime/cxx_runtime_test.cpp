@@ -1,4 +1,4 @@
-// The module's own part of the C++ runtime: exceptions and static objects, and no handles for either.
+// The replaced parts of the C++ runtime: exceptions and static objects, which must not open handles.
 #include "platform/unique_handle.h"
 #include "tests/support/process_resources.h"
 
@@ -45,7 +45,7 @@ TEST(CxxRuntime, KeepsTheExceptionsOfAThread)
     EXPECT_FALSE(std::current_exception());
 }
 
-// Everything that the runtime does for a thread: a throw, a static object's guard, a nested rethrow.
+// Uses a thread's runtime state: a throw, the guard of a static object, a nested rethrow.
 int throw_and_guard()
 {
     static const std::string text(100, 'x');
@@ -77,7 +77,7 @@ struct visiting_thread
     }
 };
 
-process_resources while_a_thread_lives(bool throws)
+process_resources while_a_thread_runs(bool throws)
 {
     visiting_thread visitor;
     visitor.throws = throws;
@@ -92,9 +92,9 @@ process_resources while_a_thread_lives(bool throws)
 
 TEST(CxxRuntime, OpensNoHandlesForAThreadThatThrows)
 {
-    while_a_thread_lives(true);
-    const auto without_throw = while_a_thread_lives(false);
-    EXPECT_EQ(while_a_thread_lives(true), without_throw);
+    while_a_thread_runs(true);
+    const auto without_throw = while_a_thread_runs(false);
+    EXPECT_EQ(while_a_thread_runs(true), without_throw);
 }
 
 std::atomic<int> initialisations = 0;
@@ -134,7 +134,7 @@ TEST(CxxRuntime, AStaticObjectIsInitialisedOnceWhileOthersWait)
     for (auto& thread : threads)
         thread.reset(CreateThread(nullptr, 0, ask, &state, 0, nullptr));
     EXPECT_EQ(WaitForSingleObject(state.begun.get(), deadline_ms), WAIT_OBJECT_0);
-    // The others wait meanwhile: none has a value yet.
+    // The other threads are waiting: none has a value yet.
     EXPECT_EQ(state.sum, 0);
     SetEvent(state.go_on.get());
     for (const auto& thread : threads)
@@ -143,7 +143,7 @@ TEST(CxxRuntime, AStaticObjectIsInitialisedOnceWhileOthersWait)
     EXPECT_EQ(initialisations, 1);
 }
 
-TEST(CxxRuntime, AnInitialiserThatThrewRunsAgain)
+TEST(CxxRuntime, AnInitialiserThatThrewIsRepeated)
 {
     int attempts = 0;
     const auto value = [&] {

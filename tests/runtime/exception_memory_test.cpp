@@ -1,4 +1,4 @@
-// The memory that the runtime's exceptions live in: its room and its limits.
+// The memory of exceptions: its layout and its limits.
 #include "runtime/exception_memory.h"
 #include "tests/support/child_process.h"
 
@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::byte untouched{0xA5};
 
-// From the first byte that the library writes for a thrown object to the object.
+// The distance from the first byte of the exception header to the object.
 std::size_t size_of_header()
 {
     alignas(std::max_align_t) static std::array<std::byte, 4096> memory;
@@ -30,7 +30,7 @@ std::size_t size_of_header()
     return static_cast<std::size_t>(object - first);
 }
 
-// The innermost exception that this thread has caught, where the library keeps it.
+// The innermost exception that this thread has caught, from the library's state.
 const std::byte* caught_exception()
 {
     return *reinterpret_cast<const std::byte* const*>(abi::__cxa_get_globals());
@@ -43,9 +43,9 @@ TEST(ExceptionMemory, HasRoomForTheHeaderOfAnObject)
     EXPECT_LE(size, runtime::exception_header_room);
 }
 
-// An exception that is thrown again begins with a pointer to the object, and ends where its part that is like
-// the object's own does.
-TEST(ExceptionMemory, HasRoomForAnExceptionThatIsThrownAgain)
+// The header of a rethrown exception begins with a pointer to the object and ends with the same part as the
+// header of the object.
+TEST(ExceptionMemory, HasRoomForARethrownException)
 {
     try {
         throw std::runtime_error("text");
@@ -62,7 +62,7 @@ TEST(ExceptionMemory, HasRoomForAnExceptionThatIsThrownAgain)
                 return *reinterpret_cast<const std::byte* const*>(place) == object;
             };
             const std::byte* begin = common;
-            constexpr std::ptrdiff_t most = 64; // in front of the common part
+            constexpr std::ptrdiff_t most = 64; // before the common part
             while (!points_to_object(begin) && common - begin < most)
                 begin -= sizeof(void*);
             ASSERT_TRUE(points_to_object(begin));
@@ -80,11 +80,11 @@ TEST(ExceptionMemory, IsAlignedForEveryObject)
     }
 }
 
-struct SizeThatDoesNotExist : testing::TestWithParam<int>
+struct ExceptionOfImpossibleSize : testing::TestWithParam<int>
 {
 };
 
-TEST_P(SizeThatDoesNotExist, EndsTheProcess)
+TEST_P(ExceptionOfImpossibleSize, EndsTheProcess)
 {
     const auto result =
         test::run_program(test::beside_this_program(L"runtime_program.exe"), std::to_wstring(GetParam()));
@@ -92,8 +92,8 @@ TEST_P(SizeThatDoesNotExist, EndsTheProcess)
     EXPECT_EQ(result.exit_code, 3u);
 }
 
-// Together with the header: one less than nothing, some bytes, exactly all, more than the machine has.
-INSTANTIATE_TEST_SUITE_P(ExceptionMemory, SizeThatDoesNotExist,
+// Sizes that overflow with the header, and sizes beyond the memory of any machine.
+INSTANTIATE_TEST_SUITE_P(ExceptionMemory, ExceptionOfImpossibleSize,
                          testing::Values(0, 100, static_cast<int>(runtime::exception_header_room) - 1,
                                          static_cast<int>(runtime::exception_header_room)));
 

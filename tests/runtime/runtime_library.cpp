@@ -56,7 +56,7 @@ bool use_runtime()
     }
 }
 
-// Read, and written later: a lock that lets two threads in loses counts.
+// Read and written in two steps: a lock that admits two threads loses counts.
 int add_one(volatile int& number)
 {
     const int before = number;

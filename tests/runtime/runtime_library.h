@@ -1,5 +1,4 @@
-// What runtime_library.dll does on behalf of its tests. It is linked as the module is: without the
-// toolchain's thread library.
+// Functions of runtime_library.dll, which is linked without the toolchain's thread library, like the module.
 #pragma once
 
 #include <windows.h>
@@ -14,23 +13,23 @@ enum class mutex_kind
 
 struct runtime_calls
 {
-    // Throws, throws again, asks a locale and a clock, under a mutex. Whether all of it worked.
+    // Throws, rethrows, uses a locale and a clock, under a mutex. Returns whether all of it worked.
     bool (*use_runtime)();
 
-    // Adds one to a number that the mutex protects. What it is then.
+    // Increments a number that the mutex protects and returns it.
     int (*count)(mutex_kind kind);
 
-    // The number of runs of a routine that throws in its first and is asked for three times.
+    // Calls a one-time routine three times, which throws in its first run. Returns the number of runs.
     int (*runs_until_done)();
-    // Runs a routine once; how many runs there were. To be called on many threads: none returns before the
-    // end of the run.
+    // Calls a one-time routine and returns the number of runs. For many threads: none returns before the end
+    // of the run.
     int (*run_once)();
 
     wchar_t (*upper_case_by_locale)(wchar_t character);
 
     long long (*nanoseconds_since_1970)();
     long long (*nanoseconds_of_steady_clock)();
-    // The error of asking for this clock; 0 for none.
+    // The error code of clock_gettime for this clock; 0 for success.
     int (*error_of_clock)(int clock);
 };
 

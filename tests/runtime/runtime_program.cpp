@@ -1,4 +1,4 @@
-// Asks for the memory of an exception that does not exist, in a process of its own since that ends it.
+// Allocates an exception of an impossible size, which ends the process.
 #include <cxxabi.h>
 
 #include <cstdint>
@@ -19,7 +19,7 @@ constexpr int exit_code_of_terminate = 3;
 
 } // namespace
 
-// The argument: how many bytes less than there are addresses.
+// The argument is subtracted from the size of the address space.
 int main(int argc, char** argv)
 {
     if (argc != 2)

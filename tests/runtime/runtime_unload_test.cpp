@@ -1,4 +1,4 @@
-// A library that has used the C++ runtime on several threads is unloaded while these live on.
+// Unloads a library that has used the C++ runtime on several threads while these keep running.
 #include "platform/library_function.h"
 #include "platform/unique_handle.h"
 #include "tests/runtime/runtime_library.h"
@@ -62,7 +62,7 @@ void visit_on_threads_and_unload()
         EXPECT_EQ(WaitForSingleObject(visitor.thread.get(), deadline_ms), WAIT_OBJECT_0);
 }
 
-TEST(RuntimeUnload, LeavesNoHandleAndNoStorageIndex)
+TEST(RuntimeUnload, LeaksNoHandleAndNoStorageIndex)
 {
     visit_on_threads_and_unload();
     const auto resources = process_resources::now();

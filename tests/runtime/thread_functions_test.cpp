@@ -1,4 +1,4 @@
-// What the C++ library asks of a thread library, in a library that has it over the system's own locks.
+// The thread functions that the C++ library needs, implemented with the system's locks.
 #include "platform/library_function.h"
 #include "platform/unique_handle.h"
 #include "tests/runtime/runtime_library.h"
@@ -56,14 +56,14 @@ TEST_F(ThreadFunctions, AMutexExcludesOtherThreads)
     }
 }
 
-TEST_F(ThreadFunctions, OnceRunsOnceAndTheOthersWait)
+TEST_F(ThreadFunctions, OnceRunsOnceWhileOtherThreadsWait)
 {
     std::atomic<int> sum = 0;
     run_on_threads([&] { sum += calls.run_once(); });
     EXPECT_EQ(sum, thread_count);
 }
 
-TEST_F(ThreadFunctions, OnceRunsAgainWhatThrew)
+TEST_F(ThreadFunctions, OnceRepeatsARoutineThatThrew)
 {
     EXPECT_EQ(calls.runs_until_done(), 2);
 }
@@ -84,9 +84,9 @@ long long system_nanoseconds_since_1970()
            100;
 }
 
-TEST_F(ThreadFunctions, TheClockOfTheDayIsTheSystems)
+TEST_F(ThreadFunctions, TheRealTimeClockIsTheSystems)
 {
-    constexpr long long tick = 20'000'000; // by which the system's coarse time may lag
+    constexpr long long tick = 20'000'000; // the resolution of the system's coarse time
     const long long before = system_nanoseconds_since_1970();
     const long long now = calls.nanoseconds_since_1970();
     const long long after = system_nanoseconds_since_1970();
@@ -111,7 +111,7 @@ TEST_F(ThreadFunctions, TheSteadyClockIsThePerformanceCounter)
     EXPECT_LE(now, after + rounding);
 }
 
-TEST_F(ThreadFunctions, KnowTwoClocks)
+TEST_F(ThreadFunctions, RejectOtherClocks)
 {
     EXPECT_EQ(calls.error_of_clock(CLOCK_REALTIME), 0);
     EXPECT_EQ(calls.error_of_clock(CLOCK_MONOTONIC), 0);
