@@ -1,4 +1,4 @@
-// What a tab with the helper object leaves behind: nothing.
+// Resources of the process before and after a tab with the helper object.
 #include "stand_ins/html_engine/identifiers.h"
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/process_resources.h"
@@ -9,7 +9,7 @@
 namespace quill::test {
 namespace {
 
-// The system's own threads may have gone meanwhile.
+// Threads of the system may have ended meanwhile.
 bool holds_no_more(const process_resources& after, const process_resources& before)
 {
     return after.kernel_handles <= before.kernel_handles && after.gdi_objects <= before.gdi_objects &&
@@ -21,7 +21,7 @@ class Counts : public LibrarySite
 protected:
     Counts() { serve_library("2013"); }
 
-    // A tab's life: a library, a click and a cancelled navigation, an ordinary page, the end.
+    // Opens a tab, a library, a click, a cancelled navigation and an ordinary page, and closes the tab.
     void live(std::size_t starts_so_far)
     {
         helper_tab tab;
@@ -32,14 +32,14 @@ protected:
         show_and_paint(tab, server.url(L"/parts.html"));
         show_and_paint(tab, server.url(library_page));
         if (starts_so_far % 4 == 0)
-            tab.release_helper(); // as a browser that never takes the site away
+            tab.release_helper(); // a browser that does not call SetSite(nullptr)
     }
 
 private:
-    // What the system makes for its first painting must not come by chance.
-    static void show_and_paint(helper_tab& tab, const std::wstring& address)
+    // Paints in each run, because the first painting allocates resources in the system.
+    static void show_and_paint(helper_tab& tab, const std::wstring& url)
     {
-        tab.show(address);
+        tab.show(url);
         EXPECT_TRUE(wait_until([&] { return tab.browser().find_window(page_window_class) != nullptr; }));
         pump_messages();
         RedrawWindow(tab.browser().window(), nullptr, nullptr,
@@ -47,23 +47,23 @@ private:
     }
 };
 
-// What leaks, leaks in every tab; what the system keeps for later it does not keep every time.
-TEST_F(Counts, AreWhatTheyWereWhenTheTabIsClosed)
+// A leak occurs in each tab; what the system caches it does not allocate each time.
+TEST_F(Counts, AreRestoredWhenTheTabIsClosed)
 {
-    constexpr DWORD settling_ms = 6'000; // the system's idle workers end after five seconds
+    constexpr DWORD settling_ms = 6'000; // idle worker threads of the system end after five seconds
     std::size_t starts = 0;
-    const auto live_twice = [&] {
+    const auto open_and_close_two_tabs = [&] {
         live(starts);
         live(starts + 2);
         starts += 4;
     };
-    live_twice(); // the system's engine sets itself up
+    open_and_close_two_tabs(); // includes the set-up of the system's engine
     process_resources before;
     process_resources after;
     bool settled = false;
     for (int attempt = 0; attempt < 4 && !settled; ++attempt) {
         before = process_resources::now();
-        live_twice();
+        open_and_close_two_tabs();
         EXPECT_TRUE(pages.all_gone());
         EXPECT_TRUE(module.can_unload());
         settled = wait_until(

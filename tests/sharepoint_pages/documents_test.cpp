@@ -1,4 +1,4 @@
-// PDFs of ordinary pages, which open in the browser whether the helper object is there or not.
+// PDFs of ordinary pages open in the browser with and without the helper object.
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/viewer/viewer_class.h"
 #include "tests/support/wait.h"
@@ -38,7 +38,7 @@ TEST_F(Documents, OpenInTheBrowserFromAnOrdinaryPage)
         EXPECT_THAT(script.texts(viewer_open).back(), EndsWith("\\care.pdf)"));
         EXPECT_FALSE(tab.after.entries().back().cancelled);
         const auto requests = requests_so_far();
-        // The browser asks, and then the document does.
+        // One request of the browser and one of the document.
         EXPECT_THAT(requests, ElementsAre("GET /documents.html", "GET /care.pdf", "GET /care.pdf"));
     }
     EXPECT_THAT(editor.starts(0), IsEmpty());

@@ -19,7 +19,7 @@ double seconds_now()
     return static_cast<double>(now.QuadPart) / static_cast<double>(frequency.QuadPart);
 }
 
-bool tells_an_address(DISPID id)
+bool has_url(DISPID id)
 {
     return id == DISPID_BEFORENAVIGATE2 || id == DISPID_NAVIGATECOMPLETE2 || id == DISPID_DOCUMENTCOMPLETE ||
            id == DISPID_NAVIGATEERROR;
@@ -27,13 +27,13 @@ bool tells_an_address(DISPID id)
 
 } // namespace
 
-event_diary::~event_diary()
+event_log::~event_log()
 {
     unadvise();
-    EXPECT_EQ(references_, 0u) << "somebody still holds the diary";
+    EXPECT_EQ(references_, 0u) << "the log is still referenced";
 }
 
-void event_diary::advise(IUnknown* browser)
+void event_log::advise(IUnknown* browser)
 {
     const CComQIPtr<IConnectionPointContainer> container(browser);
     ASSERT_TRUE(container);
@@ -41,30 +41,29 @@ void event_diary::advise(IUnknown* browser)
     EXPECT_EQ(point_->Advise(this, &cookie_), S_OK);
 }
 
-void event_diary::unadvise()
+void event_log::unadvise()
 {
     if (point_)
         EXPECT_EQ(point_->Unadvise(cookie_), S_OK);
     point_.Release();
 }
 
-std::vector<std::string> event_diary::lines() const
+std::vector<std::string> event_log::lines() const
 {
     std::vector<std::string> lines;
     for (const entry& one : entries_)
-        lines.push_back(std::to_string(one.id) + " " + to_utf8(one.address) +
+        lines.push_back(std::to_string(one.id) + " " + to_utf8(one.url) +
                         (one.cancelled ? " cancelled" : ""));
     return lines;
 }
 
-std::size_t event_diary::count(DISPID id, const std::wstring& address) const
+std::size_t event_log::count(DISPID id, const std::wstring& url) const
 {
-    return static_cast<std::size_t>(std::count_if(entries_.begin(), entries_.end(), [&](const entry& one) {
-        return one.id == id && one.address == address;
-    }));
+    return static_cast<std::size_t>(std::count_if(
+        entries_.begin(), entries_.end(), [&](const entry& one) { return one.id == id && one.url == url; }));
 }
 
-STDMETHODIMP event_diary::QueryInterface(REFIID iid, void** out)
+STDMETHODIMP event_log::QueryInterface(REFIID iid, void** out)
 {
     *out = nullptr;
     if (iid != IID_IUnknown && iid != IID_IDispatch && iid != DIID_DWebBrowserEvents2)
@@ -74,20 +73,20 @@ STDMETHODIMP event_diary::QueryInterface(REFIID iid, void** out)
     return S_OK;
 }
 
-STDMETHODIMP event_diary::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT*,
-                                 EXCEPINFO*, UINT*)
+STDMETHODIMP event_log::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT*,
+                               EXCEPINFO*, UINT*)
 {
     EXPECT_EQ(flags, DISPATCH_METHOD);
-    if (!tells_an_address(id) && id != DISPID_ONQUIT)
+    if (!has_url(id) && id != DISPID_ONQUIT)
         return S_OK;
     entry made;
     made.id = id;
     made.at = seconds_now();
-    if (tells_an_address(id) && parameters->cArgs >= 2) {
-        // The address is the second argument of each of them, counted from the end.
-        const VARIANT& address = parameters->rgvarg[parameters->cArgs - 2];
-        if (address.vt == (VT_BYREF | VT_VARIANT) && address.pvarVal->vt == VT_BSTR)
-            made.address = address.pvarVal->bstrVal;
+    if (has_url(id) && parameters->cArgs >= 2) {
+        // The URL is the second argument of each of them; arguments are in reverse order.
+        const VARIANT& url = parameters->rgvarg[parameters->cArgs - 2];
+        if (url.vt == (VT_BYREF | VT_VARIANT) && url.pvarVal->vt == VT_BSTR)
+            made.url = url.pvarVal->bstrVal;
     }
     if (id == DISPID_BEFORENAVIGATE2) {
         const VARIANT& cancel = parameters->rgvarg[0];

@@ -1,4 +1,4 @@
-// Writes down what a browser object tells about navigations, and when.
+// Records a browser's navigation events with their times.
 #pragma once
 
 #include <windows.h>
@@ -12,29 +12,29 @@
 
 namespace quill::test {
 
-class event_diary : public IDispatch
+class event_log : public IDispatch
 {
 public:
-    event_diary() = default;
-    event_diary(const event_diary&) = delete;
-    event_diary& operator=(const event_diary&) = delete;
-    virtual ~event_diary(); // fails the test when somebody still holds it
+    event_log() = default;
+    event_log(const event_log&) = delete;
+    event_log& operator=(const event_log&) = delete;
+    virtual ~event_log(); // fails the test if it is still referenced
 
-    // Both fail the test when the browser refuses.
+    // Both fail the test if the browser fails.
     void advise(IUnknown* browser);
     void unadvise();
 
     struct entry
     {
         DISPID id = 0;
-        std::wstring address; // empty for events without one
+        std::wstring url; // empty for events without one
         bool cancelled = false;
         double at = 0; // seconds of the performance counter
     };
     const std::vector<entry>& entries() const { return entries_; }
-    // Each as "259 http://127.0.0.1:1/x", with " cancelled" at the end of a navigation that is.
+    // The entries as "259 http://127.0.0.1:1/x", with " cancelled" after a cancelled navigation.
     std::vector<std::string> lines() const;
-    std::size_t count(DISPID id, const std::wstring& address) const;
+    std::size_t count(DISPID id, const std::wstring& url) const;
     void clear() { entries_.clear(); }
 
     STDMETHODIMP QueryInterface(REFIID iid, void** out) override;

@@ -1,5 +1,4 @@
-// Frames: their browsers' events are heard at the tab, and each navigation is judged by the page of the frame
-// that it is in.
+// Frames: the tab fires the events of their browsers, and each navigation is judged by its frame's page.
 #include "tests/browser/html_page_access.h"
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/wait.h"
@@ -27,7 +26,7 @@ protected:
         serve_short_page("/sites/workshop/Service%20manuals/Typed.pdf");
     }
 
-    // A frame in a tab: a browser of its own whose events the tab passes on.
+    // A frame in a tab: a browser whose events the tab fires.
     class frame
     {
     public:
@@ -35,13 +34,13 @@ protected:
         {
             EXPECT_EQ(tab.tab().add_frame(browser_.control().browser()), S_OK);
         }
-        void show(const std::wstring& address) { page_ = open_page(browser_, address); }
-        void go_to(const std::wstring& address) { browser_.open(address); }
-        bool is_showing(const std::wstring& address)
+        void show(const std::wstring& url) { page_ = open_page(browser_, url); }
+        void go_to(const std::wstring& url) { browser_.open(url); }
+        bool is_showing(const std::wstring& expected)
         {
             const auto shown = complete_page(browser_);
             CComBSTR url;
-            return shown && shown->get_URL(&url) == S_OK && url == address.c_str();
+            return shown && shown->get_URL(&url) == S_OK && url == expected.c_str();
         }
         CComPtr<IHTMLElement> element(const wchar_t* id) { return element_by_id(page_, id); }
 
@@ -50,7 +49,7 @@ protected:
         CComPtr<IHTMLDocument2> page_;
     };
 
-    // Everything that was asked for in the end.
+    // All requests.
     std::vector<std::string> requests_at_the_end_of(frame& inside)
     {
         inside.show(server.url(L"/last.html"));
@@ -71,8 +70,8 @@ TEST_F(Frames, APdfOfALibraryInAFrameStartsTheEditor)
                 ElementsAre("GET /frames.html", asked_for_library, asked_for_last));
 }
 
-// A frame's page is not the tab's: nothing hears the clicks in it, and it stays as it is.
-TEST_F(Frames, AFramesPageIsNeitherHeardNorChanged)
+// A frame's page is not the tab's page: no sink is advised on it, and it is not rewritten.
+TEST_F(Frames, AFramesPageIsNeitherAdvisedNorChanged)
 {
     helper_tab tab;
     tab.show(server.url(L"/frames.html"));
@@ -80,14 +79,14 @@ TEST_F(Frames, AFramesPageIsNeitherHeardNorChanged)
     inside.show(server.url(library_page));
     EXPECT_EQ(tab.after.count(DISPID_DOCUMENTCOMPLETE, server.url(library_page)), 1u);
     EXPECT_NE(outer_html_of(inside.element(L"care")).find(L"PdfFile.OpenDocuments"), std::wstring::npos);
-    // Where the click leads is cancelled, not the click.
+    // The navigation is cancelled, not the click.
     EXPECT_EQ(inside.element(L"bracket")->click(), S_OK);
     const std::wstring bracket = file(L"Pivot%20bracket%202291-B.pdf");
     EXPECT_THAT(editor.starts(1), ElementsAre(editor.editor_start(bracket)));
     EXPECT_EQ(tab.after.count(DISPID_BEFORENAVIGATE2, bracket), 1u);
 }
 
-TEST_F(Frames, APdfOfAnOrdinaryPageInAFrameOfALibraryIsLetThrough)
+TEST_F(Frames, APdfOfAnOrdinaryPageInAFrameOfALibraryIsNotCancelled)
 {
     helper_tab tab;
     tab.show(server.url(library_page));
@@ -102,7 +101,7 @@ TEST_F(Frames, APdfOfAnOrdinaryPageInAFrameOfALibraryIsLetThrough)
     EXPECT_THAT(editor.starts(0), IsEmpty());
 }
 
-// The handbook's two frames and what is clicked in them.
+// Clicks in both frames of samples/handbook.
 TEST_F(Frames, AreTheSameWithAndWithoutTheHelperObject)
 {
     std::vector<std::vector<std::string>> events;

@@ -45,23 +45,23 @@ helper_tab::helper_tab(with_helper helper)
     after.advise(object());
 }
 
-void helper_tab::show(const std::wstring& address, const std::wstring& arrives_at)
+void helper_tab::show(const std::wstring& url, const std::wstring& arrives_at)
 {
     const std::size_t completed = after.count(DISPID_DOCUMENTCOMPLETE, arrives_at);
-    go_to(address);
+    go_to(url);
     EXPECT_TRUE(wait_until([&] {
         return page() && after.count(DISPID_DOCUMENTCOMPLETE, arrives_at) > completed;
-    })) << to_utf8(address)
+    })) << to_utf8(url)
         << "; events: " << testing::PrintToString(after.lines());
 }
 
-void helper_tab::post_to(const std::wstring& address, std::string_view form)
+void helper_tab::post_to(const std::wstring& url, std::string_view form)
 {
     CComVariant data;
     data.vt = VT_ARRAY | VT_UI1;
     data.parray = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(form.size()));
     std::copy(form.begin(), form.end(), static_cast<char*>(data.parray->pvData));
-    CComVariant target(address.c_str());
+    CComVariant target(url.c_str());
     CComVariant headers(L"Content-Type: application/x-www-form-urlencoded\r\n");
     CComVariant none;
     EXPECT_EQ(tab_->Navigate2(&target, &none, &none, &data, &headers), S_OK);
@@ -72,11 +72,11 @@ CComPtr<IHTMLDocument2> helper_tab::page()
     return complete_page(browser_);
 }
 
-bool helper_tab::is_showing(const std::wstring& address)
+bool helper_tab::is_showing(const std::wstring& expected)
 {
     const auto shown = page();
     CComBSTR url;
-    return shown && shown->get_URL(&url) == S_OK && url == address.c_str();
+    return shown && shown->get_URL(&url) == S_OK && url == expected.c_str();
 }
 
 CComPtr<IHTMLElement> helper_tab::element(const wchar_t* id)

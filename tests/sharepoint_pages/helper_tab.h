@@ -1,4 +1,4 @@
-// A tab of the system's browser engine with the helper object in it, as a browser puts it there.
+// Fixture: a tab of the system's browser engine with the helper object, as the browser sets it up.
 #pragma once
 
 #include "stand_ins/browser/tab_browser.h"
@@ -28,37 +28,37 @@ public:
     helper_tab(const helper_tab&) = delete;
     helper_tab& operator=(const helper_tab&) = delete;
 
-    // Goes to a page and waits until all of the tab's sinks have heard that it is complete. A server may send
-    // the browser on to another address.
-    void show(const std::wstring& address) { show(address, address); }
-    void show(const std::wstring& address, const std::wstring& arrives_at);
-    // Goes to an address without waiting.
-    void go_to(const std::wstring& address) { browser_.open(address); }
-    // Sends a form there without waiting.
-    void post_to(const std::wstring& address, std::string_view form);
-    // The page that is shown; null when there is none or it is not complete.
+    // Navigates and waits until all of the tab's sinks have got DocumentComplete. arrives_at differs from url
+    // after a redirection.
+    void show(const std::wstring& url) { show(url, url); }
+    void show(const std::wstring& url, const std::wstring& arrives_at);
+    // Navigates without waiting.
+    void go_to(const std::wstring& url) { browser_.open(url); }
+    // Posts a form without waiting.
+    void post_to(const std::wstring& url, std::string_view form);
+    // The current page if it is complete; otherwise null.
     CComPtr<IHTMLDocument2> page();
-    bool is_showing(const std::wstring& address);
-    // One of its elements; null, and a failure of the test, when the page has none of that identifier.
+    bool is_showing(const std::wstring& url);
+    // Fails the test and returns null if the page has no element with that identifier.
     CComPtr<IHTMLElement> element(const wchar_t* id);
     void click(const wchar_t* id);
-    // All of the page as markup.
+    // The markup of the whole page.
     std::wstring markup();
 
-    // Tells the tab's end, takes the helper object's site, and takes the tab down.
+    // Fires OnQuit, calls SetSite(nullptr), and closes the tab.
     void close();
 
     IWebBrowser2* object() { return tab_; }
     IObjectWithSite* helper() { return helper_; }
-    // References to the tab's object besides this one's.
+    // References to the tab object except this one's.
     ULONG references_to_tab();
     engine& browser() { return browser_; }
     tab_browser& tab() { return *tab_; }
     void release_helper() { helper_.Release(); }
 
-    // Hear every event right before and right after the helper object.
-    event_diary before;
-    event_diary after;
+    // Get each event directly before and directly after the helper object.
+    event_log before;
+    event_log after;
 
 private:
     engine browser_;
@@ -66,10 +66,10 @@ private:
     CComPtr<IObjectWithSite> helper_;
 };
 
-// The longest that the browser waited in the helper object for one event so far, in seconds.
+// The longest time in seconds that one event has spent in the helper object.
 double longest_delay(const helper_tab& tab);
 
-// A helper object by its class; null, and a failure of the test, when it cannot be had.
+// Fails the test and returns null if the helper object cannot be created.
 CComPtr<IObjectWithSite> create_helper();
 
 } // namespace quill::test

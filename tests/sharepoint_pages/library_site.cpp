@@ -28,7 +28,7 @@ LibrarySite::LibrarySite()
 
 LibrarySite::~LibrarySite()
 {
-    // What the browser engine frees late is gone with its last message.
+    // The browser engine frees some objects by posted messages.
     EXPECT_TRUE(pages.all_gone());
     EXPECT_TRUE(module.can_unload());
 }

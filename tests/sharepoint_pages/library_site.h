@@ -1,5 +1,5 @@
-// A web server with the sample pages where a SharePoint server has them, and all that a test of them needs
-// around it: the editor's stand-in, the module and the HTML engine's stand-in, registered.
+// Fixture: a web server with the sample pages at the URLs of a SharePoint server, the editor's stand-in, and
+// the registered module and HTML engine.
 #pragma once
 
 #include "tests/browser/registered_module.h"
@@ -24,19 +24,19 @@ protected:
     LibrarySite();
     ~LibrarySite() override;
 
-    // Serves a page of samples/sharepoint as the library's.
+    // Serves a version of samples/sharepoint as the library's page.
     void serve_library(const std::string& version);
-    // The address of a file in the library.
+    // The URL of a file in the library.
     std::wstring file(const std::wstring& name) const { return server.url(library_folder + name); }
-    // Serves a page where something else is expected: a page's end can be waited for.
+    // Serves a page in place of another type of file, because the end of its loading can be waited for.
     void serve_short_page(const std::string& path);
-    // Every request since the last question as "GET /x".
+    // The requests since the previous call, as "GET /x".
     std::vector<std::string> requests_so_far();
-    // The same, after going to a last page, so that whatever was on its way has been asked for.
+    // The same after one more page, so that pending requests are included.
     std::vector<std::string> requests_at_the_end(helper_tab& tab);
 
     ole_apartment apartment;
-    editor_bench editor;
+    editor_programs editor;
     registered_module module;
     registered_pages pages;
     http_server server;

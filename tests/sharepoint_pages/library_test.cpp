@@ -1,5 +1,5 @@
-// Document libraries as SharePoint's versions mark them up, in the system's browser engine: what a click
-// does, and what becomes of the page.
+// Clicks and rewriting on document libraries with the markup of several SharePoint versions, in the system's
+// browser engine.
 #include "stand_ins/html_engine/identifiers.h"
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/text.h"
@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-// On a server of one's own, which are acted on, and of the online service, which are not.
+// Versions on a company's own server, which are handled, and of the online service, which are not.
 constexpr const char* server_versions[] = {"2013", "2016", "2019"};
 constexpr const char* online_versions[] = {"online", "online-modern"};
 
@@ -28,7 +28,7 @@ class Library : public LibrarySite
 protected:
     std::wstring shown_page() const { return server.url(library_page); }
 
-    // The page's markup without the helper object in the tab.
+    // The page's markup without the helper object.
     std::wstring untouched_markup()
     {
         helper_tab plain(with_helper::no);
@@ -36,9 +36,9 @@ protected:
         return plain.markup();
     }
 
-    void expect_start(const std::wstring& address)
+    void expect_start(const std::wstring& url)
     {
-        expected_starts_.push_back(editor.editor_start(address));
+        expected_starts_.push_back(editor.editor_start(url));
         EXPECT_THAT(editor.starts(expected_starts_.size()), ElementsAreArray(expected_starts_));
     }
 
@@ -62,7 +62,7 @@ TEST_F(Library, AClickOnAPdfStartsTheEditorAndIsCancelled)
     }
 }
 
-// A link whose handler was taken out is followed by the page, and the navigation is cancelled.
+// A link without its handler is followed, and the navigation is cancelled.
 TEST_F(Library, ANavigationToAPdfStartsTheEditorAndIsCancelled)
 {
     for (const char* version : server_versions) {
@@ -81,8 +81,8 @@ TEST_F(Library, ANavigationToAPdfStartsTheEditorAndIsCancelled)
     }
 }
 
-// The browser shows the data of a form only through a second reference, which is not looked into.
-TEST_F(Library, AFormSentToAPdfIsTakenForANavigation)
+// The browser passes form data by a second reference, which is not dereferenced.
+TEST_F(Library, AFormPostedToAPdfIsTreatedAsANavigation)
 {
     serve_library("2013");
     helper_tab tab;
@@ -92,9 +92,9 @@ TEST_F(Library, AFormSentToAPdfIsTakenForANavigation)
     EXPECT_THAT(requests_at_the_end(tab), ElementsAre(asked_for_page, asked_for_last));
 }
 
-TEST_F(Library, OnlyTheHandlersOfPdfsAreTakenOutOfThePage)
+TEST_F(Library, OnlyTheHandlersOfPdfsAreRemovedFromThePage)
 {
-    // What is put back is parsed again, which takes the blank before the handler.
+    // The engine parses the written markup, which removes the space before the handler.
     const std::wregex handler(L" onclick=\"[^\"]*PdfFile\\.OpenDocuments[^\"]*\"");
     for (const char* version : server_versions) {
         SCOPED_TRACE(version);
@@ -108,7 +108,7 @@ TEST_F(Library, OnlyTheHandlersOfPdfsAreTakenOutOfThePage)
     }
 }
 
-TEST_F(Library, TheMouseClicksOnAPdf)
+TEST_F(Library, AMouseClickOnAPdfStartsTheEditor)
 {
     const std::string link = "<a class='ms-listlink ms-draggable' href='/x.pdf' "
                              "onclick=\"return DispEx(this,event,'TRUE')\">Document</a>";
@@ -118,15 +118,15 @@ TEST_F(Library, TheMouseClicksOnAPdf)
     tab.show(server.url(L"/list"));
     const auto window = [&] { return tab.browser().find_window(page_window_class); };
     ASSERT_TRUE(wait_until([&] { return window() != nullptr; }));
-    const LPARAM word = MAKELPARAM(24, 24); // the page's first
+    const LPARAM word = MAKELPARAM(24, 24); // the position of the page's first word
     PostMessageW(window(), WM_LBUTTONDOWN, MK_LBUTTON, word);
     PostMessageW(window(), WM_LBUTTONUP, 0, word);
     expect_start(server.url(L"/x.pdf"));
     EXPECT_THAT(requests_at_the_end(tab), ElementsAre("GET /list", asked_for_last));
 }
 
-// Putting hundreds of links right takes no longer than the page takes without that.
-TEST_F(Library, WithHundredsOfPdfsIsPutRightInTime)
+// Rewriting hundreds of links takes no longer than loading the page without it.
+TEST_F(Library, WithHundredsOfPdfsIsRewrittenInTime)
 {
     std::string page = sample(L"pages/parts.html");
     page = std::regex_replace(page, std::regex("partslist 3"), "Microsoft SharePoint");
@@ -135,7 +135,7 @@ TEST_F(Library, WithHundredsOfPdfsIsPutRightInTime)
     const std::wregex handler(L"onclick=\"[^\"]*PdfFile");
     double loading = 0;
     double longest = 1;
-    // The machine may halt at the wrong moment once, but not every time.
+    // The machine may be busy in one run, but not in each.
     for (int attempt = 0; attempt < 3 && longest >= loading; ++attempt) {
         helper_tab plain(with_helper::no);
         plain.show(server.url(L"/large"));
@@ -143,7 +143,7 @@ TEST_F(Library, WithHundredsOfPdfsIsPutRightInTime)
         helper_tab tab;
         tab.show(server.url(L"/large"));
         longest = longest_delay(tab);
-        const std::wstring markup = tab.markup(); // every third link is no PDF
+        const std::wstring markup = tab.markup(); // every third link is not a PDF
         EXPECT_EQ(std::distance(std::wsregex_iterator(markup.begin(), markup.end(), handler), {}), 133);
     }
     EXPECT_LT(longest, loading);
@@ -178,7 +178,7 @@ TEST_F(Library, OtherLinksAreFollowed)
     EXPECT_THAT(editor.starts(0), IsEmpty());
 }
 
-TEST_F(Library, OfTheOnlineServiceIsLeftAlone)
+TEST_F(Library, OfTheOnlineServiceIsIgnored)
 {
     const std::string bracket = "/sites/workshop/Service%20manuals/Pivot%20bracket%202291-B.pdf";
     serve_short_page(bracket);

@@ -1,4 +1,4 @@
-// Pages that are no libraries: the helper object is there and nobody can tell.
+// Ordinary pages are the same with and without the helper object.
 #include "stand_ins/html_engine/identifiers.h"
 #include "tests/browser/html_page_access.h"
 #include "tests/browser/page_sink.h"
@@ -21,7 +21,7 @@ constexpr const wchar_t* ordinary_pages[] = {L"/documents.html", L"/parts.html",
                                              L"/frames.html",    L"/contents.html",  L"/order.html",
                                              L"/broken.html",    L"/downloads.html", L"/missing"};
 
-// All that can be seen of one visit.
+// The observable results of one visit.
 struct visit
 {
     std::vector<std::string> events;   // of the browser
@@ -32,9 +32,9 @@ struct visit
     double total = 0;                  // from the first event to the last
 };
 
-// Wine's engine gives a URL that it fails to bind to the scheme's application, if the scheme has a "URL
-// Protocol". A server that refuses the connection fails early or late: early on a machine under load. While
-// this lives the engine finds no application; other callers that open a URL still do.
+// Wine's engine passes a URL that it fails to bind to the scheme's application if the scheme has a "URL
+// Protocol", and a refused connection fails early on a busy machine. During its lifetime the engine finds no
+// application, while other programs still do.
 class engine_without_applications
 {
 public:
@@ -70,10 +70,11 @@ protected:
                      http_response::ok(std::string(50'000, 'z'), "application/octet-stream"));
         serve_short_page("/parts/3.html");
         for (const char* path : {"/parts/1.pdf", "/bracket.pdf", "/care.pdf"})
-            serve_short_page(path); // what comes back is not the question, and a page's end can be waited for
+            serve_short_page(
+                path); // its content is not tested; the end of a page's loading can be waited for
     }
 
-    // Clicks on an element and waits for the page that it leads to.
+    // Clicks an element and waits for the page of its link.
     void click(helper_tab& tab, visit& taken, const wchar_t* id, const wchar_t* target)
     {
         page_sink sink;
@@ -97,10 +98,10 @@ protected:
         }
         tab.show(server.url(L"/moved"), server.url(L"/documents.html"));
         taken.pages.push_back(tab.markup());
-        // Nobody answers the one, and nothing can show what comes by the other.
-        for (const std::wstring& address : {refused_, server.url(L"/drawings.zip")}) {
-            tab.go_to(address);
-            EXPECT_TRUE(wait_until([&] { return tab.after.count(DISPID_NAVIGATEERROR, address) == 1; }));
+        // The first server does not respond, and the second content has no viewer.
+        for (const std::wstring& url : {refused_, server.url(L"/drawings.zip")}) {
+            tab.go_to(url);
+            EXPECT_TRUE(wait_until([&] { return tab.after.count(DISPID_NAVIGATEERROR, url) == 1; }));
         }
         tab.show(server.url(L"/parts.html"));
         click(tab, taken, L"part1", L"/parts/1.pdf");
@@ -146,10 +147,10 @@ TEST_F(OrdinaryPages, AreTheSameWithAndWithoutTheHelperObject)
     EXPECT_THAT(without.clicks, ElementsAre("click part1", "click part3", "click bracket", "click care"));
     EXPECT_THAT(editor.starts(0), IsEmpty());
     open_with_default_handler();
-    EXPECT_EQ(editor.starts(1).size(), 1u); // it would have been seen
+    EXPECT_EQ(editor.starts(1).size(), 1u); // a start is recorded
 
-    // No event takes longer in the helper object than a fraction of what a page takes without it. The machine
-    // may halt at the wrong moment once, but not every time.
+    // No event spends more than a fraction of a page's loading time in the helper object. The machine may be
+    // busy in one run, but not in each.
     const auto pages_shown =
         std::count_if(without.events.begin(), without.events.end(), [](const auto& line) {
             return line.starts_with(std::to_string(DISPID_DOCUMENTCOMPLETE));

@@ -1,4 +1,4 @@
-// quill_browser.exe with helper objects, as the demo runs it.
+// quill_browser.exe with helper objects, as in the demo.
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/child_process.h"
 
@@ -54,7 +54,7 @@ TEST_F(Program, FollowsAClickWithoutHelperObjects)
     EXPECT_THAT(editor.starts(0), IsEmpty());
 }
 
-TEST_F(Program, FailsWhenThereIsNothingToClickOn)
+TEST_F(Program, FailsWhenTheElementToClickDoesNotExist)
 {
     const child_result result = run(L"--click nowhere");
     EXPECT_EQ(result.exit_code, 1u);

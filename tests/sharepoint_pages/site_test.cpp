@@ -1,4 +1,4 @@
-// The helper object's site: given, given again, changed, taken away, or never taken away.
+// The helper object's site: set, set again, replaced, set to null, or never set to null.
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/support/wait.h"
 
@@ -23,13 +23,13 @@ protected:
         serve_short_page("/sites/workshop/Service%20manuals/Typed.pdf");
     }
 
-    // The navigation that the helper object cancels, when there is one to do so.
+    // A navigation that a helper object with a site cancels.
     void show_library_and_go_to_pdf(helper_tab& tab)
     {
         tab.show(server.url(library_page));
         tab.go_to(file(L"Typed.pdf"));
     }
-    // Whether the tab came to where it was sent, with nobody to cancel that.
+    // Whether the navigation arrived, so that no helper object cancelled it.
     bool is_let_through(helper_tab& tab)
     {
         show_library_and_go_to_pdf(tab);
@@ -37,7 +37,7 @@ protected:
     }
 };
 
-TEST_F(Site, TakenAwayEndsTheSubscription)
+TEST_F(Site, SetToNullEndsTheSubscription)
 {
     helper_tab tab(with_helper::no);
     const ULONG references = tab.references_to_tab();
@@ -54,7 +54,7 @@ TEST_F(Site, TakenAwayEndsTheSubscription)
     EXPECT_THAT(editor.starts(0), IsEmpty());
 }
 
-TEST_F(Site, GivenTwiceIsOneSubscription)
+TEST_F(Site, SetTwiceIsOneSubscription)
 {
     helper_tab tab;
     const ULONG references = tab.references_to_tab();
@@ -67,7 +67,7 @@ TEST_F(Site, GivenTwiceIsOneSubscription)
     EXPECT_THAT(requests_at_the_end(tab), ElementsAre(asked_for_page, asked_for_last));
 }
 
-TEST_F(Site, ChangedIsServedInsteadOfTheFirst)
+TEST_F(Site, ReplacedByAnotherMovesTheSubscription)
 {
     helper_tab first;
     helper_tab second(with_helper::no);
@@ -82,11 +82,11 @@ TEST_F(Site, ChangedIsServedInsteadOfTheFirst)
     first.release_helper();
 }
 
-TEST_F(Site, ThatIsNoBrowserIsKeptAndNothingElse)
+TEST_F(Site, ThatIsNoBrowserIsKept)
 {
     helper_tab tab(with_helper::no);
     const auto helper = create_helper();
-    event_diary no_browser;
+    event_log no_browser;
     EXPECT_EQ(helper->SetSite(&no_browser), S_OK);
     CComPtr<IDispatch> site;
     EXPECT_EQ(helper->GetSite(IID_PPV_ARGS(&site)), S_OK);
@@ -97,7 +97,7 @@ TEST_F(Site, ThatIsNoBrowserIsKeptAndNothingElse)
     EXPECT_EQ(helper->GetSite(IID_PPV_ARGS(&site)), E_FAIL);
 }
 
-TEST_F(Site, NeverTakenAwayLeavesNothing)
+TEST_F(Site, NeverSetToNullLeaksNothing)
 {
     helper_tab tab(with_helper::no);
     const ULONG references = tab.references_to_tab();
@@ -111,8 +111,8 @@ TEST_F(Site, NeverTakenAwayLeavesNothing)
     EXPECT_TRUE(is_let_through(tab));
 }
 
-// A browser may let go of its helper objects only after its tab is gone.
-TEST_F(Site, TakenAwayAfterTheTabsEnd)
+// A browser may release its helper objects after it has closed the tab.
+TEST_F(Site, SetToNullAfterOnQuitLeaksNothing)
 {
     const auto helper = create_helper();
     helper_tab tab(with_helper::no);
@@ -125,7 +125,7 @@ TEST_F(Site, TakenAwayAfterTheTabsEnd)
     EXPECT_EQ(tab.references_to_tab(), 0u);
 }
 
-TEST_F(Site, ForwardsNothingAfterTheTabHasQuit)
+TEST_F(Site, ForwardsNothingAfterOnQuit)
 {
     helper_tab tab;
     tab.tab().quit();
