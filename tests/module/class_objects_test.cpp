@@ -11,12 +11,12 @@
 namespace quill::test {
 namespace {
 
-// Any object will do as an outer one: nothing may be called on it.
+// An outer object for aggregation; none of its methods may be called.
 struct strict_outer : IUnknown
 {
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void**) override
     {
-        ADD_FAILURE() << "the outer object was asked for an interface";
+        ADD_FAILURE() << "QueryInterface of the outer object was called";
         return E_NOINTERFACE;
     }
     ULONG STDMETHODCALLTYPE AddRef() override
@@ -48,18 +48,18 @@ IClassFactory* factory_of(const loaded_module& module, REFCLSID clsid)
     return static_cast<IClassFactory*>(factory);
 }
 
-TEST(ClassObjects, NullOutPointer)
+TEST(ClassObjects, RejectANullOutPointer)
 {
     const loaded_module module;
     EXPECT_EQ(module.DllGetClassObject(active_doc_class, IID_IClassFactory, nullptr), E_POINTER);
     EXPECT_EQ(module.DllGetClassObject(CLSID_NULL, IID_IClassFactory, nullptr), E_POINTER);
 }
 
-TEST(ClassObjects, UnknownClass)
+TEST(ClassObjects, RejectAnUnknownClass)
 {
     const loaded_module module;
     CLSID almost = active_doc_class;
-    almost.Data4[7] ^= 1; // all sixteen bytes count
+    almost.Data4[7] ^= 1; // all sixteen bytes are compared
     for (const CLSID& clsid : {CLSID_NULL, almost, document_interface, library_id}) {
         void* out = not_null;
         EXPECT_EQ(module.DllGetClassObject(clsid, IID_IClassFactory, &out), CLASS_E_CLASSNOTAVAILABLE);
@@ -84,20 +84,20 @@ TEST_P(EachClass, FactoryHasItsTwoInterfacesOnly)
     EXPECT_EQ(out, nullptr);
 }
 
-TEST_P(EachClass, FactoryIsMadeOnce)
+TEST_P(EachClass, FactoryIsCreatedOnce)
 {
     IClassFactory* const first = factory_of(module, GetParam());
     IClassFactory* const second = factory_of(module, GetParam());
     EXPECT_EQ(first, second);
     first->Release();
     second->Release();
-    // Nobody holds it now, but the module does.
+    // The module still holds the factory.
     IClassFactory* const third = factory_of(module, GetParam());
     EXPECT_EQ(first, third);
     third->Release();
 }
 
-TEST_P(EachClass, FactoryIsMadeOnceForManyThreads)
+TEST_P(EachClass, FactoryIsCreatedOnceForManyThreads)
 {
     std::array<IClassFactory*, 8> factories{};
     std::array<std::thread, 8> threads;
@@ -167,7 +167,7 @@ TEST_P(EachClass, CreationChecksItsOutPointer)
     EXPECT_EQ(module.DllCanUnloadNow(), S_OK);
 }
 
-TEST_P(EachClass, CreationOfAMissingInterfaceLeavesNothingBehind)
+TEST_P(EachClass, CreationOfAMissingInterfaceLeaksNothing)
 {
     IClassFactory* const factory = factory_of(module, GetParam());
     void* out = not_null;
@@ -195,7 +195,7 @@ TEST_P(EachClass, AggregationIsRefused)
 INSTANTIATE_TEST_SUITE_P(Classes, EachClass, testing::Values(active_doc_class, helper_class),
                          [](const auto& info) { return info.index == 0 ? "Document" : "Helper"; });
 
-TEST(ClassObjects, ClassesHaveFactoriesOfTheirOwn)
+TEST(ClassObjects, AreSeparateForEachClass)
 {
     const loaded_module module;
     IClassFactory* const document = factory_of(module, active_doc_class);
@@ -205,7 +205,7 @@ TEST(ClassObjects, ClassesHaveFactoriesOfTheirOwn)
     helper->Release();
 }
 
-TEST(ClassObjects, EachFactoryCreatesItsOwnClass)
+TEST(ClassObjects, CreateTheirOwnClass)
 {
     const com_apartment apartment;
     const loaded_module module;
@@ -222,7 +222,7 @@ TEST(ClassObjects, EachFactoryCreatesItsOwnClass)
     helper->Release();
 }
 
-TEST(ClassObjects, DocumentAnswersDispatchWithoutBeingRegistered)
+TEST(ClassObjects, TheDocumentHasDispatchWithoutRegistration)
 {
     const com_apartment apartment;
     const loaded_module module;
@@ -248,7 +248,7 @@ TEST(ClassObjects, DocumentAnswersDispatchWithoutBeingRegistered)
     EXPECT_EQ(dispatch->Release(), 0u);
 }
 
-TEST(ClassObjects, HelperKeepsItsSite)
+TEST(ClassObjects, TheHelperObjectKeepsItsSite)
 {
     const com_apartment apartment;
     const loaded_module module;
@@ -261,7 +261,7 @@ TEST(ClassObjects, HelperKeepsItsSite)
     EXPECT_EQ(helper->GetSite(IID_IUnknown, &out), E_FAIL);
     EXPECT_EQ(out, nullptr);
 
-    // A site that is no browser is kept as well.
+    // A site that is no browser is kept too.
     EXPECT_EQ(helper->SetSite(factory), S_OK);
     EXPECT_EQ(helper->GetSite(IID_IClassFactory, &out), S_OK);
     EXPECT_EQ(out, factory);

@@ -1,6 +1,6 @@
-// A host program for the end of the module: loads the module that lies beside it, has it load the suite's
-// libraries, and unloads it ("unload") or ends with it ("exit"). Prints how many of the libraries were
-// loaded, and each call of FreeLibrary that the module makes from then on.
+// A host program that loads the module in its folder, makes it load the suite's libraries, and unloads it
+// ("unload") or exits without unloading it ("exit"). Prints the number of loaded libraries and each later
+// call of FreeLibrary.
 #include "sharepoint/identifiers.h"
 #include "tests/support/faults/import_table.h"
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-// Works to the process's very end.
+// Works until the end of the process.
 void print(std::string_view line)
 {
     DWORD written = 0;
@@ -29,7 +29,7 @@ BOOL WINAPI print_and_free_library(HMODULE library)
     return FreeLibrary(library);
 }
 
-// Through the barriers, hence with the libraries.
+// Uses a barrier, which loads the libraries.
 bool use_helper_object(HMODULE module)
 {
     using get_class_object = HRESULT(WINAPI*)(REFCLSID, REFIID, void**);

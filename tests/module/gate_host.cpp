@@ -1,5 +1,5 @@
-// A host program for the load gate's tests, started under various names: loads the library named by its
-// argument. The exit code is 0 when that worked, the system's error otherwise.
+// A host program for the load gate's tests, started under various names. Loads the library that its argument
+// names and exits with 0 or the system's error code.
 #include <windows.h>
 
 int wmain(int count, wchar_t** arguments)

@@ -1,4 +1,4 @@
-// What the DLL's file is made of: exports, imports, protections, resources, type library.
+// The DLL's file: exports, imports, protections, resources, type library.
 #include "tests/module/loaded_module.h"
 #include "tests/support/scopes.h"
 
@@ -6,6 +6,8 @@
 #include <oleauto.h>
 #include <winver.h>
 
+#include <fstream>
+#include <iterator>
 #include <set>
 #include <string>
 #include <vector>
@@ -68,19 +70,36 @@ std::set<std::string> Image::imported_functions() const
     return names;
 }
 
-// A handler of the module's would see every exception of the browser before the browser's own do.
-TEST_F(Image, HasNoHandlerForTheProcessesExceptions)
+// A vectored handler of the module would get every exception before the browser's handlers.
+TEST_F(Image, InstallsNoExceptionHandlerForTheProcess)
 {
     const auto functions = imported_functions();
-    EXPECT_TRUE(functions.contains("RaiseException")) << "the imports are not read";
+    EXPECT_TRUE(functions.contains("RaiseException")) << "the imports cannot be read";
     for (const char* function :
          {"AddVectoredExceptionHandler", "RemoveVectoredExceptionHandler", "RtlAddVectoredExceptionHandler",
           "AddVectoredContinueHandler", "SetUnhandledExceptionFilter"})
         EXPECT_FALSE(functions.contains(function)) << function;
 }
 
-// An index that the module took would stay in the process when it is unloaded.
-TEST_F(Image, TakesNoStorageIndexes)
+// Without their names the module cannot look the functions up with GetProcAddress either.
+TEST_F(Image, ContainsNoNameOfAFunctionForHandlersOrStorageIndexes)
+{
+    const std::wstring path = loaded_module::path();
+    std::ifstream file(std::string(path.begin(), path.end()), std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+    ASSERT_NE(bytes.find("RaiseException"), std::string::npos) << "the file cannot be read";
+    for (const std::string name : {"AddVectoredExceptionHandler", "AddVectoredContinueHandler",
+                                   "SetUnhandledExceptionFilter", "TlsAlloc", "FlsAlloc"}) {
+        std::string utf16;
+        for (const char c : name)
+            utf16 += {c, '\0'};
+        EXPECT_EQ(bytes.find(name), std::string::npos) << name;
+        EXPECT_EQ(bytes.find(utf16), std::string::npos) << name;
+    }
+}
+
+// An index that the module allocated would leak when it is unloaded.
+TEST_F(Image, AllocatesNoStorageIndexes)
 {
     const auto functions = imported_functions();
     EXPECT_FALSE(functions.contains("TlsAlloc"));
@@ -94,7 +113,7 @@ TEST_F(Image, ProtectionsAreOn)
     EXPECT_EQ(header().DllCharacteristics & wanted, wanted);
 }
 
-TEST_F(Image, DebugInformationLiesBeside)
+TEST_F(Image, DebugInformationIsInASeparateFile)
 {
     const std::wstring path = loaded_module::folder() + L"QuillPDF.IE.pdb";
     EXPECT_NE(GetFileAttributesW(path.c_str()), INVALID_FILE_ATTRIBUTES);
@@ -116,7 +135,7 @@ std::string Image::version_text(const wchar_t* name) const
     return std::string(text, text + wcslen(text));
 }
 
-TEST_F(Image, VersionIsNamed)
+TEST_F(Image, VersionResourceNamesTheProduct)
 {
     EXPECT_EQ(version_text(L"FileVersion"), "14.0.0.0");
     EXPECT_EQ(version_text(L"ProductVersion"), "14.0.0.0");
@@ -147,11 +166,11 @@ TEST_F(Image, CarriesScriptsAndText)
     wchar_t text[64] = {};
     EXPECT_GT(LoadStringW(module.handle(), 101, text, ARRAYSIZE(text)), 0);
     EXPECT_STREQ(text, L"Downloading... %d%%");
-    // There is no menu to merge.
+    // The DLL has no menu resource.
     EXPECT_EQ(FindResourceW(module.handle(), MAKEINTRESOURCEW(206), MAKEINTRESOURCEW(4)), nullptr);
 }
 
-// One element of the type library: its name, help string and kind, in one text.
+// Describes elements of the type library by kind, name and help string.
 struct TypeLibrary : Image
 {
     TypeLibrary() { EXPECT_EQ(LoadTypeLibEx(loaded_module::path().c_str(), REGKIND_NONE, &library), S_OK); }

@@ -1,4 +1,4 @@
-// A browser loads and unloads the DLL as it likes: nothing may be left in its process.
+// The browser may load and unload the DLL at any time, which must not leak resources of its process.
 #include "tests/module/loaded_module.h"
 #include "tests/support/private_registry.h"
 #include "tests/support/process_resources.h"
@@ -44,14 +44,14 @@ process_resources difference(const process_resources& after, const process_resou
     return result;
 }
 
-// What the process holds more after five runs. The system opens or closes a handle of its own now and then:
-// what each run leaves is seen in the middle one of three counts, what happened once is not.
+// The growth of the process's resources in five runs. The system occasionally opens or closes a handle, so
+// the median of three counts is used.
 template <class Scenario>
 process_resources left_by(const Scenario& scenario)
 {
     keep_system_libraries_loaded();
     EXPECT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
-    scenario(); // what the system makes once for the process
+    scenario(); // includes what the system allocates once for each process
     std::array<process_resources, 3> counts;
     for (auto& count : counts) {
         const auto before = process_resources::now();
@@ -66,7 +66,7 @@ process_resources left_by(const Scenario& scenario)
     return counts[1];
 }
 
-TEST(Leftovers, NoneOfClassObjectsAndObjects)
+TEST(Leftovers, AreNoneAfterUsingClassesAndObjects)
 {
     const auto left = left_by([] {
         const loaded_module module;
@@ -75,7 +75,7 @@ TEST(Leftovers, NoneOfClassObjectsAndObjects)
     EXPECT_EQ(left, process_resources{});
 }
 
-TEST(Leftovers, NoneOfRegistration)
+TEST(Leftovers, AreNoneAfterRegistration)
 {
     const auto left = left_by([] {
         const private_registry registry;
@@ -83,7 +83,7 @@ TEST(Leftovers, NoneOfRegistration)
         EXPECT_EQ(module.DllInstall(TRUE, nullptr), S_OK);
         EXPECT_EQ(module.DllInstall(FALSE, nullptr), S_OK);
     });
-    // Wine's functions for type libraries keep registry keys open each time that they are called.
+    // Wine's functions for type libraries leak registry keys in each call.
     const auto left_by_system = left_by([] {
         const private_registry registry;
         const loaded_module module;
@@ -97,7 +97,7 @@ TEST(Leftovers, NoneOfRegistration)
     EXPECT_EQ(left, left_by_system);
 }
 
-TEST(Leftovers, NoneOfFailedRegistration)
+TEST(Leftovers, AreNoneAfterFailedRegistration)
 {
     const auto left = left_by([] {
         const private_registry registry;

@@ -1,5 +1,5 @@
-// Which object files the DLL is made of, by the linker's map of it: the parts of the C++ runtime that are
-// replaced are there once, and those that they replace are not.
+// The object files in the DLL, by the linker's map: each replacement of the C++ runtime once, and no replaced
+// object file.
 #include "tests/module/loaded_module.h"
 
 #include <gmock/gmock.h>
@@ -17,8 +17,8 @@ using testing::ElementsAre;
 using testing::Not;
 using names = std::set<std::string>;
 
-// The map is a table. A line names a section of the image, a part of an object file in it, or a symbol in
-// that part; what it names begins in a column of its own.
+// Parses the map. A line names a section of the image, a part of an object file, or a symbol in that part,
+// each in its own column.
 class link_map
 {
 public:
@@ -45,7 +45,7 @@ public:
     std::size_t symbols() const { return objects_of_symbols_.size(); }
 
 private:
-    // A part is given as "folder/file.o:(.section)".
+    // A part is written as "folder/file.o:(.section)".
     static std::string object_of(const std::string& part)
     {
         const std::string path = part.substr(0, part.find(":("));
@@ -68,7 +68,7 @@ TEST_F(LinkMap, IsReadable)
     EXPECT_THAT(map.objects(), Contains("dllcrt2.o"));
 }
 
-TEST_F(LinkMap, ShowsEachReplacedFunctionOnceAndFromHere)
+TEST_F(LinkMap, ShowsEachReplacementOnce)
 {
     const std::map<std::string, std::string> replaced = {
         {"__cxa_get_globals", "exception_state.cpp.obj"},
@@ -82,10 +82,12 @@ TEST_F(LinkMap, ShowsEachReplacedFunctionOnceAndFromHere)
         {"__cxa_free_dependent_exception", "exception_memory.cpp.obj"},
         {"__stack_chk_guard", "stack_guard.cpp.obj"},
         {"__stack_chk_fail", "stack_guard.cpp.obj"},
+        {"__chk_fail", "stack_guard.cpp.obj"},
         {"pthread_mutex_init", "thread_functions.cpp.obj"},
         {"pthread_mutex_destroy", "thread_functions.cpp.obj"},
         {"pthread_mutex_lock", "thread_functions.cpp.obj"},
         {"pthread_mutex_unlock", "thread_functions.cpp.obj"},
+        {"pthread_cond_destroy", "thread_functions.cpp.obj"},
         {"pthread_once", "thread_functions.cpp.obj"},
         {"clock_gettime", "clock.cpp.obj"},
         {"std::thread::join()", "thread_members.cpp.obj"},
@@ -96,22 +98,22 @@ TEST_F(LinkMap, ShowsEachReplacedFunctionOnceAndFromHere)
         EXPECT_THAT(map.objects_with(function), ElementsAre(object)) << function;
 }
 
-// It sets up handlers, indexes and handles of its own when the DLL is loaded.
+// The thread library installs a handler, an index and handles when the DLL is loaded.
 TEST_F(LinkMap, ShowsNoThreadLibrary)
 {
     for (const std::string& object : map.objects())
         EXPECT_EQ(object.find("pthread"), std::string::npos) << object;
     for (const char* object : {"thread.o", "condition_variable.o", "emutls.o"})
         EXPECT_THAT(map.objects(), Not(Contains(object)));
-    // Destructors that run at the end of a thread, which may come after the end of the module.
+    // Destructors at a thread's end, which may run after the module was unloaded.
     EXPECT_THAT(map.objects(), Not(Contains("atexit_thread.o")));
 }
 
-// By file, since another version of the library may name things otherwise.
-TEST_F(LinkMap, ShowsNothingThatIsReplaced)
+// By file name, because symbols differ between versions of the library.
+TEST_F(LinkMap, ShowsNoReplacedObjectFile)
 {
     for (const char* object : {
-             "eh_alloc.o", // with the reserve for exceptions
+             "eh_alloc.o", // contains the reserve for exceptions
              "eh_globals.o",
              "guard.o",
              "guard_error.o",

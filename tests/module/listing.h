@@ -1,4 +1,4 @@
-// The golden listings: what the registry is to hold, as text files linked into the test program.
+// The expected contents of the registry, as text files in the resources of the test program.
 #pragma once
 
 #include <string>
@@ -13,10 +13,10 @@ enum class listing_id
     user_removed
 };
 
-// As registry_listing() gives it, with the module's path and folder filled in.
+// In the format of registry_listing(), with the module's path and folder inserted.
 std::string listing(listing_id id);
 
-// A text as it stands in a listing.
+// Text in the format of a listing.
 std::string listing_text(const std::wstring& text);
 
 } // namespace quill::test

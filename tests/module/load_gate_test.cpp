@@ -1,4 +1,4 @@
-// The load gate: the decision as a table, and host programs really named as the shell.
+// The load gate: the decision as a table, and host programs with the name of the shell.
 #include "module/load_gate.h"
 #include "tests/module/loaded_module.h"
 #include "tests/support/child_process.h"
@@ -30,7 +30,7 @@ TEST(LoadGate, RefusesTheShellAnywhereInThePathInAnyCase)
     EXPECT_TRUE(refuses(L"C:\\Windows\\explorer.exe.mui"));
 }
 
-TEST(LoadGate, LetsOtherHostsIn)
+TEST(LoadGate, AcceptsOtherHosts)
 {
     EXPECT_FALSE(refuses(L""));
     EXPECT_FALSE(refuses(L"C:\\Program Files\\Internet Explorer\\iexplore.exe"));
@@ -40,12 +40,12 @@ TEST(LoadGate, LetsOtherHostsIn)
     EXPECT_FALSE(refuses(L"C:\\Windows\\regsvr32.exe"));
 }
 
-TEST(LoadGate, LooksAtWhatFitsTheBuffer)
+TEST(LoadGate, ExaminesAsMuchAsFitsTheBuffer)
 {
     constexpr std::size_t name_length = 12;
     const std::wstring just_fits = std::wstring(MAX_PATH - 1 - name_length, L'a') + L"explorer.exe";
     EXPECT_TRUE(refuses(just_fits));
-    // The last character gives way to the terminator.
+    // The terminator replaces the last character.
     EXPECT_FALSE(refuses(L"a" + just_fits));
 }
 

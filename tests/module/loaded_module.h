@@ -1,4 +1,4 @@
-// The DLL under test, loaded for the length of a scope and called through its exports only.
+// Loads the DLL under test during its lifetime and calls it through its exports.
 #pragma once
 
 #include <windows.h>
@@ -18,22 +18,22 @@ inline constexpr GUID library_id = {
 inline constexpr IID document_interface = {
     0xA4E19C37, 0x5D82, 0x4B0F, {0x96, 0xE3, 0x7C, 0x21, 0xD8, 0xF0, 0x5B, 0x6A}};
 
-// Loads the system libraries that the DLL needs, for good. They write to the registry when they are loaded,
-// which is not to happen in a test's own registry.
+// Loads the system libraries that the DLL needs and keeps them. They write to the registry when they are
+// loaded, which must not happen in a test's temporary registry.
 void keep_system_libraries_loaded();
 
 class loaded_module
 {
 public:
     loaded_module();
-    // Fails the test when something still keeps the DLL from unloading, or when it stays loaded.
+    // Fails the test if an object keeps the DLL loaded, or if it stays loaded.
     ~loaded_module();
     loaded_module(const loaded_module&) = delete;
     loaded_module& operator=(const loaded_module&) = delete;
 
     HMODULE handle() const { return handle_; }
     static std::wstring path();
-    static std::wstring folder(); // with its backslash
+    static std::wstring folder(); // with a trailing backslash
 
     HRESULT DllCanUnloadNow() const { return can_unload_now_(); }
     HRESULT DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) const

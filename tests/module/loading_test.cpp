@@ -1,4 +1,4 @@
-// What happens while the DLL is being loaded, when no other library may be.
+// The DLL must not load other libraries while it is being loaded.
 #include "tests/module/loaded_module.h"
 #include "tests/support/library_notice.h"
 
@@ -19,8 +19,8 @@ void CALLBACK take_name(ULONG reason, const library_notice* notice, void* names)
             notice->base_name->Buffer, notice->base_name->Length / sizeof(wchar_t));
 }
 
-// Also those are seen that are gone again when the DLL is loaded.
-TEST(Loading, BringsNoOtherLibrary)
+// Includes libraries that are freed again before LoadLibrary returns.
+TEST(Loading, LoadsNoOtherLibrary)
 {
     keep_system_libraries_loaded();
     const auto listen = system_function<register_function>("LdrRegisterDllNotification");

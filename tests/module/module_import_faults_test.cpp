@@ -1,6 +1,6 @@
-// From the loading of the DLL to its unloading, with the first log line into every sink and the suite's
-// libraries between: every call of the system fails once, in every way, and every request for memory. What
-// the log or the libraries lose concerns nobody else.
+// Fault injection: between loading and unloading of the DLL, including the set-up of every log sink and of
+// the suite's libraries, each system call fails once in each way, and so does each allocation. A failure in
+// the log or in the libraries must not affect anything else.
 #include "tests/module/loaded_module.h"
 #include "tests/support/child_process.h"
 #include "tests/support/faults/fault_loop.h"
@@ -27,7 +27,7 @@ code_address address_of(Function* function)
     return reinterpret_cast<code_address>(function);
 }
 
-// A device for the log that takes everything.
+// A log device that accepts every call.
 HANDLE WINAPI create_file_or_device(const wchar_t* path, DWORD access, DWORD sharing,
                                     SECURITY_ATTRIBUTES* security, DWORD creation, DWORD flags,
                                     HANDLE pattern)
@@ -42,7 +42,7 @@ BOOL WINAPI take_line(HANDLE, DWORD, void*, DWORD, void*, DWORD, DWORD* returned
     return TRUE;
 }
 
-// The calls of these are made before the module's own code runs.
+// Called before the module's own code runs.
 bool may_keep_from_loading(const fault_place& place)
 {
     return place.group == memory_group;
@@ -60,9 +60,9 @@ protected:
 
     std::vector<fault_place> places_of_a_life()
     {
-        for (int run = 1; run <= 2; ++run) { // the first does what the process does once
+        for (int run = 1; run <= 2; ++run) { // the first run includes what happens once for each process
             faults_.count();
-            EXPECT_TRUE(live());
+            EXPECT_TRUE(load_use_and_unload());
             faults_.stop();
         }
         EXPECT_GT(import_faults::calls("DeviceIoControl"), 0);
@@ -73,18 +73,19 @@ protected:
     bool live_with(const fault_place& place)
     {
         faults_.fail(place);
-        const bool is_alive = live();
+        const bool has_worked = load_use_and_unload();
         const bool has_failed = faults_.has_failed();
         faults_.stop();
-        EXPECT_TRUE(is_alive || may_keep_from_loading(place)) << "the log is no reason to fail";
-        EXPECT_TRUE(live()) << "the next load fails";
+        EXPECT_TRUE(has_worked || may_keep_from_loading(place))
+            << "a failure of the log must not affect the module";
+        EXPECT_TRUE(load_use_and_unload()) << "the next load fails";
         EXPECT_TRUE(has_logged()) << "the next load does not log";
         return has_failed;
     }
 
 private:
-    // Loaded, used and unloaded; false when it did not load or an object was not made.
-    bool live()
+    // Loads, uses and unloads the module; false if it did not load or an object was not created.
+    bool load_use_and_unload()
     {
         logged_before_ = logs_.lines().size();
         const silent_output quiet;
@@ -103,7 +104,7 @@ private:
         auto* const get = function<HRESULT WINAPI(REFCLSID, REFIID, void**)>(module, "DllGetClassObject");
         const auto helper = create<IObjectWithSite>(get, helper_class);
         if (helper)
-            EXPECT_EQ(helper->SetSite(nullptr), S_OK); // through the barriers, hence with the libraries
+            EXPECT_EQ(helper->SetSite(nullptr), S_OK); // uses a barrier, which loads the libraries
         return helper && create<IUnknown>(get, active_doc_class);
     }
 
@@ -134,7 +135,7 @@ private:
     std::size_t logged_before_ = 0;
 };
 
-TEST_P(ModuleImportFaults, ConcernNobodyButWhatFailed)
+TEST_P(ModuleImportFaults, AffectOnlyWhatFailed)
 {
     const auto places = places_of_a_life();
     ASSERT_GT(places.size(), 50u);
@@ -150,8 +151,8 @@ INSTANTIATE_TEST_SUITE_P(Module, ModuleImportFaults, testing::Values(fault_kind:
                              return kind.param == fault_kind::calls ? "Calls" : "Memory";
                          });
 
-// Whoever calls a further function of the system has to say how it can fail, or why it cannot.
-TEST(ModuleImports, AreEachMadeToFailOrLeftAloneForAReason)
+// Each imported function must be listed with its failures, or with the reason why it is excluded.
+TEST(ModuleImports, AreEachInjectedOrExcludedWithAReason)
 {
     const loaded_module module;
     const std::vector<std::string> imported = imported_names(module.handle());
@@ -166,10 +167,10 @@ TEST(ModuleImports, AreEachMadeToFailOrLeftAloneForAReason)
     };
     for (const fallible_function& each : fallible)
         EXPECT_TRUE(is_imported(each.name) || depends_on_toolchain(each.name))
-            << each.name << " is listed for nothing";
+            << each.name << " is listed but not imported";
     const auto left_alone = names_left_alone();
     for (const std::string& name : left_alone)
-        EXPECT_TRUE(is_imported(name) || depends_on_toolchain(name)) << name << " is listed for nothing";
+        EXPECT_TRUE(is_imported(name) || depends_on_toolchain(name)) << name << " is listed but not imported";
     std::printf("%zu imports, %zu fail, %zu are left alone\n", imported.size(), fallible.size(),
                 left_alone.size());
 }

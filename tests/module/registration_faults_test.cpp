@@ -1,5 +1,5 @@
-// Every key of the registration is one below which nothing can be made, in turn: what fails half-way is taken
-// back, what was there before stays, and where the key is no obstacle everything is there.
+// Fault injection: no subkey can be created in one key of the registration after the other. A failed
+// registration is rolled back, existing values stay, and a registration that succeeds is complete.
 #include "tests/module/listing.h"
 #include "tests/module/loaded_module.h"
 #include "tests/support/fault_points.h"
@@ -24,8 +24,8 @@ std::vector<std::string> lines_of(const std::string& text)
     return lines;
 }
 
-// The keys of a listing that make_unusable can make, without those of the type library: what comes of a
-// failure in them is up to the system's functions that write them.
+// The keys of a listing that make_unusable supports, without those of the type library, which the system
+// writes.
 std::vector<std::string> keys_of(const std::string& listing)
 {
     std::vector<std::string> keys = lines_of(listing);
@@ -36,7 +36,7 @@ std::vector<std::string> keys_of(const std::string& listing)
     return keys;
 }
 
-// The names of all keys are ASCII.
+// All names of keys are ASCII.
 void make_listed_key_unusable(const std::string& key)
 {
     const auto root_end = key.find('\\');
@@ -47,7 +47,7 @@ void make_listed_key_unusable(const std::string& key)
 struct way
 {
     const char* name;
-    const wchar_t* command_line; // of DllInstall
+    const wchar_t* command_line; // for DllInstall
     listing_id installed;
     listing_id removed;
 };
@@ -61,7 +61,7 @@ class RegistrationFaults : public testing::TestWithParam<way>
 protected:
     static void SetUpTestSuite() { keep_system_libraries_loaded(); }
 
-    // Installs with that key in the way; whether that failed.
+    // Installs while the key is unusable; returns whether that failed.
     static bool install_with(const std::string& unusable)
     {
         const private_registry registry;
@@ -80,13 +80,13 @@ protected:
             return false;
         }
         for (const std::string& line : lines_of(left))
-            EXPECT_EQ(may_be_left.count(line), 1u) << line << " is left";
-        EXPECT_NE(left.find(unusable + "\n"), std::string::npos) << "what was there before is gone";
+            EXPECT_EQ(may_be_left.count(line), 1u) << line << " was not rolled back";
+        EXPECT_NE(left.find(unusable + "\n"), std::string::npos) << "the existing key was deleted";
         return true;
     }
 };
 
-TEST_P(RegistrationFaults, AreTakenBackByInstall)
+TEST_P(RegistrationFaults, AreRolledBackByInstall)
 {
     std::size_t points = 0;
     for (const std::string& key : keys_of(listing(GetParam().installed))) {

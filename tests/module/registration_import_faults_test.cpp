@@ -1,5 +1,5 @@
-// Every call that registration makes of the system fails once, in every way, and every request for memory:
-// what fails is taken back, and what succeeds is there whole.
+// Fault injection: each system call of the registration fails once in each way, and so does each allocation.
+// A failure is rolled back, and a registration that succeeds is complete.
 #include "tests/module/listing.h"
 #include "tests/module/loaded_module.h"
 #include "tests/support/faults/fault_loop.h"
@@ -15,7 +15,7 @@ namespace {
 
 struct way
 {
-    const wchar_t* command_line; // of DllInstall
+    const wchar_t* command_line; // for DllInstall
     listing_id installed;
     listing_id removed;
 };
@@ -39,7 +39,7 @@ protected:
 
     static const way& how() { return std::get<bool>(GetParam()) ? per_user : per_machine; }
 
-    // Whether something failed on the way.
+    // Returns whether a call failed.
     bool install(const fault_place* place)
     {
         const private_registry registry;
@@ -59,7 +59,7 @@ protected:
             auto may_be_left = lines_of(before);
             may_be_left.merge(lines_of(listing(how().removed)));
             for (const std::string& line : lines_of(left))
-                EXPECT_EQ(may_be_left.count(line), 1u) << line << " is left";
+                EXPECT_EQ(may_be_left.count(line), 1u) << line << " was not rolled back";
         } else {
             EXPECT_EQ(module.DllInstall(TRUE, how().command_line), S_OK);
             EXPECT_EQ(registry_listing(), listing(how().installed))
@@ -70,7 +70,7 @@ protected:
         return place && faults_.failures() == place->failures();
     }
 
-    // The same for removal, after which a second one removes what a failure has left.
+    // The same for removal; a second removal completes a failed one.
     bool remove(const fault_place* place)
     {
         const private_registry registry;
@@ -83,14 +83,14 @@ protected:
         const HRESULT result = module.DllInstall(FALSE, how().command_line);
         faults_.stop();
         if (SUCCEEDED(result))
-            EXPECT_EQ(registry_listing(), listing(how().removed)) << "success, and something is left";
+            EXPECT_EQ(registry_listing(), listing(how().removed)) << "the removal succeeded incompletely";
         else
-            module.DllInstall(FALSE, how().command_line); // fails where the type library has gone already
+            module.DllInstall(FALSE, how().command_line); // fails if the type library was removed already
         EXPECT_EQ(registry_listing(), listing(how().removed));
         return faults_.has_failed();
     }
 
-    // Of the last run. Only a key that was made before is opened, and found.
+    // Of the last run, in which only existing keys are opened.
     std::vector<fault_place> places() const
     {
         auto all = faults_.places();
@@ -103,19 +103,19 @@ protected:
     import_faults faults_;
 };
 
-TEST_P(RegistrationImportFaults, AreTakenBackOrOvercome)
+TEST_P(RegistrationImportFaults, AreRolledBackOrTolerated)
 {
     EXPECT_FALSE(install(nullptr));
     ASSERT_GT(places().size(), 50u);
     const auto kind = std::get<fault_kind>(GetParam());
     constexpr int usual_step = 25;
-    // Without a count of handles: the system's own functions for type libraries keep a key each time.
+    // Without a balance of handles: the system's functions for type libraries leak a key in each call.
     fail_each_uncounted(
         kind == fault_kind::calls ? "the system's part in registration" : "memory for registration", kind,
         places(), usual_step, [this](const fault_place& place) { return install(&place); });
 }
 
-// The second failure meets the rollback.
+// The second failure is in the rollback.
 TEST_P(RegistrationImportFaults, AreReportedWhenTheRollbackFailsToo)
 {
     EXPECT_FALSE(install(nullptr));
@@ -126,7 +126,7 @@ TEST_P(RegistrationImportFaults, AreReportedWhenTheRollbackFailsToo)
                          usual_pairs, [this](const fault_place& pair) { return install(&pair); });
 }
 
-TEST_P(RegistrationImportFaults, AreReportedByRemovalOrOvercome)
+TEST_P(RegistrationImportFaults, AreReportedByRemovalOrTolerated)
 {
     EXPECT_FALSE(remove(nullptr));
     ASSERT_GT(places().size(), 50u);

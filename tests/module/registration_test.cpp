@@ -1,4 +1,4 @@
-// Registration through the exports, key by key. Each test has a registry of its own.
+// Registration through the exports, in a temporary registry for each test.
 #include "tests/module/listing.h"
 #include "tests/module/loaded_module.h"
 #include "tests/support/private_registry.h"
@@ -41,7 +41,7 @@ TEST_F(Registration, PerMachineWritesTheListedKeysAndNoOthers)
     EXPECT_EQ(registry_listing(), listing(listing_id::machine));
 }
 
-TEST_F(Registration, PerMachineLeavesTheListedKeysBehind)
+TEST_F(Registration, PerMachineRemovalLeavesTheListedKeys)
 {
     const loaded_module module;
     ASSERT_EQ(module.DllRegisterServer(), S_OK);
@@ -56,7 +56,7 @@ TEST_F(Registration, PerUserPutsOnlyTheHelperObjectsClassElsewhere)
     EXPECT_EQ(registry_listing(), listing(listing_id::user));
 }
 
-TEST_F(Registration, PerUserLeavesTheListedKeysBehind)
+TEST_F(Registration, PerUserRemovalLeavesTheListedKeys)
 {
     const loaded_module module;
     ASSERT_EQ(module.DllInstall(TRUE, L"user"), S_OK);
@@ -64,7 +64,7 @@ TEST_F(Registration, PerUserLeavesTheListedKeysBehind)
     EXPECT_EQ(registry_listing(), listing(listing_id::user_removed));
 }
 
-// The switch lasts as long as the module stays loaded: another load of it must be told again.
+// The command line applies until the module is unloaded; after another load it must be passed again.
 TEST_F(Registration, PerUserRegistrationIsRemovedByALaterProcessToo)
 {
     {
@@ -76,7 +76,7 @@ TEST_F(Registration, PerUserRegistrationIsRemovedByALaterProcessToo)
     EXPECT_EQ(registry_listing(), listing(listing_id::user_removed));
 }
 
-TEST_F(Registration, RegisteringTwiceIsRegisteringOnce)
+TEST_F(Registration, IsTheSameAfterRegisteringTwice)
 {
     const loaded_module module;
     ASSERT_EQ(module.DllRegisterServer(), S_OK);
@@ -84,7 +84,7 @@ TEST_F(Registration, RegisteringTwiceIsRegisteringOnce)
     EXPECT_EQ(registry_listing(), listing(listing_id::machine));
 }
 
-TEST_F(Registration, ForcedKeysLoseWhatOthersPutIntoThem)
+TEST_F(Registration, ForcedKeysLoseValuesOfOthers)
 {
     write_text(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\QuillPDF.IE.ActiveDoc\\shell\\open", L"x",
                L"of another");
@@ -110,9 +110,9 @@ TEST_F(Registration, ValuesOfOthersInContentTypeKeysStay)
                     "    Encoding = s of another\n"));
 }
 
-TEST_F(Registration, PathWithAnApostropheIsWrittenAsItIs)
+TEST_F(Registration, PathWithAnApostropheIsWrittenUnchanged)
 {
-    // The path reaches the scripts as text between apostrophes.
+    // The scripts contain the path between apostrophes.
     const std::wstring folder = loaded_module::folder() + L"it's a folder";
     const std::wstring copy = folder + L"\\QuillPDF.IE.dll";
     CreateDirectoryW(folder.c_str(), nullptr);
@@ -129,7 +129,7 @@ TEST_F(Registration, PathWithAnApostropheIsWrittenAsItIs)
     EXPECT_TRUE(RemoveDirectoryW(folder.c_str()));
 }
 
-TEST_F(Registration, LocaleOfTheThreadIsPutBack)
+TEST_F(Registration, LocaleOfTheThreadIsRestored)
 {
     const LCID before = GetThreadLocale();
     SetThreadLocale(MAKELCID(MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN), SORT_DEFAULT));
@@ -207,7 +207,7 @@ TEST_F(Registration, FailureOfAUserRegistrationIsRolledBackByInstall)
     EXPECT_FALSE(has(left, "{8D41F0B2"));
 }
 
-TEST_F(Registration, FailureOfTheLastScriptStaysAsItIsWithoutInstall)
+TEST_F(Registration, FailureOfTheLastScriptIsNotRolledBackByRegisterServer)
 {
     make_unusable(HKEY_LOCAL_MACHINE, helper_objects_key);
     const loaded_module module;
@@ -217,12 +217,12 @@ TEST_F(Registration, FailureOfTheLastScriptStaysAsItIsWithoutInstall)
     EXPECT_TRUE(has(left, "Implemented Categories\\{59FB2056-D625-48D0-A944-1A85B5AB2640}\n"));
     EXPECT_TRUE(
         has(left, "HKLM\\SOFTWARE\\Classes\\CLSID\\{8D41F0B2-6C7A-4E93-B5D8-2A0F19C6E4D7}\\Version\n"));
-    // What comes after the failure is not there: the class's category and the type library.
+    // The category of the class and the type library, which follow the failure, are not registered.
     EXPECT_FALSE(has(left, "{8D41F0B2-6C7A-4E93-B5D8-2A0F19C6E4D7}\\Implemented Categories"));
     EXPECT_FALSE(has(left, "{C2A95E14-7F38-4B60-9D1A-E5B7084F2C63}\\"));
 }
 
-TEST_F(Registration, FailureOfTheFirstScriptKeepsTheRestFromBeingWritten)
+TEST_F(Registration, FailureOfTheFirstScriptEndsTheRegistration)
 {
     make_unusable(HKEY_CURRENT_USER, user_types_key);
     const loaded_module module;
@@ -236,11 +236,11 @@ TEST_F(Registration, FailureOfTheFirstScriptKeepsTheRestFromBeingWritten)
     EXPECT_FALSE(has(registry_listing(), "{5E2C7A90"));
 }
 
-TEST_F(Registration, RemovingWhatIsNotThereTouchesNothing)
+TEST_F(Registration, RemovalWithoutARegistrationChangesNothing)
 {
     const std::string before = registry_listing();
     const loaded_module module;
-    // The system reports that there is no such type library; nothing else fails.
+    // The system reports that the type library is not registered; nothing else fails.
     EXPECT_TRUE(FAILED(module.DllUnregisterServer()));
     EXPECT_EQ(registry_listing(), before);
 }

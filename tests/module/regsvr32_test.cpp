@@ -1,4 +1,4 @@
-// Registration by the system's own program, in the session's real registry.
+// Registration with regsvr32 in the registry of the session.
 #include "tests/module/loaded_module.h"
 #include "tests/support/child_process.h"
 #include "tests/support/scopes.h"
@@ -35,7 +35,7 @@ struct Regsvr32 : testing::Test
     // Other programs of the session register the module as well.
     cross_process_lock lock{L"registration"};
 
-    // An earlier run that was ended may have left the module registered.
+    // An earlier run that was terminated may have left the module registered.
     Regsvr32() { unregister(); }
     ~Regsvr32() override { unregister(); }
 
@@ -46,7 +46,7 @@ struct Regsvr32 : testing::Test
     }
 };
 
-TEST_F(Regsvr32, RegistersPerMachineSoThatTheClassesCanBeCreated)
+TEST_F(Regsvr32, RegistersCreatableClassesPerMachine)
 {
     ASSERT_EQ(regsvr32(L""), 0u);
     EXPECT_EQ(default_value(HKEY_LOCAL_MACHINE, document_server), loaded_module::path());

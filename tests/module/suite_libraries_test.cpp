@@ -1,4 +1,4 @@
-// The suite's libraries, which the module loads, when the module ends.
+// The suite's libraries when the module is unloaded and when the process ends.
 #include "tests/support/child_process.h"
 #include "tests/support/scopes.h"
 
@@ -31,8 +31,8 @@ TEST_F(SuiteLibrariesAtTheEnd, AreFreedWhenTheModuleIsUnloaded)
     EXPECT_EQ(output_of(L"unload"), "3 loaded\nFreeLibrary\nFreeLibrary\nFreeLibrary\nunloaded\n");
 }
 
-// They may have ended before the module; and the loader's list is the loader's alone then.
-TEST_F(SuiteLibrariesAtTheEnd, AreLeftAloneWhenTheProcessEnds)
+// They may have been detached before the module, and the loader's data must not be used then.
+TEST_F(SuiteLibrariesAtTheEnd, AreNotFreedWhenTheProcessEnds)
 {
     EXPECT_EQ(output_of(L"exit"), "3 loaded\n");
 }
