@@ -95,7 +95,7 @@ TEST(PageKind, ReadsContentsOfGeneratorsOnly)
     EXPECT_EQ(contents_read, 1);
 }
 
-TEST(PageKind, HasTheNumbersOfTheRecords)
+TEST(PageKind, HasFixedValues)
 {
     EXPECT_EQ(static_cast<int>(page_kind::sharepoint), 0);
     EXPECT_EQ(static_cast<int>(page_kind::sharepoint_online_scripts), 1);
@@ -104,7 +104,7 @@ TEST(PageKind, HasTheNumbersOfTheRecords)
 
 using namespace std::string_view_literals;
 
-struct address_case
+struct url_case
 {
     std::wstring_view url;
     bool is_link;
@@ -112,7 +112,7 @@ struct address_case
 
 TEST(PdfLink, IsRecognised)
 {
-    const address_case cases[] = {
+    const url_case cases[] = {
         {L"", false},
         {L"/", false},
         {L"/sites/a/Shared Documents/x.PDF", true},
@@ -156,13 +156,13 @@ TEST(PdfLink, IsRecognised)
         {L"/x\0.pdf"sv, false},
         {L"/x.pdf\0"sv, false},
     };
-    for (const address_case& expected : cases) {
+    for (const url_case& expected : cases) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(expected.url)));
         EXPECT_EQ(is_pdf_link(expected.url), expected.is_link);
     }
 }
 
-TEST(PdfLink, IsLoggedWhateverItIs)
+TEST(PdfLink, IsLoggedEvenIfItIsRejected)
 {
     test::log_capture log;
     is_pdf_link(L"");
@@ -173,7 +173,7 @@ TEST(PdfLink, IsLoggedWhateverItIs)
     EXPECT_EQ(log.lines(), expected);
 }
 
-TEST(Click, IsDecidedByTagAndMarkup)
+TEST(ListLink, IsRecognisedByTagAndMarkup)
 {
     EXPECT_TRUE(is_link_tag(L"A"));
     EXPECT_TRUE(is_link_tag(L"a"));
@@ -181,7 +181,7 @@ TEST(Click, IsDecidedByTagAndMarkup)
     EXPECT_FALSE(is_link_tag(L"AREA"));
     EXPECT_FALSE(is_link_tag(L"IMG"));
 
-    const address_case markups[] = {
+    const url_case markups[] = {
         {L"", false},
         {LR"m(<a class="ms-listlink ms-draggable" onclick="return DispEx(this,event)" href="/x.pdf">x</a>)m",
          true},
@@ -198,13 +198,13 @@ TEST(Click, IsDecidedByTagAndMarkup)
         {LR"m(<a class="ms-listlink ms-draggable" onmousedown="return DispEx(this)">)m", false},
         {LR"m(<a class="ms-listlink ms-draggable">)m", false},
     };
-    for (const address_case& expected : markups) {
+    for (const url_case& expected : markups) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(expected.url)));
         EXPECT_EQ(is_list_link_markup(expected.url), expected.is_link);
     }
 }
 
-TEST(LinkAddress, IsCompletedFromThePages)
+TEST(AbsoluteLink, IsCompletedFromThePageUrl)
 {
     struct
     {
@@ -261,7 +261,7 @@ TEST(ReadyState, IsNamedExactly)
         EXPECT_EQ(ready_state_from_text(other), ready_state::uninitialized) << testing::PrintToString(other);
 }
 
-TEST(RepeatGuard, RecognisesTheSameAddressWithin100Milliseconds)
+TEST(RepeatGuard, RecognisesTheSameUrlWithin100Milliseconds)
 {
     repeat_guard guard(1'000);
     EXPECT_FALSE(guard.is_repeat(L"http://h/Doc.pdf", 1'000)); // nothing was cancelled yet
@@ -279,7 +279,7 @@ TEST(RepeatGuard, RecognisesTheSameAddressWithin100Milliseconds)
     EXPECT_FALSE(guard.is_repeat(L"http://h/Doc.pdf", 4'999)); // a tick before the last is ages away
 }
 
-TEST(RepeatGuard, BeginsAnewWithEveryCancellation)
+TEST(RepeatGuard, RestartsTheIntervalWithEachCancellation)
 {
     repeat_guard guard(0);
     guard.cancelled(L"http://h/a.pdf", 1'000);
@@ -291,7 +291,7 @@ TEST(RepeatGuard, BeginsAnewWithEveryCancellation)
     EXPECT_TRUE(guard.is_repeat(L"http://h/b.pdf", 1'191));
 }
 
-TEST(RepeatGuard, ForgetsTheAddressAndKeepsTheTime)
+TEST(RepeatGuard, ForgetsTheUrlAndKeepsTheTime)
 {
     repeat_guard guard(0);
     guard.cancelled(L"http://h/a.pdf", 1'000);
@@ -300,7 +300,7 @@ TEST(RepeatGuard, ForgetsTheAddressAndKeepsTheTime)
     EXPECT_TRUE(guard.is_repeat(L"", 1'001));
 }
 
-TEST(RepeatGuard, ForgetsOneAddressOnlyIfItIsTheLast)
+TEST(RepeatGuard, ForgetsAUrlOnlyIfItIsTheLast)
 {
     repeat_guard guard(0);
     guard.cancelled(L"http://h/a.pdf", 1'000);
@@ -323,7 +323,7 @@ TEST(RepeatGuard, RecognisesTheUrlThatIsBeingOpenedAtAnyTime)
     EXPECT_FALSE(guard.is_repeat(L"", 50'000));
 }
 
-TEST(RepeatGuard, SurvivesTheEndOfTheTickCount)
+TEST(RepeatGuard, ToleratesAnOverflowOfTheTickCount)
 {
     repeat_guard guard(0);
     guard.cancelled(L"x", std::numeric_limits<std::uint64_t>::max() - 9);
@@ -331,7 +331,7 @@ TEST(RepeatGuard, SurvivesTheEndOfTheTickCount)
     EXPECT_FALSE(guard.is_repeat(L"X", 90));
 }
 
-TEST(EditorLaunch, MakesTheCommandLine)
+TEST(EditorLaunch, FormatsTheCommandLine)
 {
     EXPECT_EQ(editor_command_line(L"https://server/sites/a/x.pdf"),
               L"/pdf \"sharepoint://https://server/sites/a/x.pdf\"");
@@ -339,7 +339,7 @@ TEST(EditorLaunch, MakesTheCommandLine)
     EXPECT_EQ(editor_command_line(L"{}%s{0}\\ä 文"), L"/pdf \"sharepoint://{}%s{0}\\ä 文\"");
 }
 
-TEST(EditorLaunch, EscapesWhatEndsAnArgument)
+TEST(EditorLaunch, EscapesCharactersThatEndAnArgument)
 {
     EXPECT_EQ(editor_command_line(L"http://h/a\" /other \"C:\\x.pdf"),
               L"/pdf \"sharepoint://http://h/a%22 /other %22C:\\x.pdf\"");
@@ -350,7 +350,7 @@ TEST(EditorLaunch, EscapesWhatEndsAnArgument)
               L"/pdf \"sharepoint://%22\x7F\x80\x0100\x0122\x2022\xD800\xFFFF\"");
 }
 
-TEST(EditorLaunch, FindsTheWorkingDirectory)
+TEST(EditorLaunch, ExtractsTheWorkingDirectory)
 {
     struct
     {

@@ -7,7 +7,9 @@
 namespace quill::test {
 namespace {
 
-class Aggregator : public aggregator_bench
+constexpr char just_canceled[] = "info: http://h/Doc.pdf just canceled";
+
+class Aggregator : public aggregator_fixture
 {
 };
 
@@ -17,10 +19,10 @@ TEST_F(Aggregator, SendsNavigationsToTheEditor)
     EXPECT_EQ(log_.lines(),
               (lines{"debug: detect click to http://h/Doc.pdf", "info: sharepoint document has been detected",
                      "info: trying to open pdf link", "info: checkout file http://h/Doc.pdf"}));
-    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(pdf_url)});
+    EXPECT_EQ(editors_.starts(1), std::vector{editors_.editor_start(pdf_url)});
 }
 
-TEST_F(Aggregator, LetsOtherNavigationsPass)
+TEST_F(Aggregator, IgnoresPostsNavigationsToOtherFilesAndOtherDocuments)
 {
     EXPECT_FALSE(navigate(pdf_url, true));
     EXPECT_TRUE(log_.lines().empty());
@@ -33,10 +35,10 @@ TEST_F(Aggregator, LetsOtherNavigationsPass)
     browser_->document.Release();
     EXPECT_FALSE(navigate(pdf_url));
     EXPECT_TRUE(log_.lines().empty());
-    EXPECT_TRUE(bench_.starts(0).empty());
+    EXPECT_TRUE(editors_.starts(0).empty());
 }
 
-TEST_F(Aggregator, LetsNavigationsOfOtherPagesPass)
+TEST_F(Aggregator, IgnoresNavigationsFromOtherPages)
 {
     const auto plain = show_plain_page();
     EXPECT_FALSE(navigate(pdf_url));
@@ -44,10 +46,10 @@ TEST_F(Aggregator, LetsNavigationsOfOtherPagesPass)
     plain->add_to_head({.tag = L"SCRIPT", .src = L"https://x.sharepointonline.com/x.js"});
     EXPECT_FALSE(navigate(pdf_url));
     EXPECT_EQ(log_.lines(), lines(2, "debug: detect click to http://h/Doc.pdf"));
-    EXPECT_TRUE(bench_.starts(0).empty());
+    EXPECT_TRUE(editors_.starts(0).empty());
 }
 
-TEST_F(Aggregator, CancelsARepeatWithoutASecondEditor)
+TEST_F(Aggregator, CancelsARepeatedNavigationAndStartsOneEditor)
 {
     EXPECT_TRUE(navigate(L"http://h/Doc.pdf"));
     log_.clear();
@@ -55,68 +57,57 @@ TEST_F(Aggregator, CancelsARepeatWithoutASecondEditor)
     EXPECT_EQ(log_.lines(),
               (lines{"debug: detect click to HTTP://H/DOC.PDF", "info: sharepoint document has been detected",
                      "info: HTTP://H/DOC.PDF just canceled"}));
-    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(pdf_url)});
+    EXPECT_EQ(editors_.starts(1), std::vector{editors_.editor_start(pdf_url)});
 }
 
-TEST_F(Aggregator, OpensTheSameAddressAgainLater)
+TEST_F(Aggregator, OpensTheSameUrlAgainAfter100Milliseconds)
 {
     EXPECT_TRUE(navigate(pdf_url));
-    pass_the_repeat_window();
+    advance_clock(99);
     EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_EQ(bench_.starts(2), std::vector(2, bench_.editor_start(pdf_url)));
+    EXPECT_EQ(log_.lines().back(), just_canceled);
+    advance_clock(100);
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(editors_.starts(2), std::vector(2, editors_.editor_start(pdf_url)));
 }
 
-// The third navigation comes more than 100 ms after the first, and less than that after the second. A machine
-// that halts on the way says nothing, and is asked again.
-TEST_F(Aggregator, WaitsAnewAfterARepeat)
+// The last navigation comes more than 100 ms after the first one, but less than that after the second one.
+TEST_F(Aggregator, CountsThe100MillisecondsFromTheLastRepeat)
 {
-    bench_.set_editor(L"C:\\nowhere\\editor.exe");
-    bench_.break_default_handler();
-    aggregator_ = std::make_shared<browser_events_aggregator>();
-    for (int attempt = 0; attempt < 50; ++attempt) {
-        const std::wstring url = L"http://h/" + std::to_wstring(attempt) + L".pdf";
-        const std::string repeat = "info: http://h/" + std::to_string(attempt) + ".pdf just canceled";
-        EXPECT_TRUE(navigate(url.c_str()));
-        const ULONGLONG first = GetTickCount64();
-        EXPECT_TRUE(wait_until([&] { return GetTickCount64() - first >= 50; }));
-        const ULONGLONG second = GetTickCount64();
-        EXPECT_TRUE(navigate(url.c_str()));
-        const bool is_repeat = log_.lines().back() == repeat;
-        EXPECT_TRUE(wait_until([&] { return GetTickCount64() - first >= 100; }));
-        EXPECT_TRUE(navigate(url.c_str()));
-        if (!is_repeat || GetTickCount64() - second >= 100)
-            continue;
-        EXPECT_EQ(log_.lines().back(), repeat);
-        return;
+    EXPECT_TRUE(navigate(pdf_url));
+    for (int repeat = 0; repeat < 3; ++repeat) {
+        advance_clock(99);
+        EXPECT_TRUE(navigate(pdf_url));
+        EXPECT_EQ(log_.lines().back(), just_canceled);
     }
-    ADD_FAILURE() << "the machine never kept up";
+    EXPECT_EQ(editors_.starts(1), std::vector{editors_.editor_start(pdf_url)});
 }
 
-TEST_F(Aggregator, OpensAnotherAddressAtOnce)
+TEST_F(Aggregator, OpensAnotherUrlImmediately)
 {
     EXPECT_TRUE(navigate(L"http://h/a.pdf"));
     EXPECT_TRUE(navigate(L"http://h/b.pdf"));
-    EXPECT_THAT(bench_.starts(2), testing::UnorderedElementsAre(bench_.editor_start(L"http://h/a.pdf"),
-                                                                bench_.editor_start(L"http://h/b.pdf")));
+    EXPECT_THAT(editors_.starts(2), testing::UnorderedElementsAre(editors_.editor_start(L"http://h/a.pdf"),
+                                                                  editors_.editor_start(L"http://h/b.pdf")));
 }
 
-TEST_F(Aggregator, ForgetsTheRepeatWhenAPageIsComplete)
+TEST_F(Aggregator, OpensTheSameUrlAgainAfterDocumentComplete)
 {
     EXPECT_TRUE(navigate(pdf_url));
     complete();
     EXPECT_TRUE(navigate(pdf_url));
-    EXPECT_EQ(bench_.starts(2), std::vector(2, bench_.editor_start(pdf_url)));
+    EXPECT_EQ(editors_.starts(2), std::vector(2, editors_.editor_start(pdf_url)));
 }
 
-// With no editor the default handler gets the address, and the navigation stays cancelled.
-TEST_F(Aggregator, CancelsAlsoWithoutAnEditor)
+// The default handler gets the URL.
+TEST_F(Aggregator, CancelsTheNavigationWithoutAnEditor)
 {
-    bench_.set_editor(L"C:\\nowhere\\editor.exe");
-    aggregator_ = std::make_shared<browser_events_aggregator>();
+    editors_.set_editor(L"C:\\nowhere\\editor.exe");
+    make_aggregator();
     EXPECT_TRUE(navigate(pdf_url));
-    const auto starts = bench_.starts(1);
+    const auto starts = editors_.starts(1);
     ASSERT_EQ(starts.size(), 1u);
-    EXPECT_EQ(starts[0].command_line, editor_bench::default_handler_line(pdf_url));
+    EXPECT_EQ(starts[0].command_line, editor_programs::default_handler_line(pdf_url));
 }
 
 TEST_F(Aggregator, RecordsAPageOnce)
@@ -136,7 +127,7 @@ TEST_F(Aggregator, RecordsAPageOnce)
     EXPECT_EQ(page_->events().sinks(), 1u);
 }
 
-TEST_F(Aggregator, KeepsARecordForEveryPage)
+TEST_F(Aggregator, RecordsEachPage)
 {
     complete();
     const auto plain = show_plain_page();
@@ -153,11 +144,11 @@ TEST_F(Aggregator, KeepsARecordForEveryPage)
     EXPECT_EQ(plain->events().sinks(), 0u);
 }
 
-// One more interface of a page, in an object of its own: the page's identity tells that it is the same.
+// A tear-off interface: another interface pointer with the page's identity.
 class torn_off_page : public fake_object<without_IHTMLDocument2<IHTMLDocument2>>
 {
 public:
-    torn_off_page(fake_scene& scene, fake_document* page) : fake_object(scene), page_(page) {}
+    torn_off_page(fake_tab& tab, fake_document* page) : fake_object(tab), page_(page) {}
 
 protected:
     IUnknown* find_interface(REFIID iid) override
@@ -173,11 +164,11 @@ private:
     CComPtr<fake_document> page_;
 };
 
-TEST_F(Aggregator, KnowsAPageByItsIdentity)
+TEST_F(Aggregator, FindsAPageByItsComIdentity)
 {
     auto& link = page_->add_to_body(list_link(L"http://h/x.docx"));
     complete();
-    const auto other_interface = make_fake<torn_off_page>(scene_, page_.p);
+    const auto other_interface = make_fake<torn_off_page>(tab_, page_.p);
     browser_->document = static_cast<IHTMLDocument2*>(other_interface);
     log_.clear();
     complete();
@@ -189,8 +180,7 @@ TEST_F(Aggregator, KnowsAPageByItsIdentity)
     EXPECT_EQ(page_->events().sinks(), 1u);
 }
 
-// Each page is its own record's business, however many came after it.
-TEST_F(Aggregator, AsksTheRecordOfThePageThatIsClicked)
+TEST_F(Aggregator, PassesAClickToTheRecordOfItsPage)
 {
     auto& link = page_->add_to_body(list_link(L"http://h/x.pdf"));
     const auto first = show_plain_page();
@@ -202,54 +192,53 @@ TEST_F(Aggregator, AsksTheRecordOfThePageThatIsClicked)
     EXPECT_TRUE(aggregator_->on_click(page_, &link));
     EXPECT_FALSE(aggregator_->on_click(first, &link));
     EXPECT_FALSE(aggregator_->on_click(last, &link));
-    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(L"http://h/x.pdf")});
+    EXPECT_EQ(editors_.starts(1), std::vector{editors_.editor_start(L"http://h/x.pdf")});
     log_.clear();
     page_->change_ready_state(L"complete");
     EXPECT_EQ(log_.lines(), (lines{"info: Ready state change.", "debug: document already exists",
                                    "debug: detect click to http://h/x.pdf"}));
 }
 
-TEST_F(Aggregator, RecordsAPageThatIsReadyBeforeItIsComplete)
+TEST_F(Aggregator, RecordsAPageThatIsReadyBeforeDocumentComplete)
 {
     aggregator_->on_document_ready(page_);
     EXPECT_EQ(log_.lines().back(), "debug: http://h/list is new document");
     EXPECT_EQ(page_->events().sinks(), 1u);
 }
 
-TEST_F(Aggregator, IgnoresACompletionWithoutAPage)
+TEST_F(Aggregator, IgnoresDocumentCompleteWithoutADocument)
 {
     browser_->document.Release();
     complete();
     EXPECT_TRUE(log_.lines().empty());
 }
 
-// A page's kind is found out once, when it is recorded.
 TEST_F(Aggregator, ClassifiesARecordedPageOnce)
 {
     complete();
     page_->add_to_head({.tag = L"SCRIPT", .src = L"https://x.sharepointonline.com/x.js"});
     auto& link = page_->add_to_body(list_link(L"/x.pdf"));
-    const auto event = make_fake<fake_event>(scene_, &link);
+    const auto event = make_fake<fake_event>(tab_, &link);
     EXPECT_TRUE(is_bool(page_->click(event).value, false));
-    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(L"http://h/x.pdf")});
+    EXPECT_EQ(editors_.starts(1), std::vector{editors_.editor_start(L"http://h/x.pdf")});
 }
 
-// A page may tell its readiness as soon as it is connected to.
-TEST_F(Aggregator, RecordsAPageOnceThatIsReadyOnTheWay)
+// A page may fire onreadystatechange as soon as a sink is advised.
+TEST_F(Aggregator, RecordsAPageOnceThatIsReadyDuringAdvise)
 {
-    scene_.interrupt_calls_named("IHTMLDocument2::get_URL", [&] {
-        scene_.interrupt_calls_named({}, {});
+    tab_.interrupt_calls_named("IHTMLDocument2::get_URL", [&] {
+        tab_.interrupt_calls_named({}, {});
         page_->change_ready_state(L"complete");
     });
     complete();
-    EXPECT_TRUE(scene_.has_interrupted());
+    EXPECT_TRUE(tab_.has_interrupted());
     EXPECT_EQ(page_->events().sinks(), 1u);
     EXPECT_EQ(log_.lines().back(), "debug: document already exists");
     complete();
     EXPECT_EQ(page_->events().sinks(), 1u);
 }
 
-TEST_F(Aggregator, LosesNothingWhenAPageTakesNoConnection)
+TEST_F(Aggregator, RecordsAPageLaterWhoseAdviseFailed)
 {
     page_->has_events = false;
     EXPECT_THROW(complete(), std::system_error);

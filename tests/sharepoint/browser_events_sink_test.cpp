@@ -15,7 +15,7 @@ namespace {
 using test::before_navigate_arguments;
 using test::fake_browser;
 using test::fake_document;
-using test::fake_scene;
+using test::fake_tab;
 using test::log_capture;
 using test::make_fake;
 using lines = std::vector<std::string>;
@@ -49,7 +49,7 @@ protected:
     {
         browser_->document = page_->dispatch();
         sink_ = browser_events_sink::connect(browser_, handler_);
-        scene_.forget_calls();
+        tab_.forget_calls();
     }
     void TearDown() override
     {
@@ -61,9 +61,9 @@ protected:
         handler_->before_navigate = [](auto&&...) { return true; };
     }
 
-    fake_scene scene_;
-    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(scene_);
-    CComPtr<fake_document> page_ = make_fake<fake_document>(scene_, L"http://h/");
+    fake_tab tab_;
+    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(tab_);
+    CComPtr<fake_document> page_ = make_fake<fake_document>(tab_, L"http://h/");
     std::shared_ptr<recording_handler> handler_ = std::make_shared<recording_handler>();
     CComPtr<browser_events_sink::object> sink_;
     log_capture log_;
@@ -97,14 +97,14 @@ TEST_F(BrowserEventsSink, CancelsNavigations)
 TEST_F(BrowserEventsSink, StopsTheFrameThatNavigates)
 {
     block_everything();
-    const auto frame = make_fake<fake_browser>(scene_);
+    const auto frame = make_fake<fake_browser>(tab_);
     frame->document = page_->dispatch();
     EXPECT_EQ(browser_->before_navigate(L"http://h/x.pdf", frame).cancel, VARIANT_TRUE);
     EXPECT_EQ(frame->stops, 1);
     EXPECT_EQ(browser_->stops, 0);
 }
 
-TEST_F(BrowserEventsSink, StopsWhatIsCancelledAlready)
+TEST_F(BrowserEventsSink, StopsANavigationThatIsCancelledAlready)
 {
     before_navigate_arguments arguments(browser_, L"http://h/x.pdf");
     arguments.cancel = VARIANT_TRUE;
@@ -115,8 +115,8 @@ TEST_F(BrowserEventsSink, StopsWhatIsCancelledAlready)
     EXPECT_TRUE(log_.lines().empty());
 }
 
-// Only the system's own "true" counts as cancelled.
-TEST_F(BrowserEventsSink, TakesOtherValuesForNotCancelled)
+// Only VARIANT_TRUE means cancelled.
+TEST_F(BrowserEventsSink, TreatsValuesOtherThanVariantTrueAsNotCancelled)
 {
     before_navigate_arguments arguments(browser_, L"http://h/x.pdf");
     arguments.cancel = 1;
@@ -126,7 +126,7 @@ TEST_F(BrowserEventsSink, TakesOtherValuesForNotCancelled)
     EXPECT_EQ(handler_->navigations.size(), 1u);
 }
 
-TEST_F(BrowserEventsSink, LeavesPagesAloneThatAreNotHtml)
+TEST_F(BrowserEventsSink, IgnoresDocumentsThatAreNotHtml)
 {
     block_everything();
     page_->is_html = false;
@@ -143,10 +143,10 @@ TEST_F(BrowserEventsSink, LeavesPagesAloneThatAreNotHtml)
     EXPECT_TRUE(log_.lines().empty());
 }
 
-TEST_F(BrowserEventsSink, LeavesObjectsAloneThatAreNoBrowsers)
+TEST_F(BrowserEventsSink, IgnoresObjectsThatAreNoBrowsers)
 {
     block_everything();
-    const auto frame = make_fake<fake_browser>(scene_);
+    const auto frame = make_fake<fake_browser>(tab_);
     frame->document = page_->dispatch();
     frame->is_browser = false;
     const auto result = browser_->before_navigate(L"http://h/x.pdf", frame);
@@ -156,7 +156,7 @@ TEST_F(BrowserEventsSink, LeavesObjectsAloneThatAreNoBrowsers)
     EXPECT_TRUE(log_.lines().empty());
 }
 
-TEST_F(BrowserEventsSink, FailsForAddressesThatAreNotText)
+TEST_F(BrowserEventsSink, FailsForUrlsThatAreNoBstr)
 {
     block_everything();
     before_navigate_arguments arguments(browser_, L"");
@@ -171,7 +171,7 @@ TEST_F(BrowserEventsSink, FailsForAddressesThatAreNotText)
     EXPECT_TRUE(log_.lines().empty());
 }
 
-TEST_F(BrowserEventsSink, TakesNoPointersForNoEvent)
+TEST_F(BrowserEventsSink, IgnoresEventsWithNullPointers)
 {
     block_everything();
     CComVariant url(L"http://h/x.pdf");
@@ -184,13 +184,13 @@ TEST_F(BrowserEventsSink, TakesNoPointersForNoEvent)
     EXPECT_EQ(sink_->on_document_complete(nullptr, &wrong), S_OK);
     EXPECT_EQ(sink_->on_document_complete(browser_, nullptr), S_OK);
     EXPECT_EQ(cancel, VARIANT_FALSE);
-    EXPECT_TRUE(scene_.calls().empty());
+    EXPECT_TRUE(tab_.calls().empty());
 
     EXPECT_EQ(sink_->on_before_navigate(browser_, &url, nullptr, nullptr, nullptr, nullptr, &cancel), S_OK);
     EXPECT_EQ(cancel, VARIANT_TRUE);
 }
 
-TEST_F(BrowserEventsSink, ForwardsAnEmptyAddress)
+TEST_F(BrowserEventsSink, ForwardsAnEmptyUrl)
 {
     before_navigate_arguments arguments(browser_, L"");
     SysFreeString(arguments.url.bstrVal);
@@ -200,8 +200,8 @@ TEST_F(BrowserEventsSink, ForwardsAnEmptyAddress)
     EXPECT_EQ(log_.lines(), lines{"debug: on_before_navigate "});
 }
 
-// The browser passes form data by reference, and that counts as none; data that is there itself counts.
-TEST_F(BrowserEventsSink, TellsPostsByTheOuterVariantOnly)
+// The browser passes form data by reference, which is treated as no data; data in the VARIANT itself is not.
+TEST_F(BrowserEventsSink, RecognisesAPostByTheOuterVariantOnly)
 {
     const auto fire = [&](VARTYPE outer, bool is_null = false) {
         CComVariant url(L"u");
@@ -227,7 +227,7 @@ TEST_F(BrowserEventsSink, TellsPostsByTheOuterVariantOnly)
                                          L"u (post)", L"u (post)"}));
 }
 
-TEST_F(BrowserEventsSink, TakesTheBrowsersOwnFormDataForNone)
+TEST_F(BrowserEventsSink, TreatsFormDataByReferenceAsNone)
 {
     const char form[] = "a=b";
     SAFEARRAY* const bytes = SafeArrayCreateVector(VT_UI1, 0, sizeof form);
@@ -236,26 +236,26 @@ TEST_F(BrowserEventsSink, TakesTheBrowsersOwnFormDataForNone)
     arguments.post_data.parray = bytes;
     arguments.fire(browser_->events());
     EXPECT_EQ(handler_->navigations, std::vector<std::wstring>{L"u"});
-    // A browser that does not nest its variants.
+    // A browser that does not nest VARIANTs.
     arguments.post_data_argument.pvarVal = &arguments.post_data;
     arguments.fire(browser_->events());
     EXPECT_EQ(handler_->navigations, (std::vector<std::wstring>{L"u", L"u (post)"}));
 }
 
-TEST_F(BrowserEventsSink, ForwardsCompletePagesOfTheTabOnly)
+TEST_F(BrowserEventsSink, ForwardsDocumentCompleteOfTheTopLevelBrowserOnly)
 {
     EXPECT_EQ(browser_->document_complete(L"http://h/page"), S_OK);
-    const auto frame = make_fake<fake_browser>(scene_);
+    const auto frame = make_fake<fake_browser>(tab_);
     frame->document = page_->dispatch();
     frame->is_top_level = VARIANT_FALSE;
     EXPECT_EQ(browser_->document_complete(L"http://h/frame", frame), S_OK);
-    scene_.fail_calls_named("IWebBrowser2::get_TopLevelContainer", fake_scene::failure::error);
+    tab_.fail_calls_named("IWebBrowser2::get_TopLevelContainer", fake_tab::failure::error);
     EXPECT_EQ(browser_->document_complete(L"http://h/page2"), S_OK);
     EXPECT_EQ(handler_->completions, std::vector<std::wstring>{L"http://h/page"});
     EXPECT_EQ(log_.lines(), lines{"debug: on_document_complete http://h/page"});
 }
 
-TEST_F(BrowserEventsSink, ForwardsNothingAfterTheEnd)
+TEST_F(BrowserEventsSink, ForwardsNothingAfterOnQuit)
 {
     block_everything();
     browser_->quit();
@@ -276,7 +276,7 @@ TEST_F(BrowserEventsSink, DropsEventsWithoutAHandler)
     EXPECT_EQ(browser_->document_complete(L"http://h/"), S_OK);
 }
 
-TEST_F(BrowserEventsSink, KeepsExceptionsFromTheBrowser)
+TEST_F(BrowserEventsSink, ReturnsAFailureWhenTheHandlerThrows)
 {
     handler_->before_navigate = [](auto&&...) -> bool { throw std::invalid_argument("x"); };
     handler_->document_complete = [](auto&&...) { throw 5; };
@@ -289,7 +289,7 @@ TEST_F(BrowserEventsSink, KeepsExceptionsFromTheBrowser)
                      "error: quill::browser_events_sink::on_before_navigate:70 invalid argument: x",
                      "debug: on_document_complete u",
                      "error: quill::browser_events_sink::on_document_complete:92 unknown exception"}));
-    // The lock was given back: another thread gets through.
+    // The lock was released: another thread can take it.
     handler_->before_navigate = [](auto&&...) { return false; };
     std::thread([&] {
         CComVariant url(L"u");
@@ -299,7 +299,7 @@ TEST_F(BrowserEventsSink, KeepsExceptionsFromTheBrowser)
     }).join();
 }
 
-TEST_F(BrowserEventsSink, LetsEventsInWhileTheHandlerPumpsMessages)
+TEST_F(BrowserEventsSink, ForwardsReentrantEventsOfTheSameThread)
 {
     handler_->before_navigate = [&](IWebBrowser2*, std::wstring_view url, bool) {
         if (url == L"outer") {
@@ -314,7 +314,7 @@ TEST_F(BrowserEventsSink, LetsEventsInWhileTheHandlerPumpsMessages)
     EXPECT_EQ(handler_->completions, std::vector<std::wstring>{L"inner"});
 }
 
-TEST_F(BrowserEventsSink, OutlivesAHandlerThatClosesTheTab)
+TEST_F(BrowserEventsSink, LivesUntilAHandlerReturnsThatClosesTheTab)
 {
     handler_->before_navigate = [&](auto&&...) {
         browser_->quit();
@@ -337,9 +337,9 @@ TEST_F(BrowserEventsSink, IgnoresOtherEvents)
     EXPECT_TRUE(log_.lines().empty());
 }
 
-TEST_F(BrowserEventsSink, SaysWhyItCannotConnect)
+TEST_F(BrowserEventsSink, ThrowsTheFailureCodeOfAdvise)
 {
-    scene_.fail_calls_named("IConnectionPoint::Advise", fake_scene::failure::error);
+    tab_.fail_calls_named("IConnectionPoint::Advise", fake_tab::failure::error);
     try {
         browser_events_sink::connect(browser_, handler_);
         ADD_FAILURE() << "connected";

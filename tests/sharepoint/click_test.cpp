@@ -11,7 +11,7 @@
 namespace quill::test {
 namespace {
 
-class Click : public aggregator_bench
+class Click : public aggregator_fixture
 {
 protected:
     Click()
@@ -29,7 +29,7 @@ protected:
     outcome click(element_text text)
     {
         auto& element = page_->add_to_body(std::move(text));
-        const auto event = make_fake<fake_event>(scene_, &element);
+        const auto event = make_fake<fake_event>(tab_, &element);
         log_.clear();
         const auto result = page_->click(event);
         EXPECT_EQ(result.code, S_OK);
@@ -37,8 +37,8 @@ protected:
         EXPECT_NE(is_cancelled, event->is_untouched());
         return {is_cancelled, log_.lines()};
     }
-    // Clicks what is not the list's link to a PDF.
-    void expect_let_through(element_text text, std::optional<std::string> asked_about = std::nullopt)
+    // Clicks something other than a list link to a PDF.
+    void expect_not_cancelled(element_text text, std::optional<std::string> asked_about = std::nullopt)
     {
         lines expected = {"debug: CLICK!", "debug: click handling..."};
         if (asked_about)
@@ -57,46 +57,46 @@ TEST_F(Click, OnAListLinkOpensTheEditor)
     EXPECT_EQ(clicked.log,
               (lines{"debug: CLICK!", "debug: click handling...", "debug: detect click to http://h/a/x.pdf",
                      "info: checkout file http://h/a/x.pdf", "info: blocking click event..."}));
-    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(L"http://h/a/x.pdf")});
+    EXPECT_EQ(editors_.starts(1), std::vector{editors_.editor_start(L"http://h/a/x.pdf")});
 }
 
 TEST_F(Click, OnAServerRelativeListLinkOpensTheEditor)
 {
     EXPECT_TRUE(click(list_link(L"/x.pdf")).is_cancelled);
-    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(L"http://h/x.pdf")});
+    EXPECT_EQ(editors_.starts(1), std::vector{editors_.editor_start(L"http://h/x.pdf")});
 }
 
-// Clicks are the user's: two of them are two starts.
-TEST_F(Click, KnowsNoRepeats)
+// Unlike navigations, clicks are not checked for repeats.
+TEST_F(Click, OnTheSameLinkTwiceOpensItTwice)
 {
     EXPECT_TRUE(click(list_link(L"http://h/x.pdf")).is_cancelled);
     EXPECT_TRUE(click(list_link(L"http://h/x.pdf")).is_cancelled);
-    EXPECT_EQ(bench_.starts(2), std::vector(2, bench_.editor_start(L"http://h/x.pdf")));
+    EXPECT_EQ(editors_.starts(2), std::vector(2, editors_.editor_start(L"http://h/x.pdf")));
 }
 
-TEST_F(Click, OnAnythingElseIsLetThrough)
+TEST_F(Click, OnAnythingElseIsNotCancelled)
 {
     element_text link = list_link(L"/x.pdf");
     link.tag = L"SPAN";
-    expect_let_through(link);
+    expect_not_cancelled(link);
 
     link = list_link(L"/x.pdf");
     link.outer_html.replace(link.outer_html.find(L"ms-draggable"), 12, L"ms-dropable!");
-    expect_let_through(link);
+    expect_not_cancelled(link);
 
     link = list_link(L"/x.pdf");
     link.outer_html.replace(link.outer_html.find(L"DispEx"), 6, L"Other!");
-    expect_let_through(link);
+    expect_not_cancelled(link);
 
-    expect_let_through(list_link(L"/x.docx"), "/x.docx");
-    expect_let_through(list_link(L"/_vti_history/1/x.pdf"), "/_vti_history/1/x.pdf");
+    expect_not_cancelled(list_link(L"/x.docx"), "/x.docx");
+    expect_not_cancelled(list_link(L"/_vti_history/1/x.pdf"), "/_vti_history/1/x.pdf");
     link = list_link(L"/x.pdf");
     link.href.reset();
-    expect_let_through(link, "");
-    EXPECT_TRUE(bench_.starts(0).empty());
+    expect_not_cancelled(link, "");
+    EXPECT_TRUE(editors_.starts(0).empty());
 }
 
-TEST_F(Click, OnARegularPageIsLetThrough)
+TEST_F(Click, OnARegularPageIsNotCancelled)
 {
     page_ = show_plain_page();
     complete();
@@ -106,24 +106,24 @@ TEST_F(Click, OnARegularPageIsLetThrough)
                                   "debug: do not block clicks for regular documents"}));
 }
 
-TEST_F(Click, OnNothingIsLetThrough)
+TEST_F(Click, WithoutAnElementIsNotCancelled)
 {
-    const auto event = make_fake<fake_event>(scene_, nullptr);
+    const auto event = make_fake<fake_event>(tab_, nullptr);
     EXPECT_TRUE(is_bool(page_->click(event).value, true));
     EXPECT_EQ(log_.lines().back(), "info: do not block clicks for not-pdf links");
 }
 
-TEST_F(Click, OnAPageNeverRecordedIsLetThrough)
+TEST_F(Click, OnAPageWithoutARecordIsNotCancelled)
 {
-    const auto link = make_fake<fake_element>(scene_, list_link(L"/x.pdf"));
-    const auto other = sharepoint_page(scene_, L"http://other/");
+    const auto link = make_fake<fake_element>(tab_, list_link(L"/x.pdf"));
+    const auto other = sharepoint_page(tab_, L"http://other/");
     EXPECT_FALSE(aggregator_->on_click(other, link));
     EXPECT_EQ(log_.lines(), lines{"warning: click: opened document not found"});
 }
 
-TEST_F(Click, WithoutItsEditorIsLetThrough)
+TEST_F(Click, WithoutAnEditorObjectIsNotCancelled)
 {
-    const auto link = make_fake<fake_element>(scene_, list_link(L"/x.pdf"));
+    const auto link = make_fake<fake_element>(tab_, list_link(L"/x.pdf"));
     auto editor = std::make_shared<pdf_editor>();
     const document_record record(page_, editor, aggregator_);
     editor.reset();
@@ -132,12 +132,12 @@ TEST_F(Click, WithoutItsEditorIsLetThrough)
     EXPECT_EQ(log_.lines(), lines{"warning: click handler is missing"});
 }
 
-TEST_F(Click, AfterTheTabIsClosedIsLetThrough)
+TEST_F(Click, AfterTheTabIsClosedIsNotCancelled)
 {
     const CComPtr<IDispatch> sink = page_->events().first_sink();
     aggregator_.reset();
     auto& link = page_->add_to_body(list_link(L"/x.pdf"));
-    const auto event = make_fake<fake_event>(scene_, &link);
+    const auto event = make_fake<fake_event>(tab_, &link);
     VARIANT argument{};
     argument.vt = VT_DISPATCH;
     argument.pdispVal = event;

@@ -47,7 +47,7 @@ std::wstring from_utf8(std::string_view text)
     return wide;
 }
 
-// Undoes the escapes of a recorded argument.
+// Decodes the escapes of a recorded argument.
 std::wstring unescaped(std::wstring_view ascii)
 {
     std::wstring text;
@@ -85,14 +85,14 @@ std::wstring value_of(const std::wstring& record, std::wstring_view label)
 
 void PrintTo(const program_start& start, std::ostream* out)
 {
-    *out << testing::PrintToString(start.command_line) << " taken apart to "
+    *out << testing::PrintToString(start.command_line) << " parsed as "
          << testing::PrintToString(start.crt_arguments) << " and "
          << testing::PrintToString(start.shell_arguments) << " in " << testing::PrintToString(start.directory)
-         << " show " << start.show_command << (start.has_canary ? " with the canary" : "");
+         << " show " << start.show_command << (start.has_canary ? " with the canary handle" : "");
 }
 
-editor_bench::editor_bench()
-    : lock_(L"editor bench"), record_(L"QUILL_EDITOR_RECORD", scratch_ / L"starts.txt"),
+editor_programs::editor_programs()
+    : lock_(L"editor programs"), record_(L"QUILL_EDITOR_RECORD", scratch_ / L"starts.txt"),
       settings_64_(HKEY_LOCAL_MACHINE, settings_path, KEY_WOW64_64KEY),
       settings_32_(HKEY_LOCAL_MACHINE, settings_path, KEY_WOW64_32KEY)
 {
@@ -102,30 +102,30 @@ editor_bench::editor_bench()
     }
 }
 
-editor_bench::~editor_bench()
+editor_programs::~editor_programs()
 {
     for (std::size_t i = 0; i < handlers_before_.size(); ++i)
         write_default(handler_keys[i], handlers_before_[i]);
 }
 
-void editor_bench::use_second_default_handler()
+void editor_programs::use_second_default_handler()
 {
     for (const wchar_t* key : handler_keys)
         write_default(key, L"\"" + recorder() + L"\" --second \"%1\"");
 }
 
-void editor_bench::break_default_handler()
+void editor_programs::break_default_handler()
 {
     for (const wchar_t* key : handler_keys)
         write_default(key, L"C:\\nowhere\\handler.exe \"%1\"");
 }
 
-void editor_bench::set_editor(const std::wstring& path, REGSAM view)
+void editor_programs::set_editor(const std::wstring& path, REGSAM view)
 {
     (view == KEY_WOW64_64KEY ? settings_64_ : settings_32_).set_string(L"exepath", path);
 }
 
-std::wstring editor_bench::install_editor(const std::wstring& relative_path)
+std::wstring editor_programs::install_editor(const std::wstring& relative_path)
 {
     const std::wstring path = scratch_ / relative_path;
     for (std::size_t slash = path.find(L'\\', scratch_.path().size() + 1); slash != std::wstring::npos;
@@ -135,7 +135,7 @@ std::wstring editor_bench::install_editor(const std::wstring& relative_path)
     return path;
 }
 
-std::vector<program_start> editor_bench::starts(std::size_t expected)
+std::vector<program_start> editor_programs::starts(std::size_t expected)
 {
     EXPECT_TRUE(wait_until([&] { return read_starts().size() >= expected; }))
         << expected << " starts expected";
@@ -143,7 +143,7 @@ std::vector<program_start> editor_bench::starts(std::size_t expected)
     return read_starts();
 }
 
-std::vector<program_start> editor_bench::read_starts() const
+std::vector<program_start> editor_programs::read_starts() const
 {
     const std::wstring text = from_utf8(read_file(scratch_ / L"starts.txt").value_or(""));
     constexpr std::wstring_view record_end = L"\r\n\r\n";
@@ -163,17 +163,17 @@ std::vector<program_start> editor_bench::read_starts() const
     return all;
 }
 
-std::wstring editor_bench::default_handler_line(const std::wstring& url)
+std::wstring editor_programs::default_handler_line(const std::wstring& url)
 {
     return L"\"" + recorder() + L"\" --default \"" + url + L"\"";
 }
 
-std::wstring editor_bench::second_default_handler_line(const std::wstring& url)
+std::wstring editor_programs::second_default_handler_line(const std::wstring& url)
 {
     return L"\"" + recorder() + L"\" --second \"" + url + L"\"";
 }
 
-program_start editor_bench::editor_start(const std::wstring& url) const
+program_start editor_programs::editor_start(const std::wstring& url) const
 {
     const std::vector<std::wstring> arguments = {L"/pdf", L"sharepoint://" + url};
     return {L"/pdf \"sharepoint://" + url + L"\"", arguments, arguments, scratch_ / L"Editor", SW_SHOW};

@@ -1,4 +1,4 @@
-// Where the desktop editor and the system's default handler are recorders, started for real.
+// Fixture: recording programs take the place of the desktop editor and of the system's default handler.
 #pragma once
 
 #include "tests/support/scopes.h"
@@ -10,48 +10,47 @@
 
 namespace quill::test {
 
-// How a recorder was started.
+// One start of a recording program.
 struct program_start
 {
     std::wstring command_line;
-    // The command line as the C library and as the shell's function take it apart.
+    // The command line as the C library and CommandLineToArgvW parse it.
     std::vector<std::wstring> crt_arguments;
     std::vector<std::wstring> shell_arguments;
     std::wstring directory;
     int show_command = -1;
-    bool has_canary = false; // the handle that QUILL_EDITOR_CANARY names
+    bool has_canary = false; // inherited the handle that QUILL_EDITOR_CANARY names
 
     friend bool operator==(const program_start&, const program_start&) = default;
 };
 void PrintTo(const program_start& start, std::ostream* out);
 
-// The machine's settings name no editor at first; http and https addresses go to a recorder. The settings
-// and the handlers are as before at the end.
-class editor_bench
+// At first the settings name no editor, and http and https URLs go to a recorder. The destructor restores the
+// settings and the default handlers.
+class editor_programs
 {
 public:
-    editor_bench();
-    ~editor_bench();
-    editor_bench(const editor_bench&) = delete;
-    editor_bench& operator=(const editor_bench&) = delete;
+    editor_programs();
+    ~editor_programs();
+    editor_programs(const editor_programs&) = delete;
+    editor_programs& operator=(const editor_programs&) = delete;
 
-    // Addresses go to a recorder with another mark on its command line from here on.
+    // Starts the default handler with another switch from now on.
     void use_second_default_handler();
-    // Nothing can be started from here on.
+    // Makes starting the default handler fail from now on.
     void break_default_handler();
-    // Writes the editor's path into a view of the settings.
+    // Writes the editor's path to a registry view of the settings.
     void set_editor(const std::wstring& path, REGSAM view = KEY_WOW64_64KEY);
-    // Copies the recorder to a file in the scratch folder (folders are made) and returns its full path.
+    // Copies the recorder to a path in the scratch folder and returns the full path.
     std::wstring install_editor(const std::wstring& relative_path);
     // Makes the installed recorder the editor.
     void use_editor() { set_editor(install_editor(L"Editor\\editor.exe")); }
 
-    // All starts so far, after waiting until there are as many as expected. One more program is started and
-    // waited for, so that a start too many has had its time.
+    // Waits until there are as many starts as expected and returns them. Then starts one more program and
+    // waits for it, so that a start in excess is recorded too.
     std::vector<program_start> starts(std::size_t expected);
 
-    // What the default handler's and the editor's start looks like. For the editor, url is the text that the
-    // command line has.
+    // The expected starts of the default handler and of the editor; url as the command line has it.
     static std::wstring default_handler_line(const std::wstring& url);
     static std::wstring second_default_handler_line(const std::wstring& url);
     program_start editor_start(const std::wstring& url) const;

@@ -1,5 +1,4 @@
-// The same pages and the same steps with the helper object and without it: the same events, the same
-// requests, the same pages.
+// Visits the same pages with and without the helper object and compares events, requests and pages.
 #include "sharepoint/identifiers.h"
 #include "tests/browser/engine.h"
 #include "tests/browser/registered_module.h"
@@ -22,11 +21,11 @@ namespace {
 
 constexpr char html[] = "text/html; charset=utf-8";
 
-// Writes down the events that tell where a browser goes.
-class ATL_NO_VTABLE event_diary : public CComObjectRootEx<CComSingleThreadModel>, public IDispatch
+// Records the navigation events of a browser.
+class ATL_NO_VTABLE navigation_log : public CComObjectRootEx<CComSingleThreadModel>, public IDispatch
 {
 public:
-    BEGIN_COM_MAP(event_diary)
+    BEGIN_COM_MAP(navigation_log)
     COM_INTERFACE_ENTRY(IDispatch)
     COM_INTERFACE_ENTRY_IID(DIID_DWebBrowserEvents2, IDispatch)
     END_COM_MAP()
@@ -39,10 +38,10 @@ public:
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* parameters, VARIANT*, EXCEPINFO*,
                         UINT*) override
     {
-        // The address is the second argument of each of them, counted from the end.
-        const bool tells = id == DISPID_BEFORENAVIGATE2 || id == DISPID_NAVIGATECOMPLETE2 ||
-                           id == DISPID_DOCUMENTCOMPLETE || id == DISPID_NAVIGATEERROR;
-        if (!tells || parameters->cArgs < 2)
+        // The URL is the second argument of each of them; arguments are in reverse order.
+        const bool has_url = id == DISPID_BEFORENAVIGATE2 || id == DISPID_NAVIGATECOMPLETE2 ||
+                             id == DISPID_DOCUMENTCOMPLETE || id == DISPID_NAVIGATEERROR;
+        if (!has_url || parameters->cArgs < 2)
             return S_OK;
         const VARIANT& address = parameters->rgvarg[parameters->cArgs - 2];
         const bool is_text = address.vt == (VT_BYREF | VT_VARIANT) && address.pvarVal->vt == VT_BSTR;
@@ -59,7 +58,7 @@ std::string many_links()
     return body;
 }
 
-struct course
+struct visit_result
 {
     std::vector<std::string> events;
     std::vector<std::string> requests;
@@ -84,19 +83,19 @@ protected:
         server.route("/posted", http_response::ok("<html><body>posted</body></html>", html));
     }
 
-    // One visit to all of them.
-    course take(bool with_helper)
+    // Visits all of them.
+    visit_result visit(bool with_helper)
     {
-        course taken;
+        visit_result taken;
         const std::size_t requests_before = server.requests().size();
         {
             engine browser;
             IWebBrowser2* const control = browser.control().browser();
-            CComObject<event_diary>* created = nullptr;
-            EXPECT_EQ(CComObject<event_diary>::CreateInstance(&created), S_OK);
-            const CComPtr<event_diary> diary(created);
+            CComObject<navigation_log>* created = nullptr;
+            EXPECT_EQ(CComObject<navigation_log>::CreateInstance(&created), S_OK);
+            const CComPtr<navigation_log> log(created);
             DWORD cookie = 0;
-            EXPECT_EQ(AtlAdvise(control, diary, DIID_DWebBrowserEvents2, &cookie), S_OK);
+            EXPECT_EQ(AtlAdvise(control, log, DIID_DWebBrowserEvents2, &cookie), S_OK);
             CComPtr<IObjectWithSite> helper;
             if (with_helper) {
                 EXPECT_EQ(CoCreateInstance(CLSID_SharepointBrowserHelperObject, nullptr, CLSCTX_INPROC_SERVER,
@@ -106,16 +105,16 @@ protected:
             }
             for (const wchar_t* target : {L"/links", L"/online", L"/broken", L"/moved", L"/missing"}) {
                 browser.open(server.url(target));
-                taken.pages.push_back(settled_page(control, *diary));
+                taken.pages.push_back(settled_page(control, *log));
             }
             post(control);
-            taken.pages.push_back(settled_page(control, *diary));
+            taken.pages.push_back(settled_page(control, *log));
             browser.open(refused);
-            settled_page(control, *diary);
+            settled_page(control, *log);
             if (helper)
                 EXPECT_EQ(helper->SetSite(nullptr), S_OK);
             AtlUnadvise(control, DIID_DWebBrowserEvents2, cookie);
-            taken.events = diary->entries;
+            taken.events = log->entries;
         }
         const auto requests = server.requests();
         for (std::size_t i = requests_before; i < requests.size(); ++i)
@@ -124,7 +123,7 @@ protected:
     }
 
     ole_apartment apartment;
-    editor_bench bench;
+    editor_programs editors;
     registered_module module;
     registered_library pages{L"QuillPages.dll"};
     http_server server;
@@ -144,18 +143,18 @@ private:
         EXPECT_EQ(control->Navigate2(&address, &none, &none, &data, &headers), S_OK);
     }
 
-    // Waits until the browser has come to the end of a navigation, and returns the markup of what it shows.
-    static std::wstring settled_page(IWebBrowser2* control, event_diary& diary)
+    // Waits for the end of a navigation and returns the markup of the page.
+    static std::wstring settled_page(IWebBrowser2* control, navigation_log& log)
     {
         const auto ended = [&] {
-            return std::any_of(diary.entries.begin() + static_cast<std::ptrdiff_t>(seen(diary)),
-                               diary.entries.end(), [](const std::string& entry) {
+            return std::any_of(log.entries.begin() + static_cast<std::ptrdiff_t>(seen(log)),
+                               log.entries.end(), [](const std::string& entry) {
                                    return entry.starts_with(std::to_string(DISPID_DOCUMENTCOMPLETE) + " ") ||
                                           entry.starts_with(std::to_string(DISPID_NAVIGATEERROR) + " ");
                                });
         };
         EXPECT_TRUE(wait_until(ended));
-        diary.entries.push_back("settled");
+        log.entries.push_back("settled");
         CComPtr<IDispatch> document;
         control->get_Document(&document);
         const CComQIPtr<IHTMLDocument3> page(document);
@@ -167,24 +166,24 @@ private:
         return std::wstring(markup.m_str ? markup.m_str : L"");
     }
 
-    // Where the diary was settled last.
-    static std::size_t seen(const event_diary& diary)
+    // The number of entries before the last "settled".
+    static std::size_t seen(const navigation_log& log)
     {
-        const auto last = std::find(diary.entries.rbegin(), diary.entries.rend(), "settled");
-        return static_cast<std::size_t>(diary.entries.rend() - last);
+        const auto last = std::find(log.entries.rbegin(), log.entries.rend(), "settled");
+        return static_cast<std::size_t>(log.entries.rend() - last);
     }
 };
 
 TEST_F(Parity, MakesNoDifferenceOnOtherPages)
 {
-    const course without = take(false);
-    const course with = take(true);
+    const visit_result without = visit(false);
+    const visit_result with = visit(true);
     EXPECT_EQ(with.events, without.events);
     EXPECT_EQ(with.requests, without.requests);
     EXPECT_EQ(with.pages, without.pages);
     EXPECT_GT(without.events.size(), 15u);
     EXPECT_NE(without.pages[0].find(L"299.pdf"), std::wstring::npos);
-    EXPECT_THAT(bench.starts(0), testing::IsEmpty());
+    EXPECT_THAT(editors.starts(0), testing::IsEmpty());
 }
 
 } // namespace

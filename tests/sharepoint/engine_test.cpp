@@ -1,5 +1,5 @@
-// The helper object in the system's own browser engine: made by its class, with the engine's control or a
-// tab around it as its site, on pages that come from a web server.
+// The helper object in the system's browser engine, created by its class, with the browser control or a tab
+// object around it as the site, on pages of a web server.
 #include "sharepoint/identifiers.h"
 #include "stand_ins/browser/tab_browser.h"
 #include "tests/browser/engine.h"
@@ -38,10 +38,10 @@ class HelperInTheEngine : public testing::Test
 protected:
     HelperInTheEngine()
     {
-        bench.use_editor();
+        editors.use_editor();
         server.route("/list", http_response::ok(page(generator, "<p>Library</p>"), html));
         server.route("/plain", http_response::ok(page("", "<p>Plain</p>"), html));
-        // What comes is not the question here, so it is a page, whose end can be waited for.
+        // An HTML page, because the end of its loading can be waited for.
         server.route("/Doc.pdf", http_response::ok(page("", "<p>Document</p>"), html));
         EXPECT_EQ(CoCreateInstance(CLSID_SharepointBrowserHelperObject, nullptr, CLSCTX_INPROC_SERVER,
                                    IID_PPV_ARGS(&helper)),
@@ -55,7 +55,7 @@ protected:
 
     IWebBrowser2* control() { return browser.control().browser(); }
 
-    // The page that the engine shows, once it is an HTML page and complete; null when there is none.
+    // The engine's page if it is a complete HTML page; otherwise null.
     CComPtr<IHTMLDocument2> shown_page()
     {
         CComPtr<IDispatch> document;
@@ -101,7 +101,7 @@ protected:
     std::string url(const wchar_t* target) const { return to_utf8(server.url(target)); }
 
     ole_apartment apartment;
-    editor_bench bench;
+    editor_programs editors;
     log_folder_scope log;
     environment_scope level{L"QUILL_LOG_LEVEL", L"debug"};
     registered_module module;
@@ -118,7 +118,7 @@ TEST_F(HelperInTheEngine, CancelsTheNavigationToAPdf)
     const auto before = logged().size();
     browser.open(server.url(L"/Doc.pdf"));
 
-    EXPECT_THAT(bench.starts(1), ElementsAre(bench.editor_start(server.url(L"/Doc.pdf"))));
+    EXPECT_THAT(editors.starts(1), ElementsAre(editors.editor_start(server.url(L"/Doc.pdf"))));
     EXPECT_THAT(requested(), ElementsAre("/list"));
     EXPECT_TRUE(is_showing(server.url(L"/list")));
     auto lines = logged();
@@ -130,9 +130,9 @@ TEST_F(HelperInTheEngine, CancelsTheNavigationToAPdf)
                                    "info:  block navigation to sharepoint PDF!"));
 }
 
-// The engine announces a navigation when its messages are pumped. Two announcements of one address come right
-// after each other; a machine that halts in between makes them two navigations, and is asked again.
-TEST_F(HelperInTheEngine, CancelsARepeatWithoutASecondEditor)
+// The engine fires BeforeNavigate2 while messages are pumped. If more than 100 ms pass between two events on
+// a loaded machine, they are two navigations; the test then tries again.
+TEST_F(HelperInTheEngine, CancelsARepeatedNavigationAndStartsOneEditor)
 {
     EXPECT_EQ(helper->SetSite(control()), S_OK);
     show(L"/list");
@@ -149,17 +149,17 @@ TEST_F(HelperInTheEngine, CancelsARepeatWithoutASecondEditor)
     EXPECT_EQ(count_lines(repeat), 1u);
     EXPECT_EQ(count_lines("info: trying to open pdf link"), announcements - 1);
     EXPECT_EQ(count_lines("info:  block navigation to sharepoint PDF!"), announcements);
-    EXPECT_THAT(bench.starts(announcements - 1), SizeIs(announcements - 1));
+    EXPECT_THAT(editors.starts(announcements - 1), SizeIs(announcements - 1));
     EXPECT_THAT(requested(), ElementsAre("/list"));
 }
 
-TEST_F(HelperInTheEngine, LetsAPdfOfAPlainPageThrough)
+TEST_F(HelperInTheEngine, IgnoresAPdfOfAnOrdinaryPage)
 {
     EXPECT_EQ(helper->SetSite(control()), S_OK);
     show(L"/plain");
     show(L"/Doc.pdf");
     EXPECT_THAT(requested(), ElementsAre("/plain", "/Doc.pdf"));
-    EXPECT_THAT(bench.starts(0), IsEmpty());
+    EXPECT_THAT(editors.starts(0), IsEmpty());
 }
 
 TEST_F(HelperInTheEngine, ForwardsNothingWithoutASite)
@@ -169,10 +169,10 @@ TEST_F(HelperInTheEngine, ForwardsNothingWithoutASite)
     EXPECT_EQ(helper->SetSite(nullptr), S_OK);
     show(L"/list");
     show(L"/Doc.pdf");
-    EXPECT_THAT(bench.starts(0), IsEmpty());
+    EXPECT_THAT(editors.starts(0), IsEmpty());
 }
 
-TEST_F(HelperInTheEngine, LeavesNothingBehindWithoutBeingTold)
+TEST_F(HelperInTheEngine, ReleasesEverythingWithoutSetSiteNull)
 {
     EXPECT_EQ(helper->SetSite(control()), S_OK);
     show(L"/list");
@@ -182,7 +182,7 @@ TEST_F(HelperInTheEngine, LeavesNothingBehindWithoutBeingTold)
     EXPECT_TRUE(wait_until([&] { return is_showing(server.url(L"/plain")); }));
 }
 
-// A tab says that it is the whole page, which the control does not: complete documents count.
+// A tab object reports TopLevelContainer, which the control does not, so DocumentComplete is handled.
 class HelperInATab : public HelperInTheEngine
 {
 protected:
@@ -208,7 +208,7 @@ protected:
         tab->close();
     }
 
-    // Null, and a failure of the test, when the page has none.
+    // Fails the test and returns null if the page has none.
     CComPtr<IHTMLElement> element(const wchar_t* id)
     {
         const CComQIPtr<IHTMLDocument3> document(shown_page());
@@ -239,12 +239,12 @@ TEST_F(HelperInATab, SendsAClickToTheEditor)
     const CComPtr<IHTMLElement> link = element(L"list");
     ASSERT_NE(link.p, nullptr);
     link->click();
-    EXPECT_THAT(bench.starts(1), ElementsAre(bench.editor_start(server.url(L"/Doc.pdf"))));
+    EXPECT_THAT(editors.starts(1), ElementsAre(editors.editor_start(server.url(L"/Doc.pdf"))));
     EXPECT_TRUE(has_line("info: blocking click event..."));
     EXPECT_THAT(requested(), ElementsAre("/library"));
 }
 
-TEST_F(HelperInATab, TakesTheOpenHandlersOutOfThePage)
+TEST_F(HelperInATab, RemovesTheOpenHandlersFromThePage)
 {
     show_library();
     EXPECT_EQ(markup(L"other").find(L"onclick"), std::wstring::npos) << to_utf8(markup(L"other"));
@@ -262,13 +262,13 @@ TEST_F(HelperInATab, RecordsAPageOnce)
     EXPECT_TRUE(has_line("debug: opening document by " + url(L"/library")));
 }
 
-TEST_F(HelperInATab, ForwardsNothingAfterTheTabsEnd)
+TEST_F(HelperInATab, ForwardsNothingAfterOnQuit)
 {
     show_library();
     tab->close();
     EXPECT_EQ(logged().back(), "info: on_quit");
     show(L"/Doc.pdf");
-    EXPECT_THAT(bench.starts(0), IsEmpty());
+    EXPECT_THAT(editors.starts(0), IsEmpty());
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// What each entry from the browser makes of crashes below it, in the handler and in the browser. The entry
-// has released everything afterwards, as each scene checks at its end.
+// System exceptions in the handler and in the browser, below each entry point. The destructor of fake_tab
+// checks that the entry has released everything.
 #include "platform/unique_handle.h"
 #include "sharepoint/events/browser_events_sink.h"
 #include "sharepoint/events/html_events_sink.h"
@@ -21,7 +21,7 @@ namespace {
 using test::fake_browser;
 using test::fake_document;
 using test::fake_event;
-using test::fake_scene;
+using test::fake_tab;
 using test::make_fake;
 using lines = std::vector<std::string>;
 
@@ -53,14 +53,14 @@ protected:
         browser_->document = page_->dispatch();
     }
 
-    fake_scene scene_;
-    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(scene_);
-    CComPtr<fake_document> page_ = make_fake<fake_document>(scene_, L"http://h/");
+    fake_tab tab_;
+    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(tab_);
+    CComPtr<fake_document> page_ = make_fake<fake_document>(tab_, L"http://h/");
     std::shared_ptr<crashing_handler> handler_ = std::make_shared<crashing_handler>();
     test::log_capture log_;
 };
 
-TEST_P(CrashBelow, ANavigationIsToldTheBrowserAsAFailure)
+TEST_P(CrashBelow, ANavigationReturnsAFailure)
 {
     const auto sink = browser_events_sink::connect(browser_, handler_);
     const auto result = browser_->before_navigate(L"u");
@@ -69,13 +69,13 @@ TEST_P(CrashBelow, ANavigationIsToldTheBrowserAsAFailure)
     EXPECT_EQ(log_.lines(),
               (lines{"debug: on_before_navigate u",
                      "info: System exception in quill::browser_events_sink::on_before_navigate"}));
-    // The browser goes on.
+    // The next event works.
     handler_->crash = [] {};
     EXPECT_EQ(browser_->before_navigate(L"u").cancel, VARIANT_TRUE);
     sink->disconnect(browser_);
 }
 
-TEST_P(CrashBelow, ACompletePageIsToldTheBrowserAsAFailure)
+TEST_P(CrashBelow, ADocumentCompleteReturnsAFailure)
 {
     const auto sink = browser_events_sink::connect(browser_, handler_);
     EXPECT_EQ(browser_->document_complete(L"u"), E_FAIL);
@@ -87,7 +87,7 @@ TEST_P(CrashBelow, ACompletePageIsToldTheBrowserAsAFailure)
     sink->disconnect(browser_);
 }
 
-// The lock is free for every thread, the sink's own references are released.
+// Another thread can take the lock afterwards.
 TEST_P(CrashBelow, AnEventReleasesTheSinkItsLockAndTheHandler)
 {
     auto sink = browser_events_sink::connect(browser_, handler_);
@@ -101,7 +101,7 @@ TEST_P(CrashBelow, AnEventReleasesTheSinkItsLockAndTheHandler)
         SetEvent(quit);
     });
     if (WaitForSingleObject(has_quit.get(), 10'000) != WAIT_OBJECT_0) {
-        other.detach(); // it waits for the lock for ever
+        other.detach();
         FAIL() << "the lock is held";
     }
     other.join();
@@ -112,7 +112,7 @@ TEST_P(CrashBelow, AnEventReleasesTheSinkItsLockAndTheHandler)
 TEST_P(CrashBelow, AClickReleasesTheSinkAndTheHandler)
 {
     auto sink = html_events_sink::connect(page_, handler_);
-    const auto event = make_fake<fake_event>(scene_, nullptr);
+    const auto event = make_fake<fake_event>(tab_, nullptr);
     EXPECT_TRUE(test::is_bool(page_->click(event).value, true));
     EXPECT_EQ(handler_.use_count(), 1);
     sink->disconnect();
@@ -131,10 +131,10 @@ TEST_P(CrashBelow, AReadyStateIsIgnored)
     EXPECT_EQ(sink.Detach()->Release(), 0u);
 }
 
-TEST_P(CrashBelow, AClickIsLetThrough)
+TEST_P(CrashBelow, AClickIsNotCancelled)
 {
     const auto sink = html_events_sink::connect(page_, handler_);
-    const auto event = make_fake<fake_event>(scene_, nullptr);
+    const auto event = make_fake<fake_event>(tab_, nullptr);
     const auto result = page_->click(event);
     EXPECT_EQ(result.code, S_OK);
     EXPECT_TRUE(test::is_bool(result.value, true));
@@ -146,7 +146,7 @@ TEST_P(CrashBelow, AClickIsLetThrough)
     sink->disconnect();
 }
 
-// An object whose Release crashes, of a handler that has opened something.
+// An object whose Release faults, held by a handler that has opened a URL.
 struct crashing_object : IUnknown
 {
     void (*crash)() = nullptr;
@@ -169,7 +169,7 @@ TEST_P(CrashBelow, ANavigationIsCancelledWhenItsUrlWasOpenedBefore)
     const auto result = browser_->before_navigate(L"u");
     EXPECT_EQ(result.code, E_FAIL);
     EXPECT_EQ(result.cancel, VARIANT_TRUE);
-    EXPECT_EQ(scene_.count_calls("IWebBrowser2::Stop"), 1);
+    EXPECT_EQ(tab_.count_calls("IWebBrowser2::Stop"), 1);
     EXPECT_EQ(log_.lines(),
               (lines{"debug: on_before_navigate u", "info:  block navigation to sharepoint PDF!",
                      "info: System exception in quill::browser_events_sink::on_before_navigate"}));
@@ -182,7 +182,7 @@ TEST_P(CrashBelow, AClickIsBlockedWhenItsUrlWasOpenedBefore)
     crashing_object object;
     object.crash = GetParam();
     handler_->crash = [&] { barrier::release_host(&object); };
-    const auto event = make_fake<fake_event>(scene_, nullptr);
+    const auto event = make_fake<fake_event>(tab_, nullptr);
     EXPECT_TRUE(test::is_bool(page_->click(event).value, true));
     EXPECT_TRUE(event->is_blocked());
     EXPECT_EQ(log_.lines(), (lines{"debug: CLICK!", "info: blocking click event...",
@@ -190,23 +190,23 @@ TEST_P(CrashBelow, AClickIsBlockedWhenItsUrlWasOpenedBefore)
     sink->disconnect();
 }
 
-// Each of the two calls that block a click is made, whatever becomes of the other.
-TEST_P(CrashBelow, AClickIsBlockedThoughItsEventFails)
+// Both calls that block a click are made, even if one of them faults.
+TEST_P(CrashBelow, AClickIsBlockedByEachCallThatDoesNotFault)
 {
     const auto sink = html_events_sink::connect(page_, handler_);
     handler_->crash = [] {};
     for (const char* call : {"IHTMLEventObj::put_returnValue", "IHTMLEventObj::put_cancelBubble"}) {
         SCOPED_TRACE(call);
-        scene_.forget_calls();
+        tab_.forget_calls();
         log_.clear();
-        scene_.interrupt_calls_named(call, GetParam());
-        const auto event = make_fake<fake_event>(scene_, nullptr);
+        tab_.interrupt_calls_named(call, GetParam());
+        const auto event = make_fake<fake_event>(tab_, nullptr);
         EXPECT_TRUE(test::is_bool(page_->click(event).value, true));
-        EXPECT_EQ(scene_.count_calls("IHTMLEventObj::put_returnValue"), 1);
-        EXPECT_EQ(scene_.count_calls("IHTMLEventObj::put_cancelBubble"), 1);
+        EXPECT_EQ(tab_.count_calls("IHTMLEventObj::put_returnValue"), 1);
+        EXPECT_EQ(tab_.count_calls("IHTMLEventObj::put_cancelBubble"), 1);
         EXPECT_EQ(log_.lines().back(), "info: System exception in quill::html_events_sink::on_click");
     }
-    scene_.interrupt_calls_named({}, {});
+    tab_.interrupt_calls_named({}, {});
     sink->disconnect();
 }
 
@@ -225,14 +225,14 @@ protected:
     }
 };
 
-TEST_P(CrashBelow, ASiteIsRefused)
+TEST_P(CrashBelow, SetSiteReturnsAFailure)
 {
-    test::editor_bench bench;
+    test::editor_programs editors;
     CComPtr<IObjectWithSite> helper;
     ASSERT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(nullptr, IID_IObjectWithSite,
                                                             reinterpret_cast<void**>(&helper)),
               S_OK);
-    const auto crashing = make_fake<crashing_browser>(scene_);
+    const auto crashing = make_fake<crashing_browser>(tab_);
     crashing->crash = GetParam();
     EXPECT_EQ(helper->SetSite(crashing->unknown()), E_FAIL);
     EXPECT_EQ(log_.lines().back(), "info: System exception in quill::sharepoint_bho::SetSite");

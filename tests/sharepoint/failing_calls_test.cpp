@@ -1,7 +1,6 @@
-// A whole visit to a SharePoint page, with every single call of the browser's and the engine's objects
-// failing in turn: nothing may leak, hang or reach the browser; what the call does not concern goes on as
-// ever, the same event works the next time, and so does the next visit. The default handler gets the URLs of
-// all events that are cancelled.
+// Fault injection: a visit to a SharePoint page in which each call into the browser and the engine fails
+// once. Nothing may leak, hang or reach the browser; other events, the same event's repetition and the next
+// visit must work. The default handler gets the URLs of all cancelled events.
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/page_visit.h"
@@ -17,7 +16,7 @@ namespace quill {
 namespace {
 
 using test::event_outcome;
-using test::fake_scene;
+using test::fake_tab;
 using test::visit_record;
 using test::visit_step;
 
@@ -26,12 +25,12 @@ constexpr std::size_t place(visit_step step)
     return static_cast<std::size_t>(step);
 }
 
-// What is to come of a visit in which one call fails, worked out from one in which none did.
+// The expected outcome of a visit in which one call fails, derived from one without a failure.
 class expectation
 {
 public:
-    // call: counted from 0.
-    expectation(const visit_record& normal, std::size_t call, fake_scene::failure how)
+    // call counts from 0.
+    expectation(const visit_record& normal, std::size_t call, fake_tab::failure how)
         : expected_(normal), call_(call), how_(how)
     {
         if (is_between(begin_of(visit_step::attach), begin_of(visit_step::other_navigation)))
@@ -56,7 +55,7 @@ private:
         return static_cast<std::size_t>(found - begin);
     }
 
-    // end when it is not among them.
+    // Returns end if it is not found.
     std::size_t find(const char* name, std::size_t from, std::size_t end) const
     {
         const auto begin = expected_.calls.begin();
@@ -64,7 +63,7 @@ private:
         return static_cast<std::size_t>(std::find(place_of(from), place_of(end), name) - begin);
     }
 
-    // Nothing comes of any step from first to last.
+    // No event is received from first to last.
     void expect_silence(visit_step first, visit_step last)
     {
         for (std::size_t step = place(first); step <= place(last); ++step) {
@@ -73,20 +72,20 @@ private:
         }
     }
 
-    // What is no browser is taken all the same, and not listened to. One that says that it took the
-    // connection is believed.
+    // A site that is no browser is accepted without a subscription. An Advise that reports success is
+    // trusted.
     void expect_of_attaching()
     {
         const bool is_browser_query = call_ == 0;
         const bool is_believed =
-            expected_.calls[call_] == "IConnectionPoint::Advise" && how_ != fake_scene::failure::error;
+            expected_.calls[call_] == "IConnectionPoint::Advise" && how_ != fake_tab::failure::error;
         if (!is_browser_query && !is_believed)
             expected_.outcomes[place(visit_step::attach)] = event_outcome{E_FAIL};
         expect_silence(visit_step::other_navigation, visit_step::quit);
         expected_.is_rewritten = false;
     }
 
-    // A page counts as what it was found to be when it was first complete.
+    // A page is classified when it is first complete.
     void expect_of_completing()
     {
         const std::size_t recording = find("IHTMLDocument3::get_documentElement", 0) - 1;
@@ -96,14 +95,14 @@ private:
             let_pass(expected_.outcomes[place(visit_step::click)]);
             let_pass(expected_.repeats[place(visit_step::click)]);
             expected_.is_rewritten = false;
-        } else if (call_ == advise && how_ != fake_scene::failure::error) {
+        } else if (call_ == advise && how_ != fake_tab::failure::error) {
             expect_silence(visit_step::click, visit_step::ready);
         } else if (call_ > content && call_ <= advise) {
             expected_.outcomes[place(visit_step::complete)] = event_outcome{E_FAIL};
         }
     }
 
-    // Before the decision the event passes; after it nothing changes any more.
+    // A failure before the decision leaves the event to the browser; one after it changes nothing.
     void expect_of_asking()
     {
         const auto expect = [&](visit_step step, bool is_repeat, auto&& is_asked) {
@@ -121,18 +120,17 @@ private:
         }
     }
 
-    // Whether the call is one of those, from begin on, without which a page is not known for one of
-    // SharePoint's. Scripts that cannot be read are passed over, and a search that fails has a substitute.
+    // Whether the call, from begin on, is needed to classify a page as SharePoint's. Unreadable scripts are
+    // ignored, and a failed search has a substitute.
     bool decides_kind(std::size_t begin, std::size_t recording) const
     {
         const std::size_t root = find("IHTMLDocument3::get_documentElement", recording);
         const std::size_t source = find("IHTMLScriptElement::get_src", recording);
-        const std::size_t inner_search = source + 1; // the query for the way to search inside an element
+        const std::size_t inner_search = source + 1; // the query for IHTMLElement2
         const std::string& name = expected_.calls[call_];
         if (is_between(begin, root + 1))
             return true;
-        // All heads are looked for when the root's first child is none or cannot be had; nothing stands in
-        // for that.
+        // If the root's first child is not the head, all heads are searched; that search has no substitute.
         const std::size_t heads = find("IHTMLDocument3::getElementsByTagName", root, source);
         if (heads < source && is_between(heads, find("IHTMLElementCollection::item", heads) + 2))
             return true;
@@ -144,7 +142,7 @@ private:
 
     visit_record expected_;
     std::size_t call_;
-    fake_scene::failure how_;
+    fake_tab::failure how_;
 };
 
 void expect_same(const visit_record& visit, const visit_record& expected)
@@ -168,25 +166,25 @@ void expect_full_success(const visit_record& visit)
     EXPECT_TRUE(visit.is_rewritten);
 }
 
-class FailingCalls : public testing::TestWithParam<std::tuple<fake_scene::failure, bool>>
+class FailingCalls : public testing::TestWithParam<std::tuple<fake_tab::failure, bool>>
 {
 };
 
-TEST_P(FailingCalls, LeaveNothingBehind)
+TEST_P(FailingCalls, LeakNothingAndAffectTheirOwnEventOnly)
 {
     const auto [how, has_element2] = GetParam();
-    test::editor_bench bench;
+    test::editor_programs editors;
     const test::launch_recording recording;
     CComPtr<IObjectWithSite> helper;
     ASSERT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(nullptr, IID_IObjectWithSite,
                                                             reinterpret_cast<void**>(&helper)),
               S_OK);
     const auto visit = [&](int failing_call) {
-        fake_scene scene;
+        fake_tab tab;
         if (failing_call)
-            scene.fail_call(failing_call, how);
-        const visit_record record = test::visit_page(scene, helper, has_element2);
-        EXPECT_EQ(scene.has_failed(), failing_call != 0);
+            tab.fail_call(failing_call, how);
+        const visit_record record = test::visit_page(tab, helper, has_element2);
+        EXPECT_EQ(tab.has_failed(), failing_call != 0);
         test::expect_opened_what_was_cancelled(record);
         return record;
     };
@@ -208,9 +206,8 @@ TEST_P(FailingCalls, LeaveNothingBehind)
 }
 
 INSTANTIATE_TEST_SUITE_P(InEveryWay, FailingCalls,
-                         testing::Combine(testing::Values(fake_scene::failure::error,
-                                                          fake_scene::failure::empty,
-                                                          fake_scene::failure::untouched),
+                         testing::Combine(testing::Values(fake_tab::failure::error, fake_tab::failure::empty,
+                                                          fake_tab::failure::untouched),
                                           testing::Bool()));
 
 } // namespace

@@ -26,8 +26,8 @@ VARIANT dispatch_argument(IDispatch* dispatch)
 
 } // namespace
 
-fake_browser::fake_browser(fake_scene& scene)
-    : fake_object(scene), events_(make_fake<fake_connection_point>(scene, IID_browser_events))
+fake_browser::fake_browser(fake_tab& tab)
+    : fake_object(tab), events_(make_fake<fake_connection_point>(tab, IID_browser_events))
 {
 }
 
@@ -54,14 +54,14 @@ void fake_browser::quit()
 
 HRESULT fake_browser::get_Document(IDispatch** out)
 {
-    if (const auto result = scene().enter("IWebBrowser2::get_Document", out))
+    if (const auto result = tab().enter("IWebBrowser2::get_Document", out))
         return *result;
     return hand_out(document.p, out);
 }
 
 HRESULT fake_browser::get_TopLevelContainer(VARIANT_BOOL* out)
 {
-    if (const auto result = scene().enter("IWebBrowser2::get_TopLevelContainer", out))
+    if (const auto result = tab().enter("IWebBrowser2::get_TopLevelContainer", out))
         return *result;
     *out = is_top_level;
     return S_OK;
@@ -70,14 +70,14 @@ HRESULT fake_browser::get_TopLevelContainer(VARIANT_BOOL* out)
 HRESULT fake_browser::Stop()
 {
     ++stops;
-    if (const auto result = scene().enter("IWebBrowser2::Stop"))
+    if (const auto result = tab().enter("IWebBrowser2::Stop"))
         return *result;
     return S_OK;
 }
 
 HRESULT fake_browser::FindConnectionPoint(REFIID iid, IConnectionPoint** out)
 {
-    if (const auto result = scene().enter("IConnectionPointContainer::FindConnectionPoint", out))
+    if (const auto result = tab().enter("IConnectionPointContainer::FindConnectionPoint", out))
         return *result;
     EXPECT_EQ(iid, IID_browser_events);
     return hand_out(events_.p, out);

@@ -8,7 +8,7 @@
 
 namespace quill::test {
 
-// What comes out of a BeforeNavigate2.
+// The result of a BeforeNavigate2.
 struct navigation_result
 {
     HRESULT code = E_UNEXPECTED;
@@ -19,17 +19,17 @@ class fake_browser : public fake_object<without_IWebBrowser2<IWebBrowser2>,
                                         without_IConnectionPointContainer<IConnectionPointContainer>>
 {
 public:
-    explicit fake_browser(fake_scene& scene);
+    explicit fake_browser(fake_tab& tab);
 
-    CComPtr<IDispatch> document; // null: no page
-    bool is_browser = true;      // answers IWebBrowser2
+    CComPtr<IDispatch> document; // null without a page
+    bool is_browser = true;      // has IWebBrowser2
     VARIANT_BOOL is_top_level = VARIANT_TRUE;
     int stops = 0;
 
     fake_connection_point& events() { return *events_; }
     IUnknown* unknown() { return static_cast<IWebBrowser2*>(this); }
 
-    // Fires the events as the browser does, about itself or about one of its frames.
+    // Fires the events as the browser does, for itself or for one of its frames.
     navigation_result before_navigate(const std::wstring& url, fake_browser* frame = nullptr);
     HRESULT document_complete(const std::wstring& url, fake_browser* frame = nullptr);
     void quit();
@@ -46,7 +46,7 @@ private:
     CComPtr<fake_connection_point> events_;
 };
 
-// The arguments of a BeforeNavigate2, each of which may be replaced before it is fired.
+// The arguments of a BeforeNavigate2; a test may replace each of them before it fires the event.
 struct before_navigate_arguments
 {
     before_navigate_arguments(IDispatch* frame, const std::wstring& address);
@@ -60,13 +60,13 @@ struct before_navigate_arguments
     CComVariant url;
     CComVariant flags;
     CComVariant frame_name;
-    CComVariant post_data; // what the variant that the browser passes refers to
+    CComVariant post_data; // referred to by the VARIANT that the browser passes
     CComVariant headers;
     VARIANT_BOOL cancel = VARIANT_FALSE;
-    // What goes into the event: by default references to the above.
+    // The event's arguments; by default they refer to the members above.
     VARIANT disp{};
     VARIANT url_argument{};
-    VARIANT post_data_reference{}; // BYREF | VARIANT to post_data
+    VARIANT post_data_reference{}; // VT_BYREF | VT_VARIANT to post_data
     VARIANT post_data_argument{};
     VARIANT cancel_argument{};
 };

@@ -15,8 +15,8 @@ event_result fire_at(IDispatch* sink, DISPID event, std::vector<VARIANT> argumen
 
 std::vector<event_result> fake_connection_point::fire(DISPID event, std::vector<VARIANT> arguments)
 {
-    // A sink may disconnect while it is called. Nothing but the connection holds it, as with hosts that count
-    // on their sinks to hold themselves.
+    // A sink may disconnect while it is called. The loop holds no reference of its own, like hosts that rely
+    // on the sink to hold itself.
     std::vector<DWORD> cookies;
     for (const auto& [cookie, sink] : sinks_)
         cookies.push_back(cookie);
@@ -42,8 +42,8 @@ HRESULT fake_connection_point::Advise(IUnknown* sink, DWORD* cookie)
 {
     if (keeps_sink_when_failing)
         EXPECT_TRUE(connect(sink));
-    if (const auto result = scene().enter("IConnectionPoint::Advise")) {
-        if (!scene().leaves_out_untouched())
+    if (const auto result = tab().enter("IConnectionPoint::Advise")) {
+        if (!tab().leaves_out_untouched())
             *cookie = 0;
         return *result;
     }
@@ -55,11 +55,11 @@ HRESULT fake_connection_point::Advise(IUnknown* sink, DWORD* cookie)
 
 HRESULT fake_connection_point::Unadvise(DWORD cookie)
 {
-    // A sink may believe an Advise that only said that it succeeded.
-    EXPECT_TRUE(sinks_.count(cookie) == 1 || scene().has_failed()) << "a connection that there is not";
-    // Fails, if it shall, after the connection has ended: hosts differ in what they answer, not in that.
+    // An Advise that was made to succeed without connecting hands out no valid cookie.
+    EXPECT_TRUE(sinks_.count(cookie) == 1 || tab().has_failed()) << "unknown cookie";
+    // Disconnects before it fails, unless keeps_sink_when_failing.
     const bool is_connected = keeps_sink_when_failing || sinks_.erase(cookie) == 1;
-    if (const auto result = scene().enter("IConnectionPoint::Unadvise"))
+    if (const auto result = tab().enter("IConnectionPoint::Unadvise"))
         return *result;
     if (keeps_sink_when_failing)
         sinks_.erase(cookie);

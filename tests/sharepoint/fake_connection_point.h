@@ -1,4 +1,4 @@
-// A connection point that events are fired from, as hosts fire them: through IDispatch::Invoke.
+// A fake connection point that fires events as hosts do, through IDispatch::Invoke.
 #pragma once
 
 #include "tests/sharepoint/fake_object.h"
@@ -16,7 +16,7 @@ struct event_result
     CComVariant value;
 };
 
-// Whether the variant is VT_BOOL with exactly the system's value for it.
+// Whether the VARIANT is VT_BOOL with VARIANT_TRUE or VARIANT_FALSE.
 inline bool is_bool(const VARIANT& variant, bool value)
 {
     return variant.vt == VT_BOOL && variant.boolVal == (value ? VARIANT_TRUE : VARIANT_FALSE);
@@ -25,14 +25,14 @@ inline bool is_bool(const VARIANT& variant, bool value)
 class fake_connection_point : public fake_object<without_IConnectionPoint<IConnectionPoint>>
 {
 public:
-    fake_connection_point(fake_scene& scene, const IID& events) : fake_object(scene), events_(events) {}
+    fake_connection_point(fake_tab& tab, const IID& events) : fake_object(tab), events_(events) {}
 
-    // Fires an event at every sink; arguments are in the order in which the host packs them, last first.
+    // Fires an event at each sink; arguments in reverse order, as in DISPPARAMS.
     std::vector<event_result> fire(DISPID event, std::vector<VARIANT> arguments);
-    // Whether Advise connects before it may fail, and Unadvise fails before it disconnects.
+    // Advise connects before it fails, and Unadvise fails before it disconnects.
     bool keeps_sink_when_failing = false;
     std::size_t sinks() const { return sinks_.size(); }
-    // One of the sinks, to hold on to.
+    // One of the sinks; null without one.
     CComPtr<IDispatch> first_sink() const { return sinks_.empty() ? nullptr : sinks_.begin()->second; }
 
     HRESULT STDMETHODCALLTYPE Advise(IUnknown* sink, DWORD* cookie) override;

@@ -9,21 +9,21 @@
 
 namespace quill::test {
 
-fake_document::fake_document(fake_scene& scene, std::wstring url)
-    : fake_object(scene), head(make_fake<fake_element>(scene, element_text{.tag = L"HEAD"})),
-      url_(std::move(url)), root_(make_fake<fake_element>(scene, element_text{.tag = L"HTML"})),
-      events_(make_fake<fake_connection_point>(scene, IID_html_document_events))
+fake_document::fake_document(fake_tab& tab, std::wstring url)
+    : fake_object(tab), head(make_fake<fake_element>(tab, element_text{.tag = L"HEAD"})),
+      url_(std::move(url)), root_(make_fake<fake_element>(tab, element_text{.tag = L"HTML"})),
+      events_(make_fake<fake_connection_point>(tab, IID_html_document_events))
 {
 }
 
 fake_element& fake_document::add_to_head(element_text text)
 {
-    return *head->children().emplace_back(make_fake<fake_element>(scene(), std::move(text)));
+    return *head->children().emplace_back(make_fake<fake_element>(tab(), std::move(text)));
 }
 
 fake_element& fake_document::add_to_body(element_text text)
 {
-    return *body_.emplace_back(make_fake<fake_element>(scene(), std::move(text)));
+    return *body_.emplace_back(make_fake<fake_element>(tab(), std::move(text)));
 }
 
 event_result fake_document::click(IDispatch* event)
@@ -39,7 +39,7 @@ event_result fake_document::click(IDispatch* event)
 event_result fake_document::change_ready_state(std::wstring state)
 {
     ready_state = std::move(state);
-    const auto event = make_fake<fake_event>(scene(), nullptr);
+    const auto event = make_fake<fake_event>(tab(), nullptr);
     VARIANT argument{};
     argument.vt = VT_DISPATCH;
     argument.pdispVal = event;
@@ -50,46 +50,46 @@ event_result fake_document::change_ready_state(std::wstring state)
 
 HRESULT fake_document::get_URL(BSTR* out)
 {
-    if (const auto result = scene().enter("IHTMLDocument2::get_URL", out))
+    if (const auto result = tab().enter("IHTMLDocument2::get_URL", out))
         return *result;
     return hand_out(url_, out);
 }
 
 HRESULT fake_document::get_readyState(BSTR* out)
 {
-    if (const auto result = scene().enter("IHTMLDocument2::get_readyState", out))
+    if (const auto result = tab().enter("IHTMLDocument2::get_readyState", out))
         return *result;
     return hand_out(ready_state, out);
 }
 
 HRESULT fake_document::get_documentElement(IHTMLElement** out)
 {
-    if (const auto result = scene().enter("IHTMLDocument3::get_documentElement", out))
+    if (const auto result = tab().enter("IHTMLDocument3::get_documentElement", out))
         return *result;
-    // A comment is an element to the older engines.
+    // Older engines list comments as elements.
     root_->children().clear();
     if (!is_head_first)
-        root_->children().push_back(make_fake<fake_element>(scene(), element_text{.tag = L"!"}));
+        root_->children().push_back(make_fake<fake_element>(tab(), element_text{.tag = L"!"}));
     if (has_head)
         root_->children().push_back(head);
-    root_->children().push_back(make_fake<fake_element>(scene(), element_text{.tag = L"BODY"}));
+    root_->children().push_back(make_fake<fake_element>(tab(), element_text{.tag = L"BODY"}));
     return has_root ? hand_out(root_.p, out) : S_OK;
 }
 
 HRESULT fake_document::getElementsByTagName(BSTR tag, IHTMLElementCollection** out)
 {
-    if (const auto result = scene().enter("IHTMLDocument3::getElementsByTagName", out))
+    if (const auto result = tab().enter("IHTMLDocument3::getElementsByTagName", out))
         return *result;
     const bool is_head = std::wstring_view(tag) == L"head";
-    EXPECT_TRUE(is_head || std::wstring_view(tag) == L"a") << "elements of the whole document";
+    EXPECT_TRUE(is_head || std::wstring_view(tag) == L"a") << "unexpected search of the whole document";
     if (!is_head)
-        return hand_out_tagged(scene(), body_, tag, out);
-    return hand_out_tagged(scene(), has_head ? element_list{head} : element_list{}, tag, out);
+        return hand_out_tagged(tab(), body_, tag, out);
+    return hand_out_tagged(tab(), has_head ? element_list{head} : element_list{}, tag, out);
 }
 
 HRESULT fake_document::FindConnectionPoint(REFIID iid, IConnectionPoint** out)
 {
-    if (const auto result = scene().enter("IConnectionPointContainer::FindConnectionPoint", out))
+    if (const auto result = tab().enter("IConnectionPointContainer::FindConnectionPoint", out))
         return *result;
     EXPECT_EQ(iid, IID_html_document_events);
     return hand_out(events_.p, out);
@@ -108,14 +108,14 @@ IUnknown* fake_document::find_interface(REFIID iid)
 
 HRESULT fake_event::get_srcElement(IHTMLElement** out)
 {
-    if (const auto result = scene().enter("IHTMLEventObj::get_srcElement", out))
+    if (const auto result = tab().enter("IHTMLEventObj::get_srcElement", out))
         return *result;
     return hand_out(source_.p, out);
 }
 
 HRESULT fake_event::put_returnValue(VARIANT value)
 {
-    if (const auto result = scene().enter("IHTMLEventObj::put_returnValue"))
+    if (const auto result = tab().enter("IHTMLEventObj::put_returnValue"))
         return *result;
     return_value = value;
     return S_OK;
@@ -123,7 +123,7 @@ HRESULT fake_event::put_returnValue(VARIANT value)
 
 HRESULT fake_event::put_cancelBubble(VARIANT_BOOL value)
 {
-    if (const auto result = scene().enter("IHTMLEventObj::put_cancelBubble"))
+    if (const auto result = tab().enter("IHTMLEventObj::put_cancelBubble"))
         return *result;
     cancel_bubble = value;
     return S_OK;
@@ -136,9 +136,9 @@ IUnknown* fake_event::find_interface(REFIID iid)
     return nullptr;
 }
 
-CComPtr<fake_document> sharepoint_page(fake_scene& scene, std::wstring url)
+CComPtr<fake_document> sharepoint_page(fake_tab& tab, std::wstring url)
 {
-    auto page = make_fake<fake_document>(scene, std::move(url));
+    auto page = make_fake<fake_document>(tab, std::move(url));
     page->add_to_head({.tag = L"META", .name = L"GENERATOR", .content = L"Microsoft SharePoint"});
     return page;
 }

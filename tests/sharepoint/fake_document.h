@@ -1,4 +1,4 @@
-// A fake HTML document: strict about its callers, with a connection point for its events.
+// A strict fake of an HTML document with a connection point for its events.
 #pragma once
 
 #include "tests/sharepoint/fake_connection_point.h"
@@ -12,24 +12,24 @@ class fake_document
 {
 public:
     // A page with an empty head.
-    fake_document(fake_scene& scene, std::wstring url);
+    fake_document(fake_tab& tab, std::wstring url);
 
     fake_element& add_to_head(element_text text);
     fake_element& add_to_body(element_text text);
     fake_connection_point& events() { return *events_; }
     IDispatch* dispatch() { return static_cast<IHTMLDocument2*>(this); }
 
-    // What the engine fires at onclick, with the element that was clicked, and at onreadystatechange.
+    // Fire onclick with the event object, and onreadystatechange after a change of the ready state.
     event_result click(IDispatch* event);
     event_result change_ready_state(std::wstring state);
 
     std::wstring ready_state = L"complete";
-    bool is_html = true;       // answers IHTMLDocument2
-    bool has_document3 = true; // answers IHTMLDocument3
+    bool is_html = true;       // has IHTMLDocument2
+    bool has_document3 = true; // has IHTMLDocument3
     bool has_root = true;
     bool has_head = true;
-    bool is_head_first = true; // below the root
-    bool has_events = true;    // is a connection point container
+    bool is_head_first = true; // the root's first child
+    bool has_events = true;    // has IConnectionPointContainer
 
     HRESULT STDMETHODCALLTYPE get_URL(BSTR* out) override;
     HRESULT STDMETHODCALLTYPE get_readyState(BSTR* out) override;
@@ -49,16 +49,16 @@ private:
     CComPtr<fake_connection_point> events_;
 };
 
-// What onclick carries.
+// The event object of onclick.
 class fake_event : public fake_object<without_IHTMLEventObj<IHTMLEventObj>>
 {
 public:
-    fake_event(fake_scene& scene, fake_element* source) : fake_object(scene), source_(source) {}
+    fake_event(fake_tab& tab, fake_element* source) : fake_object(tab), source_(source) {}
 
-    bool is_event = true; // answers IHTMLEventObj
+    bool is_event = true; // has IHTMLEventObj
     CComVariant return_value;
     VARIANT_BOOL cancel_bubble = VARIANT_FALSE;
-    // Whether the click was let through: neither was touched.
+    // Whether no member that blocks a click was written.
     bool is_untouched() const { return return_value.vt == VT_EMPTY && cancel_bubble == VARIANT_FALSE; }
     // Whether both calls that block a click have been made.
     bool is_blocked() const { return is_bool(return_value, false) && cancel_bubble == VARIANT_TRUE; }
@@ -74,19 +74,19 @@ private:
     CComPtr<fake_element> source_;
 };
 
-// Owns the first reference of a new fake.
+// Creates a fake; the CComPtr owns its first reference.
 template <class Fake, class... Arguments>
-CComPtr<Fake> make_fake(fake_scene& scene, Arguments&&... arguments)
+CComPtr<Fake> make_fake(fake_tab& tab, Arguments&&... arguments)
 {
     CComPtr<Fake> fake;
-    fake.Attach(new Fake(scene, std::forward<Arguments>(arguments)...));
+    fake.Attach(new Fake(tab, std::forward<Arguments>(arguments)...));
     return fake;
 }
 
-// A page by SharePoint's generator.
-CComPtr<fake_document> sharepoint_page(fake_scene& scene, std::wstring url);
+// A page with SharePoint's generator.
+CComPtr<fake_document> sharepoint_page(fake_tab& tab, std::wstring url);
 
-// A link as SharePoint's document lists have it.
+// A link of a SharePoint document list.
 element_text list_link(const std::wstring& href);
 
 } // namespace quill::test

@@ -15,7 +15,7 @@ HRESULT hand_out_attribute(const std::optional<std::wstring>& value, BSTR* out)
 
 HRESULT fake_element::get_tagName(BSTR* out)
 {
-    if (const auto result = scene().enter("IHTMLElement::get_tagName", out))
+    if (const auto result = tab().enter("IHTMLElement::get_tagName", out))
         return *result;
     return hand_out(text_.tag, out);
 }
@@ -24,7 +24,7 @@ HRESULT fake_element::getAttribute(BSTR name, LONG flags, VARIANT* out)
 {
     EXPECT_STREQ(name, L"href");
     EXPECT_EQ(flags, 0);
-    if (const auto result = scene().enter("IHTMLElement::getAttribute", out))
+    if (const auto result = tab().enter("IHTMLElement::getAttribute", out))
         return *result;
     if (href_object) {
         out->vt = VT_DISPATCH;
@@ -37,14 +37,14 @@ HRESULT fake_element::getAttribute(BSTR name, LONG flags, VARIANT* out)
 
 HRESULT fake_element::get_outerHTML(BSTR* out)
 {
-    if (const auto result = scene().enter("IHTMLElement::get_outerHTML", out))
+    if (const auto result = tab().enter("IHTMLElement::get_outerHTML", out))
         return *result;
     return hand_out(text_.outer_html, out);
 }
 
 HRESULT fake_element::put_outerHTML(BSTR html)
 {
-    if (const auto result = scene().enter("IHTMLElement::put_outerHTML"))
+    if (const auto result = tab().enter("IHTMLElement::put_outerHTML"))
         return *result;
     text_.outer_html.assign(html, SysStringLen(html));
     written_html_.push_back(text_.outer_html);
@@ -53,44 +53,44 @@ HRESULT fake_element::put_outerHTML(BSTR html)
 
 HRESULT fake_element::get_children(IDispatch** out)
 {
-    if (const auto result = scene().enter("IHTMLElement::get_children", out))
+    if (const auto result = tab().enter("IHTMLElement::get_children", out))
         return *result;
-    *out = new fake_collection(scene(), children_);
+    *out = new fake_collection(tab(), children_);
     return S_OK;
 }
 
 HRESULT fake_element::get_all(IDispatch** out)
 {
-    if (const auto result = scene().enter("IHTMLElement::get_all", out))
+    if (const auto result = tab().enter("IHTMLElement::get_all", out))
         return *result;
-    *out = new fake_collection(scene(), children_);
+    *out = new fake_collection(tab(), children_);
     return S_OK;
 }
 
 HRESULT fake_element::getElementsByTagName(BSTR tag, IHTMLElementCollection** out)
 {
-    if (const auto result = scene().enter("IHTMLElement2::getElementsByTagName", out))
+    if (const auto result = tab().enter("IHTMLElement2::getElementsByTagName", out))
         return *result;
-    return hand_out_tagged(scene(), children_, tag, out);
+    return hand_out_tagged(tab(), children_, tag, out);
 }
 
 HRESULT fake_element::get_src(BSTR* out)
 {
-    if (const auto result = scene().enter("IHTMLScriptElement::get_src", out))
+    if (const auto result = tab().enter("IHTMLScriptElement::get_src", out))
         return *result;
     return hand_out_attribute(text_.src, out);
 }
 
 HRESULT fake_element::get_name(BSTR* out)
 {
-    if (const auto result = scene().enter("IHTMLMetaElement::get_name", out))
+    if (const auto result = tab().enter("IHTMLMetaElement::get_name", out))
         return *result;
     return hand_out_attribute(text_.name, out);
 }
 
 HRESULT fake_element::get_content(BSTR* out)
 {
-    if (const auto result = scene().enter("IHTMLMetaElement::get_content", out))
+    if (const auto result = tab().enter("IHTMLMetaElement::get_content", out))
         return *result;
     return hand_out_attribute(text_.content, out);
 }
@@ -110,7 +110,7 @@ IUnknown* fake_element::find_interface(REFIID iid)
 
 HRESULT fake_collection::get_length(LONG* out)
 {
-    if (const auto result = scene().enter("IHTMLElementCollection::get_length", out))
+    if (const auto result = tab().enter("IHTMLElementCollection::get_length", out))
         return *result;
     *out = static_cast<LONG>(elements_.size());
     return S_OK;
@@ -118,7 +118,7 @@ HRESULT fake_collection::get_length(LONG* out)
 
 HRESULT fake_collection::item(VARIANT name, VARIANT, IDispatch** out)
 {
-    if (const auto result = scene().enter("IHTMLElementCollection::item", out))
+    if (const auto result = tab().enter("IHTMLElementCollection::item", out))
         return *result;
     EXPECT_EQ(name.vt, VT_I4);
     if (name.lVal < 0 || static_cast<std::size_t>(name.lVal) >= elements_.size())
@@ -128,11 +128,11 @@ HRESULT fake_collection::item(VARIANT name, VARIANT, IDispatch** out)
 
 HRESULT fake_collection::tags(VARIANT tag, IDispatch** out)
 {
-    if (const auto result = scene().enter("IHTMLElementCollection::tags", out))
+    if (const auto result = tab().enter("IHTMLElementCollection::tags", out))
         return *result;
     EXPECT_EQ(tag.vt, VT_BSTR);
     CComPtr<IHTMLElementCollection> tagged;
-    const HRESULT code = hand_out_tagged(scene(), elements_, tag.bstrVal, &tagged);
+    const HRESULT code = hand_out_tagged(tab(), elements_, tag.bstrVal, &tagged);
     *out = tagged.Detach();
     return code;
 }
@@ -143,14 +143,14 @@ IUnknown* fake_collection::find_interface(REFIID iid)
     return known ? this : nullptr;
 }
 
-HRESULT hand_out_tagged(fake_scene& scene, const element_list& elements, const std::wstring& tag,
+HRESULT hand_out_tagged(fake_tab& tab, const element_list& elements, const std::wstring& tag,
                         IHTMLElementCollection** out)
 {
     element_list tagged;
     for (const CComPtr<fake_element>& element : elements)
         if (_wcsicmp(element->tag().c_str(), tag.c_str()) == 0)
             tagged.push_back(element);
-    *out = new fake_collection(scene, std::move(tagged));
+    *out = new fake_collection(tab, std::move(tagged));
     return S_OK;
 }
 

@@ -1,4 +1,4 @@
-// Elements of a fake page and collections of them.
+// Fakes of a page's elements and of element collections.
 #pragma once
 
 #include "tests/sharepoint/fake_object.h"
@@ -15,7 +15,7 @@ struct element_text
 {
     std::wstring tag;
     std::wstring outer_html = {};
-    // Attributes that are not there read as null.
+    // A missing attribute is read as null.
     std::optional<std::wstring> href = {};
     std::optional<std::wstring> src = {};
     std::optional<std::wstring> name = {};
@@ -31,19 +31,19 @@ class fake_element
                          without_IHTMLMetaElement<IHTMLMetaElement>>
 {
 public:
-    fake_element(fake_scene& scene, element_text text) : fake_object(scene), text_(std::move(text)) {}
+    fake_element(fake_tab& tab, element_text text) : fake_object(tab), text_(std::move(text)) {}
 
     const std::wstring& tag() const { return text_.tag; }
     const std::wstring& outer_html() const { return text_.outer_html; }
-    // Those written over this element's own, in order.
+    // Markup that was written to outerHTML, in order.
     const std::vector<std::wstring>& written_html() const { return written_html_; }
     element_list& children() { return children_; }
     IDispatch* dispatch() { return static_cast<IHTMLElement*>(this); }
 
-    // An element of an engine that has only the older way to search inside it.
+    // false: an engine without IHTMLElement2
     bool has_element2 = true;
-    IDispatch* href_object = nullptr; // answered for the href in place of its text
-    // Something in a collection that is no element at all.
+    IDispatch* href_object = nullptr; // returned for href in place of text
+    // false: an item of a collection that is no element
     bool is_element = true;
 
     HRESULT STDMETHODCALLTYPE get_tagName(BSTR* out) override;
@@ -69,8 +69,7 @@ private:
 class fake_collection : public fake_object<without_IHTMLElementCollection<IHTMLElementCollection>>
 {
 public:
-    fake_collection(fake_scene& scene, element_list elements)
-        : fake_object(scene), elements_(std::move(elements))
+    fake_collection(fake_tab& tab, element_list elements) : fake_object(tab), elements_(std::move(elements))
     {
     }
 
@@ -85,8 +84,8 @@ private:
     element_list elements_;
 };
 
-// Hands out a collection of those elements that have the tag.
-HRESULT hand_out_tagged(fake_scene& scene, const element_list& elements, const std::wstring& tag,
+// Returns a collection of the elements with the tag.
+HRESULT hand_out_tagged(fake_tab& tab, const element_list& elements, const std::wstring& tag,
                         IHTMLElementCollection** out);
 
 } // namespace quill::test

@@ -1,4 +1,4 @@
-// What every fake is: an object of a scene with a true reference count.
+// Base of the fakes: counts references and registers with the fake_tab of the test.
 #pragma once
 
 #include "tests/sharepoint/fake_tab.h"
@@ -12,36 +12,36 @@
 
 namespace quill::test {
 
-// Bases are without_X<X> of each interface X. The new object has one reference, the creator's.
+// Bases are without_X<X> for each interface X. A new object has one reference, which the creator owns.
 template <class... Bases>
 class fake_object : public Bases...
 {
 public:
-    explicit fake_object(fake_scene& scene) : scene_(scene) { scene_.object_created(); }
-    virtual ~fake_object() { scene_.object_destroyed(); }
+    explicit fake_object(fake_tab& tab) : tab_(tab) { tab_.object_created(); }
+    virtual ~fake_object() { tab_.object_destroyed(); }
     fake_object(const fake_object&) = delete;
     fake_object& operator=(const fake_object&) = delete;
 
-    static void operator delete(void* memory, std::size_t size) { fake_scene::bury(memory, size); }
+    static void operator delete(void* memory, std::size_t size) { fake_tab::destroy(memory, size); }
 
     [[gnu::noinline]] ULONG STDMETHODCALLTYPE AddRef() override
     {
-        scene_.reference_call(__builtin_return_address(0));
+        tab_.reference_call(__builtin_return_address(0));
         return ++references_;
     }
     [[gnu::noinline]] ULONG STDMETHODCALLTYPE Release() override
     {
-        fake_scene& scene = scene_;
+        fake_tab& tab = tab_;
         const ULONG left = --references_;
         if (left == 0)
             delete this;
-        scene.reference_call(__builtin_return_address(0));
+        tab.reference_call(__builtin_return_address(0));
         return left;
     }
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override
     {
         if (iid != IID_IUnknown)
-            if (const auto result = scene_.enter("IUnknown::QueryInterface", out))
+            if (const auto result = tab_.enter("IUnknown::QueryInterface", out))
                 return *result;
         *out = nullptr;
         IUnknown* const found = find_interface(iid);
@@ -53,17 +53,17 @@ public:
     }
 
 protected:
-    // Not AddRef'd; null for what the object does not have.
+    // Not AddRef'd; null if the object does not have the interface.
     virtual IUnknown* find_interface(REFIID iid) = 0;
 
-    fake_scene& scene() const { return scene_; }
+    fake_tab& tab() const { return tab_; }
 
 private:
-    fake_scene& scene_;
+    fake_tab& tab_;
     ULONG references_ = 1;
 };
 
-// Hands out one more reference: out is the caller's pointer.
+// Returns a new reference in an out parameter.
 template <class Interface, class Object>
 HRESULT hand_out(Object* object, Interface** out)
 {

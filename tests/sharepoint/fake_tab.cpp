@@ -11,22 +11,22 @@
 
 namespace {
 
-// Counts the objects of the code under test, as the module it belongs to would.
+// The module object of this program: its lock count is the number of objects of the code under test.
 class test_module : public CAtlDllModuleT<test_module>
 {
 } module_of_this_program;
 
-std::vector<void*> buried;
+std::vector<void*> destroyed;
 
-void empty_graves()
+void free_destroyed()
 {
-    for (void* const memory : std::exchange(buried, {}))
+    for (void* const memory : std::exchange(destroyed, {}))
         ::operator delete(memory);
 }
 
 } // namespace
 
-// Whatever a fake does not have was not to be called.
+// Methods that a fake does not implement must not be called.
 HRESULT unimplemented_method(const char* name) noexcept
 {
     ADD_FAILURE() << "unexpected call of " << name;
@@ -35,35 +35,36 @@ HRESULT unimplemented_method(const char* name) noexcept
 
 namespace quill::test {
 
-fake_scene::fake_scene() : module_locks_before_(module_of_this_program.GetLockCount()) {}
+fake_tab::fake_tab() : module_locks_before_(module_of_this_program.GetLockCount()) {}
 
-fake_scene::~fake_scene()
+fake_tab::~fake_tab()
 {
-    empty_graves();
+    free_destroyed();
     if (expects_leaks_)
         return;
-    EXPECT_EQ(module_of_this_program.GetLockCount(), module_locks_before_) << "objects were left behind";
-    EXPECT_EQ(live_objects_, 0) << "references to fakes were not given back";
+    EXPECT_EQ(module_of_this_program.GetLockCount(), module_locks_before_)
+        << "objects of the code under test leak";
+    EXPECT_EQ(live_objects_, 0) << "references to fakes leak";
 }
 
-void fake_scene::fail_call(int number, failure how)
+void fake_tab::fail_call(int number, failure how)
 {
     failing_number_ = number;
     how_number_fails_ = how;
 }
 
-void fake_scene::fail_calls_named(std::string name, failure how)
+void fake_tab::fail_calls_named(std::string name, failure how)
 {
     failing_name_ = std::move(name);
     how_name_fails_ = how;
 }
 
-int fake_scene::count_calls(const std::string& name) const
+int fake_tab::count_calls(const std::string& name) const
 {
     return static_cast<int>(std::count(calls_.begin(), calls_.end(), name));
 }
 
-std::optional<HRESULT> fake_scene::enter(const char* call)
+std::optional<HRESULT> fake_tab::enter(const char* call)
 {
     calls_.emplace_back(call);
     interrupt(call);
@@ -74,28 +75,28 @@ std::optional<HRESULT> fake_scene::enter(const char* call)
     return std::nullopt;
 }
 
-std::optional<HRESULT> fake_scene::enter(const char* call, VARIANT* out)
+std::optional<HRESULT> fake_tab::enter(const char* call, VARIANT* out)
 {
-    EXPECT_EQ(out->vt, VT_EMPTY) << call << " gets a variable that is not initialised";
+    EXPECT_EQ(out->vt, VT_EMPTY) << call << " gets an uninitialised out parameter";
     const auto result = enter(call);
     if (!result || !leaves_out_untouched())
         VariantInit(out);
     return result;
 }
 
-void fake_scene::interrupt_call(int number, std::function<void()> action)
+void fake_tab::interrupt_call(int number, std::function<void()> action)
 {
     interrupted_number_ = number;
     number_interruption_ = std::move(action);
 }
 
-void fake_scene::interrupt_calls_named(std::string name, std::function<void()> action)
+void fake_tab::interrupt_calls_named(std::string name, std::function<void()> action)
 {
     interrupted_name_ = std::move(name);
     name_interruption_ = std::move(action);
 }
 
-void fake_scene::interrupt_reference_call(HMODULE module, int number, std::function<void()> action)
+void fake_tab::interrupt_reference_call(HMODULE module, int number, std::function<void()> action)
 {
     const auto* const begin = reinterpret_cast<const std::byte*>(module);
     const auto& dos = *reinterpret_cast<const IMAGE_DOS_HEADER*>(begin);
@@ -107,7 +108,7 @@ void fake_scene::interrupt_reference_call(HMODULE module, int number, std::funct
     reference_interruption_ = std::move(action);
 }
 
-void fake_scene::count_reference_call()
+void fake_tab::count_reference_call()
 {
     if (++reference_calls_ != interrupted_reference_call_)
         return;
@@ -115,24 +116,24 @@ void fake_scene::count_reference_call()
     reference_interruption_();
 }
 
-void fake_scene::bury(void* memory, std::size_t size)
+void fake_tab::destroy(void* memory, std::size_t size)
 {
     std::memset(memory, 0xDD, size);
-    buried.push_back(memory);
+    destroyed.push_back(memory);
 }
 
-void fake_scene::interrupt(const char* call)
+void fake_tab::interrupt(const char* call)
 {
     const bool is_number = interrupted_number_ > 0 && --interrupted_number_ == 0;
     if (!is_number && interrupted_name_ != call)
         return;
     has_interrupted_ = true;
-    // A copy: the action may ask for another one.
+    // A copy, because the action may replace it.
     const auto action = is_number ? number_interruption_ : name_interruption_;
     action();
 }
 
-std::optional<HRESULT> fake_scene::result_of(failure how)
+std::optional<HRESULT> fake_tab::result_of(failure how)
 {
     has_failed_ = true;
     how_last_failed_ = how;

@@ -1,4 +1,4 @@
-// The stage of one test: counts the fakes that live and the calls they get, and makes one of the calls fail.
+// The fakes of one test: call log, fault injection, and a balance of references at its end.
 #pragma once
 
 #include <windows.h>
@@ -14,34 +14,34 @@
 
 namespace quill::test {
 
-// Fakes outlive no scene: at its end every reference to them has to be given back, and the objects of the
-// code under test that came after it have to be gone.
-class fake_scene
+// The destructor fails the test if a fake is still referenced, or if an object of the code under test that
+// was created during its lifetime still exists.
+class fake_tab
 {
 public:
     enum class failure
     {
         error,    // the call returns a failure code
-        empty,    // the call succeeds and hands out nothing
-        untouched // the call succeeds and leaves its out argument as it was
+        empty,    // the call succeeds and clears its out parameter
+        untouched // the call succeeds and does not write its out parameter
     };
 
-    fake_scene();
-    ~fake_scene();
-    fake_scene(const fake_scene&) = delete;
-    fake_scene& operator=(const fake_scene&) = delete;
+    fake_tab();
+    ~fake_tab();
+    fake_tab(const fake_tab&) = delete;
+    fake_tab& operator=(const fake_tab&) = delete;
 
-    // Makes the number-th call from now on fail; the first is 1.
+    // Makes the number-th call from now on fail, counting from 1.
     void fail_call(int number, failure how);
-    // Makes every call of that name fail.
+    // Makes each call of that name fail.
     void fail_calls_named(std::string name, failure how);
-    // Does something in the middle of a call, before its answer: in the number-th from now on, or in every
-    // call of that name. It may throw, and it may call back into the code under test.
+    // Runs an action inside the number-th call from now on, or inside each call of that name. The action may
+    // throw and may re-enter the code under test.
     void interrupt_call(int number, std::function<void()> action);
     void interrupt_calls_named(std::string name, std::function<void()> action);
     bool has_interrupted() const { return has_interrupted_; }
-    // The same for the calls of AddRef and Release that a module makes: at the beginning of an AddRef and at
-    // the end of a Release. number 0 only counts them.
+    // The same for AddRef (at its beginning) and Release (at its end) when called by a module. number 0 only
+    // counts.
     void interrupt_reference_call(HMODULE module, int number, std::function<void()> action);
     int reference_calls() const { return reference_calls_; }
 
@@ -53,13 +53,13 @@ public:
     int count_calls(const std::string& name) const;
     void forget_calls() { calls_.clear(); }
 
-    // For scenes in which something crashes: what that interrupts stays behind.
+    // For tests with system exceptions, which skip destructors.
     void expect_leaks() { expects_leaks_ = true; }
 
-    // For the fakes. A result of enter() is what the call has to return at once.
+    // For the fakes: logs a call. If enter() returns a result, the call returns it immediately.
     std::optional<HRESULT> enter(const char* call);
-    // The same for a call that hands something out: the variable has to be initialised, and is cleared unless
-    // the call is to leave it as it was.
+    // The same for a call with an out parameter, which must be initialised. Clears it unless the call is to
+    // leave it untouched.
     template <class Out>
     std::optional<HRESULT> enter(const char* call, Out* out)
     {
@@ -70,7 +70,7 @@ public:
         return result;
     }
     std::optional<HRESULT> enter(const char* call, VARIANT* out);
-    // Whether the call that has just failed is to do so without writing anything.
+    // Whether the call that has just failed must not write its out parameter.
     bool leaves_out_untouched() const { return how_last_failed_ == failure::untouched; }
     void object_created() { ++live_objects_; }
     void object_destroyed() { --live_objects_; }
@@ -80,9 +80,9 @@ public:
         if (caller >= watched_begin_ && caller < watched_end_)
             count_reference_call();
     }
-    // Memory of a fake that is gone: kept to the end of the scene, and filled so that a call through a
-    // pointer that somebody kept crashes.
-    static void bury(void* memory, std::size_t size);
+    // Keeps the memory of a deleted fake until the destructor, filled so that a call through a dangling
+    // pointer faults.
+    static void destroy(void* memory, std::size_t size);
 
 private:
     std::optional<HRESULT> result_of(failure how);

@@ -1,7 +1,7 @@
-// A whole visit to a SharePoint page through the DLL, with an access violation in each of its calls into the
-// browser and the engine in turn, AddRef and Release included: the event fails as promised, all others work,
-// and the tab closes with every reference of the host's and of the helper object's released. A click or a
-// navigation whose URL has been opened is cancelled, wherever the fault is.
+// Fault injection: a visit to a SharePoint page through the DLL with an access violation in each call into
+// the browser and the engine, AddRef and Release included. The event fails as specified by its outcome, the
+// sink's lock is free for other threads, all other events work, and every reference is released when the tab
+// closes. A click or a navigation whose URL was opened is cancelled, wherever the fault is.
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/module_fixture.h"
 #include "tests/sharepoint/page_visit.h"
@@ -29,7 +29,7 @@ constexpr std::size_t place(visit_step step)
     return static_cast<std::size_t>(step);
 }
 
-// The event in whose handling a call is made; call is counted from 0.
+// The event during which a call is made; call counts from 0.
 struct faulted_event
 {
     std::size_t step = 0;
@@ -49,7 +49,7 @@ faulted_event find_event(const Counts& before, const Counts& before_repeat, std:
     return found;
 }
 
-// The repeat of a navigation opens nothing: it has been cancelled when the browser was stopped.
+// Whether the browser was stopped. A repeated navigation opens nothing, but is cancelled if it was stopped.
 bool has_stopped(const visit_record& visit, const faulted_event& event)
 {
     const std::size_t end =
@@ -99,36 +99,36 @@ protected:
         redirect_import(module_.handle(), "ShellExecuteW", recording_shell_execute());
     }
 
-    // number: from 1, 0 for no fault.
+    // number counts from 1; 0 means no fault.
     visit_record visit(std::size_t number)
     {
         const auto [kind, has_element2] = GetParam();
-        fake_scene scene;
+        fake_tab tab;
         const bool is_reference = kind == faulting::reference_call;
         const auto crash = [this] {
             ++faults_;
             read_nowhere();
         };
-        scene.interrupt_reference_call(module_.handle(), is_reference ? static_cast<int>(number) : 0, crash);
+        tab.interrupt_reference_call(module_.handle(), is_reference ? static_cast<int>(number) : 0, crash);
         if (number && !is_reference)
-            scene.interrupt_call(static_cast<int>(number), crash);
+            tab.interrupt_call(static_cast<int>(number), crash);
         CComPtr<IObjectWithSite> helper = module_.make_helper();
-        const visit_record record = visit_page(scene, helper, has_element2);
-        reference_calls_ = static_cast<std::size_t>(scene.reference_calls());
-        EXPECT_EQ(scene.has_interrupted(), number != 0);
-        scene.interrupt_reference_call(module_.handle(), 0, {});
+        const visit_record record = visit_page(tab, helper, has_element2);
+        reference_calls_ = static_cast<std::size_t>(tab.reference_calls());
+        EXPECT_EQ(tab.has_interrupted(), number != 0);
+        tab.interrupt_reference_call(module_.handle(), 0, {});
         EXPECT_EQ(helper.Detach()->Release(), 0u) << "references to the helper object";
         EXPECT_TRUE(module_.can_unload());
         return record;
     }
 
-    editor_bench editors_;
-    module_bench module_{{.libraries = {L"crashguard14.dll"}}, L"error"};
+    editor_programs editors_;
+    module_fixture module_{{.libraries = {L"crashguard14.dll"}}, L"error"};
     std::size_t reference_calls_ = 0; // of the last visit
     std::size_t faults_ = 0;
 };
 
-TEST_P(FaultingCalls, FailTheirEventAndReleaseAllThatItHad)
+TEST_P(FaultingCalls, FailTheirEventAndReleaseWhatItHeld)
 {
     const auto [kind, has_element2] = GetParam();
     testing::internal::CaptureStderr();

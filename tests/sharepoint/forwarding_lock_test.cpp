@@ -1,4 +1,4 @@
-// The forwarded calls of one sink keep each other out across threads, in every pair of them.
+// Forwarded events of one sink exclude each other across threads, in every combination.
 #include "platform/unique_handle.h"
 #include "sharepoint/events/browser_events_sink.h"
 #include "tests/sharepoint/fake_browser.h"
@@ -13,7 +13,7 @@ namespace {
 
 using test::fake_browser;
 using test::fake_document;
-using test::fake_scene;
+using test::fake_tab;
 using test::make_fake;
 
 class waiting_handler : public browser_events_handler
@@ -54,39 +54,39 @@ class ForwardingLock : public testing::TestWithParam<std::tuple<forwarded_call, 
 {
 };
 
-// Time for the other thread to come through where it must not.
+// How long the other thread must be kept waiting.
 constexpr DWORD grace_ms = 50;
 
-TEST_P(ForwardingLock, KeepsTheOthersOut)
+TEST_P(ForwardingLock, ExcludesEventsOfOtherThreads)
 {
     const auto& [first, second] = GetParam();
-    // Each thread has fakes of its own: they count without locks, as the sink does.
-    fake_scene scenes[2];
+    // Each thread has its own fakes, which are not thread-safe.
+    fake_tab tabs[2];
     CComPtr<fake_browser> browsers[2];
     for (std::size_t i = 0; i < 2; ++i) {
-        browsers[i] = make_fake<fake_browser>(scenes[i]);
-        browsers[i]->document = make_fake<fake_document>(scenes[i], L"http://h/")->dispatch();
+        browsers[i] = make_fake<fake_browser>(tabs[i]);
+        browsers[i]->document = make_fake<fake_document>(tabs[i], L"http://h/")->dispatch();
     }
     const auto handler = std::make_shared<waiting_handler>();
     const auto sink = browser_events_sink::connect(browsers[0], handler);
 
-    const unique_handle is_on_its_way(CreateEventW(nullptr, TRUE, FALSE, nullptr));
-    const unique_handle came_through(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const unique_handle has_started(CreateEventW(nullptr, TRUE, FALSE, nullptr));
+    const unique_handle has_returned(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     const unique_handle first_has_ended(CreateEventW(nullptr, TRUE, FALSE, nullptr));
     std::thread other;
     handler->work = [&] {
-        if (other.joinable()) { // the second call, in the handler at last
-            SetEvent(came_through.get());
+        if (other.joinable()) { // in the second call
+            SetEvent(has_returned.get());
             EXPECT_EQ(WaitForSingleObject(first_has_ended.get(), 10'000), WAIT_OBJECT_0);
             return;
         }
         other = std::thread([&] {
-            SetEvent(is_on_its_way.get());
+            SetEvent(has_started.get());
             second.make(*sink, browsers[1]);
-            SetEvent(came_through.get());
+            SetEvent(has_returned.get());
         });
-        EXPECT_EQ(WaitForSingleObject(is_on_its_way.get(), 10'000), WAIT_OBJECT_0);
-        EXPECT_EQ(WaitForSingleObject(came_through.get(), grace_ms), WAIT_TIMEOUT);
+        EXPECT_EQ(WaitForSingleObject(has_started.get(), 10'000), WAIT_OBJECT_0);
+        EXPECT_EQ(WaitForSingleObject(has_returned.get(), grace_ms), WAIT_TIMEOUT);
     };
     first.make(*sink, browsers[0]);
     SetEvent(first_has_ended.get());

@@ -1,7 +1,6 @@
-// Every call that the module makes of the system while a tab visits a SharePoint page fails once, in every
-// way; and so does every request for memory. The tab lives on, and no click is lost: what the module keeps
-// from the browser has been given to the editor or to the default handler. The same when a second call fails
-// after the first.
+// Fault injection: during a visit to a SharePoint page, each call into the system fails once in each way, and
+// so does each allocation. The tab stays usable and no click is lost: the editor or the default handler gets
+// the URL of each cancelled event. The same with a second failure after the first.
 #include "sharepoint/events/event_identifiers.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/module_fixture.h"
@@ -24,8 +23,8 @@ CComPtr<ITypeLib> type_library(const GUID& id, WORD major, WORD minor)
     return library;
 }
 
-// Functions without which an event cannot be understood; all others cost a log line, the editor's path or
-// nothing.
+// Functions whose failure can fail an event; that of all others costs a log line or the editor's path at
+// most.
 bool may_cost_an_event(const fault_place& place)
 {
     static constexpr const char* functions[] = {"DispCallFunc", "LoadRegTypeLib", "SysAllocString",
@@ -45,8 +44,8 @@ protected:
 
     std::vector<fault_place> places_of_a_visit()
     {
-        for (int run = 1; run <= 2; ++run) { // the first does what the process does once
-            const module_bench module;
+        for (int run = 1; run <= 2; ++run) { // the first run includes what happens once for each process
+            const module_fixture module;
             faults_.count();
             normal_ = visit(module);
             faults_.stop();
@@ -58,14 +57,14 @@ protected:
         return faults_.places();
     }
 
-    // With the failure, and then once more in the same module without one. Whether it failed.
+    // Visits with the failure, and once more in the same module without one. Returns whether the call failed.
     bool visit_with(const fault_place& place)
     {
-        const module_bench module;
+        const module_fixture module;
         faults_.fail(place);
         const visit_record seen = visit(module);
         const int failures = faults_.failures();
-        // A default handler that fails has been given the URL, and records nothing.
+        // A default handler that fails records no URL.
         const std::size_t unrecorded = import_faults::failed_next() == "ShellExecuteW" ? 1 : 0;
         faults_.stop();
         expect_opened_what_was_cancelled(seen, unrecorded);
@@ -82,7 +81,7 @@ protected:
     }
 
 private:
-    static visit_record visit(const module_bench& module)
+    static visit_record visit(const module_fixture& module)
     {
         recorded_launches() = {};
         CComPtr<IObjectWithSite> helper;
@@ -90,8 +89,8 @@ private:
         EXPECT_EQ(created, helper ? S_OK : E_OUTOFMEMORY);
         if (!helper)
             return {};
-        fake_scene scene;
-        return visit_page(scene, helper, true, L"/x.pdf");
+        fake_tab tab;
+        return visit_page(tab, helper, true, L"/x.pdf");
     }
 
     void expect_normal(const visit_record& record) const
@@ -110,8 +109,8 @@ private:
             changed += expect_bearable(record.outcomes[step], normal_.outcomes[step]);
             changed += expect_bearable(record.repeats[step], normal_.repeats[step]);
         }
-        // What fails once costs one event, but for the attachment, without which there are no events.
-        // Two may cost both announcements of the page, and with them all of the page's own events.
+        // One failure costs one event, or all of them if SetSite fails. Two may cost both events that report
+        // the page, and with them all events of the page.
         const auto& attached = record.outcomes[at(visit_step::attach)];
         const std::size_t of_page = place.failures() > 1 ? 4 : 0;
         if (!place.stays && attached && attached->code == S_OK)
@@ -123,8 +122,8 @@ private:
         return outcome && outcome->is_cancelled;
     }
 
-    // An event that is not understood fails or passes; none is cancelled that would not be. Whether it
-    // differs.
+    // An event may fail or not be cancelled; none may be cancelled that would not be without a failure.
+    // Returns whether the outcome differs.
     static bool expect_bearable(const std::optional<event_outcome>& seen,
                                 const std::optional<event_outcome>& normal)
     {
@@ -134,8 +133,8 @@ private:
         return true;
     }
 
-    editor_bench editors_;
-    // Held, so that not every visit has them read anew.
+    editor_programs editors_;
+    // Held, so that they are not loaded for each visit.
     const CComPtr<ITypeLib> browser_types_ =
         type_library(quill::LIBID_browser, quill::browser_library_major, quill::browser_library_minor);
     const CComPtr<ITypeLib> page_types_ =

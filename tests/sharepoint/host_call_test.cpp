@@ -1,4 +1,4 @@
-// Out parameters of calls into the host that fail: what they have got is not used, and so not released.
+// Out parameters of calls into the host that fail: their values are neither used nor released.
 #include "logging/exception_barriers.h"
 #include "sharepoint/host/host_call.h"
 #include "sharepoint/host/html_reading.h"
@@ -15,7 +15,7 @@
 namespace quill::test {
 namespace {
 
-// Writes into its out parameters, and then does or returns what it is told.
+// Writes to its out parameters, then runs an action or returns a code.
 template <class Interface>
 struct writing_host : Interface
 {
@@ -104,7 +104,7 @@ TEST_F(OutParameters, OfACallThatFaultsAreForgotten)
     EXPECT_EQ(value_out_.vt, VT_EMPTY);
 }
 
-// A page may answer an attribute with an object, whose Release is the page's code.
+// An attribute's value may be an object, whose Release is code of the page.
 class AttributeValue : public testing::Test
 {
 protected:
@@ -154,8 +154,8 @@ protected:
     }
 
     log_capture log_;
-    fake_scene scene_;
-    CComPtr<fake_document> page_ = sharepoint_page(scene_, L"http://h/");
+    fake_tab tab_;
+    CComPtr<fake_document> page_ = sharepoint_page(tab_, L"http://h/");
     fake_element* element_ = &page_->add_to_body(list_link(L"x"));
     counted_value object_;
     bool is_unwound_ = false;

@@ -1,5 +1,5 @@
-// What the helper object asks of its host in each event, call by call: hosts differ in what they can do, and
-// pages wait meanwhile.
+// The helper object's calls into the host in each event: hosts differ in what they support, and the page
+// waits.
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
@@ -12,7 +12,7 @@ namespace {
 using test::fake_browser;
 using test::fake_document;
 using test::fake_event;
-using test::fake_scene;
+using test::fake_tab;
 using test::make_fake;
 using testing::ElementsAre;
 
@@ -21,7 +21,7 @@ class HostCalls : public testing::Test
 protected:
     HostCalls()
     {
-        bench_.break_default_handler(); // what would be started is not the question here
+        editors_.break_default_handler(); // nothing needs to be started
         EXPECT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(nullptr, IID_IObjectWithSite,
                                                                 reinterpret_cast<void**>(&helper_)),
                   S_OK);
@@ -31,18 +31,18 @@ protected:
     }
     ~HostCalls() override { EXPECT_EQ(helper_->SetSite(nullptr), S_OK); }
 
-    // The calls since the last time.
+    // The calls since the previous call of this function.
     std::vector<std::string> calls()
     {
-        auto all = scene_.calls();
-        scene_.forget_calls();
+        auto all = tab_.calls();
+        tab_.forget_calls();
         return all;
     }
 
-    test::editor_bench bench_;
-    fake_scene scene_;
-    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(scene_);
-    CComPtr<fake_document> page_ = test::sharepoint_page(scene_, L"http://h/");
+    test::editor_programs editors_;
+    fake_tab tab_;
+    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(tab_);
+    CComPtr<fake_document> page_ = test::sharepoint_page(tab_, L"http://h/");
     test::fake_element* link_ = nullptr;
     CComPtr<IObjectWithSite> helper_;
 };
@@ -58,7 +58,7 @@ TEST_F(HostCalls, OfASite)
                                      "IConnectionPoint::Unadvise"));
 }
 
-// The sink asks whether it is a page, and the decision asks which.
+// The sink checks for an HTML document, and the aggregator reads it.
 TEST_F(HostCalls, OfAnOrdinaryNavigation)
 {
     calls();
@@ -100,7 +100,7 @@ TEST_F(HostCalls, OfAPageWhoseRecordIsKept)
 TEST_F(HostCalls, OfAClick)
 {
     browser_->document_complete(L"http://h/");
-    const auto event = make_fake<fake_event>(scene_, link_);
+    const auto event = make_fake<fake_event>(tab_, link_);
     calls();
     page_->click(event);
     EXPECT_THAT(calls(), ElementsAre(query, "IHTMLEventObj::get_srcElement", "IHTMLElement::get_tagName",
@@ -116,7 +116,7 @@ TEST_F(HostCalls, OfAPageThatIsLoading)
     EXPECT_THAT(calls(), ElementsAre("IHTMLDocument2::get_readyState"));
 }
 
-TEST_F(HostCalls, OfTheEndAreNone)
+TEST_F(HostCalls, AreNotMadeByOnQuit)
 {
     calls();
     browser_->quit();

@@ -1,5 +1,5 @@
-// A SharePoint page is whatever carries SharePoint's generator: what a page that means harm can make of the
-// start of the editor and of the default handler.
+// Any page can carry SharePoint's generator: what a hostile page can make the editor and the default handler
+// start.
 #include "sharepoint/editor/pdf_editor.h"
 #include "tests/sharepoint/aggregator_fixture.h"
 #include "tests/sharepoint/recorded_launches.h"
@@ -14,18 +14,18 @@ using namespace std::string_literals;
 using namespace std::string_view_literals;
 using urls = std::vector<std::wstring>;
 
-constexpr wchar_t empty_url[] = L"http://"; // what text that cannot be taken apart is opened as
+constexpr wchar_t empty_url[] = L"http://"; // the URL that is opened for text that cannot be parsed
 
-class HostilePage : public aggregator_bench
+class HostilePage : public aggregator_fixture
 {
 protected:
-    // Clicks a list link of a page. Whether the click was cancelled.
+    // Clicks a list link of a page; returns whether the click was cancelled.
     bool click(const std::wstring& href, fake_document* page = nullptr)
     {
         fake_document* const clicked = page ? page : page_.p;
         browser_->document = clicked->dispatch();
         complete();
-        const auto event = make_fake<fake_event>(scene_, &clicked->add_to_body(list_link(href)));
+        const auto event = make_fake<fake_event>(tab_, &clicked->add_to_body(list_link(href)));
         const auto result = clicked->click(event);
         EXPECT_EQ(result.code, S_OK);
         EXPECT_EQ(is_bool(result.value, true), event->is_untouched());
@@ -33,8 +33,8 @@ protected:
     }
     void remove_editor()
     {
-        bench_.set_editor(L"C:\\nowhere\\editor.exe");
-        aggregator_ = std::make_shared<browser_events_aggregator>();
+        editors_.set_editor(L"C:\\nowhere\\editor.exe");
+        make_aggregator();
     }
 };
 
@@ -44,7 +44,7 @@ struct hostile_link
     std::wstring on_command_line;
 };
 
-// The editor is a real program, which takes its command line apart itself.
+// The editor is a real program, which parses its command line itself.
 TEST_F(HostilePage, GivesTheEditorOneArgumentWhateverTheLinkIs)
 {
     const hostile_link links[] = {
@@ -68,28 +68,46 @@ TEST_F(HostilePage, GivesTheEditorOneArgumentWhateverTheLinkIs)
     std::vector<program_start> expected;
     for (const hostile_link& link : links) {
         EXPECT_TRUE(click(link.href)) << testing::PrintToString(link.href);
-        expected.push_back(bench_.editor_start(link.on_command_line));
+        expected.push_back(editors_.editor_start(link.on_command_line));
     }
-    // Programs that run at the same time are recorded in any order.
-    EXPECT_THAT(bench_.starts(expected.size()), testing::UnorderedElementsAreArray(expected));
+    // Programs that run concurrently are recorded in any order.
+    EXPECT_THAT(editors_.starts(expected.size()), testing::UnorderedElementsAreArray(expected));
 }
 
 TEST_F(HostilePage, GivesTheEditorOneArgumentWhateverTheNavigationIs)
 {
-    EXPECT_TRUE(navigate(L"http://h/a\" /other \"C:\\x.pdf"));
-    EXPECT_EQ(bench_.starts(1), std::vector{bench_.editor_start(L"http://h/a%22 /other %22C:\\x.pdf")});
+    const hostile_link navigations[] = {
+        {L"http://h/a\" /other \"C:\\x.pdf", L"http://h/a%22 /other %22C:\\x.pdf"},
+        {L"http://h/\"\"\".pdf", L"http://h/%22%22%22.pdf"},
+        {L"http://h/a\\\".pdf", L"http://h/a\\%22.pdf"},
+        {L"http://h/a\\\\\" /b.pdf", L"http://h/a\\\\%22 /b.pdf"},
+        {L"http://h/a b  c.pdf", L"http://h/a b  c.pdf"},
+        {L"http://h/a\tb.pdf", L"http://h/a%09b.pdf"},
+        {L"http://h/a\r\nb\n.pdf", L"http://h/a%0D%0Ab%0A.pdf"},
+        {L"http://h/%22 /other %22.pdf", L"http://h/%22 /other %22.pdf"},
+        {L"http://h/a\\\\.pdf", L"http://h/a\\\\.pdf"},
+    };
+    std::vector<program_start> expected;
+    for (const hostile_link& navigation : navigations) {
+        EXPECT_TRUE(navigate(navigation.href)) << testing::PrintToString(navigation.href);
+        expected.push_back(editors_.editor_start(navigation.on_command_line));
+    }
+    // A trailing backslash would escape the closing quotation mark.
+    EXPECT_FALSE(navigate(L"http://h/x.pdf\\"));
+    EXPECT_FALSE(navigate(L"http://h/x.pdf\" \\"));
+    EXPECT_THAT(editors_.starts(expected.size()), testing::UnorderedElementsAreArray(expected));
 }
 
-// Half a character is no text in UTF-8, which the record is in, but a character of a command line.
-TEST_F(HostilePage, GivesTheEditorHalvesOfCharacters)
+// UTF-8, the record's encoding, has no unpaired surrogates, but a command line may have them.
+TEST_F(HostilePage, PassesUnpairedSurrogatesToTheEditor)
 {
     EXPECT_TRUE(click(L"http://h/\xD800 \xDC00\" .pdf"));
-    auto expected = bench_.editor_start(L"http://h/\xD800 \xDC00%22 .pdf");
+    auto expected = editors_.editor_start(L"http://h/\xD800 \xDC00%22 .pdf");
     expected.command_line = L"/pdf \"sharepoint://http://h/\xFFFD \xFFFD%22 .pdf\"";
-    EXPECT_EQ(bench_.starts(1), std::vector{expected});
+    EXPECT_EQ(editors_.starts(1), std::vector{expected});
 }
 
-TEST_F(HostilePage, ChangesNothingOfTheUrlInTheLog)
+TEST_F(HostilePage, LogsTheUrlUnchanged)
 {
     const launch_recording recording;
     log_.clear();
@@ -98,7 +116,7 @@ TEST_F(HostilePage, ChangesNothingOfTheUrlInTheLog)
     EXPECT_EQ(recorded_launches().editor_lines, urls{L"/pdf \"sharepoint://http://h/a%22%09.pdf\""});
 }
 
-TEST_F(HostilePage, ChangesNothingOfTheUrlForTheDefaultHandler)
+TEST_F(HostilePage, PassesTheUrlUnchangedToTheDefaultHandler)
 {
     remove_editor();
     const launch_recording recording;
@@ -115,17 +133,17 @@ TEST_F(HostilePage, StartsTheEditorWithTheLongestCommandLine)
     const std::wstring around = L"/pdf \"sharepoint://http://h/.pdf\"";
     const std::wstring url = L"http://h/" + std::wstring(32'766 - around.size(), L'x') + L".pdf";
     EXPECT_TRUE(click(url));
-    const auto starts = bench_.starts(1);
-    EXPECT_EQ(starts, std::vector{bench_.editor_start(url)});
+    const auto starts = editors_.starts(1);
+    EXPECT_EQ(starts, std::vector{editors_.editor_start(url)});
     EXPECT_EQ(starts.at(0).command_line.size(), 32'766u);
 }
 
-TEST_F(HostilePage, GivesTheDefaultHandlerWhatIsTooLongForACommandLine)
+TEST_F(HostilePage, PassesAUrlThatIsTooLongForACommandLineToTheDefaultHandler)
 {
     const launch_recording recording;
     const std::wstring around = L"/pdf \"sharepoint://http://h/.pdf\"";
     const std::wstring url = L"http://h/" + std::wstring(32'767 - around.size(), L'x') + L".pdf";
-    // Escapes are three characters of the line and one of the URL.
+    // An escaped character takes three characters of the line.
     const std::wstring quotes = L"http://h/" + std::wstring(11'000, L'"') + L".pdf";
     EXPECT_TRUE(click(url));
     EXPECT_TRUE(navigate(quotes));
@@ -134,7 +152,7 @@ TEST_F(HostilePage, GivesTheDefaultHandlerWhatIsTooLongForACommandLine)
     EXPECT_EQ(log_.lines().back(), "warning: QuillStudio failed. Trying to use default pdf view...");
 }
 
-// Read up to the null, such text is another URL than the one that was tested.
+// Up to the null, the text is another URL than the one that was tested.
 TEST_F(HostilePage, OpensNoLinkWithAnEmbeddedNull)
 {
     const launch_recording recording;
@@ -149,8 +167,7 @@ TEST_F(HostilePage, OpensNoLinkWithAnEmbeddedNull)
     EXPECT_EQ(recorded_launches().urls(), urls{});
 }
 
-// An escaped null is text like any other; nothing on the way unescapes it.
-TEST_F(HostilePage, PassesAnEscapedNullOnAsItIs)
+TEST_F(HostilePage, PassesAnEscapedNullUnchanged)
 {
     const launch_recording recording;
     EXPECT_TRUE(click(L"http://h/x.exe%00.pdf"));
@@ -170,46 +187,46 @@ TEST_F(HostilePage, RewritesNoLinkWithAnEmbeddedNull)
     EXPECT_EQ(link.outer_html(), L"<a onclick=\"PdfFile.OpenDocuments()\">");
 }
 
-TEST_F(HostilePage, OpensNothingOfAPageUrlWithAnEmbeddedNull)
+TEST_F(HostilePage, OpensAnEmptyUrlForAPageUrlWithAnEmbeddedNull)
 {
     const launch_recording recording;
-    EXPECT_TRUE(click(L"/x.pdf", sharepoint_page(scene_, L"http://other\0.h/list"s)));
+    EXPECT_TRUE(click(L"/x.pdf", sharepoint_page(tab_, L"http://other\0.h/list"s)));
     EXPECT_EQ(recorded_launches().urls(), urls{empty_url});
 }
 
-TEST_F(HostilePage, TakesNoPartOfTextWithAnEmbeddedNull)
+TEST_F(HostilePage, ParsesNoPartOfTextWithAnEmbeddedNull)
 {
     EXPECT_STREQ(parse_url(L"http://h/x.exe\0.pdf"sv).GetUrlPath(), L"");
     EXPECT_STREQ(parse_url(L"http://h/x.exe\0.pdf"sv).GetHostName(), L"");
 }
 
-// The link passes on as it stands, without a server, to the URL object, which makes an empty URL of it.
+// CUrl cannot parse the link without a server, so an empty URL is opened.
 TEST_F(HostilePage, GivesServerRelativeLinksNoOtherSchemeThanHttp)
 {
     const launch_recording recording;
-    for (const wchar_t* page_of_no_server :
+    for (const wchar_t* page_url_without_server :
          {L"file://server/share/page.htm", L"FILE:///C:/page.htm", L"ftp://h/page.htm", L"res://h/page.htm",
           L"mhtml:file://server/share/page.mht", L"ms-its:x.chm::/x.htm", L"about:blank", L"httpx://h/",
           L"xhttp://h/", L"javascript:'http://h/'", L""}) {
-        SCOPED_TRACE(testing::PrintToString(page_of_no_server));
+        SCOPED_TRACE(testing::PrintToString(page_url_without_server));
         for (const wchar_t* href :
              {L"/x.pdf", L"//other/x.pdf", L"///other/share/x.pdf", L"/\\other\\x.pdf"}) {
             recorded_launches() = {};
-            EXPECT_TRUE(click(href, sharepoint_page(scene_, page_of_no_server)));
+            EXPECT_TRUE(click(href, sharepoint_page(tab_, page_url_without_server)));
             EXPECT_EQ(recorded_launches().editor_lines, urls{L"/pdf \"sharepoint://http://\""}) << href;
         }
     }
     remove_editor();
     recorded_launches() = {};
-    EXPECT_TRUE(click(L"//other/x.pdf", sharepoint_page(scene_, L"file://server/share/page.htm")));
+    EXPECT_TRUE(click(L"//other/x.pdf", sharepoint_page(tab_, L"file://server/share/page.htm")));
     EXPECT_EQ(recorded_launches().default_urls, urls{empty_url});
 }
 
 TEST_F(HostilePage, CompletesServerRelativeLinksOfHttpAndHttps)
 {
     const launch_recording recording;
-    EXPECT_TRUE(click(L"/x.pdf", sharepoint_page(scene_, L"HTTP://h/list")));
-    EXPECT_TRUE(click(L"//other/x.pdf", sharepoint_page(scene_, L"hTTps://h/list")));
+    EXPECT_TRUE(click(L"/x.pdf", sharepoint_page(tab_, L"HTTP://h/list")));
+    EXPECT_TRUE(click(L"//other/x.pdf", sharepoint_page(tab_, L"hTTps://h/list")));
     EXPECT_EQ(recorded_launches().urls(), (urls{L"HTTP://h/x.pdf", L"hTTps://other/x.pdf"}));
 }
 
@@ -218,22 +235,22 @@ TEST_F(HostilePage, OpensNothingWhenThePageRunsOutOfMemory)
 {
     const launch_recording recording;
     bool fails = true;
-    class poor_page : public fake_document
+    class page_without_memory : public fake_document
     {
     public:
-        poor_page(fake_scene& scene, const bool& is_poor)
-            : fake_document(scene, L"http://h/list"), is_poor_(is_poor)
+        page_without_memory(fake_tab& tab, const bool& is_out_of_memory)
+            : fake_document(tab, L"http://h/list"), is_out_of_memory_(is_out_of_memory)
         {
         }
         HRESULT STDMETHODCALLTYPE get_URL(BSTR* out) override
         {
-            return is_poor_ ? E_OUTOFMEMORY : fake_document::get_URL(out);
+            return is_out_of_memory_ ? E_OUTOFMEMORY : fake_document::get_URL(out);
         }
 
     private:
-        const bool& is_poor_;
+        const bool& is_out_of_memory_;
     };
-    const auto page = make_fake<poor_page>(scene_, fails);
+    const auto page = make_fake<page_without_memory>(tab_, fails);
     page->add_to_head({.tag = L"META", .name = L"GENERATOR", .content = L"SharePoint"});
     EXPECT_FALSE(click(L"/x.pdf", page));
     EXPECT_EQ(recorded_launches().urls(), urls{});

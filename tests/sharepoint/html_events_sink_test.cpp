@@ -13,7 +13,7 @@ namespace {
 
 using test::fake_document;
 using test::fake_event;
-using test::fake_scene;
+using test::fake_tab;
 using test::log_capture;
 using test::make_fake;
 using lines = std::vector<std::string>;
@@ -43,16 +43,16 @@ protected:
             sink_->disconnect();
     }
 
-    fake_scene scene_;
-    CComPtr<fake_document> page_ = make_fake<fake_document>(scene_, L"http://h/");
-    CComPtr<test::fake_element> link_ = make_fake<test::fake_element>(scene_, test::list_link(L"/x.pdf"));
-    CComPtr<fake_event> event_ = make_fake<fake_event>(scene_, link_);
+    fake_tab tab_;
+    CComPtr<fake_document> page_ = make_fake<fake_document>(tab_, L"http://h/");
+    CComPtr<test::fake_element> link_ = make_fake<test::fake_element>(tab_, test::list_link(L"/x.pdf"));
+    CComPtr<fake_event> event_ = make_fake<fake_event>(tab_, link_);
     std::shared_ptr<recording_handler> handler_ = std::make_shared<recording_handler>();
     CComPtr<html_events_sink::object> sink_;
     log_capture log_;
 };
 
-TEST_F(HtmlEventsSink, HandsOverTheDocumentAndTheElement)
+TEST_F(HtmlEventsSink, ForwardsTheDocumentAndTheElement)
 {
     connect();
     handler_->click = [&](IHTMLDocument2* document, IHTMLElement* element) {
@@ -80,7 +80,7 @@ TEST_F(HtmlEventsSink, CancelsTheClick)
     EXPECT_EQ(log_.lines(), (lines{"debug: CLICK!", "info: blocking click event..."}));
 }
 
-TEST_F(HtmlEventsSink, LetsTheClickThroughWithoutAHandler)
+TEST_F(HtmlEventsSink, DoesNotCancelAClickWithoutAHandler)
 {
     connect();
     handler_.reset();
@@ -91,7 +91,7 @@ TEST_F(HtmlEventsSink, LetsTheClickThroughWithoutAHandler)
     EXPECT_EQ(log_.lines(), (lines{"debug: CLICK!", "info: Ready state change."}));
 }
 
-TEST_F(HtmlEventsSink, AsksForTheEventsInterface)
+TEST_F(HtmlEventsSink, QueriesTheInterfaceOfTheEventObject)
 {
     connect();
     handler_->click = [](auto*, auto*) { return true; };
@@ -107,7 +107,7 @@ TEST_F(HtmlEventsSink, AsksForTheEventsInterface)
         << logged[1];
 }
 
-TEST_F(HtmlEventsSink, SurvivesAClickWithoutAnEvent)
+TEST_F(HtmlEventsSink, ToleratesAClickWithoutAnEventObject)
 {
     connect();
     EXPECT_TRUE(test::is_bool(page_->click(nullptr).value, true));
@@ -118,10 +118,10 @@ TEST_F(HtmlEventsSink, SurvivesAClickWithoutAnEvent)
         << log_.lines()[1];
 }
 
-TEST_F(HtmlEventsSink, HandsOverAClickOnNothing)
+TEST_F(HtmlEventsSink, ForwardsAClickWithoutAnElement)
 {
     connect();
-    event_ = make_fake<fake_event>(scene_, nullptr);
+    event_ = make_fake<fake_event>(tab_, nullptr);
     handler_->click = [](IHTMLDocument2*, IHTMLElement* element) {
         EXPECT_EQ(element, nullptr);
         return false;
@@ -130,7 +130,7 @@ TEST_F(HtmlEventsSink, HandsOverAClickOnNothing)
     EXPECT_EQ(handler_->clicks, 1);
 }
 
-TEST_F(HtmlEventsSink, LetsTheClickThroughWhenTheHandlerThrows)
+TEST_F(HtmlEventsSink, DoesNotCancelAClickWhenTheHandlerThrows)
 {
     connect();
     handler_->click = [](auto*, auto*) -> bool { throw std::runtime_error("x"); };
@@ -153,7 +153,7 @@ TEST_F(HtmlEventsSink, ReportsTheCompleteDocumentOnly)
     EXPECT_EQ(log_.lines(), lines(7, "info: Ready state change."));
 }
 
-TEST_F(HtmlEventsSink, KeepsWhatTheReadyHandlerThrows)
+TEST_F(HtmlEventsSink, CatchesWhatTheReadyHandlerThrows)
 {
     struct throwing_handler : recording_handler
     {
@@ -164,7 +164,7 @@ TEST_F(HtmlEventsSink, KeepsWhatTheReadyHandlerThrows)
     EXPECT_EQ(page_->change_ready_state(L"complete").code, S_OK);
 }
 
-TEST_F(HtmlEventsSink, SaysWhyItCannotConnect)
+TEST_F(HtmlEventsSink, ThrowsTheFailureCodeOfAdvise)
 {
     page_->has_events = false;
     try {
@@ -175,7 +175,7 @@ TEST_F(HtmlEventsSink, SaysWhyItCannotConnect)
     }
 }
 
-TEST_F(HtmlEventsSink, EndsTheConnection)
+TEST_F(HtmlEventsSink, UnadvisesWhenTheConnectionIsDestroyed)
 {
     connect();
     EXPECT_EQ(page_->events().sinks(), 1u);
@@ -184,7 +184,7 @@ TEST_F(HtmlEventsSink, EndsTheConnection)
     sink_.Release();
     EXPECT_EQ(page_->events().sinks(), 0u);
 
-    // An engine may have the event on its way already.
+    // The engine may be firing an event already.
     handler_->click = [](auto*, auto*) { return true; };
     VARIANT argument{};
     argument.vt = VT_DISPATCH;
@@ -196,7 +196,7 @@ TEST_F(HtmlEventsSink, EndsTheConnection)
     EXPECT_TRUE(handler_->ready_documents.empty());
 }
 
-TEST_F(HtmlEventsSink, OutlivesAHandlerThatEndsTheConnection)
+TEST_F(HtmlEventsSink, LivesUntilAHandlerReturnsThatDestroysTheConnection)
 {
     connect();
     handler_->click = [&](auto*, auto*) {
@@ -205,7 +205,7 @@ TEST_F(HtmlEventsSink, OutlivesAHandlerThatEndsTheConnection)
         page_.Release();
         return true;
     };
-    // The engine's own reference, as it holds one while it calls.
+    // The engine holds a reference during the call.
     const CComPtr<fake_document> page = page_;
     EXPECT_TRUE(test::is_bool(page->click(event_).value, false));
     EXPECT_EQ(event_->cancel_bubble, VARIANT_TRUE);

@@ -1,5 +1,5 @@
-// Every request for memory of one click or one navigation fails: the event goes to the browser and nothing is
-// opened, or it is cancelled and the whole URL is opened.
+// Fault injection: each allocation during a click or a navigation fails. The event is left to the browser and
+// nothing is opened, or it is cancelled and the complete URL is opened.
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
 #include "tests/sharepoint/module_fixture.h"
@@ -16,12 +16,12 @@ namespace {
 
 using urls = std::vector<std::wstring>;
 
-// Longer than what texts hold without memory, in each of its parts.
+// Each part is longer than the small buffer of a std::wstring.
 const std::wstring user_and_server =
     L"user-of-this-server:password-of-the-user@server-of-the-library.example:8080";
 const std::wstring path = L"/sites/of-the-library/document-of-the-library-";
 
-// with_editor: the editor gets the URLs, otherwise the default handler.
+// The editor or the default handler gets the URLs.
 class MemoryOfOpening : public testing::TestWithParam<bool>
 {
 protected:
@@ -35,24 +35,24 @@ protected:
 
     bool click(const std::wstring& href)
     {
-        const auto event = make_fake<fake_event>(scene_, &page_->add_to_body(list_link(href)));
+        const auto event = make_fake<fake_event>(tab_, &page_->add_to_body(list_link(href)));
         const auto result = page_->click(event);
         EXPECT_EQ(is_bool(result.value, false), !event->is_untouched());
         return is_bool(result.value, false);
     }
     bool navigate(const std::wstring& url) { return browser_->before_navigate(url).cancel == VARIANT_TRUE; }
 
-    // Fires the event once for each request for memory and each way in which it fails, and each time once
-    // more without a failure. The number is another one each time.
+    // Fires the event for each allocation and each kind of failure, and each time once more without a
+    // failure. The URLs are numbered.
     using event = std::function<bool(const std::wstring& number)>;
     void fail_each_request(const char* routine, const std::wstring& url_without_number, const event& fire)
     {
-        const module_bench module;
+        const module_fixture module;
         const CComPtr<IObjectWithSite> helper = module.make_helper();
         browser_->document = page_->dispatch();
         ASSERT_EQ(helper->SetSite(browser_->unknown()), S_OK);
         ASSERT_EQ(browser_->document_complete(L"http://h/"), S_OK);
-        EXPECT_TRUE(fire(L"first")); // does what the process does once
+        EXPECT_TRUE(fire(L"first")); // includes what happens once for each process
 
         faults_.count();
         EXPECT_TRUE(fire(L"other"));
@@ -73,7 +73,7 @@ protected:
             EXPECT_EQ(recorded_launches().urls(), is_cancelled ? url : urls{});
             if (is_cancelled)
                 continue;
-            // The browser's or the user's next try: nothing was opened that it could repeat.
+            // The next attempt is no repeat, because nothing was opened.
             ++passed;
             EXPECT_TRUE(fire(number));
             EXPECT_EQ(recorded_launches().urls(), url);
@@ -84,20 +84,20 @@ protected:
         EXPECT_EQ(helper->SetSite(nullptr), S_OK);
     }
 
-    editor_bench editors_;
+    editor_programs editors_;
     import_faults faults_;
-    fake_scene scene_;
-    CComPtr<fake_document> page_ = sharepoint_page(scene_, L"https://" + user_and_server + L"/list");
-    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(scene_);
+    fake_tab tab_;
+    CComPtr<fake_document> page_ = sharepoint_page(tab_, L"https://" + user_and_server + L"/list");
+    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(tab_);
 };
 
-TEST_P(MemoryOfOpening, IsNotMissedByAClick)
+TEST_P(MemoryOfOpening, FailuresLoseNoClick)
 {
     fail_each_request("memory for a click", L"https://" + user_and_server + path,
                       [&](const std::wstring& number) { return click(path + number + L".pdf"); });
 }
 
-TEST_P(MemoryOfOpening, IsNotMissedByANavigation)
+TEST_P(MemoryOfOpening, FailuresLoseNoNavigation)
 {
     const std::wstring url = L"https://" + user_and_server + path;
     fail_each_request("memory for a navigation", url,

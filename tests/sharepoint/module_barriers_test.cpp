@@ -1,5 +1,5 @@
-// The DLL's guarded entries, with a host in another binary whose objects throw and crash in the middle of
-// them: what the host gets, what the log says, and that the next event works.
+// The DLL's guarded entries with a host in another binary whose objects throw or fault inside them: result,
+// log lines, and the next event.
 #include "logging/pdfcore_exception.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
@@ -34,7 +34,7 @@ struct guarded_entry
     entry which;
     const char* name;
     const char* line;
-    const char* host_call; // what it calls of the host
+    const char* host_call; // the call into the host that throws or faults
     lines before;          // what it has logged by then
 };
 
@@ -61,7 +61,7 @@ const guarded_entry guarded_entries[] = {
      {"debug: CLICK!"}},
 };
 
-// What came out of an entry: what the host was told, and whether the entry did its work.
+// The result of an entry, and whether the entry did its work.
 struct outcome
 {
     HRESULT code = E_UNEXPECTED;
@@ -86,33 +86,33 @@ public:
     }
     ~host()
     {
-        scene.interrupt_calls_named({}, {});
+        tab.interrupt_calls_named({}, {});
         EXPECT_EQ(helper->SetSite(nullptr), S_OK);
         EXPECT_EQ(helper.Detach()->Release(), 0u) << "references to the helper object";
     }
 
-    // Makes everything ready for the entry, and then calls it with something happening in the middle.
+    // Prepares the fakes and calls the entry with an action inside its call into the host.
     outcome call(const guarded_entry& what, const std::function<void()>& happening)
     {
-        scene.interrupt_calls_named({}, {});
+        tab.interrupt_calls_named({}, {});
         helper->SetSite(nullptr);
         if (what.which != entry::set_site) {
             EXPECT_EQ(helper->SetSite(browser->unknown()), S_OK);
             EXPECT_EQ(browser->document_complete(L"http://h/"), S_OK);
         }
         module.new_lines();
-        scene.interrupt_calls_named(happening ? what.host_call : "", happening);
+        tab.interrupt_calls_named(happening ? what.host_call : "", happening);
         const outcome out = call(what.which);
-        scene.interrupt_calls_named({}, {});
+        tab.interrupt_calls_named({}, {});
         return out;
     }
 
-    editor_bench editors;
-    module_bench module;
-    fake_scene scene;
-    CComPtr<fake_browser> browser = make_fake<fake_browser>(scene);
-    CComPtr<fake_document> page = sharepoint_page(scene, L"http://h/");
-    CComPtr<fake_element> link = make_fake<fake_element>(scene, list_link(L"http://h/x.pdf"));
+    editor_programs editors;
+    module_fixture module;
+    fake_tab tab;
+    CComPtr<fake_browser> browser = make_fake<fake_browser>(tab);
+    CComPtr<fake_document> page = sharepoint_page(tab, L"http://h/");
+    CComPtr<fake_element> link = make_fake<fake_element>(tab, list_link(L"http://h/x.pdf"));
     CComPtr<IObjectWithSite> helper;
 
 private:
@@ -128,12 +128,12 @@ private:
             return {result.code, result.cancel == VARIANT_TRUE};
         }
         case entry::document_complete: {
-            scene.forget_calls();
+            tab.forget_calls();
             const HRESULT code = browser->document_complete(L"http://h/");
-            return {code, scene.count_calls("IHTMLDocument3::getElementsByTagName") == 1};
+            return {code, tab.count_calls("IHTMLDocument3::getElementsByTagName") == 1};
         }
         case entry::click: {
-            const auto event = make_fake<fake_event>(scene, link);
+            const auto event = make_fake<fake_event>(tab, link);
             const auto result = page->click(event);
             EXPECT_EQ(is_bool(result.value, true), event->is_untouched());
             return {result.code, is_bool(result.value, false)};
@@ -143,7 +143,7 @@ private:
     }
 };
 
-// A click that is not cancelled is no failure to the host.
+// A failed click returns S_OK to the host and is not cancelled.
 outcome fallback(const guarded_entry& what)
 {
     return {what.which == entry::click ? S_OK : E_FAIL, false};
@@ -180,7 +180,7 @@ std::size_t count_in(const std::string& text, const std::string& part)
     return count;
 }
 
-// The suite's libraries are found beside the program as well as beside the DLL.
+// The suite's libraries are also found in the program's folder.
 bool has_suite()
 {
     return GetFileAttributesW(beside_this_program(L"as_compat.dll").c_str()) != INVALID_FILE_ATTRIBUTES;
@@ -206,7 +206,7 @@ std::vector<thrown_kind> thrown_kinds()
     };
 }
 
-TEST(ModuleBarriers, CatchWhatAnotherBinaryThrows)
+TEST(ModuleBarriers, CatchExceptionsOfAnotherBinary)
 {
     host test;
     for (const guarded_entry& what : guarded_entries) {
@@ -220,8 +220,8 @@ TEST(ModuleBarriers, CatchWhatAnotherBinaryThrows)
     }
 }
 
-// Also where an object is only asked for an interface, and where a connection ends.
-TEST(ModuleBarriers, CatchWhatIsThrownInAnyCallOfTheHosts)
+// Includes QueryInterface and Unadvise.
+TEST(ModuleBarriers, CatchExceptionsInEveryCallIntoTheHost)
 {
     const auto raise = [] { throw std::runtime_error("x"); };
     host test;
@@ -236,13 +236,13 @@ TEST(ModuleBarriers, CatchWhatIsThrownInAnyCallOfTheHosts)
     EXPECT_EQ(test.helper->SetSite(test.browser->unknown()), S_OK);
     EXPECT_EQ(test.browser->document_complete(L"http://h/"), S_OK);
     test.module.new_lines();
-    test.scene.interrupt_calls_named("IConnectionPoint::Unadvise", raise);
+    test.tab.interrupt_calls_named("IConnectionPoint::Unadvise", raise);
     EXPECT_EQ(test.helper->SetSite(nullptr), S_OK);
     const std::string line = "error: quill::NoThrow:38 runtime error: x";
     EXPECT_EQ(test.module.new_lines(), (lines{line, line, "debug: unload BHO for closing IE TAB"}));
 }
 
-TEST(ModuleBarriers, NameThePdfCoresExceptions)
+TEST(ModuleBarriers, LogExceptionsOfThePdfCore)
 {
     host test({.libraries = {L"pdfcore.dll", L"as_compat.dll"},
                .error_code = L"-1073",
@@ -275,7 +275,7 @@ protected:
 
     void start(const suite_setup& suite) { test_ = std::make_unique<host>(suite); }
 
-    // The handler runs: the host is told a failure and goes on.
+    // The handler runs, so the host gets a failure code.
     void expect_handled()
     {
         for (const guarded_entry& what : guarded_entries) {
@@ -303,22 +303,22 @@ TEST_F(ModuleCrash, IsReportedAndHandled)
             << report << " in " << reports;
 }
 
-// This program again, where the suite's libraries are not.
+// Runs this program in a folder without the suite's libraries.
 TEST(ModuleWithoutTheSuite, CatchesTheSame)
 {
     if (!has_suite())
-        return; // that is where we are
+        return; // in that process
     const scratch_directory folder;
     for (const wchar_t* name : {L"test_sharepoint_module.exe", L"QuillPDF.IE.dll", L"quill_editor.exe"})
         ASSERT_TRUE(CopyFileW(beside_this_program(name).c_str(), (folder / name).c_str(), TRUE));
     const child_result run = run_program(
         folder / L"test_sharepoint_module.exe",
-        L"--gtest_filter=ModuleBarriers.CatchWhatAnotherBinaryThrows:ModuleCrash.IsReportedAndHandled");
+        L"--gtest_filter=ModuleBarriers.CatchExceptionsOfAnotherBinary:ModuleCrash.IsReportedAndHandled");
     EXPECT_EQ(run.exit_code, 0u) << run.output << run.errors;
     EXPECT_NE(run.output.find("[  PASSED  ] 2 tests."), std::string::npos) << run.output;
 }
 
-// The browser's own handler around the entry. Returns the code of what came through, 0 for nothing.
+// A handler in the browser around the entry. Returns the code of the exception that reached it, 0 for none.
 [[gnu::noinline]] DWORD call_as_the_browser(void (*call)(void*), void* context)
 {
     DWORD code = 0;
@@ -329,13 +329,13 @@ TEST(ModuleWithoutTheSuite, CatchesTheSame)
     return code;
 }
 
-TEST_F(ModuleCrash, IsTheBrowsersWhenTheCrashLibrarySaysSo)
+TEST_F(ModuleCrash, IsLeftToTheBrowserWhenTheCrashLibrarySaysSo)
 {
     testing::internal::CaptureStderr();
     start({.libraries = {L"crashguard14.dll"}, .verdict = L"search"});
-    // The browser's handler skips what is between it and the fault.
+    // The browser's handler skips the frames between it and the fault.
     test_->module.expect_leaks();
-    test_->scene.expect_leaks();
+    test_->tab.expect_leaks();
     struct context
     {
         host* test;
@@ -345,7 +345,7 @@ TEST_F(ModuleCrash, IsTheBrowsersWhenTheCrashLibrarySaysSo)
     for (const guarded_entry& what : guarded_entries) {
         for (const system_exception& exception : system_exceptions) {
             if (exception.code == EXCEPTION_STACK_OVERFLOW)
-                continue; // whoever takes it has to put the guard page back
+                continue; // its handler would have to restore the guard page
             SCOPED_TRACE(std::string(what.name) + " " + std::to_string(exception.code));
             context call{test_.get(), &what, exception.happen};
             EXPECT_EQ(call_as_the_browser(
@@ -358,7 +358,7 @@ TEST_F(ModuleCrash, IsTheBrowsersWhenTheCrashLibrarySaysSo)
             EXPECT_EQ(test_->module.new_lines(), what.before);
         }
     }
-    // Each is reported once.
+    // Each fault is reported once.
     EXPECT_EQ(count_in(testing::internal::GetCapturedStderr(), "exception"),
               std::size(guarded_entries) * (std::size(system_exceptions) - 1));
 }

@@ -23,7 +23,7 @@ Function* find_export(HMODULE module, const char* name)
 
 } // namespace
 
-module_bench::module_bench(const suite_setup& suite, const wchar_t* log_level)
+module_fixture::module_fixture(const suite_setup& suite, const wchar_t* log_level)
     : level_(L"QUILL_LOG_LEVEL", log_level), sinks_(L"QUILL_LOG_SINKS", L"file"),
       verdict_(L"QUILL_CRASHGUARD", text_or_nothing(suite.verdict)),
       error_code_(L"QUILL_PDFCORE_ERROR", text_or_nothing(suite.error_code)),
@@ -37,26 +37,26 @@ module_bench::module_bench(const suite_setup& suite, const wchar_t* log_level)
     EXPECT_NE(module_, nullptr);
 }
 
-module_bench::~module_bench()
+module_fixture::~module_fixture()
 {
-    EXPECT_TRUE(expects_leaks_ || can_unload()) << "objects were left behind";
+    EXPECT_TRUE(expects_leaks_ || can_unload()) << "an object keeps the DLL loaded";
     FreeLibrary(module_);
 }
 
-bool module_bench::can_unload() const
+bool module_fixture::can_unload() const
 {
     auto* const can_unload_now = find_export<HRESULT WINAPI()>(module_, "DllCanUnloadNow");
     return can_unload_now && can_unload_now() == S_OK;
 }
 
-CComPtr<IObjectWithSite> module_bench::make_helper() const
+CComPtr<IObjectWithSite> module_fixture::make_helper() const
 {
     CComPtr<IObjectWithSite> helper;
     EXPECT_EQ(create_helper(&helper), S_OK);
     return helper;
 }
 
-HRESULT module_bench::create_helper(IObjectWithSite** out) const
+HRESULT module_fixture::create_helper(IObjectWithSite** out) const
 {
     auto* const get_class_object =
         find_export<HRESULT WINAPI(REFCLSID, REFIID, void**)>(module_, "DllGetClassObject");
@@ -71,7 +71,7 @@ HRESULT module_bench::create_helper(IObjectWithSite** out) const
     return factory->CreateInstance(nullptr, IID_IObjectWithSite, reinterpret_cast<void**>(out));
 }
 
-std::vector<std::string> module_bench::new_lines()
+std::vector<std::string> module_fixture::new_lines()
 {
     const std::vector<log_line> all = logs_.lines();
     std::vector<std::string> lines;

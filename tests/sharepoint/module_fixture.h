@@ -1,4 +1,5 @@
-// The DLL itself, loaded from a folder of its own, with the helper object made by its class factory.
+// Fixture: the DLL in a temporary folder, with logging, the suite's libraries and helper objects of its class
+// factory.
 #pragma once
 
 #include "tests/support/log_file.h"
@@ -14,7 +15,7 @@
 
 namespace quill::test {
 
-// What lies beside the DLL of the suite's libraries, and what they answer.
+// The suite's libraries beside the DLL, and their results.
 struct suite_setup
 {
     std::vector<const wchar_t*> libraries = {};
@@ -24,24 +25,24 @@ struct suite_setup
     const wchar_t* error_text = nullptr;
 };
 
-class module_bench
+class module_fixture
 {
 public:
-    explicit module_bench(const suite_setup& suite = {}, const wchar_t* log_level = L"debug");
-    // Fails the test when something keeps the DLL from unloading, unless leaks are expected.
-    ~module_bench();
-    module_bench(const module_bench&) = delete;
-    module_bench& operator=(const module_bench&) = delete;
+    explicit module_fixture(const suite_setup& suite = {}, const wchar_t* log_level = L"debug");
+    // Fails the test if an object keeps the DLL loaded, unless leaks are expected.
+    ~module_fixture();
+    module_fixture(const module_fixture&) = delete;
+    module_fixture& operator=(const module_fixture&) = delete;
 
     CComPtr<IObjectWithSite> make_helper() const;
-    // The same where it may fail.
+    // The same, if it may fail.
     HRESULT create_helper(IObjectWithSite** out) const;
-    // The log's lines since the last time, each as "level: text".
+    // The log lines since the previous call, as "level: text".
     std::vector<std::string> new_lines();
     HMODULE handle() const { return module_; }
-    // Whether no object is left that keeps the DLL loaded.
+    // Whether DllCanUnloadNow returns S_OK.
     bool can_unload() const;
-    // For tests in which something crashes: what that interrupts is not undone.
+    // For tests with system exceptions, which skip destructors.
     void expect_leaks() { expects_leaks_ = true; }
 
 private:

@@ -1,5 +1,5 @@
-// On pages that are not SharePoint pages the helper object only looks: it cancels nothing, changes nothing,
-// and looks at little, whatever the page is like.
+// On pages that are not SharePoint pages the helper object cancels nothing, changes nothing, and reads little
+// of the page.
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
@@ -15,11 +15,11 @@ namespace {
 using test::fake_browser;
 using test::fake_document;
 using test::fake_event;
-using test::fake_scene;
+using test::fake_tab;
 using test::make_fake;
 
 constexpr int many = 500;
-// Calls of the browser and the engine that one event may cost on a page with any number of links.
+// Upper limit of calls into the host for one event on a page with any number of links.
 constexpr std::size_t most_calls_to_record_a_page = 40;
 constexpr std::size_t most_calls_an_event = 30;
 
@@ -42,16 +42,16 @@ protected:
     {
         EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
         EXPECT_EQ(browser_->stops, 0);
-        EXPECT_EQ(scene_.count_calls("IHTMLElement::put_outerHTML"), 0);
-        EXPECT_TRUE(bench_.starts(0).empty());
+        EXPECT_EQ(tab_.count_calls("IHTMLElement::put_outerHTML"), 0);
+        EXPECT_TRUE(editors_.starts(0).empty());
     }
 
-    // The calls that the helper object has made since the last time.
+    // The helper object's calls since the previous call of this function.
     std::size_t calls()
     {
-        EXPECT_EQ(scene_.count_calls("IHTMLElement::put_outerHTML"), 0);
-        const std::size_t count = all_calls_ += scene_.calls().size();
-        scene_.forget_calls();
+        EXPECT_EQ(tab_.count_calls("IHTMLElement::put_outerHTML"), 0);
+        const std::size_t count = all_calls_ += tab_.calls().size();
+        tab_.forget_calls();
         return count - std::exchange(seen_calls_, count);
     }
     void navigate(const std::wstring& url, fake_browser* frame = nullptr)
@@ -63,15 +63,15 @@ protected:
     void click(test::element_text text)
     {
         auto& element = page_->add_to_body(std::move(text));
-        const auto event = make_fake<fake_event>(scene_, &element);
+        const auto event = make_fake<fake_event>(tab_, &element);
         EXPECT_TRUE(test::is_bool(page_->click(event).value, true));
         EXPECT_TRUE(event->is_untouched());
     }
 
-    test::editor_bench bench_;
-    fake_scene scene_;
-    CComPtr<fake_document> page_ = make_fake<fake_document>(scene_, L"http://plain/");
-    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(scene_);
+    test::editor_programs editors_;
+    fake_tab tab_;
+    CComPtr<fake_document> page_ = make_fake<fake_document>(tab_, L"http://plain/");
+    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(tab_);
     CComPtr<IObjectWithSite> helper_;
     std::size_t all_calls_ = 0;
     std::size_t seen_calls_ = 0;
@@ -103,8 +103,8 @@ TEST_F(NoInterference, WithAnyNavigation)
 TEST_F(NoInterference, WithFrames)
 {
     for (int i = 0; i < 20; ++i) {
-        const auto frame_page = make_fake<fake_document>(scene_, L"http://frame/");
-        const auto frame = make_fake<fake_browser>(scene_);
+        const auto frame_page = make_fake<fake_document>(tab_, L"http://frame/");
+        const auto frame = make_fake<fake_browser>(tab_);
         frame->document = frame_page->dispatch();
         frame->is_top_level = VARIANT_FALSE;
         navigate(L"http://h/x.pdf", frame);
@@ -138,15 +138,15 @@ TEST_F(NoInterference, WithDownloadsAndOtherContent)
     EXPECT_EQ(page_->events().sinks(), 0u);
 }
 
-TEST_F(NoInterference, WithScriptsThatDoNotAnswer)
+TEST_F(NoInterference, WithScriptsThatCannotBeRead)
 {
     for (int i = 0; i < 20; ++i)
         page_->add_to_head({.tag = L"SCRIPT", .src = L"/x.js"});
     page_->add_to_head({.tag = L"META", .name = L"GENERATOR", .content = L"Hand"});
-    scene_.fail_calls_named("IHTMLScriptElement::get_src", fake_scene::failure::error);
+    tab_.fail_calls_named("IHTMLScriptElement::get_src", fake_tab::failure::error);
     EXPECT_EQ(browser_->document_complete(L"http://plain/"), S_OK);
     navigate(L"http://h/x.pdf");
-    scene_.fail_calls_named("IHTMLMetaElement::get_name", fake_scene::failure::empty);
+    tab_.fail_calls_named("IHTMLMetaElement::get_name", fake_tab::failure::empty);
     navigate(L"http://h/x.pdf");
 }
 
@@ -157,10 +157,10 @@ TEST_F(NoInterference, WithClicks)
     click(test::list_link(L"http://h/x.pdf"));
     EXPECT_LE(calls(), most_calls_an_event);
     click({.tag = L"INPUT"});
-    EXPECT_EQ(scene_.count_calls("IHTMLElement::get_outerHTML"), 0);
+    EXPECT_EQ(tab_.count_calls("IHTMLElement::get_outerHTML"), 0);
 }
 
-// A page of SharePoint Online, which has its own way.
+// A page of SharePoint Online.
 TEST_F(NoInterference, WithSharePointOnlinesScripts)
 {
     page_->add_to_head({.tag = L"META", .name = L"GENERATOR", .content = L"SharePoint"});
@@ -169,7 +169,7 @@ TEST_F(NoInterference, WithSharePointOnlinesScripts)
     navigate(L"http://h/x.pdf");
     click(test::list_link(L"http://h/x.pdf"));
     page_->change_ready_state(L"complete");
-    EXPECT_EQ(scene_.count_calls("IHTMLElement::getAttribute"), 0);
+    EXPECT_EQ(tab_.count_calls("IHTMLElement::getAttribute"), 0);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// A system exception in each of the system's calls that open a URL: what was not opened is left to the
-// browser, what was opened is cancelled, and the next attempt works.
+// A system exception in each system function that opens a URL: the event is cancelled if the URL was opened
+// and otherwise left to the browser, and the next attempt works.
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/aggregator_fixture.h"
 #include "tests/sharepoint/recorded_launches.h"
@@ -15,10 +15,10 @@ struct opening_call
 {
     const char* function;
     bool has_editor;
-    bool is_open_before; // the URL, when the call is made
+    bool is_open_before; // whether the URL is open when the function is called
 };
 
-// While this lives, a function that the program imports faults.
+// Makes an imported function of the program fault during its lifetime.
 class faulting_import
 {
 public:
@@ -41,13 +41,13 @@ private:
     code_address original_;
 };
 
-class OpeningFaults : public aggregator_bench, public testing::WithParamInterface<opening_call>
+class OpeningFaults : public aggregator_fixture, public testing::WithParamInterface<opening_call>
 {
 protected:
     OpeningFaults()
     {
         if (!GetParam().has_editor)
-            bench_.set_editor(L"C:\\nowhere\\editor.exe");
+            editors_.set_editor(L"C:\\nowhere\\editor.exe");
         EXPECT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(nullptr, IID_IObjectWithSite,
                                                                 reinterpret_cast<void**>(&helper_)),
                   S_OK);
@@ -68,7 +68,7 @@ protected:
     const launch_recording recording_;
 };
 
-TEST_P(OpeningFaults, OfANavigationLeaveItToTheBrowserUnlessItIsOpen)
+TEST_P(OpeningFaults, CancelANavigationOnlyIfItsUrlIsOpen)
 {
     {
         const faulting_import fault(GetParam().function);
@@ -81,24 +81,24 @@ TEST_P(OpeningFaults, OfANavigationLeaveItToTheBrowserUnlessItIsOpen)
               "info: System exception in quill::browser_events_sink::on_before_navigate");
     if (GetParam().is_open_before)
         return;
-    // It is no repeat: the first one opened nothing.
+    // Not a repeat, because the first navigation opened nothing.
     EXPECT_EQ(browser_->before_navigate(L"http://h/x.pdf").cancel, VARIANT_TRUE);
     EXPECT_EQ(opened(), 1u);
 }
 
-TEST_P(OpeningFaults, OfAClickLeaveItToTheBrowserUnlessItIsOpen)
+TEST_P(OpeningFaults, CancelAClickOnlyIfItsUrlIsOpen)
 {
     auto& link = page_->add_to_body(list_link(L"http://h/x.pdf"));
     {
         const faulting_import fault(GetParam().function);
-        const auto event = make_fake<fake_event>(scene_, &link);
+        const auto event = make_fake<fake_event>(tab_, &link);
         EXPECT_TRUE(is_bool(page_->click(event).value, true));
         EXPECT_EQ(event->is_blocked(), GetParam().is_open_before);
         EXPECT_EQ(event->is_untouched(), !GetParam().is_open_before);
         EXPECT_EQ(opened(), opened_before());
     }
     EXPECT_EQ(log_.lines().back(), "info: System exception in quill::html_events_sink::on_click");
-    const auto event = make_fake<fake_event>(scene_, &link);
+    const auto event = make_fake<fake_event>(tab_, &link);
     EXPECT_TRUE(is_bool(page_->click(event).value, false));
     EXPECT_EQ(opened(), opened_before() + 1);
 }

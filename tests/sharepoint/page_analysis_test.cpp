@@ -1,4 +1,4 @@
-// Which pages are SharePoint pages, and what is changed in them.
+// Classification of pages and the rewriting of their links.
 #include "tests/sharepoint/aggregator_fixture.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 namespace quill::test {
 namespace {
 
-class RewrittenPage : public aggregator_bench
+class RewrittenPage : public aggregator_fixture
 {
 };
 
@@ -31,8 +31,8 @@ TEST_F(RewrittenPage, RewritesTheLinksOfASharePointPage)
     EXPECT_EQ(handled.written_html(), std::vector<std::wstring>{L"<a href=\"/x.pdf\"  id=\"i\">x</a>"});
     for (fake_element* untouched : {&other_link, &plain_link, &anchor, &unreadable})
         EXPECT_TRUE(untouched->written_html().empty());
-    // Markup is read of PDF links only.
-    EXPECT_EQ(scene_.count_calls("IHTMLElement::get_outerHTML"), 2);
+    // Only the markup of PDF links is read.
+    EXPECT_EQ(tab_.count_calls("IHTMLElement::get_outerHTML"), 2);
     EXPECT_EQ(
         log_.lines(),
         (lines{"debug: opening document by http://h/list", "info: sharepoint document has been detected",
@@ -40,7 +40,7 @@ TEST_F(RewrittenPage, RewritesTheLinksOfASharePointPage)
                "debug: detect click to /x.pdf", "debug: detect click to /x.doc",
                "debug: detect click to /y.pdf", "debug: detect click to "}));
 
-    // Pages go on adding links: the next readiness finds those.
+    // Links that the page adds later are rewritten at the next event.
     auto& late = page_->add_to_body(
         {.tag = L"A", .outer_html = L"onclick=\"PdfFile.OpenDocuments\"", .href = L"/l.pdf"});
     page_->change_ready_state(L"complete");
@@ -48,20 +48,20 @@ TEST_F(RewrittenPage, RewritesTheLinksOfASharePointPage)
     EXPECT_EQ(handled.written_html().size(), 1u);
 }
 
-TEST_F(RewrittenPage, LeavesTheLinksOfOtherPagesAlone)
+TEST_F(RewrittenPage, KeepsTheLinksOfOtherPages)
 {
     const auto plain = show_plain_page();
     plain->add_to_body({.tag = L"A", .outer_html = L"onclick=\"PdfFile.OpenDocuments\"", .href = L"/x.pdf"});
     complete();
     plain->change_ready_state(L"complete");
-    EXPECT_EQ(scene_.count_calls("IHTMLElement::getAttribute"), 0);
-    EXPECT_EQ(scene_.count_calls("IHTMLElement::put_outerHTML"), 0);
+    EXPECT_EQ(tab_.count_calls("IHTMLElement::getAttribute"), 0);
+    EXPECT_EQ(tab_.count_calls("IHTMLElement::put_outerHTML"), 0);
 }
 
-class ClassifiedPage : public aggregator_bench
+class ClassifiedPage : public aggregator_fixture
 {
 protected:
-    // Which kind the page is taken for, as its log lines tell.
+    // The page's kind, by the log lines.
     bool is_sharepoint()
     {
         complete();
@@ -74,7 +74,7 @@ protected:
         .tag = L"META", .name = L"generator", .content = L"My SharePointServer 16"};
 };
 
-TEST_F(ClassifiedPage, IsFoundByItsGenerator)
+TEST_F(ClassifiedPage, IsSharePointByItsGenerator)
 {
     plain_->add_to_head({.tag = L"LINK"});
     plain_->add_to_head({.tag = L"SCRIPT", .src = L"/_layouts/init.js"});
@@ -84,18 +84,18 @@ TEST_F(ClassifiedPage, IsFoundByItsGenerator)
     EXPECT_TRUE(is_sharepoint());
 }
 
-TEST_F(ClassifiedPage, IsFoundByEnginesWithTheOlderSearch)
+TEST_F(ClassifiedPage, IsSharePointInEnginesWithTheOlderSearch)
 {
     plain_->head->has_element2 = false;
     plain_->add_to_head(generator_);
     EXPECT_TRUE(is_sharepoint());
 }
 
-// All elements of the head, of whatever kind, are handed out there.
-TEST_F(ClassifiedPage, IsFoundByEnginesWithoutASearch)
+// There the search returns all elements of the head, whatever their tag.
+TEST_F(ClassifiedPage, IsSharePointInEnginesWithoutASearch)
 {
     plain_->head->has_element2 = false;
-    scene_.fail_calls_named("IHTMLElementCollection::tags", fake_scene::failure::error);
+    tab_.fail_calls_named("IHTMLElementCollection::tags", fake_tab::failure::error);
     plain_->add_to_head({.tag = L"TITLE"});
     plain_->add_to_head({.tag = L"SCRIPT", .src = L"/x.js"});
     plain_->add_to_head(generator_);
@@ -105,13 +105,13 @@ TEST_F(ClassifiedPage, IsFoundByEnginesWithoutASearch)
 TEST_F(ClassifiedPage, IsRegularWithSharePointOnlineScriptsWithoutASearch)
 {
     plain_->head->has_element2 = false;
-    scene_.fail_calls_named("IHTMLElementCollection::tags", fake_scene::failure::empty);
+    tab_.fail_calls_named("IHTMLElementCollection::tags", fake_tab::failure::empty);
     plain_->add_to_head(generator_);
     plain_->add_to_head({.tag = L"SCRIPT", .src = L"https://x.SharePointOnline.com/x.js"});
     EXPECT_FALSE(is_sharepoint());
 }
 
-TEST_F(ClassifiedPage, IsNotFoundInTheBody)
+TEST_F(ClassifiedPage, IsNotClassifiedByItsBody)
 {
     plain_->add_to_body(generator_);
     EXPECT_FALSE(is_sharepoint());
@@ -122,7 +122,7 @@ TEST_F(ClassifiedPage, IsRegularWithSharePointOnlineScripts)
     plain_->add_to_head(generator_);
     plain_->add_to_head({.tag = L"SCRIPT", .src = L"https://x.SharePointOnline.com/x.js"});
     EXPECT_FALSE(is_sharepoint());
-    EXPECT_EQ(scene_.count_calls("IHTMLMetaElement::get_name"), 0);
+    EXPECT_EQ(tab_.count_calls("IHTMLMetaElement::get_name"), 0);
 }
 
 TEST_F(ClassifiedPage, IsRegularWithoutARootElement)
@@ -139,12 +139,12 @@ TEST_F(ClassifiedPage, IsRegularWithoutAHead)
     EXPECT_FALSE(is_sharepoint());
 }
 
-// To find all heads an engine looks at every element of the page.
+// A search for all heads visits every element of the page.
 TEST_F(ClassifiedPage, IsNotSearchedForAHeadThatIsTheRootsFirstChild)
 {
     plain_->add_to_head(generator_);
     EXPECT_TRUE(is_sharepoint());
-    EXPECT_EQ(scene_.count_calls("IHTMLDocument3::getElementsByTagName"), 1) << "for the links";
+    EXPECT_EQ(tab_.count_calls("IHTMLDocument3::getElementsByTagName"), 1) << "for the links";
 }
 
 TEST_F(ClassifiedPage, IsSearchedForAHeadThatIsNotTheRootsFirstChild)
@@ -152,24 +152,24 @@ TEST_F(ClassifiedPage, IsSearchedForAHeadThatIsNotTheRootsFirstChild)
     plain_->is_head_first = false;
     plain_->add_to_head(generator_);
     EXPECT_TRUE(is_sharepoint());
-    EXPECT_EQ(scene_.count_calls("IHTMLDocument3::getElementsByTagName"), 2);
+    EXPECT_EQ(tab_.count_calls("IHTMLDocument3::getElementsByTagName"), 2);
 }
 
-TEST_F(ClassifiedPage, IsSearchedForAHeadInEnginesThatDoNotTellTheRootsChildren)
+TEST_F(ClassifiedPage, IsSearchedForAHeadInEnginesWithoutTheRootsChildren)
 {
     plain_->add_to_head(generator_);
-    scene_.fail_calls_named("IHTMLElement::get_children", fake_scene::failure::empty);
+    tab_.fail_calls_named("IHTMLElement::get_children", fake_tab::failure::empty);
     EXPECT_TRUE(is_sharepoint());
 }
 
-TEST_F(ClassifiedPage, IsRegularInAnEngineWithoutTheNewerDocument)
+TEST_F(ClassifiedPage, IsRegularInAnEngineWithoutIHTMLDocument3)
 {
     plain_->has_document3 = false;
     plain_->add_to_head(generator_);
     EXPECT_FALSE(is_sharepoint());
 }
 
-TEST_F(ClassifiedPage, SkipsWhatCannotBeRead)
+TEST_F(ClassifiedPage, IgnoresElementsThatCannotBeRead)
 {
     plain_->add_to_head({.tag = L"META", .name = L"GENERATOR"});
     plain_->add_to_head({.tag = L"META", .content = L"SharePoint"});

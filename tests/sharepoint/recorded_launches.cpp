@@ -9,7 +9,7 @@
 namespace quill::test {
 namespace {
 
-// With its terminator.
+// In characters, with the terminator.
 constexpr std::size_t longest_command_line = 32'767;
 
 std::function<void()>& shell_action()
@@ -45,7 +45,7 @@ HINSTANCE WINAPI execute_nothing(HWND, const wchar_t*, const wchar_t* file, cons
     recorded_launches().default_urls.emplace_back(file);
     if (const auto action = shell_action())
         action();
-    return reinterpret_cast<HINSTANCE>(INT_PTR{42}); // success is anything above 32
+    return reinterpret_cast<HINSTANCE>(INT_PTR{42}); // values above 32 mean success
 }
 
 code_address redirect_own(const char* function, code_address target)

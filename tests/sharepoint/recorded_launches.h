@@ -1,5 +1,5 @@
-// What would have been started, without starting it: for loops over hundreds of visits, and for tests that do
-// something while the system is being asked to open a URL.
+// Records what would be started, without starting it: for loops over hundreds of visits, and for tests that
+// run an action inside ShellExecuteW.
 #pragma once
 
 #include "tests/support/faults/import_faults.h"
@@ -13,22 +13,21 @@ namespace quill::test {
 struct launches
 {
     std::vector<std::wstring> editor_lines;
-    std::vector<std::wstring> default_urls; // of the default handler
+    std::vector<std::wstring> default_urls; // passed to the default handler
 
-    // The URLs that were opened, by the editor or by the default handler: sorted. Text that is no command
-    // line for the editor is one too.
+    // The URLs that the editor and the default handler got, sorted. A malformed command line is returned
+    // unchanged.
     std::vector<std::wstring> urls() const;
 };
 
-// The stand-ins, and what they were called with so far. CreateProcessW refuses a command line that is too
-// long for Windows.
+// The replacement functions and their calls so far. CreateProcessW fails for a command line that is too long.
 code_address recording_create_process();
 code_address recording_shell_execute();
 launches& recorded_launches();
-// Done in the middle of every ShellExecuteW, after the call is recorded; empty: nothing.
+// Sets an action that each ShellExecuteW runs after recording the call; may be empty.
 void while_shell_executes(std::function<void()> action);
 
-// For code that is linked into the test: while this lives, the program's own calls go to the stand-ins.
+// Redirects the imports of the test program during its lifetime, for product code that is linked into it.
 class launch_recording
 {
 public:

@@ -1,8 +1,7 @@
-// Opening a URL dispatches messages: what the browser and the page report meanwhile.
+// Opening a URL may dispatch messages: events of the browser and of the page that arrive meanwhile.
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/aggregator_fixture.h"
 #include "tests/sharepoint/recorded_launches.h"
-#include "tests/support/text.h"
 
 #include <gtest/gtest.h>
 
@@ -13,17 +12,19 @@ namespace {
 
 using urls = std::vector<std::wstring>;
 
-class ReentrantOpening : public aggregator_bench
+constexpr wchar_t other_url[] = L"http://h/other.pdf";
+
+class ReentrantOpening : public aggregator_fixture
 {
 protected:
     ReentrantOpening()
     {
-        bench_.set_editor(L"C:\\nowhere\\editor.exe");
-        aggregator_ = std::make_shared<browser_events_aggregator>();
+        editors_.set_editor(L"C:\\nowhere\\editor.exe");
+        make_aggregator();
     }
 
-    // Once, while the default handler is being asked.
-    static void meanwhile(std::function<void()> action)
+    // Runs the action once, inside the call that starts the default handler.
+    static void during_opening(std::function<void()> action)
     {
         while_shell_executes([action = std::move(action)] {
             while_shell_executes({});
@@ -32,157 +33,129 @@ protected:
     }
     static urls opened() { return recorded_launches().default_urls; }
 
-    // The attempt opens a URL and says whether its repeat opened nothing. On a machine that halts for longer
-    // than a repeat is recognised, that says nothing, and another URL is tried.
-    void expect_recognised(const std::function<bool(const std::wstring& url)>& attempt)
-    {
-        for (int number = 0; number < 50; ++number) {
-            recorded_launches() = {};
-            begin_ = GetTickCount64();
-            const bool is_recognised = attempt(L"http://h/Doc" + std::to_wstring(number) + L".pdf");
-            if (is_recognised || GetTickCount64() - begin_ < 100) {
-                EXPECT_TRUE(is_recognised) << testing::PrintToString(opened());
-                return;
-            }
-        }
-        ADD_FAILURE() << "the machine never kept up";
-    }
-
-    ULONGLONG begin_ = 0;
     const launch_recording recording_;
 };
 
-TEST_F(ReentrantOpening, OpensARepeatOnce)
+TEST_F(ReentrantOpening, OpensARepeatedUrlOnce)
 {
-    expect_recognised([&](const std::wstring& url) {
-        std::string last_line;
-        meanwhile([&] {
-            EXPECT_TRUE(navigate(L"HTTP" + url.substr(4)));
-            last_line = log_.lines().back();
-        });
-        EXPECT_TRUE(navigate(url));
-        return opened() == urls{url} &&
-               last_line == "info: " + to_utf8(L"HTTP" + url.substr(4)) + " just canceled";
+    during_opening([&] {
+        EXPECT_TRUE(navigate(L"HTTP://H/DOC.PDF"));
+        EXPECT_EQ(log_.lines().back(), "info: HTTP://H/DOC.PDF just canceled");
     });
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(opened(), urls{pdf_url});
 }
 
-TEST_F(ReentrantOpening, OpensARepeatOnceHoweverLongTheOpeningTakes)
+TEST_F(ReentrantOpening, OpensARepeatedUrlOnceWhenOpeningTakesLongerThanTheInterval)
 {
-    meanwhile([&] {
-        pass_the_repeat_window();
-        EXPECT_TRUE(navigate(L"http://h/x.pdf"));
-        EXPECT_EQ(log_.lines().back(), "info: http://h/x.pdf just canceled");
+    during_opening([&] {
+        advance_clock(60'000);
+        EXPECT_TRUE(navigate(pdf_url));
+        EXPECT_EQ(log_.lines().back(), "info: http://h/Doc.pdf just canceled");
     });
-    EXPECT_TRUE(navigate(L"http://h/x.pdf"));
-    EXPECT_EQ(opened(), urls{L"http://h/x.pdf"});
-    pass_the_repeat_window();
-    EXPECT_TRUE(navigate(L"http://h/x.pdf"));
-    EXPECT_EQ(opened(), (urls{L"http://h/x.pdf", L"http://h/x.pdf"})) << "the opening is over";
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(opened(), urls{pdf_url});
+    advance_clock(100);
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(opened(), (urls{pdf_url, pdf_url})) << "the URL is no longer being opened";
 }
 
-TEST_F(ReentrantOpening, OpensTheOuterUrlOnceWhenAnotherOneIsOpenedInside)
+TEST_F(ReentrantOpening, OpensTheOuterUrlOnceWhenAnotherUrlIsOpenedInside)
 {
-    meanwhile([&] {
-        EXPECT_TRUE(navigate(L"http://h/inner.pdf"));
-        pass_the_repeat_window();
-        EXPECT_TRUE(navigate(L"http://h/x.pdf"));
+    during_opening([&] {
+        EXPECT_TRUE(navigate(other_url));
+        advance_clock(100);
+        EXPECT_TRUE(navigate(pdf_url));
     });
-    EXPECT_TRUE(navigate(L"http://h/x.pdf"));
-    EXPECT_EQ(opened(), (urls{L"http://h/x.pdf", L"http://h/inner.pdf"}));
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(opened(), (urls{pdf_url, other_url}));
 }
 
-// The same through the helper object, whose section is entered at the time.
-TEST_F(ReentrantOpening, OpensARepeatOfATabOnce)
+// Through the helper object, whose sink holds its lock at the time.
+TEST_F(ReentrantOpening, OpensARepeatedUrlOfATabOnce)
 {
     CComPtr<IObjectWithSite> helper;
     ASSERT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(nullptr, IID_IObjectWithSite,
                                                             reinterpret_cast<void**>(&helper)),
               S_OK);
     ASSERT_EQ(helper->SetSite(browser_->unknown()), S_OK);
-    expect_recognised([&](const std::wstring& url) {
-        meanwhile([&] { EXPECT_EQ(browser_->before_navigate(url).cancel, VARIANT_TRUE); });
-        EXPECT_EQ(browser_->before_navigate(url).cancel, VARIANT_TRUE);
-        return opened() == urls{url};
-    });
+    during_opening([&] { EXPECT_EQ(browser_->before_navigate(pdf_url).cancel, VARIANT_TRUE); });
+    EXPECT_EQ(browser_->before_navigate(pdf_url).cancel, VARIANT_TRUE);
+    EXPECT_EQ(opened(), urls{pdf_url});
     EXPECT_EQ(helper->SetSite(nullptr), S_OK);
 }
 
-TEST_F(ReentrantOpening, RecognisesTheRepeatAfterALongOpening)
+TEST_F(ReentrantOpening, CountsTheIntervalFromTheEndOfOpening)
 {
-    expect_recognised([&](const std::wstring& url) {
-        meanwhile([&] {
-            pass_the_repeat_window();
-            begin_ = GetTickCount64();
-        });
-        EXPECT_TRUE(navigate(url));
-        EXPECT_TRUE(navigate(url));
-        return opened() == urls{url};
-    });
+    during_opening([] { advance_clock(60'000); });
+    EXPECT_TRUE(navigate(pdf_url));
+    advance_clock(99);
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(opened(), urls{pdf_url});
+    advance_clock(100);
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(opened(), (urls{pdf_url, pdf_url}));
 }
 
-// One URL is remembered, and it is the one that was cancelled last.
-TEST_F(ReentrantOpening, OpensAnotherUrlAndRemembersTheFirst)
+TEST_F(ReentrantOpening, RemembersTheUrlThatWasCancelledLast)
 {
-    const std::wstring other = L"http://h/other.pdf";
-    expect_recognised([&](const std::wstring& url) {
-        meanwhile([&] { EXPECT_TRUE(navigate(other)); });
-        EXPECT_TRUE(navigate(url));
-        EXPECT_TRUE(navigate(url));
-        return opened() == urls{url, other};
-    });
+    during_opening([&] { EXPECT_TRUE(navigate(other_url)); });
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(opened(), (urls{pdf_url, other_url}));
+    EXPECT_TRUE(navigate(other_url));
+    EXPECT_EQ(opened(), (urls{pdf_url, other_url, other_url}));
 }
 
-TEST_F(ReentrantOpening, RemembersTheUrlWhenAPageIsCompletedMeanwhile)
+TEST_F(ReentrantOpening, RecognisesARepeatWhenAPageIsCompletedDuringOpening)
 {
-    expect_recognised([&](const std::wstring& url) {
-        meanwhile([&] { complete(); });
-        EXPECT_TRUE(navigate(url));
-        EXPECT_TRUE(navigate(url));
-        return opened() == urls{url};
-    });
+    during_opening([&] { complete(); });
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(opened(), urls{pdf_url});
 }
 
-// A page that does something when it is asked for its identity.
-class telling_page : public fake_document
+// A page that runs an action once when its IUnknown is queried.
+class interrupting_page : public fake_document
 {
 public:
     using fake_document::fake_document;
-    std::function<void()> tell;
+    std::function<void()> action;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override
     {
-        if (iid == IID_IUnknown && tell)
-            std::exchange(tell, nullptr)();
+        if (iid == IID_IUnknown && action)
+            std::exchange(action, nullptr)();
         return fake_document::QueryInterface(iid, out);
     }
 };
 
-// The record is appended behind those that have been compared already.
+// The new record is appended after those that have been compared.
 TEST_F(ReentrantOpening, FindsARecordThatIsAddedDuringTheSearch)
 {
-    const auto first = make_fake<telling_page>(scene_, L"http://first/");
+    const auto first = make_fake<interrupting_page>(tab_, L"http://first/");
     browser_->document = first->dispatch();
     complete();
     auto& link = page_->add_to_body(list_link(L"http://h/x.pdf"));
-    first->tell = [&] { aggregator_->on_document_ready(page_); };
+    first->action = [&] { aggregator_->on_document_ready(page_); };
     EXPECT_TRUE(aggregator_->on_click(page_, &link));
     EXPECT_EQ(opened(), urls{L"http://h/x.pdf"});
     EXPECT_EQ(page_->events().sinks(), 1u);
 }
 
-// Many are appended, so that the records move in memory while they are searched.
-TEST_F(ReentrantOpening, SearchesOnWhenTheRecordsMove)
+// Enough pages are added to reallocate the vector of records during the search.
+TEST_F(ReentrantOpening, ContinuesTheSearchWhenTheRecordsAreReallocated)
 {
-    std::vector<CComPtr<telling_page>> pages;
+    std::vector<CComPtr<interrupting_page>> pages;
     for (int i = 0; i < 3; ++i) {
-        pages.push_back(make_fake<telling_page>(scene_, L"http://plain/"));
+        pages.push_back(make_fake<interrupting_page>(tab_, L"http://plain/"));
         aggregator_->on_document_ready(pages.back());
     }
     complete();
     std::vector<CComPtr<fake_document>> added;
-    pages[0]->tell = [&] {
+    pages[0]->action = [&] {
         for (int i = 0; i < 100; ++i) {
-            added.push_back(make_fake<fake_document>(scene_, L"http://added/"));
+            added.push_back(make_fake<fake_document>(tab_, L"http://added/"));
             aggregator_->on_document_ready(added.back());
         }
     };

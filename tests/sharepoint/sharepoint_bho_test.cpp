@@ -9,7 +9,7 @@ namespace quill {
 namespace {
 
 using test::fake_browser;
-using test::fake_scene;
+using test::fake_tab;
 using test::make_fake;
 using lines = std::vector<std::string>;
 
@@ -33,10 +33,10 @@ protected:
         log_.clear();
     }
 
-    test::editor_bench bench_;
-    fake_scene scene_;
-    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(scene_);
-    CComPtr<test::fake_document> page_ = test::sharepoint_page(scene_, L"http://h/");
+    test::editor_programs editors_;
+    fake_tab tab_;
+    CComPtr<fake_browser> browser_ = make_fake<fake_browser>(tab_);
+    CComPtr<test::fake_document> page_ = test::sharepoint_page(tab_, L"http://h/");
     CComPtr<IObjectWithSite> helper_;
     test::log_capture log_;
 };
@@ -52,14 +52,14 @@ TEST_F(SharepointBho, AttachesAndDetaches)
     EXPECT_EQ(browser_->events().sinks(), 0u);
 }
 
-TEST_F(SharepointBho, TakesNoSiteWhenDetached)
+TEST_F(SharepointBho, AcceptsNullWithoutASite)
 {
     EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
     EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
     EXPECT_EQ(log_.lines(), (lines{unload_line, unload_line}));
 }
 
-TEST_F(SharepointBho, KeepsOneSubscriptionForTheSameSiteTwice)
+TEST_F(SharepointBho, HasOneSubscriptionWhenTheSameSiteIsSetTwice)
 {
     for (int i = 0; i < 3; ++i) {
         EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
@@ -72,7 +72,7 @@ TEST_F(SharepointBho, KeepsOneSubscriptionForTheSameSiteTwice)
 
 TEST_F(SharepointBho, MovesToANewSite)
 {
-    const auto other = make_fake<fake_browser>(scene_);
+    const auto other = make_fake<fake_browser>(tab_);
     helper_->SetSite(browser_->unknown());
     EXPECT_EQ(helper_->SetSite(other->unknown()), S_OK);
     EXPECT_EQ(browser_->events().sinks(), 0u);
@@ -80,7 +80,7 @@ TEST_F(SharepointBho, MovesToANewSite)
     helper_->SetSite(nullptr);
 }
 
-TEST_F(SharepointBho, HearsNothingFromASiteThatIsNoBrowser)
+TEST_F(SharepointBho, AcceptsASiteThatIsNoBrowser)
 {
     browser_->is_browser = false;
     EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
@@ -89,14 +89,14 @@ TEST_F(SharepointBho, HearsNothingFromASiteThatIsNoBrowser)
     EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
 }
 
-TEST_F(SharepointBho, LetsGoWithoutBeingTold)
+TEST_F(SharepointBho, UnadvisesInItsDestructor)
 {
     helper_->SetSite(browser_->unknown());
     helper_.Release();
     EXPECT_EQ(browser_->events().sinks(), 0u);
 }
 
-TEST_F(SharepointBho, HandsOutItsSite)
+TEST_F(SharepointBho, ReturnsItsSite)
 {
     CComPtr<IWebBrowser2> site;
     EXPECT_EQ(helper_->GetSite(IID_IWebBrowser2, nullptr), E_POINTER);
@@ -122,10 +122,10 @@ TEST_F(SharepointBho, RefusesAggregation)
     EXPECT_EQ(out, nullptr);
 }
 
-// The failure is reported, and what was there before is not half there.
-TEST_F(SharepointBho, FailsWhenTheBrowserTakesNoConnection)
+// The state after the failure is consistent.
+TEST_F(SharepointBho, FailsWhenAdviseFails)
 {
-    scene_.fail_calls_named("IConnectionPoint::Advise", fake_scene::failure::error);
+    tab_.fail_calls_named("IConnectionPoint::Advise", fake_tab::failure::error);
     EXPECT_EQ(helper_->SetSite(browser_->unknown()), E_FAIL);
     const auto logged = log_.lines();
     ASSERT_EQ(logged.size(), 4u);
@@ -133,17 +133,17 @@ TEST_F(SharepointBho, FailsWhenTheBrowserTakesNoConnection)
         << logged[3];
     void* site = this;
     EXPECT_EQ(helper_->GetSite(IID_IUnknown, &site), E_FAIL);
-    scene_.fail_calls_named({}, fake_scene::failure::error);
+    tab_.fail_calls_named({}, fake_tab::failure::error);
     EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
     EXPECT_EQ(browser_->events().sinks(), 1u);
 }
 
-// The old subscription has ended by then; the site is replaced only by one that was taken.
+// The old subscription has ended; the site is replaced only after a subscription to the new one.
 TEST_F(SharepointBho, KeepsTheOldSiteWhenTheNewOneFails)
 {
     EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
-    const auto other = make_fake<fake_browser>(scene_);
-    scene_.fail_calls_named("IConnectionPoint::Advise", fake_scene::failure::error);
+    const auto other = make_fake<fake_browser>(tab_);
+    tab_.fail_calls_named("IConnectionPoint::Advise", fake_tab::failure::error);
     EXPECT_EQ(helper_->SetSite(other->unknown()), E_FAIL);
     EXPECT_EQ(browser_->events().sinks(), 0u);
     CComPtr<IUnknown> site;
@@ -152,27 +152,27 @@ TEST_F(SharepointBho, KeepsTheOldSiteWhenTheNewOneFails)
     EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
 }
 
-TEST_F(SharepointBho, SendsAClickToTheEditorAndStopsAtTheEnd)
+TEST_F(SharepointBho, OpensAClickedPdfUntilTheTabIsClosed)
 {
-    bench_.use_editor();
+    editors_.use_editor();
     helper_->SetSite(browser_->unknown());
     browser_->document = page_->dispatch();
     auto& link = page_->add_to_body(test::list_link(L"http://h/x.pdf"));
     EXPECT_EQ(browser_->document_complete(L"http://h/"), S_OK);
-    const auto event = make_fake<test::fake_event>(scene_, &link);
+    const auto event = make_fake<test::fake_event>(tab_, &link);
     EXPECT_TRUE(test::is_bool(page_->click(event).value, false));
     const auto navigation = browser_->before_navigate(L"http://h/y.pdf");
     EXPECT_EQ(navigation.cancel, VARIANT_TRUE);
-    EXPECT_EQ(bench_.starts(2).size(), 2u);
+    EXPECT_EQ(editors_.starts(2).size(), 2u);
 
     browser_->quit();
     EXPECT_EQ(browser_->before_navigate(L"http://h/z.pdf").cancel, VARIANT_FALSE);
     EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
     EXPECT_EQ(page_->events().sinks(), 0u);
-    EXPECT_EQ(bench_.starts(2).size(), 2u);
+    EXPECT_EQ(editors_.starts(2).size(), 2u);
 }
 
-// A browser that calls back while the helper object leaves it.
+// A browser that re-enters during Unadvise.
 class returning_browser : public fake_browser
 {
 public:
@@ -192,9 +192,9 @@ protected:
     }
 };
 
-TEST_F(SharepointBho, RefusesASecondSubscriptionOnTheWay)
+TEST_F(SharepointBho, RefusesAReentrantSetSite)
 {
-    const auto returning = make_fake<returning_browser>(scene_);
+    const auto returning = make_fake<returning_browser>(tab_);
     helper_->SetSite(returning->unknown());
     log_.clear();
     returning->helper = helper_;
@@ -209,20 +209,20 @@ TEST_F(SharepointBho, RefusesASecondSubscriptionOnTheWay)
     EXPECT_EQ(browser_->events().sinks(), 0u);
 }
 
-// Leaving the old browser may end whatever held the new one.
-TEST_F(SharepointBho, HoldsANewSiteThatIsDroppedOnTheWay)
+// Unadvise from the old browser may release the new site.
+TEST_F(SharepointBho, HoldsANewSiteThatTheBrowserReleasesInUnadvise)
 {
     EXPECT_EQ(helper_->SetSite(browser_->unknown()), S_OK);
-    auto other = make_fake<fake_browser>(scene_);
+    auto other = make_fake<fake_browser>(tab_);
     fake_browser* const site = other;
-    scene_.interrupt_calls_named("IConnectionPoint::Unadvise", [&] { other.Release(); });
+    tab_.interrupt_calls_named("IConnectionPoint::Unadvise", [&] { other.Release(); });
     EXPECT_EQ(helper_->SetSite(site->unknown()), S_OK);
     EXPECT_EQ(other.p, nullptr);
     EXPECT_EQ(site->events().sinks(), 1u);
     EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
 }
 
-TEST_F(SharepointBho, OutlivesABrowserThatDropsItWhileDetaching)
+TEST_F(SharepointBho, LivesUntilSetSiteReturnsWhenTheBrowserReleasesIt)
 {
     struct dropping_browser : fake_browser
     {
@@ -235,7 +235,7 @@ TEST_F(SharepointBho, OutlivesABrowserThatDropsItWhileDetaching)
             return fake_browser::find_interface(iid);
         }
     };
-    const auto dropping = make_fake<dropping_browser>(scene_);
+    const auto dropping = make_fake<dropping_browser>(tab_);
     helper_->SetSite(dropping->unknown());
     dropping->helper = std::addressof(helper_);
     IObjectWithSite* const helper = helper_;

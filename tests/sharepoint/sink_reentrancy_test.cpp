@@ -1,6 +1,6 @@
-// A host that does something of its own in the middle of each call that it gets: takes the site away, lets go
-// of the helper object, ends the tab, goes elsewhere, tells the next event. Nothing may crash, leak or be
-// used after its end, and the host is told nothing but what it is told otherwise.
+// A host that re-enters in each call: it sets the site to null or to another object, releases the helper
+// object, fires OnQuit, navigates, or fires another event. Nothing may crash, leak or be used after its
+// release.
 #include "sharepoint/sharepoint_bho.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
@@ -15,7 +15,7 @@ namespace {
 using test::fake_browser;
 using test::fake_document;
 using test::fake_event;
-using test::fake_scene;
+using test::fake_tab;
 using test::make_fake;
 
 void expect_harmless(HRESULT code)
@@ -23,10 +23,10 @@ void expect_harmless(HRESULT code)
     EXPECT_TRUE(code == S_OK || code == E_FAIL) << std::hex << code;
 }
 
-class tab
+class visited_tab
 {
 public:
-    tab()
+    visited_tab()
     {
         EXPECT_EQ(sharepoint_bho::_CreatorClass::CreateInstance(nullptr, IID_IObjectWithSite,
                                                                 reinterpret_cast<void**>(&helper)),
@@ -37,8 +37,7 @@ public:
         browser->document = page->dispatch();
     }
 
-    // A visit, each event of which comes only when there is a sink for it. The helper object is not held
-    // while it is called.
+    // Fires each event for which there is a sink. Does not hold the helper object while calling it.
     void visit()
     {
         expect_harmless(helper->SetSite(browser->unknown()));
@@ -47,7 +46,7 @@ public:
         make_ready();
         navigate(L"http://h/z.pdf");
         quit();
-        take_site_away();
+        set_site_to_null();
     }
 
     bool is_connected() const { return browser && browser->events().sinks() == 1; }
@@ -72,28 +71,28 @@ public:
     {
         if (!is_page_connected())
             return;
-        const CComPtr<fake_document> engines_own(page);
-        const auto event = make_fake<fake_event>(scene, link);
-        EXPECT_EQ(engines_own->click(event).code, S_OK);
+        const CComPtr<fake_document> engine_reference(page);
+        const auto event = make_fake<fake_event>(fakes, link);
+        EXPECT_EQ(engine_reference->click(event).code, S_OK);
     }
     void make_ready()
     {
         if (!is_page_connected())
             return;
-        const CComPtr<fake_document> engines_own(page);
-        EXPECT_EQ(engines_own->change_ready_state(L"complete").code, S_OK);
+        const CComPtr<fake_document> engine_reference(page);
+        EXPECT_EQ(engine_reference->change_ready_state(L"complete").code, S_OK);
     }
-    void take_site_away()
+    void set_site_to_null()
     {
         if (helper)
             expect_harmless(helper->SetSite(nullptr));
     }
 
-    fake_scene scene;
-    CComPtr<fake_browser> browser = make_fake<fake_browser>(scene);
-    CComPtr<fake_browser> other = make_fake<fake_browser>(scene);
-    CComPtr<fake_document> page = test::sharepoint_page(scene, L"http://h/");
-    CComPtr<fake_document> next_page = test::sharepoint_page(scene, L"http://next/");
+    fake_tab fakes;
+    CComPtr<fake_browser> browser = make_fake<fake_browser>(fakes);
+    CComPtr<fake_browser> other = make_fake<fake_browser>(fakes);
+    CComPtr<fake_document> page = test::sharepoint_page(fakes, L"http://h/");
+    CComPtr<fake_document> next_page = test::sharepoint_page(fakes, L"http://next/");
     test::fake_element* link = nullptr;
     CComPtr<IObjectWithSite> helper;
 };
@@ -101,38 +100,38 @@ public:
 struct interruption
 {
     const char* name;
-    void (*happen)(tab&);
+    void (*run)(visited_tab&);
 };
 
 const interruption interruptions[] = {
-    {"TakesTheSiteAway", [](tab& in) { in.take_site_away(); }},
-    {"GivesTheSiteAgain",
-     [](tab& in) {
+    {"SetsTheSiteToNull", [](visited_tab& in) { in.set_site_to_null(); }},
+    {"SetsTheSiteAgain",
+     [](visited_tab& in) {
          if (in.helper)
              expect_harmless(in.helper->SetSite(in.browser->unknown()));
      }},
-    {"GivesAnotherSite",
-     [](tab& in) {
+    {"SetsAnotherSite",
+     [](visited_tab& in) {
          if (in.helper)
              expect_harmless(in.helper->SetSite(in.other->unknown()));
      }},
-    {"LetsGoOfTheHelper", [](tab& in) { in.helper.Release(); }},
-    {"TakesTheSiteAwayAndLetsGo",
-     [](tab& in) {
-         in.take_site_away();
+    {"ReleasesTheHelperObject", [](visited_tab& in) { in.helper.Release(); }},
+    {"SetsTheSiteToNullAndReleases",
+     [](visited_tab& in) {
+         in.set_site_to_null();
          in.helper.Release();
      }},
-    {"EndsTheTab", [](tab& in) { in.quit(); }},
-    {"GoesElsewhere",
-     [](tab& in) {
+    {"FiresOnQuit", [](visited_tab& in) { in.quit(); }},
+    {"CompletesAnotherPage",
+     [](visited_tab& in) {
          in.browser->document = in.next_page->dispatch();
          in.page.Release();
          in.complete();
      }},
-    {"TellsTheSamePageAgain", [](tab& in) { in.complete(); }},
-    {"TellsThePagesReadiness", [](tab& in) { in.make_ready(); }},
-    {"ClicksAgain", [](tab& in) { in.click(); }},
-    {"NavigatesToAPdf", [](tab& in) { in.navigate(L"http://h/other.pdf"); }},
+    {"CompletesTheSamePageAgain", [](visited_tab& in) { in.complete(); }},
+    {"FiresTheReadyState", [](visited_tab& in) { in.make_ready(); }},
+    {"ClicksAgain", [](visited_tab& in) { in.click(); }},
+    {"NavigatesToAPdf", [](visited_tab& in) { in.navigate(L"http://h/other.pdf"); }},
 };
 
 class Reentrance : public testing::TestWithParam<interruption>
@@ -141,13 +140,13 @@ class Reentrance : public testing::TestWithParam<interruption>
 
 TEST_P(Reentrance, IsHarmlessInEveryCall)
 {
-    test::editor_bench bench;
-    bench.break_default_handler(); // what would be started is not the question here
+    test::editor_programs editors;
+    editors.break_default_handler(); // nothing needs to be started
     int calls = 0;
     for (bool has_interrupted = true; has_interrupted;) {
         SCOPED_TRACE(++calls);
-        tab host;
-        host.scene.interrupt_call(calls, [&] { GetParam().happen(host); });
+        visited_tab host;
+        host.fakes.interrupt_call(calls, [&] { GetParam().run(host); });
         host.visit();
         if (host.helper)
             EXPECT_EQ(host.helper->SetSite(nullptr), S_OK);
@@ -155,7 +154,7 @@ TEST_P(Reentrance, IsHarmlessInEveryCall)
         EXPECT_FALSE(host.is_connected());
         EXPECT_EQ(host.other->events().sinks(), 0u);
         EXPECT_FALSE(host.is_page_connected());
-        has_interrupted = host.scene.has_interrupted();
+        has_interrupted = host.fakes.has_interrupted();
     }
     EXPECT_GT(calls, 60);
 }

@@ -18,7 +18,7 @@ namespace {
 
 using test::fake_browser;
 using test::fake_event;
-using test::fake_scene;
+using test::fake_tab;
 using test::make_fake;
 
 constexpr CLSID helper_class_id = {
@@ -39,19 +39,19 @@ CComPtr<IObjectWithSite> make_helper(const test::module_under_test& module)
     return helper;
 }
 
-bool click(test::fake_document& page, test::fake_element& element, fake_scene& scene)
+bool click(test::fake_document& page, test::fake_element& element, fake_tab& tab)
 {
-    const auto event = make_fake<fake_event>(scene, &element);
+    const auto event = make_fake<fake_event>(tab, &element);
     const bool cancelled = test::is_bool(page.click(event).value, false);
     EXPECT_EQ(event->is_untouched(), !cancelled);
     return cancelled;
 }
 
 // A page of a library: loaded, rewritten, clicked beside and on a document, navigated.
-void visit(fake_scene& scene, IObjectWithSite* helper, std::size_t number)
+void visit(fake_tab& tab, IObjectWithSite* helper, std::size_t number)
 {
-    const auto browser = make_fake<fake_browser>(scene);
-    const auto page = test::sharepoint_page(scene, L"http://h/list");
+    const auto browser = make_fake<fake_browser>(tab);
+    const auto page = test::sharepoint_page(tab, L"http://h/list");
     auto& plain = page->add_to_body({.tag = L"A", .outer_html = L"<a href=\"/x\">", .href = L"/x"});
     for (std::size_t i = 0; i < links_of_a_page; ++i)
         page->add_to_body({.tag = L"A",
@@ -63,9 +63,9 @@ void visit(fake_scene& scene, IObjectWithSite* helper, std::size_t number)
     EXPECT_EQ(browser->document_complete(L"http://h/list"), S_OK);
     EXPECT_EQ(page->change_ready_state(L"complete").code, S_OK);
     EXPECT_EQ(browser->before_navigate(L"http://h/other").cancel, VARIANT_FALSE);
-    EXPECT_FALSE(click(*page, plain, scene));
+    EXPECT_FALSE(click(*page, plain, tab));
     if (number % loads_for_an_editor == 0) {
-        EXPECT_TRUE(click(*page, document, scene));
+        EXPECT_TRUE(click(*page, document, tab));
         EXPECT_EQ(browser->before_navigate(L"http://h/y.pdf").cancel, VARIANT_TRUE);
     }
     if (number & 1)
@@ -78,8 +78,8 @@ TEST(HelperSoak, PagesWithClicks)
     ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));
     sample_table table("SharePoint pages loaded and clicked");
     {
-        test::editor_bench bench;
-        bench.use_editor();
+        test::editor_programs editors;
+        editors.use_editor();
         test::module_under_test module;
         CComPtr<IObjectWithSite> kept = make_helper(module);
         std::size_t starts = 0;
@@ -87,13 +87,13 @@ TEST(HelperSoak, PagesWithClicks)
                   [&](std::size_t number) {
                       if (testing::Test::HasFailure())
                           return;
-                      fake_scene scene;
+                      fake_tab tab;
                       // One helper object for the whole tab, and a tab of its own for every other page.
                       const CComPtr<IObjectWithSite> helper = number & 1 ? kept : make_helper(module);
-                      visit(scene, helper, number);
+                      visit(tab, helper, number);
                       starts += number % loads_for_an_editor == 0 ? 2 : 0;
                   });
-        EXPECT_EQ(bench.starts(starts).size(), starts) << "editors started";
+        EXPECT_EQ(editors.starts(starts).size(), starts) << "editors started";
         growth_limits none;
         none.heap_bytes_each = 0;
         none.private_bytes_each = 0;
@@ -116,21 +116,21 @@ TEST(HelperSoak, OneTabOfManyPages)
     sample_table table("tabs of " + std::to_string(pages_of_a_tab) + " SharePoint pages each");
     std::uint64_t blocks_at_the_end = 0;
     {
-        test::editor_bench bench;
-        bench.use_editor();
+        test::editor_programs editors;
+        editors.use_editor();
         test::module_under_test module;
         run_cycles(table, warm_up_tabs, tabs, [&](std::size_t) {
             if (testing::Test::HasFailure())
                 return;
-            fake_scene scene;
+            fake_tab tab;
             const CComPtr<IObjectWithSite> helper = make_helper(module);
-            const auto browser = make_fake<fake_browser>(scene);
+            const auto browser = make_fake<fake_browser>(tab);
             EXPECT_EQ(helper->SetSite(browser->unknown()), S_OK);
             std::uint64_t blocks_before = 0;
             {
                 std::vector<CComPtr<test::fake_document>> pages;
                 for (std::size_t i = 0; i < pages_of_a_tab; ++i) {
-                    pages.push_back(test::sharepoint_page(scene, L"http://h/list"));
+                    pages.push_back(test::sharepoint_page(tab, L"http://h/list"));
                     browser->document = pages.back()->dispatch();
                 }
                 blocks_before = take_sample(0).heap_blocks;

@@ -32,14 +32,14 @@ void invoke(random_source& random, IDispatch* sink, DISPID event, std::vector<VA
 } // namespace
 
 random_helper::random_helper(const test::module_under_test& module, random_source& random,
-                             test::fake_scene& scene)
-    : random_(random), scene_(scene), browser_(make_fake<test::fake_browser>(scene))
+                             test::fake_tab& tab)
+    : random_(random), tab_(tab), browser_(make_fake<test::fake_browser>(tab))
 {
     CComPtr<IClassFactory> factory;
     EXPECT_EQ(module.get_class_object(helper_class_id, IID_PPV_ARGS(&factory)), S_OK);
     EXPECT_EQ(factory->CreateInstance(nullptr, IID_PPV_ARGS(&helper_)), S_OK);
-    scene_.fail_call(static_cast<int>(1 + random_.below(200)),
-                     random_.chance(2) ? test::fake_scene::failure::error : test::fake_scene::failure::empty);
+    tab_.fail_call(static_cast<int>(1 + random_.below(200)),
+                   random_.chance(2) ? test::fake_tab::failure::error : test::fake_tab::failure::empty);
 }
 
 random_helper::~random_helper()
@@ -67,7 +67,7 @@ const char* random_helper::step()
 
 const char* random_helper::set_site()
 {
-    const auto other = make_fake<test::fake_document>(scene_, L"http://other/");
+    const auto other = make_fake<test::fake_document>(tab_, L"http://other/");
     switch (random_.below(6)) {
     case 0:
         helper_->SetSite(nullptr);
@@ -100,8 +100,8 @@ const char* random_helper::change_browser()
 const char* random_helper::change_page()
 {
     if (pages_.size() < 6) {
-        auto page = random_.chance(3) ? make_fake<test::fake_document>(scene_, L"http://plain/")
-                                      : test::sharepoint_page(scene_, L"http://h/list");
+        auto page = random_.chance(3) ? make_fake<test::fake_document>(tab_, L"http://plain/")
+                                      : test::sharepoint_page(tab_, L"http://h/list");
         page->add_to_body(test::list_link(
             random_.one_of<std::wstring>({L"http://h/x.pdf", L"/x.pdf", L"x", L"", L"http://h/\xD800.pdf",
                                           std::wstring(5'000, L'/') + L".pdf"})));
@@ -207,7 +207,7 @@ const char* random_helper::fire_at_page_sink()
     }
     auto& element = page->add_to_body(test::list_link(L"http://h/x.pdf"));
     element.is_element = !random_.chance(5);
-    const auto event = make_fake<test::fake_event>(scene_, random_.chance(6) ? nullptr : &element);
+    const auto event = make_fake<test::fake_event>(tab_, random_.chance(6) ? nullptr : &element);
     event->is_event = !random_.chance(6);
     VARIANT argument{};
     argument.vt = VT_DISPATCH;

@@ -13,7 +13,7 @@ class random_helper
 {
 public:
     // The fixture of one stretch of steps; a stretch makes one call of the browser or of a page fail.
-    random_helper(const test::module_under_test& module, random_source& random, test::fake_scene& scene);
+    random_helper(const test::module_under_test& module, random_source& random, test::fake_tab& tab);
     ~random_helper();
     random_helper(const random_helper&) = delete;
     random_helper& operator=(const random_helper&) = delete;
@@ -29,7 +29,7 @@ private:
     std::vector<VARIANT> any_arguments(IDispatch* likely);
 
     random_source& random_;
-    test::fake_scene& scene_;
+    test::fake_tab& tab_;
     CComPtr<IObjectWithSite> helper_;
     CComPtr<test::fake_browser> browser_;
     std::vector<CComPtr<test::fake_document>> pages_;

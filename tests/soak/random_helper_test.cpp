@@ -19,12 +19,12 @@ TEST(RandomSequence, OfTheHelper)
     const std::uint64_t steps = number_setting(L"QUILL_SOAK_STEPS", short_steps);
     random_source random(announced_seed("helper"));
     {
-        test::editor_bench bench;
-        bench.break_default_handler(); // what would be started is not the question here
+        test::editor_programs editors;
+        editors.break_default_handler(); // what would be started is not the question here
         test::module_under_test module;
         for (std::uint64_t number = 0; number < steps && !HasFailure(); number += steps_of_a_stretch) {
-            test::fake_scene scene;
-            random_helper helper(module, random, scene);
+            test::fake_tab tab;
+            random_helper helper(module, random, tab);
             for (std::uint64_t i = 0; i < steps_of_a_stretch; ++i)
                 trace_step(number + i, helper.step());
         }
