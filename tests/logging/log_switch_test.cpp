@@ -18,12 +18,12 @@ protected:
     // A piece that counts its evaluations.
     const char* piece()
     {
-        ++asked_;
+        ++evaluations_;
         return "piece";
     }
 
     test::log_capture capture; // logs every level
-    int asked_ = 0;
+    int evaluations_ = 0;
 };
 
 TEST_F(LogSwitch, FollowsTheLevelOfTheCurrentLogger)
@@ -45,10 +45,10 @@ TEST_F(LogSwitch, ADisabledStatementEvaluatesNothing)
 {
     set_level(spdlog::level::info);
     QUILL_LOG(log_level::debug) << piece() << piece();
-    EXPECT_EQ(asked_, 0);
+    EXPECT_EQ(evaluations_, 0);
     EXPECT_TRUE(capture.lines().empty());
     QUILL_LOG(log_level::info) << piece() << 7;
-    EXPECT_EQ(asked_, 1);
+    EXPECT_EQ(evaluations_, 1);
     EXPECT_EQ(capture.lines(), std::vector<std::string>{"info: piece7"});
 }
 
@@ -56,7 +56,7 @@ TEST_F(LogSwitch, ALineIsOneStatement)
 {
     set_level(spdlog::level::off);
     bool went_else = false;
-    if (asked_ == 0)
+    if (evaluations_ == 0)
         QUILL_LOG(log_level::debug) << piece();
     else
         went_else = true;
@@ -69,7 +69,7 @@ TEST_F(LogSwitch, NothingIsLoggedAfterTheLoggersDestruction)
     EXPECT_FALSE(is_logged(log_level::critical));
     EXPECT_FALSE(is_logged(log_level::off));
     QUILL_LOG(log_level::critical) << piece();
-    EXPECT_EQ(asked_, 0);
+    EXPECT_EQ(evaluations_, 0);
     follow_level_of(global_logger().logger.get());
 }
 

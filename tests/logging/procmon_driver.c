@@ -71,7 +71,7 @@ static NTSTATUS read_line(IRP* irp, void* buffer, ULONG size)
     return complete(irp, STATUS_SUCCESS, line_size);
 }
 
-static NTSTATUS answer(IRP* irp, void* buffer, ULONG size, ULONG value)
+static NTSTATUS complete_with_value(IRP* irp, void* buffer, ULONG size, ULONG value)
 {
     if (size < sizeof value)
         return complete(irp, STATUS_BUFFER_TOO_SMALL, 0);
@@ -96,9 +96,9 @@ static NTSTATUS WINAPI control(DEVICE_OBJECT* device, IRP* irp)
         fail_next = TRUE;
         return complete(irp, STATUS_SUCCESS, 0);
     case PROCMON_DEVICE_HANDLES:
-        return answer(irp, buffer, output_size, open_handles);
+        return complete_with_value(irp, buffer, output_size, open_handles);
     case PROCMON_DEVICE_LINES:
-        return answer(irp, buffer, output_size, lines_sent);
+        return complete_with_value(irp, buffer, output_size, lines_sent);
     default:
         return complete(irp, STATUS_INVALID_DEVICE_REQUEST, 0);
     }

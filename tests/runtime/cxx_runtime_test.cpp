@@ -125,14 +125,14 @@ TEST(CxxRuntime, AStaticObjectIsInitialisedOnceWhileOthersWait)
         unique_handle go_on{CreateEventW(nullptr, TRUE, FALSE, nullptr)};
         std::atomic<int> sum = 0;
     } state;
-    const auto ask = [](void* argument) -> DWORD {
+    const auto use_static = [](void* argument) -> DWORD {
         auto& s = *static_cast<shared*>(argument);
         s.sum += slow_value(s.begun.get(), s.go_on.get());
         return 0;
     };
     unique_handle threads[4];
     for (auto& thread : threads)
-        thread.reset(CreateThread(nullptr, 0, ask, &state, 0, nullptr));
+        thread.reset(CreateThread(nullptr, 0, use_static, &state, 0, nullptr));
     EXPECT_EQ(WaitForSingleObject(state.begun.get(), deadline_ms), WAIT_OBJECT_0);
     // The other threads are waiting: none has a value yet.
     EXPECT_EQ(state.sum, 0);

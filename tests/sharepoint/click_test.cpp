@@ -38,11 +38,11 @@ protected:
         return {is_cancelled, log_.lines()};
     }
     // Clicks something other than a list link to a PDF.
-    void expect_not_cancelled(element_text text, std::optional<std::string> asked_about = std::nullopt)
+    void expect_not_cancelled(element_text text, std::optional<std::string> logged_url = std::nullopt)
     {
         lines expected = {"debug: CLICK!", "debug: click handling..."};
-        if (asked_about)
-            expected.push_back("debug: detect click to " + *asked_about);
+        if (logged_url)
+            expected.push_back("debug: detect click to " + *logged_url);
         expected.push_back("info: do not block clicks for not-pdf links");
         const outcome clicked = click(std::move(text));
         EXPECT_FALSE(clicked.is_cancelled);

@@ -38,7 +38,7 @@ public:
         else if (is_between(begin_of(visit_step::complete), begin_of_repeat(visit_step::complete)))
             expect_of_completing();
         else
-            expect_of_asking();
+            expect_of_decisions();
     }
 
     const visit_record& expected() const { return expected_; }
@@ -92,8 +92,8 @@ private:
         const std::size_t content = find("IHTMLMetaElement::get_content", recording);
         const std::size_t advise = find("IConnectionPoint::Advise", recording);
         if (decides_kind(recording, recording)) {
-            let_pass(expected_.outcomes[place(visit_step::click)]);
-            let_pass(expected_.repeats[place(visit_step::click)]);
+            leave_to_browser(expected_.outcomes[place(visit_step::click)]);
+            leave_to_browser(expected_.repeats[place(visit_step::click)]);
             expected_.is_rewritten = false;
         } else if (call_ == advise && how_ != fake_tab::failure::error) {
             expect_silence(visit_step::click, visit_step::ready);
@@ -103,12 +103,12 @@ private:
     }
 
     // A failure before the decision leaves the event to the browser; one after it changes nothing.
-    void expect_of_asking()
+    void expect_of_decisions()
     {
-        const auto expect = [&](visit_step step, bool is_repeat, auto&& is_asked) {
+        const auto expect = [&](visit_step step, bool is_repeat, auto&& decides) {
             const std::size_t begin = is_repeat ? begin_of_repeat(step) : begin_of(step);
-            if (is_asked(begin))
-                let_pass((is_repeat ? expected_.repeats : expected_.outcomes)[place(step)]);
+            if (decides(begin))
+                leave_to_browser((is_repeat ? expected_.repeats : expected_.outcomes)[place(step)]);
         };
         for (const bool is_repeat : {false, true}) {
             expect(visit_step::click, is_repeat, [&](std::size_t begin) {
@@ -138,7 +138,7 @@ private:
                name != "IHTMLElement2::getElementsByTagName" && name != "IHTMLElementCollection::tags";
     }
 
-    static void let_pass(std::optional<event_outcome>& outcome) { outcome.value().is_cancelled = false; }
+    static void leave_to_browser(std::optional<event_outcome>& outcome) { outcome.value().is_cancelled = false; }
 
     visit_record expected_;
     std::size_t call_;

@@ -22,7 +22,7 @@ protected:
     Counts() { serve_library("2013"); }
 
     // Opens a tab, a library, a click, a cancelled navigation and an ordinary page, and closes the tab.
-    void live(std::size_t starts_so_far)
+    void open_and_close_tab(std::size_t starts_so_far)
     {
         helper_tab tab;
         show_and_paint(tab, server.url(library_page));
@@ -53,8 +53,8 @@ TEST_F(Counts, AreRestoredWhenTheTabIsClosed)
     constexpr DWORD settling_ms = 6'000; // idle worker threads of the system end after five seconds
     std::size_t starts = 0;
     const auto open_and_close_two_tabs = [&] {
-        live(starts);
-        live(starts + 2);
+        open_and_close_tab(starts);
+        open_and_close_tab(starts + 2);
         starts += 4;
     };
     open_and_close_two_tabs(); // includes the set-up of the system's engine

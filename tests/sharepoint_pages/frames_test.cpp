@@ -14,8 +14,8 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-constexpr char asked_for_library[] = "GET /sites/workshop/Service%20manuals/Forms/AllItems.aspx";
-constexpr char asked_for_last[] = "GET /last.html";
+constexpr char library_request[] = "GET /sites/workshop/Service%20manuals/Forms/AllItems.aspx";
+constexpr char last_request[] = "GET /last.html";
 
 class Frames : public LibrarySite
 {
@@ -67,7 +67,7 @@ TEST_F(Frames, APdfOfALibraryInAFrameStartsTheEditor)
     EXPECT_THAT(editor.starts(1), ElementsAre(editor.editor_start(file(L"Typed.pdf"))));
     EXPECT_TRUE(inside.is_showing(server.url(library_page)));
     EXPECT_THAT(requests_at_the_end_of(inside),
-                ElementsAre("GET /frames.html", asked_for_library, asked_for_last));
+                ElementsAre("GET /frames.html", library_request, last_request));
 }
 
 // A frame's page is not the tab's page: no sink is advised on it, and it is not rewritten.
@@ -95,8 +95,8 @@ TEST_F(Frames, APdfOfAnOrdinaryPageInAFrameOfALibraryIsNotCancelled)
     inside.go_to(file(L"Typed.pdf"));
     EXPECT_TRUE(wait_until([&] { return inside.is_showing(file(L"Typed.pdf")); }));
     EXPECT_THAT(requests_at_the_end_of(inside),
-                ElementsAre(asked_for_library, "GET /documents.html",
-                            "GET /sites/workshop/Service%20manuals/Typed.pdf", asked_for_last));
+                ElementsAre(library_request, "GET /documents.html",
+                            "GET /sites/workshop/Service%20manuals/Typed.pdf", last_request));
     EXPECT_THAT(tab.after.lines(), Not(Contains(HasSubstr("cancelled"))));
     EXPECT_THAT(editor.starts(0), IsEmpty());
 }

@@ -20,8 +20,8 @@ using testing::IsEmpty;
 constexpr const char* server_versions[] = {"2013", "2016", "2019"};
 constexpr const char* online_versions[] = {"online", "online-modern"};
 
-constexpr char asked_for_page[] = "GET /sites/workshop/Service%20manuals/Forms/AllItems.aspx";
-constexpr char asked_for_last[] = "GET /last.html";
+constexpr char page_request[] = "GET /sites/workshop/Service%20manuals/Forms/AllItems.aspx";
+constexpr char last_request[] = "GET /last.html";
 
 class Library : public LibrarySite
 {
@@ -58,7 +58,7 @@ TEST_F(Library, AClickOnAPdfStartsTheEditorAndIsCancelled)
         tab.click(L"survey"); // its extension is in capitals
         expect_start(file(L"Mast%20survey.PDF"));
         EXPECT_TRUE(tab.is_showing(shown_page()));
-        EXPECT_THAT(requests_at_the_end(tab), ElementsAre(asked_for_page, asked_for_last));
+        EXPECT_THAT(requests_at_the_end(tab), ElementsAre(page_request, last_request));
     }
 }
 
@@ -77,7 +77,7 @@ TEST_F(Library, ANavigationToAPdfStartsTheEditorAndIsCancelled)
         EXPECT_TRUE(tab.is_showing(shown_page()));
         EXPECT_EQ(tab.after.count(DISPID_BEFORENAVIGATE2, file(L"Care%20of%20bearings.pdf")), 1u);
         EXPECT_TRUE(tab.after.entries().back().cancelled);
-        EXPECT_THAT(requests_at_the_end(tab), ElementsAre(asked_for_page, asked_for_last));
+        EXPECT_THAT(requests_at_the_end(tab), ElementsAre(page_request, last_request));
     }
 }
 
@@ -89,7 +89,7 @@ TEST_F(Library, AFormPostedToAPdfIsTreatedAsANavigation)
     tab.show(shown_page());
     tab.post_to(file(L"Report.pdf"), "part=2291-B");
     expect_start(file(L"Report.pdf"));
-    EXPECT_THAT(requests_at_the_end(tab), ElementsAre(asked_for_page, asked_for_last));
+    EXPECT_THAT(requests_at_the_end(tab), ElementsAre(page_request, last_request));
 }
 
 TEST_F(Library, OnlyTheHandlersOfPdfsAreRemovedFromThePage)
@@ -122,7 +122,7 @@ TEST_F(Library, AMouseClickOnAPdfStartsTheEditor)
     PostMessageW(window(), WM_LBUTTONDOWN, MK_LBUTTON, word);
     PostMessageW(window(), WM_LBUTTONUP, 0, word);
     expect_start(server.url(L"/x.pdf"));
-    EXPECT_THAT(requests_at_the_end(tab), ElementsAre("GET /list", asked_for_last));
+    EXPECT_THAT(requests_at_the_end(tab), ElementsAre("GET /list", last_request));
 }
 
 // Rewriting hundreds of links takes no longer than loading the page without it.
@@ -172,8 +172,7 @@ TEST_F(Library, OtherLinksAreFollowed)
         tab.show(shown_page());
         tab.click(link.link);
         EXPECT_TRUE(wait_until([&] { return tab.is_showing(server.url(to_wide(link.target))); }));
-        EXPECT_THAT(requests_at_the_end(tab),
-                    ElementsAre(asked_for_page, "GET " + link.target, asked_for_last));
+        EXPECT_THAT(requests_at_the_end(tab), ElementsAre(page_request, "GET " + link.target, last_request));
     }
     EXPECT_THAT(editor.starts(0), IsEmpty());
 }
@@ -192,7 +191,7 @@ TEST_F(Library, OfTheOnlineServiceIsIgnored)
         EXPECT_EQ(tab.markup(), untouched);
         tab.click(L"bracket");
         EXPECT_TRUE(wait_until([&] { return tab.is_showing(server.url(to_wide(bracket))); }));
-        EXPECT_THAT(requests_at_the_end(tab), ElementsAre(asked_for_page, "GET " + bracket, asked_for_last));
+        EXPECT_THAT(requests_at_the_end(tab), ElementsAre(page_request, "GET " + bracket, last_request));
     }
     EXPECT_THAT(editor.starts(0), IsEmpty());
 }

@@ -12,7 +12,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-constexpr char asked_for_page[] = "GET /sites/workshop/Service%20manuals/Forms/AllItems.aspx";
+constexpr char page_request[] = "GET /sites/workshop/Service%20manuals/Forms/AllItems.aspx";
 
 class Program : public LibrarySite
 {
@@ -40,7 +40,7 @@ TEST_F(Program, SendsAClickToTheEditor)
     EXPECT_THAT(result.output, HasSubstr("quill_browser: shown: Service manuals - All Documents"));
     EXPECT_THAT(read_file(picture).value_or(""), StartsWith("\x89PNG"));
     EXPECT_THAT(editor.starts(1), ElementsAre(editor.editor_start(file(L"Pivot%20bracket%202291-B.pdf"))));
-    EXPECT_THAT(requests_so_far(), ElementsAre(asked_for_page));
+    EXPECT_THAT(requests_so_far(), ElementsAre(page_request));
 }
 
 TEST_F(Program, FollowsAClickWithoutHelperObjects)
@@ -50,7 +50,7 @@ TEST_F(Program, FollowsAClickWithoutHelperObjects)
     EXPECT_THAT(result.output, HasSubstr("quill_browser: shown: Short"));
     EXPECT_THAT(
         requests_so_far(),
-        ElementsAre(asked_for_page, "GET /sites/workshop/Service%20manuals/Pivot%20bracket%202291-B.pdf"));
+        ElementsAre(page_request, "GET /sites/workshop/Service%20manuals/Pivot%20bracket%202291-B.pdf"));
     EXPECT_THAT(editor.starts(0), IsEmpty());
 }
 

@@ -10,9 +10,9 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-constexpr char asked_for_page[] = "GET /sites/workshop/Service%20manuals/Forms/AllItems.aspx";
-constexpr char asked_for_last[] = "GET /last.html";
-constexpr char asked_for_pdf[] = "GET /sites/workshop/Service%20manuals/Typed.pdf";
+constexpr char page_request[] = "GET /sites/workshop/Service%20manuals/Forms/AllItems.aspx";
+constexpr char last_request[] = "GET /last.html";
+constexpr char pdf_request[] = "GET /sites/workshop/Service%20manuals/Typed.pdf";
 
 class Site : public LibrarySite
 {
@@ -64,7 +64,7 @@ TEST_F(Site, SetTwiceIsOneSubscription)
     EXPECT_EQ(tab.tab().sinks(), sinks);
     show_library_and_go_to_pdf(tab);
     EXPECT_THAT(editor.starts(1), ElementsAre(editor.editor_start(file(L"Typed.pdf"))));
-    EXPECT_THAT(requests_at_the_end(tab), ElementsAre(asked_for_page, asked_for_last));
+    EXPECT_THAT(requests_at_the_end(tab), ElementsAre(page_request, last_request));
 }
 
 TEST_F(Site, ReplacedByAnotherMovesTheSubscription)
@@ -75,10 +75,10 @@ TEST_F(Site, ReplacedByAnotherMovesTheSubscription)
     EXPECT_EQ(first.helper()->SetSite(second.object()), S_OK);
     EXPECT_EQ(first.tab().sinks(), sinks - 1);
     EXPECT_TRUE(is_let_through(first));
-    EXPECT_THAT(requests_at_the_end(first), ElementsAre(asked_for_page, asked_for_pdf, asked_for_last));
+    EXPECT_THAT(requests_at_the_end(first), ElementsAre(page_request, pdf_request, last_request));
     show_library_and_go_to_pdf(second);
     EXPECT_THAT(editor.starts(1), ElementsAre(editor.editor_start(file(L"Typed.pdf"))));
-    EXPECT_THAT(requests_at_the_end(second), ElementsAre(asked_for_page, asked_for_last));
+    EXPECT_THAT(requests_at_the_end(second), ElementsAre(page_request, last_request));
     first.release_helper();
 }
 
@@ -130,7 +130,7 @@ TEST_F(Site, ForwardsNothingAfterOnQuit)
     helper_tab tab;
     tab.tab().quit();
     EXPECT_TRUE(is_let_through(tab));
-    EXPECT_THAT(requests_at_the_end(tab), ElementsAre(asked_for_page, asked_for_pdf, asked_for_last));
+    EXPECT_THAT(requests_at_the_end(tab), ElementsAre(page_request, pdf_request, last_request));
     EXPECT_THAT(editor.starts(0), IsEmpty());
 }
 
