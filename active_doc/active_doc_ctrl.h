@@ -1,7 +1,11 @@
-// The ActiveX document: a windowed control that the browser hosts as a document, and that hosts the
-// suite's viewer in its window. Apartment-threaded; every method runs on the tab's user-interface thread.
+// The ActiveX document: a windowed control that the browser activates as a document and that hosts the
+// suite's viewer in its window. Created by the module's class factory (module/object_map.cpp).
+// Apartment-threaded: every method runs on the tab's UI thread, except IUnknown, which urlmon may call on the
+// download worker.
 #pragma once
 
+#include "active_doc/document_download.h"
+#include "active_doc/document_location.h"
 #include "active_doc/frame_menu.h"
 #include "active_doc/identifiers.h"
 #include "active_doc/inner_viewer.h"
@@ -10,9 +14,8 @@
 #include "active_doc/ole_document_view_impl.h"
 #include "active_doc/thread_release.h"
 #include "active_doc/window_lifetime.h"
+#include "logging/log_stream.h"
 #include "platform/unique_handle.h"
-#include "retrieval/download/download.h"
-#include "retrieval/download/url_version.h"
 #include "retrieval/download/window_messages.h"
 #include "retrieval/pane/status_pane.h"
 
@@ -21,11 +24,14 @@
 #include <atlctl.h>
 #include <comcat.h>
 
-#include <array>
 #include <string>
 
-// The reference count is atomic, and a last Release on another thread is transferred to the document's own:
-// the download passes the object's IUnknown to urlmon on its worker thread, which may hold references.
+// Begins a log line of a document with "ACTIVEDOC" and the object's address. For members of CActiveDocCtrl;
+// the pieces of a disabled line are not evaluated.
+#define QUILL_DOCUMENT_LOG() QUILL_LOG(::quill::log_level::debug) << "ACTIVEDOC " << address()
+
+// The reference count is atomic because the worker passes the object's IUnknown to urlmon, which may hold
+// references. A last Release on another thread is transferred to the document's own.
 class ATL_NO_VTABLE CActiveDocCtrl
     : public IDispatchImpl<IQuillPDF_IE_ActiveDoc, &quill::IID_IQuillPDF_IE_ActiveDoc,
                            &quill::LIBID_QuillPDF_IE_ActiveDocLib, 0xFFFF, 0xFFFF>,
@@ -134,7 +140,7 @@ public:
     STDMETHOD(GetSizeMax)(ULARGE_INTEGER* size) override;
     STDMETHOD(InitNew)() override;
 
-    // IPersistStorage: the framework's, next to its namesakes
+    // IPersistStorage: makes the base class's overloads visible beside those above
     using IPersistStorageImpl<CActiveDocCtrl>::InitNew;
     using IPersistStorageImpl<CActiveDocCtrl>::Load;
     using IPersistStorageImpl<CActiveDocCtrl>::Save;
@@ -157,13 +163,6 @@ public:
     STDMETHOD(Exec)(const GUID* group, DWORD command, DWORD options, VARIANT* in, VARIANT* out) override;
 
 private:
-    // Where the path came from: a path of the document's URL goes when another URL is loaded.
-    enum class path_origin
-    {
-        host,
-        document_url
-    };
-
     // Window messages
     LRESULT OnCreate(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
     LRESULT OnDestroy(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
@@ -186,37 +185,27 @@ private:
     LRESULT OnSaveAs(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
     LRESULT OnRelease(UINT message, WPARAM wparam, LPARAM lparam, BOOL& handled);
 
-    // Creation, in the order of its steps. Each one ends with the window that it began for.
+    // Steps of OnCreate, in their order. Each returns early if the window has been destroyed inside a call.
     void fill_window(const CREATESTRUCTW& creation);
     void create_inner_viewer(const CREATESTRUCTW& creation);
     bool set_up_viewer() const;
     void choose_document();
     void find_document_url();
     bool find_embedded_document();
-    void start_download();
-    static DWORD WINAPI download_thread(void* job);
-
-    // Destruction
-    void stop_download();
 
     // Loading
-    void read_page_and_zoom(const std::wstring& url);
-    bool read_page_and_zoom_of_location();
+    void read_page_and_zoom_from_browser();
     void show_page_and_zoom() const;
     void merge_frame_menu();
-    void replace_document_url(std::wstring url);
-    void forget_fetched_document();
+    void load_document_url(std::wstring url);
+    void discard_load_requests();
     void load_into_viewer() { ::SendMessageW(m_hWnd, quill::WM_USER_LOADFILE, 0, 0); }
-    bool is_worker_running() const;
-    bool path_is_pdf() const;
-    void set_path(const wchar_t* path, path_origin origin);
-    const std::wstring& url_to_fetch() const { return embedded_url_.empty() ? document_url_ : embedded_url_; }
 
-    // The frame of the in-place site, null when the site gives none. The caller owns the reference.
+    // The frame of the in-place site; null if the site has none or the call fails.
     ATL::CComPtr<IOleInPlaceFrame> frame_of_site(OLEINPLACEFRAMEINFO& info) const;
-    bool hold_frame();
-    // Whether it holds any object of the apartment.
-    bool holds_of_host() const;
+    bool query_frame();
+    // Whether the document has references to objects of its host or to the viewer.
+    bool has_host_references() const;
 
     const void* address() const { return static_cast<const void*>(this); }
 
@@ -234,23 +223,12 @@ private:
     HWND host_window_ = nullptr;
     quill::status_pane pane_;
 
-    std::array<wchar_t, MAX_PATH> path_{};
-    path_origin path_origin_ = path_origin::host;
-    std::wstring document_url_;
-    bool has_loaded_url_ = false; // by IPersistMoniker, not found by the window
-    std::wstring embedded_url_;
-    std::int32_t page_ = 0; // from 1; 0: none asked for
-    std::int32_t zoom_ = 0; // per cent; 0: none asked for
-    std::uint32_t instance_ = 0;
-    HWND browser_ = nullptr;
-    bool is_counted_ = false;        // among the documents of browser_
-    bool is_held_by_window_ = false; // from WM_DESTROY to the final message
+    quill::document_location location_;
+    quill::document_download download_;
+    quill::unique_handle open_file_; // prevents writing to a local file while it is shown
 
-    quill::download_job download_{}; // what the running worker was handed
-    quill::unique_handle stop_event_;
-    quill::unique_handle download_thread_;
-    quill::url_version url_version_;
-    bool worker_has_url_ = false;     // the running worker received its URL
-    bool worker_is_outdated_ = false; // and another URL was loaded afterwards
-    quill::unique_handle open_file_;  // keeps writers away from a local file while it is shown
+    std::uint32_t instance_ = 0; // among the documents of browser_
+    HWND browser_ = nullptr;
+    bool is_counted_ = false;
+    bool is_held_by_window_ = false; // from WM_DESTROY to the final message
 };

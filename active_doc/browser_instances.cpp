@@ -8,7 +8,7 @@
 namespace quill {
 namespace {
 
-// One process may run several tabs, each on a thread of its own.
+// A process may contain several tabs, each with its own UI thread.
 platform::MutexImpl counts_mutex;
 std::map<HWND, std::uint32_t> counts;
 

@@ -1,5 +1,5 @@
-// Numbers the active documents of one browser window, so that each document of a page knows which of the
-// page's PDF elements it stands for.
+// Numbers the documents in a browser window, so that each document of a page knows which of the page's PDF
+// elements it stands for.
 #pragma once
 
 #include <windows.h>
@@ -8,12 +8,12 @@
 
 namespace quill {
 
-// The number of a new document in the browser window: 0 for the first, then 1, 2, ... for as long as the
-// window's entry exists. A null window is a window like any other.
+// Returns 0 for the first document in the browser window, then 1, 2, ... until the window is removed. A null
+// window is counted like any other.
 std::uint32_t add_browser_instance(HWND browser);
 
-// Removes the browser window's entry, whatever its count: the next document counts from 0 again, also
-// when others are still alive. A page's documents go together, so the first to go ends the count.
+// Restarts the numbering of the browser window, even if documents remain in it: the documents of a page are
+// closed together, so the first one to close ends the count.
 void remove_browser_instances(HWND browser);
 
 } // namespace quill

@@ -1,5 +1,6 @@
 #include "active_doc/browser_services.h"
 
+#include "platform/bstr_view.h"
 #include "platform/unique_com_memory.h"
 
 #include <windows.h>
@@ -16,7 +17,7 @@ ATL::CComPtr<Interface> query_service(IOleClientSite* site, REFGUID service, REF
     ATL::CComPtr<Interface> result;
     const ATL::CComPtr<IOleClientSite> keep_alive(site);
     const ATL::CComQIPtr<IServiceProvider> provider(site);
-    // A failed call's out value is not a reference: it is neither used nor released.
+    // After a failure the out parameter is neither used nor released.
     void* found = nullptr;
     if (provider && SUCCEEDED(provider->QueryService(service, interface_id, &found)))
         result.Attach(static_cast<Interface*>(found));
@@ -39,24 +40,24 @@ ATL::CComPtr<IWebBrowser2> web_browser(IOleClientSite* site)
     return query_service<IWebBrowser2>(site, SID_SWebBrowserApp, IID_IWebBrowser2);
 }
 
-std::optional<std::wstring> browser_location(IOleClientSite* site)
+std::optional<std::wstring> browser_url(IOleClientSite* site)
 {
     const auto browser = web_browser(site);
-    BSTR given = nullptr;
-    if (!browser || FAILED(browser->get_LocationURL(&given)) || !given)
+    BSTR text = nullptr;
+    if (!browser || FAILED(browser->get_LocationURL(&text)) || !text)
         return std::nullopt;
-    ATL::CComBSTR address;
-    address.Attach(given);
-    return std::wstring(address, address.Length());
+    ATL::CComBSTR url;
+    url.Attach(text);
+    return std::wstring(view_of(url));
 }
 
 std::optional<std::wstring> moniker_name(IMoniker* moniker)
 {
-    LPOLESTR given = nullptr;
-    if (!moniker || FAILED(moniker->GetDisplayName(nullptr, nullptr, &given)) || !given)
+    LPOLESTR name = nullptr;
+    if (!moniker || FAILED(moniker->GetDisplayName(nullptr, nullptr, &name)) || !name)
         return std::nullopt;
-    const unique_com_string text(given);
-    return std::wstring(text.get());
+    const unique_com_string owned_name(name);
+    return std::wstring(owned_name.get());
 }
 
 std::optional<std::wstring> site_moniker_name(IOleClientSite* site, DWORD which_moniker)
@@ -70,17 +71,17 @@ std::optional<std::wstring> site_moniker_name(IOleClientSite* site, DWORD which_
     return moniker_name(moniker);
 }
 
-void navigate(IOleClientSite* site, const wchar_t* address, bool new_window)
+void navigate(IOleClientSite* site, const wchar_t* url, bool new_window)
 {
     const auto browser = web_browser(site);
     if (!browser)
         return;
-    ATL::CComBSTR url(address);
+    ATL::CComBSTR target(url);
     ATL::CComVariant flags(0L, VT_I4);
     ATL::CComVariant target_frame(new_window ? L"_blank" : L"");
     ATL::CComVariant post_data;
     ATL::CComVariant headers;
-    browser->Navigate(url, &flags, &target_frame, &post_data, &headers);
+    browser->Navigate(target, &flags, &target_frame, &post_data, &headers);
 }
 
 } // namespace quill

@@ -1,5 +1,5 @@
-// What the document asks of the browser through its client site. A host may answer any of these with a
-// failure, or with success and nothing: both are "not available". User-interface thread only.
+// Calls to the browser through the document's client site. Hosts may fail, or return S_OK and leave the out
+// parameter untouched; both mean "not available". UI thread only.
 #pragma once
 
 #include <windows.h>
@@ -13,22 +13,22 @@
 
 namespace quill {
 
-// The browser's top-level window; null when the site does not tell.
+// The browser's top-level window; null if not available.
 HWND browser_window(IOleClientSite* site);
 
-// The browser that shows the document; null when there is none.
+// The browser that shows the document; null if not available.
 ATL::CComPtr<IWebBrowser2> web_browser(IOleClientSite* site);
 
-// The address that the browser shows, fragment included.
-std::optional<std::wstring> browser_location(IOleClientSite* site);
+// The URL that the browser shows, including its fragment.
+std::optional<std::wstring> browser_url(IOleClientSite* site);
 
-// Display name of the moniker that the site assigned: OLEWHICHMK_OBJFULL or OLEWHICHMK_CONTAINER.
+// The display name of a moniker of the site: OLEWHICHMK_OBJFULL or OLEWHICHMK_CONTAINER.
 std::optional<std::wstring> site_moniker_name(IOleClientSite* site, DWORD which_moniker);
 
-// Display name of a moniker, asked for without a bind context.
+// The display name of a moniker, without a bind context.
 std::optional<std::wstring> moniker_name(IMoniker* moniker);
 
-// Opens an address in the browser, in a new window when asked for.
-void navigate(IOleClientSite* site, const wchar_t* address, bool new_window);
+// Navigates the browser to url, in a new window if requested.
+void navigate(IOleClientSite* site, const wchar_t* url, bool new_window);
 
 } // namespace quill

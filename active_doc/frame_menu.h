@@ -1,5 +1,6 @@
-// Merging of the document's menu into the browser frame's menu. The module adds no menu of its own, so
-// the merged menu holds the container's groups; merging tells the frame that the document owns the menu.
+// Merges the document's menu into the menu of the browser's frame. The document has no menu of its own, so
+// the merged menu contains the container's groups only; merging tells the frame that the document owns the
+// menu.
 #pragma once
 
 #include "active_doc/identifiers.h"
@@ -12,14 +13,14 @@
 #include <cstdint>
 #include <utility>
 
+// A base class of the document T, whose window becomes the owner of the menu. UI thread only.
 template <class T>
 class CMenu
 {
 public:
-    // Offers the frame an empty menu to fill and sets it as the frame's menu. Nothing is held when the frame
-    // declines, nor when the menu is unmerged inside a call of the frame. One merge at a time: re-entered
-    // from there, it does nothing.
-    void MergeMenu(IOleInPlaceFrame* frame)
+    // Has the frame fill an empty menu and sets it as the frame's menu. Does nothing while merged or merging.
+    // If the frame fails, or if unmerge_menu is called inside a call to the frame, the menu is destroyed.
+    void merge_menu(IOleInPlaceFrame* frame)
     {
         if (!frame || is_merged_)
             return;
@@ -30,22 +31,22 @@ public:
         const bool is_filled = menu && SUCCEEDED(frame->InsertMenus(menu, &widths));
         const bool is_closed = unmerges != unmerges_;
         if (!is_filled || is_closed) {
-            DiscardMenu(menu);
+            discard_menu(menu);
             if (!is_closed)
                 is_merged_ = false;
             return;
         }
-        LoadOwnMenu();
+        load_own_menu();
         shared_menu_ = menu;
         descriptor_ = OleCreateMenuDescriptor(menu, &widths);
         const HRESULT result = frame->SetMenu(menu, descriptor_, static_cast<T*>(this)->m_hWnd);
-        // The frame may have taken the menu only after the unmerge inside that call.
+        // The frame may have set the menu after an unmerge inside this call.
         if (unmerges != unmerges_ && !is_merged_ && SUCCEEDED(result))
             frame->SetMenu(nullptr, nullptr, nullptr);
     }
 
-    // Restores the frame's own menu and destroys what the merge made. The frame may be null.
-    void UnmergeMenu(IOleInPlaceFrame* frame)
+    // Restores the frame's own menu and destroys the merged one. frame may be null.
+    void unmerge_menu(IOleInPlaceFrame* frame)
     {
         ++unmerges_;
         is_merged_ = false;
@@ -53,33 +54,33 @@ public:
             frame->SetMenu(nullptr, nullptr, nullptr);
         if (const HOLEMENU descriptor = std::exchange(descriptor_, nullptr))
             OleDestroyMenuDescriptor(descriptor);
-        LoadOwnMenu();
-        DiscardMenu(std::exchange(shared_menu_, nullptr));
+        load_own_menu();
+        discard_menu(std::exchange(shared_menu_, nullptr));
     }
 
 protected:
-    ~CMenu() { UnmergeMenu(nullptr); }
+    ~CMenu() { unmerge_menu(nullptr); }
 
 private:
-    static void LoadOwnMenu()
+    static void load_own_menu()
     {
         if (const HMENU own = LoadMenuW(ATL::_AtlBaseModule.GetResourceInstance(),
                                         MAKEINTRESOURCEW(quill::frame_menu_resource)))
             DestroyMenu(own);
     }
 
-    static void DiscardMenu(HMENU menu)
+    static void discard_menu(HMENU menu)
     {
         if (!menu)
             return;
-        // The submenus in it are the container's; destroying the menu with them inside would destroy them.
+        // The submenus belong to the container: DestroyMenu would destroy them with the menu.
         while (GetMenuItemCount(menu) > 0 && RemoveMenu(menu, 0, MF_BYPOSITION)) {
         }
         DestroyMenu(menu);
     }
 
     bool is_merged_ = false;     // or being merged
-    std::uint32_t unmerges_ = 0; // tells a merge that it was unmerged meanwhile
+    std::uint32_t unmerges_ = 0; // lets merge_menu detect a re-entrant unmerge_menu
     HMENU shared_menu_ = nullptr;
     HOLEMENU descriptor_ = nullptr;
 };

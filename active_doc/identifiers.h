@@ -1,5 +1,4 @@
-// Identifiers of the active document that the outside world knows: the registry, the type library and
-// the suite's viewer control.
+// Public identifiers of the document: class, interface, type library, the suite's viewer control, resources.
 #pragma once
 
 #include "platform/com_categories.h"
@@ -8,8 +7,7 @@
 
 #include <oaidl.h>
 
-// The dual interface of the type library. It has no methods of its own: scripts see an object that
-// answers IDispatch.
+// The dual interface of the type library. It adds no methods to IDispatch.
 struct DECLSPEC_NOVTABLE IQuillPDF_IE_ActiveDoc : public IDispatch
 {
 };
@@ -25,15 +23,14 @@ inline constexpr GUID LIBID_QuillPDF_IE_ActiveDocLib = {
 inline constexpr CLSID CLSID_ActiveDocCtrl = {
     0x5E2C7A90, 0x1B3D, 0x4F6E, {0x8A, 0x21, 0xC4, 0xD9, 0xE0, 0x7B, 0x3F, 0x15}};
 
-// The suite's viewer control: created by name, reached through its own interface, used as IDispatch.
+// The suite's viewer control: created by its ProgID, queried for its own interface, called through IDispatch.
 inline constexpr wchar_t inner_viewer_progid[] = L"QuillPDF.QuillPDFCtrl";
 inline constexpr IID IID_inner_viewer = {
     0xE7C40B19, 0x2A6D, 0x4F85, {0xB3, 0xE2, 0x91, 0x0D, 0x5C, 0x7A, 0x4F, 0x38}};
 
-// Script resource of the class.
+// The registrar script of the class.
 inline constexpr UINT active_doc_registry_script = 100;
-// The menu that the module would add to the frame's menu. It carries none: the merged menu holds the
-// container's groups only.
+// The menu to merge into the frame's. The module contains no such resource.
 inline constexpr WORD frame_menu_resource = 206;
 
 } // namespace quill

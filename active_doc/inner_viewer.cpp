@@ -5,7 +5,7 @@
 namespace quill {
 namespace {
 
-// The viewer's methods are bound by number; it publishes no names.
+// The viewer has no method names.
 enum viewer_method : DISPID
 {
     method_open = 1,
@@ -48,14 +48,14 @@ ATL::CComPtr<IDispatch> inner_viewer::query(IUnknown* control)
 
 void inner_viewer::release()
 {
-    // The last Release may run the viewer's own teardown, which may call back: the member is empty by then.
+    // The last Release may re-enter the document, so the member is cleared first.
     ATL::CComPtr<IDispatch> viewer;
     viewer.Attach(viewer_.Detach());
 }
 
 HRESULT inner_viewer::invoke(DISPID method, VARIANT* reversed_arguments, UINT count, VARIANT* result) const
 {
-    // A call may pump messages and end in the window's destruction, which releases the member.
+    // The call may pump messages; destroying the window inside it releases the member.
     const ATL::CComPtr<IDispatch> viewer = viewer_;
     if (!viewer)
         return E_UNEXPECTED;
@@ -71,7 +71,7 @@ ATL::CComVariant inner_viewer::result_of(DISPID method, VARIANT* reversed_argume
     VARIANT returned{};
     const HRESULT call = invoke(method, reversed_arguments, count, &returned);
     ATL::CComVariant result;
-    // A failed call's out value is neither used nor freed.
+    // After a failure the out parameter is neither used nor freed.
     static_cast<VARIANT&>(result) = SUCCEEDED(call) ? returned : VARIANT{};
     return result;
 }

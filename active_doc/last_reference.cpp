@@ -7,7 +7,7 @@ namespace quill {
 void last_reference::window_opened(HWND window) noexcept
 {
     window_ = window;
-    // A reference that the former window was given is kept: this one's final message releases it.
+    // A reference that was transferred to the former window is released at this one's final message.
     state expected = state::no_window;
     state_.compare_exchange_strong(expected, state::empty);
 }
@@ -15,7 +15,7 @@ void last_reference::window_opened(HWND window) noexcept
 bool last_reference::window_closed(HWND window) noexcept
 {
     if (window != window_)
-        return false; // there is another one already
+        return false; // another window has been opened
     return state_.exchange(state::no_window) == state::transferred;
 }
 
@@ -31,8 +31,8 @@ bool last_reference::transfer() noexcept
     state expected = state::empty;
     if (!state_.compare_exchange_strong(expected, state::transferred))
         return false;
-    // The document may be destroyed from here on. A full queue takes no posted message, but sent ones; a
-    // window that takes neither releases the reference when it is destroyed.
+    // The document may be destroyed from here on. If the queue is full, posting fails but sending works. If
+    // both fail, the window's final message releases the reference.
     if (!PostMessageW(window, WM_USER_RELEASE, 0, 0))
         SendNotifyMessageW(window, WM_USER_RELEASE, 0, 0);
     return true;

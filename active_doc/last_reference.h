@@ -1,6 +1,6 @@
-// Keeps the document's last Release on its own thread. The download's worker passes the document to urlmon,
-// whose Release may be the last one, on the worker thread; the document's window, and what the document holds
-// of its host, belong to the thread that created it.
+// Keeps the document's last Release on its own thread. The worker passes the document to urlmon, which may
+// release it last, on the worker thread; the document's window and its references to the host belong to the
+// thread that created it.
 #pragma once
 
 #include <windows.h>
@@ -9,8 +9,8 @@
 
 namespace quill {
 
-// Transfers a last reference to the window, whose thread releases it: at the message, or with the window if
-// that goes first.
+// Transfers a last reference to the window, whose thread releases it at WM_USER_RELEASE or, if the window is
+// destroyed first, at its final message. A member of the document.
 class last_reference
 {
 public:
@@ -18,17 +18,18 @@ public:
     last_reference(const last_reference&) = delete;
     last_reference& operator=(const last_reference&) = delete;
 
+    // The document's own thread.
     DWORD thread() const noexcept { return thread_; }
     bool is_own_thread() const noexcept { return GetCurrentThreadId() == thread_; }
 
-    // The document's thread: its window can take a reference from now on.
+    // On the document's thread. References can be transferred to this window from now on.
     void window_opened(HWND window) noexcept;
-    // The document's thread. True: the caller now owns the reference that was transferred.
+    // On the document's thread. If they return true, the caller owns the transferred reference.
     [[nodiscard]] bool window_closed(HWND window) noexcept;
     [[nodiscard]] bool take() noexcept;
 
-    // Another thread, with the only reference. True: it is transferred, and the document may be gone. False:
-    // there is no window that a message could be sent to.
+    // On another thread, for the only reference. Returns true if it was transferred; the document may have
+    // been destroyed then. Returns false if there is no window.
     [[nodiscard]] bool transfer() noexcept;
 
 private:

@@ -1,4 +1,4 @@
-// IOleDocument for a control that is an ActiveX document with one view: the document is its own view.
+// IOleDocument for a control that is an ActiveX document with a single view: the object is its own view.
 #pragma once
 
 #include <windows.h>
@@ -15,9 +15,8 @@ public:
         if (!view)
             return E_POINTER;
         T* const document = static_cast<T*>(this);
-        // There is one view only. The value is left alone: a host whose ActivateMe comes twice (the window
-        // getting the focus asks for it) passes the place where it keeps the view that it has, and would
-        // lose it.
+        // There is only one view. *view is left unchanged: if a host's ActivateMe is re-entered, as when the
+        // window gets the focus, it passes the variable that contains its view.
         if (document->m_spInPlaceSite)
             return E_FAIL;
         *view = nullptr;

@@ -1,5 +1,4 @@
-// IOleDocumentView for a control that is its own only view. The site of the view is the control's
-// in-place site.
+// IOleDocumentView for a control that is its own single view. The view's site is the control's in-place site.
 #pragma once
 
 #include <windows.h>
@@ -11,9 +10,8 @@
 
 namespace quill::detail {
 
-// Set while a view is being placed. It is one flag for the process: placing one view must not place
-// another from within, whichever document that belongs to.
-inline std::atomic<bool> placing_view{false};
+// True during SetRect. One flag for the process: SetRect must not be re-entered for any document.
+inline std::atomic<bool> setting_rect{false};
 
 } // namespace quill::detail
 
@@ -31,9 +29,9 @@ public:
             if (FAILED(result))
                 return result;
         }
-        // Taking the site away deactivates but keeps the pointer: hosts send UI events behind it.
+        // A null site deactivates the view but keeps the former site, because hosts call UIActivate after it.
         if (site) {
-            document->m_bNegotiatedWnd = FALSE; // the view's own, not the client site's
+            document->m_bNegotiatedWnd = FALSE; // not obtained from the client site
             if (site != document->m_spInPlaceSite)
                 document->m_spInPlaceSite = site;
         }
@@ -61,11 +59,11 @@ public:
 
     STDMETHOD(SetRect)(RECT* rect) override
     {
-        if (quill::detail::placing_view.exchange(true))
+        if (quill::detail::setting_rect.exchange(true))
             return S_OK;
         const ATL::CComPtr<IUnknown> keep_alive(static_cast<T*>(this)->GetUnknown());
         static_cast<T*>(this)->SetObjectRects(rect, rect);
-        quill::detail::placing_view = false;
+        quill::detail::setting_rect = false;
         return S_OK;
     }
 
@@ -117,7 +115,7 @@ public:
 
     STDMETHOD(Clone)(IOleInPlaceSite*, IOleDocumentView** view) override
     {
-        // Nothing is cloned; a caller that trusts the result must not find an old value.
+        // Returns S_OK without a clone, so the out parameter must be null.
         if (view)
             *view = nullptr;
         return S_OK;

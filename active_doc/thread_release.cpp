@@ -15,11 +15,11 @@ thread_release* first_pending = nullptr;
 bool thread_release::transfer(IUnknown* reference, DWORD thread) noexcept
 {
     const std::lock_guard lock(pending_mutex);
-    // Of this thread alone. The hook sees every message that the thread looks for.
-    hook_ = SetWindowsHookExW(WH_GETMESSAGE, &look_for_message, nullptr, thread);
+    // For this thread only. Called when the thread retrieves a message.
+    hook_ = SetWindowsHookExW(WH_GETMESSAGE, &get_message_hook, nullptr, thread);
     if (!hook_)
         return false;
-    // Wakes the thread. A full queue has messages enough to look for.
+    // Wakes the thread. If the queue is full, there are messages to retrieve already.
     if (!PostThreadMessageW(thread, WM_NULL, 0, 0) && GetLastError() == ERROR_INVALID_THREAD_ID) {
         UnhookWindowsHookEx(hook_);
         return false;
@@ -44,7 +44,7 @@ thread_release* thread_release::take_first_of_this_thread() noexcept
     return nullptr;
 }
 
-LRESULT CALLBACK thread_release::look_for_message(int code, WPARAM wparam, LPARAM lparam) noexcept
+LRESULT CALLBACK thread_release::get_message_hook(int code, WPARAM wparam, LPARAM lparam) noexcept
 {
     const LRESULT result = CallNextHookEx(nullptr, code, wparam, lparam);
     if (code != HC_ACTION)

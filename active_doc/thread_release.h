@@ -1,5 +1,5 @@
-// Releases a reference on the thread that it belongs to, when there is no window there that a message could
-// be sent to.
+// Releases a reference on the thread to which it belongs, for a thread without a window that could receive a
+// message.
 #pragma once
 
 #include <windows.h>
@@ -8,7 +8,7 @@
 
 namespace quill {
 
-// A member of the object that is released; at most one release at a time.
+// A member of the object that is to be released. One release at a time.
 class thread_release
 {
 public:
@@ -16,12 +16,13 @@ public:
     thread_release(const thread_release&) = delete;
     thread_release& operator=(const thread_release&) = delete;
 
-    // Any thread. True: the thread releases the reference when it looks for its next message, and the object
-    // may be gone. False: the thread takes no messages, and the caller keeps the reference.
+    // On any thread. Returns true if `thread` will release the reference when it retrieves its next message;
+    // the object may already have been destroyed then. Returns false if the thread has no message queue; the
+    // caller keeps the reference.
     [[nodiscard]] bool transfer(IUnknown* reference, DWORD thread) noexcept;
 
 private:
-    static LRESULT CALLBACK look_for_message(int code, WPARAM wparam, LPARAM lparam) noexcept;
+    static LRESULT CALLBACK get_message_hook(int code, WPARAM wparam, LPARAM lparam) noexcept;
     static thread_release* take_first_of_this_thread() noexcept;
 
     IUnknown* reference_ = nullptr;

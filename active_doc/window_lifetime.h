@@ -1,13 +1,17 @@
-// Tells whether the document's window is still the one that something began for. A host may destroy the
-// window inside any call that the document makes, and have another one created before the call returns. The
-// window handle tells neither.
+// Tells whether the document's window is still the one for which an operation began. During any call into the
+// host, the host may destroy the window and have another one created; the handle value may be reused.
+//
+//     const window_watch window(window_lifetime_);
+//     site->GetWindow(&parent);                    // any call into the host
+//     if (!window.is_open())
+//         return;
 #pragma once
 
 #include <cstdint>
 
 namespace quill {
 
-// From the window's WM_CREATE to its WM_DESTROY. User-interface thread only.
+// Covers the time from WM_CREATE to WM_DESTROY. UI thread only.
 class window_lifetime
 {
 public:
@@ -25,7 +29,8 @@ private:
     bool is_open_ = false;
 };
 
-// Built before the first call out, asked after each one. The document must be kept alive meanwhile.
+// Construct before the first call out and check after each one. The caller holds a reference to the document
+// meanwhile.
 class window_watch
 {
 public:
@@ -34,7 +39,7 @@ public:
     {
     }
 
-    // Whether the window that was open at construction still is; false when there was none.
+    // Whether the window that was open at construction still is; false if there was none.
     bool is_open() const noexcept { return lifetime_.is_open_ && lifetime_.number_ == number_; }
 
 private:
