@@ -41,11 +41,11 @@ TEST(InterruptibleCallback, KeepsTheEndThatItAnswered)
     const auto_reset_event cancel;
     interruptible_callback callback(nullptr, cancel.handle());
     EXPECT_EQ(report(callback), S_OK);
-    EXPECT_FALSE(callback.is_ended());
+    EXPECT_FALSE(callback.is_cancelled());
     cancel.set();
     EXPECT_EQ(report(callback), E_ABORT);
     EXPECT_TRUE(cancel.is_consumed());
-    EXPECT_TRUE(callback.is_ended());
+    EXPECT_TRUE(callback.is_cancelled());
     EXPECT_EQ(report(callback), E_ABORT);
 }
 
@@ -93,7 +93,7 @@ TEST(InterruptibleCallback, KeepsTheEndThatAReportInsideAReportAnswered)
     nested = inner.handle();
     EXPECT_EQ(report(callback), E_ABORT);
     EXPECT_EQ(inner.answers(), std::vector<HRESULT>{E_ABORT});
-    EXPECT_TRUE(callback.is_ended());
+    EXPECT_TRUE(callback.is_cancelled());
     EXPECT_EQ(report(callback), E_ABORT);
 }
 
@@ -128,11 +128,11 @@ TEST(InterruptibleCallback, HasEndedOnceTheBindingWasAborted)
     {
         interruptible_callback callback(nullptr, nullptr);
         interrupt_download(GetCurrentThread());
-        EXPECT_FALSE(callback.is_ended()) << "nothing is under way";
+        EXPECT_FALSE(callback.is_cancelled()) << "nothing is under way";
         EXPECT_EQ(callback.OnStartBinding(0, &binding), S_OK);
         interrupt_download(GetCurrentThread());
         EXPECT_EQ(binding.aborts, 1);
-        EXPECT_TRUE(callback.is_ended());
+        EXPECT_TRUE(callback.is_cancelled());
         EXPECT_EQ(report(callback), E_ABORT);
     }
     EXPECT_EQ(binding.references, 0u);
