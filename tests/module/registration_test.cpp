@@ -38,7 +38,7 @@ TEST_F(Registration, PerMachineWritesTheListedKeysAndNoOthers)
 {
     const loaded_module module;
     EXPECT_EQ(module.DllRegisterServer(), S_OK);
-    EXPECT_EQ(registry_listing(), listing(listing_id::machine));
+    expect_listed(listing_id::machine);
 }
 
 TEST_F(Registration, PerMachineRemovalLeavesTheListedKeys)
@@ -46,14 +46,14 @@ TEST_F(Registration, PerMachineRemovalLeavesTheListedKeys)
     const loaded_module module;
     ASSERT_EQ(module.DllRegisterServer(), S_OK);
     EXPECT_EQ(module.DllUnregisterServer(), S_OK);
-    EXPECT_EQ(registry_listing(), listing(listing_id::machine_removed));
+    expect_listed(listing_id::machine_removed);
 }
 
 TEST_F(Registration, PerUserPutsOnlyTheHelperObjectsClassElsewhere)
 {
     const loaded_module module;
     EXPECT_EQ(module.DllInstall(TRUE, L"user"), S_OK);
-    EXPECT_EQ(registry_listing(), listing(listing_id::user));
+    expect_listed(listing_id::user);
 }
 
 TEST_F(Registration, PerUserRemovalLeavesTheListedKeys)
@@ -61,7 +61,7 @@ TEST_F(Registration, PerUserRemovalLeavesTheListedKeys)
     const loaded_module module;
     ASSERT_EQ(module.DllInstall(TRUE, L"user"), S_OK);
     EXPECT_EQ(module.DllInstall(FALSE, L"user"), S_OK);
-    EXPECT_EQ(registry_listing(), listing(listing_id::user_removed));
+    expect_listed(listing_id::user_removed);
 }
 
 // The command line applies until the module is unloaded; after another load it must be passed again.
@@ -73,7 +73,7 @@ TEST_F(Registration, PerUserRegistrationIsRemovedByALaterProcessToo)
     }
     const loaded_module module;
     EXPECT_EQ(module.DllInstall(FALSE, L"user"), S_OK);
-    EXPECT_EQ(registry_listing(), listing(listing_id::user_removed));
+    expect_listed(listing_id::user_removed);
 }
 
 TEST_F(Registration, IsTheSameAfterRegisteringTwice)
@@ -81,7 +81,7 @@ TEST_F(Registration, IsTheSameAfterRegisteringTwice)
     const loaded_module module;
     ASSERT_EQ(module.DllRegisterServer(), S_OK);
     EXPECT_EQ(module.DllRegisterServer(), S_OK);
-    EXPECT_EQ(registry_listing(), listing(listing_id::machine));
+    expect_listed(listing_id::machine);
 }
 
 TEST_F(Registration, ForcedKeysLoseValuesOfOthers)
@@ -90,12 +90,12 @@ TEST_F(Registration, ForcedKeysLoseValuesOfOthers)
                L"of another");
     const loaded_module module;
     ASSERT_EQ(module.DllRegisterServer(), S_OK);
-    EXPECT_EQ(registry_listing(), listing(listing_id::machine));
+    expect_listed(listing_id::machine);
 
     write_text(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\QuillPDF.IE.ActiveDoc.14\\shell\\open", L"x",
                L"of another");
     ASSERT_EQ(module.DllUnregisterServer(), S_OK);
-    EXPECT_EQ(registry_listing(), listing(listing_id::machine_removed));
+    expect_listed(listing_id::machine_removed);
 }
 
 TEST_F(Registration, ValuesOfOthersInContentTypeKeysStay)
