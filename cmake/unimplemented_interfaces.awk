@@ -35,7 +35,7 @@ inside {
         sub(/ *= 0;/, "", method)
         gsub(/ = [^,)]*/, "", method) # default arguments
         name = method
-        sub(/.*STDMETHODCALLTYPE +/, "", name)
+        sub(/^[^(]*STDMETHODCALLTYPE +/, "", name)
         sub(/ *\(.*/, "", name)
         print "    " method " override { return unimplemented_method(\"" interface "::" name "\"); }"
         method = ""

@@ -1,4 +1,4 @@
-// The folder that a document is kept in, in temporary folders that hold many documents.
+// The folder of a downloaded document, in temporary folders with many documents.
 #include "retrieval/download/cache_folder.h"
 #include "tests/bench/plain_benchmarks.h"
 #include "tests/bench/support/report.h"
@@ -12,7 +12,7 @@
 namespace quill::bench {
 namespace {
 
-// The least that finding the number takes: every entry is looked at, none is judged.
+// The minimal work of finding the number: every entry is read, none is parsed.
 void read_and_create(const std::wstring& temporary, const std::wstring& folder)
 {
     WIN32_FIND_DATAW entry{};
@@ -39,9 +39,9 @@ void ask_and_create(const std::wstring& temporary)
 struct old_documents
 {
     std::string what;
-    std::wstring temporary; // with a backslash at its end
+    std::wstring temporary; // with a trailing backslash
     int rounds;
-    std::optional<target> of_questions; // against asking for each number
+    std::optional<target> of_questions; // against probing each number
 };
 
 void compare(const old_documents& documents)
@@ -80,7 +80,7 @@ void cache_folder_benchmarks()
     compare({"no others", documents + L"\\none\\", 401, 3.0});
     compare({"1000 others", documents + L"\\some\\", 41, 1.0});
     compare({"20000 others", documents + L"\\many\\", 10, 1.0});
-    // The questions end at the first gap, the reading at the last entry.
+    // Probing stops at the first gap, reading at the last entry.
     compare({"20000 others with gaps", documents + L"\\gaps\\", 10, std::nullopt});
 }
 

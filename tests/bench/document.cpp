@@ -1,4 +1,4 @@
-// The document object in a host: downloads of both kinds, the host's pauses meanwhile, a small document.
+// The document object in a host: downloads on both paths, the pauses of the host meanwhile, a small document.
 #include "tests/bench/document/bare_downloads.h"
 #include "tests/bench/document/document_session.h"
 #include "tests/bench/document/pane_window.h"
@@ -29,20 +29,20 @@ int large_rounds()
     return is_short_run() ? 1 : 10;
 }
 
-// Of lines that only inform.
+// For lines without a target.
 int few_rounds()
 {
     return is_short_run() ? 1 : 4;
 }
 
-// Never the same twice: the system must not take anything from its cache.
+// A new URL each time, so that the system's cache is not used.
 std::wstring url_of(std::size_t size)
 {
     static int number = 0;
     return current_options().server + L"/" + std::to_wstring(size) + L".pdf?run=" + std::to_wstring(++number);
 }
 
-// Has documents fetched through WinINet for as long as it lives.
+// Selects WinINet for the documents in its scope.
 class wininet_switch_scope
 {
 public:
@@ -75,15 +75,15 @@ void whole_downloads(document_session& session)
     };
     report("100 MB, WinINet download : query, read, write, poll and report",
            compare_medians(with_wininet, bare(shown.handle()), large_rounds()), 1.1);
-    // Each read of 8 KB has to be told to the document's window, which shows it before the next begins:
-    // 12,000 messages from thread to thread, which the bare loop does not send.
+    // Each read of 8 KB is reported to the document window, which shows it before the next read: 12,000
+    // messages between threads that the bare loop does not send.
     report("100 MB, WinINet download : query, read and write alone",
            compare_medians(with_wininet, bare(nullptr), few_rounds()), target::known_missed(1.05));
     report("100 MB, WinINet download : default download",
            compare_medians(with_wininet, document, few_rounds()));
 }
 
-// Each report of a read has the pane painted once; the reports of a WinINet download take most of its time.
+// Each report paints the pane once; the reports take most of the time of a WinINet download.
 void pane_repaints(document_session& session)
 {
     pane_window shown(session.view_window(), session.library());
@@ -99,7 +99,7 @@ void pane_repaints(document_session& session)
                }));
 }
 
-// The longest pause of the host while something runs.
+// The longest pause of the host during an action.
 timed_run pause_in(const std::function<void()>& work)
 {
     return [work] {
@@ -125,7 +125,7 @@ void pauses(document_session& session)
 
 void small_document(document_session& session)
 {
-    constexpr double most_for_a_document = 4; // window, viewer and worker beside the download
+    constexpr double most_for_a_document = 4; // window, viewer and worker in addition to the download
     constexpr std::size_t small_size = 100'000;
     const int rounds = is_short_run() ? 3 : 61;
     const comparison measured =
@@ -136,7 +136,7 @@ void small_document(document_session& session)
     const comparison of_calls =
         compare_medians([&] { return session.open(url_of(small_size)); },
                         [&] { return session.open_bare(url_of(small_size)); }, rounds);
-    // What is specified for each opening: three windows, a thread, four messages, a folder, a look at the
+    // The specified work of each opening: three windows, a thread, four messages, a folder, a check of the
     // file.
     report("100 KB, Load to the viewer's open : bare windows, thread, messages, download", of_calls, 1.25);
     report_value("100 KB, beyond these calls", (of_calls.ours - of_calls.baseline) / 1e6, "ms");

@@ -12,7 +12,7 @@
 namespace quill::bench {
 namespace {
 
-// The objects here count on a module object, as any of the framework's do.
+// The objects here count on a module object, as all objects of the framework do.
 class bench_module : public CAtlModuleT<bench_module>
 {
 };

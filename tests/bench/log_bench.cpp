@@ -1,4 +1,4 @@
-// The log: a line that is switched off, and one that is written.
+// The log: a disabled and an enabled statement.
 #include "logging/global_logger.h"
 #include "logging/log_stream.h"
 #include "platform/mutex.h"
@@ -21,7 +21,7 @@ namespace {
 
 const void* const some_object = &some_object;
 
-// What a caller would write at best without the log stream: a logger at hand, its level, and a branch.
+// The best that a caller could write without the log stream: a logger in a variable, its level, and a branch.
 spdlog::logger* logger_at_hand;
 
 [[gnu::noinline, gnu::cold]] void write_to_logger_at_hand()
@@ -39,7 +39,7 @@ void test_level(std::size_t times)
     }
 }
 
-// The module's usual line: narrow text, an address, wide text and a number.
+// The usual line of the module: narrow text, an address, wide text and a number.
 void write_usual_line(std::size_t times)
 {
     for (std::size_t i = 0; i < times; ++i) {

@@ -1,4 +1,4 @@
-// The DLL as such: coming, making an object, and going.
+// The DLL itself: loading, creating an object, unloading.
 #include "tests/bench/support/loaded_library.h"
 #include "tests/bench/support/report.h"
 
@@ -12,7 +12,7 @@ namespace {
 constexpr wchar_t empty_server[] = L"bench_empty_server.dll";
 constexpr double most_of_an_empty_one = 2.5;
 
-// The system's libraries that the module imports are in a browser long before it.
+// A browser has loaded the system libraries that the module imports long before it.
 class system_libraries
 {
 public:
@@ -51,7 +51,8 @@ void benchmarks()
         throw std::runtime_error("OLE does not start");
     const system_libraries in_every_browser;
     report("load, create a document, release, unload : an empty COM DLL",
-           compare_shortest(load_and_create(module_name, active_document_class), load_and_create(empty_server, {})),
+           compare_shortest(load_and_create(module_name, active_document_class),
+                            load_and_create(empty_server, {})),
            most_of_an_empty_one);
     report("load, create a helper, release, unload : an empty COM DLL",
            compare_shortest(load_and_create(module_name, helper_class), load_and_create(empty_server, {})),

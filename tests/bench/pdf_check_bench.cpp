@@ -1,4 +1,4 @@
-// The PDF check against what any look at a file's beginning costs.
+// The PDF check against reading the beginning of a file.
 #include "retrieval/file/pdf_check.h"
 #include "tests/bench/plain_benchmarks.h"
 #include "tests/bench/support/report.h"
@@ -47,7 +47,7 @@ void pdf_check_benchmarks()
     const std::wstring pdf = folder / L"sample.pdf";
     const std::wstring page = folder / L"page.pdf";
     test::write_file(pdf, "%PDF-1.7\n" + std::string(100'000, 'x'));
-    // Nothing in it looks like a header, or everything does: the search is at its worst.
+    // Nothing in it looks like a header, or everything does: the worst cases of the search.
     std::string percents;
     while (percents.size() < 100'000)
         percents += "%PDF-1";

@@ -1,4 +1,4 @@
-// What needs no host: the log, the PDF check, the cache folder, the functions on URLs.
+// Benchmarks without a host: the log, the PDF check, the cache folder, the functions on URLs.
 #include "tests/bench/plain_benchmarks.h"
 #include "tests/bench/support/report.h"
 

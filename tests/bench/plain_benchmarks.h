@@ -1,4 +1,4 @@
-// The benchmarks of what needs no host.
+// The benchmarks that need no host.
 #pragma once
 
 namespace quill::bench {

@@ -42,7 +42,7 @@ element_text link_text(int index, const link_kind& kind)
     return text;
 }
 
-// The page as the HTML engine's stand-in has it, each link in a row of a list.
+// The page in the stand-in for the HTML engine, each link in a row of a list.
 engine_page list_page(const loaded_library& engine, int links, const link_kind& kind)
 {
     std::wstring html = L"<html><head><script src=\"/scripts/library.js\"></script>"
@@ -60,7 +60,7 @@ element_list bare_links(int links, const link_kind& kind)
     return made;
 }
 
-// The page as objects that answer without any work of their own. The links are the same in every page.
+// The page made of objects that return without work of their own. The links are the same in every page.
 CComPtr<IDispatch> bare_page(const element_list& links)
 {
     const CComPtr<page> made = ordinary_page();
@@ -70,8 +70,8 @@ CComPtr<IDispatch> bare_page(const element_list& links)
     return CComPtr<IDispatch>(made->dispatch());
 }
 
-// Measured against the least that the task can be done with: the address of each link, and the markup of each
-// link to a PDF where there are such; or against the addresses alone.
+// Compared with the minimum of the task: the URL of each link, and the markup of each link to a PDF if there
+// are any; or with the URLs only.
 struct measure_of
 {
     sink_task task;
@@ -107,8 +107,8 @@ void compare_in_engine(const loaded_library& module, const loaded_library& engin
 
 constexpr double most_for_reading = 1.3;
 
-// Before the first link a new page's head has to be looked through and its events be connected to, which
-// takes the page as long as ten links: with ten the target is missed where that is not on the other side too.
+// Before the first link the head of a new page is read and its events are connected, which takes as long as
+// ten links: with ten links the target is missed unless the baseline does that too.
 void in_the_engine(const loaded_library& module, const loaded_library& engine, const link_kind& kind,
                    const measure_of& least)
 {
@@ -119,7 +119,7 @@ void in_the_engine(const loaded_library& module, const loaded_library& engine, c
         compare_in_engine(module, engine, links, kind, least, most_for_reading);
 }
 
-// Returns what a link costs.
+// Returns the time for one link.
 double in_no_engine(const loaded_library& module, int links, const link_kind& kind)
 {
     const element_list all = bare_links(links, kind);
@@ -131,11 +131,11 @@ double in_no_engine(const loaded_library& module, int links, const link_kind& ki
     return taken / links;
 }
 
-// What is not linear would be ten times as much. Texts of many links do not fit the processor's caches, which
-// makes a link up to two thirds dearer.
+// Work that is not linear would take ten times as long. Texts of many links do not fit into the processor's
+// caches, which makes a link up to two thirds slower.
 constexpr double most_growth = 2.0;
 
-// Without an engine, which may have a growth of its own.
+// Without an engine, whose work may not be linear.
 void growth(const loaded_library& module, const link_kind& kind)
 {
     const double at_thousand = in_no_engine(module, 1'000, kind);
@@ -155,7 +155,7 @@ void sharepoint_page_benchmarks(const loaded_library& module)
         in_the_engine(module, engine, all_pdfs, addresses_and_pdfs);
         for (const link_kind& kind : {no_pdf, some_pdfs, all_pdfs})
             in_the_engine(module, engine, kind, all_reading);
-        // Whether a link to a PDF has a handler to be taken out stands in its markup, which has to be read.
+        // The markup of a link to a PDF must be read to know whether it has a handler to remove.
         for (const link_kind& kind : {some_pdfs, all_pdfs})
             compare_in_engine(module, engine, 1'000, kind, addresses, target::known_missed(most_for_reading));
     }

@@ -1,4 +1,4 @@
-// The functions on URLs and on links' markup: what a byte costs must not depend on how many there are.
+// The functions on URLs and on the markup of links: the time per byte must not depend on the length.
 #include "retrieval/url/url_fragment.h"
 #include "retrieval/url/url_resolution.h"
 #include "retrieval/url/url_text.h"
@@ -19,7 +19,7 @@ using text_function = std::function<void(const std::wstring& url)>;
 struct subject
 {
     const char* name;
-    // Repeated between the URL's beginning and its end up to the wanted size.
+    // Repeated between the beginning and the end of the URL up to the wanted size.
     const wchar_t* filling;
     const wchar_t* end;
     text_function run;
@@ -45,8 +45,8 @@ const std::vector<subject>& subjects()
          [](const std::wstring& url) { keep(DecodeUrl(url.c_str()).size()); }},
         {"DecodeUrl, plain", L"/folder/name", L".pdf",
          [](const std::wstring& url) { keep(DecodeUrl(url.c_str()).size()); }},
-        // A result six times as large as its text, and a new text of more than 100 KB comes from the system
-        // page by page: filling one costs 1.7 ns a byte of the URL, where the smaller one costs 0.1.
+        // The result is six times as long as its text, and a new text of more than 100 KB is allocated page
+        // by page, which costs much more for each byte.
         {"EncodeUrl, accents", L"/Fil\x00e9 \x20ac", L".pdf",
          [](const std::wstring& url) { keep(EncodeUrl(url).size()); }, L"http://h",
          target::known_missed(1.3)},
@@ -89,7 +89,7 @@ repeated run_on(const subject& each, const std::wstring& url)
     };
 }
 
-// What a byte costs in a text of one size and of another, timed in turn.
+// The time per byte in a text of one size and of another, timed in turn.
 comparison compare_bytes(const subject& each, std::size_t size, std::size_t other_size)
 {
     const std::wstring url = url_of(each, size), other_url = url_of(each, other_size);
@@ -104,10 +104,10 @@ comparison compare_bytes(const subject& each, std::size_t size, std::size_t othe
 
 void url_benchmarks()
 {
-    // Blocks of that size come from the system page by page, at a price for each page.
+    // Blocks of that size are allocated page by page, at a cost for each page.
     constexpr double most_growth_to_a_megabyte = 3.0;
     for (const subject& each : subjects()) {
-        // A hundred bytes carry what a call costs as such, and growth would hide behind it.
+        // With a hundred bytes the cost of the call itself is included, which would hide growth.
         const std::string name = each.name;
         report(name + ", a byte of 1 KB : of 100 B", compare_bytes(each, 1'000, 100));
         report(name + ", a byte of 100 KB : of 1 KB", compare_bytes(each, 100'000, 1'000), each.growth);

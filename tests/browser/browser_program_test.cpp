@@ -31,7 +31,7 @@ protected:
     scratch_directory folder;
 };
 
-TEST_F(BrowserProgram, ShowsADocumentSavesAPictureAndLeaves)
+TEST_F(BrowserProgram, ShowsADocumentAndSavesAPicture)
 {
     server.route("/bracket.pdf", http_response::ok(sample(L"bracket.pdf")));
     const std::wstring picture = folder / L"picture.png";
@@ -59,7 +59,7 @@ TEST_F(BrowserProgram, FailsWhenNoDocumentAppears)
     EXPECT_THAT(result.errors, HasSubstr("not shown: no document appeared in 1 s"));
 }
 
-TEST_F(BrowserProgram, FailsWhenNobodyAnswers)
+TEST_F(BrowserProgram, FailsWhenTheServerDoesNotAnswer)
 {
     const child_result result = run(L"--exit --wait 20 " + http_server::refused_url(L"/x.pdf"));
     EXPECT_EQ(result.exit_code, 1u);
@@ -75,7 +75,7 @@ TEST_F(BrowserProgram, FailsWhenThePictureCannotBeSaved)
     EXPECT_THAT(result.errors, HasSubstr("the picture could not be saved"));
 }
 
-TEST_F(BrowserProgram, ExplainsItselfWhenItIsCalledWrongly)
+TEST_F(BrowserProgram, PrintsItsUsageForWrongArguments)
 {
     const child_result result = run(L"--exit");
     EXPECT_EQ(result.exit_code, 2u);

@@ -1,14 +1,10 @@
-// The administrator's download path in the system's browser engine, for documents of their own and for
-// those of a page.
+// The administrator's download path in the system's browser engine, for documents and for elements of a page.
+#include "tests/browser/browser_fixture.h"
 #include "tests/browser/html_page_access.h"
 #include "tests/browser/registered_pages.h"
 #include "tests/retrieval/tls_servers.h"
-#include "tests/support/http_server.h"
+#include "tests/support/download_setting.h"
 #include "tests/support/scopes.h"
-#include "tests/support/viewer/viewer_class.h"
-#include "tests/support/wait.h"
-
-#include <gmock/gmock.h>
 
 #include <algorithm>
 
@@ -20,22 +16,12 @@ using testing::EndsWith;
 
 constexpr char own_agent[] = "Quill5_IEactivedoc";
 
-class WinInetInBrowser : public testing::Test
+class WinInetInBrowser : public browser_fixture
 {
 protected:
-    WinInetInBrowser()
-    {
-        script.calls.allow("viewer class::CreateInstance");
-        script.answers_ole_object = true;
-        settings.set_string(L"kIEBrowserPluginWinINet", L"/b 1");
-    }
+    WinInetInBrowser() { settings.use_wininet(); }
 
-    bool wait_for_opened(std::size_t count)
-    {
-        return wait_until([&] { return script.texts(viewer_open).size() >= count; });
-    }
-
-    // What the module itself asked the server for.
+    // The requests of the module itself.
     std::vector<std::string> fetched() const
     {
         std::vector<std::string> targets;
@@ -54,32 +40,24 @@ protected:
         return contents;
     }
 
-    ole_apartment apartment;
-    registry_key_scope settings{HKEY_CURRENT_USER,
-                                L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin"};
-    registered_module module;
-    viewer_registration registration;
+    download_setting settings;
     registered_pages pages;
-    call_log calls;
-    viewer_script script{calls};
-    viewer_class viewers{script};
-    http_server server;
     const std::string document = pdf_body(200'000);
 };
 
-TEST_F(WinInetInBrowser, OpensADocumentAtThePageAndZoomOfItsAddress)
+TEST_F(WinInetInBrowser, OpensADocumentAtThePageAndZoomOfItsUrl)
 {
     server.route("/folder/plan.pdf", http_response::ok(document));
     engine browser;
     browser.open(server.url(L"/folder/plan.pdf?v=1#page=3#zoom=150"));
-    ASSERT_TRUE(wait_until([this] { return !script.texts(viewer_set_zoom).empty(); }));
+    ASSERT_TRUE(wait_for_calls(viewer_set_zoom, 1));
     EXPECT_THAT(script.texts(viewer_open), ElementsAre(EndsWith("\\plan.pdf)")));
     EXPECT_THAT(script.texts(viewer_go_to_page), ElementsAre("4(I4 2)"));
     EXPECT_THAT(opened_files(), ElementsAre(document));
     EXPECT_THAT(fetched(), ElementsAre("/folder/plan.pdf?v=1"));
 }
 
-// The engine fetches pages itself and keeps to its own rules; what a page embeds is the module's to fetch.
+// The engine fetches pages itself by its own rules; the module fetches what a page embeds.
 TEST_F(WinInetInBrowser, OpensWhatAPageEmbedsFromServersWithBadCertificates)
 {
     const tls_servers secure(server.port());

@@ -8,7 +8,7 @@
 namespace quill::test {
 namespace {
 
-TEST(BrowserCommandLine, TakesAnAddressAlone)
+TEST(BrowserCommandLine, AcceptsAUrlAlone)
 {
     const auto options = parse_command_line({L"http://host/x.pdf#page=2"});
     ASSERT_TRUE(options.has_value());
@@ -22,7 +22,7 @@ TEST(BrowserCommandLine, TakesAnAddressAlone)
     EXPECT_FALSE(options->helpers);
 }
 
-TEST(BrowserCommandLine, TakesWhatAPageIsFor)
+TEST(BrowserCommandLine, AcceptsTheOptionsOfAPage)
 {
     const auto options = parse_command_line({L"--page", L"--click", L"some link", L"--helpers", L"x.html"});
     ASSERT_TRUE(options.has_value());
@@ -32,7 +32,7 @@ TEST(BrowserCommandLine, TakesWhatAPageIsFor)
     EXPECT_EQ(options->address, L"x.html");
 }
 
-TEST(BrowserCommandLine, TakesOptionsOnBothSidesOfTheAddress)
+TEST(BrowserCommandLine, AcceptsOptionsOnBothSidesOfTheUrl)
 {
     const auto options = parse_command_line(
         {L"--screenshot", L"a b.png", L"x.pdf", L"--wait", L"5", L"--documents", L"2", L"--exit"});

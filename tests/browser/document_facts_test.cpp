@@ -42,7 +42,7 @@ TEST(PageSizes, CountAsA4WhereTheyAreMissingOrAbsurd)
         EXPECT_EQ(page, (page_size{595, 842}));
 }
 
-TEST(PageSizes, AreNoneInAReportWithoutPages)
+TEST(PageSizes, AreEmptyWithoutPages)
 {
     for (const char* report : {"", "\n\n", "Pages:\n", "Pages: 0\n", "Pages: 99999999999\n", "Pages: 1 2\n",
                                "Page 1 size: 10 x 10\n", "Title: Pages: 3\n"})
@@ -72,7 +72,7 @@ TEST(PageLinks, AreReadWithTheirPlaces)
     EXPECT_EQ(links[1].page, 2u);
 }
 
-TEST(PageLinks, StandAfterNotesOnThePagesOwnLine)
+TEST(PageLinks, FollowTheNotesOnTheLineOfThePage)
 {
     const auto links = parse_page_links(
         std::string(" link to page 2 ") + page_head +
@@ -91,7 +91,7 @@ TEST(PageLinks, AreUnescaped)
     EXPECT_EQ(links[0].target, L"http://h/?a=1&b=<2>&unknown;\u00E4");
 }
 
-TEST(PageLinks, ThatMakeNoSenseAreLeftOut)
+TEST(PageLinks, SkipsInvalidOnes)
 {
     const char* const lines[] = {
         "<text top=\"1\" left=\"1\" width=\"1\"><a href=\"x\">y</a></text>\n",

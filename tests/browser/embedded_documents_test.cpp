@@ -1,17 +1,11 @@
-// Pages with PDF elements in the system's browser engine: each element's document gets the right file.
+// Pages with PDF elements in the system's browser engine: the document of each element gets the right file.
 #include "retrieval/download/window_messages.h"
 #include "stand_ins/browser/shown_document.h"
+#include "tests/browser/browser_fixture.h"
 #include "tests/browser/html_page_access.h"
 #include "tests/browser/registered_pages.h"
-#include "tests/support/http_server.h"
-#include "tests/support/process_resources.h"
-#include "tests/support/viewer/viewer_class.h"
-#include "tests/support/wait.h"
-
-#include <gmock/gmock.h>
 
 #include <algorithm>
-#include <sstream>
 
 namespace quill::test {
 namespace {
@@ -21,13 +15,11 @@ using testing::EndsWith;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-class Embedded : public testing::Test
+class Embedded : public browser_fixture
 {
 protected:
     Embedded()
     {
-        script.calls.allow("viewer class::CreateInstance");
-        script.answers_ole_object = true;
         for (const char* name : {"/files/first.pdf", "/files/second.pdf", "/files/third.PDF"})
             server.route(name, http_response::ok(pdf_body(20'000)));
     }
@@ -38,12 +30,7 @@ protected:
                      http_response::ok("<!DOCTYPE html><title>Page</title><body>" + body, "text/html"));
     }
 
-    bool wait_for_opened(std::size_t count)
-    {
-        return wait_until([&] { return script.texts(viewer_open).size() >= count; });
-    }
-
-    // Everything asked for but the page itself.
+    // All requests but that for the page itself.
     std::vector<std::string> fetched() const
     {
         std::vector<std::string> targets;
@@ -53,7 +40,7 @@ protected:
         return targets;
     }
 
-    // What a document answers its viewer, by the document's window.
+    // What a document returns to its viewer, by the window of the document.
     static std::uint32_t instance_of(HWND document)
     {
         std::uint32_t instance = 77;
@@ -78,17 +65,10 @@ protected:
         return windows;
     }
 
-    ole_apartment apartment;
-    registered_module module;
-    viewer_registration registration;
     registered_pages pages;
-    call_log calls;
-    viewer_script script{calls};
-    viewer_class viewers{script};
-    http_server server;
 };
 
-TEST_F(Embedded, TwoElementsGiveTwoDocumentsTheRightTwoFiles)
+TEST_F(Embedded, TwoElementsShowTheirOwnFiles)
 {
     serve_page("<p>Before</p><embed type='application/pdf' src='../files/first.pdf' width=400 height=200>"
                "<p>Between</p><embed type='application/pdf' src='/files/second.pdf' width=400 height=200>");
@@ -156,7 +136,7 @@ TEST_F(Embedded, PageAndZoomOfTheReferenceAreShown)
     EXPECT_THAT(script.texts(viewer_set_zoom), ElementsAre("9(R8 1.5)"));
 }
 
-TEST_F(Embedded, NavigatingAwayGivesEverythingBack)
+TEST_F(Embedded, NavigatingAwayReleasesEverything)
 {
     serve_page("<embed type='application/pdf' src='/files/first.pdf'>"
                "<object type='application/pdf' data='/files/second.pdf'></object>");
@@ -188,7 +168,7 @@ TEST_F(Embedded, TheNextPageCountsFromZeroAgain)
     EXPECT_THAT(script.texts(viewer_open), ElementsAre(EndsWith("\\first.pdf)"), EndsWith("\\second.pdf)")));
 }
 
-TEST_F(Embedded, ClosingTheBrowserGivesEverythingBack)
+TEST_F(Embedded, ClosingTheBrowserReleasesEverything)
 {
     serve_page("<embed type='application/pdf' src='/files/first.pdf'>"
                "<embed type='application/pdf' src='/files/second.pdf'>");
@@ -204,9 +184,7 @@ TEST_F(Embedded, ClosingTheBrowserGivesEverythingBack)
 
 TEST_F(Embedded, ClosingInTheMiddleOfTheDownloadsStopsThem)
 {
-    http_response slow = http_response::ok(pdf_body(300'000));
-    slow.piece_size = 1'000;
-    slow.piece_delay_ms = 100;
+    auto slow = http_response::slow(pdf_body(300'000), 1'000, 100);
     server.route("/files/first.pdf", slow);
     server.route("/files/second.pdf", slow);
     serve_page("<embed type='application/pdf' src='/files/first.pdf'>"
@@ -217,11 +195,11 @@ TEST_F(Embedded, ClosingInTheMiddleOfTheDownloadsStopsThem)
         ASSERT_TRUE(wait_until([this] { return fetched().size() == 2; }));
     }
     EXPECT_THAT(script.texts(viewer_open), IsEmpty());
-    EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "somebody still downloads";
+    EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "a download is still running";
     EXPECT_TRUE(wait_until([this] { return module.can_unload(); }));
 }
 
-TEST_F(Embedded, VisitsLeaveNoWindowThreadOrGdiObjectBehind)
+TEST_F(Embedded, VisitsLeakNoWindowThreadOrGdiObject)
 {
     serve_page("<embed type='application/pdf' src='/files/first.pdf'>"
                "<embed type='application/pdf' src='/files/second.pdf'>");
@@ -231,27 +209,7 @@ TEST_F(Embedded, VisitsLeaveNoWindowThreadOrGdiObjectBehind)
         open_page(browser, server.url(L"/pages/page.html"));
         ASSERT_TRUE(wait_for_opened(2 * ++visits));
     };
-    visit(); // the system's engine sets itself up
-    // Now and then the system keeps a few device contexts more for good. What the module leaves, it leaves
-    // each time: one pair of visits that leaves nothing proves that it does not.
-    constexpr int pairs = 4;
-    bool is_flat = false;
-    std::ostringstream seen;
-    for (int pair = 0; pair < pairs && !is_flat && !HasFatalFailure(); ++pair) {
-        const process_resources before = process_resources::now();
-        visit();
-        visit();
-        process_resources after;
-        is_flat = wait_until(
-            [&] {
-                after = process_resources::now();
-                return after.threads <= before.threads && after.windows <= before.windows &&
-                       after.gdi_objects <= before.gdi_objects && after.menus <= before.menus;
-            },
-            6000); // the system's idle workers end after five seconds
-        seen << before << " to " << after << "\n";
-    }
-    EXPECT_TRUE(is_flat) << seen.str();
+    expect_flat(visit);
 }
 
 TEST_F(Embedded, APageWithoutPdfElementsIsLeftAlone)
@@ -261,7 +219,7 @@ TEST_F(Embedded, APageWithoutPdfElementsIsLeftAlone)
                "<embed type='text/html' src='/pages/page.html'>");
     engine browser;
     open_page(browser, server.url(L"/pages/page.html"));
-    // The page has been laid out when its window answers, which is when objects are made.
+    // The page is laid out when its window replies; objects are created then.
     ASSERT_TRUE(wait_until([&] { return browser.find_window(L"QuillPage") != nullptr; }));
     UpdateWindow(browser.find_window(L"QuillPage"));
     pump_messages();
@@ -271,7 +229,7 @@ TEST_F(Embedded, APageWithoutPdfElementsIsLeftAlone)
     EXPECT_TRUE(module.can_unload()) << "the module was used";
 }
 
-TEST_F(Embedded, HundredsOfOtherElementsAroundThemChangeNothing)
+TEST_F(Embedded, AreFoundAmongHundredsOfOtherElements)
 {
     std::string body;
     for (int i = 0; i < 300; ++i)

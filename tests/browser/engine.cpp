@@ -14,7 +14,7 @@
 namespace quill::test {
 namespace {
 
-// The browser's COM objects count on a module object; the program has nothing else to say in it.
+// The COM objects of the browser count on a module object, which is otherwise unused.
 class test_module : public CAtlModuleT<test_module>
 {
 };

@@ -1,4 +1,4 @@
-// The system's browser engine in a window, as a test drives it.
+// The system's browser engine in a window, driven by a test.
 #pragma once
 
 #include "stand_ins/browser/browser_control.h"
@@ -29,17 +29,17 @@ public:
     engine& operator=(const engine&) = delete;
     ~engine();
 
-    // Navigates; fails the test when the control refuses.
+    // Navigates; fails the test if the control refuses.
     void open(const std::wstring& address);
-    // Takes the control down, and then the window, as a browser does that is closed.
+    // Closes the control, and then the window, as a closed browser does.
     void close();
 
     HWND window() const { return window_; }
     browser_control& control() { return control_; }
-    // The first descendant window of a class; null when there is none.
+    // The first descendant window of a class; nullptr without one.
     HWND find_window(const std::wstring& window_class) const;
 
-    // Addresses that the control said it goes to, and those that failed.
+    // The URLs of the control's navigations, and those that failed.
     const std::vector<std::wstring>& navigations() const { return navigations_; }
     const std::vector<std::wstring>& failures() const { return failures_; }
 
@@ -57,7 +57,7 @@ private:
     std::vector<std::wstring> failures_;
 };
 
-// A file of the repository's samples folder: its bytes.
+// The contents of a file in the samples folder.
 std::string sample(const std::wstring& name);
 
 } // namespace quill::test

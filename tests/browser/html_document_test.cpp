@@ -43,7 +43,7 @@ protected:
     http_server server;
 };
 
-TEST_F(HtmlDocument, HasAddressTitleAndState)
+TEST_F(HtmlDocument, HasUrlTitleAndState)
 {
     engine browser;
     const auto document = page(browser);
@@ -55,7 +55,7 @@ TEST_F(HtmlDocument, HasAddressTitleAndState)
     EXPECT_EQ(url, server.url(L"/dir/page.html").c_str());
 }
 
-TEST_F(HtmlDocument, KeepsTheFragmentOfItsAddress)
+TEST_F(HtmlDocument, KeepsTheFragmentOfItsUrl)
 {
     engine browser;
     const auto document = open_page(browser, server.url(L"/dir/page.html#page=5#zoom=150"));
@@ -88,7 +88,7 @@ TEST_F(HtmlDocument, FindsElementsInThePagesOrder)
     EXPECT_THAT(ids_of(elements_of(links)), ElementsAre(L"a1", L"a2"));
 }
 
-TEST_F(HtmlDocument, CollectionsAnswerByNumberNameAndTag)
+TEST_F(HtmlDocument, CollectionsFindByNumberNameAndTag)
 {
     engine browser;
     const auto document = page(browser);
@@ -107,7 +107,7 @@ TEST_F(HtmlDocument, CollectionsAnswerByNumberNameAndTag)
     EXPECT_EQ(all->get_length(nullptr), E_POINTER);
 }
 
-TEST_F(HtmlDocument, GivesAttributesAsTheyStandInThePage)
+TEST_F(HtmlDocument, ReturnsAttributesAsWrittenInThePage)
 {
     engine browser;
     const auto document = page(browser);
@@ -236,7 +236,7 @@ TEST_F(HtmlDocument, WhatNoPageHasIsNotImplemented)
     EXPECT_EQ(element_by_id(document, L"a1")->get_style(&style), E_NOTIMPL);
 }
 
-TEST_F(HtmlDocument, CountsWhatIsHeldToTheLastReference)
+TEST_F(HtmlDocument, CountsReferencesToTheLastOne)
 {
     engine browser;
     auto document = page(browser);
@@ -251,7 +251,7 @@ TEST_F(HtmlDocument, CountsWhatIsHeldToTheLastReference)
     }
     EXPECT_EQ(pages.living(), before);
 
-    // An element that is held keeps itself, not the page.
+    // A reference to an element keeps the element, not the page.
     const auto kept = element_by_id(document, L"a1");
     document.Release();
     browser.close();

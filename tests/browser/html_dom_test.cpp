@@ -1,4 +1,4 @@
-// Markup to trees and back, what is shown where, and which class shows an element: no browser needed.
+// Markup to trees and back, what is displayed where, and the class of each element; without a browser.
 #include "stand_ins/html_engine/dom/html_reader.h"
 #include "stand_ins/html_engine/dom/html_writer.h"
 #include "stand_ins/html_engine/embedded_class.h"
@@ -32,7 +32,7 @@ TEST(HtmlReader, RepairsMarkupAsBrowsersDo)
     EXPECT_EQ(body_of(L""), L"");
 }
 
-TEST(HtmlReader, AlwaysGivesAWholePage)
+TEST(HtmlReader, AlwaysBuildsAWholePage)
 {
     for (const wchar_t* html : {L"", L"text", L"<html>", L"<body>", L"\xFFFD<<<>>"}) {
         const auto page = read_page(html);
@@ -59,7 +59,7 @@ TEST(HtmlReader, WritesWhatItReadsTheSameAgain)
     EXPECT_THAT(once, testing::StartsWith(L"<!DOCTYPE html><html><head><title>T</title></head><body>"));
 }
 
-TEST(HtmlReader, ReadsAPieceForThePlaceItStandsIn)
+TEST(HtmlReader, ReadsAFragmentForItsContext)
 {
     const auto in_row = read_fragment(L"<td>x</td>", L"tr");
     ASSERT_EQ(in_row.size(), 1u);
@@ -84,7 +84,7 @@ TEST(HtmlReader, BoundsTheDepthOfNesting)
     EXPECT_LT(depth, 600);
 }
 
-TEST(HtmlReader, TakesBytesForWhatTheyAre)
+TEST(HtmlReader, DecodesBytesByTheirEncoding)
 {
     EXPECT_EQ(decode_page("caf\xC3\xA9"), L"caf\u00E9");
     EXPECT_EQ(decode_page("caf\xE9"), L"caf\u00E9");
@@ -240,7 +240,7 @@ TEST(PageLayout, PutsTheCellsOfARowBesideEachOther)
     EXPECT_GT(page.texts[2].place.top, page.texts[0].place.top);
 }
 
-TEST(PageLayout, GivesColumnsWhatTheirWidestCellsTake)
+TEST(PageLayout, ColumnsAreAsWideAsTheirWidestCells)
 {
     const auto page = arrange(L"<table><tr><td><td>a<td>b<tr><td><td>long words<td>c</table>", 900);
     ASSERT_EQ(texts_of(page), (std::vector<std::wstring>{L"a", L"b", L"long words", L"c"}));
@@ -284,7 +284,7 @@ TEST(ShareWidth, FillsWhatIsStatedAndNeverMoreThanThereIs)
     EXPECT_EQ(share_width({0, 0}, 100, 60), (widths{0, 0}));
 }
 
-TEST(PageLayout, SurvivesAnyWidth)
+TEST(PageLayout, HandlesAnyWidth)
 {
     for (const int width : {0, 1, 40, 100'000})
         EXPECT_GT(arrange(L"<h1>word</h1><table><tr><td>a<td>b</table><embed width=900>", width).height, 0);

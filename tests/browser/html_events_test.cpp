@@ -1,4 +1,4 @@
-// Clicks and states of a page in the system's browser engine, as sinks see and stop them.
+// Clicks and states of a page in the system's browser engine, as sinks receive and cancel them.
 #include "stand_ins/html_engine/identifiers.h"
 #include "tests/browser/html_page_access.h"
 #include "tests/browser/page_sink.h"
@@ -63,7 +63,7 @@ TEST_F(PageEvents, AClickOnALinkIsReportedAndThenFollowed)
     EXPECT_EQ(sink.events()[0].source, L"link");
 }
 
-TEST_F(PageEvents, AClickThatASinkRefusesGoesNowhere)
+TEST_F(PageEvents, AClickThatASinkCancelsIsNotFollowed)
 {
     engine browser;
     const auto page = open_page(browser, server.url(L"/page.html"));
@@ -87,7 +87,7 @@ TEST_F(PageEvents, AClickThatASinkRefusesGoesNowhere)
     EXPECT_EQ(element_by_id(page, L"link")->click(), S_OK);
     EXPECT_EQ(sink.count(event_click), 2);
 
-    // A third click that is let through is the first one that asks the server.
+    // The third click is not cancelled and is the first one to make a request.
     sink.on_click = nullptr;
     EXPECT_EQ(element_by_id(page, L"link")->click(), S_OK);
     EXPECT_TRUE(arrives_at(browser, L"/next.html"));
@@ -106,7 +106,7 @@ TEST_F(PageEvents, AClickInsideALinkNamesTheInnermostElement)
     EXPECT_TRUE(arrives_at(browser, L"/next.html"));
 }
 
-TEST_F(PageEvents, ClicksOnOtherThingsAreReportedAndDoNothing)
+TEST_F(PageEvents, OtherClicksAreReportedAndNotFollowed)
 {
     engine browser;
     const auto page = open_page(browser, server.url(L"/page.html"));
@@ -115,7 +115,7 @@ TEST_F(PageEvents, ClicksOnOtherThingsAreReportedAndDoNothing)
     for (const wchar_t* id : {L"text", L"here", L"script"})
         EXPECT_EQ(element_by_id(page, id)->click(), S_OK);
     EXPECT_EQ(sink.count(event_click), 3);
-    // The next thing that the server is asked for is where a link leads.
+    // The next request is for the target of a link.
     EXPECT_EQ(element_by_id(page, L"link")->click(), S_OK);
     EXPECT_TRUE(arrives_at(browser, L"/next.html"));
     EXPECT_EQ(server.requests().size(), 2u);
@@ -129,8 +129,8 @@ TEST_F(PageEvents, TheMouseClicksOnWhatTheWindowShows)
     sink.advise(page);
     ASSERT_TRUE(wait_until([&] { return browser.find_window(page_window_class) != nullptr; }));
     const HWND window = browser.find_window(page_window_class);
-    const LPARAM link = MAKELPARAM(24, 24); // the page's first word
-    // The words stand there once they have been laid out.
+    const LPARAM link = MAKELPARAM(24, 24); // the first word of the page
+    // The words are there once they have been laid out.
     EXPECT_TRUE(wait_until([&] {
         if (sink.events().empty()) {
             PostMessageW(window, WM_LBUTTONDOWN, MK_LBUTTON, link);
@@ -142,7 +142,7 @@ TEST_F(PageEvents, TheMouseClicksOnWhatTheWindowShows)
     EXPECT_TRUE(arrives_at(browser, L"/next.html"));
 }
 
-TEST_F(PageEvents, EverySinkHearsAClickUntilItIsUnadvised)
+TEST_F(PageEvents, EverySinkReceivesClicksUntilItIsUnadvised)
 {
     engine browser;
     const auto page = open_page(browser, server.url(L"/page.html"));
@@ -157,7 +157,7 @@ TEST_F(PageEvents, EverySinkHearsAClickUntilItIsUnadvised)
     EXPECT_EQ(second.count(event_click), 2);
 }
 
-TEST_F(PageEvents, ASinkMayLeaveDuringTheEvent)
+TEST_F(PageEvents, ASinkMayUnadviseDuringTheEvent)
 {
     engine browser;
     const auto page = open_page(browser, server.url(L"/page.html"));
@@ -204,7 +204,7 @@ TEST_F(PageEvents, TheStateIsReportedWhileThePageArrives)
     EXPECT_EQ(state, L"complete");
 }
 
-TEST_F(PageEvents, TheBrowserHearsThatThePageIsComplete)
+TEST_F(PageEvents, TheBrowserIsNotifiedOfTheCompletePage)
 {
     engine browser;
     open_page(browser, server.url(L"/page.html"));

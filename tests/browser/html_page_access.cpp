@@ -116,7 +116,7 @@ std::vector<HWND> windows_of_class(engine& browser, const std::wstring& window_c
 {
     window_search search{window_class, {}};
     EnumChildWindows(browser.window(), take_window, reinterpret_cast<LPARAM>(&search));
-    // New children come on top, which is where an enumeration begins.
+    // New children are on top, where an enumeration begins.
     std::reverse(search.found.begin(), search.found.end());
     return search.found;
 }

@@ -1,4 +1,4 @@
-// The page that a browser shows, as scripts and helper objects reach it.
+// The page that a browser shows, accessed as scripts and helper objects do.
 #pragma once
 
 #include "tests/browser/engine.h"
@@ -13,12 +13,12 @@
 
 namespace quill::test {
 
-// The browser's document when it is an HTML page that has been read to its end; null until then.
+// The browser's document if it is an HTML page that is loaded completely; nullptr until then.
 CComPtr<IHTMLDocument2> complete_page(engine& browser);
-// Goes to the address and waits for the page.
+// Navigates to the URL and waits for the page.
 CComPtr<IHTMLDocument2> open_page(engine& browser, const std::wstring& address);
 
-// Elements in the page's order; item must answer for every index below the length.
+// Elements in the order of the page; item must succeed for every index below the length.
 std::vector<CComPtr<IHTMLElement>> elements_of(IHTMLElementCollection* collection);
 std::vector<CComPtr<IHTMLElement>> elements_by_tag(IHTMLDocument2* page, const wchar_t* tag);
 CComPtr<IHTMLElement> element_by_id(IHTMLDocument2* page, const wchar_t* id);

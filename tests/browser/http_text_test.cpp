@@ -5,7 +5,7 @@
 namespace quill::test {
 namespace {
 
-TEST(SampleRequest, IsTakenFromTheFirstLine)
+TEST(SampleRequest, IsParsedFromTheFirstLine)
 {
     const auto request = parse_request("GET /a%20b%23%C3%BC.pdf?x=1#page=2 HTTP/1.1\r\nHost: h\r\n\r\n");
     ASSERT_TRUE(request.has_value());
@@ -22,14 +22,14 @@ TEST(SampleRequest, KeepsSignsThatAreNoEncoding)
     EXPECT_EQ(parse_request("GET /#x HTTP/1.1\r\n\r\n")->name, "");
 }
 
-TEST(SampleRequest, IsNothingForWhatIsNoRequest)
+TEST(SampleRequest, IsEmptyForAnInvalidRequest)
 {
     for (const char* head : {"", "\r\n\r\n", "GET", "GET /x", "GET x HTTP/1.1\r\n\r\n",
                              "GET http://h/ HTTP/1.1\r\n", "GET  HTTP/1.1\r\n\r\n", "GET /x FTP/1.1\r\n\r\n"})
         EXPECT_FALSE(parse_request(head).has_value()) << head;
 }
 
-TEST(SamplePath, IsEncodedSoThatItComesBack)
+TEST(SamplePath, RoundTripsThroughItsEncoding)
 {
     EXPECT_EQ(encode_path("plan-1_(a).pdf"), "plan-1_(a).pdf");
     const std::string odd = "a b#?%&+\xC3\xBC.pdf";
@@ -37,7 +37,7 @@ TEST(SamplePath, IsEncodedSoThatItComesBack)
     EXPECT_EQ(parse_request("GET /" + encode_path(odd) + " HTTP/1.1\r\n\r\n")->name, odd);
 }
 
-TEST(SampleAnswer, SaysWhatFollows)
+TEST(SampleAnswer, DescribesTheBody)
 {
     EXPECT_EQ(response_head(200, "application/pdf", 17),
               "HTTP/1.1 200 OK\r\nContent-Type: application/pdf\r\nContent-Length: 17\r\n"

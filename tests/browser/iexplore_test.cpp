@@ -16,7 +16,7 @@ namespace {
 constexpr DWORD start_ms = 45'000; // a whole browser starts, and the renderer
 constexpr wchar_t program[] = L"C:\\Program Files\\Internet Explorer\\iexplore.exe";
 
-// A process that is ended when the test leaves it running.
+// Terminates a process that is still running at the end of the test.
 class browser_process
 {
 public:
@@ -49,7 +49,7 @@ public:
         return code;
     }
 
-    // Its top-level window with a viewer in it; null as long as there is none.
+    // Its top-level window with a viewer in it; nullptr until there is one.
     HWND window_with_viewer() const
     {
         search wanted = {process_.dwProcessId, nullptr};

@@ -49,7 +49,7 @@ TEST_F(MachineProgram, ReadsAFileOfAnyName)
     }
 }
 
-TEST_F(MachineProgram, GetsItsArgumentsAsTheyAre)
+TEST_F(MachineProgram, GetsItsArgumentsUnchanged)
 {
     const auto result =
         run(L"/usr/bin/printf", {L"%s|", L"a b", L"", L"q\"q", L"back\\", L"\\\"", L"$HOME", L"*"});
@@ -57,7 +57,7 @@ TEST_F(MachineProgram, GetsItsArgumentsAsTheyAre)
     EXPECT_EQ(result->output, "a b||q\"q|back\\|\\\"|$HOME|*|");
 }
 
-TEST_F(MachineProgram, MayWriteNothingAndFail)
+TEST_F(MachineProgram, MayFailWithoutOutput)
 {
     const auto result = run(L"/bin/sh", {L"-c", L"exit 3"});
     ASSERT_TRUE(result.has_value());
@@ -82,8 +82,8 @@ TEST_F(MachineProgram, IsStartedByAProgramWithoutAConsole)
     EXPECT_EQ(result->output, "what the program reads");
 }
 
-// Whoever looks on must not move the place where the program writes next.
-TEST_F(MachineProgram, IsNotDisturbedByBeingWatched)
+// Reading the output must not move the position where the program writes next.
+TEST_F(MachineProgram, OutputIsCompleteWhilePolled)
 {
     constexpr int lines = 20'000;
     const auto started = machine_program::start(
@@ -101,7 +101,7 @@ TEST_F(MachineProgram, IsNotDisturbedByBeingWatched)
     EXPECT_TRUE(result->output == expected) << result->output.size() << " of " << expected.size();
 }
 
-TEST_F(MachineProgram, ThatIsMissingIsReportedAsSuch)
+TEST_F(MachineProgram, ReportsAMissingProgram)
 {
     const auto result = run(L"/usr/bin/no-such-program", {});
     ASSERT_TRUE(result.has_value());

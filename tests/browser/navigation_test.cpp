@@ -1,12 +1,6 @@
-// What the engine does with our document when it navigates, seen by a strict viewer and by the web server.
-#include "tests/browser/engine.h"
-#include "tests/browser/registered_module.h"
-#include "tests/support/http_server.h"
+// The document during navigations of the engine, observed by a strict viewer and the web server.
+#include "tests/browser/browser_fixture.h"
 #include "tests/support/text.h"
-#include "tests/support/viewer/viewer_class.h"
-#include "tests/support/wait.h"
-
-#include <gmock/gmock.h>
 
 namespace quill::test {
 namespace {
@@ -16,31 +10,13 @@ using testing::EndsWith;
 using testing::SizeIs;
 using testing::StartsWith;
 
-class Navigation : public testing::Test
+class Navigation : public browser_fixture
 {
 protected:
-    Navigation()
-    {
-        script.calls.allow("viewer class::CreateInstance");
-        script.answers_ole_object = true;
-    }
-
-    bool wait_for_calls(DISPID method, std::size_t count)
-    {
-        return wait_until([&] { return script.texts(method).size() >= count; });
-    }
-
-    ole_apartment apartment;
-    registered_module module;
-    viewer_registration registration;
-    call_log calls;
-    viewer_script script{calls};
-    viewer_class viewers{script};
-    http_server server;
     const std::string document = pdf_body(20'000);
 };
 
-TEST_F(Navigation, OpensADocumentByItsTypeAtThePageAndZoomOfItsAddress)
+TEST_F(Navigation, OpensADocumentByItsTypeAtThePageAndZoomOfItsUrl)
 {
     server.route("/folder/plan.pdf", http_response::ok(document));
     engine browser;
@@ -68,7 +44,7 @@ class NavigationByType : public Navigation, public testing::WithParamInterface<c
 {
 };
 
-TEST_P(NavigationByType, OpensAnAddressWithoutAnExtension)
+TEST_P(NavigationByType, OpensAUrlWithoutAnExtension)
 {
     server.route("/documents/17", http_response::ok(document, GetParam()));
     engine browser;
@@ -104,9 +80,9 @@ TEST_F(Navigation, FollowsARedirection)
     EXPECT_EQ(read_file(script.received[4].arguments.at(0).text), document);
 }
 
-TEST_F(Navigation, DoesNotShowWhatIsNoPdfInSpiteOfItsType)
+TEST_F(Navigation, DoesNotShowOtherContentServedAsPdf)
 {
-    // Nothing that the engine would recognise and give another type.
+    // No content whose type the engine would detect itself.
     server.route("/plan.pdf", http_response::ok(std::string("\x01\x02\x03 no document\n", 17)));
     server.route("/next.pdf", http_response::ok(document));
     engine browser;
@@ -120,7 +96,7 @@ TEST_F(Navigation, DoesNotShowWhatIsNoPdfInSpiteOfItsType)
     EXPECT_THAT(script.texts(viewer_open), ElementsAre(EndsWith("\\next.pdf)")));
 }
 
-TEST_F(Navigation, LetsTheFirstDocumentGoWhenTheNextOneComes)
+TEST_F(Navigation, ReleasesTheFirstDocumentWhenTheNextIsOpened)
 {
     server.route("/first.pdf", http_response::ok(document));
     server.route("/second.pdf", http_response::ok(document));
@@ -159,7 +135,7 @@ TEST_F(Navigation, FollowsALinkThatTheViewerAsksFor)
 
     const recorded_call& links = script.received[0];
     const auto target = reinterpret_cast<HWND>(static_cast<UINT_PTR>(links.arguments.at(0).integer));
-    // A whole address: the engine of this platform has no moniker to resolve a relative one against.
+    // An absolute URL: the engine of this platform has no moniker to resolve a relative one against.
     const std::wstring link = server.url(L"/a/other.pdf#page=4");
     SendMessageW(target, static_cast<UINT>(links.arguments.at(1).integer), 0,
                  reinterpret_cast<LPARAM>(link.c_str()));

@@ -10,41 +10,12 @@
 
 namespace quill::test {
 
-page_sink::~page_sink()
-{
-    unadvise();
-    EXPECT_EQ(references_, 0u) << "somebody still holds the sink";
-}
-
-void page_sink::advise(IUnknown* page)
-{
-    const CComQIPtr<IConnectionPointContainer> container(page);
-    ASSERT_TRUE(container);
-    ASSERT_EQ(container->FindConnectionPoint(IID_document_events, &point_), S_OK);
-    EXPECT_EQ(point_->Advise(this, &cookie_), S_OK);
-}
-
-void page_sink::unadvise()
-{
-    if (point_)
-        EXPECT_EQ(point_->Unadvise(cookie_), S_OK);
-    point_.Release();
-}
+page_sink::page_sink() : event_sink(IID_document_events) {}
 
 int page_sink::count(DISPID id) const
 {
     return static_cast<int>(
         std::count_if(events_.begin(), events_.end(), [&](const event& one) { return one.id == id; }));
-}
-
-STDMETHODIMP page_sink::QueryInterface(REFIID iid, void** out)
-{
-    *out = nullptr;
-    if (iid != IID_IUnknown && iid != IID_IDispatch && iid != IID_document_events)
-        return E_NOINTERFACE;
-    *out = static_cast<IDispatch*>(this);
-    AddRef();
-    return S_OK;
 }
 
 STDMETHODIMP page_sink::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,

@@ -1,9 +1,10 @@
-// Receives a page's document events as an add-on's sink does: by dispatch numbers.
+// Receives the document events of a page by dispatch identifiers, as the sink of an add-on does.
 #pragma once
+
+#include "tests/support/fakes/event_sink.h"
 
 #include <windows.h>
 
-#include <atlbase.h>
 #include <mshtml.h>
 
 #include <functional>
@@ -12,17 +13,10 @@
 
 namespace quill::test {
 
-class page_sink : public IDispatch
+class page_sink final : public event_sink
 {
 public:
-    page_sink() = default;
-    page_sink(const page_sink&) = delete;
-    page_sink& operator=(const page_sink&) = delete;
-    virtual ~page_sink(); // fails the test when somebody still holds it
-
-    // Both fail the test when the page refuses.
-    void advise(IUnknown* page);
-    void unadvise();
+    page_sink();
 
     struct event
     {
@@ -33,22 +27,13 @@ public:
     const std::vector<event>& events() const { return events_; }
     int count(DISPID id) const;
 
-    // Called for every click; what it returns is the event's result.
+    // Called for every click; returns the result of the event.
     std::function<VARIANT_BOOL(IHTMLEventObj* event)> on_click;
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** out) override;
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() override { return --references_; }
-    STDMETHODIMP GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
     STDMETHODIMP Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters, VARIANT* result,
                         EXCEPINFO*, UINT*) override;
 
 private:
-    ULONG references_ = 0;
-    CComPtr<IConnectionPoint> point_;
-    DWORD cookie_ = 0;
     std::vector<event> events_;
 };
 

@@ -1,4 +1,4 @@
-// Registers libraries of the build for the length of a scope, so that the browser finds them.
+// Registers libraries of the build in a scope, so that the browser finds them.
 #pragma once
 
 #include "tests/support/scopes.h"
@@ -9,18 +9,18 @@
 
 namespace quill::test {
 
-// A library that lies beside the test program, registered per machine through its own exports.
+// A library in the folder of the test program, registered per machine through its own exports.
 class registered_library
 {
 public:
     explicit registered_library(const std::wstring& name);
-    // Unregisters it. Whether everything of it was released is for the test to ask, on a quiet engine: this
-    // platform's keeps a document for good when data of its own request came late.
+    // Unregisters it. Tests check for leaked references themselves, with an idle engine: this platform's
+    // engine leaks a document whose own data arrived late.
     ~registered_library();
     registered_library(const registered_library&) = delete;
     registered_library& operator=(const registered_library&) = delete;
 
-    // Whether everything that it handed out has been released.
+    // Whether all references to its objects are released.
     bool can_unload() const;
 
 private:

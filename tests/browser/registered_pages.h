@@ -1,4 +1,4 @@
-// The page object that stands in for the HTML engine, registered for text/html for the length of a scope.
+// The page object of the stand-in HTML engine, registered for text/html in a scope.
 #pragma once
 
 #include "stand_ins/html_engine/live_objects.h"
@@ -12,7 +12,7 @@ void PrintTo(const live_objects& counts, std::ostream* out);
 
 namespace test {
 
-// To be used under the registration lock. At its end every object and reference must have been given back.
+// For use under the registration lock. At its end every object and reference must be released.
 class registered_pages
 {
 public:
@@ -22,7 +22,7 @@ public:
     registered_pages& operator=(const registered_pages&) = delete;
 
     live_objects living() const;
-    // Waits until nothing of any page is left.
+    // Waits until all pages are destroyed.
     bool all_gone() const;
 
 private:

@@ -15,7 +15,7 @@
 namespace quill::test {
 namespace {
 
-constexpr DWORD rendering_ms = 30'000; // other programs start here, on a machine that may be busy
+constexpr DWORD rendering_ms = 30'000; // other programs start here, possibly on a machine under load
 
 // A document of one page with the word "there" in its upper left corner, which is a link.
 std::string document_with_link(const std::string& address)
@@ -66,7 +66,7 @@ protected:
         server.route("/set/care.pdf", http_response::ok(sample(L"care.pdf")));
     }
 
-    // What the viewer says once it has ended its work.
+    // The viewer's message at the end of its work.
     static shown_document settled(const engine& browser)
     {
         shown_document document;
@@ -89,7 +89,7 @@ protected:
             rendering_ms);
     }
 
-    // Clicks a place of an A4 page shown at 100 % from its top, given in fractions of the page.
+    // Clicks on a point of an A4 page shown at 100 % from its top, given in fractions of the page.
     static void click(const engine& browser, double x, double y)
     {
         const HWND pane = browser.find_window(L"QuillPDFPage");
@@ -103,7 +103,7 @@ protected:
         PostMessageW(pane, WM_LBUTTONUP, 0, place);
     }
 
-    // A page's links are found after it is shown; until then a click does nothing.
+    // The links of a page are found after it is shown; until then a click does nothing.
     static bool click_until_shown(const engine& browser, double x, double y, const std::wstring& text)
     {
         const std::wstring before = find_shown_document(browser.window()).text;
@@ -119,13 +119,13 @@ protected:
 
     ole_apartment apartment;
     registered_module module;
-    // Keeps others from the ProgID; the library then takes it over.
+    // Locks the ProgID for other programs; the library then registers itself for it.
     viewer_registration registration;
     registered_library viewer{L"QuillPDFCtrl.dll"};
     http_server server;
 };
 
-TEST_F(StandInViewer, ShowsThePageAndZoomOfTheAddress)
+TEST_F(StandInViewer, ShowsThePageAndZoomOfTheUrl)
 {
     engine browser;
     browser.open(server.url(L"/set/bracket.pdf#page=2#zoom=150"));

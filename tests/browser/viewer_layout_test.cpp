@@ -18,7 +18,7 @@ TEST(Zoom, StaysWithinItsLimits)
     EXPECT_DOUBLE_EQ(clamped_zoom(std::numeric_limits<double>::quiet_NaN()), 1);
 }
 
-TEST(Zoom, GoesInSteps)
+TEST(Zoom, ChangesInSteps)
 {
     EXPECT_DOUBLE_EQ(stepped_zoom(1, true), 1.25);
     EXPECT_DOUBLE_EQ(stepped_zoom(1.1, true), 1.25);

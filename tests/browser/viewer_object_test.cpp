@@ -1,4 +1,4 @@
-// The stand-in viewer as a COM object, apart from any browser.
+// The stand-in viewer as a COM object, without a browser.
 #include "tests/browser/engine.h"
 #include "tests/browser/registered_module.h"
 #include "tests/support/viewer/viewer_class.h"
@@ -51,7 +51,7 @@ TEST_F(ViewerObject, OpensNothingBeforeItHasAWindow)
     EXPECT_EQ(window.ullVal, 0u);
 }
 
-TEST_F(ViewerObject, TakesEveryMethodWithoutAWindow)
+TEST_F(ViewerObject, AcceptsEveryMethodWithoutAWindow)
 {
     EXPECT_EQ(call(viewer_go_to_page, {CComVariant(2L)}), S_OK);
     EXPECT_EQ(call(viewer_go_to_page, {CComVariant(-7L)}), S_OK);
@@ -63,7 +63,7 @@ TEST_F(ViewerObject, TakesEveryMethodWithoutAWindow)
     EXPECT_EQ(call(viewer_notify_save_as, {CComVariant(0L), CComVariant(0x8711L)}), S_OK);
 }
 
-TEST_F(ViewerObject, RefusesCallsThatMakeNoSense)
+TEST_F(ViewerObject, RefusesInvalidCalls)
 {
     EXPECT_EQ(call(2, {}), DISP_E_MEMBERNOTFOUND);
     EXPECT_EQ(call(viewer_print, {}, nullptr, DISPATCH_PROPERTYGET), DISP_E_MEMBERNOTFOUND);
@@ -75,7 +75,7 @@ TEST_F(ViewerObject, RefusesCallsThatMakeNoSense)
               E_POINTER);
 }
 
-TEST_F(ViewerObject, IsGoneWithItsLastReference)
+TEST_F(ViewerObject, IsDestroyedWithItsLastReference)
 {
     EXPECT_FALSE(viewer.can_unload());
     object.Release();

@@ -1,4 +1,4 @@
-// Keys: which the document keeps for its viewer and which it leaves to the browser.
+// Keys: which ones the document passes to its viewer and which it leaves to the browser.
 #include "tests/document/document_fixture.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@ namespace {
 
 constexpr char translate[] = "IOleInPlaceFrame::TranslateAccelerator";
 
-// Holds keys of this thread down while it lives.
+// Holds keys of this thread down in its scope.
 class held_keys
 {
 public:
@@ -29,7 +29,7 @@ private:
     BYTE before_[256]{};
 };
 
-// A window in the role of the viewer's own: takes down the keys that reach it.
+// A window in place of the viewer's own; records the keys that it gets.
 class key_window
 {
 public:
@@ -80,7 +80,7 @@ QUILL_DOCUMENT_TEST(DocumentKeys, NullMessageIsRefused)
     EXPECT_EQ(fixture.take_log(), std::vector<std::string>{});
 }
 
-QUILL_DOCUMENT_TEST(DocumentKeys, BeforeActivationNobodyTranslates)
+QUILL_DOCUMENT_TEST(DocumentKeys, AreNotTranslatedBeforeActivation)
 {
     fixture.create();
     fixture.set_site();
@@ -94,7 +94,7 @@ QUILL_DOCUMENT_TEST(DocumentKeys, BeforeActivationNobodyTranslates)
     press(fixture, WM_KEYDOWN, 'F'); // there is no window to send it to
 }
 
-QUILL_DOCUMENT_TEST(DocumentKeys, ControlWithAnEditingKeyGoesToTheViewer)
+QUILL_DOCUMENT_TEST(DocumentKeys, ControlWithAnEditingKeyIsSentToTheViewer)
 {
     key_window viewer_window;
     fixture.viewer.window = viewer_window.handle();
@@ -114,8 +114,8 @@ QUILL_DOCUMENT_TEST(DocumentKeys, ControlWithAnEditingKeyGoesToTheViewer)
     fixture.close_in_order();
 }
 
-// Passed on there, a key would come back for ever.
-QUILL_DOCUMENT_TEST(DocumentKeys, EndWithAViewerThatTakesTheDocumentsWindowForItsOwn)
+// Passed on to that window, a key would come back without end.
+QUILL_DOCUMENT_TEST(DocumentKeys, DoNotLoopWhenTheViewerReturnsTheDocumentWindow)
 {
     fixture.show_file(fixture.pdf());
     fixture.viewer.window = fixture.window();
@@ -125,7 +125,7 @@ QUILL_DOCUMENT_TEST(DocumentKeys, EndWithAViewerThatTakesTheDocumentsWindowForIt
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentKeys, OtherKeysGoToTheFrame)
+QUILL_DOCUMENT_TEST(DocumentKeys, OtherKeysAreOfferedToTheFrame)
 {
     key_window viewer_window;
     fixture.viewer.window = viewer_window.handle();
@@ -136,7 +136,7 @@ QUILL_DOCUMENT_TEST(DocumentKeys, OtherKeysGoToTheFrame)
         const held_keys control{VK_CONTROL, VK_LCONTROL};
         EXPECT_EQ(press(fixture, WM_KEYDOWN, 'O'), S_OK);
         EXPECT_EQ(fixture.host.frame.commands, (std::vector<WORD>{18, 17}));
-        EXPECT_EQ(press(fixture, WM_KEYDOWN, 'B'), S_FALSE) << "nobody's key";
+        EXPECT_EQ(press(fixture, WM_KEYDOWN, 'B'), S_FALSE) << "unassigned key";
         EXPECT_EQ(press(fixture, WM_KEYUP, 'F'), S_FALSE) << "only pressing counts";
         EXPECT_EQ(press(fixture, WM_SYSKEYDOWN, 'C'), S_FALSE);
         EXPECT_EQ(press(fixture, WM_KEYDOWN, 'a'), S_FALSE) << "0x61 is a key of the number pad";
@@ -159,13 +159,13 @@ QUILL_DOCUMENT_TEST(DocumentKeys, GenericControlStateAloneIsNotEnough)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentKeys, AfterDeactivationNobodyTranslates)
+QUILL_DOCUMENT_TEST(DocumentKeys, AreNotTranslatedAfterDeactivation)
 {
     fixture.show_file(fixture.pdf());
     EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), S_OK);
     fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
     fixture.host.calls.forget_calls();
-    EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), S_FALSE) << "the frame is let go";
+    EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), S_FALSE) << "the frame is released";
     EXPECT_EQ(fixture.host.calls.count(translate), 0);
     fixture.close_in_order();
 }
@@ -173,12 +173,12 @@ QUILL_DOCUMENT_TEST(DocumentKeys, AfterDeactivationNobodyTranslates)
 QUILL_DOCUMENT_TEST(DocumentKeys, TheFrameMayRefuse)
 {
     fixture.show_file(fixture.pdf());
-    fixture.host.calls.make_fail(translate, bad_answer::failure);
+    fixture.host.calls.make_fail(translate, call_fault::error);
     EXPECT_EQ(press(fixture, WM_KEYDOWN, 'F'), E_FAIL);
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentKeys, KeyDownMessagesGoToTheViewersWindow)
+QUILL_DOCUMENT_TEST(DocumentKeys, KeyDownMessagesAreSentToTheViewerWindow)
 {
     key_window viewer_window;
     fixture.viewer.window = viewer_window.handle();
@@ -190,7 +190,7 @@ QUILL_DOCUMENT_TEST(DocumentKeys, KeyDownMessagesGoToTheViewersWindow)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentKeys, WithoutAWindowOfTheViewerNothingHappens)
+QUILL_DOCUMENT_TEST(DocumentKeys, AreIgnoredWithoutAViewerWindow)
 {
     key_window viewer_window;
     fixture.viewer.window = nullptr;

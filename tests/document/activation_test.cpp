@@ -1,4 +1,4 @@
-// In-place activation in the orders that hosts use, and the in-place interfaces' own methods.
+// In-place activation in the orders that hosts use, and the methods of the in-place interfaces.
 #include "tests/document/document_fixture.h"
 
 #include <gtest/gtest.h>
@@ -10,15 +10,6 @@ namespace quill::test {
 namespace {
 
 using Microsoft::WRL::ComPtr;
-using lines = std::vector<std::string>;
-
-RECT in_parent(HWND window)
-{
-    RECT rect{};
-    GetWindowRect(window, &rect);
-    MapWindowPoints(nullptr, GetParent(window), reinterpret_cast<POINT*>(&rect), 2);
-    return rect;
-}
 
 QUILL_DOCUMENT_TEST(DocumentActivation, ViewWithSiteThenShow)
 {
@@ -52,7 +43,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, SiteThenUiActivateThenShow)
     EXPECT_EQ(fixture.host.frame.active_object(), nullptr);
 }
 
-QUILL_DOCUMENT_TEST(DocumentActivation, UiDeactivationComesBeforeDeactivation)
+QUILL_DOCUMENT_TEST(DocumentActivation, DeactivatesTheUserInterfaceFirst)
 {
     fixture.host.order = activation_order::site_then_ui_activate;
     fixture.show_file(fixture.pdf());
@@ -67,7 +58,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, UiDeactivationComesBeforeDeactivation)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentActivation, OnceMoreAfterDeactivation)
+QUILL_DOCUMENT_TEST(DocumentActivation, SucceedsAgainAfterDeactivation)
 {
     fixture.show_file(fixture.pdf());
     for (int round = 0; round < 3; ++round) {
@@ -85,7 +76,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, SiteMayForbidIt)
 {
     fixture.create();
     fixture.set_site();
-    fixture.host.calls.make_fail("IOleInPlaceSite::CanInPlaceActivate", bad_answer::failure);
+    fixture.host.calls.make_fail("IOleInPlaceSite::CanInPlaceActivate", call_fault::error);
     fixture.do_verb(OLEIVERB_SHOW);
     EXPECT_EQ(fixture.window(), nullptr);
     EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 0);
@@ -118,7 +109,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, NoBorderSpaceIsNegotiated)
     EXPECT_EQ(fixture.take_log(), lines{"@ ResizeBorder {-1 2 300 400}"});
     EXPECT_EQ(fixture.as<IOleInPlaceActiveObject>()->ResizeBorder(&border, nullptr, FALSE), S_OK);
     EXPECT_EQ(fixture.host.calls.calls(), lines{});
-    fixture.as<IOleInPlaceActiveObject>()->ResizeBorder(nullptr, nullptr, FALSE); // must not fall over
+    fixture.as<IOleInPlaceActiveObject>()->ResizeBorder(nullptr, nullptr, FALSE); // must not crash
 }
 
 QUILL_DOCUMENT_TEST(DocumentActivation, RectanglesNeedBothArguments)
@@ -173,8 +164,8 @@ QUILL_DOCUMENT_TEST(DocumentActivation, ClippingMakesAWindowRegion)
     fixture.close_in_order();
 }
 
-// Sizes that do not fit wrap; the debug build ends the program where something overflows.
-QUILL_DOCUMENT_TEST(DocumentActivation, RectanglesOfAnyKindAreBorne)
+// Sizes that do not fit wrap around; the debug build traps on signed overflow.
+QUILL_DOCUMENT_TEST(DocumentActivation, AcceptsRectanglesOfAnyKind)
 {
     fixture.show_file(fixture.pdf());
     const auto in_place = fixture.as<IOleInPlaceObject>();
@@ -195,7 +186,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, RectanglesOfAnyKindAreBorne)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentActivation, FrameIsLetGoWithDeactivation)
+QUILL_DOCUMENT_TEST(DocumentActivation, DeactivationReleasesTheFrame)
 {
     fixture.show_file(fixture.pdf());
     MSG key{};
@@ -207,7 +198,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, FrameIsLetGoWithDeactivation)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentActivation, DeactivationLetsGoOfTheDocumentSiteToo)
+QUILL_DOCUMENT_TEST(DocumentActivation, DeactivationReleasesTheDocumentSite)
 {
     fixture.create();
     fixture.set_site();
@@ -218,9 +209,9 @@ QUILL_DOCUMENT_TEST(DocumentActivation, DeactivationLetsGoOfTheDocumentSiteToo)
     EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnUIDeactivate"), 0);
 }
 
-QUILL_DOCUMENT_TEST(DocumentActivation, AHostWithoutFrameIsBorne)
+QUILL_DOCUMENT_TEST(DocumentActivation, HandlesAHostWithoutFrame)
 {
-    for (const bad_answer kind : every_bad_answer) {
+    for (const call_fault kind : host_faults) {
         SCOPED_TRACE(to_text(kind));
         fixture.create();
         fixture.set_site();
@@ -239,15 +230,16 @@ QUILL_DOCUMENT_TEST(DocumentActivation, AHostWithoutFrameIsBorne)
     }
 }
 
-// What a failed call leaves behind is neither used nor released: this frame has no reference to lose.
-QUILL_DOCUMENT_TEST(DocumentActivation, AFailedWindowContextGivesNoFrame)
+// What a failed call leaves in its out parameters is neither used nor released: this frame has no reference
+// to release.
+QUILL_DOCUMENT_TEST(DocumentActivation, AFailedWindowContextLeavesNoFrame)
 {
     fixture.host.order = activation_order::site_then_ui_activate;
     fixture.create();
     fixture.set_site();
     fixture.load_file(fixture.pdf());
     fixture.host.site.failure_leaves = &fixture.host.frame;
-    fixture.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", bad_answer::failure);
+    fixture.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", call_fault::error);
     fixture.do_verb(OLEIVERB_SHOW);
     MSG key{};
     key.message = WM_KEYDOWN;
@@ -259,7 +251,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, AFailedWindowContextGivesNoFrame)
         EXPECT_EQ(fixture.host.calls.count(std::string("IOleInPlaceFrame::") + method), 0) << method;
 }
 
-// A frame that deactivates the document before it takes it for its active object.
+// A frame that deactivates the document before it sets the active object.
 QUILL_DOCUMENT_TEST(DocumentActivation, DeactivatedInsideSetActiveObjectIsNotTheFramesObject)
 {
     fixture.host.order = activation_order::site_then_ui_activate;

@@ -1,5 +1,5 @@
 // A host that closes the document inside a call that the document makes while it creates its window, loads a
-// file or merges its menu: nothing is done for the closed window afterwards.
+// file or merges its menu: afterwards the document does nothing for the closed window.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/page_container.h"
@@ -16,8 +16,6 @@
 
 namespace quill::test {
 namespace {
-
-using lines = std::vector<std::string>;
 
 enum class closing
 {
@@ -48,7 +46,8 @@ void close(document_fixture& fixture, closing way)
 constexpr closing every_closing[] = {closing::destroy_host_windows, closing::destroy_window,
                                      closing::deactivate, closing::close_view};
 
-// Runs the action inside the first call of that name whose line is `line`; the name itself without one.
+// Runs the action inside the first call of that name whose line is `line`; without a line, inside the first
+// call.
 void once_inside(document_fixture& fixture, const std::string& name, const std::string& line,
                  std::function<void()> action)
 {
@@ -89,7 +88,7 @@ void expect_nothing_of_a_window(document_fixture& fixture)
     EXPECT_EQ(fixture.viewers.living_viewers(), 0) << "a viewer outlives its window";
 }
 
-// A document that has everything to do after its file is opened, closed inside the call of that line.
+// A document with all its work left after its file is opened, closed inside the call of that line.
 void close_inside(const std::string& name, const std::string& line, const lines& calls_of_viewer,
                   const lines& calls_of_frame)
 {
@@ -109,7 +108,7 @@ void close_inside(const std::string& name, const std::string& line, const lines&
         fixture.do_verb(OLEIVERB_SHOW);
         ASSERT_TRUE(is_closed);
         lines viewer_calls = fixture.viewer.texts();
-        viewer_calls.erase(viewer_calls.begin(), viewer_calls.begin() + 5); // set up, and the file opened
+        viewer_calls.erase(viewer_calls.begin(), viewer_calls.begin() + 5); // the set-up, and the file opened
         EXPECT_EQ(viewer_calls, calls_of_viewer);
         EXPECT_EQ(menu_calls(fixture), calls_of_frame);
         expect_no_menu(fixture);
@@ -141,7 +140,7 @@ TEST(DocumentClosedWhileLoading, InsideInsertMenus)
                  {"IOleInPlaceFrame::InsertMenus", unmerged});
 }
 
-// A frame may take the menu behind the calls that it makes inside SetMenu: it is told once more.
+// A frame may take the menu after the calls that it makes inside SetMenu, so it is called once more.
 TEST(DocumentClosedWhileLoading, InsideSetMenu)
 {
     close_inside("IOleInPlaceFrame::SetMenu", "IOleInPlaceFrame::SetMenu menu", {"4(I4 1)", "9(R8 0.5)"},
@@ -208,22 +207,23 @@ QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedOnceWhenAFileIsLoadedInsideInsertMenus
                 [&] { fixture.send(message_load_file); });
     fixture.show_file(fixture.pdf());
     EXPECT_EQ(fixture.viewer.texts(viewer_open).size(), 2u);
-    EXPECT_EQ(menu_calls(fixture), (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
+    EXPECT_EQ(menu_calls(fixture),
+              (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
     fixture.close_in_order();
     expect_no_menu(fixture);
 }
 
-// Every call that the window's creation makes, by the line that it leaves.
+// Every call of the window's creation, by its line in the log.
 struct creation_call
 {
     const char* name;
     const char* line;
-    bool from_site; // the document's URL is asked of the site
+    bool from_site; // the site is asked for the URL of the document
 
     friend std::ostream& operator<<(std::ostream& out, const creation_call& call) { return out << call.line; }
 };
 
-// The calls since then that only a window being created makes.
+// The calls since then that only the creation of a window makes.
 lines creation_calls(const document_fixture& fixture, std::size_t first)
 {
     lines made;
@@ -256,7 +256,7 @@ void close_while_created(const creation_call& call, closing way)
         calls_before = fixture.host.calls.calls().size();
     });
     fixture.do_verb(OLEIVERB_SHOW);
-    ASSERT_NE(calls_before, 0u) << "the call did not come";
+    ASSERT_NE(calls_before, 0u) << "the call was not made";
     EXPECT_EQ(creation_calls(fixture, calls_before), lines{});
     expect_nothing_of_a_window(fixture);
     const lines logged = fixture.take_log();
@@ -264,7 +264,7 @@ void close_while_created(const creation_call& call, closing way)
     fixture.release();
 }
 
-TEST_P(DocumentClosedWhileCreated, DoesNothingMore)
+TEST_P(DocumentClosedWhileCreated, StopsTheCreation)
 {
     for (const closing way : every_closing) {
         SCOPED_TRACE(static_cast<int>(way));
@@ -285,7 +285,7 @@ INSTANTIATE_TEST_SUITE_P(
                     creation_call{"IOleClientSite::GetMoniker", "IOleClientSite::GetMoniker 4 1", true},
                     creation_call{"IOleClientSite::GetContainer", "IOleClientSite::GetContainer", true}));
 
-// The frame takes the first window's menu behind its call for the second one's.
+// The frame takes the menu of the first window after its call for the second one.
 QUILL_DOCUMENT_TEST(DocumentClosedWhileLoading, AndShownAgainInsideSetMenu)
 {
     once_inside(fixture, "IOleInPlaceFrame::SetMenu", "IOleInPlaceFrame::SetMenu menu", [&] {
@@ -300,8 +300,8 @@ QUILL_DOCUMENT_TEST(DocumentClosedWhileLoading, AndShownAgainInsideSetMenu)
     expect_no_menu(fixture);
 }
 
-// What the page says belongs to the window that asked it.
-QUILL_DOCUMENT_TEST(DocumentClosedWhileAsking, ThePagesPageAndZoomAreNotTheNextWindows)
+// Page and zoom of the page belong to the window that requested them.
+QUILL_DOCUMENT_TEST(DocumentClosedWhileAsking, PageAndZoomOfThePageAreNotThoseOfTheNextWindow)
 {
     page_container page(L"http://host.test/page.html#page=3#zoom=40");
     page.add(L"EMBED", L"application/pdf", L"x.pdf");

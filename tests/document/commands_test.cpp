@@ -1,4 +1,4 @@
-// The browser's commands: which are offered and what they do.
+// The browser's commands: which are enabled and what they do.
 #include "tests/document/document_fixture.h"
 
 #include <docobj.h>
@@ -7,8 +7,6 @@
 
 namespace quill::test {
 namespace {
-
-using lines = std::vector<std::string>;
 
 constexpr DWORD untouched = 0x5a5a;
 constexpr HRESULT not_supported = OLECMDERR_E_NOTSUPPORTED;
@@ -22,7 +20,7 @@ std::vector<DWORD> status_of(document_fixture& fixture, std::initializer_list<UL
     for (const ULONG id : ids)
         commands.push_back({id, untouched});
     EXPECT_EQ(fixture.as<IOleCommandTarget>()->QueryStatus(group, static_cast<ULONG>(commands.size()),
-                                                         commands.data(), nullptr),
+                                                           commands.data(), nullptr),
               S_OK);
     std::vector<DWORD> flags;
     for (const auto& command : commands)
@@ -49,7 +47,7 @@ QUILL_DOCUMENT_TEST(DocumentCommands, TheFirstKnownCommandAloneIsEnabled)
     EXPECT_EQ(status_of(fixture, {OLECMDID_PRINTPREVIEW}), flags{untouched});
 }
 
-QUILL_DOCUMENT_TEST(DocumentCommands, NoCommandsAreFine)
+QUILL_DOCUMENT_TEST(DocumentCommands, QueryStatusAcceptsNoCommands)
 {
     fixture.create();
     const auto target = fixture.as<IOleCommandTarget>();
@@ -57,10 +55,10 @@ QUILL_DOCUMENT_TEST(DocumentCommands, NoCommandsAreFine)
     OLECMD command{OLECMDID_PRINT, untouched};
     EXPECT_EQ(target->QueryStatus(nullptr, 0, &command, nullptr), S_OK);
     EXPECT_EQ(command.cmdf, untouched);
-    target->QueryStatus(nullptr, 3, nullptr, nullptr); // must not fall over
+    target->QueryStatus(nullptr, 3, nullptr, nullptr); // must not crash
 }
 
-QUILL_DOCUMENT_TEST(DocumentCommands, TheTextIsLeftAlone)
+QUILL_DOCUMENT_TEST(DocumentCommands, TheTextIsNotModified)
 {
     fixture.create();
     OLECMDTEXT text{OLECMDTEXTF_NAME, 77, 1, {L'q'}};
@@ -70,7 +68,7 @@ QUILL_DOCUMENT_TEST(DocumentCommands, TheTextIsLeftAlone)
     EXPECT_EQ(text.rgwz[0], L'q');
 }
 
-QUILL_DOCUMENT_TEST(DocumentCommands, WithoutViewerNothingIsDone)
+QUILL_DOCUMENT_TEST(DocumentCommands, AreIgnoredWithoutAViewer)
 {
     fixture.create();
     EXPECT_EQ(execute(fixture, OLECMDID_PRINT), not_supported);
@@ -78,7 +76,8 @@ QUILL_DOCUMENT_TEST(DocumentCommands, WithoutViewerNothingIsDone)
     EXPECT_EQ(execute(fixture, OLECMDID_OPEN), not_supported);
     EXPECT_EQ(execute(fixture, 0, &some_group), not_supported);
     EXPECT_EQ(execute(fixture, 0xffffffff), not_supported);
-    EXPECT_EQ(fixture.take_log(), (lines{"@ Exec 6", "@ Exec 4", "@ Exec 1", "@ Exec 0", "@ Exec 4294967295"}));
+    EXPECT_EQ(fixture.take_log(),
+              (lines{"@ Exec 6", "@ Exec 4", "@ Exec 1", "@ Exec 0", "@ Exec 4294967295"}));
 }
 
 QUILL_DOCUMENT_TEST(DocumentCommands, PrintPrintsAndSaysNotSupported)
@@ -87,13 +86,13 @@ QUILL_DOCUMENT_TEST(DocumentCommands, PrintPrintsAndSaysNotSupported)
     fixture.viewer.forget_calls();
     EXPECT_EQ(execute(fixture, OLECMDID_PRINT), not_supported);
     EXPECT_EQ(fixture.viewer.texts(), lines{"12()"});
-    fixture.host.calls.make_fail("viewer::12", bad_answer::failure);
+    fixture.host.calls.make_fail("viewer::12", call_fault::error);
     EXPECT_EQ(execute(fixture, OLECMDID_PRINT, &some_group), not_supported);
     EXPECT_EQ(fixture.viewer.texts(), (lines{"12()", "12()"}));
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentCommands, OtherCommandsDoNothing)
+QUILL_DOCUMENT_TEST(DocumentCommands, OtherCommandsAreIgnored)
 {
     fixture.show_file(fixture.pdf());
     fixture.viewer.forget_calls();
@@ -103,7 +102,7 @@ QUILL_DOCUMENT_TEST(DocumentCommands, OtherCommandsDoNothing)
     fixture.close_in_order();
 }
 
-// Whether or not the browser can save, the command itself succeeds.
+// The command succeeds whether or not the browser can save.
 QUILL_DOCUMENT_TEST(DocumentCommands, SaveAsSucceedsWithAViewer)
 {
     fixture.show_file(fixture.pdf());
@@ -113,7 +112,7 @@ QUILL_DOCUMENT_TEST(DocumentCommands, SaveAsSucceedsWithAViewer)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentCommands, NothingIsDoneAfterDeactivation)
+QUILL_DOCUMENT_TEST(DocumentCommands, AreIgnoredAfterDeactivation)
 {
     fixture.show_file(fixture.pdf());
     fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
@@ -124,7 +123,7 @@ QUILL_DOCUMENT_TEST(DocumentCommands, NothingIsDoneAfterDeactivation)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentCommands, ArgumentsAreLeftAlone)
+QUILL_DOCUMENT_TEST(DocumentCommands, ArgumentsAreNotModified)
 {
     fixture.show_file(fixture.pdf());
     VARIANT in{};
@@ -133,9 +132,9 @@ QUILL_DOCUMENT_TEST(DocumentCommands, ArgumentsAreLeftAlone)
     VARIANT out{};
     out.vt = VT_I4;
     out.lVal = 6;
-    EXPECT_EQ(
-        fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, OLECMDEXECOPT_DONTPROMPTUSER, &in, &out),
-        not_supported);
+    EXPECT_EQ(fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, OLECMDEXECOPT_DONTPROMPTUSER,
+                                                    &in, &out),
+              not_supported);
     EXPECT_EQ(in.lVal, 5);
     EXPECT_EQ(out.vt, VT_I4);
     EXPECT_EQ(out.lVal, 6);

@@ -1,4 +1,4 @@
-// The window's creation: the host window, the viewer's setup, and where the document comes from.
+// The creation of the window: the host window, the set-up of the viewer, and where the document comes from.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/support/text.h"
@@ -11,9 +11,7 @@
 namespace quill::test {
 namespace {
 
-using lines = std::vector<std::string>;
-
-// What the creation writes, without what checking a file writes and without sizes.
+// The lines of the creation, without those of the file check and without sizes.
 lines creation_lines(document_fixture& fixture)
 {
     return without(without(fixture.take_log(), "ACTIVEDOC isPDF"), "OnSize");
@@ -24,7 +22,7 @@ bool contains(const lines& all, const std::string& line)
     return std::find(all.begin(), all.end(), line) != all.end();
 }
 
-// The host's and the viewer's calls in the order of the creation.
+// The calls of the host and the viewer in the order of the creation.
 lines creation_calls(document_fixture& fixture)
 {
     return fixture.host.calls.calls_of(
@@ -109,7 +107,7 @@ QUILL_DOCUMENT_TEST(DocumentCreation, OfAUrlIsLoggedLineByLine)
     fixture.close_in_order();
 }
 
-// Without merging the browser's menu, the URL itself says page and zoom.
+// If the browser's menu is not merged, page and zoom are those of the URL itself.
 QUILL_DOCUMENT_TEST(DocumentCreation, OfAUrlWithoutMenuDoesNotAskForTheLocation)
 {
     fixture.create();
@@ -121,7 +119,7 @@ QUILL_DOCUMENT_TEST(DocumentCreation, OfAUrlWithoutMenuDoesNotAskForTheLocation)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentCreation, WorkerAsksForTheDocumentsUrl)
+QUILL_DOCUMENT_TEST(DocumentCreation, WorkerRequestsTheUrlOfTheDocument)
 {
     fixture.show_url(unserved_url);
     fixture.wait_for_failed_worker();
@@ -129,7 +127,7 @@ QUILL_DOCUMENT_TEST(DocumentCreation, WorkerAsksForTheDocumentsUrl)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentCreation, WithoutUrlTheObjectsMonikerIsTaken)
+QUILL_DOCUMENT_TEST(DocumentCreation, UsesTheMonikerOfTheObjectWithoutAUrl)
 {
     fixture.host.object_moniker.display_name = L"quilltest://host.test/object.pdf";
     fixture.host.container_moniker.display_name = L"quilltest://host.test/container.pdf";
@@ -144,12 +142,13 @@ QUILL_DOCUMENT_TEST(DocumentCreation, WithoutUrlTheObjectsMonikerIsTaken)
     EXPECT_EQ(document_url(fixture), L"quilltest://host.test/object.pdf");
     EXPECT_EQ(fixture.host.calls.calls_of({"IOleClientSite::GetMoniker"}),
               lines{"IOleClientSite::GetMoniker 4 3"});
-    EXPECT_GE(fixture.host.calls.count("IOleClientSite::GetContainer"), 1) << "an embedding page is looked for";
+    EXPECT_GE(fixture.host.calls.count("IOleClientSite::GetContainer"), 1)
+        << "an embedding page is looked for";
     fixture.wait_for_failed_worker();
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentCreation, ThenTheContainersMoniker)
+QUILL_DOCUMENT_TEST(DocumentCreation, UsesTheMonikerOfTheContainerLast)
 {
     fixture.host.container_moniker.display_name = L"quilltest://host.test/a b\u00e9.pdf";
     fixture.create();
@@ -167,11 +166,11 @@ QUILL_DOCUMENT_TEST(DocumentCreation, ThenTheContainersMoniker)
     fixture.close_in_order();
 }
 
-// A moniker may be given and have no name.
-QUILL_DOCUMENT_TEST(DocumentCreation, AMonikerWithoutNameCountsAsNone)
+// A host may have a moniker without a name.
+QUILL_DOCUMENT_TEST(DocumentCreation, IgnoresAMonikerWithoutName)
 {
     for (const char* call : {"IOleClientSite::GetMoniker", "object moniker::GetDisplayName"}) {
-        for (const bad_answer kind : every_bad_answer) {
+        for (const call_fault kind : host_faults) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
             fixture.host.calls.forget_calls();
             fixture.host.object_moniker.display_name = L"quilltest://host.test/object.pdf";
@@ -187,7 +186,7 @@ QUILL_DOCUMENT_TEST(DocumentCreation, AMonikerWithoutNameCountsAsNone)
             fixture.close_in_order();
             fixture.release();
         }
-        fixture.host.calls.make_fail(call, bad_answer::none);
+        fixture.host.calls.make_fail(call, call_fault::none);
     }
 }
 
@@ -205,7 +204,7 @@ QUILL_DOCUMENT_TEST(DocumentCreation, WithoutAnySourceTheWindowStaysEmpty)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentCreation, AFileThatIsNoPdfIsPassedOver)
+QUILL_DOCUMENT_TEST(DocumentCreation, DoesNotOpenAFileThatIsNoPdf)
 {
     fixture.create();
     fixture.set_site();
@@ -237,8 +236,8 @@ QUILL_DOCUMENT_TEST(DocumentCreation, AProtectedFileIsOpened)
     fixture.close_in_order();
 }
 
-// A local file wins over a URL.
-QUILL_DOCUMENT_TEST(DocumentCreation, ALocalFileIsPreferred)
+// A local file takes precedence over a URL.
+QUILL_DOCUMENT_TEST(DocumentCreation, PrefersALocalFile)
 {
     fixture.create();
     fixture.set_site();
@@ -252,16 +251,16 @@ QUILL_DOCUMENT_TEST(DocumentCreation, ALocalFileIsPreferred)
     fixture.close_in_order();
 }
 
-// The file is checked, then the location is asked for: in between it can go.
+// The location is requested after the file is checked: the file can be deleted in between.
 QUILL_DOCUMENT_TEST(DocumentCreation, AFileThatVanishesAfterTheCheckIsNotOpened)
 {
     const std::wstring path = fixture.files / L"vanishing.pdf";
     fixture.create();
     fixture.set_site();
-    fixture.load_file(path); // not there yet, so nothing holds it
+    fixture.load_file(path); // does not exist yet, so it is not held open
     fixture.pdf(L"vanishing.pdf");
     fixture.host.calls.when("IWebBrowser2::get_LocationURL",
-                          [&] { EXPECT_TRUE(DeleteFileW(path.c_str())) << GetLastError(); });
+                            [&] { EXPECT_TRUE(DeleteFileW(path.c_str())) << GetLastError(); });
     fixture.take_log();
     fixture.show();
     const auto logged = fixture.take_log();
@@ -273,7 +272,7 @@ QUILL_DOCUMENT_TEST(DocumentCreation, AFileThatVanishesAfterTheCheckIsNotOpened)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentCreation, WithoutServicesTheFileIsOpenedAllTheSame)
+QUILL_DOCUMENT_TEST(DocumentCreation, OpensTheFileWithoutServices)
 {
     fixture.host.site.offered.service_provider = false;
     fixture.show_file(fixture.pdf());

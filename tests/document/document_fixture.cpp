@@ -115,7 +115,7 @@ void document_fixture::show_url(const std::wstring& url)
 
 void document_fixture::show()
 {
-    pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
+    pump_messages(); // a thread that has not dispatched messages for seconds counts as hung
     require(do_verb(OLEIVERB_SHOW) == S_OK, "DoVerb(OLEIVERB_SHOW) failed");
     last_window_ = window();
     require(last_window_ != nullptr, "the document has no window");
@@ -145,7 +145,7 @@ void document_fixture::release()
     host.view.Reset();
     host.frame.drop_active_object();
     host.document = nullptr;
-    EXPECT_EQ(document.Detach()->Release(), 0u) << "somebody still holds the document";
+    EXPECT_EQ(document.Detach()->Release(), 0u) << "the document is still referenced";
     const auto lines = take_log();
     EXPECT_NE(std::find(lines.begin(), lines.end(), "~@"), lines.end()) << "the document was not destroyed";
     EXPECT_EQ(viewers.living_viewers(), 0);
@@ -217,6 +217,14 @@ void in_balance(void (*scenario)(document_fixture&))
         document_fixture fixture;
         scenario(fixture);
     });
+}
+
+RECT in_parent(HWND window)
+{
+    RECT rect{};
+    GetWindowRect(window, &rect);
+    MapWindowPoints(nullptr, GetParent(window), reinterpret_cast<POINT*>(&rect), 2);
+    return rect;
 }
 
 } // namespace quill::test

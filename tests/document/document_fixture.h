@@ -1,4 +1,5 @@
-// The fixture of a document test: the loaded module, its log, a host, the recording viewer, and the document.
+// The fixture of the document tests: the loaded module, its log, a host, the recording viewer, and the
+// document.
 #pragma once
 
 #include "tests/document/document_log.h"
@@ -14,10 +15,12 @@
 
 namespace quill::test {
 
+using lines = std::vector<std::string>;
+
 // A file that passes the PDF check.
 inline constexpr char small_pdf[] = "%PDF-1.7\n1 0 obj\n<< /Type /Catalog >>\nendobj\ntrailer\n%%EOF\n";
 
-// A scheme that nobody serves: the download worker of such a URL ends at once.
+// A scheme without a handler: the download worker of such a URL ends at once.
 inline constexpr wchar_t unserved_url[] = L"quilltest://host.test/a/c/d.pdf";
 
 class document_fixture
@@ -26,10 +29,10 @@ public:
     document_fixture();
     document_fixture(const document_fixture&) = delete;
     document_fixture& operator=(const document_fixture&) = delete;
-    // Releases what is left and checks that nothing of the document stays.
+    // Releases what is left and checks that the document is destroyed.
     ~document_fixture();
 
-    // OLE is started once for the thread and stays: what it keeps is not the document's.
+    // Initialises OLE once for the thread and keeps it: its resources are not the document's.
     struct ole_session
     {
         ole_session();
@@ -57,23 +60,23 @@ public:
         return result;
     }
 
-    // Steps of a host. A step that must work and does not ends the test with an exception.
+    // Steps of a host. A step that must succeed and fails ends the test with an exception.
     void create();
     HRESULT set_site();
     HRESULT load_url(const std::wstring& url, BOOL fully_available = FALSE);
     HRESULT load_file(const std::wstring& path);
     HRESULT do_verb(LONG verb);
-    // create, set_site, load, DoVerb(OLEIVERB_SHOW); the window is there afterwards.
+    // create, set_site, load, DoVerb(OLEIVERB_SHOW); the document has a window afterwards.
     void show_file(const std::wstring& path);
     void show_url(const std::wstring& url);
     // DoVerb(OLEIVERB_SHOW) alone.
     void show();
-    // What a browser does that navigates away; ends with the last Release.
+    // Closes the document as a browser does that navigates away; ends with the last Release.
     void close_in_order();
-    // Lets go of everything that the host holds. The document must be gone then.
+    // Releases everything that the host holds. The document must be destroyed then.
     void release();
 
-    // The document's window and its children; null without one.
+    // The document's window and its children; nullptr without one.
     HWND window() const;
     HWND viewer_host_window() const;
     HWND pane() const;
@@ -84,11 +87,10 @@ public:
     std::wstring pdf(const std::wstring& name = L"sample.pdf") const;
     std::wstring file(const std::wstring& name, const std::string& contents) const;
 
-    // Waits until the download worker of the document created last has given up; fails the test when it
-    // does not.
+    // Waits until the download worker of the last document has failed; otherwise fails the test.
     void wait_for_failed_worker() const;
-    // Waits until the document has no worker any more, whatever became of it. For a document whose window
-    // is the only one of this fixture.
+    // Waits until the document has no worker, whatever its result. For a document whose window is the only
+    // one of this fixture.
     void wait_for_no_worker() const;
 
     std::vector<std::string> take_log() { return log.take(address); }
@@ -99,14 +101,17 @@ private:
     DWORD threads_before_ = 0;
 };
 
-// Runs the scenario with a fixture of its own for each run, and expects balance.
+// Runs the scenario with a new fixture for each run, and expects balance.
 void in_balance(void (*scenario)(document_fixture&));
+
+// The rectangle of a window in the client coordinates of its parent.
+RECT in_parent(HWND window);
 
 } // namespace quill::test
 
-// A test case whose body gets a fixture of the name `fixture` and runs in balance.
+// A test whose body gets `fixture` and runs until it is balanced.
 #define QUILL_DOCUMENT_TEST(suite, name)                                                                     \
-    static void suite##_##name(quill::test::document_fixture& fixture);                                          \
+    static void suite##_##name(quill::test::document_fixture& fixture);                                      \
     TEST(suite, name)                                                                                        \
     {                                                                                                        \
         quill::test::in_balance(suite##_##name);                                                             \

@@ -1,8 +1,9 @@
-// Every call that the module makes of the system while it fetches, shows and closes a document fails once,
-// in every way, on whichever thread it is made; and so does every request for memory; and after it another.
+// Each system call that the module makes while it fetches, shows and closes a document fails once, in every
+// way and on any thread, and so does each allocation; then pairs of them fail.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/page_container.h"
+#include "tests/support/download_setting.h"
 #include "tests/support/faults/fault_loop.h"
 #include "tests/support/http_server.h"
 #include "tests/support/wait.h"
@@ -22,25 +23,25 @@ using Microsoft::WRL::ComPtr;
 enum class source
 {
     urlmon,
-    wininet, // into the system's own temporary folder, which the others are spared by a setting
+    wininet, // into the system's temporary folder; a setting excludes it for the others
     file,
-    element // of a page, whose address is fetched through urlmon
+    element // of a page, whose element is fetched through urlmon
 };
 
 constexpr const char* source_names[] = {"a document through urlmon", "a document through WinINet",
                                         "a document from a file", "a document in a page"};
 
-// What a failure means for the document: without this it is shown.
+// The effect of a failure on the document; without an effect it is shown.
 struct loss
 {
     const char* function;
     bool is_certain;                           // whichever of its calls fails
-    const char* log = nullptr;                 // what the worker writes when it ends for that
+    const char* log = nullptr;                 // the line that the worker then ends with
     std::optional<source> from = std::nullopt; // any
 };
 
 constexpr loss losses[] = {
-    // the window, the viewer in it, and what both are made of
+    // the window, the viewer in it, and their parts
     {"CLSIDFromProgID", true},
     {"CoGetClassObject", true},
     {"CreateWindowExW", false},
@@ -49,7 +50,7 @@ constexpr loss losses[] = {
     {"RegisterClassExW", true},
     {"RegisterWindowMessageW", true},
     {"SetPropW", true},
-    // the address, and the file when it is there
+    // the URL, and the file if it exists
     {"CreateFileW", false},
     {"GetFileType", true},
     {"PathFileExistsW", false},
@@ -57,7 +58,7 @@ constexpr loss losses[] = {
     {"SysAllocString", false, nullptr, source::element}, // one of the names that a page is searched for
     {"SysAllocString", true},
     {"WideCharToMultiByte", false},
-    // the worker's steps
+    // the steps of the worker
     {"CreateThread", true},
     {"GetTempPathW", true, "ACTIVEDOC DownloadPDFFile FAILED TO GET TEMP PATH"},
     {"GetFileAttributesW", false, nullptr, source::wininet}, // of the system's temporary folder
@@ -65,7 +66,7 @@ constexpr loss losses[] = {
     {"URLDownloadToFileW", true, "ACTIVEDOC DownloadPDFFile "},
     {"PostMessageW", true},
     {"SendMessageTimeoutW", false},
-    // the other way of downloading
+    // the other download path
     {"InternetOpenW", true, "ACTIVEDOC DownloadPDFFile MISSING FILE "},
     {"InternetOpenUrlW", true, "ACTIVEDOC DEBUG InternetOpenUrl FAILED "},
     {"InternetQueryDataAvailable", false},
@@ -84,7 +85,7 @@ const std::string& served_pdf()
     return body;
 }
 
-// A document's whole life; the environment that decides where its file goes.
+// One document from creation to release, and the environment that decides where its file goes.
 class document_visit
 {
 public:
@@ -101,8 +102,8 @@ public:
         }
     }
 
-    // Whether the viewer was told to open something, which then was the document or, where what was fetched
-    // may end early, the beginning of it.
+    // Whether the viewer was called to open something, which was the document or, if the download may be
+    // truncated, the beginning of it.
     bool open_and_close(import_faults& faults, bool may_end_early = false)
     {
         fixture_.viewer.forget_calls();
@@ -110,7 +111,7 @@ public:
             return false;
         fixture_.set_site();
         load();
-        pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
+        pump_messages(); // a thread that has not dispatched messages for seconds counts as hung
         fixture_.do_verb(OLEIVERB_SHOW);
         if (const HWND window = fixture_.window())
             RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW | RDW_ALLCHILDREN);
@@ -186,14 +187,14 @@ private:
     }
 
 public:
-    // The last references of the host; the document must be gone then.
+    // Releases the last references of the host; the document must be destroyed then.
     void release()
     {
         fixture_.host.view.Reset();
         fixture_.host.frame.drop_active_object();
         fixture_.host.document = nullptr;
         if (fixture_.document)
-            EXPECT_EQ(fixture_.document.Detach()->Release(), 0u) << "somebody still holds the document";
+            EXPECT_EQ(fixture_.document.Detach()->Release(), 0u) << "the document is still referenced";
         EXPECT_EQ(fixture_.viewers.living_viewers(), 0);
         EXPECT_EQ(fixture_.host.site.references(), 0);
         EXPECT_EQ(fixture_.host.frame.references(), 0);
@@ -215,7 +216,7 @@ protected:
     {
         server_.route("/c/d.pdf", http_response::ok(served_pdf()));
         if (from() == source::wininet)
-            settings_.set_string(L"kIEBrowserPluginWinINet", L"/b 1");
+            settings_.use_wininet();
     }
 
     static source from() { return std::get<source>(GetParam()); }
@@ -236,7 +237,7 @@ protected:
         faults_.stop();
     }
 
-    // With the failure, and then once more in the same module without one. Whether it failed.
+    // Once with the failure, and once in the same module without one. Returns whether the call failed.
     bool live_with(const fault_place& place)
     {
         document_visit visit(from(), server_);
@@ -256,7 +257,7 @@ protected:
         return failures == place.failures();
     }
 
-    // What a broken connection has brought is kept, and the second failure may be a broken connection.
+    // A truncated download is kept, and the second failure may be a broken connection.
     static bool may_end_early(const fault_place& place)
     {
         return from() == source::wininet &&
@@ -271,7 +272,7 @@ protected:
             return place.group == each.function && each.from.value_or(from()) == from();
         });
         if (known == std::end(losses)) {
-            // The second failure may be of something else.
+            // The second failure may concern something else.
             EXPECT_TRUE(is_shown || failures > 1) << "nothing that the document could not do without";
             return;
         }
@@ -281,8 +282,7 @@ protected:
             EXPECT_TRUE(log.worker_wrote(known->log)) << testing::PrintToString(log.worker_lines());
     }
 
-    registry_key_scope settings_{HKEY_CURRENT_USER,
-                                 L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin"};
+    download_setting settings_;
     http_server server_;
     import_faults faults_;
 };
@@ -300,7 +300,7 @@ TEST_P(DocumentImportFaults, LeaveTheDocumentClosableAndTheNextOneWhole)
               [this](const fault_place& place) { return live_with(place); });
 }
 
-// Two failures of either kind, for what is fetched from a server.
+// Two failures of either kind, for a document from a server.
 class DocumentPairedImportFaults : public DocumentImportFaults
 {
 };

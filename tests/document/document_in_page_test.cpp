@@ -1,4 +1,4 @@
-// Documents inside a page: which element each stands for, and where its file comes from then.
+// Documents inside a page: which element each one belongs to, and where its file comes from then.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/page_container.h"
@@ -12,8 +12,6 @@
 
 namespace quill::test {
 namespace {
-
-using lines = std::vector<std::string>;
 
 void prepare(document_fixture& fixture, page_container& page)
 {
@@ -40,7 +38,7 @@ QUILL_DOCUMENT_TEST(DocumentInPage, FetchesTheElementsUrl)
     prepare(fixture, page);
     fixture.show();
     EXPECT_EQ(creation_lines(fixture), (lines{"@ OnCreate [#3]", "@ ProcessHTMLBodyElement URL",
-                                            "@ OnCreate [EmbedURL]", "@ OnCreate [URL]"}));
+                                              "@ OnCreate [EmbedURL]", "@ OnCreate [URL]"}));
     EXPECT_EQ(document_url(fixture), L"quilltest://ftp://other.test/x.pdf#page=4#zoom=40");
     fixture.wait_for_failed_worker();
     load_fetched_file(fixture, fixture.pdf());
@@ -69,7 +67,7 @@ QUILL_DOCUMENT_TEST(DocumentInPage, ResolvesTheElementsReference)
     }
 }
 
-// A page must not get a file of the browser's own folder shown in place of its own.
+// A page must not make the document show a file of the browser's current folder.
 QUILL_DOCUMENT_TEST(DocumentInPage, AReferenceIsNoFileOfTheCurrentFolder)
 {
     wchar_t former[MAX_PATH] = {};
@@ -116,7 +114,7 @@ QUILL_DOCUMENT_TEST(DocumentInPage, ALocalFileThatIsNoPdfCountsAsAReference)
     fixture.close_in_order();
 }
 
-// The page chooses the reference; the user interface would wait for whatever is at its other end.
+// The page chooses the reference; the UI thread would wait for the other end of the pipe.
 QUILL_DOCUMENT_TEST(DocumentInPage, ADeviceOrAPipeCountsAsAReferenceAndIsNotOpened)
 {
     const listening_pipe pipe;
@@ -153,7 +151,7 @@ QUILL_DOCUMENT_TEST(DocumentInPage, WithoutAnyElementTheDocumentsOwnUrlIsFetched
     fixture.close_in_order();
 }
 
-// A document that came with its URL does not look at the page.
+// A document that was loaded by URL does not read the page.
 QUILL_DOCUMENT_TEST(DocumentInPage, WithAUrlOfItsOwnThePageIsNotAsked)
 {
     page_container page(L"http://host.test/page.html");
@@ -179,7 +177,7 @@ QUILL_DOCUMENT_TEST(DocumentInPage, AReferenceWithoutABaseCannotBeFetched)
     fixture.close_in_order();
 }
 
-// The document's number in its browser window says which element is its own.
+// The number of the document in its browser window selects its element.
 QUILL_DOCUMENT_TEST(DocumentInPage, TheSecondDocumentStandsForTheSecondElement)
 {
     page_container page(L"http://host.test/page.html");

@@ -11,7 +11,7 @@
 namespace quill::test {
 namespace {
 
-// The module reads these with its C runtime, whose copy of the environment must change too.
+// The module reads these through its C runtime, which has its own copy of the environment.
 bool switch_log_on()
 {
     return _putenv_s("QUILL_LOG_LEVEL", "trace") == 0 && _putenv_s("QUILL_LOG_SINKS", "file") == 0;

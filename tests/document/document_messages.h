@@ -1,4 +1,4 @@
-// The document window's private messages as its viewer and its download worker send them.
+// The private messages of the document window as its viewer and its download worker send them.
 #pragma once
 
 #include "tests/document/document_fixture.h"
@@ -19,17 +19,20 @@ inline constexpr UINT message_log = 0x8708;
 inline constexpr UINT message_get_browser_window = 0x8709;
 inline constexpr UINT message_get_instance = 0x8710;
 inline constexpr UINT message_save_as = 0x8711;
+inline constexpr UINT message_release = 0x8712;
+// Not a message of the document, and far from the next free number.
+inline constexpr UINT message_unknown = 0x87f0;
 
-// The URL that the worker would fetch, asked for as the worker asks.
+// The URL that the worker would fetch, read as the worker reads it.
 std::wstring document_url(document_fixture& fixture);
 
-// What GETINSTANCE answers.
+// The result of GETINSTANCE.
 std::uint32_t instance_number(HWND window);
 
-// Hands the window a fetched file as the worker does, and loads it.
+// Passes the window a fetched file as the worker does, and loads it.
 void load_fetched_file(document_fixture& fixture, const std::wstring& path);
 
-// The lines that loading `path` writes, with the 16-bit result.
+// The log lines of loading `path`, with the 16-bit result.
 std::vector<std::string> load_lines(const std::wstring& path, int result);
 
 } // namespace quill::test

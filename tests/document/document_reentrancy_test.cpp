@@ -1,4 +1,4 @@
-// A host or a viewer that closes the document from inside any call that the document makes of it.
+// A host or a viewer that closes the document inside any call that it gets from the document.
 #include "tests/document/document_run.h"
 #include "tests/support/fault_points.h"
 
@@ -76,7 +76,7 @@ class DisturbingHost : public testing::TestWithParam<std::tuple<activation_order
 {
 };
 
-TEST_P(DisturbingHost, IsSurvivedAtEveryCall)
+TEST_P(DisturbingHost, IsHandledAtEveryCall)
 {
     const activation_order order = std::get<0>(GetParam());
     const disturbance kind = std::get<1>(GetParam());

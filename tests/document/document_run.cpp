@@ -32,7 +32,7 @@ void use_window(document_fixture& fixture)
     fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr);
 }
 
-// after_window runs after each step that may have made a window.
+// after_window runs after each step that may have created a window.
 template <class AfterWindow>
 void run_once_loaded(document_fixture& fixture, const AfterWindow& after_window)
 {
@@ -58,7 +58,7 @@ bool begins_with(const std::vector<std::string>& lines, const char* beginning)
                        [beginning](const std::string& line) { return line.rfind(beginning, 0) == 0; });
 }
 
-// Nothing that a host answers concerns the worker once it runs: its file must come.
+// No result of a host affects the running worker: its file must be delivered.
 int wait_for_hand_over(document_fixture& fixture)
 {
     auto lines = fixture.take_log();
@@ -68,13 +68,14 @@ int wait_for_hand_over(document_fixture& fixture)
         return 0;
     const bool came = begins_with(lines, "@ LOADFILE ") ||
                       wait_until([&] { return begins_with(fixture.take_log(), "@ LOADFILE "); });
-    EXPECT_TRUE(came) << "the file was not handed over: " << testing::PrintToString(fixture.log.worker_lines());
+    EXPECT_TRUE(came) << "the file was not handed over: "
+                      << testing::PrintToString(fixture.log.worker_lines());
     return 1;
 }
 
 } // namespace
 
-void live(document_fixture& fixture)
+void run_document(document_fixture& fixture)
 {
     fixture.create();
     fixture.set_site();
@@ -82,7 +83,7 @@ void live(document_fixture& fixture)
     run_once_loaded(fixture, [] {});
 }
 
-int live_from_server(document_fixture& fixture, const std::wstring& url)
+int run_document_from_server(document_fixture& fixture, const std::wstring& url)
 {
     fixture.create();
     fixture.set_site();
@@ -91,7 +92,7 @@ int live_from_server(document_fixture& fixture, const std::wstring& url)
     fake_moniker moniker(fixture.host.calls, "loaded moniker");
     moniker.display_name = url;
     EXPECT_EQ(fixture.as<IPersistMoniker>()->Load(FALSE, &moniker, context.Get(), STGM_READ), S_OK);
-    pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
+    pump_messages(); // a thread that has not dispatched messages for seconds counts as hung
     int downloads = 0;
     run_once_loaded(fixture, [&] { downloads += wait_for_hand_over(fixture); });
     EXPECT_EQ(context.Reset(), 0u) << "the bind context is still referenced";
@@ -119,18 +120,20 @@ std::string name_of(activation_order order)
     return order == activation_order::create_view_with_site ? "CreateViewWithSite" : "SiteThenUiActivate";
 }
 
-std::string name_of(bad_answer kind)
+std::string name_of(call_fault kind)
 {
     switch (kind) {
-    case bad_answer::failure:
+    case call_fault::error:
         return "Failure";
-    case bad_answer::failure_untouched:
+    case call_fault::error_untouched:
         return "FailureUntouched";
-    case bad_answer::success_null:
+    case call_fault::error_with_value:
+        return "FailureWithValue";
+    case call_fault::null_result:
         return "SuccessNull";
-    case bad_answer::success_untouched:
+    case call_fault::untouched:
         return "SuccessUntouched";
-    case bad_answer::none:
+    case call_fault::none:
         break;
     }
     return "None";

@@ -1,4 +1,4 @@
-// One whole life of a document, for the tests that make something go wrong at each of its calls.
+// A document from its creation to its end, for the tests that disturb each of its calls.
 #pragma once
 
 #include "tests/document/document_fixture.h"
@@ -7,21 +7,21 @@
 
 namespace quill::test {
 
-// Sets the host up so that the life reaches everything that a host is asked.
+// Configures the host so that the run reaches every call of a host.
 void prepare_host(document_fixture& fixture, activation_order order);
 
-// Opened, used, taken down; without the last Release. Results are not looked at.
-void live(document_fixture& fixture);
+// Opens, uses and closes the document, without the last Release. Results are ignored.
+void run_document(document_fixture& fixture);
 
-// The same with a document that comes from a server, by its moniker. Fails the test when a download does not
-// end with its file handed over. Gives the number of downloads.
-int live_from_server(document_fixture& fixture, const std::wstring& url);
+// The same with a document from a server, loaded by its moniker. Fails the test if a download does not
+// deliver its file. Returns the number of downloads.
+int run_document_from_server(document_fixture& fixture, const std::wstring& url);
 
-// How many calls of its host and its viewer an undisturbed life makes, interface queries included.
+// The number of calls of its host and its viewer in an undisturbed run, interface queries included.
 int count_host_calls(activation_order order);
 
-// What the tests that run for several orders or ways of failing are called by.
+// Names for tests that run for several orders or faults.
 std::string name_of(activation_order order);
-std::string name_of(bad_answer kind);
+std::string name_of(call_fault kind);
 
 } // namespace quill::test

@@ -1,5 +1,5 @@
-// Saving a copy through the whole document, with every call going wrong once in every way: the browser's
-// command and the viewer's message are answered as ever, and the next one saves.
+// Saving a copy through the whole document, with each call of the browser failing once in every way: command
+// and message return what they always return, and the next request saves.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/retrieval/ieframe/save_faults.h"
@@ -43,7 +43,7 @@ protected:
     }
 };
 
-TEST_P(DocumentSaveAsFaults, AreBorneAndTheNextCopyIsSaved)
+TEST_P(DocumentSaveAsFaults, AreHandledAndTheNextCopyIsSaved)
 {
     const save_fault none = no_save_fault();
     const auto faults = every_save_fault();

@@ -1,6 +1,5 @@
-// Every call that the module makes of the system while it saves a copy fails once, in every way, and so does
-// every request for memory; and after it another. What the user has at the chosen place stays until a whole
-// copy replaces it.
+// Each system call that the module makes while it saves a copy fails once, in every way, and so does each
+// allocation; then pairs of them fail. The file at the chosen place is kept until a whole copy replaces it.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/retrieval/ieframe/own_folder.h"
@@ -22,10 +21,10 @@ using testing::IsEmpty;
 
 constexpr char former_text[] = "what the user has at the place already";
 
-// Without these there is no copy.
+// Without these the copy cannot be saved.
 constexpr const char* needed[] = {"CopyFileExW", "GetProcAddress", "GetTempFileNameW", "LoadLibraryExW",
                                   memory_group};
-// By which the browser is reached: without these it cannot be told that the save is given up.
+// These reach the browser: without them the save cannot be cancelled there.
 constexpr const char* browser_lookup[] = {"GetProcAddress", "LoadLibraryExW"};
 constexpr const char* deletion[] = {"DeleteFileW", "SetFileAttributesW"};
 
@@ -46,7 +45,7 @@ protected:
 
     std::vector<fault_place> places_of_a_save()
     {
-        for (int run = 1; run <= 2; ++run) { // the first does what the process does once
+        for (int run = 1; run <= 2; ++run) { // the first run does what the process does once
             document_fixture fixture;
             save_browser browser;
             show(fixture, browser);
@@ -59,7 +58,8 @@ protected:
         return faults_.places();
     }
 
-    // With the failures, and then once more in the same document without any. Whether all failed.
+    // Once with the failures, and once in the same document without any. Returns whether all of them
+    // occurred.
     bool save_with(const fault_place& place)
     {
         document_fixture fixture;
@@ -90,7 +90,7 @@ private:
         fixture.show_file(path);
         browser.owner = fixture.window();
         browser.before_save = [](const wchar_t* copy) {
-            EXPECT_EQ(read_file(copy), small_pdf) << "the browser is given no whole copy";
+            EXPECT_EQ(read_file(copy), small_pdf) << "the browser got no whole copy";
         };
         EXPECT_TRUE(write_file(browser.destination, former_text));
         return path;
@@ -119,7 +119,7 @@ private:
         if (!has_failed(browser_lookup))
             EXPECT_EQ(browser.states_given_back, browser.states_given);
         EXPECT_LE(browser.states_given_back, browser.states_given);
-        // A deletion that fails once is tried again.
+        // A deletion that fails once is repeated.
         if (!is_one_of(place.group, deletion) || !is_one_of(second, deletion))
             EXPECT_THAT(files_in(browser.cache.path()), IsEmpty());
     }

@@ -1,5 +1,5 @@
 // Saving a copy of the shown document, by the browser's command and by the viewer's message: a real file
-// through the whole document, and nothing shown or left when it does not come to that.
+// through the whole document; a save that fails shows nothing and leaves no file.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/retrieval/ieframe/own_folder.h"
@@ -22,7 +22,6 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
-using lines = std::vector<std::string>;
 
 enum class request
 {
@@ -35,7 +34,7 @@ void PrintTo(request which, std::ostream* out)
     *out << (which == request::by_command ? "Command" : "Message");
 }
 
-// Counts the windows that this thread makes, which a message box would be one of.
+// Counts the windows that this thread creates, including message boxes.
 class window_watch
 {
 public:
@@ -69,9 +68,8 @@ struct DocumentSaveAs : testing::TestWithParam<request>
         ASSERT_TRUE(is_here);
     }
 
-    // Asks for a copy. The answers are the same whatever becomes of it: the command has succeeded, the
-    // message is answered with 0. Neither shows anything, asks the viewer anything or writes a line of its
-    // own.
+    // Requests a copy. Command and message return the same whatever the outcome, S_OK and 0. Neither shows
+    // anything, calls the viewer or writes a log line.
     static void ask(document_fixture& fixture)
     {
         fixture.viewer.forget_calls();
@@ -81,8 +79,8 @@ struct DocumentSaveAs : testing::TestWithParam<request>
             VARIANT out{};
             out.vt = VT_I4;
             out.lVal = 6;
-            EXPECT_EQ(fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS, OLECMDEXECOPT_PROMPTUSER,
-                                                          nullptr, &out),
+            EXPECT_EQ(fixture.as<IOleCommandTarget>()->Exec(nullptr, OLECMDID_SAVEAS,
+                                                            OLECMDEXECOPT_PROMPTUSER, nullptr, &out),
                       S_OK);
             EXPECT_EQ(out.lVal, 6);
             EXPECT_EQ(fixture.take_log(), lines{"@ Exec 4"});
@@ -94,8 +92,7 @@ struct DocumentSaveAs : testing::TestWithParam<request>
         EXPECT_EQ(fixture.viewer.texts(), lines{});
     }
 
-    // The scenario with a fixture and a browser of its own for each run, until the process is after it as it
-    // was before.
+    // Runs the scenario with a fixture and a browser for each run, until the process is balanced.
     static void in_balance(const std::function<void(document_fixture&, save_browser&)>& scenario)
     {
         expect_balance([&] {
@@ -106,7 +103,7 @@ struct DocumentSaveAs : testing::TestWithParam<request>
         });
     }
 
-    // A document that shows a fetched file, which nothing keeps open.
+    // A document that shows a fetched file, which is not held open.
     static std::wstring show_fetched(document_fixture& fixture, save_browser& browser,
                                      const std::wstring& name = L"report[1].pdf")
     {
@@ -118,7 +115,7 @@ struct DocumentSaveAs : testing::TestWithParam<request>
         return path;
     }
 
-    // Nothing is to come of asking, but the calls of the browser up to its failure.
+    // Expects that no copy is saved, and these calls of the browser up to its failure.
     static void expect_no_copy(document_fixture& fixture, save_browser& browser, const lines& calls)
     {
         browser.calls.clear();
@@ -146,7 +143,7 @@ TEST_P(DocumentSaveAs, PutsACopyOfTheFetchedFileWhereTheDialogSaid)
     });
 }
 
-// The document keeps a local file open, so that nobody changes it; it can be copied all the same.
+// The document keeps a local file open against writing; it can be copied anyway.
 TEST_P(DocumentSaveAs, PutsACopyOfALocalFileWhereTheDialogSaid)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
@@ -160,7 +157,8 @@ TEST_P(DocumentSaveAs, PutsACopyOfALocalFileWhereTheDialogSaid)
     });
 }
 
-// From the server to the place that the user chose. What the system's download service keeps is not counted.
+// From the server to the place that the user chose. Not in balance: the system's download service keeps
+// handles.
 TEST_P(DocumentSaveAs, SavesWhatTheServerSent)
 {
     http_server server;
@@ -179,7 +177,7 @@ TEST_P(DocumentSaveAs, SavesWhatTheServerSent)
     fixture.close_in_order();
 }
 
-TEST_P(DocumentSaveAs, LeavesEverythingAsItIsWhenTheUserCancels)
+TEST_P(DocumentSaveAs, ChangesNothingWhenTheUserCancels)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
@@ -193,11 +191,11 @@ TEST_P(DocumentSaveAs, LeavesEverythingAsItIsWhenTheUserCancels)
     });
 }
 
-TEST_P(DocumentSaveAs, BearsEachFunctionMissing)
+TEST_P(DocumentSaveAs, HandlesEachFunctionMissing)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
         show_fetched(fixture, browser);
-        expect_no_copy(fixture, browser, {}); // the system's own library has none of them
+        expect_no_copy(fixture, browser, {}); // the system's own library has none of the functions
         {
             const ieframe_scope library(ieframe::without_dialog);
             expect_no_copy(fixture, browser, {});
@@ -219,7 +217,7 @@ TEST_P(DocumentSaveAs, BearsEachFunctionMissing)
     });
 }
 
-TEST_P(DocumentSaveAs, BearsEachFunctionFailing)
+TEST_P(DocumentSaveAs, HandlesEachFunctionFailing)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
@@ -237,7 +235,7 @@ TEST_P(DocumentSaveAs, BearsEachFunctionFailing)
         browser.cache_path = browser.cache.path();
         browser.save_result = E_OUTOFMEMORY;
         expect_no_copy(fixture, browser, {"dialog", "folder", "save"});
-        // After all of that a copy still comes about.
+        // A copy can still be saved afterwards.
         browser.save_result = S_OK;
         ask(fixture);
         EXPECT_EQ(read_file(browser.destination), small_pdf);
@@ -245,7 +243,7 @@ TEST_P(DocumentSaveAs, BearsEachFunctionFailing)
     });
 }
 
-TEST_P(DocumentSaveAs, CancelsWhenTheFetchedFileIsGone)
+TEST_P(DocumentSaveAs, CancelsWhenTheFetchedFileIsMissing)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
@@ -256,7 +254,7 @@ TEST_P(DocumentSaveAs, CancelsWhenTheFetchedFileIsGone)
     });
 }
 
-TEST_P(DocumentSaveAs, AsksNothingBeforeThereIsAFile)
+TEST_P(DocumentSaveAs, ShowsNoDialogBeforeThereIsAFile)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
@@ -268,8 +266,8 @@ TEST_P(DocumentSaveAs, AsksNothingBeforeThereIsAFile)
     });
 }
 
-// The dialog pumps messages, and so the browser may close the document under it.
-TEST_P(DocumentSaveAs, SurvivesBeingClosedUnderTheDialog)
+// The dialog pumps messages, so the browser may close the document meanwhile.
+TEST_P(DocumentSaveAs, HandlesBeingClosedDuringTheDialog)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
@@ -286,7 +284,7 @@ TEST_P(DocumentSaveAs, SurvivesBeingClosedUnderTheDialog)
     });
 }
 
-// Another document may be loaded, too: what is saved is what was shown when the user asked.
+// Another document may be loaded meanwhile: the copy is of what was shown when the user asked for it.
 TEST_P(DocumentSaveAs, SavesWhatWasShownWhenItWasAskedTo)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
@@ -303,8 +301,8 @@ TEST_P(DocumentSaveAs, SavesWhatWasShownWhenItWasAskedTo)
 INSTANTIATE_TEST_SUITE_P(Either, DocumentSaveAs, testing::Values(request::by_command, request::by_message),
                          testing::PrintToStringParamName());
 
-// The viewer asks at the window and with the number that it was told at its creation.
-TEST(ViewerSaveAs, ReachesTheDocumentAsTheViewerWasTold)
+// The viewer sends the message to the window and with the number that it was given at its creation.
+TEST(ViewerSaveAs, IsSentToTheDocumentAsConfigured)
 {
     DocumentSaveAs::SetUpTestSuite();
     expect_balance([] {

@@ -1,4 +1,4 @@
-// The window's ordinary messages and the progress pane.
+// The ordinary messages of the window, and the progress pane.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 
@@ -7,16 +7,6 @@
 
 namespace quill::test {
 namespace {
-
-using lines = std::vector<std::string>;
-
-RECT in_parent(HWND window)
-{
-    RECT rect{};
-    GetWindowRect(window, &rect);
-    MapWindowPoints(nullptr, GetParent(window), reinterpret_cast<POINT*>(&rect), 2);
-    return rect;
-}
 
 void expect_place(HWND window, LONG left, LONG top, LONG width, LONG height)
 {
@@ -94,7 +84,7 @@ QUILL_DOCUMENT_TEST(DocumentWindow, AMouseClickActivatesTheUserInterface)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentWindow, AMouseClickOnAnUnsitedDocumentIsBorne)
+QUILL_DOCUMENT_TEST(DocumentWindow, AMouseClickWithoutASiteIsIgnored)
 {
     show_idle(fixture);
     fixture.as<IOleObject>()->SetClientSite(nullptr);
@@ -102,7 +92,7 @@ QUILL_DOCUMENT_TEST(DocumentWindow, AMouseClickOnAnUnsitedDocumentIsBorne)
     fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
 }
 
-QUILL_DOCUMENT_TEST(DocumentPane, StandsInTheMiddleFromTheBeginning)
+QUILL_DOCUMENT_TEST(DocumentPane, IsCentredFromTheBeginning)
 {
     show_idle(fixture);
     ASSERT_NE(fixture.pane(), nullptr);
@@ -138,7 +128,7 @@ QUILL_DOCUMENT_TEST(DocumentPane, StaysHiddenAfterTheLoad)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentPane, ForALocalFileIsHiddenAtOnce)
+QUILL_DOCUMENT_TEST(DocumentPane, IsHiddenAtOnceForALocalFile)
 {
     fixture.show_file(fixture.pdf());
     ASSERT_NE(fixture.pane(), nullptr);
@@ -179,7 +169,7 @@ QUILL_DOCUMENT_TEST(DocumentPane, ShowsThePercentageOfTheDownload)
     const percent_case cases[] = {
         {{50, 200, 5, nullptr}, 50},                                   // 50 / 2 = 25 %
         {{1000, 1000, 5, L"x"}, 200},                                  // 100 %
-        {{500, 1000, 4, nullptr}, 200},                                // another status: as before
+        {{500, 1000, 4, nullptr}, 200},                                // another status: unchanged
         {{500, 1000, 6, nullptr}, 200}, {{50, 99, 5, nullptr}, 0},     // 99 / 100 is 0
         {{0, 1000, 5, nullptr}, 0},     {{123, 1000, 5, nullptr}, 24}, // 123 / 10 = 12 %
         {{7, 0, 5, nullptr}, 0},        {{4'000'000'000u, 4'200'000'000u, 5, nullptr}, 190}, // 95 %
@@ -192,7 +182,7 @@ QUILL_DOCUMENT_TEST(DocumentPane, ShowsThePercentageOfTheDownload)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentPane, GoesWithTheWindow)
+QUILL_DOCUMENT_TEST(DocumentPane, IsDestroyedWithTheWindow)
 {
     show_idle(fixture);
     const HWND pane = fixture.pane();
@@ -201,8 +191,8 @@ QUILL_DOCUMENT_TEST(DocumentPane, GoesWithTheWindow)
     fixture.close_in_order();
 }
 
-// Sees the end of the viewer's host window, the other child: it comes when the document's own handler is
-// done.
+// Observes the destruction of the viewer's host window, the other child: it follows the document's own
+// handler.
 class end_of_viewer_host
 {
 public:

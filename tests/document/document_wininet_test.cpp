@@ -1,8 +1,8 @@
-// The administrator's download path, chosen by the registry value, from the URL to the shown file.
+// The download path that the administrator selects in the registry, from the URL to the shown file.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
-#include "tests/retrieval/resetting_server.h"
 #include "tests/retrieval/tls_servers.h"
+#include "tests/support/download_setting.h"
 #include "tests/support/http_server.h"
 #include "tests/support/text.h"
 #include "tests/support/wait.h"
@@ -21,7 +21,6 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
-using lines = std::vector<std::string>;
 
 struct seen_report
 {
@@ -30,7 +29,7 @@ struct seen_report
     std::uint32_t status;
 };
 
-// What is sent to the document's own window while this lives, seen in its thread as it comes.
+// Records the messages that are sent to the document window in its scope, on its thread.
 class report_watch
 {
 public:
@@ -61,15 +60,14 @@ private:
 
 struct DocumentWinInet : testing::Test
 {
-    registry_key_scope settings{HKEY_CURRENT_USER,
-                                L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin"};
+    download_setting settings;
     http_server server;
     document_fixture fixture;
     report_watch reports;
 
-    DocumentWinInet() { settings.set_string(L"kIEBrowserPluginWinINet", L"/b 1"); }
+    DocumentWinInet() { settings.use_wininet(); }
 
-    // Shows the document and waits for its file. Gives the path that the viewer was told to open.
+    // Shows the document and waits for its file. Returns the path that the viewer was called to open.
     std::wstring open(const std::wstring& url)
     {
         fixture.viewer.forget_calls();
@@ -88,7 +86,7 @@ struct DocumentWinInet : testing::Test
         fixture.release();
     }
 
-    // Shows a document that nothing comes of, and expects these last lines of its worker.
+    // Shows a document whose download fails, and expects these last lines of its worker.
     void expect_nothing_opened(const std::wstring& url, const lines& last)
     {
         fixture.show_url(url);
@@ -105,7 +103,7 @@ struct DocumentWinInet : testing::Test
         close();
     }
 
-    // Progress grows to the size, every time against the same maximum.
+    // Progress increases up to the size, always with the same maximum.
     static void expect_reports(std::uint32_t size, std::uint32_t maximum)
     {
         std::uint32_t before = 0;
@@ -167,7 +165,7 @@ TEST_F(DocumentWinInet, FollowsARedirectUnderTheFirstName)
     close();
 }
 
-TEST_F(DocumentWinInet, ShowsWhatABodyCutShortBrought)
+TEST_F(DocumentWinInet, ShowsATruncatedBody)
 {
     auto response = http_response::ok(pdf_body(50'000));
     response.cut_after = 20'000;
@@ -186,14 +184,14 @@ TEST_F(DocumentWinInet, RefusesThePageOfA404)
     EXPECT_EQ(read_file(fixture.temp / L"qll0\\missing.pdf"), http_response::not_found().body);
 }
 
-TEST_F(DocumentWinInet, ReportsAServerThatIsNotThere)
+TEST_F(DocumentWinInet, ReportsAnUnreachableServer)
 {
     expect_nothing_opened(
         http_server::refused_url(L"/x.pdf"),
         {"ACTIVEDOC DEBUG InternetOpenUrl FAILED 12029", "ACTIVEDOC DownloadPDFFile FAILED 1"});
 }
 
-// Its folder is gone.
+// Its folder is missing.
 TEST_F(DocumentWinInet, ReportsACacheFileThatCannotBeWritten)
 {
     server.route("/a.pdf", [this](const http_request&) {
@@ -205,10 +203,13 @@ TEST_F(DocumentWinInet, ReportsACacheFileThatCannotBeWritten)
     EXPECT_THAT(report_watch::seen(), IsEmpty());
 }
 
-TEST_F(DocumentWinInet, ShowsNothingAfterAResetBehindTheHeaders)
+TEST_F(DocumentWinInet, ShowsNothingAfterAResetFollowingTheHeaders)
 {
-    const resetting_server resetting;
-    fixture.show_url(resetting.url);
+    auto response = http_response::ok(pdf_body(1'000));
+    response.cut_after = 0;
+    response.reset = true;
+    server.route("/reset.pdf", response);
+    fixture.show_url(server.url(L"/reset.pdf"));
     fixture.wait_for_no_worker();
     pump_messages();
     EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
@@ -218,9 +219,7 @@ TEST_F(DocumentWinInet, ShowsNothingAfterAResetBehindTheHeaders)
 
 TEST_F(DocumentWinInet, ClosedBetweenChunksStopsTheWorker)
 {
-    auto slow = http_response::ok(pdf_body(10'000'000));
-    slow.piece_size = 50'000;
-    slow.piece_delay_ms = 20;
+    auto slow = http_response::slow(pdf_body(10'000'000), 50'000, 20);
     server.route("/slow.pdf", slow);
     fixture.show_url(server.url(L"/slow.pdf"));
     ASSERT_TRUE(wait_until([] { return !report_watch::seen().empty(); }));
@@ -235,7 +234,7 @@ TEST_F(DocumentWinInet, ClosedBetweenChunksStopsTheWorker)
     EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "the request is closed";
 }
 
-TEST_F(DocumentWinInet, TakesBadCertificatesWhereTheDefaultPathDoesNot)
+TEST_F(DocumentWinInet, AcceptsBadCertificatesThatTheDefaultPathRefuses)
 {
     const tls_servers secure(server.port());
     server.route("/x.pdf", http_response::ok(pdf_body(5'000)));
@@ -248,8 +247,8 @@ TEST_F(DocumentWinInet, TakesBadCertificatesWhereTheDefaultPathDoesNot)
         EXPECT_EQ(server.requests().back().header("User-Agent"), "Quill5_IEactivedoc");
         close();
     }
-    // What was let pass once must not be remembered on the strict path, nor asked for there.
-    settings.set_string(L"kIEBrowserPluginWinINet", L"/b 0");
+    // An exception for a certificate must not be remembered or requested on the strict path.
+    settings.use_urlmon();
     const std::size_t before = server.requests().size();
     for (const std::string& kind : kinds) {
         SCOPED_TRACE(kind);

@@ -14,10 +14,8 @@
 namespace quill::test {
 namespace {
 
-using lines = std::vector<std::string>;
-
-// The system's download service keeps handles and threads of its own from the first use on, so these
-// tests look at the document's windows, references and log and not at the process's counts.
+// The system's download service keeps handles and threads from its first use on, so these tests check the
+// windows, references and log of the document and not the counts of the process.
 class DocumentDownload : public testing::Test
 {
 protected:
@@ -67,9 +65,7 @@ TEST_F(DocumentDownload, ShowsTheContainersDocument)
 
 TEST_F(DocumentDownload, ShowsProgressAndHidesItWithTheFile)
 {
-    auto slow = http_response::ok(pdf_body(400'000));
-    slow.piece_size = 100'000;
-    slow.piece_delay_ms = 100;
+    auto slow = http_response::slow(pdf_body(400'000), 100'000, 100);
     server.route("/slow.pdf", slow);
     fixture.show_url(server.url(L"/slow.pdf"));
     ASSERT_NE(fixture.pane(), nullptr);
@@ -99,11 +95,9 @@ TEST_F(DocumentDownload, DoesNotShowWhatIsNotServed)
     fixture.close_in_order();
 }
 
-TEST_F(DocumentDownload, ClosedInTheMiddleStopsTheWorker)
+TEST_F(DocumentDownload, StopsWhenTheDocumentIsClosedInTheMiddle)
 {
-    auto slow = http_response::ok(pdf_body(10'000'000));
-    slow.piece_size = 50'000;
-    slow.piece_delay_ms = 50;
+    auto slow = http_response::slow(pdf_body(10'000'000), 50'000, 50);
     server.route("/slow.pdf", slow);
     fixture.show_url(server.url(L"/slow.pdf"));
     ASSERT_TRUE(wait_for_worker_line("ACTIVEDOC KIEBrowserPlugin: Default - "));
@@ -116,22 +110,20 @@ TEST_F(DocumentDownload, ClosedInTheMiddleStopsTheWorker)
     EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
 }
 
-TEST_F(DocumentDownload, ClosedAtOnceStopsTheWorker)
+TEST_F(DocumentDownload, StopsWhenTheDocumentIsClosedAtOnce)
 {
-    auto slow = http_response::ok(pdf_body(10'000'000));
-    slow.piece_size = 50'000;
-    slow.piece_delay_ms = 50;
+    auto slow = http_response::slow(pdf_body(10'000'000), 50'000, 50);
     server.route("/slow.pdf", slow);
     fixture.show_url(server.url(L"/slow.pdf"));
-    fixture.host.destroy_windows(); // the worker may not even have asked for the URL
+    fixture.host.destroy_windows(); // the worker may not even have requested the URL
     EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
     fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
     fixture.release();
     EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
 }
 
-// Closed after the worker has posted its request: the posted message dies with the window.
-TEST_F(DocumentDownload, ClosedBeforeTheFileIsTaken)
+// Closed after the worker has posted its request: the posted message is discarded with the window.
+TEST_F(DocumentDownload, IsNotShownWhenClosedBeforeTheFileIsLoaded)
 {
     server.route("/x.pdf", http_response::ok(pdf_body(2'000)));
     fixture.show_url(server.url(L"/x.pdf"));
@@ -142,7 +134,7 @@ TEST_F(DocumentDownload, ClosedBeforeTheFileIsTaken)
     fixture.close_in_order();
 }
 
-// The document shown again after it was hidden for good fetches its file again.
+// A document that is hidden and shown again downloads its file again.
 TEST_F(DocumentDownload, StartsAgainWithANewWindow)
 {
     server.route("/x.pdf", http_response::ok(pdf_body(2'000)));
@@ -172,8 +164,8 @@ TEST_F(DocumentDownload, TwoDocumentsGetFoldersOfTheirOwn)
     }
 }
 
-// Repeated, to see growth: what the system keeps is bounded, what a document forgot would not be.
-TEST_F(DocumentDownload, ManyLivesDoNotPileUp)
+// Repeated, to see growth: what the system keeps is bounded, a leak of the document would not be.
+TEST_F(DocumentDownload, ManyDocumentsInTurnLeakNoHandles)
 {
     server.route("/x.pdf", http_response::ok(pdf_body(2'000)));
     DWORD first = 0;

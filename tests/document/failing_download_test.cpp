@@ -1,5 +1,5 @@
-// A document that a server sends, from IPersistMoniker::Load to the viewer's open call: every call that it
-// makes of its moniker, its host and its viewer fails once, in every way, and the file comes all the same.
+// A document from a server, from IPersistMoniker::Load to the viewer's open call: each call of its moniker,
+// its host and its viewer fails once, in every way, and the file is shown anyway.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_run.h"
 #include "tests/support/fault_points.h"
@@ -15,7 +15,7 @@ namespace {
 
 constexpr char naming_call[] = "loaded moniker::GetDisplayName";
 
-class FailingHostOfADownload : public testing::TestWithParam<bad_answer>
+class FailingHostOfADownload : public testing::TestWithParam<call_fault>
 {
 protected:
     FailingHostOfADownload()
@@ -24,8 +24,8 @@ protected:
         server_.route("/c/named-by-site.pdf", http_response::ok(pdf_body(2'000)));
     }
 
-    // A life in which the number-th call fails, none for 0. Gives the number of its calls.
-    int live_with(int number)
+    // A run in which the number-th call fails, none for 0. Returns the number of its calls.
+    int run_failing(int number)
     {
         document_fixture fixture;
         prepare_host(fixture, activation_order::create_view_with_site);
@@ -34,7 +34,7 @@ protected:
             fixture.host.calls.fail_call_number(number, GetParam());
         fixture.host.calls.when(naming_call, [&] { naming_call_number_ = fixture.host.calls.total(); });
         server_.forget_requests();
-        EXPECT_EQ(live_from_server(fixture, server_.url(L"/c/d.pdf")), 1) << "downloads";
+        EXPECT_EQ(run_document_from_server(fixture, server_.url(L"/c/d.pdf")), 1) << "downloads";
         expect_shown(fixture);
         fixture.release();
         EXPECT_TRUE(server_.wait_idle(default_deadline_ms)) << "the request is not closed";
@@ -44,7 +44,7 @@ protected:
     int naming_call_number() const { return naming_call_number_; }
 
 private:
-    // A document that does not learn its address from its moniker asks its site for it.
+    // A document that gets no URL from its moniker asks its site for it.
     void expect_shown(const document_fixture& fixture) const
     {
         const std::string& failed = fixture.host.calls.failed_call();
@@ -59,9 +59,9 @@ private:
     int naming_call_number_ = 0;
 };
 
-TEST_P(FailingHostOfADownload, LeavesNothingBehindAndGetsTheFile)
+TEST_P(FailingHostOfADownload, LeaksNothingAndGetsTheFile)
 {
-    const int calls = live_with(0);
+    const int calls = run_failing(0);
     ASSERT_GT(calls, 70) << "the scenario does not reach the host";
     const fault_calls chosen = calls_that_fail(2 * static_cast<int>(GetParam()));
     std::set<int> numbers = {naming_call_number()}; // the one that decides what is fetched, every time
@@ -70,21 +70,20 @@ TEST_P(FailingHostOfADownload, LeavesNothingBehindAndGetsTheFile)
     for (const int number : numbers) {
         SCOPED_TRACE("call " + std::to_string(number) + " of " + std::to_string(calls) + ": " +
                      to_text(GetParam()));
-        expect_balance_in_loop([&] { live_with(number); });
+        expect_balance_in_loop([&] { run_failing(number); });
         if (HasFailure())
             return;
     }
-    report_fault_points("a downloaded document's life on a host", numbers.size());
+    report_fault_points("a downloaded document on a host", numbers.size());
 }
 
-std::string name_of_way(const testing::TestParamInfo<bad_answer>& way)
+std::string name_of_way(const testing::TestParamInfo<call_fault>& way)
 {
     return name_of(way.param);
 }
 
 INSTANTIATE_TEST_SUITE_P(Document, FailingHostOfADownload,
-                         testing::Values(bad_answer::failure, bad_answer::success_null,
-                                         bad_answer::success_untouched),
+                         testing::Values(call_fault::error, call_fault::null_result, call_fault::untouched),
                          name_of_way);
 
 } // namespace

@@ -1,5 +1,5 @@
-// Every call that a document makes of its host and its viewer fails once, in every way: nothing may crash,
-// nothing may stay.
+// Each call that a document makes of its host and its viewer fails once, in every way, without a crash or a
+// leak.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_run.h"
 #include "tests/support/fault_points.h"
@@ -10,7 +10,7 @@
 namespace quill::test {
 namespace {
 
-void fail_each_call(activation_order order, bad_answer kind)
+void fail_each_call(activation_order order, call_fault kind)
 {
     const int calls = count_host_calls(order);
     ASSERT_GT(calls, 30) << "the scenario does not reach the host";
@@ -30,14 +30,14 @@ void fail_each_call(activation_order order, bad_answer kind)
                 ADD_FAILURE() << "the failing call is " << fixture.host.calls.failed_call();
         });
     }
-    report_fault_points("a document's life on a host", points);
+    report_fault_points("a document on a host", points);
 }
 
-class FailingHost : public testing::TestWithParam<std::tuple<activation_order, bad_answer>>
+class FailingHost : public testing::TestWithParam<std::tuple<activation_order, call_fault>>
 {
 };
 
-TEST_P(FailingHost, LeavesNothingBehind)
+TEST_P(FailingHost, LeaksNothing)
 {
     fail_each_call(std::get<0>(GetParam()), std::get<1>(GetParam()));
 }
@@ -45,13 +45,13 @@ TEST_P(FailingHost, LeavesNothingBehind)
 INSTANTIATE_TEST_SUITE_P(Document, FailingHost,
                          testing::Combine(testing::Values(activation_order::create_view_with_site,
                                                           activation_order::site_then_ui_activate),
-                                          testing::ValuesIn(every_bad_answer)),
+                                          testing::ValuesIn(host_faults)),
                          [](const testing::TestParamInfo<FailingHost::ParamType>& way) {
                              return name_of(std::get<0>(way.param)) + "_" + name_of(std::get<1>(way.param));
                          });
 
 // Without any of the site's further interfaces, alone and together.
-TEST(DocumentPoorSite, IsBorneInEveryCombination)
+TEST(DocumentPoorSite, IsHandledInEveryCombination)
 {
     for (unsigned bits = 0; bits < 16; ++bits) {
         SCOPED_TRACE(bits);
@@ -65,7 +65,7 @@ TEST(DocumentPoorSite, IsBorneInEveryCombination)
     }
 }
 
-TEST(DocumentPoorSite, NoneAtAllIsBorne)
+TEST(DocumentPoorSite, MayBeMissing)
 {
     document_fixture fixture;
     fixture.create();

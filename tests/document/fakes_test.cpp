@@ -1,4 +1,4 @@
-// The tests' own tools: that the fakes see what they are to see.
+// Tests of the fakes themselves: they detect what they have to detect.
 #include "tests/support/host/document_host.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/task_memory.h"
@@ -27,18 +27,18 @@ TEST_F(Fakes, AnUnexpectedCallFails)
     EXPECT_NONFATAL_FAILURE(calls.arrive("IOther::Call"), "unexpected call: IOther::Call");
 }
 
-TEST_F(Fakes, APlannedFaultComesInItsTurn)
+TEST_F(Fakes, APlannedFaultIsInjectedAtItsCall)
 {
     call_log calls;
     calls.allow("I::One");
     calls.allow("I::Two");
-    calls.make_fail("I::One", bad_answer::failure, 2);
-    EXPECT_EQ(calls.arrive("I::One"), bad_answer::none);
-    EXPECT_EQ(calls.arrive("I::One"), bad_answer::failure);
-    EXPECT_EQ(calls.arrive("I::One"), bad_answer::none);
-    calls.fail_call_number(5, bad_answer::success_null);
-    EXPECT_EQ(calls.arrive("I::Two"), bad_answer::none);
-    EXPECT_EQ(calls.arrive("I::Two"), bad_answer::success_null);
+    calls.make_fail("I::One", call_fault::error, 2);
+    EXPECT_EQ(calls.arrive("I::One"), call_fault::none);
+    EXPECT_EQ(calls.arrive("I::One"), call_fault::error);
+    EXPECT_EQ(calls.arrive("I::One"), call_fault::none);
+    calls.fail_call_number(5, call_fault::null_result);
+    EXPECT_EQ(calls.arrive("I::Two"), call_fault::none);
+    EXPECT_EQ(calls.arrive("I::Two"), call_fault::null_result);
     EXPECT_EQ(calls.calls().size(), 5u);
 }
 
@@ -62,7 +62,7 @@ TEST_F(Fakes, AReleaseTooManyFails)
     EXPECT_NONFATAL_FAILURE(moniker.Release(), "released once too often");
 }
 
-TEST_F(Fakes, TheViewerIsMadeByItsProgId)
+TEST_F(Fakes, TheViewerIsCreatedByItsProgId)
 {
     const viewer_registration registration;
     call_log calls;
@@ -90,7 +90,7 @@ TEST_F(Fakes, TheViewerIsMadeByItsProgId)
     EXPECT_NE(CoCreateInstance(id, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&viewer)), S_OK);
 }
 
-TEST_F(Fakes, TheRegistrationIsTakenBack)
+TEST_F(Fakes, TheRegistrationIsRemoved)
 {
     CLSID id{};
     const HRESULT before = CLSIDFromProgID(viewer_prog_id, &id);
@@ -112,7 +112,7 @@ TEST_F(Fakes, TaskMemoryIsCounted)
     EXPECT_EQ(outstanding_task_memory(), before);
 }
 
-TEST_F(Fakes, AHostLeavesNothing)
+TEST_F(Fakes, AHostLeaksNothing)
 {
     {
         const document_host warm_up;

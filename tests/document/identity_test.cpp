@@ -1,4 +1,4 @@
-// What the document object answers when it is asked for interfaces, and how its class object makes it.
+// The interfaces of the document object, and its creation by the class object.
 #include "tests/document/document_fixture.h"
 
 #include <docobj.h>
@@ -61,7 +61,7 @@ const named_interface refused[] = {
     {"viewer", &viewer_interface_id},
 };
 
-QUILL_DOCUMENT_TEST(DocumentIdentity, AnswersEachInterfaceWithOneIdentity)
+QUILL_DOCUMENT_TEST(DocumentIdentity, OffersEachInterfaceWithOneIdentity)
 {
     fixture.create();
     for (const auto& from : offered) {
@@ -81,7 +81,7 @@ QUILL_DOCUMENT_TEST(DocumentIdentity, AnswersEachInterfaceWithOneIdentity)
     }
 }
 
-QUILL_DOCUMENT_TEST(DocumentIdentity, GivesTheSamePointerEachTime)
+QUILL_DOCUMENT_TEST(DocumentIdentity, ReturnsTheSamePointerEachTime)
 {
     fixture.create();
     for (const auto& wanted : offered) {
@@ -94,7 +94,7 @@ QUILL_DOCUMENT_TEST(DocumentIdentity, GivesTheSamePointerEachTime)
     }
 }
 
-QUILL_DOCUMENT_TEST(DocumentIdentity, RefusesOtherInterfacesAndClearsTheOutArgument)
+QUILL_DOCUMENT_TEST(DocumentIdentity, RefusesOtherInterfacesAndClearsTheOutParameter)
 {
     fixture.create();
     for (const auto& unwanted : refused) {
@@ -116,7 +116,7 @@ QUILL_DOCUMENT_TEST(DocumentIdentity, LogsAnAddressInsideTheObject)
     EXPECT_EQ(fixture.address, pointer_text(reinterpret_cast<const void*>(logged)));
 }
 
-QUILL_DOCUMENT_TEST(DocumentIdentity, RefusesToBeAggregated)
+QUILL_DOCUMENT_TEST(DocumentIdentity, RefusesAggregation)
 {
     ComPtr<IClassFactory> factory;
     ASSERT_EQ(fixture.module.get_class_object(active_document_class_id, IID_PPV_ARGS(&factory)), S_OK);
@@ -131,7 +131,7 @@ QUILL_DOCUMENT_TEST(DocumentIdentity, RefusesToBeAggregated)
     EXPECT_EQ(out, nullptr);
 }
 
-QUILL_DOCUMENT_TEST(DocumentIdentity, KeepsTheModuleLoadedWhileItLives)
+QUILL_DOCUMENT_TEST(DocumentIdentity, KeepsTheModuleLoadedUntilItsDestruction)
 {
     EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
     fixture.create();
@@ -156,9 +156,9 @@ QUILL_DOCUMENT_TEST(DocumentIdentity, HasAutomationWithoutAnyMember)
                                           nullptr, nullptr, nullptr)));
 }
 
-QUILL_DOCUMENT_TEST(DocumentIdentity, AnnouncesItsBirthAndItsEnd)
+QUILL_DOCUMENT_TEST(DocumentIdentity, LogsItsCreationAndDestruction)
 {
-    fixture.create(); // takes the line of the construction
+    fixture.create(); // reads the line of the construction
     EXPECT_EQ(fixture.take_log(), std::vector<std::string>{});
     fixture.log.skip();
     fixture.host.document = nullptr;

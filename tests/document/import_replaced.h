@@ -1,4 +1,4 @@
-// A function of the test's in the module's place for an imported one.
+// Replaces a function that the module imports by one of the test.
 #pragma once
 
 #include "tests/support/faults/import_table.h"

@@ -1,4 +1,4 @@
-// Numbers of the documents in one browser window.
+// The numbers of the documents in one browser window.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 
@@ -12,7 +12,7 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-// One more document of the same module, in a host of its own whose browser window can be another's.
+// Another document of the same module, in a host of its own with any browser window.
 class further_document
 {
 public:
@@ -89,7 +89,7 @@ QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedPerBrowserWindow)
     EXPECT_EQ(second.number(), 1u);
 }
 
-// The entry goes with the first document that goes, whatever its count.
+// The entry is removed with the first document that is destroyed, whatever its count.
 QUILL_DOCUMENT_TEST(DocumentInstances, StartAgainWhenOneIsDestroyed)
 {
     const HWND browser = fixture.host.frame_window();
@@ -122,7 +122,7 @@ QUILL_DOCUMENT_TEST(DocumentInstances, AreNumberedWithoutABrowserWindowToo)
     EXPECT_EQ(second.number(), 1u);
 }
 
-// The window is asked for once; what it is later does not matter.
+// The window is requested once; later changes do not matter.
 QUILL_DOCUMENT_TEST(DocumentInstances, BelongToTheWindowOfTheCreation)
 {
     document_host other;
@@ -140,7 +140,7 @@ QUILL_DOCUMENT_TEST(DocumentInstances, ADocumentClosedBeforeItIsCountedDoesNotCo
     const further_document first(fixture, fixture.host.frame_window());
     EXPECT_EQ(first.number(), 0u);
     fixture.host.calls.when("IShellBrowser::GetWindow",
-                          [&] { fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(); });
+                            [&] { fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(); });
     fixture.create();
     fixture.set_site();
     fixture.load_file(fixture.pdf());

@@ -1,8 +1,9 @@
-// The last Release on another thread than the document's own: the download's worker, whose urlmon holds the
-// document, or any other. The document is destroyed on its own thread.
+// The last Release on another thread than that of the document: on the download worker, whose urlmon holds
+// the document, or on any other. The document is destroyed on its own thread.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/import_replaced.h"
+#include "tests/support/download_setting.h"
 #include "tests/support/http_server.h"
 #include "tests/support/scopes.h"
 #include "tests/support/wait.h"
@@ -19,9 +20,7 @@
 namespace quill::test {
 namespace {
 
-constexpr UINT message_release = 0x8712;
-
-// Stands for a urlmon that holds its caller to the end of the download.
+// Replaces urlmon; holds a reference to the caller until the end of the download.
 struct holding_urlmon
 {
     holding_urlmon() { instance = this; }
@@ -55,8 +54,8 @@ bool is_signalled(HANDLE event)
     return WaitForSingleObject(event, 0) == WAIT_OBJECT_0;
 }
 
-// Drops what the host holds, without deactivating; others still hold the document.
-void host_drops_everything(document_fixture& fixture)
+// Releases the host's references without deactivating; others still hold the document.
+void release_host(document_fixture& fixture)
 {
     fixture.host.view.Reset();
     fixture.host.frame.drop_active_object();
@@ -64,7 +63,7 @@ void host_drops_everything(document_fixture& fixture)
     EXPECT_NE(fixture.document.Detach()->Release(), 0u);
 }
 
-// The lines are of this thread only: destroyed elsewhere, the document has none here.
+// The lines are of this thread only: a document that is destroyed on another thread leaves none here.
 void expect_destroyed_here(document_fixture& fixture, const std::vector<std::string>& logged)
 {
     EXPECT_NE(std::find(logged.begin(), logged.end(), "~@"), logged.end())
@@ -75,7 +74,7 @@ void expect_destroyed_here(document_fixture& fixture, const std::vector<std::str
     EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
 }
 
-// Releases a reference on a thread of its own and waits for that thread without delivering messages.
+// Releases a reference on a new thread and waits for that thread without dispatching messages.
 void release_on_other_thread(IUnknown* reference)
 {
     std::thread([reference] { reference->Release(); }).join();
@@ -95,7 +94,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnTheWorker)
     ASSERT_TRUE(wait_until([&] { return is_signalled(urlmon.has_begun); }));
     const HWND window = fixture.window();
     fixture.take_log();
-    host_drops_everything(fixture);
+    release_host(fixture);
     EXPECT_TRUE(IsWindow(window)) << "the worker still holds the document";
     SetEvent(urlmon.may_end);
     EXPECT_EQ(WaitForSingleObject(urlmon.has_released, default_deadline_ms), WAIT_OBJECT_0);
@@ -106,15 +105,15 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnTheWorker)
     fixture.wait_for_no_worker();
 }
 
-// The window's destruction waits for the worker, and urlmon's Release is not the last then.
-QUILL_DOCUMENT_TEST(DocumentReleasedLast, NotOnTheWorkerOfAWindowThatGoesFirst)
+// The destruction of the window waits for the worker, so urlmon's Release is not the last one.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, NeverOnTheWorkerOfAWindowThatIsDestroyedFirst)
 {
     holding_urlmon urlmon;
     const import_replaced download(fixture.module.handle(), "URLDownloadToFileW", &holding_urlmon::download);
     fixture.show_url(L"http://127.0.0.1:1/x.pdf");
     ASSERT_TRUE(wait_until([&] { return is_signalled(urlmon.has_begun); }));
     fixture.take_log();
-    host_drops_everything(fixture);
+    release_host(fixture);
     SetEvent(urlmon.may_end);
     fixture.host.destroy_windows();
     EXPECT_TRUE(is_signalled(urlmon.has_released));
@@ -127,7 +126,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnyOtherThreadWaitsForTheWindowsThre
     fixture.show_file(fixture.pdf());
     const HWND window = fixture.window();
     IUnknown* const reference = reference_to(fixture);
-    host_drops_everything(fixture);
+    release_host(fixture);
     fixture.take_log();
     release_on_other_thread(reference);
     EXPECT_TRUE(IsWindow(window));
@@ -136,24 +135,24 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnyOtherThreadWaitsForTheWindowsThre
     expect_destroyed_here(fixture, fixture.take_log());
 }
 
-QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenThatIsDestroyedFirst)
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsDestroyedWithTheWindowWhenThatIsDestroyedFirst)
 {
     fixture.show_file(fixture.pdf());
     IUnknown* const reference = reference_to(fixture);
-    host_drops_everything(fixture);
+    release_host(fixture);
     fixture.take_log();
     release_on_other_thread(reference);
     fixture.host.destroy_windows(); // and with them the message
     expect_destroyed_here(fixture, fixture.take_log());
 }
 
-QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnotherThreadAfterTheWindowIsGone)
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnotherThreadAfterTheWindowIsDestroyed)
 {
     fixture.show_file(fixture.pdf());
     IUnknown* const reference = reference_to(fixture);
     fixture.close_in_order();
     fixture.host.view.Reset();
-    host_drops_everything(fixture);
+    release_host(fixture);
     release_on_other_thread(reference);
     pump_messages();
     EXPECT_TRUE(wait_until([&] { return fixture.module.can_unload_now() == S_OK; }));
@@ -164,7 +163,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnAnotherThreadWithoutEverHavingAWindo
 {
     fixture.create();
     IUnknown* const reference = reference_to(fixture);
-    host_drops_everything(fixture);
+    release_host(fixture);
     release_on_other_thread(reference);
     EXPECT_TRUE(wait_until([&] { return fixture.module.can_unload_now() == S_OK; }));
 }
@@ -175,14 +174,14 @@ BOOL WINAPI refuse_message(HWND, UINT, WPARAM, LPARAM)
     return FALSE;
 }
 
-// The queue is full: it takes no posted message.
-QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsToldToAThreadWithAFullQueue)
+// The queue is full and accepts no posted message.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, ReachesAThreadWithAFullQueue)
 {
     fixture.show_file(fixture.pdf());
     const import_replaced post(fixture.module.handle(), "PostMessageW", &refuse_message);
     const HWND window = fixture.window();
     IUnknown* const reference = reference_to(fixture);
-    host_drops_everything(fixture);
+    release_host(fixture);
     fixture.take_log();
     release_on_other_thread(reference);
     EXPECT_TRUE(IsWindow(window));
@@ -190,14 +189,14 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsToldToAThreadWithAFullQueue)
     expect_destroyed_here(fixture, fixture.take_log());
 }
 
-QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenNoMessageIsTaken)
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsDestroyedWithTheWindowWhenNoMessageIsHandled)
 {
     fixture.show_file(fixture.pdf());
     const import_replaced post(fixture.module.handle(), "PostMessageW", &refuse_message);
     const import_replaced send(fixture.module.handle(), "SendNotifyMessageW", &refuse_message);
     const HWND window = fixture.window();
     IUnknown* const reference = reference_to(fixture);
-    host_drops_everything(fixture);
+    release_host(fixture);
     fixture.take_log();
     release_on_other_thread(reference);
     pump_messages();
@@ -206,13 +205,13 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowWhenNoMessageIsTaken)
     expect_destroyed_here(fixture, fixture.take_log());
 }
 
-// The document holds its site and no window.
+// The document holds its site and has no window.
 IUnknown* last_reference_without_window(document_fixture& fixture)
 {
     fixture.show_file(fixture.pdf());
     EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
     IUnknown* const reference = reference_to(fixture);
-    host_drops_everything(fixture);
+    release_host(fixture);
     fixture.take_log();
     return reference;
 }
@@ -231,7 +230,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithASiteAndNeverAWindowWaitsForTheThr
     fixture.create();
     fixture.set_site();
     IUnknown* const reference = reference_to(fixture);
-    host_drops_everything(fixture);
+    release_host(fixture);
     fixture.take_log();
     release_on_other_thread(reference);
     EXPECT_NE(fixture.host.site.references(), 0) << "the host's site was released on the other thread";
@@ -239,7 +238,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithASiteAndNeverAWindowWaitsForTheThr
     expect_destroyed_here(fixture, fixture.take_log());
 }
 
-// No message is needed to wake a thread that has messages.
+// A thread that has messages needs no further message to wake up.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowReachesAThreadWithAFullQueue)
 {
     const import_replaced post(
@@ -254,7 +253,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowReachesAThreadWithAFullQ
     expect_destroyed_here(fixture, fixture.take_log());
 }
 
-// Nothing could reach it later.
+// Later, it could not be reached.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowIsDestroyedAtOnceForAThreadThatTakesNoMessages)
 {
     const import_replaced post(
@@ -269,13 +268,13 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowIsDestroyedAtOnceForAThr
     pump_messages();
 }
 
-// The window that was told of the reference is replaced by another one before it gets the message.
-QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowThatReplacesTheOneThatWasTold)
+// The window that was notified is replaced by another one before it gets the message.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsDestroyedWithTheWindowThatReplacesTheNotifiedOne)
 {
     fixture.show_file(fixture.pdf());
     const HWND window = fixture.window();
     IUnknown* const reference = reference_to(fixture);
-    host_drops_everything(fixture);
+    release_host(fixture);
     fixture.take_log();
     bool is_replaced = false;
     HWND second = nullptr;
@@ -300,8 +299,8 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, GoesWithTheWindowThatReplacesTheOneTha
     expect_destroyed_here(fixture, fixture.take_log());
 }
 
-// Any program can send the window a message.
-QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsNotToBeForged)
+// Any program can send the message to the window.
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, IgnoresAForgedReleaseMessage)
 {
     fixture.show_file(fixture.pdf());
     const ULONG before = fixture.document.Get()->AddRef();
@@ -314,7 +313,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, IsNotToBeForged)
     fixture.close_in_order();
 }
 
-// A message of the window's takes a reference and releases it while the other thread drops the last one.
+// A message of the window takes a reference and releases it while the other thread releases the last one.
 QUILL_DOCUMENT_TEST(DocumentReleasedLast, WhileTheWindowHandlesMessages)
 {
     constexpr int rounds = 10;
@@ -322,7 +321,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WhileTheWindowHandlesMessages)
         fixture.show_file(fixture.pdf());
         const HWND window = fixture.window();
         IUnknown* const reference = reference_to(fixture);
-        host_drops_everything(fixture);
+        release_host(fixture);
         fixture.take_log();
         std::atomic<bool> is_released{false};
         std::thread other([&] {
@@ -343,22 +342,19 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WhileTheWindowHandlesMessages)
     }
 }
 
-// The system's download service keeps handles of its own from the first use on: no balance here.
+// Not in balance: the system's download service keeps handles from its first use on.
 struct DocumentReleasedWhileDownloading : testing::TestWithParam<bool>
 {
-    registry_key_scope settings{HKEY_CURRENT_USER,
-                                L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin"};
+    download_setting settings;
     http_server server;
     document_fixture fixture;
 
-    // The server says nothing after the first bytes.
+    // The server sends nothing after the first bytes.
     void show_held()
     {
         if (GetParam())
-            settings.set_string(L"kIEBrowserPluginWinINet", L"/b 1");
-        auto held = http_response::ok(pdf_body(100'000));
-        held.piece_size = 1'000;
-        held.piece_delay_ms = 50;
+            settings.use_wininet();
+        auto held = http_response::slow(pdf_body(100'000), 1'000, 50);
         server.route("/x.pdf", held);
         fixture.show_url(server.url(L"/x.pdf"));
         ASSERT_TRUE(wait_until([&] { return !server.requests().empty(); }));
@@ -380,7 +376,7 @@ TEST_P(DocumentReleasedWhileDownloading, ByAnotherThread)
     show_held();
     const HWND window = fixture.window();
     IUnknown* const reference = reference_to(fixture);
-    host_drops_everything(fixture);
+    release_host(fixture);
     fixture.take_log();
     release_on_other_thread(reference);
     EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));

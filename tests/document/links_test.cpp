@@ -1,4 +1,4 @@
-// Links that the viewer asks to open: resolved against the document's address, opened by the browser.
+// Links that the viewer asks to open: resolved against the URL of the document, opened by the browser.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 
@@ -22,7 +22,7 @@ void open_link(document_fixture& fixture, const wchar_t* link, WPARAM new_window
     EXPECT_EQ(fixture.send_text(message_open_link, new_window, link), 0);
 }
 
-QUILL_DOCUMENT_TEST(DocumentLinks, AreResolvedAgainstTheDocument)
+QUILL_DOCUMENT_TEST(DocumentLinks, ResolvesRelativeLinksAgainstTheDocument)
 {
     struct link_case
     {
@@ -30,26 +30,11 @@ QUILL_DOCUMENT_TEST(DocumentLinks, AreResolvedAgainstTheDocument)
         const wchar_t* link;
         const wchar_t* opened;
     };
+    // The rules of the resolution are tested with ResolveLink.
     const link_case cases[] = {
         {L"http://host.test/a/c/d.pdf", L"../b.pdf", L"http://host.test/a/b.pdf"},
-        {L"http://host.test/a/c/d.pdf", L"/x.pdf", L"http://host.test/x.pdf"},
-        {L"http://host.test/a/c/d.pdf", L"x.pdf", L"http://host.test/a/c/x.pdf"},
-        {L"http://host.test/a/c/d.pdf", L"./x.pdf", L"http://host.test/a/c/x.pdf"},
-        {L"http://host.test/a/c/d.pdf", L"../../x.pdf", L"http://host.test/x.pdf"},
-        {L"http://host.test/a/c/d.pdf", L"../../../x.pdf", L"http://host.test/x.pdf"},
-        {L"http://host.test/a/c/d.pdf", L"sub/x.pdf#page=2", L"http://host.test/a/c/sub/x.pdf#page=2"},
-        {L"http://host.test/a/c/d.pdf", L"#page=2", L"http://host.test/a/c/#page=2"},
         {L"http://host.test/a/c/d.pdf", L"", L"http://host.test/a/c/"},
-        {L"http://host.test/a/c/d.pdf", L"a/../b.pdf", L"http://host.test/a/./b.pdf"},
-        {L"http://host.test/a/c/d.pdf", L"a/./b.pdf", L"http://host.test/a/c/./b.pdf"},
-        {L"http://host.test/a/c/d.pdf", L"a b.pdf", L"http://host.test/a/c/a b.pdf"},
-        {L"https://host.test/a/c/d.pdf", L"../b.pdf", L"https://host.test/a/b.pdf"},
         {L"https://host.test:8443/a/d.pdf", L"/b.pdf", L"https://host.test:8443/b.pdf"},
-        {L"http://host.test/a/get.aspx?f=/z/y.pdf", L"x.pdf", L"http://host.test/a/x.pdf"},
-        {L"http://host.test/a/d.pdf?x=1?y=2", L"/x.pdf", L"http://host.test/x.pdf"},
-        {L"http://host.test/d.pdf", L"x.pdf", L"http://host.test/x.pdf"},
-        {L"http://host.test/d.pdf", L"/x.pdf", L"http://host.test/x.pdf"},
-        {L"file:///c:/a/d.pdf", L"x.pdf", L"file:///c:/a/x.pdf"},
     };
     show_with_address(fixture, L"");
     for (const auto& one : cases) {
@@ -62,12 +47,10 @@ QUILL_DOCUMENT_TEST(DocumentLinks, AreResolvedAgainstTheDocument)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLinks, AbsoluteOnesAreOpenedAsTheyAre)
+QUILL_DOCUMENT_TEST(DocumentLinks, OpensAbsoluteLinksUnchanged)
 {
     show_with_address(fixture, L"http://host.test/a/c/d.pdf");
-    for (const wchar_t* link :
-         {L"http://other.test/a/../q.pdf", L"https://other.test/", L"ftp://other.test/x", L"www.other.test/x",
-          L"mailto:a@b.test", L"file:///c:/x.pdf", L"q?u=http://x.test/"}) {
+    for (const wchar_t* link : {L"http://other.test/a/../q.pdf", L"www.other.test/x"}) {
         SCOPED_TRACE(testing::PrintToString(link));
         open_link(fixture, link);
         ASSERT_EQ(fixture.host.browser.navigations.size(), 1u);
@@ -77,7 +60,7 @@ QUILL_DOCUMENT_TEST(DocumentLinks, AbsoluteOnesAreOpenedAsTheyAre)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLinks, AreOpenedWithPlainArguments)
+QUILL_DOCUMENT_TEST(DocumentLinks, NavigatesWithDefaultArguments)
 {
     show_with_address(fixture, L"http://host.test/a/c/d.pdf");
     for (const WPARAM new_window : {WPARAM{0}, WPARAM{1}, WPARAM{0x1'0000'0000}}) {
@@ -94,18 +77,18 @@ QUILL_DOCUMENT_TEST(DocumentLinks, AreOpenedWithPlainArguments)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLinks, RelativeOnesNeedTheDocumentsMoniker)
+QUILL_DOCUMENT_TEST(DocumentLinks, OpensNoRelativeLinkWithoutTheDocumentMoniker)
 {
     show_with_address(fixture, L"http://host.test/a/c/d.pdf");
     fixture.host.container_moniker.display_name = L"http://host.test/container/d.pdf";
     for (const char* call : {"IOleClientSite::GetMoniker", "object moniker::GetDisplayName"}) {
-        for (const bad_answer kind : every_bad_answer) {
+        for (const call_fault kind : host_faults) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
             fixture.host.calls.make_fail(call, kind);
             open_link(fixture, L"x.pdf");
             EXPECT_TRUE(fixture.host.browser.navigations.empty());
         }
-        fixture.host.calls.make_fail(call, bad_answer::none);
+        fixture.host.calls.make_fail(call, call_fault::none);
     }
     fixture.host.object_moniker.display_name.reset();
     open_link(fixture, L"x.pdf");
@@ -115,22 +98,22 @@ QUILL_DOCUMENT_TEST(DocumentLinks, RelativeOnesNeedTheDocumentsMoniker)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLinks, NeedTheBrowser)
+QUILL_DOCUMENT_TEST(DocumentLinks, OpensNothingWithoutTheBrowser)
 {
     show_with_address(fixture, L"http://host.test/a/c/d.pdf");
-    for (const bad_answer kind : every_bad_answer) {
+    for (const call_fault kind : host_faults) {
         SCOPED_TRACE(to_text(kind));
         fixture.host.calls.make_fail("IServiceProvider::QueryService", kind);
         open_link(fixture, L"x.pdf");
         EXPECT_TRUE(fixture.host.browser.navigations.empty());
     }
-    fixture.host.calls.make_fail("IServiceProvider::QueryService", bad_answer::none);
-    fixture.host.calls.make_fail("IWebBrowser2::Navigate", bad_answer::failure);
+    fixture.host.calls.make_fail("IServiceProvider::QueryService", call_fault::none);
+    fixture.host.calls.make_fail("IWebBrowser2::Navigate", call_fault::error);
     open_link(fixture, L"x.pdf");
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLinks, OfAnyLengthAreOpened)
+QUILL_DOCUMENT_TEST(DocumentLinks, OpensLinksOfAnyLength)
 {
     std::wstring address = L"http://host.test/";
     address.append(50'000, L'a').append(L"/d.pdf");
@@ -148,7 +131,7 @@ QUILL_DOCUMENT_TEST(DocumentLinks, OfAnyLengthAreOpened)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLinks, WithoutTextNothingIsOpened)
+QUILL_DOCUMENT_TEST(DocumentLinks, IgnoresANullLink)
 {
     show_with_address(fixture, L"http://host.test/a/c/d.pdf");
     open_link(fixture, nullptr);

@@ -1,4 +1,4 @@
-// LOADFILE: opening what the path buffer names, and judging the viewer's answer.
+// LOADFILE: opens the file in the path buffer and evaluates the viewer's result.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/support/text.h"
@@ -9,9 +9,7 @@
 namespace quill::test {
 namespace {
 
-using lines = std::vector<std::string>;
-
-// A document whose window waits for its file: the download has failed, page and zoom are asked for.
+// A document whose window waits for its file: the download has failed, page and zoom are read.
 void show_waiting(document_fixture& fixture)
 {
     fixture.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
@@ -45,7 +43,7 @@ QUILL_DOCUMENT_TEST(DocumentLoad, ReloadsEachTime)
     fixture.close_in_order();
 }
 
-// The check was the worker's: whatever exists is opened.
+// The worker has checked the file: any existing file is opened.
 QUILL_DOCUMENT_TEST(DocumentLoad, DoesNotCheckAgain)
 {
     show_waiting(fixture);
@@ -68,7 +66,7 @@ QUILL_DOCUMENT_TEST(DocumentLoad, WithoutAFileOnlyHidesThePane)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLoad, WithoutAnyPathDoesNothing)
+QUILL_DOCUMENT_TEST(DocumentLoad, DoesNothingWithoutAPath)
 {
     show_waiting(fixture);
     EXPECT_EQ(fixture.send(message_load_file), 0);
@@ -114,21 +112,21 @@ QUILL_DOCUMENT_TEST(DocumentLoad, OnlyTrueIsSuccess)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLoad, AFailingViewerIsBorne)
+QUILL_DOCUMENT_TEST(DocumentLoad, HandlesAFailingViewer)
 {
     show_waiting(fixture);
     const std::wstring path = fixture.pdf();
-    fixture.host.calls.make_fail("viewer::1", bad_answer::failure);
+    fixture.host.calls.make_fail("viewer::1", call_fault::error);
     load_fetched_file(fixture, path);
     EXPECT_EQ(fixture.take_log(), load_lines(path, 0));
-    fixture.host.calls.make_fail("viewer::1", bad_answer::success_null);
+    fixture.host.calls.make_fail("viewer::1", call_fault::null_result);
     load_fetched_file(fixture, path);
     EXPECT_EQ(fixture.take_log(), load_lines(path, 0));
     EXPECT_EQ(fixture.viewer.texts().size(), 2u);
     fixture.close_in_order();
 }
 
-// Only the type of a failed call's result is promised to be empty.
+// The result of a failed call has no defined value.
 QUILL_DOCUMENT_TEST(DocumentLoad, TheResultOfAFailedCallIsNotLogged)
 {
     show_waiting(fixture);
@@ -149,14 +147,14 @@ QUILL_DOCUMENT_TEST(DocumentLoad, TheResultOfAFailedCallIsNotLogged)
     fixture.close_in_order();
 }
 
-// A failed call's value is no reference: this one has none to be released.
+// The value of a failed call is not a reference: this one has none to release.
 QUILL_DOCUMENT_TEST(DocumentLoad, TheResultOfAFailedCallIsNotReleased)
 {
     show_waiting(fixture);
     const std::wstring path = fixture.pdf();
     fixture.viewer.failure_leaves = static_cast<IUnknown*>(&fixture.host.browser);
-    fixture.host.calls.make_fail("viewer::1", bad_answer::failure);
-    fixture.host.calls.make_fail("viewer::19", bad_answer::failure);
+    fixture.host.calls.make_fail("viewer::1", call_fault::error);
+    fixture.host.calls.make_fail("viewer::19", call_fault::error);
     load_fetched_file(fixture, path);
     EXPECT_EQ(fixture.take_log(), load_lines(path, 0));
     fixture.send(WM_KEYDOWN, 'A', 1);
@@ -164,7 +162,7 @@ QUILL_DOCUMENT_TEST(DocumentLoad, TheResultOfAFailedCallIsNotReleased)
     fixture.close_in_order();
 }
 
-// Results that own something: the document has to let go of them.
+// Results that own something: the document has to free them.
 QUILL_DOCUMENT_TEST(DocumentLoad, AResultOfAnyTypeIsFreed)
 {
     show_waiting(fixture);
@@ -191,10 +189,10 @@ QUILL_DOCUMENT_TEST(DocumentLoad, AResultOfAnyTypeIsFreed)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLoad, FailingPageAndZoomDoNotMatter)
+QUILL_DOCUMENT_TEST(DocumentLoad, IgnoresFailingPageAndZoomCalls)
 {
-    fixture.host.calls.make_fail("viewer::4", bad_answer::failure);
-    fixture.host.calls.make_fail("viewer::9", bad_answer::failure);
+    fixture.host.calls.make_fail("viewer::4", call_fault::error);
+    fixture.host.calls.make_fail("viewer::9", call_fault::error);
     show_waiting(fixture);
     const std::wstring path = fixture.pdf();
     load_fetched_file(fixture, path);
@@ -238,7 +236,7 @@ QUILL_DOCUMENT_TEST(DocumentLoad, NamesOfAnyLanguageAreOpened)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLoad, WithoutAViewerNothingIsOpened)
+QUILL_DOCUMENT_TEST(DocumentLoad, OpensNothingWithoutAViewer)
 {
     fixture.registration.remove();
     fixture.show_url(unserved_url);

@@ -8,8 +8,6 @@
 namespace quill::test {
 namespace {
 
-using lines = std::vector<std::string>;
-
 lines menu_calls(document_fixture& fixture)
 {
     return fixture.host.calls.calls_of({"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu"});
@@ -20,10 +18,11 @@ bool is_freed(HOLEMENU descriptor)
     return GlobalFlags(descriptor) == GMEM_INVALID_HANDLE;
 }
 
-QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedAfterTheLoadAndTakenBackAtTheEnd)
+QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedAfterTheLoadAndRemovedAtDeactivation)
 {
     fixture.show_file(fixture.pdf());
-    ASSERT_EQ(menu_calls(fixture), (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
+    ASSERT_EQ(menu_calls(fixture),
+              (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
     const HMENU shared = fixture.host.frame.filled_menus[0];
     const auto merged = fixture.host.frame.set_menus[0];
     EXPECT_EQ(merged.menu, shared);
@@ -50,7 +49,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedAfterPageAndZoomAreShown)
     fixture.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
     lines viewer_calls;
     fixture.host.calls.when("IOleInPlaceFrame::InsertMenus",
-                          [&] { viewer_calls = fixture.viewer.texts(viewer_set_zoom); });
+                            [&] { viewer_calls = fixture.viewer.texts(viewer_set_zoom); });
     fixture.show_file(fixture.pdf());
     EXPECT_EQ(viewer_calls, lines{"9(R8 0.5)"});
     fixture.close_in_order();
@@ -62,18 +61,20 @@ QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedOnce)
     EXPECT_EQ(fixture.send(message_load_file), 0);
     EXPECT_EQ(fixture.send(message_load_file), 0);
     EXPECT_EQ(fixture.viewer.texts(viewer_open).size(), 3u);
-    EXPECT_EQ(menu_calls(fixture), (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
+    EXPECT_EQ(menu_calls(fixture),
+              (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMenu, WaitsForTheFirstSuccessfulLoad)
+QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedAfterTheFirstSuccessfulLoad)
 {
     fixture.viewer.answer_bool(viewer_open, VARIANT_FALSE);
     fixture.show_file(fixture.pdf());
     EXPECT_EQ(menu_calls(fixture), lines{});
     fixture.viewer.answer_bool(viewer_open, VARIANT_TRUE);
     EXPECT_EQ(fixture.send(message_load_file), 0);
-    EXPECT_EQ(menu_calls(fixture), (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
+    EXPECT_EQ(menu_calls(fixture),
+              (lines{"IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu menu"}));
     fixture.close_in_order();
 }
 
@@ -92,7 +93,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, IsNotMergedAfterInPlaceActivation)
 }
 
 // The verb that clears the flag need not be the one that activates.
-QUILL_DOCUMENT_TEST(DocumentMenu, StaysUnmergedForGoodAfterInPlaceActivation)
+QUILL_DOCUMENT_TEST(DocumentMenu, IsNeverMergedAfterInPlaceActivation)
 {
     fixture.create();
     fixture.set_site();
@@ -105,9 +106,9 @@ QUILL_DOCUMENT_TEST(DocumentMenu, StaysUnmergedForGoodAfterInPlaceActivation)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMenu, RefusedByTheFrameIsDestroyedAtOnce)
+QUILL_DOCUMENT_TEST(DocumentMenu, IsDestroyedAtOnceWhenTheFrameRefusesIt)
 {
-    fixture.host.calls.make_fail("IOleInPlaceFrame::InsertMenus", bad_answer::failure_untouched);
+    fixture.host.calls.make_fail("IOleInPlaceFrame::InsertMenus", call_fault::error_untouched);
     fixture.show_file(fixture.pdf());
     EXPECT_EQ(menu_calls(fixture), lines{"IOleInPlaceFrame::InsertMenus"});
     ASSERT_EQ(fixture.host.frame.filled_menus.size(), 1u);
@@ -115,9 +116,9 @@ QUILL_DOCUMENT_TEST(DocumentMenu, RefusedByTheFrameIsDestroyedAtOnce)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMenu, NotTakenByTheFrameIsDestroyedInTheEnd)
+QUILL_DOCUMENT_TEST(DocumentMenu, IsDestroyedAtTheEndWhenTheFrameDoesNotTakeIt)
 {
-    fixture.host.calls.make_fail("IOleInPlaceFrame::SetMenu", bad_answer::failure);
+    fixture.host.calls.make_fail("IOleInPlaceFrame::SetMenu", call_fault::error);
     fixture.show_file(fixture.pdf());
     ASSERT_EQ(fixture.host.frame.filled_menus.size(), 1u);
     ASSERT_GE(fixture.host.frame.set_menus.size(), 1u);
@@ -126,9 +127,9 @@ QUILL_DOCUMENT_TEST(DocumentMenu, NotTakenByTheFrameIsDestroyedInTheEnd)
     EXPECT_TRUE(is_freed(fixture.host.frame.set_menus[0].descriptor));
 }
 
-QUILL_DOCUMENT_TEST(DocumentMenu, WithoutAFrameAtTheEndIsDestroyedAllTheSame)
+QUILL_DOCUMENT_TEST(DocumentMenu, IsDestroyedWithoutAFrameAtTheEnd)
 {
-    for (const bad_answer kind : every_bad_answer) {
+    for (const call_fault kind : host_faults) {
         SCOPED_TRACE(to_text(kind));
         fixture.host.frame.filled_menus.clear();
         fixture.host.frame.set_menus.clear();
@@ -138,13 +139,13 @@ QUILL_DOCUMENT_TEST(DocumentMenu, WithoutAFrameAtTheEndIsDestroyedAllTheSame)
         fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
         EXPECT_FALSE(IsMenu(fixture.host.frame.filled_menus[0]));
         EXPECT_TRUE(is_freed(fixture.host.frame.set_menus[0].descriptor));
-        fixture.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", bad_answer::none);
+        fixture.host.calls.make_fail("IOleInPlaceSite::GetWindowContext", call_fault::none);
         fixture.close_in_order();
         fixture.release();
     }
 }
 
-QUILL_DOCUMENT_TEST(DocumentMenu, IsTakenBackAlsoWhenTheWindowsGoFirst)
+QUILL_DOCUMENT_TEST(DocumentMenu, IsRemovedWhenTheWindowsAreDestroyedFirst)
 {
     fixture.show_file(fixture.pdf());
     const HMENU shared = fixture.host.frame.filled_menus[0];
@@ -163,7 +164,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, AnUnmergedDocumentResetsTheFrameToo)
     EXPECT_EQ(menu_calls(fixture), lines{"IOleInPlaceFrame::SetMenu null"});
 }
 
-QUILL_DOCUMENT_TEST(DocumentMenu, LeavesNothingBehindAfterReactivation)
+QUILL_DOCUMENT_TEST(DocumentMenu, LeaksNothingAfterReactivation)
 {
     fixture.show_file(fixture.pdf());
     fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();

@@ -1,4 +1,4 @@
-// The private messages, one by one, with every bad argument.
+// The private messages one by one, with every invalid argument.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/support/text.h"
@@ -10,8 +10,6 @@
 
 namespace quill::test {
 namespace {
-
-using lines = std::vector<std::string>;
 
 LPARAM address_of(void* pointer)
 {
@@ -27,7 +25,7 @@ void show_idle(document_fixture& fixture)
     fixture.host.calls.forget_calls();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMessages, TheReservedOneDoesNothing)
+QUILL_DOCUMENT_TEST(DocumentMessages, TheReservedNumberIsIgnored)
 {
     show_idle(fixture);
     EXPECT_EQ(fixture.send(message_reserved, 0, 0), 0);
@@ -37,7 +35,7 @@ QUILL_DOCUMENT_TEST(DocumentMessages, TheReservedOneDoesNothing)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMessages, NullArgumentsAreAnsweredWithZero)
+QUILL_DOCUMENT_TEST(DocumentMessages, NullArgumentsReturnZero)
 {
     show_idle(fixture);
     for (const UINT message : {message_reserved, message_open_link, message_load_file, message_progress,
@@ -119,18 +117,18 @@ QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowIsTheShellsWindow)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowOfAPoorHostIsNone)
+QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowIsNullWhenTheHostFails)
 {
     show_idle(fixture);
     for (const char* call : {"IServiceProvider::QueryService", "IShellBrowser::GetWindow"}) {
-        for (const bad_answer kind : every_bad_answer) {
+        for (const call_fault kind : host_faults) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
             fixture.host.calls.make_fail(call, kind);
             HWND window = nullptr;
             EXPECT_EQ(fixture.send(message_get_browser_window, 0, address_of(&window)), 0);
             EXPECT_EQ(window, nullptr);
         }
-        fixture.host.calls.make_fail(call, bad_answer::none);
+        fixture.host.calls.make_fail(call, call_fault::none);
     }
     fixture.host.site.offered.service_provider = false;
     HWND window = nullptr;
@@ -139,7 +137,7 @@ QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowOfAPoorHostIsNone)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowWithoutSiteIsNone)
+QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowIsNullWithoutASite)
 {
     show_idle(fixture);
     const HWND target = fixture.window();
@@ -152,8 +150,8 @@ QUILL_DOCUMENT_TEST(DocumentMessages, BrowserWindowWithoutSiteIsNone)
     fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
 }
 
-// Save As needs the browser's own functions; whether they are there or not, the sender gets 0.
-QUILL_DOCUMENT_TEST(DocumentMessages, SaveAsAnswersZero)
+// Save As needs functions of the browser; the sender gets 0 with and without them.
+QUILL_DOCUMENT_TEST(DocumentMessages, SaveAsReturnsZero)
 {
     show_idle(fixture);
     EXPECT_EQ(fixture.send(message_save_as), 0);
@@ -162,11 +160,11 @@ QUILL_DOCUMENT_TEST(DocumentMessages, SaveAsAnswersZero)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMessages, OthersAreTheFrameworks)
+QUILL_DOCUMENT_TEST(DocumentMessages, UnknownNumbersReturnZero)
 {
     show_idle(fixture);
     EXPECT_EQ(fixture.send(0x8700, 1, 1), 0);
-    EXPECT_EQ(fixture.send(0x8712, 1, 1), 0);
+    EXPECT_EQ(fixture.send(message_unknown, 1, 1), 0);
     EXPECT_EQ(fixture.send(0x870a, 1, 1), 0);
     EXPECT_EQ(fixture.take_log(), lines{});
     fixture.close_in_order();

@@ -65,7 +65,7 @@ module_under_test::~module_under_test()
     const HRESULT can_unload = can_unload_now();
     EXPECT_EQ(can_unload, S_OK) << "the module still counts objects or locks";
     if (can_unload != S_OK)
-        return; // unloading it under a living object would only hide the failure behind a crash
+        return; // unloading it while an object exists would hide the failure behind a crash
     FreeLibrary(handle_);
     EXPECT_EQ(GetModuleHandleW(module_name), nullptr) << "the module stays loaded";
 }

@@ -1,4 +1,4 @@
-// The module as a browser gets it: loaded as a DLL, entered through its exports, unloaded at the end.
+// The module as a browser uses it: loaded as a DLL, called through its exports, unloaded at the end.
 #pragma once
 
 #include <windows.h>
@@ -10,8 +10,8 @@ namespace quill::test {
 inline constexpr CLSID active_document_class_id = {
     0x5e2c7a90, 0x1b3d, 0x4f6e, {0x8a, 0x21, 0xc4, 0xd9, 0xe0, 0x7b, 0x3f, 0x15}};
 
-// Throws std::runtime_error when the DLL does not load. At the end the DLL must say that it can be
-// unloaded, and must be gone.
+// Throws std::runtime_error if the DLL does not load. At the end DllCanUnloadNow must return S_OK and the DLL
+// must be unloaded.
 class module_under_test
 {
 public:

@@ -1,4 +1,4 @@
-// A URL that is loaded while the worker of the former one talks to the window.
+// A URL that is loaded while the worker of the former URL exchanges messages with the window.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/import_replaced.h"
@@ -16,11 +16,9 @@
 namespace quill::test {
 namespace {
 
-using lines = std::vector<std::string>;
-
 constexpr wchar_t longer_url[] = L"quilltest://host.test/a/much/longer/url/than/the/former/one/other.pdf";
 
-// Holds the worker at one of its messages, before it is sent or after it was handled.
+// Stops the worker at one of its messages, before it is sent or after it was handled.
 class held_worker
 {
 public:
@@ -43,11 +41,11 @@ public:
     held_worker(const held_worker&) = delete;
     held_worker& operator=(const held_worker&) = delete;
 
-    void wait_for_it() const
+    void wait_until_held() const
     {
         ASSERT_TRUE(wait_until([&] { return WaitForSingleObject(is_there_, 0) == WAIT_OBJECT_0; }));
     }
-    void let_it_go_on() const { SetEvent(may_go_on_); }
+    void resume() const { SetEvent(may_go_on_); }
 
 private:
     static LRESULT WINAPI send(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT flags,
@@ -100,14 +98,14 @@ bool has_load_line(document_fixture& fixture)
                        [](const std::string& line) { return line.rfind("@ LOADFILE", 0) == 0; });
 }
 
-// The answer would be cut to the former URL's length.
+// The result would be truncated to the length of the former URL.
 QUILL_DOCUMENT_TEST(DocumentWorker, AsksAgainForAUrlThatIsLoadedBetweenItsLengthAndItself)
 {
     const held_worker worker(fixture, message_get_url, held_worker::side::before);
     fixture.show_url(unserved_url);
-    worker.wait_for_it();
+    worker.wait_until_held();
     EXPECT_EQ(fixture.load_url(longer_url), S_OK);
-    worker.let_it_go_on();
+    worker.resume();
     fixture.wait_for_failed_worker();
     EXPECT_EQ(fetched_urls(fixture), lines{to_utf8(longer_url)});
     fixture.close_in_order();
@@ -120,37 +118,37 @@ QUILL_DOCUMENT_TEST(DocumentWorker, AsksAgainForAFirstUrlThatIsLoadedBetweenItsL
     fixture.create();
     fixture.set_site();
     fixture.show();
-    worker.wait_for_it();
+    worker.wait_until_held();
     EXPECT_EQ(fixture.load_url(longer_url), S_OK);
-    worker.let_it_go_on();
+    worker.resume();
     fixture.wait_for_failed_worker();
     EXPECT_EQ(fetched_urls(fixture), lines{to_utf8(longer_url)});
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentWorker, EndsWhenAnotherUrlIsLoadedBehindItsOwn)
+QUILL_DOCUMENT_TEST(DocumentWorker, EndsWhenAnotherUrlIsLoadedAfterItsOwn)
 {
     const held_worker worker(fixture, message_get_url, held_worker::side::after);
     fixture.show_url(unserved_url);
-    worker.wait_for_it();
+    worker.wait_until_held();
     EXPECT_EQ(fixture.load_url(longer_url), S_OK);
-    worker.let_it_go_on();
+    worker.resume();
     fixture.wait_for_no_worker();
     EXPECT_EQ(fetched_urls(fixture), lines{});
     fixture.close_in_order();
 }
 
-// The path of the host's own file, and the pane, are no longer that worker's.
-QUILL_DOCUMENT_TEST(DocumentWorker, AsksForNoLoadWhenAnotherUrlIsLoadedBehindItsFile)
+// The path of the host's own file, and the pane, no longer belong to that worker.
+QUILL_DOCUMENT_TEST(DocumentWorker, RequestsNoLoadWhenAnotherUrlIsLoadedAfterItsFile)
 {
     const import_replaced download(fixture.module.handle(), "URLDownloadToFileW", &download_small_pdf);
     const held_worker worker(fixture, message_set_cache_file, held_worker::side::after);
     fixture.show_url(unserved_url);
-    worker.wait_for_it();
+    worker.wait_until_held();
     EXPECT_EQ(fixture.load_file(fixture.pdf()), S_OK);
     EXPECT_EQ(fixture.load_url(longer_url), S_OK);
     fixture.take_log();
-    worker.let_it_go_on();
+    worker.resume();
     fixture.wait_for_no_worker();
     pump_messages();
     EXPECT_FALSE(has_load_line(fixture));
@@ -159,7 +157,7 @@ QUILL_DOCUMENT_TEST(DocumentWorker, AsksForNoLoadWhenAnotherUrlIsLoadedBehindIts
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentWorker, DoesNotLoadWhenAnotherUrlIsLoadedBehindItsRequest)
+QUILL_DOCUMENT_TEST(DocumentWorker, LoadsNothingWhenAnotherUrlIsLoadedAfterItsRequest)
 {
     fixture.show_url(unserved_url);
     fixture.wait_for_failed_worker();
@@ -174,8 +172,8 @@ QUILL_DOCUMENT_TEST(DocumentWorker, DoesNotLoadWhenAnotherUrlIsLoadedBehindItsRe
     fixture.close_in_order();
 }
 
-// Only a running worker is outdated by another URL.
-QUILL_DOCUMENT_TEST(DocumentWorker, ThatHasEndedIsNotTakenForTheSender)
+// Only a running worker becomes outdated by another URL.
+QUILL_DOCUMENT_TEST(DocumentWorker, ThatHasEndedIsNotAcceptedAsTheSender)
 {
     fixture.show_url(unserved_url);
     fixture.wait_for_failed_worker();

@@ -15,7 +15,7 @@ page_container::page_container(const wchar_t* url) : page_(std::make_unique<fake
 page_container::~page_container()
 {
     container_->Release();
-    EXPECT_EQ(page_->live(), 0) << "something of the page is still held";
+    EXPECT_EQ(page_->live(), 0) << "the page is still referenced";
 }
 
 void page_container::add(const wchar_t* tag, const wchar_t* type, const wchar_t* reference)

@@ -1,4 +1,4 @@
-// A strict HTML page around a document, seen through its container alone.
+// A strict HTML page around a document, seen through its container only.
 #pragma once
 
 #include <windows.h>
@@ -17,9 +17,9 @@ public:
     explicit page_container(const wchar_t* url);
     page_container(const page_container&) = delete;
     page_container& operator=(const page_container&) = delete;
-    ~page_container(); // the document must hold nothing of the page then
+    ~page_container(); // the document must hold no reference to the page then
 
-    // Adds an element to the page's body; null for an attribute that it does not have.
+    // Adds an element to the body of the page; nullptr for a missing attribute.
     void add(const wchar_t* tag, const wchar_t* type, const wchar_t* reference);
 
     IOleContainer* container() const { return container_; }

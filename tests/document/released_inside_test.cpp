@@ -1,5 +1,5 @@
-// A host that drops its last reference to the document inside a call that the document makes: the document is
-// destroyed when the host's own call returns, and not touched afterwards.
+// A host that releases its last reference to the document inside a call that the document makes: the document
+// is destroyed when the host's own call returns, and not accessed afterwards.
 #include "tests/document/document_fixture.h"
 #include "tests/support/faults/freed_memory_trap.h"
 
@@ -14,7 +14,7 @@
 namespace quill::test {
 namespace {
 
-// A call of the host's inside which it drops its last reference: the document lives until the call returns.
+// A call of the host that releases the host's last reference: the document exists until the call returns.
 struct last_call
 {
     const char* name;
@@ -30,7 +30,7 @@ std::function<void(IUnknown&)> on(void (*call)(Interface&))
         Microsoft::WRL::ComPtr<Interface> queried;
         ASSERT_EQ(document.QueryInterface(IID_PPV_ARGS(&queried)), S_OK);
         Interface* const unreferenced = queried.Get();
-        queried.Reset(); // the fixture's is the last one
+        queried.Reset(); // the reference of the fixture is the last one
         call(*unreferenced);
     };
 }
@@ -74,7 +74,7 @@ const last_call last_calls[] = {
          [](IOleCommandTarget& target) { target.Exec(nullptr, OLECMDID_PRINT, 0, nullptr, nullptr); })},
 };
 
-// The document is larger; what it makes beside itself is not.
+// The document is larger than its other allocations.
 constexpr std::size_t document_size = 1000;
 
 class DocumentReleasedInside : public testing::TestWithParam<last_call>
@@ -87,7 +87,7 @@ bool is_destroyed(document_fixture& fixture)
     return std::find(logged.begin(), logged.end(), "~@") != logged.end();
 }
 
-TEST_P(DocumentReleasedInside, LivesUntilTheCallReturns)
+TEST_P(DocumentReleasedInside, IsDestroyedAfterTheCallReturns)
 {
     const last_call& call = GetParam();
     document_fixture fixture;
@@ -108,7 +108,7 @@ TEST_P(DocumentReleasedInside, LivesUntilTheCallReturns)
         EXPECT_FALSE(is_destroyed(fixture)) << "destroyed with its own method on the stack";
     });
     call.make(*last);
-    EXPECT_TRUE(is_released) << "the call did not come";
+    EXPECT_TRUE(is_released) << "the call was not made";
     EXPECT_TRUE(is_destroyed(fixture));
     EXPECT_EQ(fixture.host.site.references(), 0);
     EXPECT_EQ(fixture.host.frame.references(), 0);
@@ -126,7 +126,7 @@ struct DocumentReleasedWhile : testing::Test
     freed_memory_trap trap{fixture.module.handle(), document_size};
 };
 
-// A new site is asked for its interfaces while it is set.
+// The interfaces of a new site are queried while it is set.
 TEST_F(DocumentReleasedWhile, ItsClientSiteIsSet)
 {
     fixture.create();
@@ -158,7 +158,7 @@ TEST_F(DocumentReleasedWhile, ItsMonikerIsAsked)
     EXPECT_TRUE(is_destroyed(fixture));
 }
 
-// Runs an action once, behind the window procedure's handling of a window's new position.
+// Runs an action once, after the window procedure has handled a new position of the window.
 class after_placing
 {
 public:

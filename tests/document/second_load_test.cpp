@@ -1,8 +1,8 @@
-// A second IPersistMoniker::Load on one object: what was fetched for the former URL is not shown for the new
-// one.
+// A second IPersistMoniker::Load on one object: the file of the former URL is not shown for the new one.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 #include "tests/document/page_container.h"
+#include "tests/support/download_setting.h"
 #include "tests/support/http_server.h"
 #include "tests/support/scopes.h"
 #include "tests/support/text.h"
@@ -18,8 +18,6 @@
 namespace quill::test {
 namespace {
 
-using lines = std::vector<std::string>;
-
 constexpr wchar_t other_url[] = L"quilltest://host.test/other.pdf";
 
 void show_again(document_fixture& fixture)
@@ -30,7 +28,7 @@ void show_again(document_fixture& fixture)
     ASSERT_NE(fixture.window(), nullptr);
 }
 
-// Each for a URL without a server.
+// One for each URL without a server.
 void wait_for_failed_workers(const document_fixture& fixture, int count)
 {
     EXPECT_TRUE(wait_until([&] {
@@ -58,7 +56,7 @@ QUILL_DOCUMENT_TEST(DocumentSecondLoad, ForgetsTheFetchedFile)
     fixture.close_in_order();
 }
 
-// The worker has handed its file over; the request to load it is still in the queue.
+// The worker has passed its file to the window; the request to load it is still in the queue.
 QUILL_DOCUMENT_TEST(DocumentSecondLoad, ForgetsAFileThatIsAboutToBeLoaded)
 {
     fixture.show_url(unserved_url);
@@ -116,7 +114,7 @@ QUILL_DOCUMENT_TEST(DocumentSecondLoad, ForgetsPageAndZoom)
     fixture.show_url(unserved_url);
     fixture.wait_for_failed_worker();
     EXPECT_EQ(fixture.load_url(other_url), S_OK);
-    fixture.host.calls.make_fail("IWebBrowser2::get_LocationURL", bad_answer::failure);
+    fixture.host.calls.make_fail("IWebBrowser2::get_LocationURL", call_fault::error);
     show_again(fixture);
     wait_for_failed_workers(fixture, 2);
     load_fetched_file(fixture, fixture.pdf());
@@ -125,11 +123,11 @@ QUILL_DOCUMENT_TEST(DocumentSecondLoad, ForgetsPageAndZoom)
     fixture.close_in_order();
 }
 
-// The page's document is not one that was loaded before: the first load records its URL and does nothing
-// more.
+// The document of a page had no load before: the first load stores its URL and does nothing else.
 struct document_of_a_page
 {
-    explicit document_of_a_page(document_fixture& fixture) : page(L"http://host.test/page.html#page=3#zoom=40")
+    explicit document_of_a_page(document_fixture& fixture)
+        : page(L"http://host.test/page.html#page=3#zoom=40")
     {
         page.add(L"EMBED", L"application/pdf", L"element.pdf");
         fixture.host.container = page.container();
@@ -180,11 +178,10 @@ QUILL_DOCUMENT_TEST(DocumentSecondLoad, ForgetsTheElementOfThePage)
     fixture.release();
 }
 
-// The system's download service keeps handles of its own from the first use on: no balance here.
+// Not in balance: the system's download service keeps handles from its first use on.
 struct DocumentSecondLoadWhileDownloading : testing::TestWithParam<bool>
 {
-    registry_key_scope settings{HKEY_CURRENT_USER,
-                                L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin"};
+    download_setting settings;
     http_server server;
     document_fixture fixture;
 };
@@ -192,7 +189,7 @@ struct DocumentSecondLoadWhileDownloading : testing::TestWithParam<bool>
 TEST_P(DocumentSecondLoadWhileDownloading, ShowsTheNewDocumentOnly)
 {
     if (GetParam())
-        settings.set_string(L"kIEBrowserPluginWinINet", L"/b 1");
+        settings.use_wininet();
     auto held = http_response::ok(pdf_body(20'000));
     held.hold_after = 10'000;
     server.route("/former.pdf", held);
@@ -211,11 +208,11 @@ TEST_P(DocumentSecondLoadWhileDownloading, ShowsTheNewDocumentOnly)
     fixture.close_in_order();
 }
 
-// As the worker that fetched the former URL, which gets to its hand-over after the load.
+// In place of the worker of the former URL, which delivers its file after the load.
 TEST_P(DocumentSecondLoadWhileDownloading, RefusesTheFileOfTheFormerUrl)
 {
     if (GetParam())
-        settings.set_string(L"kIEBrowserPluginWinINet", L"/b 1");
+        settings.use_wininet();
     auto held = http_response::ok(pdf_body(20'000));
     held.hold_after = 10'000;
     server.route("/former.pdf", held);

@@ -1,4 +1,4 @@
-// The client site: what is asked of it, what is kept, what the log says.
+// The client site: which interfaces are queried, which are kept, what is logged.
 #include "tests/document/document_fixture.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,6 @@ namespace quill::test {
 namespace {
 
 using Microsoft::WRL::ComPtr;
-using lines = std::vector<std::string>;
 
 QUILL_DOCUMENT_TEST(DocumentSite, IsKeptWithItsDocumentSite)
 {
@@ -32,7 +31,7 @@ QUILL_DOCUMENT_TEST(DocumentSite, WithoutDocumentSiteIsKeptToo)
     EXPECT_EQ(fixture.host.site.references(), 1);
 }
 
-QUILL_DOCUMENT_TEST(DocumentSite, GivesItsAmbientProperties)
+QUILL_DOCUMENT_TEST(DocumentSite, ReadsTheAmbientProperties)
 {
     fixture.create();
     fixture.host.site.offered.ambient_properties = true;
@@ -42,7 +41,7 @@ QUILL_DOCUMENT_TEST(DocumentSite, GivesItsAmbientProperties)
     EXPECT_EQ(fixture.host.site.references(), 0);
 }
 
-QUILL_DOCUMENT_TEST(DocumentSite, TakenAwayIsReleasedAtOnce)
+QUILL_DOCUMENT_TEST(DocumentSite, IsReleasedAtOnceWhenSetToNull)
 {
     fixture.create();
     fixture.set_site();
@@ -68,7 +67,7 @@ QUILL_DOCUMENT_TEST(DocumentSite, IsReplacedByAnother)
     EXPECT_EQ(fixture.host.site.references(), 0);
     EXPECT_EQ(other.site.references(), 2);
     EXPECT_EQ(fixture.as<IOleObject>()->SetClientSite(other.site.client_site()), S_OK);
-    EXPECT_EQ(other.site.references(), 2) << "set twice, held once";
+    EXPECT_EQ(other.site.references(), 2) << "set twice, referenced once";
     fixture.release();
     EXPECT_EQ(other.site.references(), 0);
 }
@@ -99,10 +98,10 @@ QUILL_DOCUMENT_TEST(DocumentSite, IsReleasedWithTheDocument)
 {
     fixture.create();
     fixture.set_site();
-    fixture.release(); // checks the site's references
+    fixture.release(); // checks the references to the site
 }
 
-// The in-place site that was asked of the client site; null without one.
+// The in-place site that was queried from the client site; nullptr without one.
 ComPtr<IOleInPlaceSite> in_place_site_of(const document_fixture& fixture)
 {
     ComPtr<IOleInPlaceSite> site;
@@ -110,7 +109,7 @@ ComPtr<IOleInPlaceSite> in_place_site_of(const document_fixture& fixture)
     return site;
 }
 
-// A document that found its in-place site by itself, no longer active.
+// A document that queried its in-place site itself and is no longer active.
 void activate_without_a_view(document_fixture& fixture)
 {
     fixture.host.site.offered.document_site = false;
@@ -123,7 +122,7 @@ void activate_without_a_view(document_fixture& fixture)
     EXPECT_EQ(in_place_site_of(fixture).Get(), fixture.host.site.in_place_site());
 }
 
-QUILL_DOCUMENT_TEST(DocumentSite, ItsInPlaceSiteGoesWithIt)
+QUILL_DOCUMENT_TEST(DocumentSite, ItsInPlaceSiteIsReleasedWithIt)
 {
     document_host other;
     other.site.offered.document_site = false;
@@ -148,8 +147,8 @@ QUILL_DOCUMENT_TEST(DocumentSite, SetAgainIsAskedForItsInPlaceSiteAgain)
     EXPECT_EQ(fixture.host.site.references(), 0);
 }
 
-// Given by the host, it is no longer the client site's own, also when it is the same object.
-QUILL_DOCUMENT_TEST(DocumentSite, TheInPlaceSiteOfAViewStays)
+// Set by the host, it no longer belongs to the client site, even if it is the same object.
+QUILL_DOCUMENT_TEST(DocumentSite, TheInPlaceSiteOfAViewIsKept)
 {
     activate_without_a_view(fixture);
     EXPECT_EQ(fixture.as<IOleDocumentView>()->SetInPlaceSite(fixture.host.site.in_place_site()), S_OK);

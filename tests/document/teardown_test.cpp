@@ -1,4 +1,5 @@
-// Every way down: in order, out of order, twice, with the windows gone first, without any farewell.
+// Every order of closing: the steps in order, out of order, twice, with the windows destroyed first, without
+// deactivation.
 #include "tests/document/document_fixture.h"
 
 #include <gtest/gtest.h>
@@ -11,7 +12,7 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-// One letter a step, so that an order can be written and permuted.
+// One letter for each step, so that an order can be written and permuted.
 void take_down(document_fixture& fixture, char step)
 {
     switch (step) {
@@ -88,7 +89,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, WithoutAnyStep)
     EXPECT_EQ(fixture.host.frame.set_menus.size(), 2u) << "the frame has its menu back";
 }
 
-QUILL_DOCUMENT_TEST(DocumentTeardown, WithoutAnyStepAndUiActive)
+QUILL_DOCUMENT_TEST(DocumentTeardown, WithoutAnyStepWhileUiActive)
 {
     fixture.host.order = activation_order::site_then_ui_activate;
     fixture.show_file(fixture.pdf());
@@ -133,7 +134,7 @@ TEST(DocumentTeardownOrders, UiActive)
     every_order(activation_order::site_then_ui_activate);
 }
 
-QUILL_DOCUMENT_TEST(DocumentTeardown, AWindowDestroyedAloneIsForgotten)
+QUILL_DOCUMENT_TEST(DocumentTeardown, AWindowDestroyedAloneIsDetached)
 {
     fixture.show_file(fixture.pdf());
     const HWND window = fixture.window();
@@ -145,7 +146,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, AWindowDestroyedAloneIsForgotten)
     take_down_in(fixture, "UIHVPCS");
 }
 
-QUILL_DOCUMENT_TEST(DocumentTeardown, TheWindowsEndIsLogged)
+QUILL_DOCUMENT_TEST(DocumentTeardown, TheEndOfTheWindowIsLogged)
 {
     fixture.show_file(fixture.pdf());
     fixture.take_log();
@@ -154,7 +155,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, TheWindowsEndIsLogged)
     fixture.close_in_order();
 }
 
-// A host may let go of the document from inside a call that the document makes.
+// A host may release the document inside a call that the document makes.
 QUILL_DOCUMENT_TEST(DocumentTeardown, ReleasedFromInsideItsOwnDeactivation)
 {
     fixture.show_file(fixture.pdf());
@@ -174,7 +175,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, ReleasedFromInsideItsOwnDeactivation)
     EXPECT_EQ(fixture.host.site.references(), 0);
 }
 
-QUILL_DOCUMENT_TEST(DocumentTeardown, DeactivatedFromInsideItsDeactivationIsToldOnce)
+QUILL_DOCUMENT_TEST(DocumentTeardown, ReentrantDeactivationNotifiesTheHostOnce)
 {
     for (const char* const call : {"IOleInPlaceFrame::SetActiveObject", "IOleInPlaceSite::OnUIDeactivate"}) {
         SCOPED_TRACE(call);
@@ -202,8 +203,8 @@ std::ptrdiff_t ends_of_window(document_fixture& fixture)
     return std::count(logged.begin(), logged.end(), "@ OnDestroy");
 }
 
-// Any program can send the window a message.
-QUILL_DOCUMENT_TEST(DocumentTeardown, AForgedEndOfTheWindowKeepsNoReference)
+// Any program can send the message to the window.
+QUILL_DOCUMENT_TEST(DocumentTeardown, AForgedDestroyMessageLeaksNoReference)
 {
     fixture.show_file(fixture.pdf());
     const ULONG before = fixture.document.Get()->AddRef();
@@ -214,7 +215,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, AForgedEndOfTheWindowKeepsNoReference)
     take_down_in(fixture, "UHIVPCS");
 }
 
-QUILL_DOCUMENT_TEST(DocumentTeardown, ReleasedFromInsideTheWindowsEndDestroysItOnce)
+QUILL_DOCUMENT_TEST(DocumentTeardown, ReleaseDuringTheEndOfTheWindowDestroysItOnce)
 {
     fixture.show_file(fixture.pdf());
     const HWND window = fixture.window();

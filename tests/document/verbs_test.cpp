@@ -9,8 +9,6 @@
 namespace quill::test {
 namespace {
 
-using lines = std::vector<std::string>;
-
 std::string verb_line(document_fixture& fixture, LONG verb, int ui_active, int has_document_site)
 {
     return "@ DoVerb {" + std::to_string(verb) + "} {10 20 410 320} {" +
@@ -32,7 +30,7 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, LogsEveryVerbWithItsArguments)
     }
 }
 
-QUILL_DOCUMENT_TEST(DocumentVerbs, SurvivesNullArguments)
+QUILL_DOCUMENT_TEST(DocumentVerbs, AcceptsNullArguments)
 {
     fixture.create();
     fixture.set_site();
@@ -45,7 +43,7 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, SurvivesNullArguments)
     EXPECT_TRUE(std::regex_match(logged[0], expected)) << logged[0];
 }
 
-QUILL_DOCUMENT_TEST(DocumentVerbs, WithoutAnySiteDoesNothing)
+QUILL_DOCUMENT_TEST(DocumentVerbs, DoNothingWithoutASite)
 {
     fixture.create();
     for (LONG verb = -8; verb <= 3; ++verb) {
@@ -73,13 +71,13 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, ActivatingVerbsAskTheDocumentSite)
     }
 }
 
-QUILL_DOCUMENT_TEST(DocumentVerbs, TheDocumentSitesAnswerIsTheResult)
+QUILL_DOCUMENT_TEST(DocumentVerbs, ReturnTheResultOfTheDocumentSite)
 {
     fixture.create();
     fixture.set_site();
-    fixture.host.calls.make_fail(activate_me, bad_answer::failure);
+    fixture.host.calls.make_fail(activate_me, call_fault::error);
     EXPECT_EQ(fixture.do_verb(OLEIVERB_SHOW), E_FAIL);
-    fixture.host.calls.make_fail(activate_me, bad_answer::failure_untouched);
+    fixture.host.calls.make_fail(activate_me, call_fault::error_untouched);
     EXPECT_EQ(fixture.do_verb(OLEIVERB_OPEN), E_NOTIMPL);
 }
 
@@ -152,7 +150,8 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, ShownAgainAsksAgainButMakesNoSecondView)
     fixture.host.view->Show(FALSE);
     fixture.host.calls.forget_calls();
     fixture.take_log();
-    const auto result = fixture.as<IOleObject>()->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, -1, nullptr, nullptr);
+    const auto result =
+        fixture.as<IOleObject>()->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, -1, nullptr, nullptr);
     EXPECT_EQ(result, E_FAIL) << "the site's answer: one view only";
     EXPECT_EQ(fixture.host.activation_results, std::vector<HRESULT>{E_FAIL});
     EXPECT_EQ(fixture.host.calls.count(activate_me), 1);
@@ -176,7 +175,7 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, UiActiveDocumentDoesNotAskAgain)
     fixture.close_in_order();
 }
 
-// Deactivation lets go of the document site, but the object remembers that there was one.
+// Deactivation releases the document site, but the object remembers that it had one.
 QUILL_DOCUMENT_TEST(DocumentVerbs, AfterDeactivationTheFrameworkActivates)
 {
     fixture.show_file(fixture.pdf());
@@ -202,7 +201,7 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, HideHidesTheWindow)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentVerbs, WhatAFailedUserModeLeavesIsNotReleased)
+QUILL_DOCUMENT_TEST(DocumentVerbs, AValueOfAFailedUserModeCallIsNotReleased)
 {
     fixture.host.site.offered.ambient_properties = true;
     fixture.host.site.failed_property_leaves = static_cast<IUnknown*>(&fixture.host.browser);

@@ -36,7 +36,8 @@ QUILL_DOCUMENT_TEST(DocumentView, IsMadeWithItsSite)
     fixture.set_site();
     const long before = fixture.host.site.references();
     ComPtr<IOleDocumentView> view;
-    EXPECT_EQ(fixture.as<IOleDocument>()->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &view), S_OK);
+    EXPECT_EQ(fixture.as<IOleDocument>()->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &view),
+              S_OK);
     EXPECT_EQ(fixture.host.site.references(), before + 1);
     ComPtr<IOleInPlaceSite> site;
     EXPECT_EQ(view->GetInPlaceSite(&site), S_OK);
@@ -67,7 +68,7 @@ QUILL_DOCUMENT_TEST(DocumentView, RefusedASecondTimeLeavesTheHostItsView)
     EXPECT_EQ(kept, view.Get());
 }
 
-// Without a site nothing says that there is a view already.
+// Without a site the document does not know that it has a view already.
 QUILL_DOCUMENT_TEST(DocumentView, WithoutSiteCanBeAskedForAgain)
 {
     fixture.create();
@@ -91,7 +92,7 @@ QUILL_DOCUMENT_TEST(DocumentView, NullArgumentsAreRefusedAsTheHostExpects)
     EXPECT_EQ(view->GetRect(nullptr), E_POINTER);
 }
 
-QUILL_DOCUMENT_TEST(DocumentView, TakesAStateStreamAndIgnoresIt)
+QUILL_DOCUMENT_TEST(DocumentView, IgnoresAStateStream)
 {
     fixture.create();
     ComPtr<IStream> stream;
@@ -102,7 +103,7 @@ QUILL_DOCUMENT_TEST(DocumentView, TakesAStateStreamAndIgnoresIt)
     EXPECT_TRUE(is_document(fixture, view.Get()));
 }
 
-QUILL_DOCUMENT_TEST(DocumentView, EnumerationGivesTheOneView)
+QUILL_DOCUMENT_TEST(DocumentView, EnumerationReturnsTheOneView)
 {
     fixture.create();
     ComPtr<IOleDocumentView> view;
@@ -124,7 +125,7 @@ QUILL_DOCUMENT_TEST(DocumentView, StatusSaysNoFileSupport)
     EXPECT_EQ(status, 8u);
 }
 
-QUILL_DOCUMENT_TEST(DocumentView, MethodsWithoutWorkSucceed)
+QUILL_DOCUMENT_TEST(DocumentView, StubMethodsSucceed)
 {
     fixture.create();
     const auto view = fixture.as<IOleDocumentView>();
@@ -176,8 +177,8 @@ QUILL_DOCUMENT_TEST(DocumentView, RectangleMovesTheWindow)
     fixture.close_in_order();
 }
 
-// Moving the window makes some hosts set the rectangle again from inside: the inner call does nothing,
-// not even for another document.
+// Moving the window makes some hosts call SetRect re-entrantly: the inner call does nothing, not even for
+// another document.
 QUILL_DOCUMENT_TEST(DocumentView, RectangleInsideARectangleIsIgnored)
 {
     static IOleDocumentView* nested_view;
@@ -244,7 +245,8 @@ QUILL_DOCUMENT_TEST(DocumentView, ShowActivatesInPlaceOnly)
     fixture.set_site();
     fixture.load_file(fixture.pdf());
     ComPtr<IOleDocumentView> view;
-    ASSERT_EQ(fixture.as<IOleDocument>()->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &view), S_OK);
+    ASSERT_EQ(fixture.as<IOleDocument>()->CreateView(fixture.host.site.in_place_site(), nullptr, 0, &view),
+              S_OK);
     EXPECT_EQ(view->Show(TRUE), S_OK);
     EXPECT_NE(fixture.window(), nullptr);
     EXPECT_EQ(fixture.host.calls.count("IOleInPlaceSite::OnInPlaceActivate"), 1);
@@ -303,7 +305,7 @@ QUILL_DOCUMENT_TEST(DocumentView, AnotherSiteReplacesTheOldAndDeactivates)
     EXPECT_EQ(site.Get(), other.site.in_place_site());
     site.Reset();
     fixture.as<IOleObject>()->SetClientSite(nullptr);
-    EXPECT_EQ(fixture.host.site.references(), 0) << "the old site is let go";
+    EXPECT_EQ(fixture.host.site.references(), 0) << "the old site is released";
     fixture.release();
     EXPECT_EQ(other.site.references(), 0);
 }
@@ -320,7 +322,7 @@ QUILL_DOCUMENT_TEST(DocumentView, TheSameSiteAgainOnlyDeactivates)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentView, WithoutASiteGivesNone)
+QUILL_DOCUMENT_TEST(DocumentView, ReturnsNoSiteWithoutOne)
 {
     fixture.create();
     IOleInPlaceSite* site = fixture.host.site.in_place_site();
@@ -328,8 +330,8 @@ QUILL_DOCUMENT_TEST(DocumentView, WithoutASiteGivesNone)
     EXPECT_EQ(site, nullptr);
 }
 
-// The first site was asked of the client site and goes with it; the view's own stays.
-QUILL_DOCUMENT_TEST(DocumentView, KeepsASiteOfItsOwnWhenTheClientSiteGoes)
+// The first site was queried from the client site and is released with it; the view's own site is kept.
+QUILL_DOCUMENT_TEST(DocumentView, KeepsItsOwnSiteWhenTheClientSiteIsReleased)
 {
     document_host other;
     fixture.create();

@@ -1,4 +1,4 @@
-// A viewer that is not there, cannot be made, or fails its calls.
+// A viewer that is missing, cannot be created, or fails its calls.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
 
@@ -10,9 +10,7 @@
 namespace quill::test {
 namespace {
 
-using lines = std::vector<std::string>;
-
-// Without a viewer the window stays, empty, and nothing is fetched.
+// Without a viewer the window is empty, and nothing is fetched.
 void expect_an_empty_window(document_fixture& fixture)
 {
     fixture.create();
@@ -47,8 +45,8 @@ QUILL_DOCUMENT_TEST(DocumentWithoutViewer, OnAMachineWithoutTheSuite)
     expect_an_empty_window(fixture);
 }
 
-// Not in balance: the system itself keeps handles when it looks for such a class.
-TEST(DocumentWithoutViewer, WhenNobodyServesItsClass)
+// Not in balance: the system keeps handles when such a class is requested.
+TEST(DocumentWithoutViewer, WhenItsClassIsNotRegistered)
 {
     document_fixture fixture;
     fixture.viewers.revoke();
@@ -57,13 +55,13 @@ TEST(DocumentWithoutViewer, WhenNobodyServesItsClass)
 
 QUILL_DOCUMENT_TEST(DocumentWithoutViewer, WhenItsClassFails)
 {
-    fixture.host.calls.make_fail("viewer class::CreateInstance", bad_answer::failure);
+    fixture.host.calls.make_fail("viewer class::CreateInstance", call_fault::error);
     expect_an_empty_window(fixture);
 }
 
-QUILL_DOCUMENT_TEST(DocumentWithoutViewer, WhenItsClassGivesNothing)
+QUILL_DOCUMENT_TEST(DocumentWithoutViewer, WhenItsClassReturnsNull)
 {
-    fixture.host.calls.make_fail("viewer class::CreateInstance", bad_answer::success_null);
+    fixture.host.calls.make_fail("viewer class::CreateInstance", call_fault::null_result);
     expect_an_empty_window(fixture);
 }
 
@@ -80,10 +78,10 @@ QUILL_DOCUMENT_TEST(DocumentWithoutViewer, WhenItIsAnotherFullControl)
     expect_an_empty_window(fixture);
 }
 
-QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, SetupGoesOnWhateverItAnswers)
+QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, SetupContinuesAfterFailures)
 {
     for (const char* call : {"viewer::23", "viewer::24", "viewer::15", "viewer::16"}) {
-        for (const bad_answer kind : {bad_answer::failure, bad_answer::success_null}) {
+        for (const call_fault kind : {call_fault::error, call_fault::null_result}) {
             SCOPED_TRACE(std::string{call} + ": " + to_text(kind));
             fixture.viewer.forget_calls();
             fixture.host.calls.make_fail(call, kind);
@@ -92,7 +90,7 @@ QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, SetupGoesOnWhateverItAnswers)
             fixture.close_in_order();
             fixture.release();
         }
-        fixture.host.calls.make_fail(call, bad_answer::none);
+        fixture.host.calls.make_fail(call, call_fault::none);
     }
 }
 
@@ -100,7 +98,7 @@ QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, EveryCallFailing)
 {
     for (const char* call : {"viewer::1", "viewer::4", "viewer::9", "viewer::12", "viewer::15", "viewer::16",
                              "viewer::19", "viewer::23", "viewer::24"})
-        fixture.host.calls.make_fail(call, bad_answer::failure);
+        fixture.host.calls.make_fail(call, call_fault::error);
     fixture.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";
     fixture.show_file(fixture.pdf());
     EXPECT_EQ(fixture.viewer.texts(viewer_open).size(), 1u);
@@ -125,8 +123,8 @@ QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, EveryResultOfAnotherType)
     fixture.close_in_order();
 }
 
-// The viewer's answer may come after the browser has gone: opening runs messages.
-QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, ThatClosesTheDocumentWhileOpening)
+// The viewer may return after the browser has closed the document: opening dispatches messages.
+QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, ClosesTheDocumentWhileOpening)
 {
     fixture.show_url(unserved_url);
     fixture.wait_for_failed_worker();
@@ -138,13 +136,13 @@ QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, ThatClosesTheDocumentWhileOpening
     EXPECT_EQ(fixture.viewer.texts(viewer_open).size(), 1u);
     fixture.close_in_order();
     for (const HMENU menu : fixture.host.frame.filled_menus)
-        EXPECT_FALSE(IsMenu(menu)) << "a menu merged for a window that is gone is never taken back";
+        EXPECT_FALSE(IsMenu(menu)) << "a menu merged for a destroyed window is never removed";
     ASSERT_FALSE(fixture.host.frame.set_menus.empty());
-    EXPECT_EQ(fixture.host.frame.set_menus.back().menu, nullptr) << "the frame keeps a menu that nobody owns";
+    EXPECT_EQ(fixture.host.frame.set_menus.back().menu, nullptr) << "the frame keeps a menu without an owner";
 }
 
-// The viewer may already ask for the window's services while it is set up.
-QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, ThatAsksBackDuringItsSetup)
+// The viewer may use the services of the window during its set-up.
+QUILL_DOCUMENT_TEST(DocumentWithFailingViewer, ReentersDuringItsSetup)
 {
     fixture.create();
     fixture.set_site();

@@ -43,7 +43,7 @@ public:
     ~sample() override
     {
         --living;
-        // The reference that a method takes during destruction does not end the object a second time.
+        // The reference that a method takes during destruction does not destroy the object a second time.
         this->InternalAddRef();
         this->InternalRelease();
     }
@@ -116,7 +116,7 @@ TYPED_TEST(EachModel, LivesAsLongAsItIsReferenced)
     EXPECT_EQ(final_releases, 1);
 }
 
-TEST_F(ComObject, AnswersItsMapInOrder)
+TEST_F(ComObject, QueriesItsMapInOrder)
 {
     CComObject<single_sample>* object = nullptr;
     ASSERT_EQ(CComObject<single_sample>::CreateInstance(&object), S_OK);
@@ -202,7 +202,7 @@ public:
     }
     HRESULT FinalConstruct()
     {
-        // Hands out a reference that is given back at once: it must not be the last one.
+        // Returns a reference that is released at once: it must not be the last one.
         AddRef();
         Release();
         if (how == 3)
@@ -224,7 +224,7 @@ HRESULT create_failing(REFIID iid = IID_IUnknown)
     return hr;
 }
 
-TEST_F(ComObject, FailureAtEachStepOfCreationLeavesNothing)
+TEST_F(ComObject, FailureAtEachStepOfCreationLeaksNothing)
 {
     EXPECT_EQ(create_failing<0>(), E_OUTOFMEMORY);
     EXPECT_EQ(create_failing<1>(), E_ACCESSDENIED);
@@ -262,11 +262,11 @@ TEST_F(ComObject, SiteIsHeldOnce)
         const CComPtr<IObjectWithSite> with_site(object);
         EXPECT_EQ(with_site->SetSite(site.unknown()), S_OK);
         EXPECT_EQ(with_site->SetSite(site.unknown()), S_OK);
-        EXPECT_EQ(site.references, 1);
+        EXPECT_EQ(site.references(), 1);
         EXPECT_EQ(with_site->GetSite(IID_IUnknown, nullptr), E_POINTER);
         CComPtr<IServiceProvider> provider;
         EXPECT_EQ(with_site->GetSite(IID_IServiceProvider, reinterpret_cast<void**>(&provider)), S_OK);
-        EXPECT_EQ(site.references, 2);
+        EXPECT_EQ(site.references(), 2);
         void* out = &out;
         EXPECT_EQ(with_site->GetSite(IID_IDispatch, &out), E_NOINTERFACE);
         EXPECT_EQ(out, nullptr);
@@ -282,7 +282,7 @@ TEST_F(ComObject, SiteIsHeldOnce)
         EXPECT_EQ(out, nullptr);
         EXPECT_EQ(with_site->SetSite(site.unknown()), S_OK);
     }
-    EXPECT_EQ(site.references, 0);
+    EXPECT_EQ(site.references(), 0);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// Activation of a control by its verbs and by its view, in the orders that hosts have.
+// Activation of a control by its verbs and by its view, in the orders that hosts use.
 #include "tests/framework/control_fixture.h"
 
 #include <algorithm>
@@ -11,7 +11,7 @@ class framework_module : public ATL::CAtlDllModuleT<framework_module>
 };
 framework_module module;
 
-class framework_activation : public control_fixture
+class FrameworkActivation : public control_fixture
 {
 protected:
     const calls in_place{"CanInPlaceActivate", "OnInPlaceActivate", "GetWindow", "GetWindowContext",
@@ -49,7 +49,7 @@ protected:
     }
 };
 
-TEST_F(framework_activation, show_and_in_place_verbs_activate_without_the_user_interface)
+TEST_F(FrameworkActivation, ShowAndInPlaceVerbsActivateWithoutTheUserInterface)
 {
     for (const LONG verb : {OLEIVERB_SHOW, OLEIVERB_INPLACEACTIVATE}) {
         set_site();
@@ -69,7 +69,7 @@ TEST_F(framework_activation, show_and_in_place_verbs_activate_without_the_user_i
     }
 }
 
-TEST_F(framework_activation, primary_and_ui_verbs_activate_with_the_user_interface)
+TEST_F(FrameworkActivation, PrimaryAndUiVerbsActivateWithTheUserInterface)
 {
     for (const LONG verb : {OLEIVERB_PRIMARY, OLEIVERB_UIACTIVATE}) {
         set_site();
@@ -94,7 +94,7 @@ TEST_F(framework_activation, primary_and_ui_verbs_activate_with_the_user_interfa
     }
 }
 
-TEST_F(framework_activation, verbs_without_effect)
+TEST_F(FrameworkActivation, VerbsWithoutEffect)
 {
     set_site();
     EXPECT_EQ(do_verb(OLEIVERB_OPEN), S_OK);
@@ -107,14 +107,14 @@ TEST_F(framework_activation, verbs_without_effect)
     close();
 }
 
-TEST_F(framework_activation, hide_takes_the_user_interface_and_the_window_from_view)
+TEST_F(FrameworkActivation, HideTakesTheUserInterfaceAndTheWindowFromView)
 {
     set_site();
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
     container->record.take();
     EXPECT_EQ(do_verb(OLEIVERB_HIDE), S_OK);
-    const calls told = container->record.take();
-    EXPECT_EQ(calls(told.begin(), told.begin() + 4), ui_end);
+    const calls recorded = container->record.take();
+    EXPECT_EQ(calls(recorded.begin(), recorded.begin() + 4), ui_end);
     EXPECT_FALSE(control->GetStyle() & WS_VISIBLE);
     EXPECT_TRUE(control->m_bInPlaceActive);
 
@@ -125,7 +125,7 @@ TEST_F(framework_activation, hide_takes_the_user_interface_and_the_window_from_v
     close();
 }
 
-TEST_F(framework_activation, designer_has_no_primary_verb)
+TEST_F(FrameworkActivation, DesignerHasNoPrimaryVerb)
 {
     set_site();
     container->user_mode = false;
@@ -137,7 +137,7 @@ TEST_F(framework_activation, designer_has_no_primary_verb)
     close();
 }
 
-TEST_F(framework_activation, document_host_makes_a_view_and_shows_it)
+TEST_F(FrameworkActivation, DocumentHostMakesAViewAndShowsIt)
 {
     set_site();
     ATL::CComPtr<IOleDocumentView> view;
@@ -161,13 +161,14 @@ TEST_F(framework_activation, document_host_makes_a_view_and_shows_it)
     EXPECT_EQ(container->record.take(), calls{}) << "nothing is left to be closed";
 }
 
-TEST_F(framework_activation, view_gets_its_site_then_user_interface_then_place)
+TEST_F(FrameworkActivation, ViewGetsItsSiteThenUserInterfaceThenPlace)
 {
     ASSERT_EQ(control->SetInPlaceSite(container.get()), S_OK);
     EXPECT_EQ(control->UIActivate(TRUE), S_OK) << "also before a client site";
     calls expected = ui_at_once;
-    expected.erase(expected.begin() + 5); // no client site, so no control site to hear of the focus
-    expected.pop_back();                  // and none to be shown in
+    expected.erase(expected.begin() +
+                   5);   // without a client site there is no control site to notify of the focus
+    expected.pop_back(); // and none to be shown in
     EXPECT_EQ(container->record.take(), expected);
     RECT place{1, 2, 33, 44};
     EXPECT_EQ(control->SetRect(&place), S_OK);
@@ -178,7 +179,7 @@ TEST_F(framework_activation, view_gets_its_site_then_user_interface_then_place)
     close();
 }
 
-TEST_F(framework_activation, deactivation_in_two_steps_and_twice)
+TEST_F(FrameworkActivation, DeactivationInTwoStepsAndTwice)
 {
     set_site();
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
@@ -187,9 +188,9 @@ TEST_F(framework_activation, deactivation_in_two_steps_and_twice)
     EXPECT_EQ(container->record.take(), ui_end);
     EXPECT_EQ(control->UIDeactivate(), S_OK);
     EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
-    EXPECT_EQ(container->record.count_of("OnInPlaceDeactivate"), 1);
+    EXPECT_EQ(container->record.count("OnInPlaceDeactivate"), 1);
     EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
-    EXPECT_EQ(container->record.count_of("OnInPlaceDeactivate"), 1);
+    EXPECT_EQ(container->record.count("OnInPlaceDeactivate"), 1);
     container->record.take();
 
     EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK) << "and active again";
@@ -199,7 +200,7 @@ TEST_F(framework_activation, deactivation_in_two_steps_and_twice)
     close();
 }
 
-TEST_F(framework_activation, in_place_deactivation_ends_the_user_interface_first)
+TEST_F(FrameworkActivation, InPlaceDeactivationEndsTheUserInterfaceFirst)
 {
     set_site();
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
@@ -209,7 +210,7 @@ TEST_F(framework_activation, in_place_deactivation_ends_the_user_interface_first
     close();
 }
 
-TEST_F(framework_activation, window_is_cut_off_where_the_clip_ends)
+TEST_F(FrameworkActivation, WindowIsCutOffWhereTheClipEnds)
 {
     set_site();
     container->clip = {0, 0, 105, 300};
@@ -232,7 +233,7 @@ TEST_F(framework_activation, window_is_cut_off_where_the_clip_ends)
     EXPECT_TRUE(same(control->m_rcPos, elsewhere));
 }
 
-// On a control's window: counts how often its frame is calculated, which has it painted again.
+// For the window of a control: counts the calculations of its frame, each of which repaints it.
 class frame_watch : public ATL::CWindowImpl<frame_watch>
 {
 public:
@@ -251,7 +252,7 @@ private:
     }
 };
 
-TEST_F(framework_activation, window_without_a_region_is_placed_without_a_repaint)
+TEST_F(FrameworkActivation, WindowWithoutARegionIsPlacedWithoutARepaint)
 {
     set_site();
     EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
@@ -272,16 +273,16 @@ TEST_F(framework_activation, window_without_a_region_is_placed_without_a_repaint
     close();
 }
 
-TEST_F(framework_activation, focus_from_outside_activates_the_user_interface)
+TEST_F(FrameworkActivation, FocusFromOutsideActivatesTheUserInterface)
 {
     set_site();
     EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
     container->record.take();
     SetFocus(control->m_hWnd);
     EXPECT_TRUE(control->m_bUIActive);
-    const calls told = container->record.take();
-    EXPECT_EQ(std::count(told.begin(), told.end(), "OnUIActivate"), 1);
-    EXPECT_EQ(std::count(told.begin(), told.end(), "OnFocus(TRUE)"), 1);
+    const calls recorded = container->record.take();
+    EXPECT_EQ(std::count(recorded.begin(), recorded.end(), "OnUIActivate"), 1);
+    EXPECT_EQ(std::count(recorded.begin(), recorded.end(), "OnFocus(TRUE)"), 1);
     EXPECT_EQ(control->UIDeactivate(), S_OK);
     container->record.take();
 
@@ -294,7 +295,7 @@ TEST_F(framework_activation, focus_from_outside_activates_the_user_interface)
     close();
 }
 
-TEST_F(framework_activation, new_client_site_brings_its_own_in_place_site)
+TEST_F(FrameworkActivation, NewClientSiteBringsItsOwnInPlaceSite)
 {
     set_site();
     EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
@@ -310,12 +311,12 @@ TEST_F(framework_activation, new_client_site_brings_its_own_in_place_site)
     EXPECT_TRUE(other.released());
 }
 
-TEST_F(framework_activation, same_client_site_again_is_no_change)
+TEST_F(FrameworkActivation, SameClientSiteAgainIsNoChange)
 {
     set_site();
-    const ULONG count = container->references.count();
+    const long count = container->references();
     set_site();
-    EXPECT_EQ(container->references.count(), count);
+    EXPECT_EQ(container->references(), count);
     close();
 }
 

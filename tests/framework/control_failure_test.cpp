@@ -1,4 +1,4 @@
-// Hosts that fail, answer less than they should, or call back in the middle of an activation.
+// Hosts that fail, return less than they should, or call back during an activation.
 #include "tests/framework/control_fixture.h"
 #include "tests/support/fault_points.h"
 
@@ -7,7 +7,7 @@
 namespace quill::test {
 namespace {
 
-class framework_failing_host : public control_fixture
+class FrameworkFailingHost : public control_fixture
 {
 protected:
     void SetUp() override
@@ -17,26 +17,26 @@ protected:
     }
 };
 
-// Every call that an activation makes fails once; whatever the answer, both sides agree on the state and
-// nothing is held afterwards.
-TEST_F(framework_failing_host, each_site_call_fails_in_turn)
+// Each call of an activation fails once; whatever it returns, both sides agree on the state and no reference
+// is leaked.
+TEST_F(FrameworkFailingHost, EachSiteCallFailsInTurn)
 {
     constexpr int most_calls = 30;
     int tried = 0;
     for (int n = 0; n < most_calls; ++n) {
         SCOPED_TRACE(n);
-        const int calls_before = container->record.count();
-        container->record.fail_at = calls_before + n;
+        const int calls_before = container->record.total();
+        container->record.fail_call_number(calls_before + n + 1, call_fault::error);
         const HRESULT hr = do_verb(OLEIVERB_UIACTIVATE);
-        const calls told = container->record.take();
-        container->record.fail_at = -1;
-        const bool reached = container->record.count() - calls_before > n;
+        const calls recorded = container->record.take();
+        container->record.fail_call_number(0, call_fault::none);
+        const bool reached = container->record.total() - calls_before > n;
         if (reached) {
             ++tried;
-            const std::string& failed = told[static_cast<std::size_t>(n)];
+            const std::string& failed = recorded[static_cast<std::size_t>(n)];
             const bool ends_activation = failed == "CanInPlaceActivate" || failed == "OnInPlaceActivate" ||
                                          failed == "GetWindow" || failed == "OnUIActivate";
-            EXPECT_EQ(hr, ends_activation ? call_record::injected_failure : S_OK) << failed;
+            EXPECT_EQ(hr, ends_activation ? call_log::injected_failure : S_OK) << failed;
             EXPECT_EQ(control->m_bInPlaceActive, !ends_activation || failed == "OnUIActivate") << failed;
             EXPECT_EQ(control->m_bUIActive, !ends_activation) << failed;
             EXPECT_EQ(control->m_hWnd != nullptr, control->m_bInPlaceActive != 0) << failed;
@@ -57,14 +57,14 @@ TEST_F(framework_failing_host, each_site_call_fails_in_turn)
     close();
 }
 
-TEST_F(framework_failing_host, each_site_call_of_the_way_down_fails_in_turn)
+TEST_F(FrameworkFailingHost, EachSiteCallOfTheDeactivationFailsInTurn)
 {
     for (int n = 0; n < 6; ++n) {
         SCOPED_TRACE(n);
         ASSERT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
-        container->record.fail_at = container->record.count() + n;
+        container->record.fail_call_number(container->record.total() + n + 1, call_fault::error);
         close();
-        container->record.fail_at = -1;
+        container->record.fail_call_number(0, call_fault::none);
         EXPECT_FALSE(control->m_bInPlaceActive);
         EXPECT_FALSE(control->m_bUIActive);
         EXPECT_EQ(control->m_hWnd, nullptr);
@@ -77,7 +77,7 @@ TEST_F(framework_failing_host, each_site_call_of_the_way_down_fails_in_turn)
     report_fault_points("a control's deactivation", 6);
 }
 
-TEST_F(framework_failing_host, no_site_is_no_activation)
+TEST_F(FrameworkFailingHost, NoSiteIsNoActivation)
 {
     close();
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
@@ -85,7 +85,7 @@ TEST_F(framework_failing_host, no_site_is_no_activation)
     EXPECT_FALSE(control->m_bInPlaceActive);
 }
 
-TEST_F(framework_failing_host, site_without_in_place_site)
+TEST_F(FrameworkFailingHost, SiteWithoutInPlaceSite)
 {
     container->has_in_place_site = false;
     EXPECT_EQ(do_verb(OLEIVERB_SHOW), E_NOINTERFACE);
@@ -94,16 +94,16 @@ TEST_F(framework_failing_host, site_without_in_place_site)
     close();
 }
 
-TEST_F(framework_failing_host, site_that_does_not_want_it_now)
+TEST_F(FrameworkFailingHost, SiteThatRefusesActivation)
 {
-    container->record.answers["CanInPlaceActivate"] = S_FALSE;
+    container->record.make_return("CanInPlaceActivate", S_FALSE);
     EXPECT_EQ(do_verb(OLEIVERB_SHOW), E_FAIL);
     EXPECT_EQ(container->record.take(), calls{"CanInPlaceActivate"});
     EXPECT_FALSE(control->m_bInPlaceActive);
     close();
 }
 
-TEST_F(framework_failing_host, window_that_succeeds_but_is_none)
+TEST_F(FrameworkFailingHost, NullWindowWithSuccess)
 {
     container->gives_window = false;
     EXPECT_EQ(do_verb(OLEIVERB_SHOW), E_FAIL);
@@ -112,11 +112,11 @@ TEST_F(framework_failing_host, window_that_succeeds_but_is_none)
     close();
 }
 
-TEST_F(framework_failing_host, context_without_frame_or_document_window)
+TEST_F(FrameworkFailingHost, ContextWithoutFrameOrDocumentWindow)
 {
     container->gives_frame = false;
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
-    EXPECT_EQ(container->record.count_of("document.SetActiveObject"), 1);
+    EXPECT_EQ(container->record.count("document.SetActiveObject"), 1);
     EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
     container->gives_document = false;
     container->record.take();
@@ -127,7 +127,7 @@ TEST_F(framework_failing_host, context_without_frame_or_document_window)
     close();
 }
 
-TEST_F(framework_failing_host, context_left_untouched_takes_the_position_of_the_verb)
+TEST_F(FrameworkFailingHost, ContextLeftUntouchedTakesThePositionOfTheVerb)
 {
     container->touches_context = false;
     const RECT position{7, 8, 77, 88};
@@ -139,30 +139,30 @@ TEST_F(framework_failing_host, context_left_untouched_takes_the_position_of_the_
     EXPECT_TRUE(same(place_of_control(), position));
     EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
 
-    container->record.answers["GetWindowContext"] = E_NOTIMPL;
+    container->record.make_return("GetWindowContext", E_NOTIMPL);
     const RECT other{1, 1, 20, 20};
     EXPECT_EQ(do_verb(OLEIVERB_SHOW, &other), S_OK);
     EXPECT_TRUE(same(place_of_control(), other));
     close();
 }
 
-// Neither used nor released: the count of a reference that was not given would be wrong at the end.
-TEST_F(framework_failing_host, failed_context_gives_no_windows)
+// Neither used nor released: releasing a reference that was not added would show in the count.
+TEST_F(FrameworkFailingHost, FailedContextYieldsNoWindows)
 {
     container->failure_leaves_windows = true;
-    container->record.answers["GetWindowContext"] = E_FAIL;
+    container->record.make_return("GetWindowContext", E_FAIL);
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
     EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
     EXPECT_EQ(
         container->record.take(),
         (calls{"CanInPlaceActivate", "OnInPlaceActivate", "GetWindow", "GetWindowContext", "OnUIActivate",
                "OnFocus(TRUE)", "ShowObject", "GetWindowContext", "OnUIDeactivate", "OnInPlaceDeactivate"}));
-    EXPECT_EQ(container->frame.references.count(), 1u);
-    EXPECT_EQ(container->document.references.count(), 1u);
+    EXPECT_EQ(container->frame.references(), 0);
+    EXPECT_EQ(container->document.references(), 0);
     close();
 }
 
-TEST_F(framework_failing_host, window_that_cannot_be_made)
+TEST_F(FrameworkFailingHost, WindowThatCannotBeMade)
 {
     control->refuse_window = true;
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), E_FAIL);
@@ -175,17 +175,17 @@ TEST_F(framework_failing_host, window_that_cannot_be_made)
     close();
 }
 
-TEST_F(framework_failing_host, in_place_site_of_a_view_is_kept_through_a_failure)
+TEST_F(FrameworkFailingHost, InPlaceSiteOfAViewIsKeptAfterAFailure)
 {
     ASSERT_EQ(control->SetInPlaceSite(container.get()), S_OK);
-    container->record.answers["OnInPlaceActivate"] = E_FAIL;
+    container->record.make_return("OnInPlaceActivate", E_FAIL);
     EXPECT_EQ(control->Show(TRUE), E_FAIL);
     EXPECT_EQ(control->m_spInPlaceSite.p, static_cast<IOleInPlaceSite*>(container.get()));
     close();
 }
 
-// The host takes the control down from inside each call of its activation.
-TEST_F(framework_failing_host, host_deactivates_in_the_middle)
+// The host closes the control inside each call of its activation.
+TEST_F(FrameworkFailingHost, HostDeactivatesInTheMiddle)
 {
     for (const char* const step :
          {"CanInPlaceActivate", "OnInPlaceActivate", "GetWindow", "GetWindowContext", "OnUIActivate",
@@ -195,18 +195,18 @@ TEST_F(framework_failing_host, host_deactivates_in_the_middle)
             SCOPED_TRACE(step);
             SCOPED_TRACE(by_closing);
             int times = 0;
-            container->record.during = [&](const std::string& call) {
+            container->record.when_any([&](const std::string& call) {
                 if (call != step || times++)
                     return;
                 if (by_closing)
                     close();
                 else
                     EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
-            };
+            });
             const HRESULT hr = do_verb(OLEIVERB_UIACTIVATE);
             EXPECT_EQ(times, 1);
-            container->record.during = nullptr;
-            // There is nothing to be deactivated yet in the first call, but there is something to be closed.
+            container->record.when_any(nullptr);
+            // In the first call there is nothing to deactivate yet, but the control can be closed.
             const bool too_early = !by_closing && std::string(step) == "CanInPlaceActivate";
             EXPECT_EQ(control->m_bUIActive, too_early);
             if (!too_early) {
@@ -227,27 +227,28 @@ TEST_F(framework_failing_host, host_deactivates_in_the_middle)
     close();
 }
 
-TEST_F(framework_failing_host, host_deactivates_inside_the_deactivation)
+TEST_F(FrameworkFailingHost, HostDeactivatesInsideTheDeactivation)
 {
     for (const char* const step :
          {"document.SetActiveObject(NULL)", "frame.SetActiveObject(NULL)", "OnUIDeactivate"}) {
         SCOPED_TRACE(step);
         ASSERT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
         container->record.take();
-        container->record.during = [&](const std::string& call) {
+        container->record.when_any([&](const std::string& call) {
             if (call == step)
                 EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
-        };
+        });
         EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
-        EXPECT_EQ(container->record.count_of("OnInPlaceDeactivate"), 1);
-        EXPECT_EQ(container->record.count_of("OnUIDeactivate"), 1);
-        container->record.during = nullptr;
+        EXPECT_EQ(container->record.count("OnInPlaceDeactivate"), 1);
+        EXPECT_EQ(container->record.count("OnUIDeactivate"), 1);
+        container->record.when_any(nullptr);
     }
     close();
 }
 
-// The window of the first activation goes, and with it the handle, while its handler is still running.
-TEST_F(framework_failing_host, activates_again_inside_a_handler_of_the_window)
+// The window of the first activation, and with it the handle, is destroyed while its handler is still
+// running.
+TEST_F(FrameworkFailingHost, ActivatesAgainInsideAHandlerOfTheWindow)
 {
     ASSERT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
     const HWND first = control->m_hWnd;
@@ -266,7 +267,7 @@ TEST_F(framework_failing_host, activates_again_inside_a_handler_of_the_window)
     close();
 }
 
-TEST_F(framework_failing_host, window_destroyed_inside_its_handler_is_no_window_any_more)
+TEST_F(FrameworkFailingHost, WindowDestroyedInsideItsHandlerIsNoWindowAnyMore)
 {
     ASSERT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
     control->on_app = [&] {
@@ -277,29 +278,29 @@ TEST_F(framework_failing_host, window_destroyed_inside_its_handler_is_no_window_
     close();
 }
 
-TEST_F(framework_failing_host, last_reference_goes_from_inside_a_call)
+TEST_F(FrameworkFailingHost, LastReleaseInsideACall)
 {
     for (const char* const step : {"OnInPlaceActivate", "OnUIActivate", "ShowObject"}) {
         SCOPED_TRACE(step);
         ATL::CComPtr<control_object> other = make_control();
         ASSERT_EQ(other->SetClientSite(container.get()), S_OK);
-        container->record.during = [&](const std::string& call) {
+        container->record.when_any([&](const std::string& call) {
             if (call == step && other) {
                 other->Close(OLECLOSE_NOSAVE);
                 other->SetClientSite(nullptr);
                 other.Release();
             }
-        };
+        });
         control_object* const raw = other;
         raw->DoVerb(OLEIVERB_UIACTIVATE, nullptr, container.get(), 0, nullptr, nullptr);
         EXPECT_FALSE(other);
-        container->record.during = nullptr;
+        container->record.when_any(nullptr);
         EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1) << "only the fixture's control is left";
     }
     close();
 }
 
-TEST_F(framework_failing_host, last_reference_goes_from_inside_a_message)
+TEST_F(FrameworkFailingHost, LastReleaseInsideAMessage)
 {
     ATL::CComPtr<control_object> other = make_control();
     ASSERT_EQ(other->SetClientSite(container.get()), S_OK);
@@ -321,17 +322,18 @@ TEST_F(framework_failing_host, last_reference_goes_from_inside_a_message)
     close();
 }
 
-TEST_F(framework_failing_host, released_while_active)
+TEST_F(FrameworkFailingHost, ReleasedWhileActive)
 {
     ASSERT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
     const HWND window = control->m_hWnd;
     control.Release();
     EXPECT_FALSE(IsWindow(window));
     EXPECT_TRUE(container->released());
-    container->in_place_balance = container->ui_balance = 0; // a host that lets go so is not told
+    container->in_place_balance = container->ui_balance =
+        0; // a host that releases without closing is not notified
 }
 
-TEST_F(framework_failing_host, windows_go_before_the_control)
+TEST_F(FrameworkFailingHost, WindowsAreDestroyedBeforeTheControl)
 {
     ASSERT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
     DestroyWindow(control->m_hWnd);

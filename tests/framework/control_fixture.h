@@ -1,4 +1,4 @@
-// A control in a strict container, and the proof at the end that nothing is left of either.
+// A control in a strict container; checks at the end that both are released.
 #pragma once
 
 #include "tests/framework/strict_container.h"
@@ -28,7 +28,7 @@ protected:
         ASSERT_EQ(OleInitialize(nullptr), S_OK);
         process_resources::now(); // before the warm-up: its first call makes windows
         {
-            // What the first active control, and the test library's first trace, bring with them stays.
+            // The first active control and the first trace of the test library allocate resources that stay.
             SCOPED_TRACE("warm-up");
             strict_container warm_up;
             const ATL::CComPtr<control_object> first = make_control();
@@ -54,8 +54,8 @@ protected:
         control.Release();
         EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 0);
         EXPECT_TRUE(container->released())
-            << "site " << container->references.count() << ", frame " << container->frame.references.count()
-            << ", document window " << container->document.references.count();
+            << "site " << container->references() << ", frame " << container->frame.references()
+            << ", document window " << container->document.references();
         EXPECT_EQ(container->in_place_balance, 0);
         EXPECT_EQ(container->ui_balance, 0);
         container.reset();
@@ -74,7 +74,7 @@ protected:
     {
         return control->DoVerb(verb, nullptr, container.get(), 0, container->window, position);
     }
-    // Takes the control down as a host does.
+    // Closes the control as a host does.
     void close()
     {
         EXPECT_EQ(control->Close(OLECLOSE_NOSAVE), S_OK);

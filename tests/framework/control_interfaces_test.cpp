@@ -6,20 +6,20 @@
 namespace quill::test {
 namespace {
 
-class framework_control_interfaces : public control_fixture
+class FrameworkControlInterfaces : public control_fixture
 {
 protected:
     void TearDown() override
     {
         control.Release();
-        EXPECT_EQ(sink.references.count(), 1u);
+        EXPECT_EQ(sink.references(), 0);
         control_fixture::TearDown();
     }
 
     recording_sink sink;
 };
 
-TEST_F(framework_control_interfaces, every_interface_is_one_object)
+TEST_F(FrameworkControlInterfaces, EveryInterfaceIsOneObject)
 {
     const IID* const interfaces[] = {
         &__uuidof(ITestDual),   &IID_IDispatch,          &IID_IViewObjectEx,
@@ -36,7 +36,7 @@ TEST_F(framework_control_interfaces, every_interface_is_one_object)
     }
 }
 
-TEST_F(framework_control_interfaces, client_site_is_handed_back)
+TEST_F(FrameworkControlInterfaces, ClientSiteIsReturned)
 {
     EXPECT_EQ(control->GetClientSite(nullptr), E_POINTER);
     ATL::CComPtr<IOleClientSite> site;
@@ -51,7 +51,7 @@ TEST_F(framework_control_interfaces, client_site_is_handed_back)
     EXPECT_EQ(control->m_spAmbientDispatch.p, nullptr);
 }
 
-TEST_F(framework_control_interfaces, registry_answers_for_the_class)
+TEST_F(FrameworkControlInterfaces, RegistryDescribesTheClass)
 {
     const std::wstring key = L"Software\\Classes\\CLSID\\{6B1F0E52-93C7-4D0A-A6D4-27E85C1B9F60}";
     const registry_key_scope class_key(HKEY_LOCAL_MACHINE, key);
@@ -87,7 +87,7 @@ TEST_F(framework_control_interfaces, registry_answers_for_the_class)
     EXPECT_EQ(control->GetUserClassID(nullptr), E_POINTER);
 }
 
-TEST_F(framework_control_interfaces, what_an_embedded_object_need_not_do)
+TEST_F(FrameworkControlInterfaces, OptionalMethodsOfAnEmbeddedObjectAreNotImplemented)
 {
     IMoniker* moniker = reinterpret_cast<IMoniker*>(1);
     EXPECT_EQ(control->IOleObjectImpl<test_control>::GetMoniker(1, 1, &moniker), E_NOTIMPL);
@@ -104,7 +104,7 @@ TEST_F(framework_control_interfaces, what_an_embedded_object_need_not_do)
     EXPECT_EQ(control->IsUpToDate(), S_OK);
 }
 
-TEST_F(framework_control_interfaces, sinks_hear_of_saving_and_closing)
+TEST_F(FrameworkControlInterfaces, SinksAreNotifiedOfSavingAndClosing)
 {
     IEnumSTATDATA* enumerator = reinterpret_cast<IEnumSTATDATA*>(1);
     EXPECT_EQ(control->EnumAdvise(&enumerator), E_FAIL);
@@ -132,7 +132,7 @@ TEST_F(framework_control_interfaces, sinks_hear_of_saving_and_closing)
     close();
 }
 
-TEST_F(framework_control_interfaces, storage_keeps_what_the_stream_persistence_writes)
+TEST_F(FrameworkControlInterfaces, StorageKeepsWhatTheStreamPersistenceWrites)
 {
     IPersistStorage* const persist = control.p;
     EXPECT_EQ(persist->IsDirty(), S_FALSE);
@@ -158,7 +158,7 @@ TEST_F(framework_control_interfaces, storage_keeps_what_the_stream_persistence_w
     EXPECT_EQ(persist->GetClassID(nullptr), E_POINTER);
 }
 
-TEST_F(framework_control_interfaces, keys_are_offered_to_the_site)
+TEST_F(FrameworkControlInterfaces, KeysAreOfferedToTheSite)
 {
     IOleInPlaceActiveObject* const active = control.p;
     EXPECT_EQ(active->TranslateAccelerator(nullptr), E_POINTER);
@@ -169,15 +169,15 @@ TEST_F(framework_control_interfaces, keys_are_offered_to_the_site)
     control->SetClientSite(container.get());
     const std::string offered = "TranslateAccelerator(88, 0)";
     EXPECT_EQ(active->TranslateAccelerator(&key), S_OK);
-    container->record.answers[offered] = S_FALSE;
+    container->record.make_return(offered, S_FALSE);
     EXPECT_EQ(active->TranslateAccelerator(&key), S_FALSE);
-    container->record.answers[offered] = E_FAIL;
+    container->record.make_return(offered, E_FAIL);
     EXPECT_EQ(active->TranslateAccelerator(&key), S_FALSE);
     EXPECT_EQ(container->record.take(), calls(3, offered));
     close();
 }
 
-TEST_F(framework_control_interfaces, document_window_takes_the_user_interface_away)
+TEST_F(FrameworkControlInterfaces, DocumentWindowDeactivatesTheUserInterface)
 {
     control->SetClientSite(container.get());
     ASSERT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
@@ -191,7 +191,7 @@ TEST_F(framework_control_interfaces, document_window_takes_the_user_interface_aw
     close();
 }
 
-TEST_F(framework_control_interfaces, window_is_told_while_there_is_one)
+TEST_F(FrameworkControlInterfaces, WindowIsReturnedWhileThereIsOne)
 {
     IOleInPlaceObjectWindowless* const in_place = control.p;
     IOleInPlaceActiveObject* const active = control.p;
@@ -218,7 +218,7 @@ TEST_F(framework_control_interfaces, window_is_told_while_there_is_one)
     close();
 }
 
-TEST_F(framework_control_interfaces, events_are_frozen_in_pairs)
+TEST_F(FrameworkControlInterfaces, EventsAreFrozenInPairs)
 {
     IOleControl* const ole_control = control.p;
     EXPECT_EQ(ole_control->FreezeEvents(TRUE), S_OK);

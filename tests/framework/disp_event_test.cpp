@@ -1,4 +1,5 @@
-// Event sinks: connections, and handlers called by the type libraries of the browser and of its documents.
+// Event sinks: connections, and handlers called through the type libraries of the browser and of its
+// documents.
 #include "tests/framework/event_source.h"
 #include "tests/framework/framework_module.h"
 
@@ -22,7 +23,7 @@ constexpr IID page_events = {0x3050F613, 0x98B5, 0x11CF, {0xBB, 0x82, 0x00, 0xAA
 
 int living = 0;
 
-// Two sinks in one object, the way a page and its browser could be watched together.
+// Two sinks in one object, as for a page and its browser.
 class watcher : public CComObjectRootEx<CComSingleThreadModel>,
                 public IUnknown,
                 public IDispEventImpl<1, watcher, &browser_events, &browser_library, 1, 1>,
@@ -76,7 +77,7 @@ public:
         seen = L"quit";
         if (source_to_leave)
             browser_sink::DispEventUnadvise(source_to_leave);
-        seen += std::to_wstring(m_dwRef); // the object must still be there
+        seen += std::to_wstring(m_dwRef); // the object must still exist
     }
     void __stdcall on_wrong_count() { seen = L"never"; }
     void __stdcall on_progress(long progress, long maximum) noexcept
@@ -134,7 +135,7 @@ struct DispEvent : testing::Test
             EXPECT_EQ(object->Release(), 0u);
         EXPECT_EQ(living, 0);
         EXPECT_EQ(the_module().GetLockCount(), 0);
-        the_module().Term(); // gives the type information back
+        the_module().Term(); // releases the type information
     }
 
     CComObject<watcher>* object = nullptr;
@@ -197,7 +198,7 @@ TEST_F(DispEvent, AdviseFailsWithoutItsConnectionPoint)
     EXPECT_EQ(object->watcher::browser_sink::DispEventAdvise(object->GetUnknown()), E_NOINTERFACE);
     EXPECT_EQ(object->m_dwRef, 1);
     event_source source(browser_events);
-    EXPECT_EQ(object->watcher::browser_sink::DispEventAdvise(source.unknown()), S_OK); // nothing stuck
+    EXPECT_EQ(object->watcher::browser_sink::DispEventAdvise(source.unknown()), S_OK); // still connectable
     EXPECT_EQ(object->watcher::browser_sink::DispEventUnadvise(source.unknown()), S_OK);
 }
 
@@ -257,7 +258,7 @@ TEST_F(DispEvent, ArgumentsOfOtherTypesAreConverted)
 {
     event_source source(browser_events);
     ASSERT_EQ(object->watcher::browser_sink::DispEventAdvise(source.unknown()), S_OK);
-    // The URL itself where a pointer to it is declared; numbers as texts; the browser as an IUnknown.
+    // The URL itself where a pointer to it is declared; numbers as strings; the browser as an IUnknown.
     const CComVariant url(L"http://h/y");
     EXPECT_EQ(source.fire(DISPID_DOCUMENTCOMPLETE, {before_navigate::dispatch(nullptr), url}), S_OK);
     EXPECT_EQ(object->seen, L"http://h/y");
@@ -322,7 +323,7 @@ TEST_F(DispEvent, ResultOfAHandlerReachesTheSource)
     EXPECT_EQ(object->watcher::browser_sink::DispEventUnadvise(source.unknown()), S_OK);
 }
 
-TEST_F(DispEvent, PageEventsAnswerAValue)
+TEST_F(DispEvent, PageEventsReturnAValue)
 {
     event_source source(page_events);
     ASSERT_EQ(object->watcher::page_sink::DispEventAdvise(source.unknown()), S_OK);
@@ -334,10 +335,10 @@ TEST_F(DispEvent, PageEventsAnswerAValue)
     EXPECT_EQ(object->seen_browser, event);
     EXPECT_EQ(result.vt, VT_BOOL);
     EXPECT_EQ(result.boolVal, VARIANT_TRUE);
-    // A source that does not ask for the result.
+    // A source that does not request the result.
     EXPECT_EQ(source.fire(DISPID_HTMLDOCUMENTEVENTS2_ONCLICK, {before_navigate::dispatch(event)}), S_OK);
 
-    // A source that hands in what was on its stack.
+    // A source whose result variable is not initialised.
     VARIANT garbage;
     garbage.vt = VT_DISPATCH;
     garbage.pdispVal = reinterpret_cast<IDispatch*>(std::uintptr_t{64});
@@ -382,7 +383,7 @@ TEST_F(DispEvent, ExceptionsEndInTheSink)
     EXPECT_EQ(object->watcher::page_sink::DispEventUnadvise(source.unknown()), S_OK);
 }
 
-TEST_F(DispEvent, ObjectOutlivesTheCallInWhichItLeaves)
+TEST_F(DispEvent, ObjectOutlivesTheCallInWhichItUnadvises)
 {
     event_source source(browser_events);
     ASSERT_EQ(object->watcher::browser_sink::DispEventAdvise(source.unknown()), S_OK);

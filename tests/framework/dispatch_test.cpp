@@ -1,4 +1,4 @@
-// IDispatch by the type library that the program carries.
+// IDispatch through the type library in the program's resources.
 #include "tests/framework/framework_module.h"
 
 #include <gtest/gtest.h>
@@ -53,7 +53,7 @@ struct Dispatch : testing::Test
     {
         dispatch.Release();
         EXPECT_EQ(the_module().GetLockCount(), 0);
-        the_module().Term(); // gives the type information back
+        the_module().Term(); // releases the type information
     }
 
     HRESULT id_of(const wchar_t* name, DISPID& id)
@@ -149,7 +149,7 @@ TEST_F(Dispatch, TypeInformationIsHandedOut)
     info.Release();
 }
 
-TEST_F(Dispatch, InformationIsLoadedAgainAfterItWasGivenBack)
+TEST_F(Dispatch, TypeInformationIsLoadedAgainAfterItsRelease)
 {
     DISPID id = 0;
     EXPECT_EQ(id_of(L"Add", id), S_OK);

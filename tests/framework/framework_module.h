@@ -18,9 +18,9 @@ inline constexpr CLSID CLSID_second = {
 inline constexpr CLSID CLSID_hidden = {
     0x3C0B7A11, 0x52D4, 0x4E6F, {0x9A, 0x10, 0x6D, 0x2B, 0x88, 0x41, 0x7E, 0x04}};
 
-// What happened to the classes of the map and in which order: "register first", "unregister module", ...
+// The calls of the classes in the map, in order: "register first", "unregister module", ...
 std::vector<std::string>& map_events();
-// The step of that name fails with E_ABORT until this is emptied.
+// The step of that name fails with E_ABORT until this is cleared.
 std::string& failing_step();
 HRESULT map_step(const std::string& step);
 

@@ -1,4 +1,4 @@
-// A hosting window with a strict control for it, and the proof at the end that nothing is left of either.
+// A hosting window with a strict control for it; checks at the end that both are released.
 #pragma once
 
 #include "atl/atlhost.h"
@@ -26,20 +26,21 @@ inline constexpr LPCWSTR unknown_names[] = {L"QuillFrameworkTest.NoSuchControl",
 class host_fixture : public testing::Test
 {
 protected:
-    const calls way_in_site_first{"CreateInstance", "GetMiscStatus", "SetClientSite", "InitNew",
-                                  "Advise",         "SetAdvise",     "SetHostNames",  "SetExtent",
-                                  "DoVerb(-5)",     "SetSite"};
-    const calls way_in_site_last{"CreateInstance", "GetMiscStatus", "InitNew",   "SetClientSite", "Advise",
-                                 "SetAdvise",      "SetHostNames",  "SetExtent", "DoVerb(-5)",    "SetSite"};
-    const calls way_out{"SetAdvise(NULL)",     "Unadvise",     "Close", "InPlaceDeactivate",
-                        "SetClientSite(NULL)", "SetSite(NULL)"};
+    const calls activation_site_first{"CreateInstance", "GetMiscStatus", "SetClientSite", "InitNew",
+                                      "Advise",         "SetAdvise",     "SetHostNames",  "SetExtent",
+                                      "DoVerb(-5)",     "SetSite"};
+    const calls activation_site_last{"CreateInstance", "GetMiscStatus", "InitNew",      "SetClientSite",
+                                     "Advise",         "SetAdvise",     "SetHostNames", "SetExtent",
+                                     "DoVerb(-5)",     "SetSite"};
+    const calls deactivation{"SetAdvise(NULL)",     "Unadvise",     "Close", "InPlaceDeactivate",
+                             "SetClientSite(NULL)", "SetSite(NULL)"};
 
     void SetUp() override
     {
         ASSERT_EQ(OleInitialize(nullptr), S_OK);
         parts_ = std::make_unique<parts>();
         {
-            // What the first hosted control, and the test library's first trace, bring with them stays.
+            // The first hosted control and the first trace of the test library allocate resources that stay.
             SCOPED_TRACE("warm-up");
             const HWND window = make_window(hosted_progid);
             ASSERT_TRUE(window);
@@ -58,7 +59,7 @@ protected:
     {
         if (IsWindow(host_window))
             DestroyWindow(host_window);
-        EXPECT_TRUE(parts_->control.released()) << parts_->control.references.count();
+        EXPECT_TRUE(parts_->control.released()) << parts_->control.references();
         EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 0);
         parts_.reset();
         EXPECT_TRUE(ATL::AtlAxWinTerm());
@@ -80,7 +81,7 @@ protected:
         EXPECT_EQ(ATL::AtlAxGetHost(window, &unknown), S_OK);
         return CComQIPtr<IAxWinHostWindow>(unknown);
     }
-    // As the document does it: a window without a title, then its host.
+    // In the order of the document: a window without a title, then its host.
     HRESULT create(LPCWSTR name = hosted_progid, IStream* stream = nullptr, IUnknown* sink = nullptr)
     {
         if (!IsWindow(host_window))
@@ -114,7 +115,7 @@ protected:
     HWND host_window = nullptr;
 
 private:
-    // Everything that must be gone before the counts are compared.
+    // Everything that must be destroyed before the counts are compared.
     struct parts
     {
         parts()

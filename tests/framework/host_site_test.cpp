@@ -1,4 +1,4 @@
-// What a hosting window answers its control, asked for directly and by a real control.
+// What a hosting window returns to its control, called directly and by a real control.
 #include "atl/detail/ax_ambient.h"
 #include "tests/framework/host_fixture.h"
 #include "tests/framework/test_control.h"
@@ -8,10 +8,10 @@
 namespace quill::test {
 namespace {
 
-class framework_host_site : public host_fixture
+class FrameworkHostSite : public host_fixture
 {
 protected:
-    // The host of the window, asked for an interface.
+    // The host of the window, queried for an interface.
     template <class T>
     CComQIPtr<T> site()
     {
@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(framework_host_site, ambient_properties)
+TEST_F(FrameworkHostSite, AmbientProperties)
 {
     const CComQIPtr<IDispatch> ambient = site<IDispatch>();
     ASSERT_TRUE(ambient);
@@ -53,7 +53,7 @@ TEST_F(framework_host_site, ambient_properties)
               E_POINTER);
 }
 
-TEST_F(framework_host_site, window_context)
+TEST_F(FrameworkHostSite, WindowContext)
 {
     const CComQIPtr<IOleInPlaceSite> in_place = site<IOleInPlaceSite>();
     HWND window = nullptr;
@@ -92,7 +92,7 @@ TEST_F(framework_host_site, window_context)
     EXPECT_EQ(in_place->OnPosRectChange(&whole), E_UNEXPECTED);
 }
 
-TEST_F(framework_host_site, container_and_moniker)
+TEST_F(FrameworkHostSite, ContainerAndMoniker)
 {
     const CComQIPtr<IOleClientSite> client = site<IOleClientSite>();
     CComPtr<IOleContainer> container;
@@ -112,30 +112,18 @@ TEST_F(framework_host_site, container_and_moniker)
     EXPECT_EQ(extended, nullptr);
 }
 
-// A site of the host's own, which offers one service.
-class service_site final : public IServiceProvider
+// A site of the host itself, which offers one service.
+class service_site final : public test_object<IServiceProvider>
 {
 public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override
-    {
-        *out = iid == IID_IUnknown || iid == IID_IServiceProvider ? this : nullptr;
-        if (!*out)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return references.add(); }
-    ULONG STDMETHODCALLTYPE Release() override { return references.drop(); }
     HRESULT STDMETHODCALLTYPE QueryService(REFGUID service, REFIID iid, void** out) override
     {
         *out = nullptr;
         return service == CLSID_hosted ? QueryInterface(iid, out) : E_NOINTERFACE;
     }
-
-    counted references;
 };
 
-TEST_F(framework_host_site, services_come_from_the_hosts_own_site)
+TEST_F(FrameworkHostSite, ServicesAreThoseOfTheSiteOfTheHost)
 {
     const CComQIPtr<IServiceProvider> services = site<IServiceProvider>();
     CComPtr<IUnknown> found;
@@ -151,10 +139,10 @@ TEST_F(framework_host_site, services_come_from_the_hosts_own_site)
               E_NOINTERFACE);
     EXPECT_EQ(services->QueryService(CLSID_hosted, IID_IUnknown, nullptr), E_POINTER);
     EXPECT_EQ(with_site->SetSite(nullptr), S_OK);
-    EXPECT_EQ(own.references.count(), 1u);
+    EXPECT_EQ(own.references(), 0);
 }
 
-TEST_F(framework_host_site, real_control_lives_in_the_window)
+TEST_F(FrameworkHostSite, RealControlIsHostedInTheWindow)
 {
     using control_object = ATL::CComObject<test_control>;
     control_object* made = nullptr;
@@ -183,7 +171,7 @@ TEST_F(framework_host_site, real_control_lives_in_the_window)
     EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1) << "only the control is left, and only ours";
 }
 
-TEST_F(framework_host_site, real_control_released_inside_its_host_ends_it)
+TEST_F(FrameworkHostSite, RealControlReleasedInsideItsHostIsDestroyed)
 {
     using control_object = ATL::CComObject<test_control>;
     control_object* made = nullptr;

@@ -1,4 +1,4 @@
-// Hosting windows: their class, and the way of a control into them and out again.
+// Hosting windows: their class, and the activation and deactivation of a control in them.
 #include "tests/framework/host_fixture.h"
 
 #include <shlwapi.h>
@@ -13,9 +13,9 @@ class framework_module : public ATL::CAtlDllModuleT<framework_module>
 };
 framework_module module;
 
-using framework_host = host_fixture;
+using FrameworkHost = host_fixture;
 
-TEST_F(framework_host, class_is_the_modules_own)
+TEST_F(FrameworkHost, ClassIsTheModulesOwn)
 {
     WNDCLASSEXW found{};
     found.cbSize = sizeof found;
@@ -35,7 +35,7 @@ TEST_F(framework_host, class_is_the_modules_own)
     EXPECT_TRUE(ATL::AtlAxWinTerm()) << "again";
 }
 
-TEST_F(framework_host, window_without_a_title_has_a_host_and_no_control)
+TEST_F(FrameworkHost, WindowWithoutATitleHasAHostAndNoControl)
 {
     ASSERT_TRUE(make_window());
     CComPtr<IUnknown> found;
@@ -52,16 +52,16 @@ TEST_F(framework_host, window_without_a_title_has_a_host_and_no_control)
     EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1) << "the window's";
     DestroyWindow(host_window);
     EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 0);
-    EXPECT_EQ(control().record.count(), 0);
+    EXPECT_EQ(control().record.total(), 0);
 }
 
-TEST_F(framework_host, host_outlives_its_window)
+TEST_F(FrameworkHost, HostOutlivesItsWindow)
 {
     ASSERT_EQ(create(), S_OK);
     CComQIPtr<IAxWinHostWindow> host = host_of(host_window);
     control().record.take();
     DestroyWindow(host_window);
-    EXPECT_EQ(control().record.take(), way_out);
+    EXPECT_EQ(control().record.take(), deactivation);
     EXPECT_TRUE(control().released());
     CComPtr<IUnknown> made;
     EXPECT_EQ(host->QueryControl(IID_IUnknown, reinterpret_cast<void**>(&made)), E_FAIL);
@@ -73,12 +73,12 @@ TEST_F(framework_host, host_outlives_its_window)
     EXPECT_EQ(window, nullptr);
 }
 
-TEST_F(framework_host, way_in_and_way_out)
+TEST_F(FrameworkHost, ActivationAndDeactivation)
 {
     for (const bool site_first : {true, false}) {
         control().misc_status = site_first ? DWORD{OLEMISC_SETCLIENTSITEFIRST} : 0;
         EXPECT_EQ(create(), S_OK);
-        EXPECT_EQ(control().record.take(), site_first ? way_in_site_first : way_in_site_last);
+        EXPECT_EQ(control().record.take(), site_first ? activation_site_first : activation_site_last);
         EXPECT_EQ(GetParent(control().window), host_window);
         const RECT whole{0, 0, 200, 100};
         EXPECT_TRUE(EqualRect(&control().position, &whole));
@@ -87,39 +87,39 @@ TEST_F(framework_host, way_in_and_way_out)
         EXPECT_EQ(found.p, static_cast<IDispatch*>(&control()));
         found.Release();
         DestroyWindow(host_window);
-        EXPECT_EQ(control().record.take(), way_out);
+        EXPECT_EQ(control().record.take(), deactivation);
         EXPECT_TRUE(control().released());
     }
 }
 
-TEST_F(framework_host, clsid_stands_for_the_class_as_well)
+TEST_F(FrameworkHost, ClsidStandsForTheClassAsWell)
 {
     EXPECT_EQ(create(hosted_clsid_text), S_OK);
 }
 
-TEST_F(framework_host, stream_is_what_the_control_is_loaded_from)
+TEST_F(FrameworkHost, StreamIsWhatTheControlIsLoadedFrom)
 {
     CComPtr<IStream> stream;
     stream.Attach(SHCreateMemStream(nullptr, 0));
     EXPECT_EQ(create(hosted_progid, stream), S_OK);
-    const calls told = control().record.take();
-    EXPECT_EQ(told[2], "Load");
+    const calls recorded = control().record.take();
+    EXPECT_EQ(recorded[2], "Load");
 }
 
-TEST_F(framework_host, control_without_a_state_to_initialise)
+TEST_F(FrameworkHost, ControlWithoutAStateToInitialise)
 {
-    control().record.answers["InitNew"] = E_NOTIMPL;
+    control().record.make_return("InitNew", E_NOTIMPL);
     EXPECT_EQ(create(), S_OK);
     DestroyWindow(host_window);
     control().persists = false;
     control().record.take();
     EXPECT_EQ(create(), S_OK);
-    calls expected = way_in_site_last;
+    calls expected = activation_site_last;
     expected.erase(expected.begin() + 2);
     EXPECT_EQ(control().record.take(), expected);
 }
 
-TEST_F(framework_host, automation_object_without_a_user_interface)
+TEST_F(FrameworkHost, AutomationObjectWithoutAUserInterface)
 {
     control().only_dispatch = true;
     EXPECT_EQ(create(), S_OK);
@@ -135,33 +135,33 @@ TEST_F(framework_host, automation_object_without_a_user_interface)
     EXPECT_EQ(control().record.take(), calls{});
 }
 
-TEST_F(framework_host, control_that_is_invisible_at_run_time)
+TEST_F(FrameworkHost, ControlThatIsInvisibleAtRunTime)
 {
     control().misc_status = OLEMISC_INVISIBLEATRUNTIME;
     EXPECT_EQ(create(), S_OK);
     EXPECT_EQ(control().window, nullptr);
-    const calls told = control().record.take();
-    EXPECT_EQ(std::count(told.begin(), told.end(), "DoVerb(-5)"), 0);
-    EXPECT_EQ(told.back(), "SetSite");
+    const calls recorded = control().record.take();
+    EXPECT_EQ(std::count(recorded.begin(), recorded.end(), "DoVerb(-5)"), 0);
+    EXPECT_EQ(recorded.back(), "SetSite");
 }
 
-TEST_F(framework_host, title_names_the_control)
+TEST_F(FrameworkHost, TitleNamesTheControl)
 {
     start_over_after_unknown_names();
     ASSERT_TRUE(make_window(hosted_progid));
-    calls expected = way_in_site_last;
-    expected.insert(expected.end(), {"SetExtent", "SetObjectRects"}); // a new window is told its size last
+    calls expected = activation_site_last;
+    expected.insert(expected.end(), {"SetExtent", "SetObjectRects"}); // a new window gets its size last
     EXPECT_EQ(control().record.take(), expected);
     EXPECT_TRUE(control().window);
     DestroyWindow(host_window);
 
     EXPECT_EQ(make_window(unknown_names[0]), nullptr);
-    control().record.answers["InitNew"] = E_OUTOFMEMORY;
+    control().record.make_return("InitNew", E_OUTOFMEMORY);
     EXPECT_EQ(make_window(hosted_progid), nullptr);
     EXPECT_TRUE(control().released());
 }
 
-TEST_F(framework_host, sink_is_connected_and_disconnected)
+TEST_F(FrameworkHost, SinkIsAdvisedAndUnadvised)
 {
     hosted_control sink;
     sink.only_dispatch = true;
@@ -169,25 +169,26 @@ TEST_F(framework_host, sink_is_connected_and_disconnected)
     EXPECT_EQ(control().sink, static_cast<IDispatch*>(&sink));
     control().record.take();
     DestroyWindow(host_window);
-    const calls told = control().record.take();
-    EXPECT_EQ(calls(told.begin(), told.begin() + 2), (calls{"FindConnectionPoint", "Unadvise(sink)"}));
-    EXPECT_EQ(sink.references.count(), 1u);
+    const calls recorded = control().record.take();
+    EXPECT_EQ(calls(recorded.begin(), recorded.begin() + 2),
+              (calls{"FindConnectionPoint", "Unadvise(sink)"}));
+    EXPECT_EQ(sink.references(), 0);
 }
 
-TEST_F(framework_host, another_control_takes_the_place)
+TEST_F(FrameworkHost, AnotherControlReplacesTheFirst)
 {
     ASSERT_EQ(create(), S_OK);
     control().record.take();
     ASSERT_EQ(create(), S_OK);
-    calls expected = way_out;
-    expected.insert(expected.end(), way_in_site_last.begin(), way_in_site_last.end());
+    calls expected = deactivation;
+    expected.insert(expected.end(), activation_site_last.begin(), activation_site_last.end());
     EXPECT_EQ(control().record.take(), expected);
     EXPECT_TRUE(control().window);
     EXPECT_EQ(create(unknown_names[0]), CO_E_CLASSSTRING);
     EXPECT_TRUE(control().window) << "a name that leads nowhere changes nothing";
 }
 
-TEST_F(framework_host, size_and_position_follow_the_window)
+TEST_F(FrameworkHost, SizeAndPositionFollowTheWindow)
 {
     ASSERT_EQ(create(), S_OK);
     control().record.take();
@@ -201,7 +202,7 @@ TEST_F(framework_host, size_and_position_follow_the_window)
     EXPECT_TRUE(EqualRect(&control().position, &whole)) << "the control fills the window";
 }
 
-TEST_F(framework_host, focus_goes_to_the_control)
+TEST_F(FrameworkHost, FocusIsForwardedToTheControl)
 {
     ASSERT_EQ(create(), S_OK);
     control().record.take();
@@ -214,7 +215,7 @@ TEST_F(framework_host, focus_goes_to_the_control)
     EXPECT_EQ(GetFocus(), control().window);
 }
 
-TEST_F(framework_host, any_window_can_be_given_a_host)
+TEST_F(FrameworkHost, AnyWindowCanBeGivenAHost)
 {
     host_window =
         CreateWindowExW(0, L"STATIC", L"plain", WS_CHILD, 0, 0, 60, 40, parent(), nullptr, nullptr, nullptr);
@@ -238,7 +239,7 @@ TEST_F(framework_host, any_window_can_be_given_a_host)
         << "a host without a control";
 }
 
-TEST_F(framework_host, window_with_a_host_can_be_given_another)
+TEST_F(FrameworkHost, WindowWithAHostCanBeGivenAnother)
 {
     ASSERT_TRUE(make_window());
     CComQIPtr<IAxWinHostWindow> first = host_of(host_window);

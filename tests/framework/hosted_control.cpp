@@ -12,35 +12,14 @@ constexpr DWORD cookie_of_sink = 88;
 
 } // namespace
 
-HRESULT hosted_control::unexpected(const char* method)
+IUnknown* hosted_control::find(REFIID iid)
 {
-    ADD_FAILURE() << "control." << method << " was not expected";
-    return E_UNEXPECTED;
-}
-
-HRESULT hosted_control::QueryInterface(REFIID iid, void** out)
-{
-    *out = nullptr;
-    if (iid == IID_IUnknown || iid == IID_IDispatch)
-        *out = static_cast<IDispatch*>(this);
-    else if (only_dispatch)
-        return E_NOINTERFACE;
-    else if (iid == IID_IOleObject)
-        *out = static_cast<IOleObject*>(this);
-    else if (iid == IID_IOleInPlaceObject)
-        *out = static_cast<IOleInPlaceObject*>(this);
-    else if (iid == IID_IViewObject)
-        *out = static_cast<IViewObject*>(this);
-    else if (iid == IID_IPersistStreamInit && persists)
-        *out = static_cast<IPersistStreamInit*>(this);
-    else if (iid == IID_IObjectWithSite)
-        *out = static_cast<IObjectWithSite*>(this);
-    else if (iid == IID_IConnectionPointContainer)
-        *out = static_cast<IConnectionPointContainer*>(this);
-    if (!*out)
-        return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
+    if (only_dispatch && iid != IID_IUnknown && iid != IID_IDispatch)
+        return nullptr;
+    // The connection point is a separate object for its callers.
+    if (iid == IID_IConnectionPoint || (iid == IID_IPersistStreamInit && !persists))
+        return nullptr;
+    return test_object::find(iid);
 }
 
 HRESULT hosted_control::SetClientSite(IOleClientSite* new_site)
@@ -183,7 +162,7 @@ HRESULT hosted_control::Advise(IUnknown* new_sink, DWORD* cookie)
 
 bool hosted_control::released() const
 {
-    return references.count() == 1 && !window && !site && !object_site && !advised && !view_advised && !sink;
+    return references() == 0 && !window && !site && !object_site && !advised && !view_advised && !sink;
 }
 
 hosted_class::hosted_class(std::function<HRESULT(REFIID, void**)> create)
@@ -199,18 +178,13 @@ hosted_class::hosted_class(std::function<HRESULT(REFIID, void**)> create)
 hosted_class::~hosted_class()
 {
     CoRevokeClassObject(registration_);
-    EXPECT_EQ(references_.count(), 1u);
 }
 
 HRESULT hosted_class::QueryInterface(REFIID iid, void** out)
 {
+    if (!is_nothing || iid != IID_IClassFactory)
+        return test_object::QueryInterface(iid, out);
     *out = nullptr;
-    if (is_nothing && iid == IID_IClassFactory)
-        return S_OK;
-    if (iid != IID_IUnknown && iid != IID_IClassFactory)
-        return E_NOINTERFACE;
-    *out = static_cast<IClassFactory*>(this);
-    AddRef();
     return S_OK;
 }
 

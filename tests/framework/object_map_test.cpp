@@ -67,7 +67,7 @@ TEST_F(ObjectMap, ModuleThatWasNotInitialisedHasNoClasses)
     EXPECT_EQ(out, nullptr);
 }
 
-TEST_F(ObjectMap, TellsEveryClassThatTheModuleStartsAndEnds)
+TEST_F(ObjectMap, CallsObjectMainOfEveryClassAtStartAndEnd)
 {
     _AtlComModule.ExecuteObjectMain(true);
     _AtlComModule.ExecuteObjectMain(false);
@@ -107,7 +107,7 @@ TEST_F(ObjectMap, UnregistrationEndsWithTheModule)
                                           "unregister module"));
 }
 
-TEST_F(ObjectMap, UnregistrationGoesOnAfterAFailureAndLeavesTheModule)
+TEST_F(ObjectMap, UnregistrationContinuesAfterAFailureAndKeepsTheModule)
 {
     failing_step() = "unregister first";
     EXPECT_EQ(the_module().DllUnregisterServer(FALSE), E_ABORT);
@@ -123,7 +123,7 @@ TEST_F(ObjectMap, TypeLibraryIsUnregisteredBeforeTheModule)
     EXPECT_FALSE(listed("{3C0B7A11-52D4-4E6F-9A10-6D2B88417E01}"));
     EXPECT_EQ(map_events().back(), "unregister module");
 
-    // Where there is no type library to unregister, the module's own part is not reached.
+    // Without a type library to unregister, the module's own part is not reached.
     map_events().clear();
     EXPECT_TRUE(FAILED(the_module().DllUnregisterServer()));
     EXPECT_NE(map_events().back(), "unregister module");
@@ -143,7 +143,7 @@ TEST_F(ObjectMap, CategoriesAreWrittenAndRemoved)
     EXPECT_FALSE(listed("Categories"));
 }
 
-TEST_F(ObjectMap, CategoriesOfOthersStay)
+TEST_F(ObjectMap, CategoriesOfOthersAreKept)
 {
     HKEY key = nullptr;
     ASSERT_EQ(RegCreateKeyW(

@@ -1,7 +1,8 @@
-// An advise sink that records what it hears, with a count of its own.
+// An advise sink that logs its calls.
 #pragma once
 
-#include "tests/framework/call_record.h"
+#include "tests/support/fakes/call_log.h"
+#include "tests/support/fakes/com_object.h"
 
 #include <windows.h>
 
@@ -9,27 +10,16 @@
 
 namespace quill::test {
 
-class recording_sink final : public IAdviseSink
+class recording_sink final : public test_object<IAdviseSink>
 {
 public:
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override
-    {
-        *out = iid == IID_IUnknown || iid == IID_IAdviseSink ? this : nullptr;
-        if (!*out)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return references.add(); }
-    ULONG STDMETHODCALLTYPE Release() override { return references.drop(); }
     void STDMETHODCALLTYPE OnDataChange(FORMATETC*, STGMEDIUM*) override { record.note("OnDataChange"); }
     void STDMETHODCALLTYPE OnViewChange(DWORD, LONG) override { record.note("OnViewChange"); }
     void STDMETHODCALLTYPE OnRename(IMoniker*) override { record.note("OnRename"); }
     void STDMETHODCALLTYPE OnSave() override { record.note("OnSave"); }
     void STDMETHODCALLTYPE OnClose() override { record.note("OnClose"); }
 
-    counted references;
-    call_record record;
+    call_log record{unlisted_calls::allow};
 };
 
 } // namespace quill::test

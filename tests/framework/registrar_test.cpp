@@ -1,4 +1,4 @@
-// The registrar: the script language as tables, and scripts applied in both directions to a registry.
+// The registrar: tables for the script language, and scripts applied to a registry in both directions.
 #include "tests/support/private_registry.h"
 
 #include <atlbase.h>
@@ -84,7 +84,7 @@ TEST_F(Registrar, PlainKeysAreRemovedUnlessOthersUseThem)
     EXPECT_EQ(user_part(unregistered(script)), "HKCU\\A\nHKCU\\A\\Other\n");
 }
 
-TEST_F(Registrar, NoRemoveKeysStayAndLoseTheirNamedValues)
+TEST_F(Registrar, NoRemoveKeysAreKeptWithoutTheirNamedValues)
 {
     constexpr wchar_t script[] = L"HKCU { NoRemove A = s 'x' { val V = s 'y' B } }";
     registered(script);
@@ -92,7 +92,7 @@ TEST_F(Registrar, NoRemoveKeysStayAndLoseTheirNamedValues)
     EXPECT_EQ(user_part(unregistered(script)), "HKCU\\A\n    @ = s x\n    Other = s z\n");
 }
 
-TEST_F(Registrar, ForceRemoveKeysGoWithAllThatIsInThem)
+TEST_F(Registrar, ForceRemoveKeysAreRemovedWithTheirContents)
 {
     constexpr wchar_t script[] = L"HKCU { NoRemove A { ForceRemove B = s 'x' { C } } }";
     registered(L"HKCU { A { B { Old { Deep = s 'y' } val V = s 'z' } } }");
@@ -101,7 +101,7 @@ TEST_F(Registrar, ForceRemoveKeysGoWithAllThatIsInThem)
     EXPECT_EQ(user_part(unregistered(script)), "HKCU\\A\n");
 }
 
-TEST_F(Registrar, DeleteKeysGoAtRegistrationOnly)
+TEST_F(Registrar, DeleteKeysAreRemovedAtRegistrationOnly)
 {
     constexpr wchar_t script[] = L"HKCU { NoRemove A { Delete B } }";
     registered(L"HKCU { A { B { C } } }");
@@ -125,7 +125,7 @@ TEST_F(Registrar, ReplacementsFillInAnywhere)
     EXPECT_EQ(registrar.AddReplacement(L"Name", L"KEY"), S_OK);
     EXPECT_EQ(registrar.AddReplacement(L"PATH", L"c:\\it''s 100%"), S_OK);
     EXPECT_EQ(registrar.AddReplacement(L"path", L"c:\\it''s 50%"),
-              S_OK); // the same name: the last one counts
+              S_OK); // the same name: the last one is effective
     EXPECT_EQ(user_part(registered(L"HKCU { %NAME%1 = s '%Path%\\%name%' { val Percent = s '%%x%%' } }")),
               "HKCU\\KEY1\n    @ = s c:\\it's 50%\\KEY\n    Percent = s %x%\n");
     EXPECT_EQ(registrar.ClearReplacements(), S_OK);
@@ -209,7 +209,7 @@ TEST_F(Registrar, EveryBeginningOfAScriptIsHarmless)
     }
 }
 
-// A key that refuses new keys makes a registration fail for real.
+// A key below which no key can be created makes a registration fail.
 void make_unusable(const wchar_t* path)
 {
     HKEY key = nullptr;
@@ -219,7 +219,7 @@ void make_unusable(const wchar_t* path)
     RegCloseKey(key);
 }
 
-TEST_F(Registrar, FailedRegistrationEndsAndStays)
+TEST_F(Registrar, FailedRegistrationStopsAndKeepsItsKeys)
 {
     make_unusable(L"Blocked");
     EXPECT_EQ(registrar.StringRegister(L"HKCU { Before { A } Blocked { B } After } HKLM { Later }"),

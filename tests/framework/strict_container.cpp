@@ -5,27 +5,9 @@
 
 namespace quill::test {
 
-HRESULT strict_frame::unexpected(const char* method)
+IUnknown* strict_frame::find(REFIID iid)
 {
-    ADD_FAILURE() << name_ << "." << method << " was not expected";
-    return E_UNEXPECTED;
-}
-
-HRESULT strict_frame::QueryInterface(REFIID iid, void** out)
-{
-    *out = nullptr;
-    if (iid != IID_IUnknown && iid != IID_IOleWindow && iid != IID_IOleInPlaceUIWindow &&
-        iid != IID_IOleInPlaceFrame)
-        return E_NOINTERFACE;
-    *out = static_cast<IOleInPlaceFrame*>(this);
-    AddRef();
-    return S_OK;
-}
-
-HRESULT strict_frame::GetWindow(HWND* out)
-{
-    *out = nullptr;
-    return unexpected("GetWindow");
+    return iid == IID_IOleWindow || iid == IID_IOleInPlaceUIWindow ? this : test_object::find(iid);
 }
 
 HRESULT strict_frame::SetBorderSpace(LPCBORDERWIDTHS widths)
@@ -51,30 +33,14 @@ strict_container::~strict_container()
 
 bool strict_container::released() const
 {
-    return references.count() == 1 && frame.references.count() == 1 && document.references.count() == 1;
+    return references() == 0 && frame.references() == 0 && document.references() == 0;
 }
 
-HRESULT strict_container::unexpected(const char* method)
+IUnknown* strict_container::find(REFIID iid)
 {
-    ADD_FAILURE() << "site." << method << " was not expected";
-    return E_UNEXPECTED;
-}
-
-HRESULT strict_container::QueryInterface(REFIID iid, void** out)
-{
-    *out = nullptr;
-    if (iid == IID_IUnknown || iid == IID_IOleClientSite)
-        *out = static_cast<IOleClientSite*>(this);
-    else if (iid == IID_IOleWindow || iid == IID_IOleInPlaceSite)
-        *out = has_in_place_site ? static_cast<IOleInPlaceSite*>(this) : nullptr;
-    else if (iid == IID_IOleControlSite)
-        *out = static_cast<IOleControlSite*>(this);
-    else if (iid == IID_IDispatch)
-        *out = static_cast<IDispatch*>(this);
-    if (!*out)
-        return E_NOINTERFACE;
-    AddRef();
-    return S_OK;
+    if (iid == IID_IOleWindow || iid == IID_IOleInPlaceSite)
+        return has_in_place_site ? static_cast<IOleInPlaceSite*>(this) : nullptr;
+    return test_object::find(iid);
 }
 
 HRESULT strict_container::GetWindow(HWND* out)

@@ -1,158 +1,88 @@
-// A host for one control: client site, in-place site, control site, ambient properties, frame and document
-// window, all recorded, with counts of their own.
+// A strict host for one control: client site, in-place site, control site, ambient properties, frame and
+// document window. Their calls go to one call log; each has its own reference count.
 #pragma once
 
-#include "tests/framework/call_record.h"
+#include "tests/support/fakes/call_log.h"
+#include "tests/support/fakes/com_object.h"
 
 #include <windows.h>
 
+#include <exdisp.h>
+#include <mshtml.h>
 #include <ocidl.h>
-#include <ole2.h>
-#include <oleidl.h>
+#include <unimplemented_interfaces.h>
 
 #include <optional>
 
 namespace quill::test {
 
 // Frame or document window: IOleInPlaceFrame has everything of IOleInPlaceUIWindow.
-class strict_frame final : public IOleInPlaceFrame
+class strict_frame final : public test_object<without_IOleInPlaceFrame<IOleInPlaceFrame>>
 {
 public:
-    strict_frame(call_record& record, std::string name) : record_(record), name_(std::move(name)) {}
+    strict_frame(call_log& record, std::string name) : record_(record), name_(std::move(name)) {}
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return references.add(); }
-    ULONG STDMETHODCALLTYPE Release() override { return references.drop(); }
-
-    HRESULT STDMETHODCALLTYPE GetWindow(HWND* window) override;
-    HRESULT STDMETHODCALLTYPE ContextSensitiveHelp(BOOL) override
-    {
-        return unexpected("ContextSensitiveHelp");
-    }
-    HRESULT STDMETHODCALLTYPE GetBorder(LPRECT) override { return unexpected("GetBorder"); }
-    HRESULT STDMETHODCALLTYPE RequestBorderSpace(LPCBORDERWIDTHS) override
-    {
-        return unexpected("RequestBorderSpace");
-    }
     HRESULT STDMETHODCALLTYPE SetBorderSpace(LPCBORDERWIDTHS widths) override;
     HRESULT STDMETHODCALLTYPE SetActiveObject(IOleInPlaceActiveObject* object, LPCOLESTR name) override;
-    HRESULT STDMETHODCALLTYPE InsertMenus(HMENU, LPOLEMENUGROUPWIDTHS) override
-    {
-        return unexpected("InsertMenus");
-    }
-    HRESULT STDMETHODCALLTYPE SetMenu(HMENU, HOLEMENU, HWND) override { return unexpected("SetMenu"); }
-    HRESULT STDMETHODCALLTYPE RemoveMenus(HMENU) override { return unexpected("RemoveMenus"); }
-    HRESULT STDMETHODCALLTYPE SetStatusText(LPCOLESTR) override { return unexpected("SetStatusText"); }
-    HRESULT STDMETHODCALLTYPE EnableModeless(BOOL) override { return unexpected("EnableModeless"); }
-    HRESULT STDMETHODCALLTYPE TranslateAccelerator(LPMSG, WORD) override
-    {
-        return unexpected("TranslateAccelerator");
-    }
 
-    counted references;
     IOleInPlaceActiveObject* active = nullptr; // compared only, not held
 
 private:
-    HRESULT unexpected(const char* method);
+    IUnknown* find(REFIID iid) override;
 
-    call_record& record_;
+    call_log& record_;
     std::string name_;
 };
 
-class strict_container final : public IOleClientSite,
-                               public IOleInPlaceSite,
-                               public IOleControlSite,
-                               public IDispatch
+class strict_container final
+    : public test_object<without_IOleClientSite<IOleClientSite>, without_IOleInPlaceSite<IOleInPlaceSite>,
+                         without_IOleControlSite<IOleControlSite>, without_IDispatch<IDispatch>>
 {
 public:
     strict_container();
-    ~strict_container();
-    strict_container(const strict_container&) = delete;
-    strict_container& operator=(const strict_container&) = delete;
+    ~strict_container() override;
 
-    // True when every reference but the test's own has been given back.
+    // Whether all references to the site, the frame and the document window are released.
     bool released() const;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** out) override;
-    ULONG STDMETHODCALLTYPE AddRef() override { return references.add(); }
-    ULONG STDMETHODCALLTYPE Release() override { return references.drop(); }
 
     // IOleClientSite
     HRESULT STDMETHODCALLTYPE SaveObject() override { return record.note("SaveObject"); }
-    HRESULT STDMETHODCALLTYPE GetMoniker(DWORD, DWORD, IMoniker**) override
-    {
-        return unexpected("GetMoniker");
-    }
-    HRESULT STDMETHODCALLTYPE GetContainer(IOleContainer**) override { return unexpected("GetContainer"); }
     HRESULT STDMETHODCALLTYPE ShowObject() override { return record.note("ShowObject"); }
     HRESULT STDMETHODCALLTYPE OnShowWindow(BOOL show) override
     {
         return record.note(show ? "OnShowWindow(TRUE)" : "OnShowWindow(FALSE)");
     }
-    HRESULT STDMETHODCALLTYPE RequestNewObjectLayout() override
-    {
-        return unexpected("RequestNewObjectLayout");
-    }
 
     // IOleInPlaceSite
     HRESULT STDMETHODCALLTYPE GetWindow(HWND* window) override;
-    HRESULT STDMETHODCALLTYPE ContextSensitiveHelp(BOOL) override
-    {
-        return unexpected("ContextSensitiveHelp");
-    }
     HRESULT STDMETHODCALLTYPE CanInPlaceActivate() override { return record.note("CanInPlaceActivate"); }
     HRESULT STDMETHODCALLTYPE OnInPlaceActivate() override;
     HRESULT STDMETHODCALLTYPE OnUIActivate() override;
     HRESULT STDMETHODCALLTYPE GetWindowContext(IOleInPlaceFrame** frame_out,
                                                IOleInPlaceUIWindow** document_out, LPRECT position,
                                                LPRECT clip, LPOLEINPLACEFRAMEINFO info) override;
-    HRESULT STDMETHODCALLTYPE Scroll(SIZE) override { return unexpected("Scroll"); }
     HRESULT STDMETHODCALLTYPE OnUIDeactivate(BOOL undoable) override;
     HRESULT STDMETHODCALLTYPE OnInPlaceDeactivate() override;
-    HRESULT STDMETHODCALLTYPE DiscardUndoState() override { return unexpected("DiscardUndoState"); }
-    HRESULT STDMETHODCALLTYPE DeactivateAndUndo() override { return unexpected("DeactivateAndUndo"); }
-    HRESULT STDMETHODCALLTYPE OnPosRectChange(LPCRECT) override { return unexpected("OnPosRectChange"); }
 
     // IOleControlSite
-    HRESULT STDMETHODCALLTYPE OnControlInfoChanged() override { return unexpected("OnControlInfoChanged"); }
-    HRESULT STDMETHODCALLTYPE LockInPlaceActive(BOOL) override { return unexpected("LockInPlaceActive"); }
-    HRESULT STDMETHODCALLTYPE GetExtendedControl(IDispatch**) override
-    {
-        return unexpected("GetExtendedControl");
-    }
-    HRESULT STDMETHODCALLTYPE TransformCoords(POINTL*, POINTF*, DWORD) override
-    {
-        return unexpected("TransformCoords");
-    }
     HRESULT STDMETHODCALLTYPE TranslateAccelerator(MSG* message, DWORD modifiers) override;
     HRESULT STDMETHODCALLTYPE OnFocus(BOOL got) override
     {
         return record.note(got ? "OnFocus(TRUE)" : "OnFocus(FALSE)");
     }
-    HRESULT STDMETHODCALLTYPE ShowPropertyFrame() override { return unexpected("ShowPropertyFrame"); }
 
     // IDispatch
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return unexpected("GetTypeInfoCount"); }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override
-    {
-        return unexpected("GetTypeInfo");
-    }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
-    {
-        return unexpected("GetIDsOfNames");
-    }
     HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID iid, LCID, WORD flags, DISPPARAMS* parameters,
                                      VARIANT* result, EXCEPINFO*, UINT*) override;
 
-    call_record record;
-    counted references;
+    call_log record{unlisted_calls::allow};
     strict_frame frame{record, "frame"};
     strict_frame document{record, "document"};
     HWND window = nullptr; // parent for the control, hidden
     RECT position{5, 6, 205, 156};
     RECT clip{0, 0, 400, 300};
 
-    // How the host differs from a well-behaved one.
+    // The differences to a well-behaved host.
     bool has_in_place_site = true;
     bool gives_window = true;
     bool gives_frame = true;
@@ -165,7 +95,7 @@ public:
     int ui_balance = 0;
 
 private:
-    HRESULT unexpected(const char* method);
+    IUnknown* find(REFIID iid) override;
 };
 
 } // namespace quill::test

@@ -1,4 +1,4 @@
-// Objects on windows that exist already, one or several of them.
+// One or several objects on windows that exist already.
 #include "tests/framework/window_fixture.h"
 
 #include <thread>
@@ -28,7 +28,7 @@ private:
     }
     LRESULT OnNcDestroy(UINT, WPARAM, LPARAM, BOOL&)
     {
-        log_.push_back(name_ + " last"); // handled: what is below hears of it all the same
+        log_.push_back(name_ + " last"); // handled: the procedure below gets it anyway
         return 0;
     }
 
@@ -36,9 +36,9 @@ private:
     std::string name_;
 };
 
-using framework_subclass = window_fixture;
+using FrameworkSubclass = window_fixture;
 
-TEST_F(framework_subclass, object_on_a_window_of_the_system)
+TEST_F(FrameworkSubclass, ObjectOnAWindowOfTheSystem)
 {
     const HWND edit =
         CreateWindowExW(0, L"EDIT", L"text", WS_POPUP, 0, 0, 9, 9, nullptr, nullptr, nullptr, nullptr);
@@ -62,7 +62,7 @@ TEST_F(framework_subclass, object_on_a_window_of_the_system)
     EXPECT_EQ(on_top.m_hWnd, nullptr);
 }
 
-TEST_F(framework_subclass, several_objects_on_one_window)
+TEST_F(FrameworkSubclass, SeveralObjectsOnOneWindow)
 {
     test_window window;
     const HWND handle = create(window);
@@ -92,7 +92,7 @@ TEST_F(framework_subclass, several_objects_on_one_window)
     EXPECT_EQ(window.m_hWnd, nullptr);
 }
 
-TEST_F(framework_subclass, object_leaves_below_somebody_elses_procedure)
+TEST_F(FrameworkSubclass, ObjectUnsubclassesBelowAnotherProcedure)
 {
     static WNDPROC below = nullptr;
     static int passed = 0;
@@ -114,7 +114,7 @@ TEST_F(framework_subclass, object_leaves_below_somebody_elses_procedure)
     EXPECT_EQ(log.size(), 0u);
     EXPECT_GT(passed, 0);
 
-    ASSERT_TRUE(object.SubclassWindow(edit)) << "and can come back";
+    ASSERT_TRUE(object.SubclassWindow(edit)) << "and can be subclassed again";
     SendMessageW(edit, message_run, 0, 0);
     EXPECT_EQ(log, std::vector<std::string>{"a"});
     EXPECT_EQ(GetWindowTextLengthW(edit), 4);
@@ -122,7 +122,7 @@ TEST_F(framework_subclass, object_leaves_below_somebody_elses_procedure)
     EXPECT_EQ(log, (std::vector<std::string>{"a", "a last", "a final"}));
 }
 
-TEST_F(framework_subclass, windows_of_other_threads_and_no_windows_are_refused)
+TEST_F(FrameworkSubclass, WindowsOfOtherThreadsAndNoWindowsAreRefused)
 {
     HWND foreign = nullptr;
     const HANDLE ready = CreateEventW(nullptr, TRUE, FALSE, nullptr);

@@ -1,4 +1,4 @@
-// A document control with every interface that the framework's templates serve, and a view of its own.
+// A document control with every interface that the framework's templates implement, and a view of its own.
 #pragma once
 
 #include "atl/atlctl.h"
@@ -208,7 +208,7 @@ public:
     int stored = 0;
     bool refuse_window = false;
     std::vector<RECTL> drawn;
-    std::vector<RECT> created; // position of each window, as WM_CREATE told it
+    std::vector<RECT> created; // position of each window in WM_CREATE
 
 private:
     LRESULT OnCreate(UINT, WPARAM, LPARAM lParam, BOOL&)
@@ -220,7 +220,7 @@ private:
     LRESULT OnApp(UINT, WPARAM, LPARAM, BOOL&)
     {
         on_app();
-        // The object is used once more: it must be there to the end of its handler.
+        // The object is used once more: it must exist until its handler returns.
         return stored + 1;
     }
 };

@@ -12,18 +12,18 @@ TEST(ComPtr, HoldsOneReference)
     counted_object object;
     {
         CComPtr<IObjectWithSite> pointer(&object);
-        EXPECT_EQ(object.references, 1);
+        EXPECT_EQ(object.references(), 1);
         const CComPtr<IObjectWithSite> copy(pointer);
-        EXPECT_EQ(object.references, 2);
+        EXPECT_EQ(object.references(), 2);
         CComPtr<IObjectWithSite> moved(std::move(pointer));
-        EXPECT_EQ(object.references, 2);
+        EXPECT_EQ(object.references(), 2);
         EXPECT_FALSE(pointer.p);
     }
-    EXPECT_EQ(object.references, 0);
+    EXPECT_EQ(object.references(), 0);
 }
 
-// An exception of the object's own is the caller's, and leaves no reference behind.
-TEST(ComPtr, LetsExceptionsOfAnObjectThrough)
+// An exception of the object reaches the caller and leaks no reference.
+TEST(ComPtr, PropagatesExceptionsOfAnObject)
 {
     struct throwing_object : counted_object
     {
@@ -37,21 +37,21 @@ TEST(ComPtr, LetsExceptionsOfAnObjectThrough)
     CComPtr<IServiceProvider> service;
     EXPECT_THROW(service = pointer, int);
     EXPECT_THROW(pointer.QueryInterface(&service), int);
-    EXPECT_EQ(object.references, 1);
+    EXPECT_EQ(object.references(), 1);
 }
 
-TEST(ComPtr, AssignmentTakesBeforeItGives)
+TEST(ComPtr, AssignmentAddsTheReferenceBeforeItReleases)
 {
     counted_object first;
     counted_object second;
     CComPtr<IObjectWithSite> pointer(&first);
     pointer = &second;
-    EXPECT_EQ(first.references, 0);
-    EXPECT_EQ(second.references, 1);
-    pointer = pointer.p; // the only reference: giving it back first would end the object
-    EXPECT_EQ(second.references, 1);
+    EXPECT_EQ(first.references(), 0);
+    EXPECT_EQ(second.references(), 1);
+    pointer = pointer.p; // the only reference: releasing it first would destroy the object
+    EXPECT_EQ(second.references(), 1);
     pointer = nullptr;
-    EXPECT_EQ(second.references, 0);
+    EXPECT_EQ(second.references(), 0);
 }
 
 TEST(ComPtr, MoveAssignmentToItselfKeepsTheReference)
@@ -60,7 +60,7 @@ TEST(ComPtr, MoveAssignmentToItselfKeepsTheReference)
     CComPtr<IObjectWithSite> pointer(&object);
     auto& same = pointer;
     pointer = std::move(same);
-    EXPECT_EQ(object.references, 1);
+    EXPECT_EQ(object.references(), 1);
 }
 
 TEST(ComPtr, AttachAndDetachMoveTheReference)
@@ -70,17 +70,17 @@ TEST(ComPtr, AttachAndDetachMoveTheReference)
     first.AddRef();
     CComPtr<IObjectWithSite> pointer;
     pointer.Attach(&first);
-    EXPECT_EQ(first.references, 1);
+    EXPECT_EQ(first.references(), 1);
     second.AddRef();
     pointer.Attach(&second);
-    EXPECT_EQ(first.references, 0);
+    EXPECT_EQ(first.references(), 0);
     IObjectWithSite* const raw = pointer.Detach();
-    EXPECT_EQ(second.references, 1);
+    EXPECT_EQ(second.references(), 1);
     EXPECT_FALSE(pointer);
     raw->Release();
 }
 
-TEST(ComPtr, ReleaseClearsThePointerBeforeTheObjectHears)
+TEST(ComPtr, ReleaseClearsThePointerBeforeItCallsTheObject)
 {
     struct looks_back : counted_object
     {
@@ -94,7 +94,7 @@ TEST(ComPtr, ReleaseClearsThePointerBeforeTheObjectHears)
     CComPtr<IObjectWithSite> pointer(&object);
     object.owner = std::addressof(pointer);
     pointer.Release();
-    EXPECT_EQ(object.references, 0);
+    EXPECT_EQ(object.references(), 0);
 }
 
 TEST(ComPtr, CopyToChecksAndClears)
@@ -108,7 +108,7 @@ TEST(ComPtr, CopyToChecksAndClears)
     pointer = &object;
     EXPECT_EQ(pointer.CopyTo(&out), S_OK);
     EXPECT_EQ(out, &object);
-    EXPECT_EQ(object.references, 2);
+    EXPECT_EQ(object.references(), 2);
     out->Release();
 }
 
@@ -139,7 +139,7 @@ TEST(ComPtr, SetSiteReachesTheObject)
     CComPtr<IServiceProvider> pointer(&object);
     EXPECT_EQ(pointer.SetSite(site.unknown()), S_OK);
     EXPECT_EQ(object.site, site.unknown());
-    EXPECT_EQ(object.references, 1);
+    EXPECT_EQ(object.references(), 1);
 }
 
 TEST(ComQIPtr, AsksForItsInterface)
@@ -148,13 +148,13 @@ TEST(ComQIPtr, AsksForItsInterface)
     {
         const CComQIPtr<IServiceProvider> provider(object.unknown());
         EXPECT_EQ(provider.p, static_cast<IServiceProvider*>(&object));
-        EXPECT_EQ(object.references, 1);
+        EXPECT_EQ(object.references(), 1);
         const CComQIPtr<IDispatch> missing(object.unknown());
         EXPECT_FALSE(missing);
         const CComQIPtr<IDispatch> none(nullptr);
         EXPECT_FALSE(none);
     }
-    EXPECT_EQ(object.references, 0);
+    EXPECT_EQ(object.references(), 0);
 }
 
 TEST(ComQIPtr, AssignmentOfAnObjectWithoutTheInterfaceEmpties)
@@ -163,8 +163,8 @@ TEST(ComQIPtr, AssignmentOfAnObjectWithoutTheInterfaceEmpties)
     counted_object second;
     CComQIPtr<IServiceProvider> provider(first.unknown());
     provider = second.unknown();
-    EXPECT_EQ(first.references, 0);
-    EXPECT_EQ(second.references, 1);
+    EXPECT_EQ(first.references(), 0);
+    EXPECT_EQ(second.references(), 1);
     CComQIPtr<IDispatch> dispatch;
     dispatch = second.unknown();
     EXPECT_FALSE(dispatch);
@@ -185,7 +185,7 @@ TEST(ComBSTR, OwnsItsText)
     EXPECT_EQ(moved.Length(), 3u);
     moved = moved.m_str;
     EXPECT_TRUE(moved == L"abc");
-    moved = moved.m_str + 1; // a part of itself
+    moved = moved.m_str + 1; // part of itself
     EXPECT_TRUE(moved == L"bc");
     moved.Empty();
     EXPECT_TRUE(moved == L"");
@@ -247,26 +247,26 @@ TEST(ComVariant, CountsTheInterfaceItHolds)
     {
         CComVariant first(object.unknown());
         CComVariant second(first);
-        EXPECT_EQ(object.references, 2);
+        EXPECT_EQ(object.references(), 2);
         second = 5;
-        EXPECT_EQ(object.references, 1);
+        EXPECT_EQ(object.references(), 1);
         second = first;
-        EXPECT_EQ(object.references, 2);
+        EXPECT_EQ(object.references(), 2);
         CComVariant third(std::move(second));
-        EXPECT_EQ(object.references, 2);
+        EXPECT_EQ(object.references(), 2);
         EXPECT_EQ(second.vt, VT_EMPTY);
         auto& same = third;
         third = same;
-        EXPECT_EQ(object.references, 2);
+        EXPECT_EQ(object.references(), 2);
         VARIANT out;
         VariantInit(&out);
         EXPECT_EQ(third.Detach(&out), S_OK);
-        EXPECT_EQ(object.references, 2);
+        EXPECT_EQ(object.references(), 2);
         EXPECT_EQ(first.Attach(&out), S_OK);
-        EXPECT_EQ(object.references, 1);
+        EXPECT_EQ(object.references(), 1);
         EXPECT_EQ(out.vt, VT_EMPTY);
     }
-    EXPECT_EQ(object.references, 0);
+    EXPECT_EQ(object.references(), 0);
 }
 
 TEST(ComVariant, ConvertsAndCompares)

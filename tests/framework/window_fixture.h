@@ -1,5 +1,4 @@
-// A window that counts what it is told and runs what it is given, and the proof at the end that nothing is
-// left of any window.
+// A window that counts its messages and runs an action for each; checks at the end that no window is left.
 #pragma once
 
 #include "atl/atlwin.h"
@@ -20,7 +19,7 @@ inline constexpr UINT message_first = WM_APP + 10;
 inline constexpr UINT message_last = WM_APP + 12;
 inline constexpr UINT message_passed_on = WM_APP + 20;
 
-// Counts what it is told and runs what it is given; may count its own end.
+// Counts its messages and runs the action of the test for each; can count its own destruction.
 class test_window : public ATL::CWindowImpl<test_window>
 {
 public:
@@ -70,7 +69,7 @@ public:
     std::function<void(test_window&)> on_destroy;
     std::function<void(test_window&)> on_final;
     std::function<LRESULT(test_window&)> to_run;
-    std::vector<std::string> heard;
+    std::vector<std::string> messages;
     std::vector<HWND> finals;
 
 private:
@@ -89,14 +88,14 @@ private:
     LRESULT OnCreate(UINT, WPARAM, LPARAM lparam, BOOL&)
     {
         create_param = reinterpret_cast<CREATESTRUCTW*>(lparam)->lpCreateParams;
-        heard.emplace_back("create");
+        messages.emplace_back("create");
         if (on_create)
             on_create(*this);
         return create_result;
     }
     LRESULT OnDestroy(UINT, WPARAM, LPARAM, BOOL&)
     {
-        heard.emplace_back("destroy");
+        messages.emplace_back("destroy");
         if (on_destroy)
             on_destroy(*this);
         return 0;
@@ -108,19 +107,19 @@ private:
     }
     LRESULT OnPassedOn(UINT, WPARAM, LPARAM, BOOL& handled)
     {
-        heard.emplace_back("passed on");
+        messages.emplace_back("passed on");
         handled = FALSE;
         return 1;
     }
     LRESULT OnReached(UINT, WPARAM, LPARAM, BOOL&)
     {
-        heard.emplace_back("reached");
+        messages.emplace_back("reached");
         return 2;
     }
     LRESULT OnRange(UINT message, WPARAM, LPARAM, BOOL&) { return static_cast<LRESULT>(message); }
     LRESULT OnCommandExact(WORD code, WORD id, HWND control, BOOL&)
     {
-        heard.emplace_back("exact");
+        messages.emplace_back("exact");
         return code * 100 + id + (control == m_hWnd);
     }
     LRESULT OnCommandId(WORD, WORD, HWND, BOOL&) { return 60; }
@@ -129,7 +128,7 @@ private:
     int* ends_;
 };
 
-// For the length of one call.
+// For the duration of one call.
 inline ATL::_U_RECT at(RECT&& place)
 {
     return place;
@@ -147,7 +146,7 @@ class window_fixture : public testing::Test
 protected:
     void SetUp() override
     {
-        // What a thread's first windows and its first exception bring with them stays.
+        // The first windows and the first exception of a thread allocate resources that stay.
         test_window warm_up;
         test_window warm_up_child;
         ASSERT_TRUE(create(warm_up));

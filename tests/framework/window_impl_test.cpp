@@ -1,4 +1,4 @@
-// CWindowImpl: window classes, messages, and the ways in which a window and its object may end.
+// CWindowImpl: window classes, messages, and every order in which a window and its object are destroyed.
 #include "tests/framework/window_fixture.h"
 
 #include <stdexcept>
@@ -16,9 +16,9 @@ public:
     END_MSG_MAP()
 };
 
-using framework_window = window_fixture;
+using FrameworkWindow = window_fixture;
 
-TEST_F(framework_window, class_is_registered_on_first_use_and_gone_after_term)
+TEST_F(FrameworkWindow, ClassIsRegisteredOnFirstUseAndUnregisteredByTerm)
 {
     EXPECT_FALSE(class_exists(L"QuillFrameworkTestWindow"));
     test_window window;
@@ -36,9 +36,9 @@ TEST_F(framework_window, class_is_registered_on_first_use_and_gone_after_term)
     window.DestroyWindow();
 }
 
-// A class that outlived its module would point into memory that is gone, and be in the way of the module's
-// next load at the same address.
-TEST_F(framework_window, classes_go_with_their_module)
+// A class that outlived its module would point into unmapped memory, and prevent registration when the module
+// is loaded again at the same address.
+TEST_F(FrameworkWindow, ClassesAreUnregisteredWithTheirModule)
 {
     HMODULE first_place = nullptr;
     for (int load = 0; load < 3; ++load) {
@@ -60,7 +60,7 @@ TEST_F(framework_window, classes_go_with_their_module)
     }
 }
 
-TEST_F(framework_window, class_without_a_name_gets_one_of_its_own)
+TEST_F(FrameworkWindow, ClassWithoutANameGetsAUniqueName)
 {
     unnamed_window window;
     ASSERT_TRUE(window.Create(HWND_MESSAGE));
@@ -73,7 +73,7 @@ TEST_F(framework_window, class_without_a_name_gets_one_of_its_own)
     EXPECT_FALSE(class_exists(name));
 }
 
-TEST_F(framework_window, position_title_styles_and_parameter_reach_the_window)
+TEST_F(FrameworkWindow, PositionTitleStylesAndParameterReachTheWindow)
 {
     test_window window;
     int parameter = 0;
@@ -99,7 +99,7 @@ TEST_F(framework_window, position_title_styles_and_parameter_reach_the_window)
     EXPECT_EQ(child.finals.size(), 1u);
 }
 
-TEST_F(framework_window, messages_before_nccreate_find_the_object)
+TEST_F(FrameworkWindow, MessagesBeforeNccreateFindTheObject)
 {
     test_window window;
     const HWND handle = create(window);
@@ -108,7 +108,7 @@ TEST_F(framework_window, messages_before_nccreate_find_the_object)
     window.DestroyWindow();
 }
 
-TEST_F(framework_window, map_finds_the_handler)
+TEST_F(FrameworkWindow, MapFindsTheHandler)
 {
     test_window window;
     const HWND handle = create(window);
@@ -121,13 +121,13 @@ TEST_F(framework_window, map_finds_the_handler)
     EXPECT_EQ(SendMessageW(handle, WM_COMMAND, MAKEWPARAM(6, 9), 0), 60);
     EXPECT_EQ(SendMessageW(handle, WM_COMMAND, MAKEWPARAM(1, 8), 0), 80);
 
-    window.heard.clear();
+    window.messages.clear();
     EXPECT_EQ(SendMessageW(handle, message_passed_on, 0, 0), 2);
-    EXPECT_EQ(window.heard, (std::vector<std::string>{"passed on", "reached"}));
+    EXPECT_EQ(window.messages, (std::vector<std::string>{"passed on", "reached"}));
     window.DestroyWindow();
 }
 
-TEST_F(framework_window, object_is_deleted_by_its_final_message)
+TEST_F(FrameworkWindow, ObjectIsDeletedByItsFinalMessage)
 {
     int ends = 0;
     auto* const window = new test_window(&ends);
@@ -139,7 +139,7 @@ TEST_F(framework_window, object_is_deleted_by_its_final_message)
     EXPECT_FALSE(IsWindow(handle));
 }
 
-TEST_F(framework_window, final_message_waits_for_the_handler_that_destroyed_the_window)
+TEST_F(FrameworkWindow, FinalMessageWaitsForTheHandlerThatDestroyedTheWindow)
 {
     int ends = 0;
     auto* const window = new test_window(&ends);
@@ -155,7 +155,7 @@ TEST_F(framework_window, final_message_waits_for_the_handler_that_destroyed_the_
     EXPECT_EQ(ends, 1);
 }
 
-TEST_F(framework_window, final_message_comes_once_when_the_handle_was_forgotten)
+TEST_F(FrameworkWindow, FinalMessageIsDeliveredOnceWhenTheHandleWasDetached)
 {
     test_window window;
     const HWND handle = create(window);
@@ -169,7 +169,7 @@ TEST_F(framework_window, final_message_comes_once_when_the_handle_was_forgotten)
     window.DestroyWindow();
 }
 
-TEST_F(framework_window, creation_refused_by_the_object_ends_it)
+TEST_F(FrameworkWindow, CreationRefusedByTheObjectDestroysIt)
 {
     for (const bool early : {true, false}) {
         int ends = 0;
@@ -182,7 +182,7 @@ TEST_F(framework_window, creation_refused_by_the_object_ends_it)
     }
 }
 
-TEST_F(framework_window, creation_refused_by_a_hook_leaves_nothing_behind)
+TEST_F(FrameworkWindow, CreationRefusedByAHookLeaksNothing)
 {
     static bool refuse = false;
     const HHOOK hook = SetWindowsHookExW(
@@ -198,11 +198,11 @@ TEST_F(framework_window, creation_refused_by_a_hook_leaves_nothing_behind)
     EXPECT_EQ(refused.m_hWnd, nullptr);
     UnhookWindowsHookEx(hook);
 
-    const HWND nobodys = CreateWindowExW(0, L"QuillFrameworkTestWindow", nullptr, WS_POPUP, 0, 0, 9, 9,
-                                         nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
-    ASSERT_TRUE(nobodys);
+    const HWND plain_window = CreateWindowExW(0, L"QuillFrameworkTestWindow", nullptr, WS_POPUP, 0, 0, 9, 9,
+                                              nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
+    ASSERT_TRUE(plain_window);
     EXPECT_EQ(refused.m_hWnd, nullptr) << "a window of the class does not fall to it";
-    DestroyWindow(nobodys);
+    DestroyWindow(plain_window);
 
     test_window next;
     const HWND handle = create(next);
@@ -212,7 +212,7 @@ TEST_F(framework_window, creation_refused_by_a_hook_leaves_nothing_behind)
     next.DestroyWindow();
 }
 
-TEST_F(framework_window, exceptions_stay_inside)
+TEST_F(FrameworkWindow, ExceptionsDoNotEscape)
 {
     test_window window;
     window.on_create = [](test_window&) { throw std::runtime_error("cannot set up"); };
@@ -227,7 +227,7 @@ TEST_F(framework_window, exceptions_stay_inside)
     EXPECT_EQ(window.m_hWnd, nullptr);
 }
 
-TEST_F(framework_window, object_deleted_by_its_own_handler_takes_its_window_along)
+TEST_F(FrameworkWindow, ObjectDeletedByItsOwnHandlerDestroysItsWindow)
 {
     int ends = 0;
     auto* const window = new test_window(&ends);
@@ -242,7 +242,7 @@ TEST_F(framework_window, object_deleted_by_its_own_handler_takes_its_window_alon
     EXPECT_FALSE(IsWindow(handle));
 }
 
-TEST_F(framework_window, object_that_goes_first_destroys_its_window)
+TEST_F(FrameworkWindow, ObjectDestroyedFirstDestroysItsWindow)
 {
     HWND handle = nullptr;
     {
@@ -253,7 +253,7 @@ TEST_F(framework_window, object_that_goes_first_destroys_its_window)
     EXPECT_FALSE(IsWindow(handle));
 }
 
-TEST_F(framework_window, window_created_while_another_is_being_created)
+TEST_F(FrameworkWindow, WindowCreatedWhileAnotherIsBeingCreated)
 {
     test_window inner;
     test_window outer;
@@ -269,14 +269,14 @@ TEST_F(framework_window, window_created_while_another_is_being_created)
     EXPECT_EQ(inner.m_hWnd, nullptr);
 }
 
-TEST_F(framework_window, object_of_the_modules_class_needs_no_property)
+TEST_F(FrameworkWindow, ObjectOfTheModulesClassNeedsNoProperty)
 {
     test_window window;
     test_window on_top;
     ASSERT_TRUE(create(window));
     const HWND handle = window.m_hWnd;
     ASSERT_TRUE(on_top.SubclassWindow(handle));
-    std::vector<std::wstring> properties; // the system has some of its own
+    std::vector<std::wstring> properties; // the system has some classes of its own
     EnumPropsExW(
         handle,
         [](HWND, LPWSTR name, HANDLE, ULONG_PTR names) -> BOOL {
@@ -292,7 +292,7 @@ TEST_F(framework_window, object_of_the_modules_class_needs_no_property)
     EXPECT_TRUE(DestroyWindow(handle));
 }
 
-TEST_F(framework_window, one_object_has_one_window)
+TEST_F(FrameworkWindow, OneObjectHasOneWindow)
 {
     test_window window;
     const HWND handle = create(window);
@@ -303,7 +303,7 @@ TEST_F(framework_window, one_object_has_one_window)
     window.DestroyWindow();
 }
 
-TEST_F(framework_window, threads_create_windows_at_the_same_time)
+TEST_F(FrameworkWindow, ThreadsCreateWindowsAtTheSameTime)
 {
     constexpr int windows_each = 50;
     const auto create_many = [](int& right) {

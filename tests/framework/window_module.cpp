@@ -15,7 +15,7 @@ public:
 
 } // namespace
 
-// Makes a window and ends it again. FALSE: a class could not be registered.
+// Creates a window and destroys it. FALSE if a class could not be registered.
 extern "C" __declspec(dllexport) BOOL use_window_classes()
 {
     module_window window;

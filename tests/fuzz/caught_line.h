@@ -1,11 +1,11 @@
-// The line that the code under test has written to the log.
+// The line that the code under test has logged.
 #pragma once
 
 #include <string>
 
 namespace quill::fuzz {
 
-// From the first call on, lines of every level are caught. Gives the last one and forgets it.
+// From the first call on, lines of every level are captured. Returns the last one and discards it.
 std::string caught_line();
 
 } // namespace quill::fuzz

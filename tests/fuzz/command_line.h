@@ -1,4 +1,4 @@
-// Command lines as Windows programs take them apart.
+// Command lines, split as Windows programs split them.
 #pragma once
 
 #include <string>
@@ -8,8 +8,8 @@
 namespace quill::fuzz {
 
 // By the rules of the C library: blanks and tabs separate; quotation marks group; 2n backslashes before a
-// quotation mark are n, one more escapes the mark; backslashes elsewhere are themselves. The first argument
-// knows no escapes. The shell's function differs only in several quotation marks in a row.
+// quotation mark are n, one more escapes the mark; other backslashes are literal. The first argument has no
+// escapes. The shell's function differs only for several quotation marks in a row.
 std::vector<std::wstring> windows_arguments(std::wstring_view line);
 
 } // namespace quill::fuzz

@@ -1,4 +1,5 @@
-// The entry points that libFuzzer calls. Its own options begin with one dash; "--subject=NAME" is for here.
+// The entry points that libFuzzer calls. Its own options begin with one dash; "--subject=NAME" selects the
+// subject.
 #include "tests/fuzz/subjects.h"
 
 #include <cstdio>

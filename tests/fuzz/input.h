@@ -1,4 +1,4 @@
-// What a fuzzer's bytes stand for, and how a property that does not hold is reported.
+// How the bytes of an input are interpreted, and how a broken property is reported.
 #pragma once
 
 #include <cstddef>
@@ -13,8 +13,8 @@ namespace quill::fuzz {
 
 using bytes = std::span<const std::uint8_t>;
 
-// Wide text out of bytes: a byte is the unit of its value, but 0xFF makes one unit of the two bytes behind
-// it, low byte first. So corpora are readable, and every unit can occur.
+// Wide text from bytes: a byte is the UTF-16 code unit of its value; 0xFF is followed by two bytes of one
+// code unit, low byte first. So corpora are readable, and every code unit can occur.
 std::wstring wide_text(bytes input);
 
 // The input's lines, at most `most` of them: the last one has the rest, line ends included.
@@ -23,8 +23,8 @@ std::vector<std::wstring> wide_lines_of(bytes input, std::size_t most);
 
 std::string narrow_text(bytes input);
 
-// A copy that ends where its memory ends, so that every step beyond it is seen: the text alone, or with the
-// terminator that a function wants.
+// A copy that ends where its memory ends, so that every access beyond it is detected: the text alone, or with
+// the terminator that a function requires.
 template <class Unit>
 class exact_copy
 {
@@ -46,7 +46,7 @@ private:
 class exact_terminated
 {
 public:
-    // text: up to its first zero unit.
+    // text: up to its first zero code unit.
     explicit exact_terminated(std::wstring_view text);
 
     const wchar_t* c_str() const { return units_.view().data(); }
@@ -60,7 +60,7 @@ private:
 
 } // namespace quill::fuzz
 
-// A property of the code under test: the fuzzer keeps the input that breaks it.
+// A property of the code under test: the fuzzer keeps an input that breaks it.
 #define FUZZ_CHECK(property)                                                                                 \
     do {                                                                                                     \
         if (!(property))                                                                                     \

@@ -1,4 +1,4 @@
-// Taking the handlers out of a link's markup: the markup.
+// Removing the handlers from the markup of a link. Input: the markup.
 #include "sharepoint/decisions/links.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
@@ -10,7 +10,7 @@ namespace {
 
 constexpr auto nowhere = std::wstring::npos;
 
-// The end of the handler that begins at `begin`; nothing when none does.
+// The end of the handler that begins at `begin`; no value if none does.
 std::size_t handler_end(const std::wstring& markup, std::size_t begin)
 {
     const std::wstring start = L"onclick=\"";

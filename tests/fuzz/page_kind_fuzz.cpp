@@ -1,5 +1,5 @@
-// What kind of page a head makes, and how far its loading is. A line is an element: "s" and a script's
-// source, or "m", a meta element's name, "=" and its content; any line is a state's name.
+// The kind of a page by its head, and its ready state. A line is an element: "s" and the source of a script,
+// or "m", the name of a meta element, "=" and its content; any line is the name of a state.
 #include "sharepoint/decisions/page_kind.h"
 #include "sharepoint/decisions/ready_state.h"
 #include "tests/fuzz/reference_text.h"
@@ -52,7 +52,7 @@ bool names_generator(const meta_text& meta)
            lower_ascii(meta.content_text).find(L"sharepoint") != std::wstring::npos;
 }
 
-// How many elements are read until test is true for one.
+// The number of elements read until test is true for one.
 template <class Elements, class Test>
 std::size_t reads_until(const Elements& elements, Test test)
 {

@@ -1,4 +1,4 @@
-// The verdict on a file's beginning: the file's bytes.
+// The verdict on the beginning of a file. Input: the bytes of the file.
 #include "retrieval/file/pdf_check.h"
 #include "tests/fuzz/subjects.h"
 
@@ -7,7 +7,7 @@
 namespace quill::fuzz {
 namespace {
 
-// Whether the first place of marker has `room` bytes from there to the window's end.
+// Whether the first occurrence of marker has `room` bytes from there to the end of the window.
 bool first_has_room(std::string_view window, std::string_view marker, std::size_t room)
 {
     for (std::size_t i = 0; i + marker.size() <= window.size(); ++i) {
@@ -37,7 +37,7 @@ void pdf_check(bytes input)
     const pdf_verdict verdict = judge_pdf(exact_copy<char>(window), bytes_read);
     FUZZ_CHECK(verdict == expected_verdict(window, bytes_read));
 
-    // What stands behind the window does not count, and any window is judged.
+    // Bytes after the window do not count, and a window of any size is accepted.
     const exact_copy<char> whole(file);
     FUZZ_CHECK(judge_pdf(whole, file.size()) == expected_verdict(file, file.size()));
 }

@@ -1,5 +1,5 @@
-// What a page's element stands for, the name under which a copy is saved, and what a name or a path leads to:
-// one text as each of them.
+// The type of a page's element, the name for saving a copy, and the kind of a name or path. Input: one text
+// for each of them.
 #include "retrieval/file/file_names.h"
 #include "retrieval/page/pdf_element.h"
 #include "retrieval/save_as/suggested_name.h"
@@ -30,7 +30,8 @@ void check_element(const exact_copy<wchar_t>& text)
     FUZZ_CHECK(source_states_pdf_type(text) == states_type);
 }
 
-// As the shell tells file names: a separator at the path's end, or before another one, ends none.
+// As the shell splits file names: a separator at the end of the path, or before another one, does not end a
+// name.
 std::wstring file_name_of(std::wstring_view path)
 {
     for (std::size_t i = path.size(); i-- > 0;) {
@@ -89,7 +90,7 @@ void check_path(std::wstring_view path)
     if (!may_be_file)
         return;
     FUZZ_CHECK(path.find_first_of(L"\\/") != nowhere || device_start(path).empty());
-    // Only drives, shares and volumes are behind two separators.
+    // Two separators are followed by drives, shares and volumes only.
     std::wstring tidy = lower_ascii(path);
     std::replace(tidy.begin(), tidy.end(), L'/', L'\\');
     if (tidy.starts_with(L"\\\\.\\") || tidy.starts_with(L"\\\\?\\")) {

@@ -1,4 +1,5 @@
-// Scripts of the registrar: the script. What is read is written again and must be read as the same.
+// Scripts of the registrar. Input: the script. What is parsed is written again and must be parsed as the
+// same.
 #include "atl/detail/registry_script.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"

@@ -1,5 +1,5 @@
-// Repeated announcements of one navigation. A line is an event: "a" announces the address behind it, as the
-// browser does; "f" forgets the last one; a digit n lets 2^n - 1 milliseconds pass, "-" turns the clock back.
+// Repeated events of one navigation. A line is an event: "a" is a navigation to the URL that follows; "f"
+// forgets the last one; a digit n advances the clock by 2^n - 1 milliseconds, "-" sets it back.
 #include "sharepoint/decisions/repeat_guard.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"

@@ -1,5 +1,5 @@
-// What administrators write: the log's sinks and level, and the switch between the ways of downloading. One
-// text as each of them.
+// Settings of administrators: the sinks and the level of the log, and the download switch. Input: one text
+// for each of them.
 #include "logging/logger_choice.h"
 #include "retrieval/download/download_switch.h"
 #include "tests/fuzz/reference_text.h"

@@ -1,4 +1,5 @@
-// Links of a SharePoint page, clicks on them and the start of the editor: a link, and the page's address.
+// Links of a SharePoint page, clicks on them and the start of the editor. Input: a link, and the URL of the
+// page.
 #include "sharepoint/decisions/links.h"
 #include "sharepoint/editor/editor_launch.h"
 #include "tests/fuzz/caught_line.h"
@@ -43,7 +44,7 @@ void check_tests(const std::wstring& text)
     FUZZ_CHECK(caught_line() == "detect click to " + utf8_of(text));
     const bool is_list_link = is_list_link_markup(exact);
     const bool is_anchor = is_link_tag(exact);
-    // Other letters have the case that the process's locale gives them.
+    // The case of other letters depends on the locale of the process.
     if (!is_ascii(text))
         return;
     const std::wstring lower = lower_ascii(text);
@@ -100,7 +101,7 @@ std::wstring expected_on_command_line(const std::wstring& url)
     return text;
 }
 
-// The system's own function beside the rules, where there is one.
+// Compares with the system's own function where there is one.
 std::vector<std::wstring> shell_arguments(const std::wstring& line)
 {
 #ifdef _WIN32
@@ -115,7 +116,7 @@ std::vector<std::wstring> shell_arguments(const std::wstring& line)
 #endif
 }
 
-// Two arguments whatever the URL is. One that ends with a backslash would escape the last quotation mark.
+// Two arguments for any URL. A URL that ended with a backslash would escape the last quotation mark.
 void check_command_line(const std::wstring& url)
 {
     const std::wstring line = editor_command_line(exact_copy<wchar_t>(url));
@@ -127,7 +128,7 @@ void check_command_line(const std::wstring& url)
     }
 }
 
-// From the link to the editor's arguments: no link that is opened ends with a backslash.
+// From the link to the arguments of the editor: no opened link ends with a backslash.
 void check_opening(const std::wstring& link)
 {
     if (!is_pdf_link(link))
@@ -150,12 +151,12 @@ void check_launch(const std::wstring& text)
     const exact_copy<wchar_t> exact(text);
     const std::wstring folder = parent_directory(exact);
     FUZZ_CHECK(text.starts_with(folder));
-    // What is cut off is one name: the folder is the parent, not an ancestor.
+    // One name is removed: the folder is the parent, not another ancestor.
     std::wstring rest = text.substr(folder.size());
     while (!rest.empty() && is_separator(rest.front()))
         rest.erase(0, 1);
     FUZZ_CHECK(rest.find_first_of(L"\\/") == nowhere);
-    // A root is its own parent, with a separator behind it or without.
+    // A root is its own parent, with or without a trailing separator.
     FUZZ_CHECK(parent_directory(folder).size() <= folder.size());
     if (text.size() > 3 && text[1] == L':' && is_separator(text[2]))
         FUZZ_CHECK(folder.size() >= 3);

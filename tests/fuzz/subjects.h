@@ -1,5 +1,5 @@
-// What is fuzzed: each subject runs the code under test on one input and checks what must hold of the result.
-// A property that does not hold ends the process.
+// The fuzz subjects: each runs the code under test on one input and checks properties of the result. A broken
+// property ends the process.
 #pragma once
 
 #include "tests/fuzz/input.h"

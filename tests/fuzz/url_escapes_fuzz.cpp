@@ -1,4 +1,4 @@
-// Escaping and unescaping a document's URL.
+// Escaping and unescaping the URL of a document.
 #include "retrieval/url/url_text.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
@@ -25,7 +25,7 @@ std::wstring escaped(std::wstring_view text)
 
 constexpr unsigned no_digit = 16;
 
-// The value of an escape's digit, no_digit for another unit and behind the end.
+// The value of a hexadecimal digit; no_digit for another code unit and at the end.
 unsigned digit_at(std::wstring_view url, std::size_t position)
 {
     constexpr std::wstring_view digits = L"0123456789abcdef";
@@ -53,7 +53,7 @@ std::string unescaped_bytes(std::wstring_view url)
     return result.substr(0, result.find('\0'));
 }
 
-// Which further digits count is the system's own business.
+// Other digits depend on the system.
 bool has_other_digits(std::wstring_view text)
 {
     return std::ranges::any_of(text, [](wchar_t unit) { return unit >= 0x80 && std::iswxdigit(unit); });
@@ -65,7 +65,7 @@ void check_escaping(const exact_copy<wchar_t>& text)
     FUZZ_CHECK(url == escaped(text));
     FUZZ_CHECK(is_ascii(url) && url.find(L' ') == std::wstring::npos);
     FUZZ_CHECK(EncodeUrl(url) == url);
-    // What means something else in a URL, or ends it, does not come back.
+    // Characters with a meaning in a URL are not restored.
     if (text.view().find_first_of(std::wstring_view(L"%+\0", 3)) == std::wstring_view::npos)
         FUZZ_CHECK(DecodeUrl(url.c_str()) == utf16_of(utf8_of(text)));
 }

@@ -1,4 +1,4 @@
-// The file name that a URL asks for: a number for the buffer's capacity, and the URL.
+// The file name in a URL. Input: a number for the capacity of the buffer, and the URL.
 #include "retrieval/download/cache_folder.h"
 #include "retrieval/url/url_text.h"
 #include "tests/fuzz/reference_text.h"

@@ -1,4 +1,4 @@
-// Page and zoom of a URL's fragment: a key, and the URL.
+// Page and zoom in the fragment of a URL. Input: a key, and the URL.
 #include "retrieval/url/url_fragment.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
@@ -27,7 +27,7 @@ std::int32_t number_at_start(std::wstring_view text, bool negative)
         std::clamp<long long>(negative ? -magnitude : magnitude, limits::min(), limits::max()));
 }
 
-// The first part behind the first "#" that holds the key.
+// The first part after the first "#" that contains the key.
 std::optional<std::wstring> deciding_part(std::wstring_view url, std::wstring_view key)
 {
     auto parts = split(url, L'#');

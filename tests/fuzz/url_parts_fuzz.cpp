@@ -1,4 +1,4 @@
-// A URL taken apart and put together again.
+// A URL cracked and composed again.
 #include "tests/fuzz/subjects.h"
 
 #include <atlutil.h>

@@ -1,4 +1,4 @@
-// Telling addresses from references, and making references absolute: a reference, and an address.
+// Distinguishing URLs from references, and making references absolute. Input: a reference, and a URL.
 #include "retrieval/url/url_resolution.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
@@ -19,7 +19,7 @@ void cut_at(std::wstring& text, std::size_t position)
         text.erase(position);
 }
 
-// prefix_length: what of the base is never cut.
+// prefix_length: the part of the base that is never removed.
 std::wstring absolute(std::wstring reference, const std::wstring& base, std::size_t prefix_length)
 {
     std::wstring folder = base.substr(prefix_length);
@@ -57,7 +57,7 @@ void check_combining(const std::wstring& reference, const std::wstring& base)
     std::wstring address = L"former";
     FUZZ_CHECK(CombineUrl(reference, base, address) == (base.empty() ? 0 : 1));
     FUZZ_CHECK(address == (base.empty() ? std::wstring() : absolute(reference, base, prefix)));
-    // The result may replace an argument.
+    // The result may overwrite an argument.
     std::wstring same = reference;
     CombineUrl(same, base, same);
     FUZZ_CHECK(same == address);

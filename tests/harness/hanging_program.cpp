@@ -1,4 +1,4 @@
-// A test program whose only test never ends: what the watchdog is shown.
+// A test program whose only test never ends, for the test of the watchdog.
 #include <windows.h>
 
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 #include "tests/support/balance.h"
 #include "tests/support/http_server.h"
+#include "tests/support/wait.h"
 
 #include <windows.h>
 #include <winsock2.h>
@@ -11,7 +12,7 @@ namespace {
 
 constexpr std::uint32_t deadline_ms = 10'000;
 
-// Everything that the server answers to one request line, up to the end of the connection.
+// The whole response to one request line, up to the end of the connection.
 std::string ask(const http_server& server, const std::string& request_line)
 {
     const SOCKET client = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
@@ -35,7 +36,7 @@ std::string body_of(const std::string& answer)
     return answer.substr(answer.find("\r\n\r\n") + 4);
 }
 
-TEST(HttpServer, AnswersARouteAndRecordsTheRequest)
+TEST(HttpServer, ServesARouteAndRecordsTheRequest)
 {
     http_server server;
     server.route("/a.pdf", http_response::ok("%PDF-1.4 x"));
@@ -51,7 +52,7 @@ TEST(HttpServer, AnswersARouteAndRecordsTheRequest)
     EXPECT_EQ(requests[0].header("missing"), "");
 }
 
-TEST(HttpServer, AnswersAnUnknownPathWith404)
+TEST(HttpServer, ServesAnUnknownPathWith404)
 {
     http_server server;
     EXPECT_EQ(ask(server, "GET /nothing").substr(0, 22), "HTTP/1.1 404 Not Found");
@@ -100,14 +101,14 @@ TEST(HttpServer, HoldsABodyUntilItIsReleased)
     EXPECT_EQ(body_of(ask(server, "GET /h")), "abcdefg");
 }
 
-TEST(HttpServer, RefusesNothingButAtTheRefusedUrl)
+TEST(HttpServer, RefusesConnectionsAtTheRefusedUrlOnly)
 {
     EXPECT_EQ(http_server::refused_url(L"/x").substr(0, 17), L"http://127.0.0.1:");
 }
 
-TEST(HttpServer, StopsWithABodyHeldBackAndGivesEverythingBack)
+TEST(HttpServer, StopsWithABodyHeldBackAndLeaksNothing)
 {
-    // Threads that meet at the thread library's own lock make it open a handle, once in a process.
+    // Contention on the lock of the thread library makes it open a handle once in a process.
     expect_balance([] {
         http_server server;
         auto response = http_response::ok("abcdefg");
@@ -119,9 +120,7 @@ TEST(HttpServer, StopsWithABodyHeldBackAndGivesEverythingBack)
                 return body_of(ask(*static_cast<http_server*>(served), "GET /h")) == "abc" ? 1 : 0;
             },
             &server, 0, nullptr);
-        const ULONGLONG end = GetTickCount64() + deadline_ms;
-        while (server.requests().empty() && GetTickCount64() < end)
-            SwitchToThread();
+        EXPECT_TRUE(wait_until([&] { return !server.requests().empty(); }, deadline_ms));
         EXPECT_FALSE(server.wait_idle(0));
         server.stop();
         server.stop();
@@ -133,7 +132,7 @@ TEST(HttpServer, StopsWithABodyHeldBackAndGivesEverythingBack)
     });
 }
 
-TEST(HttpServer, IsIdleAfterTheLastAnswer)
+TEST(HttpServer, IsIdleAfterTheLastResponse)
 {
     http_server server;
     ask(server, "GET /");

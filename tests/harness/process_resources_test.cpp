@@ -1,4 +1,4 @@
-// The counting itself: each kind of thing is seen when it stays and forgotten when it goes.
+// The counts themselves: each kind of resource is counted while it exists and no longer.
 #include "tests/support/process_resources.h"
 
 #include <windows.h>
@@ -8,7 +8,7 @@
 namespace quill::test {
 namespace {
 
-TEST(ProcessResources, CountsNothingWhenNothingHappens)
+TEST(ProcessResources, AreEqualWithoutAChange)
 {
     const auto before = process_resources::now();
     EXPECT_GT(before.kernel_handles, 0u);
@@ -18,7 +18,7 @@ TEST(ProcessResources, CountsNothingWhenNothingHappens)
     EXPECT_EQ(process_resources::now(), before);
 }
 
-TEST(ProcessResources, SeesAHandleThatStaysOpen)
+TEST(ProcessResources, CountsALeakedHandle)
 {
     const auto before = process_resources::now();
     const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -27,7 +27,7 @@ TEST(ProcessResources, SeesAHandleThatStaysOpen)
     EXPECT_EQ(process_resources::now(), before);
 }
 
-TEST(ProcessResources, SeesAGdiObject)
+TEST(ProcessResources, CountsAGdiObject)
 {
     const auto before = process_resources::now();
     const HBRUSH brush = CreateSolidBrush(RGB(1, 2, 3));
@@ -38,7 +38,7 @@ TEST(ProcessResources, SeesAGdiObject)
     EXPECT_EQ(process_resources::now(), before);
 }
 
-TEST(ProcessResources, SeesAMenu)
+TEST(ProcessResources, CountsAMenu)
 {
     const auto before = process_resources::now();
     const HMENU menu = CreateMenu();
@@ -47,7 +47,7 @@ TEST(ProcessResources, SeesAMenu)
     EXPECT_EQ(process_resources::now(), before);
 }
 
-TEST(ProcessResources, SeesAThread)
+TEST(ProcessResources, CountsAThread)
 {
     const auto before = process_resources::now();
     const HANDLE go = CreateEventW(nullptr, TRUE, FALSE, nullptr);
@@ -62,7 +62,7 @@ TEST(ProcessResources, SeesAThread)
     EXPECT_EQ(process_resources::now(), before);
 }
 
-TEST(ProcessResources, SeesAWindowWithItsChild)
+TEST(ProcessResources, CountsAWindowWithItsChild)
 {
     const auto before = process_resources::now();
     const HWND parent =

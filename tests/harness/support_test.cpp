@@ -1,4 +1,4 @@
-// The test support itself: guards put things back, waiting ends, a hanging program is ended with stacks.
+// The test support itself: guards restore state, waits end, a hanging program is ended with stacks.
 #include "tests/support/child_process.h"
 #include "tests/support/log_file.h"
 #include "tests/support/scopes.h"
@@ -28,7 +28,7 @@ TEST(EnvironmentScope, RestoresTheFormerValue)
     EXPECT_EQ(GetEnvironmentVariableW(L"QUILL_TEST_VARIABLE", value, 16), 0u);
 }
 
-TEST(ScratchDirectory, IsEmptyAndGoesWithItsContents)
+TEST(ScratchDirectory, IsEmptyAndIsRemovedWithItsContents)
 {
     std::wstring path;
     {
@@ -75,7 +75,7 @@ TEST(WaitUntil, DeliversMessagesAndEndsAtItsDeadline)
     EXPECT_FALSE(wait_until([] { return false; }, 50));
 }
 
-TEST(ParseLog, TakesLinesApart)
+TEST(ParseLog, SplitsLines)
 {
     const auto lines =
         parse_log("01:02:03:000004 [t:42] [debug] a [b] c\r\n01:02:03:000004 [t:42] [info] \r\nodd\r\n"

@@ -52,6 +52,16 @@ TEST(ParseUrlNumber, ReadsTheDocumentsAddress)
         {L"http://h/a.pdf#page=2147483647", true, largest, true, 0},
         {L"http://h/a.pdf#page=2147483648", true, largest, true, 0},
         {L"http://h/a.pdf#page=99999999999999999999999999", true, largest, true, 0},
+        {L"http://h/a.pdf#zoom=150.9", true, 0, true, 150},
+        {L"http://h/a.pdf#zoom=150&page=3", true, 150, true, 150},
+        {L"http://h/a.pdf#pagemode=none", true, 0, true, 0},
+        {L"http://h/a.pdf#pagemode=4", true, 4, true, 0},
+        {L"http://h/a.pdf#page=5#page=6", true, 5, true, 0},
+        {L"http://h/a.pdf#page=x5", true, 0, true, 0},
+        {L"http://h/a.pdf#nameddest=page", true, 0, true, 0},
+        {L"http://h/a.pdf#page=2##zoom=25#", true, 2, true, 25},
+        {L"http://h/a.pdf?page=9", true, 0, true, 0},
+        {L"http://h/a.pdf?page=9#zoom=200", true, 0, true, 200},
     };
     for (const document_case& expected : cases) {
         SCOPED_TRACE(testing::PrintToString(expected.url ? std::wstring(expected.url) : L"null"));

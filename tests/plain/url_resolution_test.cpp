@@ -24,6 +24,7 @@ TEST(IsUrl, LooksForSchemesAnywhere)
         {L"www.h.example/a.pdf", 1, 1},
         {L"file:///c:/a.pdf", 1, 1},
         {L"mailto:a@b", 1, 1},
+        {L"https://h/", 1, 0},
         {L"http://www.h/", 1, 0}, // the first group decides alone
         {L"docs/www.pdf", 1, 1},  // "www." is looked for anywhere, too
         {L"HTTP://h/", 0, 0},
@@ -82,6 +83,11 @@ const combination common[] = {
     {L"b.pdf", L"ftp://h/x/z.html", L"ftp://h/x/b.pdf"},
     {L"/b.pdf", L"ftp://h/x/z.html", L"ftp:/b.pdf"},
     {L"b.pdf", L"z.html", L"z.html/b.pdf"},
+    {L"sub/b.pdf#page=2", L"http://h/x/z.html", L"http://h/x/sub/b.pdf#page=2"},
+    {L"#page=2", L"http://h/x/z.html", L"http://h/x/#page=2"},
+    {L"a b.pdf", L"http://h/x/z.html", L"http://h/x/a b.pdf"},
+    {L"/b.pdf", L"http://h/x/z.pdf?x=1?y=2", L"http://h/b.pdf"},
+    {L"b.pdf", L"file:///c:/x/z.pdf", L"file:///c:/x/b.pdf"},
 };
 
 void expect_combined(const combination& expected)

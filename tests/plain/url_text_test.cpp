@@ -35,7 +35,9 @@ INSTANTIATE_TEST_SUITE_P(
                     text_case{L"a b  c", L"a+b++c"}, text_case{L"\u00e9", L"%C3%A9"},
                     text_case{L"\u20ac", L"%E2%82%AC"}, text_case{L"\U0001F600", L"%F0%9F%98%80"},
                     text_case{L"\x7f\x80", L"\x7f%C2%80"}, text_case{L"a+b", L"a+b"},
-                    text_case{L"\t\"<>", L"\t\"<>"},
+                    text_case{L"\t\"<>", L"\t\"<>"}, text_case{L"x", L"x"},
+                    text_case{L"a%20+b?c=<\"{|}>#\\", L"a%20+b?c=<\"{|}>#\\"},
+                    text_case{L"\u20ac\u4e2d", L"%E2%82%AC%E4%B8%AD"},
                     text_case{std::wstring(1, wchar_t{0xD800}), L"%EF%BF%BD"}));
 
 class Decode : public testing::TestWithParam<text_case>

@@ -12,7 +12,7 @@ namespace {
 
 using test::scratch_directory;
 
-// What a call throws, "nothing" when it returns.
+// What a call throws, "nothing" if it returns.
 template <typename Call>
 std::string error_of(const Call& call)
 {
@@ -113,7 +113,7 @@ TEST(DirectoryCreateRecursively, CreatesBelowTheCurrentDirectoryAndItsRoot)
     const CurrentDirectory current(scratch.path());
     EXPECT_EQ(recursive_error_of(L"a\\b"), "nothing");
     EXPECT_TRUE(DirectoryExists(scratch / L"a\\b"));
-    // A leading backslash starts at the drive's root.
+    // A leading backslash starts at the root of the drive.
     const std::wstring rooted = scratch.path().substr(2) + L"\\r\\s";
     EXPECT_EQ(recursive_error_of(rooted), "nothing");
     EXPECT_TRUE(DirectoryExists(scratch / L"r\\s"));
@@ -130,11 +130,11 @@ TEST(DirectoryCreateRecursively, NeverCreatesTheDriveItself)
     EXPECT_EQ(recursive_error_of(free_drive), "nothing");
 }
 
-TEST(DirectoryCreateRecursively, TakesOnlyALetterWithAColonForADrive)
+TEST(DirectoryCreateRecursively, AcceptsOnlyALetterWithAColonAsADrive)
 {
     const scratch_directory scratch;
     const CurrentDirectory current(scratch.path());
-    // Some file systems allow the name. Taken for a drive, it would not be created and the next level fail.
+    // Some file systems allow the name. Treated as a drive, it would not be created and the next level fail.
     const bool colons_allowed = CreateDirectoryW(L"xy:", nullptr) != FALSE;
     EXPECT_EQ(recursive_error_of(L"ab:\\a"), colons_allowed ? "nothing" : cannot_create);
     EXPECT_EQ(DirectoryExists(L"ab:"), colons_allowed);
@@ -160,7 +160,7 @@ TEST(DirectoryCreateRecursively, FailsBelowAFile)
     EXPECT_FALSE(DirectoryExists(scratch / L"file"));
 }
 
-TEST(DirectoryCreateRecursively, TakesPathsBeyondItsInlineBuffer)
+TEST(DirectoryCreateRecursively, AcceptsPathsBeyondItsInlineBuffer)
 {
     const scratch_directory scratch;
     std::wstring path = L"\\" + std::wstring(40, L'\\');
@@ -179,7 +179,7 @@ TEST(CreateMissingDirectories, CreatesWithEitherSeparator)
     EXPECT_FALSE(create_missing_directories(scratch / L"a"));
 }
 
-TEST(CreateMissingDirectories, SaysWhatStandsInTheWay)
+TEST(CreateMissingDirectories, ReportsTheObstacle)
 {
     const scratch_directory scratch;
     test::write_file(scratch / L"file", "x");

@@ -1,4 +1,4 @@
-// Owner types, the mutex and reading of the environment.
+// Owner types, the mutex and reading the environment.
 #include "platform/environment.h"
 #include "platform/library_function.h"
 #include "platform/mutex.h"
@@ -31,7 +31,7 @@ HANDLE new_event()
     return CreateEventW(nullptr, TRUE, FALSE, nullptr);
 }
 
-TEST(UniqueHandle, ClosesOnceWhenItGoes)
+TEST(UniqueHandle, ClosesOnceAtDestruction)
 {
     const auto before = process_resources::now();
     {
@@ -51,7 +51,7 @@ TEST(UniqueHandle, ClosesOnceWhenItGoes)
     EXPECT_EQ(process_resources::now(), before);
 }
 
-TEST(UniqueHandle, BothWaysOfSayingNoneAreEmpty)
+TEST(UniqueHandle, NullAndInvalidHandleAreEmpty)
 {
     EXPECT_FALSE(unique_handle());
     EXPECT_FALSE(unique_handle(nullptr));
@@ -59,7 +59,7 @@ TEST(UniqueHandle, BothWaysOfSayingNoneAreEmpty)
     static_assert(!std::is_copy_constructible_v<unique_handle>);
 }
 
-TEST(UniqueHandle, GivesUpAndTakesOver)
+TEST(UniqueHandle, ReleasesAndAcquiresOwnership)
 {
     unique_handle owner(new_event());
     const HANDLE event = owner.release();
@@ -72,7 +72,7 @@ TEST(UniqueHandle, GivesUpAndTakesOver)
     EXPECT_FALSE(owner);
 }
 
-TEST(UniqueOwners, GiveEachKindBack)
+TEST(UniqueOwners, FreeEachKind)
 {
     const auto before = process_resources::now();
     {

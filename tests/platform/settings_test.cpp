@@ -15,7 +15,7 @@ using test::registry_key_scope;
 
 constexpr const wchar_t* settings_path = L"SOFTWARE\\Quill\\DocStudio\\14\\Settings";
 
-// All three places where the value might be looked for, empty.
+// All three places where the value is looked up, empty.
 struct Settings : testing::Test
 {
     registry_key_scope machine64{HKEY_LOCAL_MACHINE, settings_path, KEY_WOW64_64KEY};
@@ -30,7 +30,7 @@ TEST_F(Settings, ExepathIsEmptyWhenThereIsNone)
     EXPECT_EQ(read_exepath(), L"");
 }
 
-TEST_F(Settings, ExepathComesFromThe64BitViewFirst)
+TEST_F(Settings, ExepathIsReadFromThe64BitViewFirst)
 {
     machine64.set_string(L"exepath", L"C:\\64\\editor.exe");
     machine32.set_string(L"exepath", L"C:\\32\\editor.exe");
@@ -45,7 +45,7 @@ TEST_F(Settings, ExepathOfThe32BitViewIsFound)
     EXPECT_EQ(read_exepath(), L"C:\\32\\editor.exe");
 }
 
-TEST_F(Settings, ExepathIsNeverTheUsers)
+TEST_F(Settings, ExepathIsNotReadFromTheUser)
 {
     user.set_string(L"exepath", L"C:\\user\\editor.exe");
     EXPECT_EQ(read_exepath(), L"");
@@ -72,7 +72,7 @@ TEST_F(Settings, ALongerExepathIsNone)
 
 TEST_F(Settings, TextWithoutItsTerminatorEndsWithTheBuffer)
 {
-    // The system adds a terminator that lies just behind the data, so none does.
+    // The system appends a terminator if the data has none, so the buffer has no room for one.
     const std::wstring text(300, L'u');
     machine64.set(L"exepath", REG_SZ, text.data(), 520);
     EXPECT_EQ(read_exepath(), text.substr(0, 260));
@@ -94,7 +94,7 @@ TEST_F(Settings, TheValuesTypeIsNotCompared)
     EXPECT_EQ(read_exepath(), L"%x%");
 }
 
-TEST_F(Settings, TheStatusOfAMissingKeyOrValueComesBack)
+TEST_F(Settings, TheStatusOfAMissingKeyOrValueIsReturned)
 {
     std::wstring value = L"before";
     EXPECT_EQ(read_settings_string(L"v", KEY_READ, REG_SZ, value, true), ERROR_FILE_NOT_FOUND);
@@ -105,7 +105,7 @@ TEST_F(Settings, TheStatusOfAMissingKeyOrValueComesBack)
     EXPECT_EQ(value, L"");
 }
 
-TEST_F(Settings, PerUserReadsTheUsersKey)
+TEST_F(Settings, PerUserReadsTheKeyOfTheUser)
 {
     user.set_string(L"v", L"user");
     machine64.set_string(L"v", L"machine");

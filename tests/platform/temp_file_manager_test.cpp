@@ -1,4 +1,4 @@
-// The temporary folder, with real folders. Only the integrity level is an answer of the test's own.
+// The temporary folder, with real folders. Only the integrity level is set by the test.
 #include "platform/file_system.h"
 #include "platform/temp_file_manager.h"
 #include "platform/text.h"
@@ -55,7 +55,7 @@ struct TempFileManager : testing::Test
     }
 };
 
-TEST_F(TempFileManager, TakesTheVariablesFolder)
+TEST_F(TempFileManager, UsesTheFolderOfTheVariable)
 {
     set_variable(scratch.path());
     std::wstring path = L"before";
@@ -64,7 +64,7 @@ TEST_F(TempFileManager, TakesTheVariablesFolder)
     EXPECT_THAT(reports, IsEmpty());
 }
 
-TEST_F(TempFileManager, TakesTheVariableAsItStands)
+TEST_F(TempFileManager, UsesTheVariableUnchanged)
 {
     for (const std::wstring& value :
          {scratch.path() + L"\\", scratch.path() + L"\\.", L"relative" + scratch.path()}) {
@@ -111,7 +111,7 @@ TEST_F(TempFileManager, ReportsAFolderThatCannotBeCreated)
     EXPECT_EQ(manager.get_temp_folder(MAX_PATH, buffer, 1), 0u);
     EXPECT_STREQ(buffer, L"before");
     EXPECT_THAT(reports, ElementsAre(failure_line(file, ERROR_DIRECTORY)));
-    // Without the wish to create it the path is given all the same.
+    // The path is returned even if the folder is not to be created.
     EXPECT_EQ(manager.get_temp_folder(MAX_PATH, buffer, 0), file.size());
 }
 
@@ -138,7 +138,7 @@ TEST_F(TempFileManager, CutsThePathToTheBufferAndReturnsItsFullLength)
     EXPECT_EQ(exact.c_str(), scratch.path());
 }
 
-TEST_F(TempFileManager, TakesTheSystemsFolderWithoutTheVariable)
+TEST_F(TempFileManager, UsesTheSystemFolderWithoutTheVariable)
 {
     wchar_t system_folder[MAX_PATH + 1] = {};
     GetTempPathW(MAX_PATH + 1, system_folder);
@@ -165,7 +165,7 @@ TEST_F(TempFileManager, ThrowsWhenTheSystemsFolderIsMissing)
     EXPECT_FALSE(DirectoryExists(scratch / L"none"));
 }
 
-TEST_F(TempFileManager, KeepsNothing)
+TEST_F(TempFileManager, CachesNothing)
 {
     set_variable(scratch.path());
     std::wstring path;
@@ -177,7 +177,7 @@ TEST_F(TempFileManager, KeepsNothing)
     EXPECT_EQ(process_resources::now(), before);
 }
 
-// The LocalLow folder is everybody's: moved aside for the test, put back afterwards.
+// All processes share the LocalLow folder: it is renamed for the test and restored afterwards.
 struct LowIntegrity : TempFileManager
 {
     test::cross_process_lock lock{L"local-low"};
@@ -216,7 +216,7 @@ TEST_F(LowIntegrity, UsesLocalLowAndCreatesItsTempOnFirstUse)
     EXPECT_THAT(reports, IsEmpty());
 }
 
-TEST_F(LowIntegrity, AFileCalledTempIsNoFolder)
+TEST_F(LowIntegrity, DoesNotAcceptAFileNamedTemp)
 {
     CreateDirectoryW(local_low.c_str(), nullptr);
     test::write_file(temp, "x");
@@ -235,7 +235,7 @@ TEST_F(LowIntegrity, ReportsATempThatCannotBeCreated)
     EXPECT_FALSE(low_manager.temp_directory(path));
     EXPECT_EQ(path, temp);
     EXPECT_THAT(reports, ElementsAre(failure_line(temp, ERROR_DIRECTORY)));
-    // Asked to create it, the manager tries once more.
+    // If it is to be created, the manager tries a second time.
     EXPECT_EQ(low_manager.get_temp_folder(0, nullptr, 0), temp.size());
     reports.clear();
     EXPECT_EQ(low_manager.get_temp_folder(0, nullptr, 1), 0u);
@@ -270,7 +270,7 @@ TEST(IntegrityLevel, AnOrdinaryProcessIsNotLow)
     EXPECT_EQ(process_resources::now(), before);
 }
 
-TEST(IntegrityLevel, WhatCannotBeAskedIsLow)
+TEST(IntegrityLevel, IsLowWhenItCannotBeRead)
 {
     const auto before = process_resources::now();
     EXPECT_TRUE(is_low_integrity_process(nullptr));

@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-TEST(BindStatusCallback, CountsReferencesFromNullAndNeverGoesAway)
+TEST(BindStatusCallback, CountsReferencesAndIsNotDeleted)
 {
     CBindStatusCallbackImpl callback(nullptr, nullptr);
     EXPECT_EQ(callback.AddRef(), 1u);
@@ -38,7 +38,7 @@ TEST(BindStatusCallback, IsTwoInterfaces)
     EXPECT_EQ(callback.Release(), 0u);
 }
 
-TEST(BindStatusCallback, LeavesEverythingElseToTheSystem)
+TEST(BindStatusCallback, ReturnsNotImplementedForOtherMethods)
 {
     CBindStatusCallbackImpl callback(nullptr, nullptr);
     EXPECT_EQ(callback.OnStartBinding(0, nullptr), S_OK);
@@ -98,7 +98,7 @@ TEST(BindStatusCallback, ReportsBeforeItAborts)
     CloseHandle(cancel);
 }
 
-TEST(BindStatusCallback, GoesOnWhenTheWindowHangs)
+TEST(BindStatusCallback, ContinuesWhenTheWindowHangs)
 {
     fake_document_window window({.to_progress = reply::hang});
     CBindStatusCallbackImpl callback(window.handle(), nullptr);

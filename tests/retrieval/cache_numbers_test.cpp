@@ -1,5 +1,4 @@
-// How a cache folder gets its number: what the system is asked for it, races, and folders that cannot be
-// listed.
+// How a cache folder gets its number: the system calls for it, races, and folders that cannot be listed.
 #include "platform/library_function.h"
 #include "retrieval/download/cache_folder.h"
 #include "tests/support/faults/import_table.h"
@@ -15,7 +14,7 @@
 namespace quill::test {
 namespace {
 
-// Redirects the calls that the code under test, which is linked into this program, makes of the system.
+// Redirects the system calls of the code under test, which is linked into this program.
 class replaced_import
 {
 public:
@@ -49,7 +48,7 @@ struct system_script
 {
     int questions = 0;
     int creations = 0;
-    int rivals = 0;                // creations that another tab precedes
+    int rivals = 0;                // creations before which another tab creates the folder
     int entries_until_failure = 0; // of the reading
 };
 system_script script;
@@ -105,7 +104,7 @@ protected:
     {
         EXPECT_TRUE(CreateDirectoryW((temporary_ / name).c_str(), nullptr));
     }
-    // The name of the next cache folder; empty when there is none.
+    // The name of the next cache folder; empty without one.
     std::wstring next() const
     {
         const std::wstring folder = create_cache_folder(temporary_.path() + L"\\");
@@ -115,7 +114,7 @@ protected:
     scratch_directory temporary_;
 };
 
-TEST_F(CacheFolderNumber, IsFoundWithoutAQuestionForEachFolder)
+TEST_F(CacheFolderNumber, IsFoundWithoutProbingEachFolder)
 {
     make_folders(100);
     const replaced_import questions("GetFileAttributesW", counted_question);
@@ -162,13 +161,13 @@ TEST_F(CacheFolderNumber, IsFoundAmongHundredsOfTabsThatStartAtOnce)
     EXPECT_EQ(next(), L"qll300\\");
 }
 
-TEST_F(CacheFolderNumber, IsGivenUpWhereEveryNameIsSaidToExist)
+TEST_F(CacheFolderNumber, FailsWhenEveryNameIsReportedAsTaken)
 {
     const replaced_import creations("CreateDirectoryW", creation_where_everything_exists);
     EXPECT_EQ(next(), L"");
 }
 
-TEST_F(CacheFolderNumber, IsAskedForWhereTheFolderCannotBeListed)
+TEST_F(CacheFolderNumber, IsProbedWhenTheFolderCannotBeListed)
 {
     make_folder(L"qll0");
     ASSERT_TRUE(write_file(temporary_ / L"qll1", "a file"));
@@ -177,7 +176,7 @@ TEST_F(CacheFolderNumber, IsAskedForWhereTheFolderCannotBeListed)
     EXPECT_EQ(read_file(temporary_ / L"qll1"), "a file");
 }
 
-TEST_F(CacheFolderNumber, IsAskedForBehindAnInterruptedListing)
+TEST_F(CacheFolderNumber, IsProbedAfterAnInterruptedListing)
 {
     make_folders(20);
     const replaced_import listing("FindNextFileW", interrupted_listing);

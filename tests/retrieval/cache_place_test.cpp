@@ -1,4 +1,4 @@
-// Where downloads land, with real folders.
+// The places of downloads, with real folders.
 #include "retrieval/download/cache_folder.h"
 #include "tests/retrieval/download_fixture.h"
 
@@ -53,7 +53,7 @@ TEST(CreateCacheFolder, RefusesATextThatDoesNotFit)
 class DownloadPlace : public download_fixture
 {
 protected:
-    // The lines behind the first one, of a download of target into what QUILL_TMP_FOLDER says.
+    // The lines after the first one of a download of target, for this value of QUILL_TMP_FOLDER.
     std::vector<std::string> lines_behind_url(const std::wstring& target)
     {
         server_.route("/a.pdf", http_response::ok(pdf_body(100)));
@@ -136,8 +136,8 @@ TEST_F(DownloadPlace, IsUntitledForASlashInTheQuery)
     EXPECT_EQ(written[0], "debug: ACTIVEDOC DownloadPDFFile CACHE: TEMP\\qll0\\Untitled.pdf");
 }
 
-// A time, a folder, a device, and what leads out of the folder: on either way of downloading the document is
-// there in the end.
+// A time, a folder, a device, and paths out of the folder: on both download paths the document is stored at
+// the end.
 TEST_F(DownloadPlace, IsUntitledForANameThatNoFileCanHave)
 {
     const std::string body = pdf_body(100);

@@ -1,10 +1,10 @@
 #include "tests/retrieval/deaf_protocol.h"
 
+#include "tests/support/fakes/com_object.h"
 #include "tests/support/scopes.h"
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cstring>
 
 namespace quill::test {
@@ -12,50 +12,12 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-template <class Interface>
-class counted : public Interface
-{
-public:
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() override
-    {
-        const ULONG left = --references_;
-        if (left == 0)
-            delete this;
-        return left;
-    }
-
-protected:
-    virtual ~counted() = default;
-
-    HRESULT give(REFIID iid, std::initializer_list<IID> known, void** object)
-    {
-        *object = nullptr;
-        for (const IID& each : known) {
-            if (iid != each)
-                continue;
-            *object = static_cast<Interface*>(this);
-            AddRef();
-            return S_OK;
-        }
-        return E_NOINTERFACE;
-    }
-
-private:
-    std::atomic<ULONG> references_ = 1;
-};
-
-class handler final : public counted<IInternetProtocol>
+class handler final : public heap_object<IInternetProtocol>
 {
 public:
     explicit handler(const std::wstring& path) : path_(path), body_(read_file(path).value_or("")) {}
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override
-    {
-        return give(iid, {IID_IUnknown, IID_IInternetProtocolRoot, IID_IInternetProtocol}, object);
-    }
-
-    // Everything at once. What the sink answers is what this protocol is deaf to.
+    // Reports everything at once and ignores the results of the sink.
     STDMETHODIMP Start(LPCWSTR, IInternetProtocolSink* sink, IInternetBindInfo*, DWORD, HANDLE_PTR) override
     {
         const auto size = static_cast<ULONG>(body_.size());
@@ -86,22 +48,21 @@ public:
     STDMETHODIMP UnlockRequest() override { return S_OK; }
 
 private:
-    ~handler() override = default;
+    IUnknown* find(REFIID iid) override
+    {
+        return iid == IID_IInternetProtocolRoot ? unknown() : heap_object::find(iid);
+    }
 
     const std::wstring path_;
     const std::string body_;
     std::size_t position_ = 0;
 };
 
-class factory final : public counted<IClassFactory>
+class factory final : public heap_object<IClassFactory>
 {
 public:
     explicit factory(const std::wstring& path) : path_(path) {}
 
-    STDMETHODIMP QueryInterface(REFIID iid, void** object) override
-    {
-        return give(iid, {IID_IUnknown, IID_IClassFactory}, object);
-    }
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** object) override
     {
         *object = nullptr;
@@ -114,8 +75,6 @@ public:
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 
 private:
-    ~factory() override = default;
-
     const std::wstring path_;
 };
 

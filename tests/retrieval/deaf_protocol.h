@@ -1,5 +1,5 @@
-// A URL scheme of this process whose handler cannot be stopped: told that the download has ended, it goes on
-// and reports success.
+// A URL scheme of this process whose handler cannot be aborted: it ignores the sink's results and reports
+// success.
 #pragma once
 
 #include <windows.h>
@@ -13,7 +13,7 @@ namespace quill::test {
 
 inline constexpr wchar_t deaf_scheme[] = L"quilldeaf";
 
-// The scheme, for as long as this lives. Every URL of it is the file at path.
+// Registers the scheme in its scope. Each of its URLs returns the file at path.
 class deaf_protocol
 {
 public:

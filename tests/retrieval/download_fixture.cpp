@@ -24,7 +24,7 @@ download_thread::download_thread(const download_job& job)
 
 download_thread::~download_thread()
 {
-    WaitForSingleObject(thread_, INFINITE); // the watchdog ends a test that hangs here
+    WaitForSingleObject(thread_, INFINITE); // if it hangs, the watchdog ends the test
     CloseHandle(thread_);
 }
 
@@ -77,7 +77,7 @@ std::vector<std::string> download_fixture::lines()
 }
 
 std::vector<std::string> download_fixture::lines_up_to_download(const std::wstring& url,
-                                                              const std::string& file) const
+                                                                const std::string& file) const
 {
     return {"debug: ACTIVEDOC DownloadPDFFile URL: " + to_utf8(url),
             "debug: ACTIVEDOC DownloadPDFFile CACHE: TEMP\\" + file,

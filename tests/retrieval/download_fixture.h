@@ -1,5 +1,5 @@
-// What every test of the download worker needs: a temporary folder, a server, the log, the settings
-// without a switch, and the worker on a thread of its own.
+// The fixture of the download worker: a temporary folder, a server, the log, settings without a switch, and
+// the worker on a thread of its own.
 #pragma once
 
 #include "retrieval/download/download.h"
@@ -21,7 +21,7 @@ inline constexpr wchar_t switch_key[] =
     L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin";
 inline constexpr wchar_t switch_value[] = L"kIEBrowserPluginWinINet";
 
-// The worker's thread, waited for at the end.
+// The thread of the worker, joined at the end.
 class download_thread
 {
 public:
@@ -47,15 +47,15 @@ protected:
     ~download_fixture() override;
 
     download_job job_for(const fake_document_window& window) const;
-    // Runs the worker to its end against a window that answers properly.
+    // Runs the worker to its end with a window that follows the protocol.
     void download(fake_document_window& window) const;
 
-    // Every line since the last call, the error code behind "Default - 1" taken off, the scratch folder's
-    // path replaced by "TEMP".
+    // Every line since the last call, without the error code after "Default - 1", and with "TEMP" for the
+    // path of the scratch folder.
     std::vector<std::string> lines();
-    // The lines that a download of url into TEMP\folder\name writes up to its end.
+    // The lines of a download of url into TEMP\folder\name up to its end.
     std::vector<std::string> lines_up_to_download(const std::wstring& url, const std::string& file) const;
-    // The text of a file below the temporary folder.
+    // The contents of a file below the temporary folder.
     std::string contents(const std::wstring& file) const;
 
     scratch_directory temporary_;

@@ -1,4 +1,4 @@
-// A library with the download worker in it, as the module has it: for loading and unloading.
+// A library with the download worker, linked as in the module, to load and unload.
 #include "retrieval/download/download.h"
 
 extern "C" __declspec(dllexport) void download_for(HWND window)

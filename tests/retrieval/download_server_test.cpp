@@ -1,4 +1,4 @@
-// The worker against servers that answer well, slowly, oddly and badly.
+// The worker with servers that respond well, slowly, unusually and badly.
 #include "tests/retrieval/deaf_protocol.h"
 #include "tests/retrieval/download_fixture.h"
 #include "tests/support/wait.h"
@@ -16,7 +16,7 @@ const std::string checked = "debug: ACTIVEDOC isPDF [TRUE]";
 class DownloadFromServer : public download_fixture
 {
 protected:
-    // Downloads target against a proper window and expects it to be opened as file (below TEMP).
+    // Downloads target with a correct window and expects it to be opened as file (below TEMP).
     void expect_opened(const std::wstring& target, const std::wstring& file, const std::string& body)
     {
         fake_document_window window({.url = server_.url(target)});
@@ -39,7 +39,7 @@ protected:
         EXPECT_EQ(lines(), expected);
     }
 
-    // Downloads url against a proper window and expects these lines after the usual ones.
+    // Downloads url with a correct window and expects these lines after the usual ones.
     void expect_refused(const std::wstring& url, const std::string& file,
                         const std::vector<std::string>& after)
     {
@@ -74,9 +74,7 @@ TEST_F(DownloadFromServer, OpensASmallBody)
 
 TEST_F(DownloadFromServer, ReportsTheProgressOfASlowBody)
 {
-    auto response = http_response::ok(pdf_body(400'000));
-    response.piece_size = 100'000;
-    response.piece_delay_ms = 100;
+    auto response = http_response::slow(pdf_body(400'000), 100'000, 100);
     server_.route("/slow.pdf", response);
     expect_opened(L"/slow.pdf", L"qll0\\slow.pdf", response.body);
     ASSERT_FALSE(progress_.empty());
@@ -117,7 +115,7 @@ TEST_F(DownloadFromServer, FollowsARedirectUnderTheFirstName)
     expect_opened(L"/old.pdf", L"qll0\\old.pdf", pdf_body(100));
 }
 
-TEST_F(DownloadFromServer, GivesAProtectedDocumentTheSameExtension)
+TEST_F(DownloadFromServer, KeepsTheExtensionOfAProtectedDocument)
 {
     server_.route("/a.ppdf", http_response::ok("0000000.pfile of the suite"));
     fake_document_window window({.url = server_.url(L"/a.ppdf")});
@@ -143,7 +141,7 @@ TEST_F(DownloadFromServer, OpensWhatABodyCutShortBrought)
     expect_opened(L"/cut.pdf", L"qll0\\cut.pdf", pdf_body(10'000).substr(0, 4'000));
 }
 
-TEST_F(DownloadFromServer, AsksTheServerEveryTimeAndKeepsEveryAnswer)
+TEST_F(DownloadFromServer, RequestsEachTimeAndKeepsEachResponse)
 {
     int asked = 0;
     server_.route("/same.pdf", [&asked](const http_request&) {
@@ -178,7 +176,7 @@ TEST_F(DownloadFromServer, RefusesThePageOfA404)
     EXPECT_EQ(contents(L"qll0\\missing.pdf"), http_response::not_found().body);
 }
 
-// The system reports success all the same.
+// The system reports success anyway.
 TEST_F(DownloadFromServer, MissesAFileThatCouldNotBeWritten)
 {
     server_.route("/a.pdf", [this](const http_request&) {
@@ -193,9 +191,7 @@ TEST_F(DownloadFromServer, MissesAFileThatCouldNotBeWritten)
 
 TEST_F(DownloadFromServer, EndsWithAbortWhenTheDocumentCloses)
 {
-    auto response = http_response::ok(pdf_body(4'000'000));
-    response.piece_size = 100'000;
-    response.piece_delay_ms = 100;
+    auto response = http_response::slow(pdf_body(4'000'000), 100'000, 100);
     server_.route("/long.pdf", response);
     fake_document_window window({.url = server_.url(L"/long.pdf"),
                                  .on_progress = [this](const seen_progress&) { SetEvent(cancel_event_); }});
@@ -215,8 +211,8 @@ TEST_F(DownloadFromServer, EndsWithAbortWhenTheDocumentIsClosedAlready)
                    {"debug: ACTIVEDOC DownloadPDFFile FAILED " + std::to_string(E_ABORT)});
 }
 
-// The document's event is signalled for one look only, and not every protocol ends when it is told to.
-TEST_F(DownloadFromServer, EndsWithAbortWhenTheSystemGoesOn)
+// The event of the document is auto-reset, and not every protocol ends when it is aborted.
+TEST_F(DownloadFromServer, EndsWithAbortWhenTheSystemContinues)
 {
     const std::wstring url = std::wstring(deaf_scheme) + L"://host/a.pdf";
     const std::wstring source = temporary_ / L"source";
@@ -239,7 +235,7 @@ TEST_F(DownloadFromServer, EndsWithAbortWhenTheSystemGoesOn)
     EXPECT_THAT(window.messages(), testing::Not(testing::Contains(WM_USER_LOADFILE)));
 }
 
-TEST_F(DownloadFromServer, TakesWinINetWhenTheSettingsSaySo)
+TEST_F(DownloadFromServer, UsesWinINetWhenConfigured)
 {
     user_settings_.set_string(switch_value, L"/b 1");
     server_.route("/w.pdf", http_response::ok(pdf_body(100)));
@@ -255,7 +251,7 @@ TEST_F(DownloadFromServer, TakesWinINetWhenTheSettingsSaySo)
     EXPECT_EQ(lines(), expected);
 }
 
-// With WinINet nothing asks between the last chunk and the worker's own look at the event.
+// With WinINet nothing waits for the event between the last chunk and the worker's own check.
 TEST_F(DownloadFromServer, EndsSilentlyWhenTheDocumentClosesAfterTheDownload)
 {
     user_settings_.set_string(switch_value, L"/b 1");

@@ -1,4 +1,4 @@
-// The worker against windows that do not answer, hang and vanish.
+// The worker with windows that do not reply, hang and are destroyed.
 #include "retrieval/download/window_exchange.h"
 #include "tests/retrieval/download_fixture.h"
 #include "tests/support/balance.h"
@@ -12,7 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A send gives up after 2000 ms; the rest is for a busy machine.
+// A send times out after 2000 ms; the rest is for a machine under load.
 constexpr DWORD shortest_hang_ms = 1'900;
 constexpr DWORD longest_hang_ms = 10'000;
 
@@ -21,7 +21,7 @@ class DownloadForWindow : public download_fixture
 protected:
     DownloadForWindow() { server_.route("/a.pdf", http_response::ok(pdf_body(100))); }
 
-    // Runs the worker while the window hangs, and says how long it took.
+    // Runs the worker while the window hangs, and returns the duration.
     ULONGLONG time_against_hanging(fake_document_window& window) const
     {
         const ULONGLONG start = GetTickCount64();
@@ -88,7 +88,7 @@ TEST_F(DownloadForWindow, WaitsTwoSecondsForTheLength)
     fake_document_window window({.url = url(), .to_length = reply::hang});
     EXPECT_GE(time_against_hanging(window), shortest_hang_ms);
     EXPECT_THAT(lines(), IsEmpty());
-    // The window comes back and still handles the message: what it points to is there.
+    // The window continues and still handles the message: the data that it points to is valid.
     window.stop_hanging();
     EXPECT_TRUE(wait_until([&] { return window.handled() == 1; }));
     EXPECT_THAT(window.violations(), IsEmpty());
@@ -104,7 +104,7 @@ TEST_F(DownloadForWindow, WaitsTwoSecondsForTheUrl)
     EXPECT_THAT(window.violations(), IsEmpty());
 }
 
-TEST_F(DownloadForWindow, DoesNotAskToLoadAPathThatWasNotTaken)
+TEST_F(DownloadForWindow, DoesNotRequestTheLoadOfARejectedPath)
 {
     fake_document_window window({.url = url(), .to_cache_file = reply::hang});
     EXPECT_GE(time_against_hanging(window), shortest_hang_ms);
@@ -124,9 +124,7 @@ TEST_F(DownloadForWindow, EndsWhenTheWindowVanishesAtTheHandOver)
 
 TEST_F(DownloadForWindow, DownloadsOnWhenTheWindowVanishesInBetween)
 {
-    auto response = http_response::ok(pdf_body(400'000));
-    response.piece_size = 100'000;
-    response.piece_delay_ms = 100;
+    auto response = http_response::slow(pdf_body(400'000), 100'000, 100);
     server_.route("/a.pdf", response);
     fake_document_window window({.url = url(), .to_progress = reply::vanish});
     download(window);
@@ -155,7 +153,7 @@ TEST_F(DownloadForWindow, AsksForAUrlOfAnyLength)
     EXPECT_EQ(written[1], "debug: ACTIVEDOC DownloadPDFFile CACHE: TEMP\\qll0\\Untitled.pdf");
 }
 
-// Claims a length and writes nothing, or fills the whole buffer.
+// Returns a length and writes nothing, or fills the whole buffer.
 class lying_window
 {
 public:
@@ -205,7 +203,7 @@ TEST(RequestUrl, RefusesALengthThatNoUrlHas)
     }
 }
 
-// Whether a worker of this process has the window by which its download is interrupted.
+// Whether a worker of this process has the window that interrupts its download.
 bool has_callback_window()
 {
     return FindWindowExW(HWND_MESSAGE, nullptr, L"STATIC", L"QuillPDF.IE download") != nullptr;
@@ -220,7 +218,7 @@ TEST_F(DownloadForWindow, IsReadyForTheUrlWhenItAsks)
     EXPECT_FALSE(has_callback_window());
 }
 
-TEST_F(DownloadForWindow, GivesEverythingBack)
+TEST_F(DownloadForWindow, ReleasesEverything)
 {
     fake_document_window window({.url = url()});
     expect_balance([&] {

@@ -49,7 +49,7 @@ struct EmbeddedElement : testing::Test
     }
 };
 
-TEST_F(EmbeddedElement, GivesEachDocumentItsOwn)
+TEST_F(EmbeddedElement, FindsTheElementOfEachDocument)
 {
     page.add_embedded(L"EMBED", L"application/pdf", L"first");
     page.add_embedded(L"EMBED", L"application/pdf", L"second");
@@ -64,16 +64,16 @@ TEST_F(EmbeddedElement, GivesEachDocumentItsOwn)
     EXPECT_EQ(url, L"");
 }
 
-TEST_F(EmbeddedElement, AsksThePageForWhatItNeedsOnly)
+TEST_F(EmbeddedElement, MakesOnlyTheCallsThatItNeeds)
 {
     page.add_embedded(L"EMBED", L"application/pdf", L"a");
     EXPECT_EQ(resolve(0), 1);
-    EXPECT_THAT(page.calls(),
+    EXPECT_THAT(page.calls.calls(),
                 ElementsAre("GetContainer", "QueryInterface", "body", "URL", "children", "QueryInterface",
                             "length", "item", "QueryInterface", "tagName", "TYPE", "reference"));
 }
 
-TEST_F(EmbeddedElement, TakesBothKindsInAnyCase)
+TEST_F(EmbeddedElement, AcceptsBothKindsInAnyCase)
 {
     page.add_embedded(L"EMBED", L"application/pdf", L"a");
     page.add_embedded(L"OBJECT", L"application/pdf", L"b");
@@ -95,10 +95,10 @@ TEST_F(EmbeddedElement, CountsUntypedElementsByTheirNames)
     EXPECT_THAT(all(), ElementsAre(L"a.PDF", L"c.pdf", L"d.pDf"));
 }
 
-TEST_F(EmbeddedElement, LooksAtTheSourceWhereTheAttributeIsNull)
+TEST_F(EmbeddedElement, ReadsTheSourceWhenTheAttributeIsNull)
 {
-    const auto add = [&](const wchar_t* reference, const wchar_t* html, const fake_element::attribute& type) {
-        fake_element element;
+    const auto add = [&](const wchar_t* reference, const wchar_t* html, const page_element::attribute& type) {
+        page_element element;
         element.tag = L"EMBED";
         element.outer_html = html;
         element.attributes[L"TYPE"] = type;
@@ -119,7 +119,7 @@ TEST_F(EmbeddedElement, LooksAtTheSourceWhereTheAttributeIsNull)
 TEST_F(EmbeddedElement, FindsTypedElementsWithoutAReference)
 {
     page.add_embedded(L"EMBED", L"application/pdf", nullptr);
-    fake_element element;
+    page_element element;
     element.tag = L"OBJECT";
     element.attributes[L"TYPE"].text = L"application/pdf";
     element.attributes[L"DATA"].other_type = VT_I4;
@@ -150,8 +150,8 @@ TEST_F(EmbeddedElement, NumbersDepthFirst)
                                    L"4-inside-another.pdf", L"5+last+of+the+body"));
 }
 
-// What stands inside is for browsers that cannot show the element.
-TEST_F(EmbeddedElement, LeavesTheChildrenOfAPdfElementOut)
+// The children are for browsers that cannot show the element.
+TEST_F(EmbeddedElement, SkipsTheChildrenOfAPdfElement)
 {
     const std::size_t pdf = page.add_embedded(L"OBJECT", L"application/pdf", L"a");
     page.add_embedded(L"EMBED", L"application/pdf", L"inside", pdf);
@@ -174,7 +174,7 @@ TEST_F(EmbeddedElement, FindsAmongHundreds)
     EXPECT_EQ(resolve(0xFFFFFFFF), 0);
 }
 
-// A search that calls itself for every level would need more stack than a thread has.
+// A recursive search would need more stack than a thread has.
 TEST_F(EmbeddedElement, FindsBelowAHundredThousandLevels)
 {
     std::size_t parent = 0;
@@ -188,7 +188,7 @@ TEST_F(EmbeddedElement, FindsBelowAHundredThousandLevels)
     EXPECT_EQ(url, L"after");
 }
 
-TEST_F(EmbeddedElement, ReadsPageAndZoomFromThePagesAddress)
+TEST_F(EmbeddedElement, ReadsPageAndZoomFromTheUrlOfThePage)
 {
     page.url = L"http://h/page.html#page=5#zoom=150";
     EXPECT_EQ(resolve(0), 0) << "also without an element";
@@ -204,7 +204,7 @@ TEST_F(EmbeddedElement, ReadsPageAndZoomFromThePagesAddress)
     EXPECT_EQ(zoom, 0);
 }
 
-TEST_F(EmbeddedElement, AnswersNothingWithoutAPage)
+TEST_F(EmbeddedElement, FindsNothingWithoutAPage)
 {
     page.add_embedded(L"EMBED", L"application/pdf", L"a");
     const auto expect_nothing = [&] {
@@ -226,7 +226,7 @@ TEST_F(EmbeddedElement, AnswersNothingWithoutAPage)
     EXPECT_EQ(ResolveEmbeddedElement(request, url), 0);
 }
 
-TEST_F(EmbeddedElement, TakesAPageThatMiscounts)
+TEST_F(EmbeddedElement, HandlesANegativeLength)
 {
     page.length = -1;
     EXPECT_EQ(resolve(0), 0);
@@ -241,9 +241,9 @@ TEST_F(EmbeddedElement, SearchesBelowAnyElement)
     EXPECT_EQ(counter, 3u);
 }
 
-// Wherever the page fails to answer, the search ends without a result and holds nothing. Only the page's
-// own address may be missing.
-TEST_F(EmbeddedElement, GivesUpAtWhateverCallFails)
+// Wherever a call fails, the search ends without a result and leaks nothing. Only the URL of the page may be
+// missing.
+TEST_F(EmbeddedElement, StopsAtEachCallThatFails)
 {
     const std::size_t other = page.add_embedded(L"OBJECT", nullptr, L"x.swf");
     page.add_embedded(L"EMBED", L"application/pdf", L"first", other);
@@ -251,39 +251,38 @@ TEST_F(EmbeddedElement, GivesUpAtWhateverCallFails)
     page.url = L"http://h/page.html#page=5#zoom=150";
     ASSERT_EQ(resolve(1), 1);
     ASSERT_EQ(url, L"second");
-    const std::vector<std::string> calls = page.calls();
+    const std::vector<std::string> calls = page.calls.calls();
     const auto first_type = static_cast<std::size_t>(std::ranges::find(calls, "TYPE") - calls.begin()) + 1;
-    for (const fault how : {fault::error, fault::error_leaving_value, fault::null_result, fault::untouched}) {
-        page.how = how;
-        const bool is_error = how == fault::error || how == fault::error_leaving_value;
-        for (page.faulty_call = 1; page.faulty_call <= calls.size(); ++page.faulty_call) {
-            const std::string& call = calls[page.faulty_call - 1];
-            SCOPED_TRACE(call + (is_error ? " fails as call " : " gives nothing as call ") +
-                         std::to_string(page.faulty_call));
-            // An element that says nothing of its source has no type, as the first one has none anyway; a
-            // reference that is nothing is an empty one.
+    for (const call_fault fault :
+         {call_fault::error, call_fault::error_with_value, call_fault::null_result, call_fault::untouched}) {
+        for (std::size_t number = 1; number <= calls.size(); ++number) {
+            const std::string& call = calls[number - 1];
+            page.calls.fail_call_number(static_cast<int>(number), fault);
+            SCOPED_TRACE(call + ", call " + std::to_string(number) + ": " + to_text(fault));
+            // An element without source has no type, and the first one has none anyway; a null reference is
+            // an empty one.
             const bool is_harmless =
                 call == "URL" ||
-                (!is_error && (call == "outerHTML" || call == "reference" || page.faulty_call == first_type));
+                (!is_error(fault) && (call == "outerHTML" || call == "reference" || number == first_type));
             expect_balance_in_loop([&] {
-                page.forget_calls();
+                page.calls.forget_calls();
                 page_number = 77;
                 zoom = 88;
                 url = L"left over";
                 EXPECT_EQ(resolve(1), is_harmless ? 1 : 0);
-                const bool is_its_reference = page.faulty_call == calls.size();
+                const bool is_its_reference = number == calls.size();
                 EXPECT_EQ(url, is_harmless && !is_its_reference ? L"second" : L"");
                 if (call == "URL") {
                     EXPECT_EQ(page_number, 0);
                     EXPECT_EQ(zoom, 0);
-                } else if (is_error) {
-                    EXPECT_EQ(page.calls().size(), page.faulty_call) << "nothing is asked after a failure";
+                } else if (is_error(fault)) {
+                    EXPECT_EQ(page.calls.calls().size(), number) << "nothing is asked after a failure";
                 }
             });
         }
         report_fault_points("resolving an embedded element", calls.size());
     }
-    page.faulty_call = 0;
+    page.calls.fail_call_number(0, call_fault::none);
     EXPECT_EQ(resolve(1), 1);
     EXPECT_EQ(url, L"second");
 }

@@ -45,7 +45,7 @@ void fake_document_window::run(HANDLE ready)
     window_class.lpfnWndProc = procedure;
     window_class.hInstance = GetModuleHandleW(nullptr);
     window_class.lpszClassName = class_name;
-    RegisterClassW(&window_class); // fails from the second window on: the class is there
+    RegisterClassW(&window_class); // fails from the second window on: the class is registered
     window_ = CreateWindowExW(0, class_name, L"", WS_POPUP, 0, 0, 10, 10, nullptr, nullptr,
                               window_class.hInstance, nullptr);
     SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));

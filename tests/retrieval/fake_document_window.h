@@ -1,5 +1,5 @@
-// A strict stand-in for the active document's window, on a thread of its own as in the browser: answers
-// the worker's messages by a script, counts them and notes whatever the protocol does not allow.
+// A strict stand-in for the window of the active document, on a thread of its own as in the browser: handles
+// the worker's messages as scripted, counts them and records violations of the protocol.
 #pragma once
 
 #include "retrieval/download/window_messages.h"
@@ -22,12 +22,12 @@ struct seen_progress
     std::uint32_t status_code;
 };
 
-// How the window treats one message.
+// How the window handles one message.
 enum class reply
 {
     proper,
-    nothing, // handles it without doing anything
-    hang,    // does not return until stop_hanging(), then does what is proper
+    nothing, // returns without doing anything
+    hang,    // does not return until stop_hanging(), then handles it correctly
     vanish   // destroys itself inside the handler
 };
 
@@ -53,16 +53,16 @@ public:
 
     HWND handle() const { return window_; }
     void stop_hanging() { SetEvent(go_on_); }
-    // Destroys the window and waits for its thread. Harmless twice.
+    // Destroys the window and joins its thread. May be called twice.
     void close();
 
-    // The protocol's messages in order of arrival, a run of progress messages counting once.
+    // The messages of the protocol in order of arrival; consecutive progress messages are one entry.
     std::vector<UINT> messages() const;
     std::vector<seen_progress> progress() const;
     std::wstring cache_file() const;
-    // What broke the protocol; empty when nothing did.
+    // Violations of the protocol; empty without one.
     std::vector<std::string> violations() const;
-    // How many messages have been handled to their end.
+    // How many messages have been handled completely.
     std::size_t handled() const;
 
 private:

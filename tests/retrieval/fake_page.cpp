@@ -1,5 +1,7 @@
 #include "tests/retrieval/fake_page.h"
 
+#include "tests/support/fakes/com_object.h"
+
 #include <docobj.h>
 #include <exdisp.h>
 #include <gtest/gtest.h>
@@ -11,54 +13,40 @@
 #include <algorithm>
 #include <utility>
 
-HRESULT unimplemented_method(const char* name) noexcept
-{
-    ADD_FAILURE() << "not expected: " << name;
-    return E_NOTIMPL;
-}
-
 namespace quill::test {
 namespace {
 
-// IUnknown of an object of the page. Interfaces: those that it has besides IUnknown, the first one being
-// Base.
-template <typename Base, typename... Interfaces>
-class page_object : public Base
+// An object of the page. Others: further interfaces, the bases of the interfaces that it implements.
+template <typename Base, typename... Others>
+class page_object : public heap_object<Base>
 {
 public:
-    explicit page_object(fake_page& page) : page_(page) {}
-    page_object(const page_object&) = delete;
-    page_object& operator=(const page_object&) = delete;
+    explicit page_object(fake_page& page) : page_(page) { page_.count(1); }
 
     STDMETHODIMP QueryInterface(REFIID iid, void** out) override
     {
         if (const HRESULT result = page_.enter("QueryInterface", out); result != S_OK)
             return result == S_FALSE ? S_OK : result;
-        if (iid != IID_IUnknown && !((iid == __uuidof(Interfaces)) || ...))
-            return E_NOINTERFACE;
-        *out = static_cast<Base*>(this);
-        AddRef();
-        return S_OK;
+        return heap_object<Base>::QueryInterface(iid, out);
     }
     STDMETHODIMP_(ULONG) AddRef() override
     {
         page_.count(1);
-        return static_cast<ULONG>(++references_);
+        return heap_object<Base>::AddRef();
     }
     STDMETHODIMP_(ULONG) Release() override
     {
         page_.count(-1);
-        const long left = --references_;
-        EXPECT_GE(left, 0) << "released too often";
-        if (left == 0)
-            delete this;
-        return static_cast<ULONG>(left);
+        return heap_object<Base>::Release();
     }
 
 protected:
-    virtual ~page_object() = default;
-
-    // Runs give(), which fills *out, unless this call is to go wrong.
+    IUnknown* find(REFIID iid) override
+    {
+        const bool is_other = ((iid == __uuidof(Others)) || ...);
+        return is_other ? this->unknown() : heap_object<Base>::find(iid);
+    }
+    // Runs give(), which returns the value of *out, unless this call fails.
     template <typename Out, typename Give>
     HRESULT answer(const char* call, Out* out, const Give& give)
     {
@@ -69,19 +57,9 @@ protected:
     }
 
     fake_page& page_;
-
-private:
-    long references_ = 0;
 };
 
-template <typename Object>
-Object* referenced(Object* object)
-{
-    object->AddRef();
-    return object;
-}
-
-class element_object : public page_object<without_IHTMLElement<IHTMLElement>, IDispatch, IHTMLElement>
+class element_object : public page_object<without_IHTMLElement<IHTMLElement>, IDispatch>
 {
 public:
     element_object(fake_page& page, std::size_t place) : page_object(page), place_(place) {}
@@ -100,18 +78,19 @@ public:
         EXPECT_EQ(V_VT(out), VT_EMPTY);
         const std::wstring wanted(name, SysStringLen(name));
         EXPECT_TRUE(wanted == L"TYPE" || wanted == (self().tag[0] == L'E' ? L"SRC" : L"DATA"));
-        const HRESULT result = page_.enter(wanted == L"TYPE" ? "TYPE" : "reference");
-        if (result == S_FALSE && page_.how == fault::null_result)
+        const call_fault fault = page_.calls.arrive(wanted == L"TYPE" ? "TYPE" : "reference");
+        if (fault == call_fault::null_result)
             V_VT(out) = VT_NULL;
-        if (FAILED(result) && page_.how == fault::error_leaving_value) {
+        if (fault == call_fault::error_with_value) {
             V_VT(out) = VT_UNKNOWN;
             V_UNKNOWN(out) = untouchable();
         }
+        const HRESULT result = fake_page::result_of(fault);
         if (result != S_OK)
             return result == S_FALSE ? S_OK : result;
         const auto found = self().attributes.find(wanted);
-        const fake_element::attribute value =
-            found == self().attributes.end() ? fake_element::attribute{} : found->second;
+        const page_element::attribute value =
+            found == self().attributes.end() ? page_element::attribute{} : found->second;
         V_VT(out) = value.text ? static_cast<VARTYPE>(VT_BSTR) : value.other_type;
         if (value.text)
             V_BSTR(out) = SysAllocString(value.text->c_str());
@@ -120,13 +99,13 @@ public:
     STDMETHODIMP get_children(IDispatch** out) override;
 
 private:
-    const fake_element& self() const { return page_.elements[place_]; }
+    const page_element& self() const { return page_.elements[place_]; }
 
     std::size_t place_;
 };
 
-class collection_object : public page_object<without_IHTMLElementCollection<IHTMLElementCollection>,
-                                             IDispatch, IHTMLElementCollection>
+class collection_object
+    : public page_object<without_IHTMLElementCollection<IHTMLElementCollection>, IDispatch>
 {
 public:
     collection_object(fake_page& page, std::size_t place) : page_object(page), place_(place) {}
@@ -143,9 +122,8 @@ public:
         EXPECT_EQ(V_I4(&name), V_I4(&index));
         const auto place = static_cast<std::size_t>(V_I4(&index));
         EXPECT_LT(place, children().size());
-        return answer("item", out, [&]() -> IDispatch* {
-            return referenced(new element_object(page_, children()[place]));
-        });
+        return answer("item", out,
+                      [&]() -> IDispatch* { return new element_object(page_, children()[place]); });
     }
 
 private:
@@ -156,12 +134,10 @@ private:
 
 HRESULT element_object::get_children(IDispatch** out)
 {
-    return answer("children", out,
-                  [&]() -> IDispatch* { return referenced(new collection_object(page_, place_)); });
+    return answer("children", out, [&]() -> IDispatch* { return new collection_object(page_, place_); });
 }
 
-class document_object
-    : public page_object<without_IHTMLDocument2<IHTMLDocument2>, IDispatch, IHTMLDocument, IHTMLDocument2>
+class document_object : public page_object<without_IHTMLDocument2<IHTMLDocument2>, IDispatch, IHTMLDocument>
 {
 public:
     using page_object::page_object;
@@ -169,7 +145,7 @@ public:
     STDMETHODIMP get_body(IHTMLElement** out) override
     {
         return answer("body", out, [&]() -> IHTMLElement* {
-            return page_.has_body ? referenced(new element_object(page_, 0)) : nullptr;
+            return page_.has_body ? new element_object(page_, 0) : nullptr;
         });
     }
     STDMETHODIMP get_URL(BSTR* out) override
@@ -178,8 +154,8 @@ public:
     }
 };
 
-// The document, as an object of its own, is found through its container.
-class container_object : public page_object<IOleContainer, IParseDisplayName, IOleContainer>
+// The document is a separate object, which is found through its container.
+class container_object : public page_object<without_IOleContainer<IOleContainer>, IParseDisplayName>
 {
 public:
     using page_object::page_object;
@@ -193,23 +169,14 @@ public:
             return result == S_FALSE ? S_OK : result;
         if (!page_.is_html)
             return E_NOINTERFACE;
-        *out = static_cast<IHTMLDocument2*>(referenced(new document_object(page_)));
+        *out = static_cast<IHTMLDocument2*>(new document_object(page_));
         return S_OK;
     }
-    STDMETHODIMP ParseDisplayName(IBindCtx*, LPOLESTR, ULONG*, IMoniker**) override
-    {
-        return unimplemented_method("IParseDisplayName::ParseDisplayName");
-    }
-    STDMETHODIMP EnumObjects(DWORD, IEnumUnknown**) override
-    {
-        return unimplemented_method("IOleContainer::EnumObjects");
-    }
-    STDMETHODIMP LockContainer(BOOL) override { return unimplemented_method("IOleContainer::LockContainer"); }
 };
 
 } // namespace
 
-struct fake_page::site_object : page_object<IOleClientSite, IOleClientSite>
+struct fake_page::site_object : page_object<without_IOleClientSite<IOleClientSite>>
 {
     using page_object::page_object;
 
@@ -217,29 +184,17 @@ struct fake_page::site_object : page_object<IOleClientSite, IOleClientSite>
     {
         EXPECT_EQ(*out, nullptr);
         if (!page_.has_container) {
-            page_.enter("GetContainer");
-            return E_NOTIMPL; // as real hosts do, with *out untouched
+            page_.calls.arrive("GetContainer");
+            return E_NOTIMPL; // leaves *out untouched, as real hosts do
         }
-        return answer("GetContainer", out,
-                      [&]() -> IOleContainer* { return referenced(new container_object(page_)); });
-    }
-    STDMETHODIMP SaveObject() override { return unimplemented_method("IOleClientSite::SaveObject"); }
-    STDMETHODIMP GetMoniker(DWORD, DWORD, IMoniker**) override
-    {
-        return unimplemented_method("IOleClientSite::GetMoniker");
-    }
-    STDMETHODIMP ShowObject() override { return unimplemented_method("IOleClientSite::ShowObject"); }
-    STDMETHODIMP OnShowWindow(BOOL) override { return unimplemented_method("IOleClientSite::OnShowWindow"); }
-    STDMETHODIMP RequestNewObjectLayout() override
-    {
-        return unimplemented_method("IOleClientSite::RequestNewObjectLayout");
+        return answer("GetContainer", out, [&]() -> IOleContainer* { return new container_object(page_); });
     }
 };
 
-fake_page::fake_page() : elements(1), site_(referenced(new site_object(*this)))
+fake_page::fake_page() : elements(1), site_(new site_object(*this))
 {
     elements.front().tag = L"BODY";
-    live_ = 0; // the page's own reference is none that a caller holds
+    live_ = 0; // without the reference of the page itself
 }
 
 fake_page::~fake_page()
@@ -248,7 +203,7 @@ fake_page::~fake_page()
     site_->Release();
 }
 
-std::size_t fake_page::add(fake_element element, std::size_t parent)
+std::size_t fake_page::add(page_element element, std::size_t parent)
 {
     elements.push_back(std::move(element));
     elements[parent].children.push_back(elements.size() - 1);
@@ -257,7 +212,7 @@ std::size_t fake_page::add(fake_element element, std::size_t parent)
 
 std::size_t fake_page::add_plain(const wchar_t* tag, std::size_t parent)
 {
-    fake_element element;
+    page_element element;
     element.tag = tag;
     return add(std::move(element), parent);
 }
@@ -265,7 +220,7 @@ std::size_t fake_page::add_plain(const wchar_t* tag, std::size_t parent)
 std::size_t fake_page::add_embedded(const wchar_t* tag, const wchar_t* type, const wchar_t* reference,
                                     std::size_t parent)
 {
-    fake_element element;
+    page_element element;
     element.tag = tag;
     if (type)
         element.attributes[L"TYPE"].text = type;
@@ -277,14 +232,6 @@ std::size_t fake_page::add_embedded(const wchar_t* tag, const wchar_t* type, con
 IOleClientSite* fake_page::site()
 {
     return site_;
-}
-
-HRESULT fake_page::enter(const char* call)
-{
-    calls_.emplace_back(call);
-    if (calls_.size() != faulty_call)
-        return S_OK;
-    return how == fault::error || how == fault::error_leaving_value ? E_FAIL : S_FALSE;
 }
 
 IUnknown* untouchable()

@@ -83,7 +83,7 @@ BOOL WINAPI fake_wininet::query_option(HINTERNET handle, DWORD option, LPVOID bu
     DWORD before = 77;
     std::memcpy(&before, buffer, sizeof before);
     if (note(fmt::format("query {} {} size {} holding {}", name(handle), option, *size, before)))
-        return current_->gives_nothing;
+        return current_->returns_null;
     if (current_->options_fail)
         return FALSE;
     std::memcpy(buffer, &current_->initial_flags, sizeof current_->initial_flags);
@@ -95,7 +95,7 @@ BOOL WINAPI fake_wininet::set_option(HINTERNET handle, DWORD option, LPVOID buff
     DWORD value = 0;
     std::memcpy(&value, buffer, sizeof value);
     if (note(fmt::format("set {} {} size {} to {:#x}", name(handle), option, size, value)))
-        return current_->gives_nothing;
+        return current_->returns_null;
     return current_->options_fail ? FALSE : TRUE;
 }
 
@@ -142,12 +142,12 @@ BOOL WINAPI fake_wininet::query_info(HINTERNET request, DWORD info, LPVOID buffe
                                      LPDWORD index)
 {
     if (note(fmt::format("info {} {} size {} index {}", name(request), info, *size, *index)))
-        return current_->gives_nothing;
+        return current_->returns_null;
     if (current_->content_length.empty()) {
         SetLastError(ERROR_HTTP_HEADER_NOT_FOUND);
         return FALSE;
     }
-    // As some systems do: the text alone, without a terminator.
+    // As some systems do: the text without a terminator.
     const std::size_t bytes = std::min<std::size_t>(*size, current_->content_length.size() * sizeof(wchar_t));
     std::memcpy(buffer, current_->content_length.data(), bytes);
     *size = static_cast<DWORD>(bytes);
@@ -158,7 +158,7 @@ BOOL WINAPI fake_wininet::query_data_available(HINTERNET request, LPDWORD count,
                                                DWORD_PTR context)
 {
     if (note(fmt::format("available {} {} {}", name(request), flags, context)))
-        return current_->gives_nothing;
+        return current_->returns_null;
     EXPECT_EQ(*count, 0u);
     if (current_->available.empty())
         return TRUE;
@@ -171,7 +171,7 @@ BOOL WINAPI fake_wininet::read_file(HINTERNET request, LPVOID buffer, DWORD size
 {
     if (note(fmt::format("read {} {}", name(request), size))) {
         *read = 0;
-        return current_->gives_nothing;
+        return current_->returns_null;
     }
     read_step step{size};
     if (!current_->reads.empty()) {
@@ -188,7 +188,7 @@ BOOL WINAPI fake_wininet::read_file(HINTERNET request, LPVOID buffer, DWORD size
 BOOL WINAPI fake_wininet::close_handle(HINTERNET handle)
 {
     if (note(fmt::format("close {}", name(handle))))
-        current_->handles_.erase(handle); // gone all the same
+        current_->handles_.erase(handle); // closed anyway
     if (current_->on_close)
         current_->on_close();
     current_->handles_.erase(handle);

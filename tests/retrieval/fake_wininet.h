@@ -1,5 +1,5 @@
-// WinINet as a script: answers what a test wants, records every call with its arguments, and knows which
-// handles are open.
+// A scripted WinINet: returns what a test specifies, records every call with its arguments, and tracks the
+// open handles.
 #pragma once
 
 #include "retrieval/download/wininet_functions.h"
@@ -14,13 +14,13 @@
 
 namespace quill::test {
 
-// One at a time. Handles are numbered from 1 in the order of their making; calls show them as "#1".
+// One at a time. Handles are numbered from 1 in the order of their creation; calls show them as "#1".
 class fake_wininet
 {
 public:
     struct read_step
     {
-        DWORD bytes; // how much is given, at most what is asked for
+        DWORD bytes; // bytes returned, at most as many as requested
         BOOL result = TRUE;
     };
 
@@ -31,31 +31,31 @@ public:
 
     const wininet_functions& functions() const { return functions_; }
 
-    // The script. Errors: 0 for success, else what GetLastError() says after the failure.
+    // The script. Errors: 0 for success, otherwise the GetLastError() of the failure.
     DWORD open_error = 0;
     DWORD open_url_error = 0;
     DWORD connect_error = 0;
     DWORD open_request_error = 0;
     DWORD send_error = 0;
     bool options_fail = false;
-    DWORD initial_flags = 0;        // what option 31 holds on every handle
+    DWORD initial_flags = 0;        // the value of option 31 of every handle
     std::wstring content_length;    // empty: the header is absent
     std::deque<DWORD> available;    // one for each query; then 0
-    std::deque<read_step> reads;    // one for each read; then all that is asked for
+    std::deque<read_step> reads;    // one for each read; then everything that is requested
     std::function<void()> on_read;  // called after every read
-    std::function<void()> on_close; // called before every closing
+    std::function<void()> on_close; // called before every close
 
-    // The call of this number, counted from 1, goes wrong: it fails, or it succeeds and gives nothing.
+    // The call of this number, counted from 1, fails, or it succeeds with a null result.
     std::size_t failing_call = 0;
-    bool gives_nothing = false;
+    bool returns_null = false;
 
-    // What happened.
+    // The record.
     std::vector<std::string> calls;
     std::vector<std::string> open_handles() const;
 
 private:
     static HINTERNET make_handle(const char* kind, DWORD error);
-    // True when this call is the one that goes wrong.
+    // Whether this call is the one that fails.
     static bool note(std::string call);
     static std::string name(HINTERNET handle);
 

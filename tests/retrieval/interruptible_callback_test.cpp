@@ -1,7 +1,8 @@
-// The download's callback: what ends the download, and what its window hands on.
+// The callback of the download: what ends the download, and what its window forwards.
 #include "retrieval/download/interruptible_callback.h"
 #include "tests/retrieval/fake_document_window.h"
 #include "tests/retrieval/static_class_watch.h"
+#include "tests/support/fakes/com_object.h"
 
 #include <windows.h>
 
@@ -35,8 +36,8 @@ HRESULT report(IBindStatusCallback& callback)
     return callback.OnProgress(1, 9, BINDSTATUS_DOWNLOADINGDATA, nullptr);
 }
 
-// As the document's event is: whoever sees that it is signalled is the only one.
-TEST(InterruptibleCallback, KeepsTheEndThatItAnswered)
+// Auto-reset, as the event of the document: a wait consumes the signal.
+TEST(InterruptibleCallback, KeepsTheAbortThatItReturned)
 {
     const auto_reset_event cancel;
     interruptible_callback callback(nullptr, cancel.handle());
@@ -49,7 +50,7 @@ TEST(InterruptibleCallback, KeepsTheEndThatItAnswered)
     EXPECT_EQ(report(callback), E_ABORT);
 }
 
-// A window of the worker's thread that makes one more report in the middle of another.
+// A window of the worker's thread that makes a report during another report.
 class reporting_window
 {
 public:
@@ -80,7 +81,7 @@ private:
     HWND window_ = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, nullptr, nullptr);
 };
 
-TEST(InterruptibleCallback, KeepsTheEndThatAReportInsideAReportAnswered)
+TEST(InterruptibleCallback, KeepsTheAbortOfANestedReport)
 {
     const auto_reset_event cancel;
     HWND nested = nullptr;
@@ -97,16 +98,9 @@ TEST(InterruptibleCallback, KeepsTheEndThatAReportInsideAReportAnswered)
     EXPECT_EQ(report(callback), E_ABORT);
 }
 
-class counting_binding final : public IBinding
+class counting_binding final : public test_object<IBinding>
 {
 public:
-    STDMETHODIMP QueryInterface(REFIID, void** object) override
-    {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references; }
-    STDMETHODIMP_(ULONG) Release() override { return --references; }
     STDMETHODIMP Abort() override
     {
         ++aborts;
@@ -118,11 +112,10 @@ public:
     STDMETHODIMP GetPriority(LONG*) override { return E_NOTIMPL; }
     STDMETHODIMP GetBindResult(CLSID*, DWORD*, LPWSTR*, DWORD*) override { return E_NOTIMPL; }
 
-    ULONG references = 0;
     int aborts = 0;
 };
 
-TEST(InterruptibleCallback, HasEndedOnceTheBindingWasAborted)
+TEST(InterruptibleCallback, HasEndedAfterTheBindingIsAborted)
 {
     counting_binding binding;
     {
@@ -135,7 +128,7 @@ TEST(InterruptibleCallback, HasEndedOnceTheBindingWasAborted)
         EXPECT_TRUE(callback.is_cancelled());
         EXPECT_EQ(report(callback), E_ABORT);
     }
-    EXPECT_EQ(binding.references, 0u);
+    EXPECT_EQ(binding.references(), 0);
 }
 
 TEST(InterruptibleCallback, HasAWindowWithoutAFrame)
@@ -146,8 +139,8 @@ TEST(InterruptibleCallback, HasAWindowWithoutAFrame)
     EXPECT_EQ(GetWindowLongPtrW(window, GWL_STYLE) & WS_CAPTION, 0);
 }
 
-// The control frees what it has for a window with the last message.
-TEST(InterruptibleCallback, HandsTheLastMessagesOnToTheControl)
+// The control frees its data for a window at the last message.
+TEST(InterruptibleCallback, ForwardsTheLastMessagesToTheControl)
 {
     const static_class_watch watch;
     {

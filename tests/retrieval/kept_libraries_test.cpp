@@ -1,9 +1,10 @@
-// A host that has nothing else to do with the system's download libraries. They are kept for the rest of the
+// A host that uses the system's download libraries for nothing else. They are kept for the rest of the
 // process, so this is the only test of its program.
 #include "platform/library_function.h"
 #include "platform/unique_handle.h"
 #include "tests/retrieval/fake_document_window.h"
 #include "tests/support/child_process.h"
+#include "tests/support/download_setting.h"
 #include "tests/support/http_server.h"
 #include "tests/support/scopes.h"
 
@@ -14,15 +15,14 @@
 namespace quill::test {
 namespace {
 
-TEST(DownloadLibraries, StayAfterADownloadThroughWinInet)
+TEST(DownloadLibraries, StayLoadedAfterADownloadThroughWinInet)
 {
     ASSERT_EQ(GetModuleHandleW(L"wininet.dll"), nullptr) << "this program must not need it";
     ASSERT_EQ(GetModuleHandleW(L"urlmon.dll"), nullptr);
     const scratch_directory temporary;
     const environment_scope folder(L"QUILL_TMP_FOLDER", temporary.path());
-    const registry_key_scope settings(
-        HKEY_CURRENT_USER, L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin");
-    settings.set_string(L"kIEBrowserPluginWinINet", L"/b 1");
+    const download_setting settings;
+    settings.use_wininet();
     http_server server;
     server.route("/a.pdf", http_response::ok(pdf_body(100)));
     fake_document_window window({.url = server.url(L"/a.pdf")});

@@ -54,8 +54,8 @@ TEST_F(PdfFile, IsRefused)
     EXPECT_EQ(log_.lines(), std::vector<std::string>(5, "debug: ACTIVEDOC isPDF [FALSE]"));
 }
 
-// The browser may want the system's dialogs; the check does not.
-TEST_F(PdfFile, LeavesTheThreadsErrorModeAsItWas)
+// The browser may rely on the system's dialogs; the check must not show any.
+TEST_F(PdfFile, RestoresTheErrorModeOfTheThread)
 {
     for (const DWORD mode : {DWORD{0}, DWORD{SEM_NOOPENFILEERRORBOX}}) {
         DWORD before = 0;
@@ -75,7 +75,7 @@ TEST_F(PdfFile, MayBeMissing)
     EXPECT_EQ(log_.lines(), std::vector<std::string>(3, "debug: ACTIVEDOC isPDF [FALSE] MISSING FILE"));
 }
 
-// A page chooses the path; opening a device or reading it may take for ever.
+// A page chooses the path; opening or reading a device may block forever.
 TEST_F(PdfFile, IsMissingWhenItIsADevice)
 {
     const wchar_t* const devices[] = {L"NUL",      L"\\\\.\\NUL",     L"C:\\nul.pdf", L"CON",
@@ -90,7 +90,7 @@ TEST_F(PdfFile, IsMissingWhenItIsADevice)
     }
 }
 
-TEST_F(PdfFile, IsMissingWhenItIsAPipeAndTheServerSeesNobody)
+TEST_F(PdfFile, IsMissingWhenItIsAPipeWhichIsNotConnected)
 {
     const listening_pipe pipe;
     for (const wchar_t* start :
@@ -104,7 +104,7 @@ TEST_F(PdfFile, IsMissingWhenItIsAPipeAndTheServerSeesNobody)
     }
 }
 
-// Here a device of the machine that its path does not tell from a file.
+// A Unix device whose path looks like that of a file.
 TEST_F(PdfFile, IsMissingWhenWhatWasOpenedIsNoDiskFile)
 {
     for (const wchar_t* path : {L"Z:\\dev\\zero", L"Z:\\dev\\null", L"Z:\\dev\\full"}) {
@@ -131,7 +131,7 @@ TEST_F(PdfFile, IsRefusedSilentlyWhenItCannotBeOpened)
     const HANDLE hog = CreateFileW(path_.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     EXPECT_EQ(isPDF(path_.c_str()), 0);
     CloseHandle(hog);
-    EXPECT_EQ(isPDF(folder_.path().c_str()), 0); // a folder exists, too
+    EXPECT_EQ(isPDF(folder_.path().c_str()), 0); // also for a folder
     EXPECT_THAT(log_.lines(), IsEmpty());
     const HANDLE reader =
         CreateFileW(path_.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr);
@@ -139,7 +139,7 @@ TEST_F(PdfFile, IsRefusedSilentlyWhenItCannotBeOpened)
     CloseHandle(reader);
 }
 
-TEST_F(PdfFile, IsLeftAsItIs)
+TEST_F(PdfFile, IsNotModified)
 {
     check("%PDF-1.7\n");
     EXPECT_EQ(read_file(path_), "%PDF-1.7\n");

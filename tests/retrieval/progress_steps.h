@@ -1,4 +1,4 @@
-// What a window was told of a download, in a form that a test can compare.
+// The progress messages of a window, in a form that tests can compare.
 #pragma once
 
 #include "tests/retrieval/fake_document_window.h"

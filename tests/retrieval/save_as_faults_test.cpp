@@ -1,5 +1,5 @@
-// Every call of saving a copy goes wrong once, in every way: the result is the one that is promised, the
-// browser gets its state back once, its strings are freed once, and no file stays but the saved one.
+// Each call of saving a copy fails once, in every way: the result is the specified one, the browser gets its
+// state back once, its strings are freed once, and no file is left but the saved one.
 #include "retrieval/save_as/save_as.h"
 #include "tests/retrieval/ieframe/save_faults.h"
 #include "tests/support/fault_points.h"
@@ -39,7 +39,7 @@ private:
     const std::wstring shown_ = documents_ / L"doc.pdf";
 };
 
-TEST_F(SaveAsFaults, EndAsPromisedAndLeaveNothing)
+TEST_F(SaveAsFaults, EndAsPromisedAndLeakNothing)
 {
     const save_fault none = no_save_fault();
     const auto faults = every_save_fault();
@@ -48,12 +48,12 @@ TEST_F(SaveAsFaults, EndAsPromisedAndLeaveNothing)
             SCOPED_TRACE(fault.name);
             const process_resources before = process_resources::now();
             save(fault);
-            save(none); // the next one works
+            save(none); // the next save succeeds
             if (counts)
                 EXPECT_EQ(process_resources::now(), before);
         }
     };
-    save_with_each(false); // what the system sets up at a first failure stays
+    save_with_each(false); // the system allocates resources at a first failure and keeps them
     save_with_each(true);
     report_fault_points("saving a copy", faults.size());
 }

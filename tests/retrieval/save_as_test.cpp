@@ -1,4 +1,4 @@
-// Saving a copy through the browser's functions, as a test's own ieframe.dll has them.
+// Saving a copy through the browser's functions, in the test's own ieframe.dll.
 #include "retrieval/save_as/browser_save.h"
 #include "retrieval/save_as/save_as.h"
 #include "tests/retrieval/ieframe/own_folder.h"
@@ -24,7 +24,7 @@ const HWND document_window = reinterpret_cast<HWND>(0x1234);
 
 struct SaveAs : testing::Test, save_browser
 {
-    scratch_directory documents;                    // where the shown file lies
+    scratch_directory documents;                    // the folder of the shown file
     std::wstring shown = documents / L"doc[1].pdf"; // the document's own path buffer
     log_capture log;
 
@@ -109,7 +109,7 @@ TEST_F(SaveAs, CancelsWithoutAFolder)
     EXPECT_THAT(files_in(chosen.path()), IsEmpty());
 }
 
-TEST_F(SaveAs, CancelsWhenTheShownFileIsGone)
+TEST_F(SaveAs, CancelsWhenTheShownFileIsMissing)
 {
     const ieframe_scope browser;
     ASSERT_TRUE(DeleteFileW(shown.c_str()));
@@ -131,8 +131,7 @@ TEST_F(SaveAs, FailsWhenTheBrowserDoesNotSave)
     }
 }
 
-// The copy of a file that may only be read may on some systems only be read, too; it must not stay behind
-// for that.
+// On some systems the copy of a read-only file is read-only too; it must be removed anyway.
 TEST_F(SaveAs, LeavesNoReadOnlyCopy)
 {
     const ieframe_scope browser;
@@ -173,7 +172,8 @@ TEST_F(SaveAs, FailsWithoutOneOfTheFunctions)
     }
 }
 
-// Without a library beside the program there is the system's, which has none of the functions.
+// Without a library in the folder of the program, the system's own is loaded, which has none of the
+// functions.
 TEST_F(SaveAs, FailsWithoutTheBrowser)
 {
     EXPECT_EQ(save(), 0);
@@ -195,7 +195,7 @@ TEST_F(SaveAs, SuggestsTheNameWithoutTheCachesNumber)
     }
 }
 
-TEST_F(SaveAs, AsksNothingForAFileWithoutANameOrAnExtension)
+TEST_F(SaveAs, ShowsNoDialogForAFileWithoutANameOrAnExtension)
 {
     const ieframe_scope browser;
     for (const wchar_t* path : {L"", L"C:\\x\\", L"C:\\x\\doc"}) {
@@ -214,7 +214,7 @@ TEST_F(SaveAs, SavesWhatWasShownWhenItWasAskedTo)
     EXPECT_EQ(read_file(destination), "%PDF-1.7 of the cache");
 }
 
-TEST_F(SaveAs, LeavesNoHandleBehind)
+TEST_F(SaveAs, LeaksNoHandle)
 {
     const ieframe_scope browser;
     expect_balance([this] {
@@ -231,7 +231,7 @@ TEST_F(SaveAs, LeavesNoHandleBehind)
     });
 }
 
-TEST_F(SaveAs, PassesTheBrowsersOwnAnswersOn)
+TEST_F(SaveAs, ReturnsTheResultsOfTheBrowserFunctions)
 {
     EXPECT_EQ(IECancelSaveFile(state), E_NOTIMPL);
     const ieframe_scope browser;

@@ -1,4 +1,4 @@
-// What the system's STATIC control is told about its windows, whatever procedure stands before its own.
+// The messages that reach the system's STATIC control, whatever procedures precede its own.
 #pragma once
 
 #include <windows.h>
@@ -7,8 +7,8 @@
 
 namespace quill::test {
 
-// The procedure of all STATIC windows that this process makes from now on: notes what arrives at
-// the control.
+// The procedure of all STATIC windows that this process creates from now on: records what reaches the
+// control.
 class static_class_watch
 {
 public:

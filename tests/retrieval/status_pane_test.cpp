@@ -1,4 +1,4 @@
-// The status pane on a real display: what is seen where, and what is left behind.
+// The status pane on a real display: its pixels, and the resources that it leaves.
 #include "retrieval/pane/status_pane.h"
 #include "tests/retrieval/static_class_watch.h"
 #include "tests/support/balance.h"
@@ -64,7 +64,7 @@ place place_of(HWND child)
     return {area.left, area.top, area.right - area.left, area.bottom - area.top};
 }
 
-// A copy of what a window shows.
+// A copy of the pixels of a window.
 class picture
 {
 public:
@@ -92,7 +92,7 @@ public:
     int width() const { return width_; }
     int height() const { return height_; }
 
-    // How many pixels of that colour follow each other in the row, from x on.
+    // The number of consecutive pixels of that colour in the row, from x on.
     int run(int x, int y, COLORREF colour) const
     {
         int length = 0;
@@ -135,7 +135,7 @@ protected:
     status_pane pane_;
 };
 
-// The rows and columns around the bar's frame belong to the ground.
+// The rows and columns around the frame of the bar have the background colour.
 void expect_frame(const picture& seen)
 {
     EXPECT_EQ(seen.width(), 350);
@@ -200,14 +200,14 @@ TEST_F(StatusPane, WritesThePercentageBesideTheBar)
     EXPECT_GT(with_three_digits, with_one_digit);
 }
 
-TEST_F(StatusPane, WritesNothingWithoutTheText)
+TEST_F(StatusPane, DrawsNoTextWithoutTheString)
 {
     const parent_window parent(800, 600);
     EXPECT_EQ(pane_.Create(parent.handle(), GetModuleHandleW(L"kernel32.dll")), 1);
     EXPECT_TRUE(show(50).is_filled({210, 0, 350, 45}, ground));
 }
 
-TEST_F(StatusPane, StandsAboveTheMiddleOfItsParent)
+TEST_F(StatusPane, IsCentredAboveTheMiddleOfItsParent)
 {
     const parent_window parent(801, 601);
     create(parent);
@@ -218,7 +218,7 @@ TEST_F(StatusPane, StandsAboveTheMiddleOfItsParent)
     EXPECT_EQ(place_of(pane_.window()), (place{25, 5, 350, 45}));
 }
 
-TEST_F(StatusPane, StandsPartlyOutsideOfASmallParent)
+TEST_F(StatusPane, IsPartlyOutsideOfASmallParent)
 {
     const parent_window parent(100, 50);
     create(parent);
@@ -226,7 +226,7 @@ TEST_F(StatusPane, StandsPartlyOutsideOfASmallParent)
     show(50);
 }
 
-TEST_F(StatusPane, StandsOutsideOfAnEmptyParent)
+TEST_F(StatusPane, IsOutsideOfAnEmptyParent)
 {
     const parent_window parent(0, 0);
     create(parent);
@@ -256,13 +256,13 @@ TEST_F(StatusPane, StaysHiddenOnceHidden)
     pane_.SetPercent(70);
     pane_.recentre();
     EXPECT_FALSE(IsWindowVisible(pane_.window()));
-    // Shown by somebody else, it is left alone the second time.
+    // If other code has shown it, it is not hidden a second time.
     ShowWindow(pane_.window(), SW_SHOWNA);
     pane_.Hide();
     EXPECT_TRUE(IsWindowVisible(pane_.window()));
 }
 
-TEST_F(StatusPane, GivesTheWindowItsProcedureBack)
+TEST_F(StatusPane, RestoresTheWindowProcedure)
 {
     const parent_window parent(800, 600);
     const HWND plain = CreateWindowExW(0, L"STATIC", L"", WS_CHILD, 0, 0, 0, 0, parent.handle(), nullptr,
@@ -280,7 +280,7 @@ TEST_F(StatusPane, GivesTheWindowItsProcedureBack)
     pane_.Hide();
 }
 
-TEST_F(StatusPane, SurvivesTheDeathOfItsWindow)
+TEST_F(StatusPane, HandlesTheDestructionOfItsWindow)
 {
     parent_window parent(800, 600);
     create(parent);
@@ -292,8 +292,8 @@ TEST_F(StatusPane, SurvivesTheDeathOfItsWindow)
     pane_.Detach();
 }
 
-// The control frees what it has for a window with the last message.
-TEST_F(StatusPane, HandsTheLastMessageOnToTheControl)
+// The control frees its data for a window at the last message.
+TEST_F(StatusPane, ForwardsTheLastMessageToTheControl)
 {
     parent_window parent(800, 600);
     const static_class_watch watch;
@@ -302,7 +302,7 @@ TEST_F(StatusPane, HandsTheLastMessageOnToTheControl)
     EXPECT_EQ(std::count(watch.messages().begin(), watch.messages().end(), WM_NCDESTROY), 1);
 }
 
-TEST_F(StatusPane, LetsItsWindowSurviveIt)
+TEST_F(StatusPane, DoesNotDestroyItsWindow)
 {
     const parent_window parent(800, 600);
     auto pane = std::make_unique<status_pane>();
@@ -337,7 +337,7 @@ TEST_F(StatusPane, MayBeCreatedAgain)
     EXPECT_EQ(show(50).run(10, 20, bar), 100);
 }
 
-TEST_F(StatusPane, GivesEverythingBack)
+TEST_F(StatusPane, ReleasesEverything)
 {
     expect_balance([] {
         const parent_window parent(800, 600);

@@ -1,4 +1,4 @@
-// The download switch as it is read from the real registry.
+// The download switch, read from the real registry.
 #include "retrieval/download/download_switch.h"
 #include "tests/retrieval/download_fixture.h"
 #include "tests/support/process_resources.h"
@@ -37,18 +37,18 @@ TEST_F(SwitchSettings, AreOffWithoutTheValue)
     EXPECT_EQ(read(), wininet_switch_no_value);
 }
 
-TEST_F(SwitchSettings, AreTheUsersFirst)
+TEST_F(SwitchSettings, PreferThoseOfTheUser)
 {
     machine_.set_string(switch_value, L"/b 1");
     EXPECT_EQ(read(), wininet_switch_on);
     user_.set_string(switch_value, L"/b 0");
     EXPECT_EQ(read(), wininet_switch_zero);
-    // The user's key hides the machine's even without the value.
+    // The user's key hides that of the machine even without the value.
     user_.set_string(switch_value, L"1");
     EXPECT_EQ(read(), wininet_switch_no_number);
 }
 
-TEST_F(SwitchSettings, AreTheMachinesInEitherView)
+TEST_F(SwitchSettings, AreReadFromEitherMachineView)
 {
     machine_32_.set_string(switch_value, L"/b  7");
     EXPECT_EQ(read(), wininet_switch_on);
@@ -71,7 +71,7 @@ TEST_F(SwitchSettings, MayBeOfAnyType)
 
 TEST_F(SwitchSettings, MayFillTheBufferWithoutATerminator)
 {
-    // The system adds a terminator that follows the text, so something else follows it here.
+    // The system appends a terminator if the text has none, so other bytes follow it here.
     const std::wstring text = L"            /b 1x";
     ASSERT_EQ(text.size(), 17u);
     user_.set(switch_value, REG_SZ, text.data(), 32);
@@ -79,7 +79,7 @@ TEST_F(SwitchSettings, MayFillTheBufferWithoutATerminator)
     const std::wstring marker_at_the_end = L"              /b";
     user_.set(switch_value, REG_BINARY, marker_at_the_end.data(), 32);
     EXPECT_EQ(read(), wininet_switch_zero);
-    user_.set(switch_value, REG_BINARY, L"/b 1", 7); // ends in the middle of a unit
+    user_.set(switch_value, REG_BINARY, L"/b 1", 7); // ends in the middle of a UTF-16 code unit
     EXPECT_EQ(read(), wininet_switch_on);
 }
 
@@ -91,7 +91,7 @@ TEST_F(SwitchSettings, MayNotBeLongerThanTheBuffer)
     EXPECT_EQ(read(), wininet_switch_no_value);
 }
 
-TEST_F(SwitchSettings, AreReadWithoutAHandleLeft)
+TEST_F(SwitchSettings, AreReadWithoutLeakingAHandle)
 {
     read();
     const auto before = process_resources::now();

@@ -15,12 +15,12 @@
 namespace quill::test {
 namespace {
 
-constexpr DWORD start_deadline_ms = 30'000; // keys and certificates are made
+constexpr DWORD start_deadline_ms = 30'000; // keys and certificates are created
 
-// A program of the machine cannot be waited for, and only a file can be its output.
+// A native program cannot be waited for, and its output must be a file.
 bool start_script(std::uint16_t http_port, HANDLE output)
 {
-    // A bare name would be looked up in PATH by the program itself, for the place of its own library.
+    // The program looks a bare name up in PATH itself, to find its own library.
     std::wstring command = L"/usr/bin/python3 -I " QUILL_TLS_SERVERS_SCRIPT " " + std::to_wstring(http_port);
     STARTUPINFOW startup{};
     startup.cb = sizeof startup;
@@ -83,7 +83,7 @@ tls_servers::tls_servers(std::uint16_t http_port) : control_(INVALID_SOCKET)
         read_announcement(text);
 }
 
-// Losing its connection ends the script, also when this program ends in another way.
+// The script ends when its connection is closed, also if this program crashes.
 tls_servers::~tls_servers()
 {
     closesocket(control_);
@@ -111,7 +111,7 @@ std::wstring tls_servers::url(const std::string& kind, const std::wstring& targe
     return L"https://localhost:" + std::to_wstring(port == ports_.end() ? 0 : port->second) + target;
 }
 
-// The store is written back when it closes, which an open certificate of it would put off.
+// The store is written when it is closed, which an open certificate of it would delay.
 trusted_root::trusted_root(const std::vector<std::uint8_t>& certificate) : certificate_(certificate)
 {
     const HCERTSTORE store = CertOpenSystemStoreW(0, L"Root");

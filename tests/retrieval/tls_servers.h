@@ -1,4 +1,4 @@
-// HTTPS in front of a test's HTTP server: tls_servers.py, run as a program of the machine below Wine.
+// HTTPS in front of the HTTP server of a test: tls_servers.py, run as a native program.
 #pragma once
 
 #include <cstdint>
@@ -8,19 +8,18 @@
 
 namespace quill::test {
 
-// Runs from construction to destruction. One connection per request.
+// Runs from construction to destruction. One connection for each request.
 class tls_servers
 {
 public:
-    // http_port: where the requests are passed on to.
+    // http_port: the server that requests are forwarded to.
     explicit tls_servers(std::uint16_t http_port);
     ~tls_servers();
     tls_servers(const tls_servers&) = delete;
     tls_servers& operator=(const tls_servers&) = delete;
 
     // "https://localhost:PORT" followed by target. kind, issued by the root: "trusted", "expired",
-    // "wrong_name"; signed by itself: "self_signed", "all_faults"; and "not_tls" for a server that does not
-    // answer in TLS.
+    // "wrong_name"; self-signed: "self_signed", "all_faults"; and "not_tls" for a server without TLS.
     std::wstring url(const std::string& kind, const std::wstring& target) const;
 
     // The issuer's certificate.
@@ -34,7 +33,7 @@ private:
     std::uintptr_t control_;
 };
 
-// Makes the system trust an issuer, and no longer at the end of the scope.
+// Makes the system trust an issuer in its scope.
 class trusted_root
 {
 public:

@@ -1,4 +1,4 @@
-// The download's calls one by one: their order and arguments, and that every path closes what it opened.
+// The calls of the download one by one: their order and arguments, and that every path closes what it opened.
 #include "retrieval/download/wininet_download.h"
 #include "tests/retrieval/fake_wininet.h"
 #include "tests/retrieval/progress_steps.h"
@@ -13,12 +13,12 @@
 
 namespace {
 
-// Larger than any buffer of a test: an allocation of this size is the one that has to fail.
+// Larger than any buffer of a test: an allocation of this size is the one that must fail.
 constexpr std::size_t impossible_size = 0xFFFFFFF0;
 
 } // namespace
 
-// The download allocates its buffers with this one.
+// Replaces the allocation of the download's buffers.
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
     return size >= impossible_size ? nullptr : std::malloc(size);
@@ -63,7 +63,7 @@ struct WinInetCalls : testing::Test
                                    wininet.functions());
     }
 
-    // The calls between the opening and the first query for data are not what most cases are about.
+    // The calls between the opening and the first query for data, which most cases do not concern.
     std::vector<std::string> calls_of(const std::string& verb) const
     {
         std::vector<std::string> found;
@@ -95,14 +95,14 @@ TEST_F(WinInetCalls, FetchInOrder)
     EXPECT_THAT(log.lines(), ElementsAre("debug: ACTIVEDOC DEBUG SUCCESS"));
 }
 
-TEST_F(WinInetCalls, LeaveOtherSecurityFlagsAlone)
+TEST_F(WinInetCalls, KeepOtherSecurityFlags)
 {
     wininet.initial_flags = 0x80000080;
     EXPECT_EQ(download(), 0u);
     EXPECT_THAT(calls_of("set"), ElementsAre("set #1 31 size 4 to 0x80003180"));
 }
 
-TEST_F(WinInetCalls, GoOnWhenTheSessionTakesNoOption)
+TEST_F(WinInetCalls, ContinueWhenTheSessionRefusesAnOption)
 {
     wininet.options_fail = true;
     wininet.available = {3};
@@ -117,7 +117,7 @@ TEST_F(WinInetCalls, NeverSendTheFragment)
     EXPECT_THAT(calls_of("open_url"), ElementsAre("open_url #1 http://h/a.pdf?q=1 - 0 0 0"));
 }
 
-TEST_F(WinInetCalls, ReportThatThereIsNoSession)
+TEST_F(WinInetCalls, ReportAMissingSession)
 {
     wininet.open_error = 1234;
     EXPECT_EQ(download(), 1u);
@@ -125,9 +125,9 @@ TEST_F(WinInetCalls, ReportThatThereIsNoSession)
     EXPECT_THAT(log.lines(), ElementsAre("debug: ACTIVEDOC DownloadPDFFile MISSING FILE 1234"));
 }
 
-TEST_F(WinInetCalls, TakeAnErrorThatIsNoneOfTheCertificatesAsFinal)
+TEST_F(WinInetCalls, StopAtAnErrorThatIsNoCertificateError)
 {
-    // Time-out, no connection, channel error, revoked and unchecked revocation: none is forgiven here.
+    // Time-out, no connection, channel error, revoked and unchecked revocation: none is ignored here.
     for (const DWORD error : {12002u, 12007u, 12029u, 12030u, 12152u, 12157u, 12056u, 12057u, 12170u, 5u}) {
         SCOPED_TRACE(error);
         wininet.calls.clear();
@@ -143,7 +143,7 @@ TEST_F(WinInetCalls, TakeAnErrorThatIsNoneOfTheCertificatesAsFinal)
     }
 }
 
-TEST_F(WinInetCalls, AnswerACertificateErrorWithOneRelaxedRequest)
+TEST_F(WinInetCalls, RepeatTheRequestRelaxedAfterACertificateError)
 {
     for (const DWORD error : {12037u, 12038u, 12045u, 12055u, 12169u}) {
         SCOPED_TRACE(error);
@@ -182,7 +182,7 @@ TEST_F(WinInetCalls, RelaxARequestThatWasRedirectedToABadCertificate)
     EXPECT_THAT(calls_of("open_request"), ElementsAre("open_request #2 GET / - - - 0x400000 0"));
 }
 
-TEST_F(WinInetCalls, GiveUpAfterTheRelaxedRequest)
+TEST_F(WinInetCalls, StopAfterTheRelaxedRequest)
 {
     struct failure
     {
@@ -190,7 +190,7 @@ TEST_F(WinInetCalls, GiveUpAfterTheRelaxedRequest)
         DWORD error;
         std::size_t closed;
     };
-    // A certificate error again is final, too.
+    // A second certificate error is final.
     for (const auto& [step, error, closed] : {failure{&fake_wininet::connect_error, 12005, 1},
                                               failure{&fake_wininet::open_request_error, 12006, 2},
                                               failure{&fake_wininet::send_error, 12045, 3}}) {
@@ -210,8 +210,8 @@ TEST_F(WinInetCalls, GiveUpAfterTheRelaxedRequest)
     }
 }
 
-// Some systems take such an address apart without an error and give no host.
-TEST_F(WinInetCalls, ReportAnAddressWithoutAHostAsNone)
+// Some systems crack such a URL without an error and return no host.
+TEST_F(WinInetCalls, ReportAUrlWithoutAHostAsInvalid)
 {
     for (const wchar_t* url : {L"http:///a.pdf", L"https://", L"http://:80/a.pdf", L"file:///a.pdf"}) {
         SCOPED_TRACE(testing::PrintToString(url));
@@ -255,7 +255,7 @@ TEST_F(WinInetCalls, FinishWhatIsCompleteAlsoWhenCancelled)
     EXPECT_THAT(log.lines(), ElementsAre("debug: ACTIVEDOC DEBUG SUCCESS"));
 }
 
-TEST_F(WinInetCalls, DoWithoutAnEventAndWithoutAWindow)
+TEST_F(WinInetCalls, WorkWithoutAnEventAndWithoutAWindow)
 {
     wininet.available = {4};
     EXPECT_EQ(
@@ -273,19 +273,19 @@ TEST_F(WinInetCalls, FailWithoutMemoryForABuffer)
     EXPECT_THAT(log.lines(), ElementsAre());
 }
 
-TEST_F(WinInetCalls, ReadOnWhileMoreIsLeftThanThisPassBrought)
+TEST_F(WinInetCalls, ContinueReadingUntilTheAnnouncedLength)
 {
     wininet.available = {100, 7};
     wininet.reads = {{10}, {20}, {30}};
     EXPECT_EQ(download(), 0u);
-    // 90 left after 10, 70 after 30; 40 left after 60 are for the next query.
+    // 90 remain after 10, 70 after 30; 40 remain after 60 and are left to the next query.
     EXPECT_THAT(calls_of("read"), ElementsAre("read #2 100", "read #2 90", "read #2 70", "read #2 7"));
     EXPECT_THAT(steps_of(window), ElementsAre(progress_step{10, 0}, progress_step{30, 0},
                                               progress_step{60, 0}, progress_step{67, 0}));
     EXPECT_EQ(read_file(path), std::string(67, 'x'));
 }
 
-TEST_F(WinInetCalls, TakeWhatAFailingReadBrought)
+TEST_F(WinInetCalls, KeepTheDataOfAFailingRead)
 {
     wininet.available = {8};
     wininet.reads = {{6, FALSE}};
@@ -293,7 +293,7 @@ TEST_F(WinInetCalls, TakeWhatAFailingReadBrought)
     EXPECT_EQ(read_file(path), std::string(6, 'x'));
 }
 
-TEST_F(WinInetCalls, FailWhenWhatWasAnnouncedNeverComes)
+TEST_F(WinInetCalls, FailWhenTheAnnouncedDataIsMissing)
 {
     wininet.available = {8, 8, 8};
     wininet.reads = {{8}, {0, FALSE}};
@@ -302,7 +302,7 @@ TEST_F(WinInetCalls, FailWhenWhatWasAnnouncedNeverComes)
     EXPECT_THAT(calls_of("close"), ElementsAre("close #2", "close #1"));
 }
 
-// /dev/full takes files of any name and fails every write: a full disk.
+// /dev/full accepts files of any name and fails every write: a full disk.
 TEST_F(WinInetCalls, FailOnAFullDisk)
 {
     path = L"Z:\\dev\\full";
@@ -351,7 +351,7 @@ TEST_F(WinInetCalls, RefuseNullTexts)
         1u);
 }
 
-TEST_F(WinInetCalls, LeaveNoHandleBehind)
+TEST_F(WinInetCalls, LeakNoHandle)
 {
     expect_balance([this] {
         wininet.available = {4, 4};

@@ -1,5 +1,5 @@
-// Every single WinINet call of a download fails once, or succeeds with nothing: the result is one of those
-// that are promised, and everything that was opened is closed.
+// Each WinINet call of a download fails once, or succeeds with a null result: the result is one of the
+// specified ones, and everything that was opened is closed.
 #include "retrieval/download/wininet_download.h"
 #include "tests/retrieval/fake_document_window.h"
 #include "tests/retrieval/fake_wininet.h"
@@ -19,7 +19,7 @@ std::string verb_of(const std::string& call)
     return call.substr(0, call.find(' '));
 }
 
-// What the download makes of a call that goes wrong.
+// The result of the download for a call that fails.
 std::uint32_t expected_result(const std::string& verb)
 {
     static const std::set<std::string> needed = {"open",         "open_url", "connect",
@@ -30,12 +30,12 @@ std::uint32_t expected_result(const std::string& verb)
 class WinInetFaults : public testing::TestWithParam<bool>
 {
 protected:
-    // With a certificate that has to be forgiven the address is opened step by step.
-    std::uint32_t download(std::size_t failing_call, bool gives_nothing, std::vector<std::string>& calls)
+    // With a certificate error to ignore, the URL is opened step by step.
+    std::uint32_t download(std::size_t failing_call, bool returns_null, std::vector<std::string>& calls)
     {
         fake_wininet wininet;
         wininet.failing_call = failing_call;
-        wininet.gives_nothing = gives_nothing;
+        wininet.returns_null = returns_null;
         wininet.content_length = L"8";
         wininet.available = {4, 4};
         wininet.open_url_error = GetParam() ? ERROR_INTERNET_INVALID_CA : 0;
@@ -57,14 +57,14 @@ TEST_P(WinInetFaults, CloseWhatIsOpen)
     const std::vector<std::string> all = calls;
     const auto fail_each = [&] {
         std::size_t points = 0;
-        for (const bool gives_nothing : {false, true}) {
+        for (const bool returns_null : {false, true}) {
             for (std::size_t number = 1; number <= all.size(); ++number, ++points) {
                 const std::string verb = verb_of(all[number - 1]);
-                SCOPED_TRACE(verb + (gives_nothing ? " gives nothing" : " fails") + " as call " +
+                SCOPED_TRACE(verb + (returns_null ? " returns null" : " fails") + " as call " +
                              std::to_string(number));
-                // The first of the two ways of opening fails here by itself.
+                // The first of the two ways to open a URL fails here by itself.
                 const bool is_expected = GetParam() && verb == "open_url";
-                const std::uint32_t result = download(number, gives_nothing, calls);
+                const std::uint32_t result = download(number, returns_null, calls);
                 EXPECT_EQ(result, is_expected ? 1u : expected_result(verb));
             }
         }

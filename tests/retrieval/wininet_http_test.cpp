@@ -1,7 +1,6 @@
-// The download against a real HTTP server, as the document's worker runs it.
+// The download with a real HTTP server, as the worker of the document runs it.
 #include "retrieval/download/wininet_download.h"
 #include "tests/retrieval/progress_steps.h"
-#include "tests/retrieval/resetting_server.h"
 #include "tests/support/http_server.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/scopes.h"
@@ -33,7 +32,7 @@ struct WinInetHttp : testing::Test
     void expect_success() const { EXPECT_THAT(log.lines(), ElementsAre("debug: ACTIVEDOC DEBUG SUCCESS")); }
 };
 
-// Progress never goes back, names the same maximum every time, and ends with everything.
+// Progress never decreases, has the same maximum every time, and ends with everything.
 void expect_steady(const fake_document_window& window, std::uint32_t size, std::uint32_t maximum)
 {
     const auto steps = steps_of(window);
@@ -48,7 +47,7 @@ void expect_steady(const fake_document_window& window, std::uint32_t size, std::
     EXPECT_EQ(window.violations(), std::vector<std::string>());
 }
 
-TEST_F(WinInetHttp, TellsTheServerWhoAsks)
+TEST_F(WinInetHttp, SendsItsUserAgent)
 {
     server.route("/a.pdf", http_response::ok("hello"));
     fake_document_window window({});
@@ -62,7 +61,7 @@ TEST_F(WinInetHttp, TellsTheServerWhoAsks)
     expect_success();
 }
 
-TEST_F(WinInetHttp, KeepsTheFragmentToItself)
+TEST_F(WinInetHttp, DoesNotSendTheFragment)
 {
     server.route("/a.pdf", http_response::ok("hello"));
     fake_document_window window({});
@@ -116,7 +115,7 @@ TEST_F(WinInetHttp, WritesAnErrorPageLikeAnyBody)
     expect_success();
 }
 
-TEST_F(WinInetHttp, ReplacesTheFileAndTakesAnEmptyBody)
+TEST_F(WinInetHttp, ReplacesTheFileAndAcceptsAnEmptyBody)
 {
     ASSERT_TRUE(write_file(path, "what was there before"));
     server.route("/a.pdf", http_response::ok(""));
@@ -126,7 +125,7 @@ TEST_F(WinInetHttp, ReplacesTheFileAndTakesAnEmptyBody)
     EXPECT_THAT(steps_of(window), ElementsAre());
 }
 
-TEST_F(WinInetHttp, KeepsWhatABrokenOffBodyBrought)
+TEST_F(WinInetHttp, KeepsTheDataOfATruncatedBody)
 {
     http_response response = http_response::ok(pdf_body(50'000));
     response.cut_after = 20'000;
@@ -137,12 +136,16 @@ TEST_F(WinInetHttp, KeepsWhatABrokenOffBodyBrought)
     expect_steady(window, 20'000, 50'000);
 }
 
-// Depending on when the reset is seen, there is no request or a request without data: it always ends.
-TEST_F(WinInetHttp, SurvivesAResetBehindTheHeaders)
+// Depending on when the reset arrives, there is no request or a request without data: the download always
+// ends.
+TEST_F(WinInetHttp, HandlesAResetAfterTheHeaders)
 {
-    const resetting_server resetting;
+    auto response = http_response::ok(pdf_body(1'000));
+    response.cut_after = 0;
+    response.reset = true;
+    server.route("/reset.pdf", response);
     fake_document_window window({});
-    const std::uint32_t result = download(window, resetting.url);
+    const std::uint32_t result = download(window, server.url(L"/reset.pdf"));
     if (result == 0)
         EXPECT_EQ(read_file(path), "");
     else
@@ -150,7 +153,7 @@ TEST_F(WinInetHttp, SurvivesAResetBehindTheHeaders)
     EXPECT_THAT(steps_of(window), ElementsAre());
 }
 
-TEST_F(WinInetHttp, ReportsAServerThatIsNotThere)
+TEST_F(WinInetHttp, ReportsAnUnreachableServer)
 {
     fake_document_window window({});
     EXPECT_EQ(download(window, http_server::refused_url(L"/a.pdf")), 1u);
@@ -158,7 +161,7 @@ TEST_F(WinInetHttp, ReportsAServerThatIsNotThere)
     EXPECT_EQ(read_file(path), std::nullopt);
 }
 
-TEST_F(WinInetHttp, ReportsAnAddressThatIsNone)
+TEST_F(WinInetHttp, ReportsAnInvalidUrl)
 {
     fake_document_window window({});
     EXPECT_EQ(download(window, L"no scheme"), 1u);
@@ -178,9 +181,7 @@ TEST_F(WinInetHttp, ReportsAFileThatCannotBeMade)
 
 TEST_F(WinInetHttp, StopsBetweenChunks)
 {
-    http_response response = http_response::ok(pdf_body(400'000));
-    response.piece_size = 1'000;
-    response.piece_delay_ms = 1;
+    auto response = http_response::slow(pdf_body(400'000), 1'000, 1);
     server.route("/a.pdf", response);
     fake_document_window window({.url = {}, .on_progress = [&](const seen_progress& seen) {
                                      if (seen.progress >= 5'000)
@@ -195,8 +196,8 @@ TEST_F(WinInetHttp, StopsBetweenChunks)
     EXPECT_TRUE(server.wait_idle(default_deadline_ms)) << "the request is closed";
 }
 
-// The window's thread may wait for this very download: a window that does not answer delays it only.
-TEST_F(WinInetHttp, GoesOnWithoutAWindow)
+// The UI thread may wait for this very download: a window that does not reply only delays it.
+TEST_F(WinInetHttp, ContinuesWithoutAWindow)
 {
     server.route("/a.pdf", http_response::ok("hello"));
     EXPECT_EQ(DownloadWithWinINet({nullptr, cancel, nullptr}, server.url(L"/a.pdf").c_str(), path.c_str()),
@@ -206,7 +207,7 @@ TEST_F(WinInetHttp, GoesOnWithoutAWindow)
     EXPECT_EQ(read_file(path), "hello");
 }
 
-// The system's functions, with a count of the internet handles that they gave and got back.
+// Counts the internet handles that the system's functions return and close.
 class counting_wininet
 {
 public:
@@ -242,13 +243,10 @@ private:
     wininet_functions functions_ = system_wininet;
 };
 
-// The system keeps threads and events of its own, which come and go: internet handles and the file are
-// counted themselves.
+// The system's own threads and events come and go, so only internet handles and the file are counted.
 TEST_F(WinInetHttp, LeavesNothingOpen)
 {
-    http_response slow = http_response::ok(pdf_body(100'000));
-    slow.piece_size = 5'000;
-    slow.piece_delay_ms = 1;
+    auto slow = http_response::slow(pdf_body(100'000), 5'000, 1);
     server.route("/a.pdf", http_response::ok("hello"));
     server.route("/slow.pdf", slow);
     fake_document_window window({.url = {}, .on_progress = [&](const seen_progress& seen) {

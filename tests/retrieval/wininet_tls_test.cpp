@@ -1,4 +1,4 @@
-// Certificates: what the administrator's path lets pass, and that the default path does not.
+// Certificates: which errors the administrator's path ignores, and that the default path does not.
 #include "retrieval/download/wininet_download.h"
 #include "tests/retrieval/fake_document_window.h"
 #include "tests/retrieval/tls_servers.h"
@@ -20,7 +20,7 @@ using testing::ElementsAre;
 
 const std::string bad_certificates[] = {"self_signed", "expired", "wrong_name", "all_faults"};
 
-// Made once for all cases: keys take time, and a process keeps the roots that it has seen.
+// Created once for all cases: keys take time, and a process caches the roots that it has seen.
 struct tls_fixture
 {
     http_server server;
@@ -47,14 +47,14 @@ struct WinInetTls : testing::Test
         fake_document_window window({});
         return DownloadWithWinINet({window.handle(), nullptr, nullptr}, url.c_str(), path.c_str());
     }
-    // The download of the default path, without its surroundings.
+    // The download of the default path alone.
     HRESULT download_by_default(const std::wstring& url) const
     {
         return URLDownloadToFileW(nullptr, url.c_str(), path.c_str(), 0, nullptr);
     }
 };
 
-TEST_F(WinInetTls, LetsTheFaultsPassAloneAndTogether)
+TEST_F(WinInetTls, AcceptsCertificateFaultsAloneAndTogether)
 {
     for (const std::string& kind : bad_certificates) {
         SCOPED_TRACE(kind);
@@ -71,7 +71,7 @@ TEST_F(WinInetTls, LetsTheFaultsPassAloneAndTogether)
     }
 }
 
-TEST_F(WinInetTls, TakesATrustedServer)
+TEST_F(WinInetTls, AcceptsATrustedServer)
 {
     EXPECT_EQ(download(secure.url("trusted", L"/a.pdf")), 0u);
     EXPECT_EQ(read_file(path), "over TLS");
@@ -91,7 +91,7 @@ TEST_F(WinInetTls, FollowsRedirectsToAndFromBadCertificates)
     EXPECT_EQ(read_file(path), "over TLS");
 }
 
-TEST_F(WinInetTls, TakesNoServerThatDoesNotSpeakTls)
+TEST_F(WinInetTls, RefusesAServerWithoutTls)
 {
     EXPECT_EQ(download(secure.url("not_tls", L"/a.pdf")), 1u);
     ASSERT_EQ(log.lines().size(), 1u);
@@ -113,7 +113,7 @@ TEST_F(WinInetTls, StaysStrictOnTheDefaultPath)
     EXPECT_EQ(server.requests().size(), before) << "nothing is sent to a server that is not trusted";
 }
 
-// Having let a certificate pass once must not make the process lenient elsewhere.
+// Ignoring a certificate error once must not affect other requests of the process.
 TEST_F(WinInetTls, DoesNotMakeTheDefaultPathLenient)
 {
     EXPECT_EQ(download(secure.url("self_signed", L"/a.pdf")), 0u);

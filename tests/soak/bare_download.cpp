@@ -13,7 +13,7 @@
 namespace quill::soak {
 namespace {
 
-// Goes on until nobody wants the download any more.
+// Continues until the download is cancelled.
 class breakable_callback final : public test::empty_callback
 {
 public:

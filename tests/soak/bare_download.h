@@ -1,4 +1,5 @@
-// A download without the module, through the same service: what the system itself keeps of each.
+// A download through the same service without the module, to measure what the system itself allocates for
+// each.
 #pragma once
 
 #include "tests/soak/download_setup.h"
@@ -15,17 +16,18 @@ namespace quill::soak {
 class bare_download
 {
 public:
-    // What `completed` points to is counted up when the file is there, before the download is done.
+    // `completed` is incremented when the file is there, before the download ends.
     bare_download(download_path path, std::wstring url, std::wstring file,
                   std::atomic<std::size_t>* completed = nullptr);
     bare_download(const bare_download&) = delete;
     bare_download& operator=(const bare_download&) = delete;
-    // Breaks the download off when it still runs, and waits for the thread's end without pumping messages.
+    // Aborts the download if it is still running, and waits for the end of the thread without dispatching
+    // messages.
     ~bare_download();
 
     bool is_done() const;
 
-    // How many there are that have not ended.
+    // The number of downloads that have not ended.
     static std::size_t running() { return running_; }
 
 private:
@@ -42,7 +44,7 @@ private:
     HANDLE thread_ = nullptr;
 };
 
-// Fetches the URL into the file and waits for the end; the calling thread's messages are delivered meanwhile.
+// Fetches the URL into the file and waits for the end; dispatches messages of the calling thread meanwhile.
 void run_bare_download(download_path path, const std::wstring& url, const std::wstring& file);
 
 } // namespace quill::soak

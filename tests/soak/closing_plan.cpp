@@ -12,12 +12,12 @@ namespace {
 constexpr std::uint32_t server_rest_ms = 10'000;
 constexpr DWORD most_moments_ms = 500;
 
-closing_plan draw(std::mt19937_64& random, stage last, std::size_t ways_down)
+closing_plan draw(std::mt19937_64& random, stage last, std::size_t ways_to_close)
 {
     closing_plan drawn;
     drawn.at = static_cast<stage>(random() % (static_cast<unsigned>(last) + 1));
     drawn.path = random() % 2 ? download_path::wininet : download_path::urlmon;
-    drawn.way_down = random() % ways_down;
+    drawn.way_to_close = random() % ways_to_close;
     drawn.moments_ms = static_cast<DWORD>(random() % most_moments_ms);
     drawn.slow = drawn.at != stage::body_sent && drawn.at != stage::load_posted && drawn.at != stage::shown &&
                  random() % 4 != 0;
@@ -54,7 +54,7 @@ void dispatch_between(UINT first, UINT last)
         DispatchMessageW(&message);
 }
 
-// Delivers everything but the request to load.
+// Dispatches everything but the request to load.
 bool wait_for_load(const closing_signs& signs)
 {
     const ULONGLONG end = GetTickCount64() + test::default_deadline_ms;
@@ -70,14 +70,14 @@ bool wait_for_load(const closing_signs& signs)
 
 } // namespace
 
-closing_plan draw_closing(std::mt19937_64& random, std::size_t ways_down)
+closing_plan draw_closing(std::mt19937_64& random, std::size_t ways_to_close)
 {
-    return draw(random, stage::shown, ways_down);
+    return draw(random, stage::shown, ways_to_close);
 }
 
-closing_plan draw_closing_in_browser(std::mt19937_64& random, std::size_t ways_down)
+closing_plan draw_closing_in_browser(std::mt19937_64& random, std::size_t ways_to_close)
 {
-    closing_plan drawn = draw(random, stage::host_requested, ways_down);
+    closing_plan drawn = draw(random, stage::host_requested, ways_to_close);
     drawn.slow_host = drawn.at != stage::body_sent && drawn.at != stage::load_posted &&
                       drawn.at != stage::shown && random() % 3 == 0;
     return drawn;
@@ -93,7 +93,7 @@ std::string text_of(const closing_plan& plan, std::size_t number)
 {
     return "closing " + std::to_string(number) + ": " + name_of(plan.at) +
            (plan.path == download_path::wininet ? ", WinINet" : ", urlmon") + (plan.slow ? ", slow" : "") +
-           (plan.slow_host ? ", host slow" : "") + ", way " + std::to_string(plan.way_down);
+           (plan.slow_host ? ", host slow" : "") + ", way " + std::to_string(plan.way_to_close);
 }
 
 void reach(const closing_plan& plan, const test::http_server& server, const closing_signs& signs)

@@ -1,5 +1,5 @@
-// A document closed at every stage of its download, at random: the closing ends, nothing is shown afterwards,
-// nothing stays.
+// A document closed at every stage of its download, at random: closing ends, nothing is shown afterwards,
+// nothing is leaked.
 #include "tests/soak/bare_download.h"
 #include "tests/soak/closing_plan.h"
 #include "tests/soak/document_soak_fixture.h"
@@ -20,19 +20,7 @@ namespace {
 
 constexpr std::size_t short_closings = 6;
 constexpr std::size_t warm_up_closings = 12;
-constexpr std::size_t ways_down = 3;
-
-void take_down(hosted_document& document, std::size_t way)
-{
-    switch (way) {
-    case 0:
-        return document.close_as_navigating_away();
-    case 1:
-        return document.close_as_closed_browser();
-    default:
-        return document.close_view_alone();
-    }
-}
+constexpr std::size_t ways_to_close = 3;
 
 class closings
 {
@@ -40,15 +28,14 @@ public:
     explicit closings(std::uint64_t seed) : random_(seed)
     {
         fixture_.server.route("/quick.pdf", test::http_response::ok(test::pdf_body(20'000)));
-        auto slow = test::http_response::ok(test::pdf_body(slow_body_size));
-        slow.piece_size = slow_piece_size;
-        slow.piece_delay_ms = slow_piece_delay_ms;
+        auto slow =
+            test::http_response::slow(test::pdf_body(slow_body_size), slow_piece_size, slow_piece_delay_ms);
         fixture_.server.route("/slow.pdf", slow);
     }
 
     void open_and_close(std::size_t number)
     {
-        const closing_plan drawn = draw_closing(random_, ways_down);
+        const closing_plan drawn = draw_closing(random_, ways_to_close);
         SCOPED_TRACE(text_of(drawn, number));
         fixture_.use(drawn.path);
         viewer_store viewers;
@@ -61,23 +48,23 @@ public:
                    [&] { return viewers.opened() > 0; }});
             const std::size_t opened = viewers.opened();
             const ULONGLONG begin = GetTickCount64();
-            take_down(document, drawn.way_down);
+            document.close(drawn.way_to_close);
             longest_ms_ = std::max(longest_ms_, GetTickCount64() - begin);
             EXPECT_LT(GetTickCount64() - begin, longest_closing_ms);
             test::pump_messages();
             EXPECT_EQ(viewers.opened(), opened) << "something was shown after the end";
         }
         EXPECT_EQ(fixture_.module.can_unload_now(), S_OK);
-        EXPECT_TRUE(fixture_.server.wait_idle(10'000)) << "somebody still downloads";
+        EXPECT_TRUE(fixture_.server.wait_idle(10'000)) << "a download is still running";
         fixture_.server.forget_requests();
         fixture_.empty_cache();
     }
 
-    // A download of the same size by the same rhythm, without the module and not broken off.
+    // A download of the same size in the same rhythm, without the module and not aborted.
     void run_bare(std::size_t number)
     {
         run_bare_download(number & 1 ? download_path::wininet : download_path::urlmon,
-                        fixture_.server.url(L"/quick.pdf"), fixture_.cache / L"bare.pdf");
+                          fixture_.server.url(L"/quick.pdf"), fixture_.cache / L"bare.pdf");
         EXPECT_TRUE(fixture_.server.wait_idle(10'000));
         fixture_.server.forget_requests();
     }
@@ -99,19 +86,19 @@ TEST(ClosingSoak, AtAnyStageOfADownload)
             static_cast<std::size_t>(number_setting(L"QUILL_SOAK_CLOSINGS", short_closings));
         closings run(announced_seed("closing"));
         run_cycles(bare, warm_up_closings, closings_wanted,
-                  [&](std::size_t number) { run.run_bare(number); });
+                   [&](std::size_t number) { run.run_bare(number); });
         run_cycles(table, warm_up_closings, closings_wanted, [&](std::size_t number) {
             if (!testing::Test::HasFailure())
                 run.open_and_close(number);
         });
-        // What the download services keep of a download that is not broken off.
+        // What the download services allocate for a download that is not aborted.
         growth_limits limits = growth_of(bare, 1);
-        // And what the first of a kind sets up, when it is not among those to warm up.
+        // And what the first of a kind initialises, if it is not in the warm-up.
         limits.heap_blocks += 2 * closings_wanted;
         limits.heap_bytes_each += 256 + 4'096 / closings_wanted;
-        limits.kernel_handles += 2; // of workers of the system's that come and go
+        limits.kernel_handles += 2; // workers of the system that start and end
         limits.threads = 2;
-        // Downloads that are broken off leave a string of the system's now and then, up to one in twenty.
+        // For an aborted download the system sometimes leaks a string, up to one in twenty.
         limits.task_memory += static_cast<long>(closings_wanted / 20);
         table.expect_flat_from(1, limits);
         std::printf("longest closing: %llu ms\n", run.longest_ms());

@@ -56,7 +56,7 @@ hosted_document::~hosted_document()
     host.frame.drop_active_object();
     host.document = nullptr;
     if (document)
-        EXPECT_EQ(document.Detach()->Release(), 0u) << "somebody still holds the document";
+        EXPECT_EQ(document.Detach()->Release(), 0u) << "the document is still referenced";
     EXPECT_EQ(host.site.references(), 0);
     EXPECT_EQ(host.frame.references(), 0);
     EXPECT_EQ(host.browser.references(), 0);
@@ -90,7 +90,7 @@ HRESULT hosted_document::try_to_load(const std::wstring& url)
 
 HRESULT hosted_document::do_verb(LONG verb)
 {
-    test::pump_messages(); // a thread that has not looked at its messages for seconds counts as hung
+    test::pump_messages(); // a thread that has not dispatched messages for seconds counts as hung
     return as<IOleObject>()->DoVerb(verb, nullptr, host.site.client_site(), -1, host.view_window(),
                                     &host.position);
 }
@@ -101,6 +101,18 @@ HWND hosted_document::window() const
     if (document)
         as<IOleWindow>()->GetWindow(&found);
     return found;
+}
+
+void hosted_document::close(std::size_t way)
+{
+    switch (way % 3) {
+    case 0:
+        return close_as_navigating_away();
+    case 1:
+        return close_as_closed_browser();
+    default:
+        return close_view_alone();
+    }
 }
 
 void hosted_document::close_as_navigating_away()

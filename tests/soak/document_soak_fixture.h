@@ -1,5 +1,5 @@
-// What many documents of one process share: the loaded module, the viewer's registration, a web server. The
-// module's log is off, as it is with users.
+// Shared by the documents of one process: the loaded module, the viewer's registration, a web server. The
+// module's log is off, as for users.
 #pragma once
 
 #include "tests/document/module_under_test.h"
@@ -23,7 +23,7 @@ public:
     document_soak_fixture();
     document_soak_fixture(const document_soak_fixture&) = delete;
     document_soak_fixture& operator=(const document_soak_fixture&) = delete;
-    ~document_soak_fixture(); // the module must say that it can go, and go
+    ~document_soak_fixture(); // the module must be unloadable, and be unloaded
 
     test::scratch_directory files;
     test::viewer_registration registration;
@@ -32,14 +32,14 @@ public:
     test::http_server server;
 };
 
-// The viewers of all documents that are open at a time. The class object keeps each viewer that it has made,
-// so a long run takes a new one for each of its cycles.
+// The viewers of all open documents. The class object keeps each viewer that it has created, so a long run
+// creates a new one for each cycle.
 class viewer_store
 {
 public:
     viewer_store() : script(calls), viewers(script) {}
 
-    // How often viewers were asked to open a file.
+    // How often viewers were called to open a file.
     std::size_t opened() const;
     bool wait_until_opened(std::size_t times = 1, DWORD deadline_ms = 20'000) const;
 
@@ -55,7 +55,7 @@ public:
     explicit hosted_document(const document_soak_fixture& fixture);
     hosted_document(const hosted_document&) = delete;
     hosted_document& operator=(const hosted_document&) = delete;
-    // Lets go of everything. Document, windows and references must be gone then.
+    // Releases everything. Document, windows and references must be gone then.
     ~hosted_document();
 
     template <class Interface>
@@ -69,12 +69,14 @@ public:
 
     void load_file(const std::wstring& path);
     void load_url(const std::wstring& url);
-    // The same, for a document that may refuse.
+    // The same for a document that may refuse.
     void load_url_if_taken(const std::wstring& url);
     HRESULT do_verb(LONG verb);
     HWND window() const;
 
-    // The ways in which browsers take a document down.
+    // The ways in which browsers close a document.
+    // way modulo 3 selects one of them.
+    void close(std::size_t way);
     void close_as_navigating_away();
     void close_as_closed_browser();
     void close_view_alone();

@@ -1,4 +1,4 @@
-// Documents opened and closed many times in one process, and many open at once: nothing may grow.
+// Documents opened and closed many times in one process, and many open at once, without growth.
 #include "tests/soak/bare_download.h"
 #include "tests/soak/document_soak_fixture.h"
 #include "tests/soak/samples.h"
@@ -21,33 +21,21 @@ constexpr std::size_t short_crowd = 25;
 constexpr DWORD crowd_deadline_ms = 120'000;
 constexpr DWORD server_rest_ms = 5'000;
 
-void close(hosted_document& document, std::size_t cycle)
-{
-    switch (cycle % 3) {
-    case 0:
-        return document.close_as_navigating_away();
-    case 1:
-        return document.close_as_closed_browser();
-    default:
-        return document.close_view_alone();
-    }
-}
-
-// A local file and a fetched one by turns, shown in both orders of a host, taken down in three ways.
+// Alternates between a local file and a URL, shown in both orders of a host, closed in three ways.
 void open_and_close(document_soak_fixture& fixture, std::size_t cycle)
 {
     {
         viewer_store viewers;
         hosted_document document(fixture);
         document.host.order = cycle & 1 ? test::activation_order::site_then_ui_activate
-                                       : test::activation_order::create_view_with_site;
+                                        : test::activation_order::create_view_with_site;
         if (cycle % 4 < 2)
             document.load_file(fixture.local_pdf);
         else
             document.load_url(fixture.server.url(L"/x.pdf#page=2"));
         EXPECT_EQ(document.do_verb(OLEIVERB_SHOW), S_OK);
         EXPECT_TRUE(viewers.wait_until_opened()) << "cycle " << cycle;
-        close(document, cycle);
+        document.close(cycle);
     }
     EXPECT_TRUE(fixture.server.wait_idle(server_rest_ms));
     EXPECT_EQ(fixture.module.can_unload_now(), S_OK) << "cycle " << cycle;
@@ -55,7 +43,7 @@ void open_and_close(document_soak_fixture& fixture, std::size_t cycle)
     fixture.empty_cache();
 }
 
-// The same number of downloads by the same rhythm, without the module.
+// The same number of downloads in the same rhythm, without the module.
 void run_bare(document_soak_fixture& fixture, download_path path, std::size_t cycle)
 {
     if (cycle % 4 >= 2)
@@ -88,7 +76,7 @@ void soak(download_path path, const std::string& service)
         fixture.use(path);
         fixture.server.route("/x.pdf", test::http_response::ok(test::pdf_body(20'000)));
         run_cycles(bare, warm_up_openings, openings,
-                  [&](std::size_t number) { run_bare(fixture, path, number); });
+                   [&](std::size_t number) { run_bare(fixture, path, number); });
         run_cycles(table, warm_up_openings, openings, [&](std::size_t number) {
             if (!testing::Test::HasFailure())
                 open_and_close(fixture, number);
@@ -127,7 +115,7 @@ TEST(DocumentSoak, ManyAtOnce)
             for (std::size_t i = 0; i < crowd_size; ++i) {
                 crowd.push_back(std::make_unique<hosted_document>(fixture));
                 crowd.back()->load_url(fixture.server.url(L"/x.pdf"));
-                // Placed in a page, so that no menus are merged: hundreds of frames never are in one thread.
+                // Placed in a page, so that no menus are merged: one thread never has hundreds of frames.
                 EXPECT_EQ(crowd.back()->do_verb(OLEIVERB_INPLACEACTIVATE), S_OK);
             }
             EXPECT_TRUE(viewers.wait_until_opened(crowd_size, crowd_deadline_ms));
@@ -139,10 +127,11 @@ TEST(DocumentSoak, ManyAtOnce)
             fixture.server.forget_requests();
             fixture.empty_cache();
         };
-        run_cycles(bare, 2, 2, [&](std::size_t number) { run_bare_crowd(fixture, path_of(number), crowd_size); });
+        run_cycles(bare, 2, 2,
+                   [&](std::size_t number) { run_bare_crowd(fixture, path_of(number), crowd_size); });
         run_cycles(table, 2, 2, crowd_cycle);
         growth_limits limits;
-        // What the download services keep of each: urlmon two blocks, WinINet one. Their sizes vary by
+        // What the download services allocate for each: urlmon two blocks, WinINet one. Their sizes vary by
         // kilobytes.
         limits.heap_blocks += 3 * crowd_size;
         limits.heap_bytes_each = 2'048 * crowd_size;

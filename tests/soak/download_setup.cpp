@@ -5,22 +5,19 @@
 #include <cstdlib>
 
 namespace quill::soak {
-namespace {
 
-constexpr wchar_t switch_path[] = L"SOFTWARE\\Quill\\DocStudio\\14\\Settings\\Preferences\\kBrowserPlugin";
-constexpr wchar_t switch_value[] = L"kIEBrowserPluginWinINet";
-
-} // namespace
-
-download_setup::download_setup() : switch_(HKEY_CURRENT_USER, switch_path)
+download_setup::download_setup()
 {
-    // The module reads its variables with its C runtime, when it is first asked for the folder.
+    // The module reads its variables through its C runtime, when it first looks up the folder.
     _wputenv_s(L"QUILL_TMP_FOLDER", cache.path().c_str());
 }
 
 void download_setup::use(download_path path)
 {
-    switch_.set_string(switch_value, path == download_path::wininet ? L"/b 1" : L"/b 0");
+    if (path == download_path::wininet)
+        setting_.use_wininet();
+    else
+        setting_.use_urlmon();
 }
 
 void download_setup::empty_cache()

@@ -1,5 +1,5 @@
-// The browser closed, or left, at every stage of a document, at random, through the system's own
-// engine; beside a document object that does nothing and has a bare download.
+// The browser closed, or navigated away, at every stage of a document, at random, in the system's own engine;
+// compared with a document object that does nothing and has a bare download.
 #include "tests/soak/closing_plan.h"
 #include "tests/soak/engine_soak_fixture.h"
 #include "tests/soak/samples.h"
@@ -28,7 +28,7 @@ constexpr std::size_t warm_up_closings = 6;
 constexpr DWORD patience_ms = 4'000;
 constexpr std::uint32_t server_rest_ms = 10'000;
 
-enum class way_down : std::size_t
+enum class way_to_close : std::size_t
 {
     closed,
     window_destroyed_first,
@@ -42,13 +42,13 @@ enum class way_down : std::size_t
 
 test::http_response in_drops(std::size_t size, const std::string& type)
 {
-    auto response = test::http_response::ok(test::pdf_body(size), type);
+    test::http_response response = test::http_response::ok(test::pdf_body(size), type);
     response.piece_size = slow_piece_size;
     response.piece_delay_ms = slow_piece_delay_ms;
     return response;
 }
 
-// What one document is made of, whoever holds it.
+// The resources of one document.
 known_growth weight_of_a_document()
 {
     constexpr std::size_t count = 16;
@@ -75,9 +75,9 @@ struct outcome
 {
     sample_table table;
     ULONGLONG longest_ms = 0;
-    long kept = 0;          // documents that the engine has not let go of
+    long kept = 0;          // documents that the engine has not released
     long kept_measured = 0; // of these, since the warm-up
-    long strayed = 0;       // how often the browser was not seen where it was sent while something loaded
+    long strayed = 0;       // how often the browser did not arrive at its URL while something loaded
 };
 
 class EngineClosings : public engine_soak_fixture
@@ -88,8 +88,7 @@ protected:
         server.route("/other.bin", test::http_response::ok(test::pdf_body(6'000), trivial_type));
     }
 
-    // Closes as many as the setting says at stages at which the engine is through with its own request, or
-    // at which it is not.
+    // Closes as often as configured, at stages at which the engine has completed its own request or has not.
     template <class Living>
     outcome run(engine_guest& guest, bool through, const char* title, const Living& living)
     {
@@ -102,18 +101,19 @@ protected:
             1, static_cast<std::size_t>(number_setting(L"QUILL_SOAK_CLOSINGS", short_closings)) / 2);
         const long before = living();
         long warm = before;
-        // What the engine keeps never settles, and the short run has no time to see that.
+        // What the engine keeps never settles, and the short form has no time to show that.
         const bool settles = through || closings > short_closings;
         run_cycles(result.table, warm_up_closings, closings, settles, [&](std::size_t number) {
-            closing_plan drawn = draw_closing_in_browser(random, static_cast<std::size_t>(way_down::count));
+            closing_plan drawn =
+                draw_closing_in_browser(random, static_cast<std::size_t>(way_to_close::count));
             while (host_is_through(drawn) != through)
-                drawn = draw_closing_in_browser(random, static_cast<std::size_t>(way_down::count));
-            if (number < warm_up_closings) // what is set up once, is so now
+                drawn = draw_closing_in_browser(random, static_cast<std::size_t>(way_to_close::count));
+            if (number < warm_up_closings) // everything that is initialised once is initialised now
                 drawn.path = number & 1 ? download_path::wininet : download_path::urlmon;
             trace_step(number, text_of(drawn, number).c_str());
             if (!HasFailure())
                 open_and_close(guest, drawn, number);
-            if (number + 1 == warm_up_closings) // reading the log leaves something on the heap, too
+            if (number + 1 == warm_up_closings) // reading the log allocates on the heap too
                 warm = living();
         });
         result.longest_ms = longest_ms;
@@ -134,14 +134,14 @@ protected:
     outcome run_module(bool through)
     {
         module_guest guest(downloads);
-        // Those count, too, that the browser goes to when it leaves.
+        // Includes the documents that the browser opens when it navigates away.
         return run(guest, through, "documents, closed at random in the engine",
-                   [this] { return living_documents() + trivial.living(); });
+                   [this] { return live_documents() + trivial.living(); });
     }
 
 private:
-    // The first request of a cycle is the engine's, the second the worker's. The engine's quick one comes in
-    // one piece.
+    // The first request of a cycle is the engine's, the second the worker's. The quick response for the
+    // engine comes in one piece.
     void serve(const engine_guest& guest)
     {
         const auto path = guest.path();
@@ -171,7 +171,7 @@ private:
                   {[&] { return requests.load(); }, 2, [&] { return guest.load_waits(); },
                    [&] { return guest.done() > 0; }});
             guest.leave();
-            const auto way = static_cast<way_down>(drawn.way_down);
+            const auto way = static_cast<way_to_close>(drawn.way_to_close);
             ULONGLONG begin = GetTickCount64();
             if (!leave(browser, way, drawn.moments_ms, number)) {
                 ++strayed;
@@ -186,28 +186,28 @@ private:
             EXPECT_EQ(guest.shown(), shown) << "something was shown after the end";
         }
         EXPECT_EQ(guest.end(), 0u) << "a worker is left";
-        EXPECT_TRUE(server.wait_idle(server_rest_ms)) << "somebody still downloads";
+        EXPECT_TRUE(server.wait_idle(server_rest_ms)) << "a download is still running";
         test::pump_messages();
         server.forget_requests();
     }
 
-    // What a user or a page does in a browser that stays open for the moment. False when the browser does not
-    // get where it is sent.
-    bool leave(test::engine& browser, way_down way, DWORD moments_ms, std::size_t number)
+    // What a user or a page does in a browser that stays open. False if the browser does not arrive at its
+    // URL.
+    bool leave(test::engine& browser, way_to_close way, DWORD moments_ms, std::size_t number)
     {
         const std::wstring other = server.url(L"/other.bin?" + std::to_wstring(number));
         switch (way) {
-        case way_down::stopped:
+        case way_to_close::stopped:
             browser.control().browser()->Stop();
             pump_for(moments_ms);
             return true;
-        case way_down::quit:
+        case way_to_close::quit:
             browser.control().browser()->Quit();
             return true;
-        case way_down::gone_elsewhere:
+        case way_to_close::gone_elsewhere:
             browser.open(other);
             return test::wait_until([&] { return trivial.last_shown() == other; }, patience_ms);
-        case way_down::gone_to_nothing:
+        case way_to_close::gone_to_nothing:
             browser.open(L"about:blank");
             pump_for(moments_ms);
             return true;
@@ -216,11 +216,11 @@ private:
         }
     }
 
-    static void close(test::engine& browser, way_down way)
+    static void close(test::engine& browser, way_to_close way)
     {
-        if (way == way_down::window_destroyed_first)
+        if (way == way_to_close::window_destroyed_first)
             DestroyWindow(browser.window());
-        if (way == way_down::site_taken_first) {
+        if (way == way_to_close::site_taken_first) {
             const CComQIPtr<IOleObject> object(browser.control().browser());
             object->SetClientSite(nullptr);
         }
@@ -230,7 +230,7 @@ private:
     const std::uint64_t seed = announced_seed("closing in the engine");
     ULONGLONG longest_ms = 0;
     long strayed = 0;
-    // Changed between cycles only; read on the server's threads.
+    // Changed between cycles only; read on the threads of the server.
     std::string mark;
     closing_plan plan;
     std::atomic<std::size_t> requests = 0;
@@ -247,15 +247,14 @@ TEST_F(EngineClosings, AtAnyStageOfTheDownload)
     expect_no_steeper_than(bare.table, documents.table, 1);
 }
 
-// The engine keeps a document for good, whatever it is, when it is closed while it still reads its own
-// answer.
-TEST_F(EngineClosings, WhileTheEngineItselfLoads)
+// The engine leaks any document that is closed while it still reads its own response.
+TEST_F(EngineClosings, WhileTheEngineLoads)
 {
     const outcome bare = run_trivial(false);
     const outcome documents = run_module(false);
     const auto kept = static_cast<double>(documents.kept_measured);
     const auto kept_bare = static_cast<double>(bare.kept_measured);
-    // Which of them are kept or do not leave is decided by moments.
+    // Timing decides which of them are leaked or do not navigate.
     const auto cycles = static_cast<double>(documents.table.lines().back().done);
     const auto about = [cycles](double count) { return count + 2 + cycles / 50 + 2 * std::sqrt(count); };
     EXPECT_LE(kept, about(kept_bare));

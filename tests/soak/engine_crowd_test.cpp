@@ -1,5 +1,5 @@
-// Many documents open at once in browsers of one process, all fetching at the same moment, beside as many
-// document objects that do nothing and have a bare download each.
+// Many documents open at once in browsers of one process, all fetching at the same moment, compared with as
+// many document objects that do nothing and have a bare download each.
 #include "tests/soak/engine_soak_fixture.h"
 #include "tests/soak/module_threads.h"
 #include "tests/soak/samples.h"
@@ -21,7 +21,7 @@ namespace quill::soak {
 namespace {
 
 constexpr std::size_t short_crowd = 4;
-constexpr std::size_t crowds = 2; // after as many to warm up: one through each way of downloading
+constexpr std::size_t crowds = 2; // after as many to warm up: one on each download path
 constexpr DWORD deadline_ms = 120'000;
 
 class EngineCrowd : public engine_soak_fixture
@@ -47,8 +47,8 @@ protected:
     const std::size_t size = static_cast<std::size_t>(number_setting(L"QUILL_SOAK_CROWD", short_crowd));
 
 private:
-    // A document's first request is the engine's; its second, the worker's, is answered when every other
-    // worker has asked too.
+    // The first request of a document is the engine's; the second, the worker's, is served when every other
+    // worker has made its request too.
     void serve(const engine_guest& guest)
     {
         const auto path = guest.path();
@@ -81,8 +81,8 @@ private:
             for (std::size_t i = 0; i < size; ++i) {
                 browsers[i] = std::make_unique<test::engine>();
                 browsers[i]->open(server.url(guest.path() + L"?" + std::to_wstring(i)));
-                // A thread that has not looked at its messages for seconds counts as hung, and a worker
-                // does not wait for such a one.
+                // A thread that has not dispatched messages for seconds counts as hung, and a worker does not
+                // wait for such a thread.
                 test::pump_messages();
             }
             if (!test::wait_until([&] { return waiting_workers() == size; }, deadline_ms))
@@ -102,7 +102,7 @@ private:
         EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
         forget_requests();
     }
-    // Who has not asked: the engine, or only the worker; and what the module wrote.
+    // Who has made no request: the engine, or only the worker; and the log of the module.
     void report_laggards()
     {
         const std::lock_guard lock(guard);
@@ -116,8 +116,8 @@ private:
         }
         print_last_lines();
     }
-    // The system's own threads end when they have had nothing to do for some seconds, and take some blocks
-    // each along: hundreds of them would hide what is looked for.
+    // The system's own threads end after some idle seconds and free some blocks each: hundreds of them would
+    // hide a leak.
     void wait_for_the_systems_workers() const
     {
         constexpr DWORD patience_ms = 60'000;
@@ -142,7 +142,7 @@ private:
     const HANDLE everybody_waits;
     const DWORD threads_before = test::process_resources::now().threads;
     DWORD threads_at_once = 0;
-    std::mutex guard; // the server's threads come here
+    std::mutex guard; // called on the threads of the server
     std::map<std::string, std::size_t> requests;
     std::size_t waiting = 0;
 };

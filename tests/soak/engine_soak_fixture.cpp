@@ -18,7 +18,7 @@ void engine_soak_fixture::print_last_lines() const
     std::fflush(stdout);
 }
 
-long engine_soak_fixture::living_documents() const
+long engine_soak_fixture::live_documents() const
 {
     constexpr std::string_view made = "ACTIVEDOC ", gone = "~ACTIVEDOC ";
     long count = 0;

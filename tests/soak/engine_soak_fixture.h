@@ -1,5 +1,5 @@
-// What runs through the system's own browser engine share: the registered module, a document object that does
-// nothing, a web server, and the two kinds of document that are sent through the engine by turns.
+// Shared by the runs in the system's own browser engine: the registered module, a document object that does
+// nothing, a web server, and the two kinds of document that are opened in turn.
 #pragma once
 
 #include "tests/browser/engine.h"
@@ -25,10 +25,10 @@ namespace quill::soak {
 class engine_soak_fixture : public testing::Test
 {
 protected:
-    // The module's last lines: at which step an opening stopped.
+    // The last lines of the module: the step at which an opening stopped.
     void print_last_lines() const;
-    // The module's documents that were made and are not gone, by its log.
-    long living_documents() const;
+    // The documents of the module that exist, by its log.
+    long live_documents() const;
 
     test::ole_apartment apartment;
     test::log_folder_scope log;
@@ -41,26 +41,26 @@ protected:
     test::http_server server;
 };
 
-// One kind of document, as the engine shows it.
+// One kind of document in the engine.
 class engine_guest
 {
 public:
     virtual ~engine_guest() = default;
 
-    // The path that leads the engine to such a document, and the type of what is there.
+    // The path of a URL of such a document, and its content type.
     virtual std::wstring path() const = 0;
     virtual std::string type() const = 0;
-    // Before the first document of a cycle is opened: how the workers fetch.
+    // Before the first document of a cycle is opened: the download path of the workers.
     virtual void begin(download_path way) = 0;
-    // How many documents of this cycle have all that they need.
+    // How many documents of this cycle are complete.
     virtual std::size_t done() const = 0;
-    // How often something was shown that only a wanted document shows.
+    // How often a document was shown that was not requested.
     virtual std::size_t shown() const = 0;
     virtual bool load_waits() const = 0;
     virtual std::size_t workers() const = 0;
-    // Documents from now on are others'.
+    // Later documents do not belong to this guest.
     virtual void leave() = 0;
-    // After the last document of a cycle is closed: how many workers are left.
+    // After the last document of a cycle is closed: the number of remaining workers.
     virtual std::size_t end() = 0;
 };
 
@@ -81,10 +81,10 @@ public:
 
 private:
     download_setup& downloads_;
-    std::unique_ptr<viewer_store> viewers_; // the class object keeps each viewer that it has made
+    std::unique_ptr<viewer_store> viewers_; // the class object keeps each viewer that it has created
 };
 
-// What the module's worker does is done without it: each document has a bare download.
+// Replaces the module's worker: each document has a bare download.
 class trivial_guest final : public engine_guest
 {
 public:

@@ -1,5 +1,5 @@
-// Documents through the system's own browser engine, many times in one process, beside a document object that
-// does nothing: what the engine keeps by itself is measured, the module adds nothing to it.
+// Documents in the system's own browser engine, many times in one process, compared with a document object
+// that does nothing: the engine's own growth is measured, and the module adds nothing to it.
 #include "tests/soak/engine_soak_fixture.h"
 #include "tests/soak/samples.h"
 #include "tests/soak/settings.h"
@@ -31,7 +31,7 @@ protected:
         server.route("/plan.pdf", test::http_response::ok(test::pdf_body(6'000)));
     }
 
-    // One opening and closing; counts those that never show anything.
+    // One opening and closing; counts the documents that are never shown.
     void visit(const wchar_t* target, const std::function<bool()>& shown, std::size_t& missed)
     {
         {
@@ -45,7 +45,7 @@ protected:
         }
         server.forget_requests();
     }
-    // A document that does nothing; what the module's worker does is done without it: one download.
+    // A document that does nothing, with one bare download in place of the module's worker.
     void visit_trivial(std::size_t& missed)
     {
         const std::size_t before = trivial.shown();
@@ -53,7 +53,7 @@ protected:
         run_bare_download(download_path::urlmon, server.url(L"/plan.pdf"), files / L"bare.pdf");
         server.forget_requests();
     }
-    // The class object keeps each viewer that it has made, so each visit has one of its own.
+    // The class object keeps each viewer that it has created, so each visit has a class object of its own.
     void visit_document(std::size_t& missed)
     {
         viewer_store viewers;

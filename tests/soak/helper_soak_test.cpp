@@ -1,5 +1,5 @@
 // SharePoint pages loaded and clicked many times by one helper object and by new ones, in one process,
-// through the module's exports: nothing may grow.
+// through the exports of the module, without growth.
 #include "tests/document/module_under_test.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
@@ -26,8 +26,8 @@ constexpr CLSID helper_class_id = {
 constexpr std::size_t short_pages = 48;
 constexpr std::size_t warm_up_pages = 16;
 constexpr std::size_t links_of_a_page = 20;
-// A program takes far longer to start than a page to load, so most clicks are on links that start none.
-// Odd, so that the kept helper object and the new ones both start some.
+// A program takes much longer to start than a page to load, so most clicks are on links that start none. Odd,
+// so that both the kept helper object and the new ones start some.
 constexpr std::size_t loads_for_an_editor = 9;
 
 CComPtr<IObjectWithSite> make_helper(const test::module_under_test& module)
@@ -106,7 +106,8 @@ TEST(HelperSoak, PagesWithClicks)
     OleUninitialize();
 }
 
-// A tab keeps what it knows of each of its pages, and with it the page, until it ends; then all of it goes.
+// A tab keeps its state for each of its pages, and with it the page, until the tab is closed; then all of it
+// is released.
 TEST(HelperSoak, OneTabOfManyPages)
 {
     ASSERT_TRUE(SUCCEEDED(OleInitialize(nullptr)));

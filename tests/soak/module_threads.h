@@ -1,11 +1,11 @@
-// The module's own threads in this process, told from those that the system has set to work for it.
+// The module's own threads in this process, as opposed to those that the system created for it.
 #pragma once
 
 #include <windows.h>
 
 namespace quill::soak {
 
-// How many threads began in the module's code.
+// The number of threads whose entry point is in the module.
 unsigned threads_of(HMODULE module);
 
 } // namespace quill::soak

@@ -1,5 +1,5 @@
-// SharePoint pages in tabs of the system's browser engine, loaded and clicked many times in one process, with
-// the helper object and, before that, without it: what the engine keeps by itself is the limit.
+// SharePoint pages in tabs of the system's browser engine, loaded and clicked many times in one process,
+// without and with the helper object: the growth of the engine itself is the limit.
 #include "tests/sharepoint_pages/library_site.h"
 #include "tests/soak/samples.h"
 #include "tests/soak/settings.h"
@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t visits_of_a_tab = 8; // each loads two pages
 constexpr std::size_t short_visits = 6 * visits_of_a_tab;
 constexpr std::size_t warm_up_tabs = 2;
-// An editor takes far longer to start than a page to load.
+// An editor takes much longer to start than a page to load.
 constexpr std::size_t tabs_for_an_editor = 2;
 
 std::size_t tabs()
@@ -52,7 +52,7 @@ private:
         tab.click(L"archive");
         EXPECT_TRUE(test::wait_until([&] { return tab.is_showing(folder_); }));
     }
-    // By a click and by a navigation; the tab stays where it is.
+    // By a click and by a navigation; the tab stays at its URL.
     void open_in_editor(test::helper_tab& tab)
     {
         tab.click(L"bracket");
@@ -70,9 +70,11 @@ private:
 TEST_F(PageSoak, LibrariesWithClicks)
 {
     sample_table bare("tabs of 16 pages through the engine, without the helper object");
-    run_cycles(bare, warm_up_tabs, tabs(), [&](std::size_t number) { visit_library(test::with_helper::no, number); });
+    run_cycles(bare, warm_up_tabs, tabs(),
+               [&](std::size_t number) { visit_library(test::with_helper::no, number); });
     sample_table table("the same tabs with the helper object");
-    run_cycles(table, warm_up_tabs, tabs(), [&](std::size_t number) { visit_library(test::with_helper::yes, number); });
+    run_cycles(table, warm_up_tabs, tabs(),
+               [&](std::size_t number) { visit_library(test::with_helper::yes, number); });
     EXPECT_TRUE(pages.all_gone());
     EXPECT_TRUE(module.can_unload());
     expect_no_steeper_than(bare, table, 1);

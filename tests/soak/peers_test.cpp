@@ -1,5 +1,5 @@
-// Servers that are slow, lie, never end or never begin, on both ways of downloading: the user interface stays
-// alive, closing ends when the worker does, nothing is shown that is not a PDF, nothing stays.
+// Servers that are slow, send wrong lengths, never end or never respond, on both download paths: the UI
+// thread keeps dispatching messages, closing ends with the worker, only PDFs are shown, nothing is leaked.
 #include "tests/soak/document_soak_fixture.h"
 #include "tests/soak/module_threads.h"
 #include "tests/soak/settings.h"
@@ -23,10 +23,10 @@ namespace {
 using test::http_request;
 using test::http_response;
 
-// The pauses stand in the output; a machine with much else to do makes them longer than the module does.
+// The pauses are printed; a machine under load makes them longer than the module does.
 constexpr double longest_pause_ms = 400;
 constexpr ULONGLONG longest_closing_ms = 5'000;
-// The closing window reminds the worker every 100 ms; a server of one byte a second reminds it too.
+// The closing window signals the worker every 100 ms; so does a server of one byte a second.
 constexpr ULONGLONG longest_wait_for_a_silent_server_ms = 1'200;
 constexpr std::size_t megabyte = std::size_t{1} << 20;
 
@@ -63,7 +63,8 @@ protected:
         document->load_url(fixture.server.url(target));
         EXPECT_EQ(document->do_verb(OLEIVERB_SHOW), S_OK);
     }
-    // Lives as a browser does until the condition holds; notes how long it was away from its messages.
+    // Dispatches messages as a browser does until the condition holds; records the longest pause between
+    // messages.
     template <class Condition>
     bool run_until(const Condition& condition, DWORD deadline_ms)
     {
@@ -82,17 +83,17 @@ protected:
     {
         run_until([] { return false; }, milliseconds);
     }
-    // The worker and everybody that the system has set to work for it are through.
+    // The worker and all threads that the system created for it have ended.
     bool live_until_fetched(DWORD deadline_ms)
     {
         return run_until([this] { return viewers.opened() > opened_before || worker_has_ended(); },
-                          deadline_ms);
+                         deadline_ms);
     }
     bool worker_has_ended() const
     {
         return !fixture.server.requests().empty() && threads_of(fixture.module.handle()) == 0;
     }
-    // Whatever the viewer was told to open begins as a PDF does.
+    // Every file that the viewer was called to open begins as a PDF does.
     void expect_pdfs_only() const
     {
         for (const auto& call : viewers.script.received) {
@@ -115,7 +116,8 @@ protected:
         EXPECT_EQ(viewers.opened(), opened);
         EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
     }
-    // Closes; whoever still waits for the server by then is let go after a while. Through urlmon nobody does.
+    // Closes the document; a worker that still waits for the server is released after a while. Through urlmon
+    // there is none.
     template <class Release>
     void close_while(const Release& release)
     {
@@ -132,7 +134,7 @@ protected:
         EXPECT_LT(closing_ms, GetParam() == download_path::urlmon ? longest_wait_for_a_silent_server_ms
                                                                   : patience_ms + longest_closing_ms);
     }
-    // Fetches to the end and closes; how often something was shown.
+    // Fetches to the end and closes; returns how often a document was shown.
     std::size_t shown_after(http_response response, DWORD deadline_ms = 30'000)
     {
         fixture.server.route("/x.pdf", std::move(response));
@@ -143,7 +145,7 @@ protected:
         return viewers.opened();
     }
 
-    // The same for answers that some systems do not take for one, and wait on.
+    // The same for responses that some systems do not accept and keep waiting after.
     std::size_t shown_soon_after(http_response response)
     {
         fixture.server.route("/x.pdf", std::move(response));
@@ -162,11 +164,9 @@ protected:
     ULONGLONG closing_ms = 0;
 };
 
-TEST_P(HostilePeer, OneByteASecond)
+TEST_P(HostilePeer, SendsOneByteASecond)
 {
-    http_response slow = http_response::ok(test::pdf_body(20'000));
-    slow.piece_size = 1;
-    slow.piece_delay_ms = 1'000;
+    auto slow = http_response::slow(test::pdf_body(20'000), 1, 1'000);
     fixture.server.route("/x.pdf", slow);
     open();
     live_for(2'500);
@@ -175,7 +175,7 @@ TEST_P(HostilePeer, OneByteASecond)
     EXPECT_EQ(viewers.opened(), 0u);
 }
 
-// The system's call is what the worker waits in, and the closing for the worker: as long as that call takes.
+// The worker waits in the system's call, and closing waits for the worker, as long as that call takes.
 TEST_P(HostilePeer, NeverAnswers)
 {
     http_response silent = http_response::ok(test::pdf_body(20'000));
@@ -188,7 +188,7 @@ TEST_P(HostilePeer, NeverAnswers)
     EXPECT_EQ(viewers.opened(), 0u);
 }
 
-TEST_P(HostilePeer, AnnouncesMoreThanItSends)
+TEST_P(HostilePeer, SendsLessThanItAnnounces)
 {
     http_response lying = http_response::ok(test::pdf_body(20'000));
     lying.raw_head = announcing("1000000");
@@ -205,11 +205,11 @@ TEST_P(HostilePeer, SendsMoreThanItAnnounces)
     EXPECT_LE(shown_after(lying), 1u);
     lying.raw_head = announcing("3");
     const std::size_t before = viewers.opened();
-    lying.body = "not" + test::pdf_body(20'000); // some systems read on, some stop as announced
+    lying.body = "not" + test::pdf_body(20'000); // some systems read on, some stop at the announced length
     EXPECT_LE(shown_after(lying), before + 1);
 }
 
-TEST_P(HostilePeer, AnnouncesNonsense)
+TEST_P(HostilePeer, SendsAnInvalidLength)
 {
     for (const char* length : {"-1", "99999999999999999999", "18446744073709551615", "4294967296", "x", ""}) {
         SCOPED_TRACE(length);
@@ -217,7 +217,7 @@ TEST_P(HostilePeer, AnnouncesNonsense)
         lying.raw_head = announcing(length);
         fixture.server.route("/x.pdf", lying);
         open();
-        // Some systems wait for what was announced as long as the connection stands.
+        // Some systems wait for the announced data as long as the connection is open.
         live_until_fetched(300);
         close();
         EXPECT_LT(closing_ms, longest_closing_ms);
@@ -236,8 +236,8 @@ TEST_P(HostilePeer, IsClosedInTheMiddleOfAGigabyte)
 {
     http_response large = http_response::ok(test::pdf_body(megabyte));
     large.body_repeats = 1'024;
-    // Some systems read what has already arrived to its end before they close a connection. The server pauses
-    // between its pieces, long enough for a reader on a loaded machine to catch up.
+    // Some systems read received data to its end before they close a connection. The server pauses between
+    // its pieces, long enough for a reader on a machine under load to keep up.
     large.piece_size = megabyte / 4;
     large.piece_delay_ms = 500;
     fixture.server.route("/x.pdf", large);
@@ -249,7 +249,7 @@ TEST_P(HostilePeer, IsClosedInTheMiddleOfAGigabyte)
     EXPECT_EQ(viewers.opened(), 0u);
 }
 
-// Where the system counts no redirections the worker waits in its call until the server has had enough.
+// Where the system does not limit redirections the worker waits in its call until the server stops.
 TEST_P(HostilePeer, RedirectsForEver)
 {
     struct state
@@ -257,7 +257,7 @@ TEST_P(HostilePeer, RedirectsForEver)
         std::atomic<bool> is_tired = false;
         std::atomic<int> number = 0;
     };
-    const auto server = std::make_shared<state>(); // requests may come when the test is over
+    const auto server = std::make_shared<state>(); // requests may arrive after the end of the test
     fixture.server.route("/x.pdf", [server](const http_request&) {
         return server->is_tired ? http_response::not_found()
                                 : http_response::redirect("/x.pdf?" + std::to_string(++server->number));
@@ -295,8 +295,8 @@ TEST_P(HostilePeer, SendsNothingAndCloses)
     EXPECT_EQ(shown_soon_after(empty), 0u);
 }
 
-// A head as it is sent, and what follows it; a file that begins as a PDF may be shown.
-struct odd_answer
+// A head as it is sent, and the body; a file that begins as a PDF may be shown.
+struct unusual_response
 {
     const char* what;
     const char* head;
@@ -304,41 +304,41 @@ struct odd_answer
     std::size_t most_shown;
 };
 
-std::vector<odd_answer> odd_answers()
+std::vector<unusual_response> unusual_responses()
 {
     const std::string pdf = test::pdf_body(600);
     const std::string page = "<html>not a PDF</html>";
     return {
-        {"a password is wanted", "401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"r\"", page, 0},
-        {"a password is wanted, in a way unheard of", "401 Unauthorized\r\nWWW-Authenticate: \x01\xff =,\"",
-         page, 0},
-        {"a proxy's password is wanted", "407 Proxy\r\nProxy-Authenticate: NTLM TlRMTVNTUAAC", page, 0},
-        {"nothing", "204 No Content", "", 0},
-        {"nothing new", "304 Not Modified", "", 0},
+        {"a password is required", "401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"r\"", page, 0},
+        {"a password is required, by an unknown scheme",
+         "401 Unauthorized\r\nWWW-Authenticate: \x01\xff =,\"", page, 0},
+        {"a proxy requires a password", "407 Proxy\r\nProxy-Authenticate: NTLM TlRMTVNTUAAC", page, 0},
+        {"no content", "204 No Content", "", 0},
+        {"not modified", "304 Not Modified", "", 0},
         {"a part", "206 Partial Content\r\nContent-Range: bytes 500-1099/9", pdf, 1},
         {"an error with a PDF", "500 Internal Server Error", pdf, 1},
-        {"go on, twice", "100 Continue\r\n\r\nHTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK", pdf, 1},
-        {"chunks of nonsense", "200 OK\r\nTransfer-Encoding: chunked", "zz\r\n" + page, 0},
-        {"a chunk of all memory", "200 OK\r\nTransfer-Encoding: chunked", "ffffffffffffffff\r\n" + page, 0},
+        {"100 Continue, twice", "100 Continue\r\n\r\nHTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK", pdf, 1},
+        {"invalid chunks", "200 OK\r\nTransfer-Encoding: chunked", "zz\r\n" + page, 0},
+        {"a chunk of 2^64 - 1 bytes", "200 OK\r\nTransfer-Encoding: chunked", "ffffffffffffffff\r\n" + page,
+         0},
         {"chunks without an end", "200 OK\r\nTransfer-Encoding: chunked", "5\r\n<html\r\n", 0},
-        {"compressed, it says", "200 OK\r\nContent-Encoding: gzip", page, 0},
-        {"compressed by something unheard of", "200 OK\r\nContent-Encoding: x-none, gzip, gzip", page, 0},
-        {"a redirection to nowhere", "302 Found\r\nLocation: ", page, 0},
-        {"a redirection without an address", "302 Found", page, 0},
+        {"not compressed as announced", "200 OK\r\nContent-Encoding: gzip", page, 0},
+        {"compressed by an unknown method", "200 OK\r\nContent-Encoding: x-none, gzip, gzip", page, 0},
+        {"a redirection to an empty URL", "302 Found\r\nLocation: ", page, 0},
+        {"a redirection without a URL", "302 Found", page, 0},
         {"a redirection to a script", "302 Found\r\nLocation: javascript:alert(1)", page, 0},
         {"a redirection to a file", "302 Found\r\nLocation: file:///c:/windows/win.ini", page, 0},
-        {"a redirection to a port where nobody is", "302 Found\r\nLocation: http://127.0.0.1:1/x.pdf", page,
-         0},
-        {"a name that climbs", "200 OK\r\nContent-Disposition: attachment; filename=\"..\\..\\x.exe\"", page,
-         0},
-        {"lines without ends of lines", "200 OK\nContent-Type: application/pdf\n\n\n", page, 0},
-        {"a refresh for ever", "200 OK\r\nRefresh: 0; url=/x.pdf", page, 0},
+        {"a redirection to a closed port", "302 Found\r\nLocation: http://127.0.0.1:1/x.pdf", page, 0},
+        {"a file name with parent folders",
+         "200 OK\r\nContent-Disposition: attachment; filename=\"..\\..\\x.exe\"", page, 0},
+        {"line feeds only", "200 OK\nContent-Type: application/pdf\n\n\n", page, 0},
+        {"an endless refresh", "200 OK\r\nRefresh: 0; url=/x.pdf", page, 0},
     };
 }
 
-TEST_P(HostilePeer, AnswersOddly)
+TEST_P(HostilePeer, SendsUnusualResponses)
 {
-    for (const odd_answer& each : odd_answers()) {
+    for (const unusual_response& each : unusual_responses()) {
         SCOPED_TRACE(each.what);
         http_response answer;
         answer.raw_head = "HTTP/1.1 " + std::string(each.head) + "\r\n\r\n";
@@ -349,8 +349,8 @@ TEST_P(HostilePeer, AnswersOddly)
     }
 }
 
-// The system's own threads may wait for the server when document and module are long gone, and then go on.
-TEST(SilentPeer, IsHeardOfAfterTheModuleIsGone)
+// The system's own threads may wait for the server after document and module are gone, and continue then.
+TEST(SilentPeer, RespondsAfterTheModuleIsUnloaded)
 {
     http_response silent = http_response::ok(test::pdf_body(20'000));
     silent.hold_head = true;
@@ -367,7 +367,7 @@ TEST(SilentPeer, IsHeardOfAfterTheModuleIsGone)
         EXPECT_TRUE(test::wait_until([&] { return !server.requests().empty(); }));
         document.close_as_navigating_away();
     }
-    EXPECT_GT(test::process_resources::now().threads, threads_before) << "nobody waits any more";
+    EXPECT_GT(test::process_resources::now().threads, threads_before) << "no thread waits any more";
     EXPECT_NE(GetModuleHandleW(L"wininet.dll"), nullptr) << "what waits belongs to it";
     EXPECT_NE(GetModuleHandleW(L"urlmon.dll"), nullptr);
     server.stop();

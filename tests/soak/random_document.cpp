@@ -12,15 +12,14 @@ namespace quill::soak {
 namespace {
 
 constexpr std::size_t most_documents = 3;
+constexpr UINT unknown_message = 0x87f0;
 constexpr wchar_t nowhere[] = L"quilltest://host.test/a/c/d.pdf#page=2#zoom=50";
 
-// A server of every temper: at once, piece by piece, no PDF, nothing there, silence.
+// A server with every kind of response: at once, piece by piece, no PDF, 404, none.
 void serve(test::http_server& server)
 {
     server.route("/quick.pdf", test::http_response::ok(test::pdf_body(20'000)));
-    auto slow = test::http_response::ok(test::pdf_body(40'000));
-    slow.piece_size = 2'000;
-    slow.piece_delay_ms = 10;
+    auto slow = test::http_response::slow(test::pdf_body(40'000), 2'000, 10);
     server.route("/slow.pdf", slow);
     server.route("/page.pdf", test::http_response::ok("<html>no PDF</html>", "text/html"));
     server.route("/gone.pdf", test::http_response::not_found());
@@ -79,7 +78,7 @@ const char* random_documents::step()
 {
     if (documents_.empty() || (documents_.size() < most_documents && random_.chance(20))) {
         documents_.push_back(std::make_unique<hosted_document>(fixture_));
-        // What a document asks that is saved, resized or undone.
+        // The questions of a document that is saved, resized or undone.
         for (const char* call : {"IOleClientSite::SaveObject", "IOleClientSite::RequestNewObjectLayout",
                                  "IOleInPlaceSite::OnPosRectChange", "IOleInPlaceSite::DeactivateAndUndo",
                                  "IOleInPlaceSite::DiscardUndoState"})
@@ -109,7 +108,7 @@ HWND random_documents::any_window(hosted_document& document)
     case 0:
         return nullptr;
     case 1:
-        return reinterpret_cast<HWND>(static_cast<INT_PTR>(0x70ff2)); // none of this process
+        return reinterpret_cast<HWND>(static_cast<INT_PTR>(0x70ff2)); // not of this process
     case 2:
         return document.window();
     default:
@@ -153,8 +152,8 @@ void random_documents::load_address(hosted_document& document)
     document.host.browser.location_url = nowhere;
 }
 
-// A document of the server's, shown at once, so that it is under way in whatever comes next. A WinINet call
-// that waits for a silent server cannot be broken off.
+// A document of the server, shown at once, so that it is loading during the next steps. A WinINet call that
+// waits for a silent server cannot be cancelled.
 void random_documents::fetch(hosted_document& document)
 {
     const bool is_urlmon = random_.chance(2);
@@ -179,7 +178,7 @@ random_documents::message random_documents::any_message()
         return {WM_USER_OPENLINK, wparam, pointer(text_)};
     case 1:
         return {WM_USER_PROGRESS, 0, pointer(record_)};
-    case 2: // capacities are true: the buffer is as long as the message says
+    case 2: // capacities are correct: the buffer is as long as the message says
         return {WM_USER_GETURL, random_.below(std::size(text_)), pointer(text_)};
     case 3:
         return {random_.one_of<UINT>({WM_USER_GETURLLENGTH, WM_USER_GETBROWSERWINDOW, WM_USER_GETINSTANCE}),
@@ -190,7 +189,8 @@ random_documents::message random_documents::any_message()
     case 5:
         return {WM_USER_LOGFILE, wparam, pointer(text_)};
     case 6:
-        return {random_.one_of<UINT>({reserved_window_message, WM_USER_LOADFILE, WM_USER_SAVEAS, 0x8712}),
+        return {random_.one_of<UINT>({reserved_window_message, WM_USER_LOADFILE, WM_USER_SAVEAS,
+                                      WM_USER_RELEASE, unknown_message}),
                 wparam, number};
     default:
         return {random_.one_of<UINT>(
@@ -218,7 +218,7 @@ void random_documents::post(hosted_document& document)
         PostMessageW(window, chosen.number, chosen.wparam, chosen.lparam);
 }
 
-// Now and then until the next piece of a slow document has come.
+// Sometimes until the next piece of a slow document has arrived.
 void random_documents::pump(hosted_document&)
 {
     const ULONGLONG end = GetTickCount64() + random_.below(30);
@@ -240,16 +240,16 @@ void random_documents::destroy_host_windows(hosted_document& document)
 void random_documents::fail_a_call(hosted_document& document)
 {
     document.host.calls.fail_call_number(static_cast<int>(1 + random_.below(12)),
-                                         test::every_bad_answer[random_.below(4)]);
+                                         test::host_faults[random_.below(4)]);
 }
 
-// From inside one of the next calls of the host the document is called again.
+// Re-enters the document from inside one of the next calls of the host.
 void random_documents::disturb_a_call(hosted_document& document)
 {
     document.host.calls.when_call_number(static_cast<int>(1 + random_.below(12)), [this, &document] {
         document.host.calls.when_call_number(0, {});
         if (!document.document)
-            return; // this is its last release
+            return; // its last Release
         const named_action& chosen = actions()[random_.below(actions().size())];
         (this->*chosen.run)(document);
     });

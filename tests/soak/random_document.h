@@ -1,4 +1,4 @@
-// Random calls of a document's interfaces, messages to its window and misdeeds of its host.
+// Random calls of a document's interfaces, messages to its window and failures of its host.
 #pragma once
 
 #include "tests/soak/document_soak_fixture.h"
@@ -10,15 +10,14 @@
 
 namespace quill::soak {
 
-// What each call is given: null, right and wrong values by turns; out arguments that are not null are the
-// caller's and given back. Pointers are null or valid: a message or a call that carries anything else breaks
-// its protocol, and no receiver can tell.
+// Arguments are null, right and wrong values in turn; returned interfaces and strings are released. Pointers
+// are null or valid: any other pointer breaks the protocol, and no receiver can detect that.
 class random_documents
 {
 public:
     random_documents(document_soak_fixture& fixture, random_source& random);
 
-    // One step; returns what it was, for the record of a run.
+    // One step; returns its description for the trace.
     const char* step();
     // Releases what is left.
     void end();

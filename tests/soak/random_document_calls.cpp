@@ -74,7 +74,7 @@ void random_documents::call_ole_object(hosted_document& document)
     }
 }
 
-// Connections are given up with numbers that were handed out, and with others.
+// Unadvises with cookies that were returned, and with others.
 void random_documents::call_advise(hosted_document& document)
 {
     DWORD cookie = 0;

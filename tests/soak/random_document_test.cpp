@@ -1,5 +1,5 @@
-// Random sequences against the whole document object. QUILL_SOAK_SEED and QUILL_SOAK_STEPS make a sequence
-// again; with QUILL_SOAK_TRACE each step is written before it is made.
+// Random sequences against the whole document object. QUILL_SOAK_SEED and QUILL_SOAK_STEPS repeat a sequence;
+// with QUILL_SOAK_TRACE each step is printed before it is made.
 #include "tests/soak/module_threads.h"
 #include "tests/soak/random_document.h"
 #include "tests/soak/samples.h"
@@ -21,7 +21,7 @@ TEST(RandomSequence, OfTheDocument)
     {
         document_soak_fixture fixture;
         fixture.use(download_path::urlmon);
-        // Each round ends without a document, and nothing may be left then.
+        // Each round ends without a document; nothing may be left then.
         run_cycles(table, 1, rounds, [&](std::uint64_t round) {
             random_documents documents(fixture, random);
             for (std::uint64_t i = 0; i < steps / (rounds + 1) && !HasFailure(); ++i)
@@ -34,10 +34,10 @@ TEST(RandomSequence, OfTheDocument)
             fixture.empty_cache();
         });
         growth_limits limits;
-        limits.kernel_handles = 4; // of workers of the system's that come and go
+        limits.kernel_handles = 4; // workers of the system that start and end
         limits.threads = 3;
-        limits.gdi_objects = 6; // that the window system makes once, for some first painting
-        // What the download services keep of each download, whole or broken off.
+        limits.gdi_objects = 6; // created once by the window system, at some first painting
+        // What the download services allocate for each download, complete or aborted.
         limits.heap_blocks += steps / 4;
         limits.heap_bytes_each = 256 * steps;
         limits.task_memory += static_cast<long>(steps / 100);

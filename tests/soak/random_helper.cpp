@@ -15,7 +15,7 @@ constexpr CLSID helper_class_id = {
 constexpr DISPID on_click = -600;
 constexpr DISPID on_ready_state_change = -609;
 
-// One event as a host that keeps to no rule sends it.
+// One event of a host that follows no rules.
 void invoke(random_source& random, IDispatch* sink, DISPID event, std::vector<VARIANT> arguments)
 {
     DISPPARAMS parameters{};
@@ -76,7 +76,7 @@ const char* random_helper::set_site()
         helper_->SetSite(other->dispatch()); // no browser
         break;
     case 2:
-        helper_->SetSite(helper_); // nothing a browser would do
+        helper_->SetSite(helper_); // nothing that a browser would do
         helper_->SetSite(nullptr);
         break;
     default:
@@ -121,7 +121,7 @@ const char* random_helper::change_page()
     return "change a page";
 }
 
-// Values of any type; by-reference ones point to something of this object.
+// Values of any type; by-reference ones point to a member of this object.
 std::vector<VARIANT> random_helper::any_arguments(IDispatch* likely)
 {
     std::vector<VARIANT> arguments(random_.below(9));

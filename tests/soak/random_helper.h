@@ -1,4 +1,4 @@
-// Random calls of a helper object and random events at its sinks, with pages and a browser that misbehave.
+// Random calls of a helper object and random events at its sinks, with pages and a browser that fail.
 #pragma once
 
 #include "tests/document/module_under_test.h"
@@ -12,7 +12,7 @@ namespace quill::soak {
 class random_helper
 {
 public:
-    // The fixture of one stretch of steps; a stretch makes one call of the browser or of a page fail.
+    // The fixture of one stretch of steps; in each stretch one call of the browser or of a page fails.
     random_helper(const test::module_under_test& module, random_source& random, test::fake_tab& tab);
     ~random_helper();
     random_helper(const random_helper&) = delete;
@@ -33,7 +33,7 @@ private:
     CComPtr<IObjectWithSite> helper_;
     CComPtr<test::fake_browser> browser_;
     std::vector<CComPtr<test::fake_document>> pages_;
-    CComVariant referred_[4]; // what by-reference arguments point to
+    CComVariant referred_[4]; // the targets of by-reference arguments
     VARIANT_BOOL flag_ = VARIANT_FALSE;
 };
 

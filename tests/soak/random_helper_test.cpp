@@ -1,5 +1,5 @@
-// Random sequences against the helper object. QUILL_SOAK_SEED and QUILL_SOAK_STEPS make a sequence again;
-// with QUILL_SOAK_TRACE each step is written before it is made.
+// Random sequences against the helper object. QUILL_SOAK_SEED and QUILL_SOAK_STEPS repeat a sequence; with
+// QUILL_SOAK_TRACE each step is printed before it is made.
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/soak/random_helper.h"
 #include "tests/soak/settings.h"

@@ -1,4 +1,4 @@
-// Random steps that can be made again: everything comes from one seeded engine.
+// Reproducible random steps: everything comes from one seeded engine.
 #pragma once
 
 #include <windows.h>
@@ -23,7 +23,7 @@ public:
         return values.begin()[below(values.size())];
     }
 
-    // Mostly small, sometimes at the ends of what the type holds.
+    // Mostly small, sometimes at the limits of the type.
     LONG number()
     {
         return chance(4) ? one_of<LONG>({0, -1, 1, 0x7fff, 0xffff, 0x7fffffff, LONG{-0x7fffffff} - 1})

@@ -16,7 +16,7 @@ namespace {
 
 constexpr DWORD settle_ms = 6'000; // the system's idle workers end after five seconds
 
-// Blocks in use on every heap of the process: what is lost shows here to the byte.
+// Blocks in use on every heap of the process, so that a leak shows to the byte.
 void measure_heaps(sample& line)
 {
     HANDLE heaps[64] = {};
@@ -34,8 +34,8 @@ void measure_heaps(sample& line)
     }
 }
 
-// Committed memory that belongs to the process alone. Asked of the map of its memory, since not every system
-// keeps the counter.
+// Committed private memory of the process. Read from its memory map, since not every system maintains the
+// counter.
 std::uint64_t private_bytes()
 {
     std::uint64_t total = 0;
@@ -62,7 +62,7 @@ void expect_no_growth(const char* what, Number before, Number after, Number limi
     EXPECT_LE(after, before + limit) << what << " grew over the run";
 }
 
-// How much a count grew; negative when it fell.
+// The growth of a count; negative if it fell.
 template <class Count>
 double growth(const sample_table& table, std::size_t index, const Count& count)
 {
@@ -92,7 +92,7 @@ BOOL CALLBACK count_own_tree(HWND window, LPARAM count)
     return TRUE;
 }
 
-// Windows of all threads of this process, those without a place on the screen included.
+// Windows of all threads of this process, invisible ones included.
 DWORD all_windows()
 {
     DWORD count = 0;
@@ -130,8 +130,8 @@ void sample_table::add(std::size_t done, bool settled)
 
 double sample_table::heap_bytes_each(std::size_t index) const
 {
-    // The steepest of the ways to each later line: a thread of the system's that ends before the last one
-    // takes more along than some downloads leave.
+    // The steepest slope to any later line: a thread of the system that ends before the last line frees more
+    // than some downloads leave.
     const sample& before = lines_[index];
     double steepest = 0;
     for (std::size_t later = index + 1; later < lines_.size(); ++later) {
@@ -188,8 +188,8 @@ void expect_no_steeper_than(const sample_table& bare, const sample_table& table,
                             const known_growth& known)
 {
     ASSERT_LT(index + 1, table.lines().size());
-    // What belongs to a thread of the system's, and whether there is one at the moment. On a busy machine
-    // urlmon keeps one download in some dozens: a string, its address, and up to eight blocks with it.
+    // The resources of a thread of the system, which may or may not exist at the moment. Under load urlmon
+    // leaks one download in some dozens: a string, its URL, and up to eight blocks.
     const auto cycles = static_cast<double>(table.lines().back().done - table.lines()[index].done);
     constexpr double handles = 4, threads = 2, private_bytes = 4 << 20;
     const auto strings = [](const sample& line) { return line.task_memory; };

@@ -1,4 +1,4 @@
-// What the process holds at points of a long run, as a table, and whether it stays the same.
+// The resources of the process at points of a long run, as a table, and the check that they do not grow.
 #pragma once
 
 #include "tests/support/process_resources.h"
@@ -16,7 +16,7 @@ struct sample
     std::size_t done = 0;
     test::process_resources counts;
     DWORD user_objects =
-        0; // where the system does not tell: windows of all threads, unseen ones too, and menus
+        0; // where the system does not count them: windows of all threads, invisible ones included, and menus
     long task_memory = 0; // strings and task memory blocks
     std::uint64_t heap_bytes = 0;
     std::uint64_t heap_blocks = 0;
@@ -25,14 +25,14 @@ struct sample
 
 sample take_sample(std::size_t done);
 
-// Limits of what may be more at the end than after the warm-up, for the whole run. Counts are exact: what
-// a cycle leaves behind would be there once for each of them.
+// Limits of the growth between warm-up and end, for the whole run. Counts are exact: a leak would appear once
+// for each cycle.
 struct growth_limits
 {
     DWORD kernel_handles = 0;
     DWORD gdi_objects = 0;
     DWORD threads = 0;
-    long task_memory = 4;           // what a thread that the system starts meanwhile keeps
+    long task_memory = 4;           // allocated by a thread that the system starts meanwhile
     std::uint64_t heap_blocks = 24; // the same
     std::uint64_t heap_bytes_each = 16;
     std::uint64_t private_bytes_each = 1024;
@@ -43,14 +43,14 @@ class sample_table
 public:
     explicit sample_table(std::string title) : title_(std::move(title))
     {
-        lines_.reserve(16); // the table itself must not show in it
+        lines_.reserve(16); // the table itself must not appear in it
     }
 
-    // Takes a line down; a settled one waits first for what is on its way out, if there is
-    // more than after the warm-up.
+    // Adds a line; a settled one first waits for resources that are being freed, if there are more than after
+    // the warm-up.
     void add(std::size_t done, bool settled);
     void print() const;
-    // Compares the last line with the one at the index, which is where the warm-up ends.
+    // Compares the last line with the one at the index, the end of the warm-up.
     void expect_flat_from(std::size_t index, const growth_limits& limits) const;
     // Growth for each cycle from the line at the index to the last.
     double heap_bytes_each(std::size_t index) const;
@@ -61,10 +61,10 @@ private:
     std::vector<sample> lines_;
 };
 
-// What a run without the module grows by, and a little: the limits for the same run with it.
+// The growth of a run without the module, and a little more: the limits for the same run with it.
 growth_limits growth_of(const sample_table& table, std::size_t index);
 
-// What may be more for a reason that is known.
+// Growth with a known cause.
 struct known_growth
 {
     double kernel_handles = 0;
@@ -73,18 +73,19 @@ struct known_growth
     double heap_bytes = 0;
 };
 
-// Compares a run through the browser's engine with the same run without what is under test: from the line at
-// the index to the last, everything may grow by no more than in the other, by what is known, and by what
-// comes and goes.
+// Compares a run in the browser's engine with the same run without the code under test: from the line at the
+// index to the last, nothing may grow by more than in the other run, the known growth, and what comes and
+// goes.
 void expect_no_steeper_than(const sample_table& bare, const sample_table& table, std::size_t index,
                             const known_growth& known = {});
-// What a table grew by from the line at the index to the last.
+// The growth of a table from the line at the index to the last.
 known_growth growth_since(const sample_table& table, std::size_t index);
 
-// A run of many cycles with a line of the table after the warm-up and at regular intervals; ends early when
-// a test has failed.
+// A run of many cycles, with a line of the table after the warm-up and at regular intervals; ends early if a
+// test has failed.
 template <class Cycle>
-void run_cycles(sample_table& table, std::size_t warm_up, std::size_t cycles, bool settles, const Cycle& cycle)
+void run_cycles(sample_table& table, std::size_t warm_up, std::size_t cycles, bool settles,
+                const Cycle& cycle)
 {
     constexpr std::size_t intervals = 8;
     table.add(0, false);

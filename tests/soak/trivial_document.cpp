@@ -1,5 +1,7 @@
 #include "tests/soak/trivial_document.h"
 
+#include "tests/support/fakes/com_object.h"
+
 #include <windows.h>
 
 #include <docobj.h>
@@ -20,52 +22,20 @@ constexpr wchar_t class_text[] = L"{3F0C5D11-8E42-4C7B-9A60-5B1DE724C80F}";
 constexpr wchar_t type_key[] =
     L"SOFTWARE\\Classes\\MIME\\Database\\Content Type\\application/x-quill-trivial";
 
-long living_documents = 0;
+long live_documents = 0;
 std::size_t shown_documents = 0;
 std::wstring last_shown_address;
 trivial_documents::work work_of_each;
 
-class document final : public IPersistMoniker,
-                       public IOleObject,
-                       public IOleDocument,
-                       public IOleDocumentView,
-                       public IOleInPlaceObject
+class document final
+    : public test::heap_object<IPersistMoniker, IOleObject, IOleDocument, IOleDocumentView, IOleInPlaceObject>
 {
 public:
-    document() { ++living_documents; }
-    ~document()
+    document() { ++live_documents; }
+    ~document() override
     {
         hide();
-        --living_documents;
-    }
-    document(const document&) = delete;
-    document& operator=(const document&) = delete;
-
-    STDMETHODIMP QueryInterface(REFIID iid, void** out) override
-    {
-        *out = nullptr;
-        if (iid == IID_IUnknown || iid == IID_IPersist || iid == IID_IPersistMoniker)
-            *out = static_cast<IPersistMoniker*>(this);
-        else if (iid == IID_IOleObject)
-            *out = static_cast<IOleObject*>(this);
-        else if (iid == IID_IOleDocument)
-            *out = static_cast<IOleDocument*>(this);
-        else if (iid == IID_IOleDocumentView)
-            *out = static_cast<IOleDocumentView*>(this);
-        else if (iid == IID_IOleInPlaceObject || iid == IID_IOleWindow)
-            *out = static_cast<IOleInPlaceObject*>(this);
-        if (!*out)
-            return E_NOINTERFACE;
-        AddRef();
-        return S_OK;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return ++references_; }
-    STDMETHODIMP_(ULONG) Release() override
-    {
-        const ULONG left = --references_;
-        if (left == 0)
-            delete this;
-        return left;
+        --live_documents;
     }
 
     STDMETHODIMP Load(BOOL, IMoniker* moniker, IBindCtx* context, DWORD) override
@@ -153,7 +123,7 @@ public:
     }
     STDMETHODIMP UIDeactivate() override { return S_OK; }
 
-    // What the engine has no need of.
+    // Methods that the engine does not need.
     STDMETHODIMP IsDirty() override { return S_FALSE; }
     STDMETHODIMP Save(IMoniker*, IBindCtx*, BOOL) override { return E_NOTIMPL; }
     STDMETHODIMP SaveCompleted(IMoniker*, IBindCtx*) override { return E_NOTIMPL; }
@@ -187,6 +157,13 @@ public:
     STDMETHODIMP ReactivateAndUndo() override { return E_NOTIMPL; }
 
 private:
+    IUnknown* find(REFIID iid) override
+    {
+        if (iid == IID_IPersist)
+            return unknown();
+        return iid == IID_IOleWindow ? static_cast<IOleInPlaceObject*>(this) : heap_object::find(iid);
+    }
+
     void hide()
     {
         work_.reset();
@@ -194,7 +171,6 @@ private:
             DestroyWindow(window);
     }
 
-    ULONG references_ = 0;
     ComPtr<IOleClientSite> client_site_;
     ComPtr<IOleInPlaceSite> in_place_site_;
     HWND window_ = nullptr;
@@ -202,25 +178,17 @@ private:
     std::shared_ptr<void> work_;
 };
 
-class document_class final : public IClassFactory
+class document_class final : public test::heap_object<IClassFactory>
 {
 public:
-    STDMETHODIMP QueryInterface(REFIID iid, void** out) override
-    {
-        *out = iid == IID_IUnknown || iid == IID_IClassFactory ? this : nullptr;
-        return *out ? S_OK : E_NOINTERFACE;
-    }
-    STDMETHODIMP_(ULONG) AddRef() override { return 2; }
-    STDMETHODIMP_(ULONG) Release() override { return 1; }
     STDMETHODIMP CreateInstance(IUnknown*, REFIID iid, void** out) override
     {
-        ComPtr<IPersistMoniker> made = new document;
+        ComPtr<IPersistMoniker> made;
+        made.Attach(new document);
         return made->QueryInterface(iid, out);
     }
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 };
-
-document_class the_class;
 
 } // namespace
 
@@ -228,8 +196,11 @@ trivial_documents::trivial_documents()
 {
     EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, type_key, L"CLSID", REG_SZ, class_text, sizeof class_text),
               ERROR_SUCCESS);
-    EXPECT_EQ(CoRegisterClassObject(class_id, &the_class, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie_),
-              S_OK);
+    ComPtr<IClassFactory> factory;
+    factory.Attach(new document_class);
+    EXPECT_EQ(
+        CoRegisterClassObject(class_id, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie_),
+        S_OK);
 }
 
 trivial_documents::~trivial_documents()
@@ -256,7 +227,7 @@ const std::wstring& trivial_documents::last_shown() const
 
 long trivial_documents::living() const
 {
-    return living_documents;
+    return live_documents;
 }
 
 } // namespace quill::soak

@@ -1,5 +1,5 @@
-// A document object that does nothing but stand in a window: what the browser's engine itself keeps of each
-// document that it shows.
+// A document object that only shows a window, to measure what the browser's engine allocates for each
+// document.
 #pragma once
 
 #include <windows.h>
@@ -13,7 +13,7 @@ namespace quill::soak {
 
 inline constexpr char trivial_type[] = "application/x-quill-trivial";
 
-// While an instance lives, the engine shows content of that type with such objects.
+// In its scope, the engine shows content of that type with such objects.
 class trivial_documents
 {
 public:
@@ -22,13 +22,13 @@ public:
     trivial_documents(const trivial_documents&) = delete;
     trivial_documents& operator=(const trivial_documents&) = delete;
 
-    // What each document from now on does while it has a window, with the address that it was loaded from:
-    // made with the window, let go of with it. Null: nothing.
+    // Work of each later document while it has a window, with its URL: created with the window and destroyed
+    // with it. nullptr for none.
     using work = std::function<std::shared_ptr<void>(const std::wstring& address)>;
     void give_work(work each);
 
     std::size_t shown() const;
-    // The address of the one that was shown last.
+    // The URL of the last document that was shown.
     const std::wstring& last_shown() const;
     long living() const;
 

@@ -14,7 +14,7 @@
 namespace quill::test {
 namespace {
 
-// What a life may leave behind that no fake counts.
+// Resources that no fake counts.
 struct counted
 {
     process_resources resources;
@@ -29,7 +29,7 @@ struct counted
     }
 };
 
-// What the system's own threads still close on a loaded machine is gone a moment later; a leak stays.
+// Under load the system's own threads close some handles a moment later; a leak stays.
 counted settled(const counted& wanted)
 {
     constexpr ULONGLONG deadline_ms = 2'000;
@@ -47,8 +47,8 @@ counted settled(const counted& wanted)
 
 void expect_balance(const std::function<void()>& scenario, balance_proof proof)
 {
-    constexpr int most_runs = 10; // the system's own threads come and go
-    constexpr int strict = 2;     // one balanced run may lie between two that leave something behind
+    constexpr int most_runs = 10; // the system's own threads start and end
+    constexpr int strict = 2;     // a single balanced run may occur between two that leak
     int balanced_runs_wanted = proof == balance_proof::one_of_many ? 1 : strict;
     int balanced_runs = 0;
     std::ostringstream seen;
@@ -56,7 +56,7 @@ void expect_balance(const std::function<void()>& scenario, balance_proof proof)
     seen << "before: " << before;
     for (int run = 1; run <= most_runs && !testing::Test::HasFailure(); ++run) {
         scenario();
-        // The first run makes what the system keeps: no use waiting.
+        // The first run creates what the system keeps, so waiting would not help.
         const counted after = run == 1 ? counted::now() : settled(before);
         seen << "\nafter run " << run << ": " << after;
         if (after != before)
@@ -67,7 +67,7 @@ void expect_balance(const std::function<void()>& scenario, balance_proof proof)
         before = after;
     }
     if (!testing::Test::HasFailure())
-        ADD_FAILURE() << "something is left behind again and again\n" << seen.str();
+        ADD_FAILURE() << "every run leaks\n" << seen.str();
 }
 
 void expect_balance_in_loop(const std::function<void()>& scenario)

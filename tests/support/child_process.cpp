@@ -7,8 +7,8 @@
 namespace quill::test {
 namespace {
 
-// Output goes to files: a pipe would have to be read while the program runs, and would stay open as long
-// as any process that inherited it.
+// Output goes to files: a pipe would have to be read while the program runs, and would stay open in every
+// process that inherits it.
 HANDLE inheritable_file(const std::wstring& path)
 {
     SECURITY_ATTRIBUTES inheritable{sizeof inheritable, nullptr, TRUE};

@@ -20,7 +20,7 @@ volatile int sink_of_values;
     sink_of_values = number / *divisor;
 }
 
-// Deeper than any stack is.
+// More levels than any stack holds.
 [[gnu::noinline]] int fill_stack(int depth)
 {
     volatile char page[page_size];
@@ -68,8 +68,8 @@ void read_page()
     read_through(static_cast<const int*>(forbidden_page()));
 }
 
-// A system that has the whole stack in use from the start leaves the guard page at its end, whatever is to
-// be kept: it is put where it belongs.
+// Some systems commit the whole stack at the start and leave the guard page at its end; it is moved to where
+// the reserve begins.
 void keep_stack_for_handling()
 {
     constexpr ULONG size = 64 * 1024;

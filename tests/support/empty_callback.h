@@ -1,4 +1,4 @@
-// A download's callback that wants to know nothing.
+// A bind status callback that does nothing.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@
 
 namespace quill::test {
 
-// Counts no references: it must outlive the download.
+// Not reference counted: it must outlive the download.
 class empty_callback : public IBindStatusCallback
 {
 public:

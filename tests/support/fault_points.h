@@ -1,4 +1,4 @@
-// The places at which a call fails once in some test: which of them a run takes, and how many they were.
+// Which calls of a routine a fault-injection loop makes fail, and how many they were.
 #pragma once
 
 #include <windows.h>
@@ -8,9 +8,9 @@
 
 namespace quill::test {
 
-// A long loop over a routine's calls is run for many ways of failing. The usual run takes every sixth call
-// for each way, beginning elsewhere for each, so that between them they are spread over all calls; with
-// QUILL_EVERY_FAULT set every way takes every call.
+// A loop over the calls of a routine runs once for each way of failing. The short form takes every sixth call
+// and starts at another call for each way, so that together they cover all calls; with QUILL_EVERY_FAULT set
+// each way takes every call.
 struct fault_calls
 {
     int first;
@@ -30,7 +30,7 @@ inline fault_calls calls_that_fail(int way)
     return {1 + way % usual_step, usual_step};
 }
 
-// Writes one line, "fault points: N of ROUTINE", for a finished loop over a routine's calls.
+// Prints "fault points: N of ROUTINE" for a finished loop over the calls of a routine.
 inline void report_fault_points(const char* routine, std::size_t points)
 {
     std::printf("fault points: %zu of %s\n", points, routine);

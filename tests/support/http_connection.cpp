@@ -78,7 +78,12 @@ http_connection::http_connection(SOCKET socket, HANDLE stop, HANDLE release)
 
 http_connection::~http_connection()
 {
-    shutdown(socket_, SD_SEND);
+    if (resets_) {
+        const linger abort{1, 0};
+        setsockopt(socket_, SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&abort), sizeof abort);
+    } else {
+        shutdown(socket_, SD_SEND);
+    }
     closesocket(socket_);
     WSACloseEvent(ready_);
 }
@@ -127,6 +132,7 @@ void http_connection::write_response(const http_response& response, bool with_bo
         return;
     for (std::size_t time = 0; time < response.body_repeats && send_body(response); ++time) {
     }
+    resets_ = response.reset;
 }
 
 bool http_connection::send_all(std::string_view bytes)

@@ -1,4 +1,4 @@
-// One connection of the test server: non-blocking socket work that a stop event can break off.
+// One connection of the test server: non-blocking socket calls that a stop event interrupts.
 #pragma once
 
 #include "tests/support/http_server.h"
@@ -12,7 +12,8 @@
 
 namespace quill::test {
 
-// Owns the socket. Closing is in good order unless unread bytes are left.
+// Owns the socket. The connection is closed in good order unless unread bytes are left or the response resets
+// it.
 class http_connection
 {
 public:
@@ -22,7 +23,7 @@ public:
     http_connection(const http_connection&) = delete;
     http_connection& operator=(const http_connection&) = delete;
 
-    // Nothing when the client went away or the server stops.
+    // No value if the client disconnected or the server stops.
     std::optional<http_request> read_request();
     void write_response(const http_response& response, bool with_body);
 
@@ -38,6 +39,7 @@ private:
     WSAEVENT ready_;
     HANDLE stop_;
     HANDLE release_;
+    bool resets_ = false;
 };
 
 } // namespace quill::test

@@ -130,7 +130,7 @@ void http_server::implementation::accept_clients()
     const WSAEVENT knocking = WSACreateEvent();
     WSAEventSelect(listener_, knocking, FD_ACCEPT);
     const std::array<HANDLE, 3> handles{stop_.handle, client_done_.handle, knocking};
-    // When many knock at once, not every knock is told of: the door is looked at now and then anyway.
+    // Under many simultaneous connections the event may be signalled for some only, so accept is also polled.
     constexpr DWORD look_again_ms = 20;
     while (WaitForMultipleObjects(handles.size(), handles.data(), FALSE, look_again_ms) != WAIT_OBJECT_0) {
         WSANETWORKEVENTS events{};
@@ -146,7 +146,7 @@ void http_server::implementation::accept_clients()
     }
     closesocket(listener_);
     WSACloseEvent(knocking);
-    // Every client sees the stop event; nobody else touches the list once accepting has ended.
+    // The stop event ends every client; no other thread accesses the list after accepting has ended.
     for (client& each : clients_)
         each.thread.join();
     clients_.clear();
@@ -224,6 +224,14 @@ http_response http_response::ok(std::string body, std::string content_type)
     http_response response;
     response.headers = {{"Content-Type", std::move(content_type)}};
     response.body = std::move(body);
+    return response;
+}
+
+http_response http_response::slow(std::string body, std::size_t piece_size, std::uint32_t piece_delay_ms)
+{
+    http_response response = ok(std::move(body));
+    response.piece_size = piece_size;
+    response.piece_delay_ms = piece_delay_ms;
     return response;
 }
 

@@ -1,4 +1,5 @@
-// The system's notice of libraries that come and go. Its own headers do not declare it.
+// The loader's notifications of libraries that are loaded and unloaded. The system headers do not declare
+// them.
 #pragma once
 
 #include <windows.h>
@@ -15,15 +16,15 @@ struct library_notice
     void* base;
     ULONG size;
 };
-inline constexpr ULONG library_came = 1; // the other reason: it goes
+inline constexpr ULONG library_came = 1; // the other reason is the unloading
 using notice_handler = void(CALLBACK*)(ULONG reason, const library_notice* notice, void* context);
 
-// Of LdrRegisterDllNotification and LdrUnregisterDllNotification. A handler is called on the thread that
-// loads, before the library's own entry point.
+// LdrRegisterDllNotification and LdrUnregisterDllNotification. A handler is called on the loading thread,
+// before the entry point of the library.
 using register_function = NTSTATUS(NTAPI*)(ULONG flags, notice_handler handler, void* context, void** cookie);
 using unregister_function = NTSTATUS(NTAPI*)(void* cookie);
 
-// Null when the system does not have it.
+// nullptr if the system does not have it.
 template <class Function>
 Function system_function(const char* name)
 {

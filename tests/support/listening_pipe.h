@@ -1,4 +1,4 @@
-// A named pipe with a server at its end, which notes whether anybody opened it.
+// A named pipe with a server that records whether a client has opened it.
 #pragma once
 
 #include <windows.h>
@@ -11,7 +11,7 @@
 
 namespace quill::test {
 
-// A client is turned away at once: one that reads would wait for ever.
+// A client is disconnected at once: one that reads would wait forever.
 class listening_pipe
 {
 public:
@@ -38,7 +38,7 @@ public:
     listening_pipe(const listening_pipe&) = delete;
     listening_pipe& operator=(const listening_pipe&) = delete;
 
-    // The name behind "\\.\pipe\".
+    // The name after "\\.\pipe\".
     const std::wstring& name() const { return name_; }
     bool was_opened() const
     {

@@ -1,5 +1,5 @@
-// The log lines that the code under test writes in this very program, caught before any sink. For code
-// that is linked into the test; a loaded DLL has a logger of its own (see log_file.h).
+// Captures the log lines of code that is linked into the test program. A loaded DLL has a logger of its own,
+// see log_file.h.
 #pragma once
 
 #include <functional>
@@ -13,7 +13,7 @@ class logger;
 
 namespace quill::test {
 
-// Catches lines of every level while it lives, and puts the former logger back at the end.
+// Captures lines of every level in its scope, and restores the former logger at its end.
 class log_capture
 {
 public:
@@ -24,9 +24,9 @@ public:
 
     // The lines so far, each as "level: text", for example "debug: ACTIVEDOC ...". Any thread may write.
     std::vector<std::string> lines() const;
-    // Forgets the lines so far.
+    // Discards the lines so far.
     void clear();
-    // Called with every line from now on, before the code under test goes on.
+    // Called with each later line, before the statement that logs it returns.
     void on_line(std::function<void(const std::string&)> action);
 
 private:

@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <gtest/gtest.h>
 #include <shlobj.h>
 
 #include <cstdio>
@@ -11,7 +12,7 @@
 namespace quill::test {
 namespace {
 
-// A line may be of any length, which the regular expressions of the library are not made for.
+// A line may be of any length, which std::regex does not handle: only its head is matched.
 log_line parse_line(const std::string& line)
 {
     static const std::regex shape(R"((\d\d:\d\d:\d\d:\d{6}) \[t:(\d+)\] \[([a-z]+)\] )");
@@ -21,6 +22,20 @@ log_line parse_line(const std::string& line)
     if (!std::regex_search(head, parts, shape, std::regex_constants::match_continuous))
         return {"malformed", line, "", ""};
     return {parts[3], line.substr(static_cast<std::size_t>(parts.length(0))), parts[2], parts[1]};
+}
+
+// The folder is removed at the end of the test, so a failing test prints its log files.
+void print_logs(const std::wstring& folder)
+{
+    WIN32_FIND_DATAW found{};
+    const HANDLE search = FindFirstFileW((folder + L"\\*.log").c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return;
+    do {
+        const std::string text = read_file(folder + L"\\" + found.cFileName).value_or("");
+        std::printf("module log %ls:\n%s\n", found.cFileName, text.c_str());
+    } while (FindNextFileW(search, &found));
+    FindClose(search);
 }
 
 } // namespace
@@ -61,6 +76,8 @@ log_folder_scope::log_folder_scope(folder wanted) : lock_(L"log-folder"), path_(
 
 log_folder_scope::~log_folder_scope()
 {
+    if (testing::Test::HasFailure())
+        print_logs(path_);
     remove_path(path_);
 }
 

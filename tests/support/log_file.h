@@ -1,4 +1,4 @@
-// The log file that the module writes, as a test reads it.
+// The log file that the module writes, for tests to read.
 #pragma once
 
 #include "tests/support/scopes.h"
@@ -10,7 +10,7 @@
 
 namespace quill::test {
 
-// One line, taken apart: "12:34:56:123456 [t:42] [debug] text".
+// One parsed line: "12:34:56:123456 [t:42] [debug] text".
 struct log_line
 {
     std::string level;
@@ -18,7 +18,7 @@ struct log_line
     std::string thread = {};
     std::string time = {};
 
-    // Compares what the module decides: level and text.
+    // Compares level and text, which the module decides.
     friend bool operator==(const log_line& a, const log_line& b)
     {
         return a.level == b.level && a.text == b.text;
@@ -27,15 +27,15 @@ struct log_line
 
 void PrintTo(const log_line& line, std::ostream* out);
 
-// Takes a log's text apart at its "\r\n"; a line that is not built as above gets the level "malformed".
+// Splits a log at "\r\n"; a line of another form gets the level "malformed".
 std::vector<log_line> parse_log(const std::string& text);
 
-// The folder "<profile>\.quill\test", whose existence sends the module's log file into it.
+// The folder "<profile>\.quill\test". If it exists, the module writes its log file there.
 std::wstring profile_log_folder_path();
 
-// Makes that folder (or makes sure that there is none), and removes it with all its files at the end.
-// While it exists, a process whose QUILL_LOG_LEVEL is set logs into it. Other test programs that use the
-// folder wait meanwhile.
+// Creates that folder (or removes it, if it is to be absent), and removes it with its files at the end. While
+// it exists, a process whose QUILL_LOG_LEVEL is set logs into it. Other test programs that use the folder
+// wait meanwhile.
 class log_folder_scope
 {
 public:
@@ -50,9 +50,9 @@ public:
     log_folder_scope(const log_folder_scope&) = delete;
     log_folder_scope& operator=(const log_folder_scope&) = delete;
 
-    // The log file of a process; stem is its program's name up to the first dot.
+    // The log file of a process; stem is the name of its program up to the first dot.
     std::wstring file_of(const std::wstring& stem, DWORD process_id) const;
-    // The lines of this process's log file so far.
+    // The lines in the log file of this process so far.
     std::vector<log_line> lines() const;
 
 private:

@@ -7,7 +7,7 @@
 
 int wmain(int argc, wchar_t** argv)
 {
-    // A failing assertion or an access violation ends the program; nobody is there to answer a dialog.
+    // A failing assertion or an access violation ends the program: a dialog would wait forever.
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
     testing::InitGoogleMock(&argc, argv);
     quill::test::start_watchdog();

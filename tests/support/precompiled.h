@@ -1,4 +1,4 @@
-// What nearly every file of the tests includes. A file still includes what it uses itself.
+// Headers that nearly every file of the tests includes. Each file still includes what it uses.
 #pragma once
 
 #include <windows.h>

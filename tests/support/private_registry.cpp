@@ -50,7 +50,7 @@ std::string data_text(DWORD type, const std::vector<BYTE>& data)
     if (type == REG_SZ) {
         std::wstring text(data.size() / sizeof(wchar_t), L'\0');
         std::memcpy(text.data(), data.data(), text.size() * sizeof(wchar_t));
-        // Exactly one terminator belongs to the data; any other number shows.
+        // The data includes exactly one terminator; any other number is shown.
         if (!text.empty() && text.back() == L'\0')
             text.pop_back();
         else

@@ -13,7 +13,7 @@
 namespace quill::test {
 namespace {
 
-// The list of every handle in the system, which the headers' enumeration does not name.
+// The information class that lists every handle in the system; the headers do not name it.
 constexpr ULONG extended_handle_information = 64;
 using query_system_information = NTSTATUS(NTAPI*)(ULONG, void*, ULONG, ULONG*);
 constexpr NTSTATUS length_mismatch = static_cast<NTSTATUS>(0xC0000004);
@@ -37,7 +37,7 @@ struct handle_list
     handle_entry entries[1];
 };
 
-// GetProcessHandleCount answers 0 where it is not implemented.
+// GetProcessHandleCount returns 0 where it is not implemented.
 DWORD kernel_handle_count()
 {
     DWORD count = 0;
@@ -73,7 +73,7 @@ struct gdi_entry
 constexpr std::size_t gdi_table_offset = 0xF8;
 constexpr std::size_t gdi_table_size = 0x4000;
 
-// GetGuiResources answers 0 where it is not implemented; there the table belongs to this process alone.
+// GetGuiResources returns 0 where it is not implemented; there the table belongs to this process alone.
 DWORD gdi_object_count()
 {
     if (const DWORD count = GetGuiResources(GetCurrentProcess(), GR_GDIOBJECTS))
@@ -86,7 +86,7 @@ DWORD gdi_object_count()
     return count;
 }
 
-// A menu is known by the low half of its handle too, so all that there can be are asked.
+// The low half of a menu handle identifies the menu too, so all possible values are tried.
 DWORD menu_count()
 {
     DWORD count = 0;
@@ -109,7 +109,7 @@ DWORD thread_count()
     return count;
 }
 
-// The system makes these with a thread's first window and keeps them until the thread ends.
+// The system creates these with the first window of a thread and keeps them until the thread ends.
 bool is_input_method_window(HWND window)
 {
     wchar_t name[32] = {};
@@ -147,7 +147,7 @@ void dispatch_messages()
 
 bool start_window_system()
 {
-    // Wine 10's common controls leave nine GDI objects behind each time they are unloaded.
+    // The common controls of Wine 10 leak nine GDI objects each time they are unloaded.
     LoadLibraryW(L"comctl32.dll");
     for (const wchar_t* name : {L"STATIC", L"EDIT"}) {
         const HWND window = CreateWindowExW(0, name, L"x", WS_POPUP | WS_VISIBLE, 0, 0, 8, 8, nullptr,

@@ -1,4 +1,4 @@
-// Counts of what the process holds, to prove that a scenario gives everything back.
+// Counts of the resources of the process, to prove that a scenario leaks nothing.
 #pragma once
 
 #include <windows.h>
@@ -15,8 +15,8 @@ struct process_resources
     DWORD threads = 0;
     DWORD windows = 0; // windows of the calling thread, children included, without its input-method window
 
-    // The counts of the calling process at this moment. The first call makes windows and destroys them again,
-    // so that what the window system keeps for good is there before anything is counted.
+    // The current counts of this process. The first call creates windows and destroys them again, so that
+    // what the window system keeps exists before anything is counted.
     static process_resources now();
 
     friend bool operator==(const process_resources&, const process_resources&) = default;

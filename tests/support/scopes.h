@@ -1,5 +1,5 @@
-// Guards for what a test changes outside itself: environment variables, files, registry keys. Each puts
-// things back when it goes out of scope, also after a failed assertion.
+// Guards for what a test changes outside itself: environment variables, files, registry keys. Each restores
+// the former state at the end of its scope, also after a failed assertion.
 #pragma once
 
 #include <windows.h>
@@ -9,7 +9,7 @@
 
 namespace quill::test {
 
-// Sets an environment variable (or removes it, for no value) and restores it afterwards.
+// Sets an environment variable (or removes it, without a value) and restores it at the end of the scope.
 class environment_scope
 {
 public:
@@ -23,8 +23,8 @@ private:
     std::optional<std::wstring> before_;
 };
 
-// Keeps other test programs that ask for the same name waiting: for what all programs of the session
-// share, since ctest may run several at once. One thread may hold a lock several times.
+// Excludes other test programs that use the same name, for state that all programs of the session share:
+// ctest may run several at once. A thread may hold the lock several times.
 class cross_process_lock
 {
 public:
@@ -48,15 +48,15 @@ public:
 
     // The folder's full path, without a backslash at its end.
     const std::wstring& path() const { return path_; }
-    // The full path of something in it.
+    // The full path of an entry in it.
     std::wstring operator/(const std::wstring& name) const { return path_ + L"\\" + name; }
 
 private:
     std::wstring path_;
 };
 
-// Removes a registry key with everything below it, now and at the end of the scope, and keeps other test
-// programs from the same path meanwhile.
+// Removes a registry key with everything below it, at the beginning and at the end of the scope, and excludes
+// other test programs that use the same path.
 class registry_key_scope
 {
 public:
@@ -66,7 +66,7 @@ public:
     registry_key_scope(const registry_key_scope&) = delete;
     registry_key_scope& operator=(const registry_key_scope&) = delete;
 
-    // Creates the key when needed. size counts bytes.
+    // Creates the key if needed. size is in bytes.
     void set(const wchar_t* name, DWORD type, const void* data, DWORD size) const;
     void set_string(const wchar_t* name, const std::wstring& text) const;
     void set_dword(const wchar_t* name, DWORD value) const;
@@ -80,13 +80,13 @@ private:
     REGSAM view_;
 };
 
-// Removes a file or a folder with everything in it; nothing when there is none.
+// Removes a file or a folder with everything in it; ignored if there is none.
 void remove_path(const std::wstring& path);
 
-// Whole contents of a file, which may be open for writing elsewhere; nothing when it cannot be opened.
+// The contents of a file, which may be open for writing elsewhere; no value if it cannot be opened.
 std::optional<std::string> read_file(const std::wstring& path);
 
-// Creates or replaces a file. Returns whether that worked.
+// Creates or replaces a file. Returns whether that succeeded.
 bool write_file(const std::wstring& path, const std::string& contents);
 
 } // namespace quill::test

@@ -1,4 +1,4 @@
-// Nothing that anybody in the process prints is seen.
+// Suppresses the output of the whole process.
 #pragma once
 
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-// The process's indexes for thread-local storage that are still free.
+// The free indexes for thread-local storage of the process.
 #pragma once
 
 #include <windows.h>
@@ -12,7 +12,7 @@ struct storage_indexes
     DWORD tls = 0;
     DWORD fls = 0;
 
-    // Takes all there are and frees them again: no other thread may need one meanwhile.
+    // Allocates all of them and frees them again: no other thread may need one meanwhile.
     static storage_indexes free_now();
 
     friend bool operator==(const storage_indexes&, const storage_indexes&) = default;

@@ -9,7 +9,7 @@ extern "C" void STDAPICALLTYPE SetOaNoCache();
 namespace quill::test {
 namespace {
 
-// Lives as long as the process: the system refuses to part with a spy that saw blocks it has not seen freed.
+// Never destroyed: the system does not release a spy while blocks that it has seen are allocated.
 class allocation_counter final : public IMallocSpy
 {
 public:
@@ -59,7 +59,7 @@ long outstanding_task_memory()
 {
     static allocation_counter counter;
     static const bool counting = [] {
-        SetOaNoCache(); // freed strings go back at once instead of into a store of their own
+        SetOaNoCache(); // frees strings at once instead of caching them
         return CoRegisterMallocSpy(&counter) == S_OK;
     }();
     return counting ? counter.outstanding() : 0;

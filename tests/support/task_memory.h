@@ -1,10 +1,10 @@
-// Counts task memory and automation strings, which no system counter shows.
+// Counts task memory and BSTRs, which no system counter shows.
 #pragma once
 
 namespace quill::test {
 
-// Blocks allocated with CoTaskMemAlloc or SysAllocString, by anybody in this process, since the first
-// call, and not yet freed.
+// Blocks of CoTaskMemAlloc and SysAllocString in this process that were allocated since the first call and
+// are not freed.
 long outstanding_task_memory();
 
 } // namespace quill::test

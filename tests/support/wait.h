@@ -1,4 +1,4 @@
-// Waiting for what another thread or the message queue brings, with a deadline instead of a guess.
+// Waits for conditions that other threads or the message queue bring about, with a deadline.
 #pragma once
 
 #include <windows.h>
@@ -7,7 +7,7 @@ namespace quill::test {
 
 inline constexpr DWORD default_deadline_ms = 30'000;
 
-// Delivers the messages that wait for the calling thread.
+// Dispatches the pending messages of the calling thread.
 inline void pump_messages()
 {
     MSG message;
@@ -17,7 +17,7 @@ inline void pump_messages()
     }
 }
 
-// Pumps the calling thread's messages until condition() is true; false when the deadline passes first.
+// Dispatches messages until condition() is true; false if the deadline passes first.
 template <typename Condition>
 bool wait_until(const Condition& condition, DWORD deadline_ms = default_deadline_ms)
 {

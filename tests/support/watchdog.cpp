@@ -62,7 +62,7 @@ DWORD WINAPI watch_tests(void*)
     }
 }
 
-// Walks with the unwind tables alone: the thread stands still and may hold any lock, the heap's included.
+// Uses the unwind tables only: the thread is suspended and may hold any lock, that of the heap included.
 std::vector<DWORD64> stack_of(HANDLE thread)
 {
     std::vector<DWORD64> frames;

@@ -7,11 +7,11 @@ namespace quill::test {
 
 inline constexpr UINT watchdog_exit_code = 99;
 
-// Watches each test case for QUILL_TEST_LIMIT_MS milliseconds; 150 s when the variable is not set, since a
-// loaded machine takes long. Call once, before RUN_ALL_TESTS.
+// Limits each test case to QUILL_TEST_LIMIT_MS milliseconds; 150 s if the variable is not set, since machines
+// under load are slow. Call once, before RUN_ALL_TESTS.
 void start_watchdog();
 
-// Prints the stack of every thread of this process but the calling one to standard error.
+// Prints the stack of every thread of this process except the calling one to standard error.
 void print_stacks_of_other_threads();
 
 } // namespace quill::test

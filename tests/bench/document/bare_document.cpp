@@ -25,7 +25,7 @@ struct opening
     HWND window = nullptr;
     HWND pane = nullptr;
     std::wstring url;
-    std::wstring folder; // made by the worker
+    std::wstring folder; // created by the worker
     double opened_at = 0;
 };
 
@@ -93,7 +93,7 @@ DWORD WINAPI work(void* parameter)
     try {
         download_with_urlmon(url, path);
     } catch (const std::exception&) {
-        return 1; // the pump ends at its deadline
+        return 1; // never signalled: the pump ends at its deadline
     }
     std::array<char, pdf_check_bytes> bytes{};
     DWORD bytes_read = 0;
@@ -115,7 +115,7 @@ double open_bare_document(HWND parent, const std::wstring& url, const std::wstri
     description.hInstance = GetModuleHandleW(nullptr);
     description.hbrBackground = reinterpret_cast<HBRUSH>(COLOR_WINDOW + 1);
     description.lpszClassName = class_name;
-    RegisterClassW(&description); // fails from the second document on: the class is there
+    RegisterClassW(&description); // fails from the second document on: the class is registered
     opening document;
     document.url = url;
     document.folder = folder;

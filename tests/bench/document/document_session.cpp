@@ -29,7 +29,7 @@ Microsoft::WRL::ComPtr<Interface> query(const Microsoft::WRL::ComPtr<IUnknown>& 
     return result;
 }
 
-// Pumps the calling thread's messages until condition() is true, waking up for nothing else.
+// Dispatches messages of the calling thread until condition() is true; only messages wake it.
 template <class Condition>
 void pump_until(const Condition& condition, HANDLE handle = nullptr)
 {
@@ -45,7 +45,7 @@ void pump_until(const Condition& condition, HANDLE handle = nullptr)
 
 document_session::document_session()
 {
-    ShowWindow(host_.frame_window(), SW_SHOWNA); // what is not seen is not painted
+    ShowWindow(host_.frame_window(), SW_SHOWNA); // invisible windows are not painted
     host_.calls.when("viewer::1", [this] { opened_at_ = now(); });
 }
 

@@ -1,5 +1,4 @@
-// A host with the document object in it, from its creation to the moment when its viewer is told to open the
-// fetched file.
+// A host with the document object, from its creation to the viewer's open call for the downloaded file.
 #pragma once
 
 #include "tests/bench/support/loaded_library.h"
@@ -17,23 +16,24 @@ namespace quill::bench {
 // Fetches url into the file at path.
 using bare_download = std::function<void(const std::wstring& url, const std::wstring& path)>;
 
-// The calling thread must have started OLE. Everything throws std::runtime_error when it fails.
+// The calling thread must have initialised OLE. All functions throw std::runtime_error on failure.
 class document_session
 {
 public:
     document_session();
 
     // Shows the document at url. Returns the time from IPersistMoniker::Load to the viewer's open call, in
-    // nanoseconds; what comes before and after is not counted.
+    // nanoseconds, without the work before and after.
     double open(const std::wstring& url);
-    // Runs a bare download on a thread of its own while this host pumps its messages, and returns its time.
+    // Runs a bare download on a thread of its own while this host dispatches its messages, and returns its
+    // time.
     double run_bare(const std::wstring& url, const bare_download& download);
-    // Opens the document at url with the calls alone that it takes, in this host. Returns its time.
+    // Opens the document at url with the indispensable calls only, in this host. Returns its time.
     double open_bare(const std::wstring& url);
-    // Where the document's window is put, and the library that holds its texts.
+    // The parent of the document's window, and the library with its strings.
     HWND view_window() const { return host_.view_window(); }
     HMODULE library() const { return module_.handle(); }
-    // Lets the host pump its messages with nothing to do.
+    // Dispatches messages while nothing else runs.
     void idle(DWORD duration_ms) const;
 
 private:

@@ -15,7 +15,7 @@ pane_window::pane_window(HWND parent, HMODULE resources)
     description.lpfnWndProc = procedure;
     description.hInstance = GetModuleHandleW(nullptr);
     description.lpszClassName = class_name;
-    RegisterClassW(&description); // fails from the second window on: the class is there
+    RegisterClassW(&description); // fails from the second window on: the class is registered
     RECT area{};
     GetClientRect(parent, &area);
     window_ = CreateWindowExW(0, class_name, L"", WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN, 0, 0, area.right,

@@ -1,5 +1,4 @@
-// A window that shows a download's progress in a status pane, as the document's window does, and does nothing
-// else.
+// A window that only shows the progress of a download in a status pane, as the document's window does.
 #pragma once
 
 #include "retrieval/pane/status_pane.h"
@@ -13,16 +12,16 @@ namespace quill::bench {
 class pane_window
 {
 public:
-    // resources: the library that holds the pane's text.
+    // resources: the library with the pane's text.
     pane_window(HWND parent, HMODULE resources);
     ~pane_window();
     pane_window(const pane_window&) = delete;
     pane_window& operator=(const pane_window&) = delete;
 
     HWND handle() const { return window_; }
-    // Has the pane painted, as a report of progress does.
+    // Paints the pane, as a progress report does.
     void repaint(std::uint32_t percent);
-    // What the system takes for any double-buffered painting of that size, on the same window.
+    // The system's double-buffered painting of that size on the same window.
     void repaint_with_nothing() const;
 
 private:

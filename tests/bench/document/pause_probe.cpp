@@ -19,7 +19,7 @@ pause_probe::pause_probe() : stop_(CreateEventW(nullptr, TRUE, FALSE, nullptr))
     description.lpfnWndProc = procedure;
     description.hInstance = GetModuleHandleW(nullptr);
     description.lpszClassName = class_name;
-    RegisterClassW(&description); // fails from the second probe on: the class is there
+    RegisterClassW(&description); // fails from the second probe on: the class is registered
     window_ = CreateWindowExW(0, class_name, L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr, description.hInstance,
                               nullptr);
     SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));

@@ -1,4 +1,4 @@
-// How long the calling thread's message queue lets a message wait: what its user feels as a pause.
+// How long messages wait in the queue of the calling thread: the pauses that a user notices.
 #pragma once
 
 #include <windows.h>
@@ -7,8 +7,8 @@
 
 namespace quill::bench {
 
-// Posts itself a message every few milliseconds from a thread of its own, for as long as it lives. Build it
-// on the thread that is watched, which must pump messages.
+// In its scope, posts itself a message every few milliseconds from a thread of its own. Create it on the
+// observed thread, which must dispatch messages.
 class pause_probe
 {
 public:
@@ -17,7 +17,7 @@ public:
     pause_probe(const pause_probe&) = delete;
     pause_probe& operator=(const pause_probe&) = delete;
 
-    // The longest wait of a message so far, in nanoseconds, as seen by the watched thread.
+    // The longest time that a message waited so far, in nanoseconds, on the observed thread.
     double longest() const { return longest_; }
 
 private:

@@ -1,4 +1,4 @@
-// A COM server that does nothing but be one: what loading and creating cost at the least.
+// A COM server without any function: the minimum cost of loading and creating.
 #include <windows.h>
 
 #include <unknwn.h>

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-// What a page here does not have shall not be asked for: the figures would be of something else.
+// A call of anything else fails: it would change what the figures measure.
 HRESULT unimplemented_method(const char* name) noexcept
 {
     std::fprintf(stderr, "benchmark failed: the page has no %s\n", name);
@@ -48,7 +48,7 @@ protected:
     }
 
 private:
-    const element_list* elements_; // belongs to the page, null for an empty collection
+    const element_list* elements_; // belongs to the page, nullptr for an empty collection
 };
 
 VARIANT reference_to(VARIANT& target)

@@ -1,5 +1,5 @@
-// A browser and its page that cost next to nothing themselves, so that what a call into them costs is the
-// caller's own: texts are kept as the strings that are handed out, elements are made once.
+// A browser and its page with nearly no cost of their own, so that the time of a call into them is the
+// caller's: texts are stored as the returned strings, elements are created once.
 #pragma once
 
 #include <windows.h>
@@ -16,7 +16,7 @@
 
 namespace quill::bench {
 
-// Bases are without_X<X> of each interface X. The new object has one reference, the creator's.
+// Bases are without_X<X> of each interface X. The new object has one reference, owned by the creator.
 template <class... Bases>
 class counted : public Bases...
 {
@@ -45,7 +45,7 @@ public:
     }
 
 protected:
-    // Not AddRef'd; null for what the object does not have.
+    // Borrowed; nullptr if the object does not have the interface.
     virtual IUnknown* find_interface(REFIID iid) = 0;
 
 private:
@@ -72,9 +72,9 @@ class element : public counted<without_IHTMLElement<IHTMLElement>, without_IHTML
 public:
     explicit element(element_text text) : text_(std::move(text)) {}
 
-    // The elements below, by their tag's name.
+    // The descendants with this tag name.
     std::map<std::wstring, element_list, std::less<>> below;
-    // Those directly below.
+    // The children.
     element_list children;
     int rewritten() const { return rewritten_; }
 
@@ -96,13 +96,13 @@ private:
     int rewritten_ = 0;
 };
 
-// Fires its events at whoever is connected.
+// Fires its events at its sinks.
 class connection_point : public counted<without_IConnectionPoint<IConnectionPoint>>
 {
 public:
     explicit connection_point(const IID& events) : events_(events) {}
 
-    // Arguments in the order in which they are packed, last first.
+    // Arguments in the order of DISPPARAMS, last first.
     void fire(DISPID event, VARIANT* arguments, UINT count);
 
     HRESULT STDMETHODCALLTYPE Advise(IUnknown* sink, DWORD* cookie) override;
@@ -152,7 +152,7 @@ public:
     CComPtr<IDispatch> shown;
     IUnknown* unknown() { return static_cast<IWebBrowser2*>(this); }
 
-    // Fires the events as a browser does, building the arguments anew. Returns whether it was cancelled.
+    // Fires the event as a browser does, with new arguments. Returns whether it was cancelled.
     bool before_navigate(const std::wstring& url);
     void document_complete(const std::wstring& url);
 
@@ -167,7 +167,7 @@ private:
     CComPtr<connection_point> events_;
 };
 
-// Owns the first reference of a new object.
+// Takes over the first reference of a new object.
 template <class Object, class... Arguments>
 CComPtr<Object> make(Arguments&&... arguments)
 {

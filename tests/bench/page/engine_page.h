@@ -1,4 +1,4 @@
-// A page read by the stand-in for the HTML engine.
+// A page in the stand-in for the HTML engine.
 #pragma once
 
 #include "tests/bench/support/loaded_library.h"
@@ -10,13 +10,13 @@
 
 namespace quill::bench {
 
-// The page's file is there for as long as this lives. engine must outlive it.
+// The file of the page exists in its scope. engine must outlive it.
 class engine_page
 {
 public:
     engine_page(const loaded_library& engine, const std::string& html);
 
-    // A new page, read to its end. Throws std::runtime_error when that fails.
+    // A new page, loaded completely. Throws std::runtime_error on failure.
     CComPtr<IDispatch> read() const;
 
 private:

@@ -10,7 +10,7 @@
 namespace quill::bench {
 namespace {
 
-// In both views of the registry, since it is in neither where nothing is installed.
+// Reads both views of the registry, since the key is in neither if nothing is installed.
 void read_setting()
 {
     for (const REGSAM view : {REGSAM{KEY_WOW64_64KEY}, REGSAM{KEY_WOW64_32KEY}}) {
@@ -43,7 +43,7 @@ void for_each(Parent* parent, const wchar_t* tag, const Use& use)
     }
 }
 
-// Who made the page, and whether SharePoint's own scripts are on it.
+// The generator of the page, and whether SharePoint's own scripts are on it.
 void read_head(IHTMLDocument3* page)
 {
     CComPtr<IHTMLElement> root;

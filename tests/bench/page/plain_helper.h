@@ -1,5 +1,4 @@
-// What the helper object is measured against: a helper object that attaches itself to a browser and does as
-// little as its task allows.
+// The baseline of the helper object: attaches itself to a browser and does the minimum of the task.
 #pragma once
 
 #include "tests/bench/page/engine_objects.h"
@@ -9,10 +8,10 @@ namespace quill::bench {
 enum class sink_task
 {
     nothing,
-    read_setting,        // at SetSite: where the editor is, as the helper object has to
-    read_links,          // at DocumentComplete: the address of every link of the page
-    read_links_and_pdfs, // and the markup of those that lead to a PDF
-    record_page,         // and what the page's head says of its maker, and a sink for the page's events
+    read_setting,        // at SetSite: the path of the editor, as the helper object reads it
+    read_links,          // at DocumentComplete: the URL of every link of the page
+    read_links_and_pdfs, // and the markup of links to PDFs
+    record_page,         // and the generator in the head of the page, and a sink for the events of the page
 };
 
 class plain_helper : public counted<IObjectWithSite, IDispatch>

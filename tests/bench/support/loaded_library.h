@@ -1,4 +1,4 @@
-// A COM server DLL from beside the program, entered through its exports.
+// A COM server DLL in the folder of the program, called through its exports.
 #pragma once
 
 #include <windows.h>
@@ -13,7 +13,7 @@ inline constexpr CLSID active_document_class = {
 inline constexpr CLSID helper_class = {
     0x8d41f0b2, 0x6c7a, 0x4e93, {0xb5, 0xd8, 0x2a, 0x0f, 0x19, 0xc6, 0xe4, 0xd7}};
 
-// Throws std::runtime_error when something fails. Unloads the library at the end.
+// Throws std::runtime_error on failure. Unloads the library at the end.
 class loaded_library
 {
 public:

@@ -12,7 +12,7 @@
 namespace quill::bench {
 namespace {
 
-// A batch is long against the clock's own cost and short against the time that the system gives a thread.
+// A batch is long compared with the cost of the clock and short compared with a time slice.
 constexpr double batch_ns = 500'000;
 constexpr int rounds_in_full = 400;
 constexpr int fewest_rounds = 21;
@@ -28,7 +28,7 @@ double time_batch(const repeated& work, std::size_t times)
 
 std::size_t repetitions_for_a_batch(const repeated& work)
 {
-    work(1); // what is made once and kept is made here
+    work(1); // initialises what is created once and kept
     double one = std::numeric_limits<double>::max();
     std::size_t times = 1;
     for (;;) {
@@ -86,7 +86,7 @@ comparison compare_shortest(const repeated& ours, const repeated& baseline)
 comparison compare_shortest_runs(const timed_run& ours, const timed_run& baseline)
 {
     constexpr double budget_ns = 2.0e9; // with all preparation
-    ours();                             // what is made once and kept is made here
+    ours();                             // initialises what is created once and kept
     const double start = now();
     comparison best{ours(), baseline(), 0};
     const int most = is_short_run() ? prepared_rounds_in_short : rounds_in_full;
@@ -102,12 +102,12 @@ comparison compare_shortest_runs(const timed_run& ours, const timed_run& baselin
 
 comparison compare_medians(const timed_run& ours, const timed_run& baseline, int rounds)
 {
-    baseline(); // the first of all pays for what is made once and kept
+    baseline(); // the first run initialises what is created once and kept
     ours();
     std::vector<double> our_times, baseline_times;
-    std::vector<double> ratios[2]; // of the rounds in which the baseline was first, and we were
+    std::vector<double> ratios[2]; // of the rounds in which the baseline was first, and the others
     for (int round = 0; round < rounds; ++round) {
-        // Turn about, so that neither side always finds what the other has left.
+        // Alternates the order, so that neither side always runs in the state that the other has left.
         const bool ours_first = round % 2 == 1;
         const double first = ours_first ? ours() : baseline();
         const double second = ours_first ? baseline() : ours();
@@ -115,8 +115,7 @@ comparison compare_medians(const timed_run& ours, const timed_run& baseline, int
         baseline_times.push_back(ours_first ? second : first);
         ratios[ours_first].push_back(our_times.back() / baseline_times.back());
     }
-    // Whoever is second may be slower by a tenth: the one median of all would be that of the more frequent
-    // order.
+    // The second one may be slower by a tenth: one median of all would be that of the more frequent order.
     const double ratio =
         ratios[1].empty() ? median(ratios[0]) : std::sqrt(median(ratios[0]) * median(ratios[1]));
     return {median(our_times), median(baseline_times), ratio};

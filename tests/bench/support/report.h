@@ -8,22 +8,22 @@
 
 namespace quill::bench {
 
-// What the program was started with.
+// The command line of the program.
 struct options
 {
-    bool is_short = false;       // --short: a few rounds with small data, which judge nothing
-    std::wstring server = {};    // --server URL: where the download benchmarks fetch from
-    std::wstring documents = {}; // --documents FOLDER: what make-old-documents made
+    bool is_short = false;       // --short: a few rounds with small data, which are not judged
+    std::wstring server = {};    // --server URL: the server of the download benchmarks
+    std::wstring documents = {}; // --documents FOLDER: the output of make-old-documents
 };
 const options& current_options();
 bool is_short_run(); // current_options().is_short
 
-// The largest value that will do.
+// The largest acceptable value.
 struct target
 {
     double most;
-    // A target that cannot be met is kept and shown as missed, but does not make the run a failure. The line
-    // that says so says why.
+    // A target that cannot be met is kept and shown as missed, but does not make the run fail. The line says
+    // why.
     bool is_known_missed = false;
 
     // NOLINTNEXTLINE(google-explicit-constructor): a number is a target
@@ -36,14 +36,14 @@ struct target
     }
 };
 
-// One line: what was measured, both times, their ratio and its target; none for a line that only informs.
+// One line: the name, both times, their ratio and its target; no target for information only.
 void report(const std::string& what, const comparison& measured, std::optional<target> aim = {});
-// A line with figures of its own. value and limit are in the unit.
+// A line with its own figures. value and limit are in the unit.
 void report_value(const std::string& what, double value, const std::string& unit,
                   std::optional<target> limit = {});
 
-// Runs a program's benchmarks. The exit code: 0, or 1 when a target is missed that is not known to be, 2 when
-// a benchmark failed.
+// Runs the benchmarks of a program. The exit code: 0, or 1 if a target is missed that is not known to be, 2
+// if a benchmark failed.
 int run(int argc, wchar_t** argv, void (*benchmarks)());
 
 } // namespace quill::bench

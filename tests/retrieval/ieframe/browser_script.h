@@ -1,5 +1,5 @@
-// How a test's own ieframe.dll reaches the test: the program exports the script that the library's four
-// functions play.
+// Connects the test's ieframe.dll with the test: the program exports the script that the library's four
+// functions follow.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// The browser's save functions as a test wants them. WITHOUT_... leaves one of them out.
+// Scripted replacements of the browser's save functions. WITHOUT_... omits one of them.
 #include "tests/retrieval/ieframe/browser_script.h"
 
 namespace {

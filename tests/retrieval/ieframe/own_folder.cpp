@@ -14,7 +14,7 @@
 namespace quill::test {
 namespace {
 
-// Set for the copy of the program: the folder that the original lies in.
+// Set for the copy of the program: the folder of the original.
 constexpr wchar_t home_variable[] = L"QUILL_TEST_HOME";
 
 constexpr DWORD usual_deadline_ms = 150'000;
@@ -26,8 +26,7 @@ std::wstring variable(const wchar_t* name)
     return value;
 }
 
-// The copy's tests are watched by a watchdog of its own; with a limit that is given there may be several of
-// them.
+// The copy has a watchdog of its own; with an explicit limit there may be several tests.
 DWORD run_deadline_ms()
 {
     const unsigned long limit_ms = std::wcstoul(variable(L"QUILL_TEST_LIMIT_MS").c_str(), nullptr, 10);
@@ -35,7 +34,7 @@ DWORD run_deadline_ms()
     return limit_ms > 0 ? limit_ms * tests : usual_deadline_ms;
 }
 
-// What follows the program's name in the command line.
+// The command line after the program's name.
 std::wstring arguments()
 {
     const wchar_t* rest = GetCommandLineW();
@@ -50,7 +49,7 @@ void prefer_own_library(const std::wstring& program)
     RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"ieframe", REG_SZ, order, sizeof order);
 }
 
-// Runs a copy of this program in a folder of its own, with the same arguments, and ends as it ends.
+// Runs a copy of this program in a folder of its own, with the same arguments, and exits with its exit code.
 [[noreturn]] void run_copy()
 {
     wchar_t self[MAX_PATH] = {};

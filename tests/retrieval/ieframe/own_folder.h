@@ -1,13 +1,13 @@
-// Gives the running test program a folder of its own, in which it can put an ieframe.dll beside itself:
-// Wine takes a program's own copy of that library only by a registry value that has to stand before the
-// program starts, and a copy beside all test programs would be taken by all of them.
+// Gives the running test program a folder of its own for an ieframe.dll: Wine loads a program's own copy of
+// that library only if a registry value is set before the program starts, and a copy in the folder of all
+// test programs would be loaded by all of them.
 #pragma once
 
 #include <string>
 
 namespace quill::test {
 
-// The variants of the test's ieframe.dll that were built; the name stands for what is left out.
+// The variants of the test's ieframe.dll; the name says which function is missing.
 enum class ieframe
 {
     complete,
@@ -17,10 +17,11 @@ enum class ieframe
     without_cancel
 };
 
-// Puts a library that lies beside the original program beside the running copy, too; it stays there.
+// Copies a library from the folder of the original program to that of the running copy; it is not removed.
 void bring_along(const std::wstring& library);
 
-// Puts a variant beside this program, in place of any other, and takes it away again.
+// Installs a variant in the folder of this program, replacing any other, and removes it at the end of the
+// scope.
 class ieframe_scope
 {
 public:

@@ -19,7 +19,7 @@ wchar_t* task_string(const std::wstring& text)
     return copy;
 }
 
-// The functions that the library's calls end in. The system may load the library outside any test.
+// Called by the functions of the library. The system may load the library outside any test.
 
 void loaded(bool is_loaded)
 {
@@ -71,7 +71,7 @@ HRESULT get_folder(REFKNOWNFOLDERID folder_id, wchar_t** folder)
     return current->folder_result;
 }
 
-// False for the state that a dialog gave which gives none.
+// False for the state of a dialog that returned none.
 bool take_back(HANDLE state)
 {
     EXPECT_EQ(state, current->gives_state ? save_browser::state : nullptr);
@@ -79,7 +79,7 @@ bool take_back(HANDLE state)
     return state != nullptr;
 }
 
-// As the browser's broker: moves the copy to where the user wants it.
+// Moves the copy to the chosen place, as the broker of the browser does.
 HRESULT save_file(HANDLE state, const wchar_t* source)
 {
     save_browser& browser = *current;

@@ -23,7 +23,7 @@ void add_dialog(std::vector<save_fault>& faults)
                               browser.gives_destination = false;
                           },
                       .calls = asked_only});
-    // The path is none of the caller's business; a state that is none is the browser's to refuse.
+    // The caller does not own the path; an invalid state is for the browser to refuse.
     for (const bool writes_null : {true, false}) {
         const std::string how = writes_null ? "null" : "nothing";
         faults.push_back({.name = "dialog gives " + how + " for a path",

@@ -1,5 +1,5 @@
-// Every call of saving a copy, going wrong once in each way that it may: the browser's functions, the
-// library that they are in, and the system's calls between them.
+// Each call of saving a copy, failing once in every way: the functions of the browser, the library that
+// exports them, and the system calls between them.
 #pragma once
 
 #include "tests/retrieval/ieframe/own_folder.h"
@@ -15,21 +15,21 @@ namespace quill::test {
 struct save_fault
 {
     std::string name;
-    // Arranges it. shown is the file that is to be saved; whoever arranges makes it anew afterwards.
+    // Injects the fault. shown is the file to save; the caller creates it again afterwards.
     std::function<void(save_browser& browser, const std::wstring& shown)> arrange;
-    std::vector<std::string> calls; // of the browser's functions, to its end
+    std::vector<std::string> calls; // of the browser's functions, in full
     int result = 0;                 // of SaveDocumentAs
-    bool saves = false;             // whether the copy is at its place all the same
-    // What is beside the program; nothing: the system's own library.
+    bool saves = false;             // whether the copy is at its place anyway
+    // The library in the folder of the program; without one, the system's own.
     std::optional<ieframe> library = ieframe::complete;
 };
 
 std::vector<save_fault> every_save_fault();
-// Nothing goes wrong.
+// No fault.
 save_fault no_save_fault();
 
-// What every save has to leave behind, whatever became of it: the state given back once if there was one,
-// and no file but the saved one.
+// What every save must leave, whatever its result: the state released once if there was one, and no file but
+// the saved one.
 void expect_tidy(const save_browser& browser, const save_fault& fault);
 
 } // namespace quill::test

@@ -11,7 +11,7 @@
 namespace quill::test {
 namespace {
 
-// Takes whatever its caller passes: the caller cleans up its own arguments.
+// Accepts any arguments: in this calling convention the caller removes its own arguments.
 template <auto Result, DWORD Error>
 std::uintptr_t answer()
 {
@@ -34,7 +34,7 @@ void add(functions& all, const ways& same_ways, std::initializer_list<const char
         all.push_back({name, same_ways, name});
 }
 
-// Counted as one: whoever calls any of them gets no memory.
+// Counted as one group: for the caller, each of them is a failed allocation.
 void add_memory(functions& all)
 {
     const fault_way none = way<0, ERROR_NOT_ENOUGH_MEMORY>("no memory");
@@ -88,7 +88,7 @@ void add_files(functions& all)
          "fwrite"});
     add(all, {way<-1, ERROR_DISK_FULL>("failure")},
         {"_filelengthi64", "_wmkdir", "_wremove", "_wrename", "_wstat64", "fflush"});
-    // As in a browser, which has no output.
+    // As in a browser, which has no standard output.
     add(all, {way<-1, ERROR_INVALID_HANDLE>("none")}, {"_fileno", "_get_osfhandle"});
     const fault_way failure = way<E_FAIL, ERROR_SUCCESS>("E_FAIL");
     add(all, {failure, way<E_ACCESSDENIED, ERROR_SUCCESS>("E_ACCESSDENIED")}, {"SHGetFolderPathW"});

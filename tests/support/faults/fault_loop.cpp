@@ -18,12 +18,12 @@ bool is_of_kind(const fault_place& place, fault_kind kind)
     return kind == fault_kind::either || (place.group == memory_group) == (kind == fault_kind::memory);
 }
 
-// Whether it failed.
+// Whether the place failed.
 template <class Run>
 bool run_one(const fault_place& place, const Run& run)
 {
     SCOPED_TRACE(to_text(place));
-    std::printf("fails: %s\n", to_text(place).c_str()); // what a crash was about
+    std::printf("fails: %s\n", to_text(place).c_str()); // identifies the place if the run crashes
     std::fflush(stdout);
     const bool has_failed = run(place);
     if (place.failures() > 1)
@@ -51,8 +51,8 @@ void run_each(const char* routine, fault_kind kind, const std::vector<fault_plac
     report_fault_points(routine, points);
 }
 
-// Which of the calls after the first failure fail: the near ones, in which it is dealt with, and some of
-// those farther away.
+// Distances from the first failure to the second: the calls nearby, where the first failure is handled, and
+// some farther away.
 std::vector<int> distances(fault_kind second)
 {
     if (second == fault_kind::memory)
@@ -60,8 +60,8 @@ std::vector<int> distances(fault_kind second)
     return {1, 2, 3, 5, 8, 13, 21, 34};
 }
 
-// The first calls of each function, then every fourth: dozens are made alike. A call's ways are taken in
-// turn. With memory gone for good every later request fails anyway.
+// The first calls of each function, then every fourth, since dozens are similar. The ways of a call are taken
+// in turn. If memory stays exhausted, every later request fails anyway.
 std::vector<fault_place> first_failures(const std::vector<fault_place>& places)
 {
     std::vector<fault_place> firsts;
@@ -80,7 +80,7 @@ std::vector<fault_place> first_failures(const std::vector<fault_place>& places)
 fault_place pair_of(const fault_place& first, fault_kind second, int distance)
 {
     fault_place pair = first;
-    // Each of a function's ways has its turn.
+    // Takes the ways of a function in turn.
     pair.next = {distance, second, static_cast<std::size_t>(distance + first.call)};
     return pair;
 }
@@ -95,7 +95,7 @@ std::mt19937 announced_random()
     return std::mt19937(seed);
 }
 
-// Every pair until a failure; gives how many failed twice.
+// Runs every pair until a test failure; returns how many pairs were reached.
 template <class Run>
 std::size_t run_all_pairs(const std::vector<fault_place>& firsts, fault_kind second, const Run& run)
 {
@@ -106,15 +106,15 @@ std::size_t run_all_pairs(const std::vector<fault_place>& firsts, fault_kind sec
             if (testing::Test::HasFailure())
                 return points;
             if (!have_failed)
-                break; // the thread is through before that
+                break; // the thread ended before that call
             ++points;
         }
     }
     return points;
 }
 
-// Pairs at random until a failure, or until as many as are wanted have failed twice: not every first failure
-// leaves as many calls as the distance asks for.
+// Runs random pairs until a test failure or until enough have been reached: not every first failure is
+// followed by as many calls as the distance requires.
 template <class Run>
 std::size_t run_some_pairs(const std::vector<fault_place>& firsts, fault_kind second, std::size_t wanted,
                            const Run& run)
@@ -171,7 +171,7 @@ void fail_pairs(const char* routine, fault_kind second, const std::vector<fault_
 {
     run_pairs(routine, second, places, usual_pairs, [&](const fault_place& pair) {
         bool have_failed = false;
-        // Thousands in the long run: one balanced run will do, if it is the first.
+        // Thousands in the long form: one balanced run suffices if it is the first.
         expect_balance([&] { have_failed = scenario(pair) || have_failed; }, balance_proof::one_of_many);
         return have_failed;
     });

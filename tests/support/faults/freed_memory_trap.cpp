@@ -17,7 +17,7 @@ struct trap_state
 {
     std::mutex lock;
     std::size_t smallest = 0;
-    std::map<void*, std::size_t> blocks; // of their own pages, and their sizes
+    std::map<void*, std::size_t> blocks; // each on pages of its own, with its size
     std::vector<void*> freed;
 };
 

@@ -1,5 +1,5 @@
-// Makes every use of a freed block of the module's end the test program: a freed block is usually still
-// readable, and a test that reads it passes.
+// Makes any access to a freed block of the module an access violation. A freed block usually remains
+// readable, so that a test which reads it would pass.
 #pragma once
 
 #include <windows.h>
@@ -8,9 +8,9 @@
 
 namespace quill::test {
 
-// While this lives, blocks of at least that many bytes that the module allocates get pages of their own, and
-// lose the right to be accessed when the module frees them. Built before the module allocates such a block,
-// and destroyed when it has none any more. One at a time.
+// In its scope, blocks of at least that many bytes that the module allocates get pages of their own, which
+// become inaccessible when the module frees them. Create it before the module allocates such a block and
+// destroy it after the last one is freed. One at a time.
 class freed_memory_trap
 {
 public:

@@ -25,7 +25,7 @@ struct group_count
     std::atomic<int> calls{0};
 };
 
-// An imported function as the module finds it: what it is, whose count it is in.
+// An imported function, its address, and the group in which it is counted.
 struct counted_import
 {
     const fallible_function* function;
@@ -34,7 +34,7 @@ struct counted_import
     std::atomic<code_address> original{nullptr};
 };
 
-// What the module's calls meet. Only written while the module does not run.
+// The state that the stubs read. Only written while the module does not run.
 struct fault_state
 {
     std::vector<group_count> groups;
@@ -46,7 +46,7 @@ struct fault_state
     std::atomic<bool> failed{false};
     following_fault next;
     std::atomic<DWORD> failed_on{0}; // the thread
-    std::atomic<int> calls_after{0}; // of those that next counts
+    std::atomic<int> calls_after{0}; // counted as next.kind says
     std::atomic<const counted_import*> failed_next{nullptr};
     std::mutex threads_lock;
     std::vector<HANDLE> threads;
@@ -55,7 +55,7 @@ struct fault_state
 
 fault_state& state();
 
-// In the module's place for CreateThread: keeps a handle of its own to wait for.
+// Replaces the module's CreateThread: duplicates the handle to wait for the thread.
 HANDLE WINAPI create_known_thread(SECURITY_ATTRIBUTES* security, SIZE_T stack, LPTHREAD_START_ROUTINE routine,
                                   void* parameter, DWORD flags, DWORD* id)
 {
@@ -76,7 +76,7 @@ bool is_of_kind(const group_count& group, fault_kind kind)
     return kind == fault_kind::either || group.is_memory == (kind == fault_kind::memory);
 }
 
-// Whether the call, which is made after the place has failed, is the one that fails next.
+// Whether this call, made after the place has failed, is the second one to fail.
 bool is_next(fault_state& all, const counted_import& import)
 {
     if (all.next.distance == 0 || all.failed_on != GetCurrentThreadId() ||
@@ -86,8 +86,8 @@ bool is_next(fault_state& all, const counted_import& import)
     return true;
 }
 
-// Called for every call of a counted import, on any thread; says where it goes. Must not change the last
-// error, nor call anything that the counted functions might be.
+// Called for every call of a counted import, on any thread; returns its target. Must not change the last
+// error or call a function that may be counted.
 code_address destination(counted_import* import) noexcept
 {
     fault_state& all = state();
@@ -123,7 +123,7 @@ void watch_module(HMODULE module)
     }
 }
 
-// Comes after the imports are found and before the library's own entry point.
+// Called after the imports are bound and before the entry point of the library.
 void CALLBACK take_notice(ULONG reason, const library_notice* notice, void*)
 {
     const std::wstring_view name(notice->base_name->Buffer, notice->base_name->Length / sizeof(wchar_t));
@@ -131,7 +131,7 @@ void CALLBACK take_notice(ULONG reason, const library_notice* notice, void*)
         watch_module(static_cast<HMODULE>(notice->base));
 }
 
-// Made once: the module's stubs, and so what they count into, stay for the life of the process.
+// Created once: the stubs, and so the counters, remain for the lifetime of the process.
 fault_state& state()
 {
     static fault_state* const all = [] {
@@ -206,7 +206,7 @@ std::string to_text(const fault_place& place)
 
 import_faults::import_faults()
 {
-    state(); // made here and not inside the loader
+    state(); // created here and not under the loader lock
     const auto listen = system_function<register_function>("LdrRegisterDllNotification");
     if (!listen || listen(0, take_notice, nullptr, &notice_) != 0)
         throw std::runtime_error("the loader does not say what it loads");

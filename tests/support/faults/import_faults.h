@@ -1,4 +1,4 @@
-// Faults of the system's functions, at the place where the module calls them: in the table of its imports.
+// Faults of system functions, injected where the module calls them: in its import table.
 #pragma once
 
 #include <windows.h>
@@ -9,22 +9,22 @@
 
 namespace quill::test {
 
-// Whatever can be jumped to in place of an imported function.
+// Any code that can replace an imported function.
 using code_address = const void*;
 
-// The group of all functions that give memory.
+// The group of all functions that allocate memory.
 inline constexpr char memory_group[] = "memory";
 
-// One way in which a function fails: a function that takes whatever the failing one takes, sets the last
-// error and answers as the failing one does.
+// One way in which a function fails: a replacement with the same parameters that sets the last error and
+// returns what the failing function returns.
 struct fault_way
 {
     const char* name;
     code_address function;
-    bool stays = false; // every further call fails as well
+    bool stays = false; // all later calls fail too
 };
 
-// A function that can fail, with its ways. Functions of one group are counted as one.
+// A function that can fail, with its ways. The functions of a group are counted together.
 struct fallible_function
 {
     const char* name;
@@ -32,31 +32,30 @@ struct fallible_function
     const char* group;
 };
 
-// Every function of the module's imports that can fail where the module calls it.
+// All imported functions that can fail where the module calls them.
 const std::vector<fallible_function>& fallible_functions();
 
-// Why an import is none of them; null for a name that is not known.
+// Why an import is not among them; nullptr for an unknown name.
 const char* reason_to_leave_alone(const std::string& name);
-// All those with a reason.
+// All imports with such a reason.
 std::vector<std::string> names_left_alone();
 
 enum class fault_kind
 {
-    calls, // every function but those that give memory
+    calls, // every function but those that allocate memory
     memory,
     either
 };
 
-// A second failure, on the thread of the first: the distance-th call of its kind after it.
+// A second failure on the thread of the first: the distance-th call of its kind after it.
 struct following_fault
 {
     int distance = 0; // 0: none
     fault_kind kind = fault_kind::calls;
-    std::size_t way = 0; // of the function that is met there, modulo the number of its ways
+    std::size_t way = 0; // of the function called there, modulo the number of its ways
 };
 
-// Whether an import comes from the C or C++ runtime or the log's library, and not with each version of
-// theirs.
+// Whether an import comes from the C or C++ runtime or the logging library and depends on their version.
 bool depends_on_toolchain(const std::string& name);
 
 // The number-th call of a function or a group in a run, and the way in which it fails.
@@ -66,15 +65,15 @@ struct fault_place
     int call;
     std::size_t way;
     std::string way_name;
-    bool stays; // what fails does not recover
+    bool stays; // the function does not recover
     following_fault next = {};
 
     int failures() const { return next.distance > 0 ? 2 : 1; }
 };
 std::string to_text(const fault_place& place);
 
-// From its construction on, every QuillPDF.IE.dll that is loaded calls its imports by way of a count, from
-// the first instruction of its own; what the rest of the process calls is not counted. One at a time.
+// From its construction on, every QuillPDF.IE.dll that is loaded calls its imports through counting stubs,
+// from its entry point on; calls of other modules are not counted. One at a time.
 class import_faults
 {
 public:
@@ -83,34 +82,34 @@ public:
     import_faults(const import_faults&) = delete;
     import_faults& operator=(const import_faults&) = delete;
 
-    // Begins to count anew. Nothing fails.
+    // Resets the counters. No call fails.
     void count();
-    // Begins to count anew; the place fails, once, and then what follows it.
+    // Resets the counters; the place fails once, and then the second failure of the place.
     void fail(const fault_place& place);
-    // Nothing fails from here on, and nothing is counted.
+    // Stops failing and counting calls.
     void stop();
 
-    // While this lives, the module's calls of an imported function go elsewhere; they are counted, and fail,
+    // In its scope, the module's calls of an imported function go to a replacement; they are counted and fail
     // as before.
     void stand_in(const char* function, code_address replacement);
 
     bool has_failed() const; // whether the place was reached
     // How many of the place's failures were reached.
     int failures() const;
-    // The function or group that failed second in the last run with a place; empty when none did.
+    // The function or group of the second failure in the last run with a place; empty without one.
     static std::string failed_next();
     // The calls of a function or a group since count().
     static int calls(const std::string& group);
-    // All places that the calls since count() make, those of a function after one another.
+    // All places among the calls since count(), grouped by function.
     std::vector<fault_place> places() const;
-    // The module's own threads of this count: waits until all have ended, delivering messages meanwhile.
+    // Waits until all threads of the module since count() have ended, and dispatches messages meanwhile.
     bool wait_for_threads();
 
 private:
     void* notice_ = nullptr;
 };
 
-// The names of all functions that a module in memory imports.
+// The names of all functions that a loaded module imports.
 std::vector<std::string> imported_names(HMODULE module);
 
 } // namespace quill::test

@@ -13,7 +13,7 @@ namespace {
 constexpr std::size_t stub_room = 96; // bytes
 constexpr std::size_t most_stubs = 512;
 
-// Memory for code; it is kept, since the code of a stub may run at any time.
+// Memory for code. Never freed, since a stub may run at any time.
 std::byte* next_room()
 {
     static std::byte* const room = static_cast<std::byte*>(
@@ -24,7 +24,7 @@ std::byte* next_room()
     return room + stub_room * used++;
 }
 
-// Integer and pointer arguments only: none of the functions takes a floating point number in a register.
+// Integer and pointer arguments only: none of the functions takes a floating-point argument in a register.
 code_address make_stub(void* context, code_address chooser)
 {
     static constexpr std::array<unsigned char, 24> keep_arguments = {

@@ -1,4 +1,4 @@
-// The table by which a module in memory calls the functions of other libraries.
+// The import table of a loaded module.
 #pragma once
 
 #include "tests/support/faults/import_faults.h"
@@ -7,8 +7,8 @@ namespace quill::test {
 
 struct counted_import_tag;
 
-// A piece of code that asks chooser(context) and goes on at the address that this gives, with the caller's
-// arguments and on the caller's stack. Made once for each context and kept.
+// A stub that calls chooser(context) and jumps to the address that it returns, with the caller's arguments
+// and stack. Created once for each context and never freed.
 code_address counting_stub(void* context, code_address chooser);
 
 template <class Context>
@@ -17,8 +17,8 @@ code_address counting_stub(Context* context, code_address (*chooser)(Context*) n
     return counting_stub(static_cast<void*>(context), reinterpret_cast<code_address>(chooser));
 }
 
-// Sends the module's calls of an imported function elsewhere. Gives the address that they went to; null when
-// the module does not import it.
+// Redirects the module's calls of an imported function. Returns the former address; nullptr if the module
+// does not import it.
 code_address redirect_import(HMODULE module, const char* name, code_address target);
 
 } // namespace quill::test

@@ -11,7 +11,7 @@ void register_window_class()
     description.lpfnWndProc = DefWindowProcW;
     description.hInstance = GetModuleHandleW(nullptr);
     description.lpszClassName = window_class;
-    RegisterClassW(&description); // fails when it is there already
+    RegisterClassW(&description); // fails if it is registered already
 }
 
 } // namespace

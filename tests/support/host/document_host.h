@@ -1,5 +1,5 @@
-// A strict container for one document object, in the role that the browser plays: windows, site, frame,
-// services. The document under test is driven through its own interfaces by the caller.
+// A strict container for one document object, as the browser is one: windows, site, frame, services. The test
+// drives the document through the document's own interfaces.
 #pragma once
 
 #include "tests/support/host/fake_moniker.h"
@@ -13,12 +13,12 @@
 
 namespace quill::test {
 
-// What the host does when the document asks to be activated. Both orders occur in real hosts.
+// How the host activates a document that asks for it. Both orders occur in real hosts.
 enum class activation_order
 {
     create_view_with_site, // CreateView(site), SetRect, Show
     site_then_ui_activate, // CreateView(null), SetInPlaceSite, UIActivate, SetRect, Show
-    create_view_only,      // CreateView(site) and nothing else
+    create_view_only,      // CreateView(site) only
     nothing,               // S_OK without any view
 };
 
@@ -28,7 +28,7 @@ public:
     document_host();
     document_host(const document_host&) = delete;
     document_host& operator=(const document_host&) = delete;
-    // Fails the test when the document still holds anything.
+    // Fails the test if the document still holds a reference.
     ~document_host();
 
     call_log calls;
@@ -43,23 +43,23 @@ public:
     RECT position{10, 20, 410, 320}; // in client coordinates of view_window()
     RECT clip{0, 0, 2000, 2000};
     activation_order order = activation_order::create_view_with_site;
-    // The results of the steps of the last activation, in their order.
+    // The results of the steps of the last activation, in order.
     std::vector<HRESULT> activation_results;
 
-    // The document whose view ActivateMe(null) creates; not referenced.
+    // The document whose view ActivateMe(nullptr) creates; borrowed.
     IUnknown* document = nullptr;
     Microsoft::WRL::ComPtr<IOleDocumentView> view;
 
     HWND frame_window() const { return frame_window_; }
     HWND view_window() const { return view_window_; }
-    // Closes the host's windows and with them the document's, as a browser does that is closed.
+    // Destroys the host's windows and with them the document's, as a closed browser does.
     void destroy_windows();
 
     // Ctrl+O is command 17, F is 18, Alt+F is 19.
     HACCEL accelerators() const { return accelerators_; }
     UINT accelerator_count() const { return 3; }
 
-    // Called by the site: carries out the configured order.
+    // Called by the site: activates in the configured order.
     HRESULT activate(IOleDocumentView* offered);
 
 private:

@@ -1,7 +1,12 @@
-// The services that the browser offers through its site: the automation object and the shell's window.
+// The services of the browser's site: the automation object and the window of the shell.
 #pragma once
 
-#include "tests/support/host/unexpected_web_browser.h"
+#include "tests/support/fakes/logged_object.h"
+
+#include <exdisp.h>
+#include <mshtml.h>
+#include <ocidl.h>
+#include <unimplemented_interfaces.h>
 
 #include <string>
 #include <vector>
@@ -19,7 +24,7 @@ struct navigation
     VARTYPE headers_type = VT_ILLEGAL;
 };
 
-class host_web_browser final : public unexpected_web_browser
+class host_web_browser final : public logged_object<without_IWebBrowser2<IWebBrowser2>>
 {
 public:
     explicit host_web_browser(call_log& calls);
@@ -30,12 +35,9 @@ public:
     STDMETHODIMP get_LocationURL(BSTR* out) override;
     STDMETHODIMP Navigate(BSTR url, VARIANT* flags, VARIANT* target, VARIANT* post_data,
                           VARIANT* headers) override;
-
-private:
-    IUnknown* find(REFIID iid) override;
 };
 
-class host_shell_window final : public fake_object<IOleWindow>
+class host_shell_window final : public logged_object<without_IOleWindow<IOleWindow>>
 {
 public:
     explicit host_shell_window(call_log& calls);
@@ -43,13 +45,9 @@ public:
     HWND window = nullptr;
 
     STDMETHODIMP GetWindow(HWND* out) override;
-    STDMETHODIMP ContextSensitiveHelp(BOOL) override;
-
-private:
-    IUnknown* find(REFIID iid) override;
 };
 
-// Answers GetWindow of any host object.
-HRESULT answer_window(bad_answer kind, HWND* out, HWND value);
+// Result of GetWindow of any host object.
+HRESULT answer_window(call_fault fault, HWND* out, HWND value);
 
 } // namespace quill::test

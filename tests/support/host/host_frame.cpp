@@ -6,7 +6,7 @@
 
 namespace quill::test {
 
-host_frame::host_frame(call_log& calls) : fake_object(calls, "frame")
+host_frame::host_frame(call_log& calls) : logged_object(calls, "frame")
 {
     for (const char* method :
          {"GetWindow", "SetBorderSpace", "SetActiveObject", "InsertMenus", "SetMenu", "TranslateAccelerator"})
@@ -27,36 +27,13 @@ void host_frame::drop_active_object()
 
 IUnknown* host_frame::find(REFIID iid)
 {
-    if (IsEqualIID(iid, IID_IOleInPlaceFrame) || IsEqualIID(iid, IID_IOleInPlaceUIWindow) ||
-        IsEqualIID(iid, IID_IOleWindow))
-        return this;
-    return nullptr;
-}
-
-HRESULT host_frame::unexpected(const char* method) const
-{
-    ADD_FAILURE() << "unexpected call: IOleInPlaceFrame::" << method;
-    return E_NOTIMPL;
+    const bool is_base = IsEqualIID(iid, IID_IOleInPlaceUIWindow) || IsEqualIID(iid, IID_IOleWindow);
+    return is_base ? this : logged_object::find(iid);
 }
 
 STDMETHODIMP host_frame::GetWindow(HWND* out)
 {
     return answer_window(arrive("IOleInPlaceFrame::GetWindow"), out, window);
-}
-
-STDMETHODIMP host_frame::ContextSensitiveHelp(BOOL)
-{
-    return unexpected("ContextSensitiveHelp");
-}
-
-STDMETHODIMP host_frame::GetBorder(LPRECT)
-{
-    return unexpected("GetBorder");
-}
-
-STDMETHODIMP host_frame::RequestBorderSpace(LPCBORDERWIDTHS)
-{
-    return unexpected("RequestBorderSpace");
 }
 
 STDMETHODIMP host_frame::SetBorderSpace(LPCBORDERWIDTHS widths)
@@ -67,9 +44,9 @@ STDMETHODIMP host_frame::SetBorderSpace(LPCBORDERWIDTHS widths)
 
 STDMETHODIMP host_frame::SetActiveObject(IOleInPlaceActiveObject* object, LPCOLESTR)
 {
-    const bad_answer kind = arrive("IOleInPlaceFrame::SetActiveObject", object ? "object" : "null");
-    if (kind != bad_answer::none)
-        return answer_plain(kind);
+    const call_fault fault = arrive("IOleInPlaceFrame::SetActiveObject", object ? "object" : "null");
+    if (fault != call_fault::none)
+        return answer_plain(fault);
     if (object)
         object->AddRef();
     if (IOleInPlaceActiveObject* const old = std::exchange(active_object_, object))
@@ -83,10 +60,10 @@ STDMETHODIMP host_frame::InsertMenus(HMENU menu, LPOLEMENUGROUPWIDTHS widths)
     EXPECT_EQ(GetMenuItemCount(menu), 0) << "the shared menu was not empty";
     EXPECT_NE(widths, nullptr);
     filled_menus.push_back(menu);
-    const bad_answer kind = arrive("IOleInPlaceFrame::InsertMenus");
-    if (kind == bad_answer::failure || kind == bad_answer::failure_untouched)
-        return answer_plain(kind);
-    // The container's groups are File (0), Container (2) and Window (4); the others stay the object's.
+    const call_fault fault = arrive("IOleInPlaceFrame::InsertMenus");
+    if (is_error(fault))
+        return answer_plain(fault);
+    // The container's groups are File (0), Container (2) and Window (4); the others belong to the object.
     const wchar_t* const titles[] = {L"&File", L"&View", L"&Window"};
     for (UINT index = 0; index < 3; ++index)
         AppendMenuW(menu, MF_STRING, 100 + index, titles[index]);
@@ -101,21 +78,6 @@ STDMETHODIMP host_frame::SetMenu(HMENU menu, HOLEMENU descriptor, HWND active_wi
 {
     set_menus.push_back({menu, descriptor, active_window});
     return answer_plain(arrive("IOleInPlaceFrame::SetMenu", menu || descriptor ? "menu" : "null"));
-}
-
-STDMETHODIMP host_frame::RemoveMenus(HMENU)
-{
-    return unexpected("RemoveMenus");
-}
-
-STDMETHODIMP host_frame::SetStatusText(LPCOLESTR)
-{
-    return unexpected("SetStatusText");
-}
-
-STDMETHODIMP host_frame::EnableModeless(BOOL)
-{
-    return unexpected("EnableModeless");
 }
 
 STDMETHODIMP host_frame::TranslateAccelerator(LPMSG message, WORD command)

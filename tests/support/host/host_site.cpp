@@ -7,7 +7,7 @@
 
 namespace quill::test {
 
-host_site::host_site(call_log& calls, document_host& host) : fake_object(calls, "site"), host_(host)
+host_site::host_site(call_log& calls, document_host& host) : logged_object(calls, "site"), host_(host)
 {
     for (const char* name :
          {"IOleClientSite::GetMoniker", "IOleClientSite::GetContainer", "IOleClientSite::ShowObject",
@@ -36,33 +36,22 @@ IUnknown* host_site::find(REFIID iid)
     return nullptr;
 }
 
-HRESULT host_site::unexpected(const char* method) const
-{
-    ADD_FAILURE() << "unexpected call: " << method;
-    return E_NOTIMPL;
-}
-
-STDMETHODIMP host_site::SaveObject()
-{
-    return answer_plain(arrive("IOleClientSite::SaveObject"), E_NOTIMPL);
-}
-
 STDMETHODIMP host_site::GetMoniker(DWORD assign, DWORD which, IMoniker** out)
 {
-    const bad_answer kind =
+    const call_fault fault =
         arrive("IOleClientSite::GetMoniker", std::to_string(assign) + " " + std::to_string(which));
     EXPECT_EQ(assign, DWORD{OLEGETMONIKER_TEMPFORUSER});
     fake_moniker& moniker = which == OLEWHICHMK_OBJFULL ? host_.object_moniker : host_.container_moniker;
     EXPECT_TRUE(which == OLEWHICHMK_OBJFULL || which == OLEWHICHMK_CONTAINER);
-    return answer_interface<IMoniker>(kind, out, moniker.display_name ? &moniker : nullptr);
+    return answer_interface<IMoniker>(fault, out, moniker.display_name ? &moniker : nullptr);
 }
 
 STDMETHODIMP host_site::GetContainer(IOleContainer** out)
 {
-    const bad_answer kind = arrive("IOleClientSite::GetContainer");
-    if (!host_.container && kind == bad_answer::none)
-        return E_NOTIMPL; // the out argument stays as it was, as the real browser's site leaves it
-    return answer_interface(kind, out, host_.container);
+    const call_fault fault = arrive("IOleClientSite::GetContainer");
+    if (!host_.container && fault == call_fault::none)
+        return E_NOTIMPL; // the browser's own site leaves the out parameter untouched too
+    return answer_interface(fault, out, host_.container);
 }
 
 STDMETHODIMP host_site::ShowObject()
@@ -75,27 +64,17 @@ STDMETHODIMP host_site::OnShowWindow(BOOL)
     return answer_plain(arrive("IOleClientSite::OnShowWindow"));
 }
 
-STDMETHODIMP host_site::RequestNewObjectLayout()
-{
-    return answer_plain(arrive("IOleClientSite::RequestNewObjectLayout"), E_NOTIMPL);
-}
-
 STDMETHODIMP host_site::ActivateMe(IOleDocumentView* view)
 {
-    const bad_answer kind = arrive("IOleDocumentSite::ActivateMe", view ? "view" : "null");
-    if (kind == bad_answer::failure || kind == bad_answer::failure_untouched)
-        return answer_plain(kind);
+    const call_fault fault = arrive("IOleDocumentSite::ActivateMe", view ? "view" : "null");
+    if (is_error(fault))
+        return answer_plain(fault);
     return host_.activate(view);
 }
 
 STDMETHODIMP host_site::GetWindow(HWND* out)
 {
     return answer_window(arrive("IOleInPlaceSite::GetWindow"), out, host_.view_window());
-}
-
-STDMETHODIMP host_site::ContextSensitiveHelp(BOOL)
-{
-    return answer_plain(arrive("IOleInPlaceSite::ContextSensitiveHelp"), E_NOTIMPL);
 }
 
 STDMETHODIMP host_site::CanInPlaceActivate()
@@ -116,7 +95,7 @@ STDMETHODIMP host_site::OnUIActivate()
 STDMETHODIMP host_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document,
                                          LPRECT position, LPRECT clip, LPOLEINPLACEFRAMEINFO info)
 {
-    const bad_answer kind = arrive("IOleInPlaceSite::GetWindowContext");
+    const call_fault fault = arrive("IOleInPlaceSite::GetWindowContext");
     if (!frame || !document || !position || !clip || !info) {
         ADD_FAILURE() << "GetWindowContext without an out argument";
         return E_INVALIDARG;
@@ -125,18 +104,18 @@ STDMETHODIMP host_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUI
     EXPECT_EQ(*document, nullptr) << "the document variable was not initialised";
     EXPECT_EQ(info->cb, sizeof *info);
     EXPECT_EQ(sizeof *info, 32u);
-    if (kind == bad_answer::failure_untouched || kind == bad_answer::failure) {
+    if (is_error(fault)) {
         if (failure_leaves)
             *document = *frame = failure_leaves;
-        return kind == bad_answer::failure ? E_FAIL : E_NOTIMPL;
+        return fault == call_fault::error ? E_FAIL : E_NOTIMPL;
     }
-    if (kind == bad_answer::success_untouched)
+    if (fault == call_fault::untouched)
         return S_OK;
     *frame = nullptr;
     *document = nullptr;
     *position = host_.position;
     *clip = host_.clip;
-    if (kind == bad_answer::success_null)
+    if (fault == call_fault::null_result)
         return S_OK;
     info->fMDIApp = FALSE;
     info->hwndFrame = host_.frame_window();
@@ -147,11 +126,6 @@ STDMETHODIMP host_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUI
     return S_OK;
 }
 
-STDMETHODIMP host_site::Scroll(SIZE)
-{
-    return answer_plain(arrive("IOleInPlaceSite::Scroll"), E_NOTIMPL);
-}
-
 STDMETHODIMP host_site::OnUIDeactivate(BOOL)
 {
     return answer_plain(arrive("IOleInPlaceSite::OnUIDeactivate"));
@@ -160,21 +134,6 @@ STDMETHODIMP host_site::OnUIDeactivate(BOOL)
 STDMETHODIMP host_site::OnInPlaceDeactivate()
 {
     return answer_plain(arrive("IOleInPlaceSite::OnInPlaceDeactivate"));
-}
-
-STDMETHODIMP host_site::DiscardUndoState()
-{
-    return answer_plain(arrive("IOleInPlaceSite::DiscardUndoState"), E_NOTIMPL);
-}
-
-STDMETHODIMP host_site::DeactivateAndUndo()
-{
-    return answer_plain(arrive("IOleInPlaceSite::DeactivateAndUndo"), E_NOTIMPL);
-}
-
-STDMETHODIMP host_site::OnPosRectChange(LPCRECT)
-{
-    return answer_plain(arrive("IOleInPlaceSite::OnPosRectChange"), E_NOTIMPL);
 }
 
 STDMETHODIMP host_site::OnInPlaceActivateEx(BOOL* no_redraw, DWORD)
@@ -198,37 +157,27 @@ STDMETHODIMP host_site::QueryService(REFGUID service, REFIID iid, void** out)
 {
     const bool browser = IsEqualGUID(service, IID_IWebBrowserApp);
     const bool shell = IsEqualGUID(service, SID_SShellBrowser);
-    const bad_answer kind = arrive("IServiceProvider::QueryService", browser ? "browser"
-                                                                     : shell ? "shell"
-                                                                             : "other");
+    const call_fault fault = arrive("IServiceProvider::QueryService", browser ? "browser"
+                                                                      : shell ? "shell"
+                                                                              : "other");
     if (!out) {
         ADD_FAILURE() << "QueryService without an out argument";
         return E_POINTER;
     }
     if (browser) {
         EXPECT_TRUE(IsEqualIID(iid, IID_IWebBrowser2));
-        return answer_interface(kind, reinterpret_cast<IUnknown**>(out),
+        return answer_interface(fault, reinterpret_cast<IUnknown**>(out),
                                 static_cast<IUnknown*>(&host_.browser));
     }
     EXPECT_TRUE(shell) << "a service was asked for that the document does not need";
     EXPECT_TRUE(IsEqualIID(iid, IID_IOleWindow));
-    return answer_interface(kind, reinterpret_cast<IUnknown**>(out), static_cast<IUnknown*>(&host_.shell));
+    return answer_interface(fault, reinterpret_cast<IUnknown**>(out), static_cast<IUnknown*>(&host_.shell));
 }
 
 STDMETHODIMP host_site::GetTypeInfoCount(UINT* count)
 {
     *count = 0;
     return S_OK;
-}
-
-STDMETHODIMP host_site::GetTypeInfo(UINT, LCID, ITypeInfo**)
-{
-    return unexpected("IDispatch::GetTypeInfo");
-}
-
-STDMETHODIMP host_site::GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*)
-{
-    return unexpected("IDispatch::GetIDsOfNames");
 }
 
 STDMETHODIMP host_site::Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS*, VARIANT* result, EXCEPINFO*, UINT*)

@@ -1,11 +1,14 @@
 // The site that the browser gives a document: client site, document site, in-place site, services.
 #pragma once
 
-#include "tests/support/host/fake_object.h"
+#include "tests/support/fakes/logged_object.h"
 
 #include <docobj.h>
+#include <exdisp.h>
+#include <mshtml.h>
 #include <ocidl.h>
 #include <servprov.h>
+#include <unimplemented_interfaces.h>
 
 #include <string>
 
@@ -13,24 +16,25 @@ namespace quill::test {
 
 class document_host;
 
-// Which interfaces the site answers beside IOleClientSite.
+// The interfaces that the site offers besides IOleClientSite.
 struct site_interfaces
 {
     bool document_site = true;
     bool in_place_site = true;
     bool in_place_site_ex = false;
     bool service_provider = true;
-    bool ambient_properties = false; // an IDispatch without any property
+    bool ambient_properties = false; // an IDispatch without properties
 };
 
-class host_site final
-    : public fake_object<IOleClientSite, IOleDocumentSite, IOleInPlaceSiteEx, IServiceProvider, IDispatch>
+class host_site final : public logged_object<without_IOleClientSite<IOleClientSite>, IOleDocumentSite,
+                                             without_IOleInPlaceSiteEx<IOleInPlaceSiteEx>, IServiceProvider,
+                                             without_IDispatch<IDispatch>>
 {
 public:
     host_site(call_log& calls, document_host& host);
 
     site_interfaces offered;
-    // What a GetWindowContext that fails leaves in its out values, without a reference.
+    // What a GetWindowContext that fails leaves in its out parameters, without a reference.
     IOleInPlaceFrame* failure_leaves = nullptr;
     // What an Invoke that fails leaves in its result, without a reference.
     IUnknown* failed_property_leaves = nullptr;
@@ -39,30 +43,23 @@ public:
     IOleInPlaceSite* in_place_site() { return this; }
 
     // IOleClientSite
-    STDMETHODIMP SaveObject() override;
     STDMETHODIMP GetMoniker(DWORD assign, DWORD which, IMoniker** out) override;
     STDMETHODIMP GetContainer(IOleContainer** out) override;
     STDMETHODIMP ShowObject() override;
     STDMETHODIMP OnShowWindow(BOOL) override;
-    STDMETHODIMP RequestNewObjectLayout() override;
 
     // IOleDocumentSite
     STDMETHODIMP ActivateMe(IOleDocumentView* view) override;
 
     // IOleInPlaceSite
     STDMETHODIMP GetWindow(HWND* out) override;
-    STDMETHODIMP ContextSensitiveHelp(BOOL) override;
     STDMETHODIMP CanInPlaceActivate() override;
     STDMETHODIMP OnInPlaceActivate() override;
     STDMETHODIMP OnUIActivate() override;
     STDMETHODIMP GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document, LPRECT position,
                                   LPRECT clip, LPOLEINPLACEFRAMEINFO info) override;
-    STDMETHODIMP Scroll(SIZE) override;
     STDMETHODIMP OnUIDeactivate(BOOL) override;
     STDMETHODIMP OnInPlaceDeactivate() override;
-    STDMETHODIMP DiscardUndoState() override;
-    STDMETHODIMP DeactivateAndUndo() override;
-    STDMETHODIMP OnPosRectChange(LPCRECT) override;
 
     // IOleInPlaceSiteEx
     STDMETHODIMP OnInPlaceActivateEx(BOOL* no_redraw, DWORD) override;
@@ -74,13 +71,10 @@ public:
 
     // IDispatch
     STDMETHODIMP GetTypeInfoCount(UINT* count) override;
-    STDMETHODIMP GetTypeInfo(UINT, LCID, ITypeInfo**) override;
-    STDMETHODIMP GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override;
     STDMETHODIMP Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override;
 
 private:
     IUnknown* find(REFIID iid) override;
-    HRESULT unexpected(const char* method) const;
 
     document_host& host_;
 };

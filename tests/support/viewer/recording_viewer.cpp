@@ -3,7 +3,7 @@
 namespace quill::test {
 
 recording_viewer::recording_viewer(viewer_script& script)
-    : fake_object(script.calls, "viewer"), script_(script), ole_object_(*this)
+    : logged_object(script.calls, "viewer"), script_(script), ole_object_(*this)
 {
 }
 

@@ -1,15 +1,16 @@
-// The strict stand-in for the suite's viewer control: takes down every automation call, checks its form
-// and answers as the test's script says.
+// The strict stand-in for the suite's viewer control: records every automation call, checks its form and
+// returns what the script of the test says.
 #pragma once
 
-#include "tests/support/host/fake_object.h"
+#include "tests/support/fakes/logged_object.h"
 #include "tests/support/viewer/viewer_ole_object.h"
 #include "tests/support/viewer/viewer_script.h"
 
 namespace quill::test {
 
-// Kept until its class object goes, also after its last Release, so that a call to a released viewer is seen.
-class recording_viewer final : public fake_object<IDispatch>
+// Kept until its class object is destroyed, also after its last Release, so that a call to a released viewer
+// is detected.
+class recording_viewer final : public logged_object<IDispatch>
 {
 public:
     explicit recording_viewer(viewer_script& script);

@@ -46,7 +46,8 @@ viewer_registration::~viewer_registration()
     CloseHandle(mutex_);
 }
 
-viewer_class::viewer_class(viewer_script& script) : fake_object(script.calls, "viewer class"), script_(script)
+viewer_class::viewer_class(viewer_script& script)
+    : logged_object(script.calls, "viewer class"), script_(script)
 {
     EXPECT_EQ(CoRegisterClassObject(class_id, static_cast<IClassFactory*>(this), CLSCTX_INPROC_SERVER,
                                     REGCLS_MULTIPLEUSE, &cookie_),
@@ -87,16 +88,8 @@ STDMETHODIMP viewer_class::CreateInstance(IUnknown* outer, REFIID iid, void** ou
     }
     *out = nullptr;
     EXPECT_EQ(outer, nullptr) << "the viewer is not aggregated";
-    switch (arrive("viewer class::CreateInstance")) {
-    case bad_answer::failure:
-    case bad_answer::failure_untouched:
-        return E_FAIL;
-    case bad_answer::success_null:
-    case bad_answer::success_untouched:
-        return S_OK;
-    case bad_answer::none:
-        break;
-    }
+    if (const call_fault fault = arrive("viewer class::CreateInstance"); fault != call_fault::none)
+        return is_error(fault) ? E_FAIL : S_OK;
     viewers_.push_back(std::make_unique<recording_viewer>(script_));
     return viewers_.back()->QueryInterface(iid, out);
 }

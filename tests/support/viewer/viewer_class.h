@@ -1,7 +1,7 @@
-// Makes the recording viewer the control that the viewer's ProgID names, for this process only.
+// Registers the recording viewer under the ProgID of the viewer control, for this process only.
 #pragma once
 
-#include "tests/support/host/fake_object.h"
+#include "tests/support/fakes/logged_object.h"
 #include "tests/support/viewer/recording_viewer.h"
 
 #include <memory>
@@ -11,8 +11,8 @@ namespace quill::test {
 
 inline constexpr wchar_t viewer_prog_id[] = L"QuillPDF.QuillPDFCtrl";
 
-// While an instance lives, the registry maps the ProgID to the test viewer's class; afterwards it is as
-// before. A named mutex keeps the test programs of one session from getting into each other's way.
+// In its scope, the registry maps the ProgID to the class of the test viewer. A named mutex excludes the
+// other test programs of the session.
 class viewer_registration
 {
 public:
@@ -21,7 +21,7 @@ public:
     viewer_registration& operator=(const viewer_registration&) = delete;
     ~viewer_registration();
 
-    // Takes the ProgID away, as on a machine without the suite.
+    // Removes the ProgID, as on a machine without the suite.
     void remove();
 
 private:
@@ -31,7 +31,7 @@ private:
 };
 
 // The in-process class object. Needs an initialised apartment; at its end every viewer must be released.
-class viewer_class final : public fake_object<IClassFactory>
+class viewer_class final : public logged_object<IClassFactory>
 {
 public:
     explicit viewer_class(viewer_script& script);
@@ -40,8 +40,8 @@ public:
     const std::vector<std::unique_ptr<recording_viewer>>& viewers() const { return viewers_; }
     int living_viewers() const;
 
-    // Takes the class object away: the ProgID names a class that nobody serves. The system itself keeps two
-    // handles each time such a class is asked for.
+    // Revokes the class object, so that the ProgID names a class that is not registered. The system leaks two
+    // handles each time such a class is requested.
     void revoke();
 
     STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** out) override;

@@ -1,4 +1,4 @@
-// The OLE control half of the recording viewer: what a full control shows its host beside automation.
+// The OLE control half of the recording viewer: the interfaces of a full control besides automation.
 #pragma once
 
 #include <windows.h>
@@ -7,8 +7,8 @@
 
 namespace quill::test {
 
-// Part of the viewer's identity: IUnknown is the owner's. Its window is a child of the site's window,
-// from in-place activation to Close or the loss of the site.
+// Part of the viewer's identity: IUnknown is that of the owner. Its window is a child of the window of the
+// site, from in-place activation to Close or the loss of the site.
 class viewer_ole_object final : public IOleObject, public IOleInPlaceObject
 {
 public:

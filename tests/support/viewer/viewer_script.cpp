@@ -65,7 +65,7 @@ void viewer_script::answer(DISPID method, HRESULT result, const VARIANT& value)
     planned_answer& planned = answers_[method];
     planned.result = result;
     VariantClear(&planned.value);
-    VARIANT source = value; // VariantCopy takes its source without const
+    VARIANT source = value; // the source of VariantCopy is not const
     VariantCopy(&planned.value, &source);
 }
 
@@ -124,20 +124,16 @@ HRESULT viewer_script::invoke(DISPID id, REFIID iid, LCID locale, WORD flags, co
         EXPECT_EQ(result->vt, VT_EMPTY) << "the result variable was not initialised";
     received.push_back(std::move(call));
 
-    switch (calls.arrive(call_name(id))) {
-    case bad_answer::failure:
-    case bad_answer::failure_untouched:
+    const call_fault fault = calls.arrive(call_name(id));
+    if (is_error(fault)) {
         if (result && failure_leaves) {
             result->vt = VT_UNKNOWN;
             result->punkVal = failure_leaves;
         }
         return DISP_E_EXCEPTION;
-    case bad_answer::success_null:
-    case bad_answer::success_untouched:
-        return S_OK;
-    case bad_answer::none:
-        break;
     }
+    if (fault != call_fault::none)
+        return S_OK;
     const auto planned = answers_.find(id);
     if (planned == answers_.end())
         return usual_answer(id, result);

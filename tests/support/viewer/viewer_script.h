@@ -1,7 +1,8 @@
-// What the viewers of a test are asked and how they answer; shared by all viewers of one class object.
+// The calls that the viewers of a test receive and the results that they return; shared by all viewers of one
+// class object.
 #pragma once
 
-#include "tests/support/host/call_log.h"
+#include "tests/support/fakes/call_log.h"
 #include "tests/support/viewer/recorded_call.h"
 
 #include <map>
@@ -24,7 +25,7 @@ enum viewer_method : DISPID
     viewer_notify_save_as = 24,
 };
 
-// The interface under which the document reaches its viewer; used as an IDispatch.
+// The interface through which the document calls its viewer; used as an IDispatch.
 inline constexpr GUID viewer_interface_id = {
     0xe7c40b19, 0x2a6d, 0x4f85, {0xb3, 0xe2, 0x91, 0x0d, 0x5c, 0x7a, 0x4f, 0x38}};
 
@@ -39,11 +40,11 @@ public:
 
     call_log& calls;
 
-    // Which interfaces a viewer answers beside IDispatch.
+    // The interfaces that a viewer offers besides IDispatch.
     bool answers_viewer_interface = true;
     bool answers_ole_object = false;
 
-    // Window that viewer_get_window gives; null is given as it is.
+    // The window that viewer_get_window returns, nullptr included.
     HWND window = nullptr;
 
     // What a call that fails leaves in its result, without a reference.
@@ -56,11 +57,11 @@ public:
     void answer_bool(DISPID method, VARIANT_BOOL value);
     void answer_i4(DISPID method, long value);
 
-    // The received calls as text, oldest first; only those of `method` when it is not 0.
+    // The received calls as text, oldest first; only those of `method` unless it is 0.
     std::vector<std::string> texts(DISPID method = 0) const;
     void forget_calls() { received.clear(); }
 
-    // For the viewers: checks the call to the letter, takes it down and answers.
+    // For the viewers: checks every argument of the call, records it and returns its result.
     HRESULT invoke(DISPID id, REFIID iid, LCID locale, WORD flags, const DISPPARAMS* parameters,
                    VARIANT* result);
 
