@@ -138,7 +138,10 @@ private:
                name != "IHTMLElement2::getElementsByTagName" && name != "IHTMLElementCollection::tags";
     }
 
-    static void leave_to_browser(std::optional<event_outcome>& outcome) { outcome.value().is_cancelled = false; }
+    static void leave_to_browser(std::optional<event_outcome>& outcome)
+    {
+        outcome.value().is_cancelled = false;
+    }
 
     visit_record expected_;
     std::size_t call_;

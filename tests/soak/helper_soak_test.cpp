@@ -84,15 +84,15 @@ TEST(HelperSoak, PagesWithClicks)
         CComPtr<IObjectWithSite> kept = make_helper(module);
         std::size_t starts = 0;
         run_cycles(table, warm_up_pages, number_setting(L"QUILL_SOAK_PAGES", short_pages),
-                  [&](std::size_t number) {
-                      if (testing::Test::HasFailure())
-                          return;
-                      fake_tab tab;
-                      // One helper object for the whole tab, and a tab of its own for every other page.
-                      const CComPtr<IObjectWithSite> helper = number & 1 ? kept : make_helper(module);
-                      visit(tab, helper, number);
-                      starts += number % loads_for_an_editor == 0 ? 2 : 0;
-                  });
+                   [&](std::size_t number) {
+                       if (testing::Test::HasFailure())
+                           return;
+                       fake_tab tab;
+                       // One helper object for the whole tab, and a tab of its own for every other page.
+                       const CComPtr<IObjectWithSite> helper = number & 1 ? kept : make_helper(module);
+                       visit(tab, helper, number);
+                       starts += number % loads_for_an_editor == 0 ? 2 : 0;
+                   });
         EXPECT_EQ(editors.starts(starts).size(), starts) << "editors started";
         growth_limits none;
         none.heap_bytes_each = 0;
