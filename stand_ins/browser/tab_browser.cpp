@@ -5,12 +5,6 @@
 
 #include <utility>
 
-// The result of IWebBrowser2's methods that no helper object calls.
-HRESULT unimplemented_method(const char*) noexcept
-{
-    return E_NOTIMPL;
-}
-
 namespace quill {
 namespace {
 

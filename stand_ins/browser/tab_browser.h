@@ -9,6 +9,7 @@
 #include <atlbase.h>
 #include <atlcom.h>
 #include <exdisp.h>
+#include <mshtml.h>
 #include <unimplemented_interfaces.h>
 
 #include <vector>

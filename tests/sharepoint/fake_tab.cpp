@@ -26,13 +26,6 @@ void free_destroyed()
 
 } // namespace
 
-// Methods that a fake does not implement must not be called.
-HRESULT unimplemented_method(const char* name) noexcept
-{
-    ADD_FAILURE() << "unexpected call of " << name;
-    return E_NOTIMPL;
-}
-
 namespace quill::test {
 
 fake_tab::fake_tab() : module_locks_before_(module_of_this_program.GetLockCount()) {}

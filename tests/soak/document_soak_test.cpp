@@ -120,7 +120,7 @@ TEST(DocumentSoak, ManyAtOnce)
             }
             EXPECT_TRUE(viewers.wait_until_opened(crowd_size, crowd_deadline_ms));
             for (std::size_t i = 0; i < crowd.size(); ++i)
-                close(*crowd[i], i);
+                crowd[i]->close(i);
             crowd.clear();
             EXPECT_TRUE(fixture.server.wait_idle(server_rest_ms));
             EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
