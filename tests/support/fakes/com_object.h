@@ -43,7 +43,7 @@ public:
             return E_POINTER;
         }
         *out = nullptr;
-        IUnknown* const found = find(iid);
+        IUnknown* const found = lookup(iid);
         if (!found)
             return E_NOINTERFACE;
         found->AddRef();
@@ -68,9 +68,12 @@ protected:
     explicit com_object(long references) : references_(references) {}
 
     // Borrowed interface of that identifier; nullptr if the object does not have it.
+    IUnknown* lookup(REFIID iid) { return IsEqualIID(iid, __uuidof(IUnknown)) ? unknown() : find(iid); }
+
+    // The same for any identifier but that of IUnknown.
     virtual IUnknown* find(REFIID iid)
     {
-        IUnknown* found = IsEqualIID(iid, __uuidof(IUnknown)) ? unknown() : nullptr;
+        IUnknown* found = nullptr;
         const auto look_at = [&]<class Base>(Base* base) {
             if (!found && IsEqualIID(iid, __uuidof(typename interface_of_base<Base>::type)))
                 found = base;

@@ -22,7 +22,7 @@ public:
     STDMETHODIMP QueryInterface(REFIID iid, void** out) override
     {
         SCOPED_TRACE(name_);
-        if (!out || !queries_can_fail() || !this->find(iid))
+        if (!out || !queries_can_fail() || !this->lookup(iid))
             return test_object<Bases...>::QueryInterface(iid, out);
         *out = nullptr;
         const call_fault fault = calls_.arrive_query(name_ + "::QueryInterface");
