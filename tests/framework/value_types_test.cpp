@@ -42,16 +42,22 @@ TEST(ComPtr, PropagatesExceptionsOfAnObject)
 
 TEST(ComPtr, AssignmentAddsTheReferenceBeforeItReleases)
 {
-    counted_object first;
-    counted_object second;
+    struct ending_object : counted_object
+    {
+        void on_last_release() override { ++last_releases; }
+        int last_releases = 0;
+    };
+    ending_object first;
+    ending_object second;
     CComPtr<IObjectWithSite> pointer(&first);
     pointer = &second;
-    EXPECT_EQ(first.references(), 0);
+    EXPECT_EQ(first.last_releases, 1);
     EXPECT_EQ(second.references(), 1);
     pointer = pointer.p; // the only reference: releasing it first would destroy the object
+    EXPECT_EQ(second.last_releases, 0);
     EXPECT_EQ(second.references(), 1);
     pointer = nullptr;
-    EXPECT_EQ(second.references(), 0);
+    EXPECT_EQ(second.last_releases, 1);
 }
 
 TEST(ComPtr, MoveAssignmentToItselfKeepsTheReference)
