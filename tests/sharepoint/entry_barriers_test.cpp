@@ -176,6 +176,22 @@ TEST_P(CrashBelow, ANavigationIsCancelledWhenItsUrlWasOpenedBefore)
     sink->disconnect(browser_);
 }
 
+TEST_P(CrashBelow, ANavigationIsCancelledEvenIfStopFaults)
+{
+    const auto sink = browser_events_sink::connect(browser_, handler_);
+    handler_->crash = [] {};
+    tab_.interrupt_calls_named("IWebBrowser2::Stop", GetParam());
+    const auto result = browser_->before_navigate(L"u");
+    tab_.interrupt_calls_named({}, {});
+    EXPECT_EQ(result.code, E_FAIL);
+    EXPECT_EQ(result.cancel, VARIANT_TRUE);
+    EXPECT_EQ(tab_.count_calls("IWebBrowser2::Stop"), 1);
+    EXPECT_EQ(log_.lines(),
+              (lines{"debug: on_before_navigate u", "info:  block navigation to sharepoint PDF!",
+                     "info: System exception in quill::browser_events_sink::on_before_navigate"}));
+    sink->disconnect(browser_);
+}
+
 TEST_P(CrashBelow, AClickIsBlockedWhenItsUrlWasOpenedBefore)
 {
     const auto sink = html_events_sink::connect(page_, handler_);
