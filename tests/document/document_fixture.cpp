@@ -1,6 +1,6 @@
 #include "tests/document/document_fixture.h"
 
-#include "tests/support/process_resources.h"
+#include "tests/support/module_threads.h"
 #include "tests/support/wait.h"
 
 #include <windows.h>
@@ -67,7 +67,6 @@ void document_fixture::create()
             "no document object");
     host.document = document.Get();
     failures_before_ = failed_workers(log);
-    threads_before_ = process_resources::now().threads;
     const auto lines = log.take({});
     const std::string prefix = "ACTIVEDOC 0x";
     require(lines.size() == 1 && lines[0].rfind(prefix, 0) == 0, "the construction is not in the log");
@@ -207,7 +206,7 @@ void document_fixture::wait_for_failed_worker() const
 
 void document_fixture::wait_for_no_worker() const
 {
-    EXPECT_TRUE(wait_until([this] { return process_resources::now().threads <= threads_before_; }))
+    EXPECT_TRUE(wait_until([this] { return threads_of(module.handle()) == 0; }))
         << "the download worker did not end";
 }
 

@@ -89,8 +89,7 @@ public:
 
     // Waits until the download worker of the last document has failed; otherwise fails the test.
     void wait_for_failed_worker() const;
-    // Waits until the document has no worker, whatever its result. For a document whose window is the only
-    // one of this fixture.
+    // Waits until the module has no thread, that is no document has a worker, whatever its result.
     void wait_for_no_worker() const;
 
     std::vector<std::string> take_log() { return log.take(address); }
@@ -98,7 +97,6 @@ public:
 private:
     HWND last_window_ = nullptr;
     std::size_t failures_before_ = 0;
-    DWORD threads_before_ = 0;
 };
 
 // Runs the scenario with a new fixture for each run, and expects balance.

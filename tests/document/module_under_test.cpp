@@ -29,7 +29,8 @@ Function export_of(HMODULE module, const char* name)
 
 // What the module's calls of CreateMenu lead to otherwise.
 code_address module_create_menu = nullptr;
-// Holds the handle that was freed last; destroyed with the next one.
+// Holds the handle that was freed last. Destroyed with the next one, so there is always one and counts of
+// menus stay as they are.
 HMENU spare_menu = nullptr;
 
 // Wine forgets the object of a handle only after its server has freed the handle, so a menu made meanwhile
@@ -39,8 +40,7 @@ HMENU WINAPI create_menu_beside_a_spare()
 {
     const HMENU former_spare = std::exchange(spare_menu, CreateMenu());
     const HMENU menu = std::bit_cast<decltype(&CreateMenu)>(module_create_menu)();
-    if (former_spare)
-        DestroyMenu(former_spare);
+    DestroyMenu(former_spare);
     return menu;
 }
 
@@ -56,12 +56,12 @@ module_under_test::module_under_test()
     module_create_menu =
         redirect_import(handle_, "CreateMenu", reinterpret_cast<code_address>(&create_menu_beside_a_spare));
     EXPECT_NE(module_create_menu, nullptr);
+    spare_menu = CreateMenu();
 }
 
 module_under_test::~module_under_test()
 {
-    if (spare_menu)
-        DestroyMenu(std::exchange(spare_menu, nullptr));
+    DestroyMenu(std::exchange(spare_menu, nullptr));
     const HRESULT can_unload = can_unload_now();
     EXPECT_EQ(can_unload, S_OK) << "the module still counts objects or locks";
     if (can_unload != S_OK)

@@ -1,7 +1,7 @@
 #include "tests/soak/engine_soak_fixture.h"
 
 #include "tests/soak/closing_plan.h"
-#include "tests/soak/module_threads.h"
+#include "tests/support/module_threads.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -52,7 +52,7 @@ std::size_t module_guest::end()
 
 std::size_t module_guest::workers() const
 {
-    return threads_of(GetModuleHandleW(L"QuillPDF.IE.dll"));
+    return test::threads_of(GetModuleHandleW(L"QuillPDF.IE.dll"));
 }
 
 void trivial_guest::begin(download_path way)

@@ -1,8 +1,8 @@
 // Servers that are slow, send wrong lengths, never end or never respond, on both download paths: the UI
 // thread keeps dispatching messages, closing ends with the worker, only PDFs are shown, nothing is leaked.
 #include "tests/soak/document_soak_fixture.h"
-#include "tests/soak/module_threads.h"
 #include "tests/soak/settings.h"
+#include "tests/support/module_threads.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/wait.h"
 
@@ -91,7 +91,7 @@ protected:
     }
     bool worker_has_ended() const
     {
-        return !fixture.server.requests().empty() && threads_of(fixture.module.handle()) == 0;
+        return !fixture.server.requests().empty() && test::threads_of(fixture.module.handle()) == 0;
     }
     // Every file that the viewer was called to open begins as a PDF does.
     void expect_pdfs_only() const

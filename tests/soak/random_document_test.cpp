@@ -1,9 +1,9 @@
 // Random sequences against the whole document object. QUILL_SOAK_SEED and QUILL_SOAK_STEPS repeat a sequence;
 // with QUILL_SOAK_TRACE each step is printed before it is made.
-#include "tests/soak/module_threads.h"
 #include "tests/soak/random_document.h"
 #include "tests/soak/samples.h"
 #include "tests/soak/settings.h"
+#include "tests/support/module_threads.h"
 
 #include <gtest/gtest.h>
 
@@ -30,7 +30,7 @@ TEST(RandomSequence, OfTheDocument)
             fixture.server.release();
             EXPECT_TRUE(fixture.server.wait_idle(10'000));
             EXPECT_EQ(fixture.module.can_unload_now(), S_OK);
-            EXPECT_EQ(threads_of(fixture.module.handle()), 0u);
+            EXPECT_EQ(test::threads_of(fixture.module.handle()), 0u);
             fixture.empty_cache();
         });
         growth_limits limits;

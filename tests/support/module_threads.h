@@ -3,9 +3,9 @@
 
 #include <windows.h>
 
-namespace quill::soak {
+namespace quill::test {
 
 // The number of threads whose entry point is in the module.
 unsigned threads_of(HMODULE module);
 
-} // namespace quill::soak
+} // namespace quill::test

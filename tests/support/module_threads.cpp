@@ -1,11 +1,11 @@
-#include "tests/soak/module_threads.h"
+#include "tests/support/module_threads.h"
 
 #include <tlhelp32.h>
 #include <winternl.h>
 
 #include <cstdint>
 
-namespace quill::soak {
+namespace quill::test {
 namespace {
 
 constexpr auto start_address_information = static_cast<THREADINFOCLASS>(9);
@@ -43,4 +43,4 @@ unsigned threads_of(HMODULE module)
     return count;
 }
 
-} // namespace quill::soak
+} // namespace quill::test
