@@ -51,7 +51,7 @@ TEST_F(Fakes, AReferenceLeftOverFails)
             fake_moniker moniker(calls, "moniker");
             kept = &moniker;
         },
-        "moniker is still referenced");
+        "references were not released");
     kept.Detach();
 }
 

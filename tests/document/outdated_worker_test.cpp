@@ -1,6 +1,7 @@
 // A URL that is loaded while the worker of the former URL exchanges messages with the window.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
+#include "tests/document/held_worker.h"
 #include "tests/document/import_replaced.h"
 #include "tests/support/text.h"
 #include "tests/support/wait.h"
@@ -17,63 +18,6 @@ namespace quill::test {
 namespace {
 
 constexpr wchar_t longer_url[] = L"quilltest://host.test/a/much/longer/url/than/the/former/one/other.pdf";
-
-// Stops the worker at one of its messages, before it is sent or after it was handled.
-class held_worker
-{
-public:
-    enum class side
-    {
-        before,
-        after
-    };
-
-    held_worker(const document_fixture& fixture, UINT message, side where)
-        : message_(message), where_(where),
-          replaced_((instance_ = this, fixture.module.handle()), "SendMessageTimeoutW", &send)
-    {
-    }
-    ~held_worker()
-    {
-        for (const HANDLE event : {is_there_, may_go_on_})
-            CloseHandle(event);
-    }
-    held_worker(const held_worker&) = delete;
-    held_worker& operator=(const held_worker&) = delete;
-
-    void wait_until_held() const
-    {
-        ASSERT_TRUE(wait_until([&] { return WaitForSingleObject(is_there_, 0) == WAIT_OBJECT_0; }));
-    }
-    void resume() const { SetEvent(may_go_on_); }
-
-private:
-    static LRESULT WINAPI send(HWND window, UINT message, WPARAM wparam, LPARAM lparam, UINT flags,
-                               UINT timeout, PDWORD_PTR result)
-    {
-        const bool is_held = message == instance_->message_ && !instance_->was_held_.exchange(true);
-        if (is_held && instance_->where_ == side::before)
-            instance_->hold();
-        const LRESULT sent = SendMessageTimeoutW(window, message, wparam, lparam, flags, timeout, result);
-        if (is_held && instance_->where_ == side::after)
-            instance_->hold();
-        return sent;
-    }
-
-    void hold() const
-    {
-        SetEvent(is_there_);
-        EXPECT_EQ(WaitForSingleObject(may_go_on_, default_deadline_ms), WAIT_OBJECT_0);
-    }
-
-    static inline held_worker* instance_ = nullptr;
-    UINT message_;
-    side where_;
-    std::atomic<bool> was_held_{false};
-    HANDLE is_there_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    HANDLE may_go_on_ = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    import_replaced replaced_; // last: the worker may call at once
-};
 
 HRESULT WINAPI download_small_pdf(IUnknown*, LPCWSTR, LPCWSTR path, DWORD, IBindStatusCallback*)
 {

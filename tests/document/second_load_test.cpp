@@ -1,6 +1,7 @@
 // A second IPersistMoniker::Load on one object: the file of the former URL is not shown for the new one.
 #include "tests/document/document_fixture.h"
 #include "tests/document/document_messages.h"
+#include "tests/document/held_worker.h"
 #include "tests/document/page_container.h"
 #include "tests/support/download_setting.h"
 #include "tests/support/http_server.h"
@@ -12,8 +13,6 @@
 #include <ole2.h>
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
 
 namespace quill::test {
 namespace {
@@ -208,35 +207,20 @@ TEST_P(DocumentSecondLoadWhileDownloading, ShowsTheNewDocumentOnly)
     fixture.close_in_order();
 }
 
-// In place of the worker of the former URL, which delivers its file after the load.
 TEST_P(DocumentSecondLoadWhileDownloading, RefusesTheFileOfTheFormerUrl)
 {
     if (GetParam())
         settings.use_wininet();
-    auto held = http_response::ok(pdf_body(20'000));
-    held.hold_after = 10'000;
-    server.route("/former.pdf", held);
+    server.route("/former.pdf", http_response::ok(pdf_body(2'000)));
+    const held_worker worker(fixture, message_set_cache_file, held_worker::side::before);
     fixture.show_url(server.url(L"/former.pdf"));
-    ASSERT_TRUE(wait_until([&] { return !server.requests().empty(); }));
+    worker.wait_until_held();
     EXPECT_EQ(fixture.load_url(other_url), S_OK);
-    const std::wstring former = fixture.pdf(L"former.pdf");
-    const HWND window = fixture.window();
-    std::atomic<bool> is_sent{false};
-    std::thread worker([&] {
-        DWORD_PTR result = 1;
-        EXPECT_NE(SendMessageTimeoutW(window, message_set_cache_file, 0,
-                                      reinterpret_cast<LPARAM>(former.c_str()), SMTO_ABORTIFHUNG,
-                                      default_deadline_ms, &result),
-                  0);
-        EXPECT_EQ(result, 0u);
-        EXPECT_TRUE(PostMessageW(window, message_load_file, 0, 0));
-        is_sent = true;
-    });
-    EXPECT_TRUE(wait_until([&] { return is_sent.load(); }));
-    worker.join();
+    worker.resume();
+    fixture.wait_for_no_worker();
     pump_messages();
     EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
-    server.release();
+    EXPECT_NE(GetWindowLongW(fixture.pane(), GWL_STYLE) & WS_VISIBLE, 0);
     fixture.close_in_order();
 }
 

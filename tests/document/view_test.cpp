@@ -1,5 +1,6 @@
 // IOleDocument and IOleDocumentView, method by method.
 #include "tests/document/document_fixture.h"
+#include "tests/support/adopt.h"
 
 #include <docobj.h>
 #include <gtest/gtest.h>
@@ -95,8 +96,7 @@ QUILL_DOCUMENT_TEST(DocumentView, NullArgumentsAreRefusedAsTheHostExpects)
 QUILL_DOCUMENT_TEST(DocumentView, IgnoresAStateStream)
 {
     fixture.create();
-    ComPtr<IStream> stream;
-    stream.Attach(SHCreateMemStream(nullptr, 0));
+    const auto stream = adopt(SHCreateMemStream(nullptr, 0));
     ASSERT_NE(stream.Get(), nullptr);
     ComPtr<IOleDocumentView> view;
     EXPECT_EQ(fixture.as<IOleDocument>()->CreateView(nullptr, stream.Get(), 0, &view), S_OK);

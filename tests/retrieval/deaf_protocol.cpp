@@ -1,5 +1,6 @@
 #include "tests/retrieval/deaf_protocol.h"
 
+#include "tests/support/adopt.h"
 #include "tests/support/fakes/com_object.h"
 #include "tests/support/scopes.h"
 
@@ -68,8 +69,7 @@ public:
         *object = nullptr;
         if (outer)
             return CLASS_E_NOAGGREGATION;
-        ComPtr<IInternetProtocol> made;
-        made.Attach(new handler(path_));
+        const auto made = adopt<IInternetProtocol>(new handler(path_));
         return made->QueryInterface(iid, object);
     }
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }
@@ -82,7 +82,7 @@ private:
 
 deaf_protocol::deaf_protocol(const std::wstring& path)
 {
-    factory_.Attach(new factory(path));
+    factory_ = adopt<IClassFactory>(new factory(path));
     EXPECT_EQ(CoInternetGetSession(0, &session_, 0), S_OK);
     EXPECT_EQ(session_->RegisterNameSpace(factory_.Get(), CLSID_NULL, deaf_scheme, 0, nullptr, 0), S_OK);
 }

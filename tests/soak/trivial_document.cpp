@@ -1,5 +1,6 @@
 #include "tests/soak/trivial_document.h"
 
+#include "tests/support/adopt.h"
 #include "tests/support/fakes/com_object.h"
 
 #include <windows.h>
@@ -183,9 +184,7 @@ class document_class final : public test::heap_object<IClassFactory>
 public:
     STDMETHODIMP CreateInstance(IUnknown*, REFIID iid, void** out) override
     {
-        ComPtr<IPersistMoniker> made;
-        made.Attach(new document);
-        return made->QueryInterface(iid, out);
+        return test::adopt<IPersistMoniker>(new document)->QueryInterface(iid, out);
     }
     STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 };
@@ -196,8 +195,7 @@ trivial_documents::trivial_documents()
 {
     EXPECT_EQ(RegSetKeyValueW(HKEY_LOCAL_MACHINE, type_key, L"CLSID", REG_SZ, class_text, sizeof class_text),
               ERROR_SUCCESS);
-    ComPtr<IClassFactory> factory;
-    factory.Attach(new document_class);
+    const auto factory = test::adopt<IClassFactory>(new document_class);
     EXPECT_EQ(
         CoRegisterClassObject(class_id, factory.Get(), CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie_),
         S_OK);
