@@ -14,7 +14,7 @@ constexpr char32_t replacement = 0xFFFD;
 
 DWORD last_error = ERROR_SUCCESS;
 
-// Whoever calls with anything else needs a build of its own to be tested in.
+// Plain code passes no other arguments; a call that does would not be tested natively.
 void expect(bool condition)
 {
     if (!condition)

@@ -52,7 +52,7 @@ TEST_F(SaveAs, PutsACopyWhereTheDialogSaid)
     EXPECT_EQ(suggested, L"doc.pdf");
     EXPECT_EQ(read_file(destination), "%PDF-1.7 of the cache");
     EXPECT_EQ(read_file(shown), "%PDF-1.7 of the cache");
-    EXPECT_EQ(loads, 3) << "the library is loaded for each call anew";
+    EXPECT_EQ(loads, 3) << "the library is loaded for each call";
 }
 
 TEST_F(SaveAs, ReplacesWhatTheUserAgreedToReplace)

@@ -1,6 +1,5 @@
-// What the plain code takes from the system's headers, for building that code on the machine that the
-// tests run on. Types, constants and text functions alone: whoever includes more than plain code needs
-// does not compile here.
+// The part of the system's headers that plain code needs, for building it natively: types, constants and text
+// functions. Code that needs more is not plain and does not compile here.
 #pragma once
 
 #include <cstdint>
