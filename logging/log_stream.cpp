@@ -7,6 +7,8 @@
 
 #include <spdlog/logger.h>
 
+#include <algorithm>
+#include <iterator>
 #include <string_view>
 
 namespace quill {
@@ -90,7 +92,14 @@ void log_stream::format(const wchar_t* text) noexcept
 
 void log_stream::format(std::wstring_view text) noexcept
 {
-    ignore_errors([&] { buffer().append(to_utf8(text)); });
+    ignore_errors([&] {
+        // Nearly all text is ASCII, which needs no call of the system.
+        if (std::all_of(text.begin(), text.end(), [](wchar_t unit) { return unit < 0x80; }))
+            std::transform(text.begin(), text.end(), std::back_inserter(buffer()),
+                           [](wchar_t unit) { return static_cast<char>(unit); });
+        else
+            buffer().append(to_utf8(text));
+    });
 }
 
 void log_stream::format(std::int64_t value) noexcept

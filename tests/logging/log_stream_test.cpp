@@ -121,6 +121,8 @@ TEST_F(LogStream, FormatsEachKindOfValue)
 TEST_F(LogStream, ConvertsWideTextToUtf8)
 {
     EXPECT_EQ(line_of(L"\x00e4\x20ac\xd83d\xde00"), "[test debug] \xc3\xa4\xe2\x82\xac\xf0\x9f\x98\x80\n");
+    EXPECT_EQ(line_of(L"plain\x7f"), "[test debug] plain\x7f\n");
+    EXPECT_EQ(line_of(L"plain\x80"), "[test debug] plain\xc2\x80\n");
     EXPECT_EQ(line_of(std::wstring_view(L"a\0b", 3)), std::string("[test debug] a\0b\n", 17));
     EXPECT_EQ(line_of(std::wstring(L"string")), "[test debug] string\n");
 }
