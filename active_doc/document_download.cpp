@@ -63,7 +63,7 @@ bool document_download::is_running() const
 
 DWORD WINAPI document_download::run_worker(void* job)
 {
-    // stop() waits for this thread, so the job outlives it.
+    // stop() waits for this thread, so the job outlives it unless the worker itself destroys the document.
     return DownloadPDFFile(*static_cast<const download_job*>(job));
 }
 

@@ -26,7 +26,7 @@ public:
     void start(HWND window, IUnknown* caller);
 
     // Stops the worker and waits for its end without pumping messages. On the worker thread itself it does
-    // not wait. Has no effect without a worker.
+    // not wait. Without a worker only the stop event is set, which start() resets.
     void stop();
 
     // The window has sent its URL to the worker.

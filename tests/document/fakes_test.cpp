@@ -51,7 +51,7 @@ TEST_F(Fakes, AReferenceLeftOverFails)
             fake_moniker moniker(calls, "moniker");
             kept = &moniker;
         },
-        "references were not released");
+        "moniker is still referenced");
     kept.Detach();
 }
 

@@ -83,6 +83,21 @@ QUILL_DOCUMENT_TEST(DocumentWorker, EndsWhenAnotherUrlIsLoadedAfterItsOwn)
 }
 
 // The path of the host's own file, and the pane, no longer belong to that worker.
+QUILL_DOCUMENT_TEST(DocumentWorker, KeepsItsUrlWhenAFirstUrlIsLoadedAfterIt)
+{
+    const held_worker worker(fixture, message_get_url, held_worker::side::after);
+    fixture.host.object_moniker.display_name = unserved_url;
+    fixture.create();
+    fixture.set_site();
+    fixture.show();
+    worker.wait_until_held();
+    EXPECT_EQ(fixture.load_url(longer_url), S_OK);
+    worker.resume();
+    fixture.wait_for_failed_worker();
+    EXPECT_EQ(fetched_urls(fixture), lines{to_utf8(unserved_url)});
+    fixture.close_in_order();
+}
+
 QUILL_DOCUMENT_TEST(DocumentWorker, RequestsNoLoadWhenAnotherUrlIsLoadedAfterItsFile)
 {
     const import_replaced download(fixture.module.handle(), "URLDownloadToFileW", &download_small_pdf);

@@ -221,6 +221,8 @@ TEST_P(DocumentSecondLoadWhileDownloading, RefusesTheFileOfTheFormerUrl)
     pump_messages();
     EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{});
     EXPECT_NE(GetWindowLongW(fixture.pane(), GWL_STYLE) & WS_VISIBLE, 0);
+    EXPECT_EQ(fixture.send(message_load_file), 0);
+    EXPECT_EQ(fixture.viewer.texts(viewer_open), lines{}) << "the former file was accepted";
     fixture.close_in_order();
 }
 

@@ -73,6 +73,9 @@ TEST(DocumentLocation, KeepsThePathOfTheHostWhenTheUrlIsReplaced)
     location.set_path(L"local.pdf", path_origin::host);
     EXPECT_EQ(location.load_url(second_url), url_change::replaced);
     EXPECT_STREQ(location.path(), L"local.pdf");
+    location.set_path(L"fetched.pdf", path_origin::document_url);
+    EXPECT_EQ(location.load_url(first_url), url_change::replaced);
+    EXPECT_STREQ(location.path(), L"");
 }
 
 // The window may have found a document by itself before the host's first Load.
@@ -128,6 +131,14 @@ TEST(DocumentLocation, FetchesTheDocumentUrlIfAReferenceHasNoBase)
     EXPECT_EQ(location.url_to_fetch(), L"");
     location.set_document_url(first_url);
     EXPECT_EQ(location.url_to_fetch(), first_url);
+}
+
+TEST(DocumentLocation, DiscardsTheUrlOfAFormerElementIfAReferenceHasNoBase)
+{
+    document_location location;
+    location.set_embedded_reference(L"http://other.test/e.pdf");
+    location.set_embedded_reference(L"f.pdf");
+    EXPECT_EQ(location.url_to_fetch(), L"");
 }
 
 TEST(DocumentLocation, ReadsPageAndZoomOfTheElementInPlaceOfThoseBefore)

@@ -9,6 +9,8 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 namespace quill::test {
 namespace {
 
@@ -38,6 +40,12 @@ protected:
     void wait_for_request() const
     {
         EXPECT_TRUE(wait_until([&] { return !server_.requests().empty(); }));
+    }
+    bool has_logged_its_end() const
+    {
+        return std::ranges::any_of(log_.lines(), [](const std::string& line) {
+            return line.find("DownloadPDFFile FAILED") != std::string::npos;
+        });
     }
     static void wait_for_message(const fake_document_window& window, UINT message)
     {
@@ -94,6 +102,7 @@ TEST_F(DocumentDownload, StopsAWorkerWhoseServerIsSilent)
     wait_for_request();
     EXPECT_TRUE(download.is_running());
     download.stop();
+    EXPECT_TRUE(has_logged_its_end()) << "the worker still runs";
     EXPECT_FALSE(download.is_running());
     EXPECT_THAT(window.messages(), ElementsAre(WM_USER_GETURLLENGTH, WM_USER_GETURL));
 }
@@ -106,6 +115,7 @@ TEST_F(DocumentDownload, StopsAtItsDestruction)
         download.start(window.handle(), nullptr);
         wait_for_request();
     }
+    EXPECT_TRUE(has_logged_its_end()) << "the worker still runs";
     EXPECT_THAT(window.messages(), ElementsAre(WM_USER_GETURLLENGTH, WM_USER_GETURL));
 }
 
@@ -147,11 +157,35 @@ TEST_F(DocumentDownload, RequestsAUrlAgainThatIsReplacedBeforeItWasSent)
     const auto replace_once = [&] {
         if (lengths++ == 0)
             download.url_replaced();
+        EXPECT_FALSE(download.is_outdated());
     };
     fake_document_window window({.url = url(), .on_length = replace_once});
     download.start(window.handle(), nullptr);
     wait_for_message(window, WM_USER_LOADFILE);
     EXPECT_FALSE(download.is_outdated());
+    EXPECT_THAT(window.messages(), ElementsAre(WM_USER_GETURLLENGTH, WM_USER_GETURL, WM_USER_GETURLLENGTH,
+                                               WM_USER_GETURL, WM_USER_SETCACHEFILE, WM_USER_LOADFILE));
+}
+
+// The URL of a former worker is not the next worker's.
+TEST_F(DocumentDownload, RequestsAUrlAgainThatIsReplacedAfterItsNextStart)
+{
+    document_download download;
+    {
+        fake_document_window window({.url = held_url()});
+        download.start(window.handle(), nullptr);
+        wait_for_request();
+        download.url_sent();
+        download.stop();
+    }
+    int lengths = 0;
+    const auto replace_once = [&] {
+        if (lengths++ == 0)
+            download.url_replaced();
+    };
+    fake_document_window window({.url = url(), .on_length = replace_once});
+    download.start(window.handle(), nullptr);
+    wait_for_message(window, WM_USER_LOADFILE);
     EXPECT_THAT(window.messages(), ElementsAre(WM_USER_GETURLLENGTH, WM_USER_GETURL, WM_USER_GETURLLENGTH,
                                                WM_USER_GETURL, WM_USER_SETCACHEFILE, WM_USER_LOADFILE));
 }

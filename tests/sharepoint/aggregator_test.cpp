@@ -1,4 +1,5 @@
 #include "tests/sharepoint/aggregator_fixture.h"
+#include "tests/support/wait.h"
 
 #include <gmock/gmock.h>
 
@@ -12,6 +13,19 @@ constexpr char just_canceled[] = "info: http://h/Doc.pdf just canceled";
 class Aggregator : public aggregator_fixture
 {
 };
+
+TEST(AggregatorClock, IsTheSystemsTickCount)
+{
+    const auto is_the_tick_count = [] {
+        const std::uint64_t before = GetTickCount64();
+        const std::uint64_t now = system_tick_count();
+        return before <= now && now <= GetTickCount64();
+    };
+    EXPECT_TRUE(is_the_tick_count());
+    const ULONGLONG start = GetTickCount64();
+    EXPECT_TRUE(wait_until([&] { return GetTickCount64() != start; }));
+    EXPECT_TRUE(is_the_tick_count());
+}
 
 TEST_F(Aggregator, SendsNavigationsToTheEditor)
 {

@@ -28,7 +28,9 @@ ULONGLONG WINAPI stopped_tick_count()
 // The repeated navigation is then recognised on a slow machine too.
 void stop_clock(const module_fixture& module)
 {
-    redirect_import(module.handle(), "GetTickCount64", reinterpret_cast<code_address>(&stopped_tick_count));
+    EXPECT_NE(redirect_import(module.handle(), "GetTickCount64",
+                              reinterpret_cast<code_address>(&stopped_tick_count)),
+              nullptr);
 }
 
 class ModuleVisit : public testing::Test

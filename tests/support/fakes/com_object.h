@@ -7,7 +7,9 @@
 #include <unknwn.h>
 
 #include <atomic>
+#include <string>
 #include <tuple>
+#include <utility>
 
 namespace quill::test {
 
@@ -94,8 +96,13 @@ template <class... Bases>
 class test_object : public com_object<Bases...>
 {
 public:
-    test_object() : com_object<Bases...>(0) {}
-    ~test_object() override { EXPECT_EQ(this->references(), 0) << "references were not released"; }
+    explicit test_object(std::string name = "the object") : com_object<Bases...>(0), name_(std::move(name)) {}
+    ~test_object() override { EXPECT_EQ(this->references(), 0) << name_ << " is still referenced"; }
+
+    const std::string& name() const { return name_; }
+
+private:
+    const std::string name_;
 };
 
 // Deletes itself at its last Release. Created with one reference, which the creator owns.

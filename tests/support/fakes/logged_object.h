@@ -7,6 +7,7 @@
 #include <objbase.h>
 
 #include <string>
+#include <utility>
 
 namespace quill::test {
 
@@ -15,17 +16,17 @@ template <class... Bases>
 class logged_object : public test_object<Bases...>
 {
 public:
-    logged_object(call_log& calls, std::string name) : calls_(calls), name_(std::move(name)) {}
-
-    const std::string& name() const { return name_; }
+    logged_object(call_log& calls, std::string name) : test_object<Bases...>(std::move(name)), calls_(calls)
+    {
+    }
 
     STDMETHODIMP QueryInterface(REFIID iid, void** out) override
     {
-        SCOPED_TRACE(name_);
+        SCOPED_TRACE(this->name());
         if (!out || !queries_can_fail() || !this->lookup(iid))
             return test_object<Bases...>::QueryInterface(iid, out);
         *out = nullptr;
-        const call_fault fault = calls_.arrive_query(name_ + "::QueryInterface");
+        const call_fault fault = calls_.arrive_query(this->name() + "::QueryInterface");
         if (fault == call_fault::none)
             return test_object<Bases...>::QueryInterface(iid, out);
         return is_error(fault) ? E_NOINTERFACE : S_OK;
@@ -44,7 +45,6 @@ protected:
 
 private:
     call_log& calls_;
-    std::string name_;
 };
 
 // Checks an out parameter and sets it as the fault requires. True if the caller has to fill it; otherwise

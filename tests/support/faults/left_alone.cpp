@@ -159,7 +159,8 @@ constexpr const char* names_of_toolchains[] = {"AddVectoredExceptionHandler",
                                                "TlsFree",
                                                "_vscprintf",
                                                "_vsnprintf",
-                                               "_wstat64"};
+                                               "_wstat64",
+                                               "_assert"};
 
 } // namespace
 
