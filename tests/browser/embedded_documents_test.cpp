@@ -88,7 +88,7 @@ TEST_F(Embedded, TwoElementsShowTheirOwnFiles)
     EXPECT_EQ(pages.living().embedded_sites, 2);
 }
 
-TEST_F(Embedded, DocumentsStandWhereThePageHasTheirElements)
+TEST_F(Embedded, DocumentsAreAtThePositionsOfTheirElements)
 {
     serve_page("<embed type='application/pdf' src='/files/first.pdf' width=420 height=210>"
                "<p>Text</p><embed type='application/pdf' src='/files/second.pdf' width=50% height=160>");

@@ -148,7 +148,7 @@ TEST_F(StandInViewer, LimitsTheZoom)
     EXPECT_EQ(settled(browser).text, L"page 2 of 5 - 400 %");
 }
 
-TEST_F(StandInViewer, SaysWhenADocumentCannotBeDrawn)
+TEST_F(StandInViewer, ReportsADocumentThatCannotBeDrawn)
 {
     server.route("/broken.pdf", http_response::ok("%PDF-1.4\n" + std::string(5'000, 'x')));
     engine browser;
@@ -158,7 +158,7 @@ TEST_F(StandInViewer, SaysWhenADocumentCannotBeDrawn)
     EXPECT_THAT(to_utf8(document.text), testing::HasSubstr("damaged"));
 }
 
-TEST_F(StandInViewer, GetsTheKeysThatTheDocumentPassesOn)
+TEST_F(StandInViewer, GetsTheKeysThatTheDocumentForwards)
 {
     engine browser;
     browser.open(server.url(L"/set/bracket.pdf"));

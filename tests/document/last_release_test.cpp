@@ -254,7 +254,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowReachesAThreadWithAFullQ
 }
 
 // Later, it could not be reached.
-QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowIsDestroyedAtOnceForAThreadThatTakesNoMessages)
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowIsDestroyedAtOnceForAThreadThatRetrievesNoMessages)
 {
     const import_replaced post(
         fixture.module.handle(), "PostThreadMessageW", +[](DWORD, UINT, WPARAM, LPARAM) -> BOOL {

@@ -116,7 +116,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, IsDestroyedAtOnceWhenTheFrameRefusesIt)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMenu, IsDestroyedAtTheEndWhenTheFrameDoesNotTakeIt)
+QUILL_DOCUMENT_TEST(DocumentMenu, IsDestroyedAtTheEndWhenSetMenuFails)
 {
     fixture.host.calls.make_fail("IOleInPlaceFrame::SetMenu", call_fault::error);
     fixture.show_file(fixture.pdf());

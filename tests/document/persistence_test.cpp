@@ -229,7 +229,7 @@ QUILL_DOCUMENT_TEST(DocumentPersistence, AFileOfAServerIsNotOpened)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentPersistence, APathThatDoesNotFitIsCutOrRefused)
+QUILL_DOCUMENT_TEST(DocumentPersistence, APathThatDoesNotFitIsTruncatedOrRefused)
 {
     fixture.create();
     fixture.set_site();

@@ -31,7 +31,7 @@ QUILL_DOCUMENT_TEST(DocumentView, IsTheDocumentItself)
     EXPECT_EQ(view->GetDocument(nullptr), E_FAIL);
 }
 
-QUILL_DOCUMENT_TEST(DocumentView, IsMadeWithItsSite)
+QUILL_DOCUMENT_TEST(DocumentView, IsCreatedWithItsSite)
 {
     fixture.create();
     fixture.set_site();
@@ -70,7 +70,7 @@ QUILL_DOCUMENT_TEST(DocumentView, RefusedASecondTimeLeavesTheHostItsView)
 }
 
 // Without a site the document does not know that it has a view already.
-QUILL_DOCUMENT_TEST(DocumentView, WithoutSiteCanBeAskedForAgain)
+QUILL_DOCUMENT_TEST(DocumentView, WithoutASiteCanBeCreatedAgain)
 {
     fixture.create();
     const auto document = fixture.as<IOleDocument>();
@@ -116,7 +116,7 @@ QUILL_DOCUMENT_TEST(DocumentView, EnumerationReturnsTheOneView)
     EXPECT_EQ(views.Get(), nullptr);
 }
 
-QUILL_DOCUMENT_TEST(DocumentView, StatusSaysNoFileSupport)
+QUILL_DOCUMENT_TEST(DocumentView, StatusIsNoFileSupport)
 {
     fixture.create();
     DWORD status = 0;

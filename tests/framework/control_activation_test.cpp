@@ -107,7 +107,7 @@ TEST_F(FrameworkActivation, VerbsWithoutEffect)
     close();
 }
 
-TEST_F(FrameworkActivation, HideTakesTheUserInterfaceAndTheWindowFromView)
+TEST_F(FrameworkActivation, HideDeactivatesTheUserInterfaceAndHidesTheWindow)
 {
     set_site();
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
@@ -137,7 +137,7 @@ TEST_F(FrameworkActivation, DesignerHasNoPrimaryVerb)
     close();
 }
 
-TEST_F(FrameworkActivation, DocumentHostMakesAViewAndShowsIt)
+TEST_F(FrameworkActivation, DocumentHostCreatesAViewAndShowsIt)
 {
     set_site();
     ATL::CComPtr<IOleDocumentView> view;
@@ -210,7 +210,7 @@ TEST_F(FrameworkActivation, InPlaceDeactivationEndsTheUserInterfaceFirst)
     close();
 }
 
-TEST_F(FrameworkActivation, WindowIsCutOffWhereTheClipEnds)
+TEST_F(FrameworkActivation, WindowIsClipped)
 {
     set_site();
     container->clip = {0, 0, 105, 300};

@@ -162,7 +162,7 @@ TEST_F(FrameworkFailingHost, FailedContextYieldsNoWindows)
     close();
 }
 
-TEST_F(FrameworkFailingHost, WindowThatCannotBeMade)
+TEST_F(FrameworkFailingHost, WindowThatCannotBeCreated)
 {
     control->refuse_window = true;
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), E_FAIL);
@@ -267,7 +267,7 @@ TEST_F(FrameworkFailingHost, ActivatesAgainInsideAHandlerOfTheWindow)
     close();
 }
 
-TEST_F(FrameworkFailingHost, WindowDestroyedInsideItsHandlerIsNoWindowAnyMore)
+TEST_F(FrameworkFailingHost, WindowDestroyedInsideItsHandlerIsForgotten)
 {
     ASSERT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
     control->on_app = [&] {

@@ -22,7 +22,7 @@ TEST(CacheFileName, IsUntitledWithoutAName)
     EXPECT_EQ(cache_file_name(nullptr), L"Untitled.pdf");
 }
 
-TEST(CacheFileName, IsUntitledFromTwoHundredAndSixtyUnits)
+TEST(CacheFileName, IsUntitledFrom260CodeUnits)
 {
     const std::wstring fits = std::wstring(255, L'n') + L".pdf";
     EXPECT_EQ(cache_file_name((L"http://h/" + fits).c_str()), fits);
@@ -64,7 +64,7 @@ TEST(CacheFileName, IsUntitledForADevice)
 }
 
 // What ends in a dot or a blank is a good name once ".pdf" follows it.
-TEST(CacheFileName, IsTheUrlsNameHoweverOdd)
+TEST(CacheFileName, KeepsUnusualNamesThatAreValid)
 {
     const std::pair<const wchar_t*, const wchar_t*> cases[] = {{L"null.pdf", L"null.pdf"},
                                                                {L"COM10.pdf", L"COM10.pdf"},

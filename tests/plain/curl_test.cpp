@@ -35,7 +35,7 @@ class CrackedUrl : public testing::TestWithParam<url_parts>
 {
 };
 
-TEST_P(CrackedUrl, ComesApartAndTogether)
+TEST_P(CrackedUrl, IsComposedToTheSameText)
 {
     const auto& expected = GetParam();
     CUrl url;

@@ -63,7 +63,7 @@ TEST(LinkRewriting, RemovesTheHandlers)
 }
 
 // All texts of up to six of the pieces that matter.
-TEST(LinkRewriting, EqualsTheExpression)
+TEST(LinkRewriting, EqualsTheRegularExpression)
 {
     const wchar_t* const pieces[] = {L"onclick=", L"\"", L"PdfFile.OpenDocuments", L"x", L"onclick=\""};
     constexpr std::size_t longest = 6;

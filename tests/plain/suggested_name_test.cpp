@@ -7,7 +7,7 @@ namespace {
 
 using optional_name = std::optional<std::wstring>;
 
-TEST(SuggestedName, TakesTheCachesNumberOff)
+TEST(SuggestedName, OmitsTheCacheNumber)
 {
     const std::pair<const wchar_t*, const wchar_t*> cases[] = {
         {L"C:\\x\\doc.pdf", L"doc.pdf"},

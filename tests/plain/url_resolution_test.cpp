@@ -104,7 +104,7 @@ void expect_resolved(const combination& expected)
     EXPECT_EQ(out, expected.address);
 }
 
-TEST(CombineUrl, KeepsToItsRules)
+TEST(CombineUrl, FollowsItsRules)
 {
     for (const combination& expected : common) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(expected.reference)));
@@ -112,7 +112,7 @@ TEST(CombineUrl, KeepsToItsRules)
     }
 }
 
-TEST(ResolveLink, KeepsToItsRules)
+TEST(ResolveLink, FollowsItsRules)
 {
     for (const combination& expected : common) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(expected.reference)));
@@ -120,14 +120,14 @@ TEST(ResolveLink, KeepsToItsRules)
     }
 }
 
-TEST(ResolveLink, AnswersTheLinksOfADocumentInAFolder)
+TEST(ResolveLink, ResolvesTheLinksOfADocumentInAFolder)
 {
     expect_resolved({L"../b.pdf", L"http://h/a/c/d.pdf", L"http://h/a/b.pdf"});
     expect_resolved({L"/x.pdf", L"http://h/a/c/d.pdf", L"http://h/x.pdf"});
     expect_resolved({L"x.pdf", L"http://h/a/c/d.pdf", L"http://h/a/c/x.pdf"});
 }
 
-TEST(CombineUrl, ProtectsAsMuchAsASchemeTakesWhereverTheBaseHoldsOne)
+TEST(CombineUrl, ProtectsTheLengthOfASchemeAnywhereInTheBase)
 {
     // Seven units for a "http://" that comes later: here "ftp://h".
     expect_combined({L"/b.pdf", L"ftp://h/x?u=http://y/z", L"ftp://h/b.pdf"});
@@ -151,7 +151,7 @@ TEST(CombineUrl, RefusesAnEmptyBase)
     EXPECT_EQ(out, L"");
 }
 
-TEST(ResolveLink, RefusesAnEmptyDocumentAddress)
+TEST(ResolveLink, RefusesAnEmptyDocumentUrl)
 {
     std::wstring out = L"left over";
     EXPECT_FALSE(resolve_link(L"b.pdf", L"", out));
@@ -172,7 +172,7 @@ TEST(CombineUrl, MayWriteOverItsArguments)
 
 // A page's author decides how long a reference is; with work that grows with the square of the length
 // this test runs into its time limit.
-TEST(UrlResolution, TakesReferencesOfManyMegabytes)
+TEST(UrlResolution, AcceptsReferencesOfManyMegabytes)
 {
     constexpr std::size_t steps = 4'000'000;
     std::wstring reference;

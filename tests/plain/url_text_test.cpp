@@ -23,7 +23,7 @@ class Encode : public testing::TestWithParam<text_case>
 {
 };
 
-TEST_P(Encode, Gives)
+TEST_P(Encode, ReturnsTheEscapedText)
 {
     EXPECT_EQ(EncodeUrl(GetParam().from), GetParam().to);
 }
@@ -44,7 +44,7 @@ class Decode : public testing::TestWithParam<text_case>
 {
 };
 
-TEST_P(Decode, Gives)
+TEST_P(Decode, ReturnsTheUnescapedText)
 {
     EXPECT_EQ(DecodeUrl(GetParam().from.c_str()), GetParam().to);
 }
@@ -67,18 +67,18 @@ INSTANTIATE_TEST_SUITE_P(
                     text_case{L"\u00c3\u00a9", L"\u00e9"},
                     text_case{L"/docs/My%20File.pdf#page=3", L"/docs/My File.pdf#page=3"}));
 
-TEST(DecodeUrl, GivesNothingForNull)
+TEST(DecodeUrl, ReturnsEmptyTextForNull)
 {
     EXPECT_EQ(DecodeUrl(nullptr), L"");
 }
 
-TEST(DecodeUrl, UndoesWhatEncodeUrlDid)
+TEST(DecodeUrl, ReversesEncodeUrl)
 {
     const std::wstring text = L"http://h/\u00e4 \u4e2d\u6587/\U0001F600.pdf";
     EXPECT_EQ(DecodeUrl(EncodeUrl(text).c_str()), text);
 }
 
-TEST(DecodeUrl, TakesAVeryLongUrl)
+TEST(DecodeUrl, AcceptsAVeryLongUrl)
 {
     const std::wstring text(2'000'000, L'x');
     EXPECT_EQ(DecodeUrl(text.c_str()), text);
@@ -100,7 +100,7 @@ class FileName : public testing::TestWithParam<name_case>
 {
 };
 
-TEST_P(FileName, Gives)
+TEST_P(FileName, IsTheNameInTheUrl)
 {
     std::array<wchar_t, 260> buffer{};
     EXPECT_EQ(GetFileNameFromUrl(GetParam().url.c_str(), buffer.data(), buffer.size()), GetParam().length);
@@ -146,7 +146,7 @@ TEST(GetFileNameFromUrl, FindsNoNameInAQueryWithoutPdf)
     EXPECT_EQ(GetFileNameFromUrl(L"/get.aspx?", buffer.data(), buffer.size()), 0u);
 }
 
-TEST(GetFileNameFromUrl, CountsASlashInsideTheQueryAsANameThatNeverFits)
+TEST(GetFileNameFromUrl, ReturnsALengthThatNeverFitsForASlashInTheQuery)
 {
     std::array<wchar_t, 260> buffer{};
     const std::wstring url = L"http://h/x?y=/z.pdf";
@@ -156,7 +156,7 @@ TEST(GetFileNameFromUrl, CountsASlashInsideTheQueryAsANameThatNeverFits)
     EXPECT_EQ(buffer[0], L'\0');
 }
 
-TEST(GetFileNameFromUrl, WritesNothingWhereTheNameDoesNotFit)
+TEST(GetFileNameFromUrl, WritesNothingIfTheNameDoesNotFit)
 {
     for (const std::size_t length : {259u, 260u, 261u, 5000u}) {
         SCOPED_TRACE(length);
@@ -171,7 +171,7 @@ TEST(GetFileNameFromUrl, WritesNothingWhereTheNameDoesNotFit)
     }
 }
 
-TEST(GetFileNameFromUrl, TakesNullAndNoRoom)
+TEST(GetFileNameFromUrl, AcceptsNullAndAnEmptyBuffer)
 {
     wchar_t buffer[1] = {L'!'};
     EXPECT_EQ(GetFileNameFromUrl(nullptr, buffer, 1), 0u);

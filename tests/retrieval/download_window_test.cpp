@@ -49,7 +49,7 @@ TEST_F(DownloadForWindow, EndsSilentlyWithoutALength)
     EXPECT_THAT(lines(), IsEmpty());
 }
 
-TEST_F(DownloadForWindow, EndsSilentlyWithALengthOfNull)
+TEST_F(DownloadForWindow, EndsSilentlyWithALengthOfZero)
 {
     fake_document_window window({.url = L""});
     download(window);
@@ -64,7 +64,7 @@ TEST_F(DownloadForWindow, EndsSilentlyWithoutAWindow)
     EXPECT_THAT(lines(), IsEmpty());
 }
 
-TEST_F(DownloadForWindow, EndsSilentlyWithADeadWindow)
+TEST_F(DownloadForWindow, EndsSilentlyWithADestroyedWindow)
 {
     fake_document_window window({.url = url()});
     window.close();
@@ -72,7 +72,7 @@ TEST_F(DownloadForWindow, EndsSilentlyWithADeadWindow)
     EXPECT_THAT(lines(), IsEmpty());
 }
 
-TEST_F(DownloadForWindow, EndsSilentlyWhenTheWindowVanishesAtAQuestion)
+TEST_F(DownloadForWindow, EndsSilentlyWhenTheWindowIsDestroyedDuringARequest)
 {
     fake_document_window at_length({.url = url(), .to_length = reply::vanish});
     download(at_length);
@@ -114,7 +114,7 @@ TEST_F(DownloadForWindow, DoesNotRequestTheLoadOfARejectedPath)
     EXPECT_EQ(window.cache_file(), temporary_ / L"qll0\\a.pdf");
 }
 
-TEST_F(DownloadForWindow, EndsWhenTheWindowVanishesAtTheHandOver)
+TEST_F(DownloadForWindow, EndsWhenTheWindowIsDestroyedAsItGetsThePath)
 {
     fake_document_window window({.url = url(), .to_cache_file = reply::vanish});
     download(window);
@@ -122,7 +122,7 @@ TEST_F(DownloadForWindow, EndsWhenTheWindowVanishesAtTheHandOver)
     EXPECT_EQ(window.messages().back(), WM_USER_SETCACHEFILE);
 }
 
-TEST_F(DownloadForWindow, DownloadsOnWhenTheWindowVanishesInBetween)
+TEST_F(DownloadForWindow, ContinuesWhenTheWindowIsDestroyedDuringTheDownload)
 {
     auto response = http_response::slow(pdf_body(400'000), 100'000, 100);
     server_.route("/a.pdf", response);
@@ -186,7 +186,7 @@ private:
     HWND window_;
 };
 
-TEST(RequestUrl, EndsATextThatTheWindowDidNotEnd)
+TEST(RequestUrl, EndsAtTheTerminator)
 {
     const lying_window window(3);
     std::wstring url;

@@ -194,7 +194,7 @@ TEST_F(ModuleVisit, WarnsOfAMissingEditor)
     editors_.starts(2);
 }
 
-TEST_F(ModuleVisit, StaysSilentWithLoggingOff)
+TEST_F(ModuleVisit, LogsNothingWithLoggingOff)
 {
     editors_.use_editor();
     module_fixture module({}, L"off");

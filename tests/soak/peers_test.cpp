@@ -176,7 +176,7 @@ TEST_P(HostilePeer, SendsOneByteASecond)
 }
 
 // The worker waits in the system's call, and closing waits for the worker, as long as that call takes.
-TEST_P(HostilePeer, NeverAnswers)
+TEST_P(HostilePeer, NeverResponds)
 {
     http_response silent = http_response::ok(test::pdf_body(20'000));
     silent.hold_head = true;
@@ -250,7 +250,7 @@ TEST_P(HostilePeer, IsClosedInTheMiddleOfAGigabyte)
 }
 
 // Where the system does not limit redirections the worker waits in its call until the server stops.
-TEST_P(HostilePeer, RedirectsForEver)
+TEST_P(HostilePeer, RedirectsEndlessly)
 {
     struct state
     {
