@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The server that the benchmarks download from: as fast as the machine can be, and the same for everybody.
+"""The server that the benchmarks download from: as fast as the machine permits, and the same for both sides.
 
 usage: server.py
 

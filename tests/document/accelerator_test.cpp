@@ -110,11 +110,11 @@ QUILL_DOCUMENT_TEST(DocumentKeys, ControlWithAnEditingKeyIsSentToTheViewer)
             EXPECT_EQ(fixture.take_log(), std::vector<std::string>{"@ TranslateAccelerator"});
         }
     }
-    EXPECT_EQ(fixture.host.calls.count(translate), 0) << "the browser saw the document's keys";
+    EXPECT_EQ(fixture.host.calls.count(translate), 0) << "the frame got the document's keys";
     fixture.close_in_order();
 }
 
-// Passed on to that window, a key would come back without end.
+// Forwarded to its own window, a key would loop endlessly.
 QUILL_DOCUMENT_TEST(DocumentKeys, DoNotLoopWhenTheViewerReturnsTheDocumentWindow)
 {
     fixture.show_file(fixture.pdf());

@@ -64,7 +64,7 @@ struct DocumentSaveAs : testing::TestWithParam<request>
 {
     static void SetUpTestSuite()
     {
-        static const bool is_here = (bring_along(L"QuillPDF.IE.dll"), true);
+        static const bool is_here = (copy_library(L"QuillPDF.IE.dll"), true);
         ASSERT_TRUE(is_here);
     }
 

@@ -86,7 +86,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, WithoutAnyStep)
 {
     fixture.show_file(fixture.pdf());
     take_down_in(fixture, "");
-    EXPECT_EQ(fixture.host.frame.set_menus.size(), 2u) << "the frame has its menu back";
+    EXPECT_EQ(fixture.host.frame.set_menus.size(), 2u) << "the frame has its own menu again";
 }
 
 QUILL_DOCUMENT_TEST(DocumentTeardown, WithoutAnyStepWhileUiActive)

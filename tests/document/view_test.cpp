@@ -86,7 +86,7 @@ QUILL_DOCUMENT_TEST(DocumentView, NullArgumentsAreRefusedAsTheHostExpects)
     fixture.create();
     const auto document = fixture.as<IOleDocument>();
     EXPECT_EQ(document->CreateView(fixture.host.site.in_place_site(), nullptr, 0, nullptr), E_POINTER);
-    EXPECT_EQ(fixture.host.site.references(), 0) << "refused before anything is kept";
+    EXPECT_EQ(fixture.host.site.references(), 0) << "refused before anything is stored";
     EXPECT_EQ(document->EnumViews(nullptr, nullptr), E_POINTER);
     const auto view = fixture.as<IOleDocumentView>();
     EXPECT_EQ(view->GetInPlaceSite(nullptr), E_FAIL);

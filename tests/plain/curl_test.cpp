@@ -19,7 +19,7 @@ struct url_parts
     ATL_URL_PORT port;
     const wchar_t* path;
     const wchar_t* extra;
-    const wchar_t* rebuilt; // null: the text as it was
+    const wchar_t* rebuilt; // null: the same text
 };
 
 std::wstring text_of(const CUrl& url)

@@ -16,7 +16,7 @@ TEST(EqualIgnoringAsciiCase, IgnoresTheCaseOfAsciiLetters)
 
 TEST(EqualIgnoringAsciiCase, DistinguishesOtherCharacters)
 {
-    EXPECT_FALSE(equal_ignoring_ascii_case(L"@[", L"`{")); // the neighbours of the letters
+    EXPECT_FALSE(equal_ignoring_ascii_case(L"@[", L"`{")); // the characters next to the letters
     EXPECT_FALSE(equal_ignoring_ascii_case(L"\x00c4", L"\x00e4"));
     EXPECT_FALSE(equal_ignoring_ascii_case(L"k", L"\x212a"));
     EXPECT_FALSE(equal_ignoring_ascii_case(std::wstring_view(L"a\0b", 3), std::wstring_view(L"A\0C", 3)));

@@ -110,7 +110,7 @@ TEST(PageUrlNumber, ReadsTheUrlOfTheHostingPage)
     }
 }
 
-// With work that grows with the square of the length this test runs into its time limit.
+// A quadratic algorithm exceeds the time limit of the test.
 TEST(UrlFragment, AcceptsMegabytesOfPiecesAndDigits)
 {
     std::wstring url = L"http://h/a.pdf#" + std::wstring(8'000'000, L'#');

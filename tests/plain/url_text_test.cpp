@@ -60,9 +60,9 @@ INSTANTIATE_TEST_SUITE_P(
                     text_case{L"% 1", L"% 1"},
                     // An escaped zero ends the text.
                     text_case{L"a%00b", L"a"},
-                    // Units above 0xFF lose their high byte: U+0141 becomes "A".
+                    // Code units above 0xFF lose their high byte: U+0141 becomes "A".
                     text_case{L"\u0141", L"A"},
-                    // A lone byte from 0x80 is no UTF-8.
+                    // A single byte from 0x80 is not valid UTF-8.
                     text_case{L"\u00e9", L"\ufffd"}, text_case{L"%FF", L"\ufffd"},
                     text_case{L"\u00c3\u00a9", L"\u00e9"},
                     text_case{L"/docs/My%20File.pdf#page=3", L"/docs/My File.pdf#page=3"}));
@@ -130,11 +130,12 @@ INSTANTIATE_TEST_SUITE_P(
                     name_case{L"/get.aspx?a=b=c.pdf", 7, L"b=c.pdf"}, name_case{L"/?f=x.pdf", 5, L"x.pdf"},
                     name_case{L"/?f=a:b*c?d\"e<f>g|h.pdf", 5, L"h.pdf"},
                     name_case{L"/?f=a|b\\c.pdf", 5, L"c.pdf"},
-                    // Only a character behind the start of what is left moves it.
+                    // Such a character is kept if it is the first of what remains.
                     name_case{L"/?f=:x.pdf", 6, L":x.pdf"}, name_case{L"/?f=a\\:x.pdf", 6, L":x.pdf"},
                     name_case{L"/?f=pdf", 3, L"pdf"}, name_case{L"/x?&&f=x.pdf&", 5, L"x.pdf"},
 
-                    // The first look leaves the name of the path in the buffer; the length is what counts.
+                    // The buffer keeps the path's name, which was written first; only the length tells that
+                    // there is no name.
                     name_case{L"/x?f=a.pdf#page=2", 0, L"x"}, name_case{L"/x?f=", 0, L"x"}));
 
 TEST(GetFileNameFromUrl, FindsNoNameInAQueryWithoutPdf)

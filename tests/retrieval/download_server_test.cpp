@@ -1,6 +1,6 @@
 // The worker with servers that respond well, slowly, unusually and badly.
-#include "tests/retrieval/deaf_protocol.h"
 #include "tests/retrieval/download_fixture.h"
+#include "tests/retrieval/unabortable_protocol.h"
 #include "tests/support/wait.h"
 
 #include <gmock/gmock.h>
@@ -214,10 +214,10 @@ TEST_F(DownloadFromServer, EndsWithAbortWhenTheDocumentIsClosedAlready)
 // The event of the document is auto-reset, and not every protocol ends when it is aborted.
 TEST_F(DownloadFromServer, EndsWithAbortWhenTheSystemContinues)
 {
-    const std::wstring url = std::wstring(deaf_scheme) + L"://host/a.pdf";
+    const std::wstring url = std::wstring(unabortable_scheme) + L"://host/a.pdf";
     const std::wstring source = temporary_ / L"source";
     ASSERT_TRUE(write_file(source, pdf_body(100)));
-    const deaf_protocol protocol(source);
+    const unabortable_protocol protocol(source);
     const HANDLE once = CreateEventW(nullptr, FALSE, TRUE, nullptr);
     fake_document_window window({.url = url});
     {

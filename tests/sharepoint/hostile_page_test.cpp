@@ -127,7 +127,7 @@ TEST_F(HostilePage, PassesTheUrlUnchangedToTheDefaultHandler)
     EXPECT_EQ(recorded_launches().editor_lines, urls{});
 }
 
-// Windows takes command lines of up to 32,766 characters.
+// Windows accepts command lines of up to 32,766 characters.
 TEST_F(HostilePage, StartsTheEditorWithTheLongestCommandLine)
 {
     const std::wstring around = L"/pdf \"sharepoint://http://h/.pdf\"";
@@ -201,7 +201,7 @@ TEST_F(HostilePage, ParsesNoPartOfTextWithAnEmbeddedNull)
 }
 
 // CUrl cannot parse the link without a server, so an empty URL is opened.
-TEST_F(HostilePage, CompletesNoServerRelativeLinksOfOtherSchemes)
+TEST_F(HostilePage, CompletesNoServerRelativeLinksOnPagesOfOtherSchemes)
 {
     const launch_recording recording;
     for (const wchar_t* page_url_without_server :

@@ -49,7 +49,7 @@ test::http_response in_drops(std::size_t size, const std::string& type)
 }
 
 // The resources of one document.
-known_growth weight_of_a_document()
+known_growth resources_of_a_document()
 {
     constexpr std::size_t count = 16;
     std::vector<ComPtr<IPersistMoniker>> documents(count);
@@ -262,7 +262,7 @@ TEST_F(EngineClosings, WhileTheEngineLoads)
     if (documents.kept == 0)
         EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
 
-    const known_growth each = weight_of_a_document();
+    const known_growth each = resources_of_a_document();
     const known_growth engine = growth_since(bare.table, 1);
     const double more = kept_bare > 0 ? std::max(kept - kept_bare, 0.0) / kept_bare : kept;
     expect_no_steeper_than(bare.table, documents.table, 1,

@@ -86,7 +86,7 @@ private:
                 test::pump_messages();
             }
             if (!test::wait_until([&] { return waiting_workers() == size; }, deadline_ms))
-                report_laggards();
+                report_pending();
             EXPECT_EQ(guest.workers(), size);
             threads_at_once = std::max(threads_at_once, test::process_resources::now().threads);
             EXPECT_EQ(guest.done(), 0u);
@@ -102,8 +102,8 @@ private:
         EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
         forget_requests();
     }
-    // Who has made no request: the engine, or only the worker; and the log of the module.
-    void report_laggards()
+    // Prints the documents without a request of the engine or of the worker, and the log of the module.
+    void report_pending()
     {
         const std::lock_guard lock(guard);
         for (std::size_t i = 0; i < size; ++i) {

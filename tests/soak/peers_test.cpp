@@ -79,12 +79,12 @@ protected:
         }
         return true;
     }
-    void live_for(DWORD milliseconds)
+    void dispatch_for(DWORD milliseconds)
     {
         run_until([] { return false; }, milliseconds);
     }
     // The worker and all threads that the system created for it have ended.
-    bool live_until_fetched(DWORD deadline_ms)
+    bool dispatch_until_fetched(DWORD deadline_ms)
     {
         return run_until([this] { return viewers.opened() > opened_before || worker_has_ended(); },
                          deadline_ms);
@@ -139,7 +139,7 @@ protected:
     {
         fixture.server.route("/x.pdf", std::move(response));
         open();
-        EXPECT_TRUE(live_until_fetched(deadline_ms));
+        EXPECT_TRUE(dispatch_until_fetched(deadline_ms));
         close();
         EXPECT_LT(closing_ms, longest_closing_ms);
         return viewers.opened();
@@ -150,7 +150,7 @@ protected:
     {
         fixture.server.route("/x.pdf", std::move(response));
         open();
-        live_until_fetched(1'000);
+        dispatch_until_fetched(1'000);
         close();
         EXPECT_LT(closing_ms, longest_closing_ms);
         return viewers.opened();
@@ -169,7 +169,7 @@ TEST_P(HostilePeer, SendsOneByteASecond)
     auto slow = http_response::slow(test::pdf_body(20'000), 1, 1'000);
     fixture.server.route("/x.pdf", slow);
     open();
-    live_for(2'500);
+    dispatch_for(2'500);
     close();
     EXPECT_LT(closing_ms, longest_wait_for_a_silent_server_ms);
     EXPECT_EQ(viewers.opened(), 0u);
@@ -183,7 +183,7 @@ TEST_P(HostilePeer, NeverResponds)
     fixture.server.route("/x.pdf", silent);
     open();
     EXPECT_TRUE(run_until([this] { return !fixture.server.requests().empty(); }, 10'000));
-    live_for(1'000);
+    dispatch_for(1'000);
     close_while([this] { fixture.server.release(); });
     EXPECT_EQ(viewers.opened(), 0u);
 }
@@ -218,7 +218,7 @@ TEST_P(HostilePeer, SendsAnInvalidLength)
         fixture.server.route("/x.pdf", lying);
         open();
         // Some systems wait for the announced data as long as the connection is open.
-        live_until_fetched(300);
+        dispatch_until_fetched(300);
         close();
         EXPECT_LT(closing_ms, longest_closing_ms);
         EXPECT_EQ(viewers.opened(), 0u);
@@ -243,7 +243,7 @@ TEST_P(HostilePeer, IsClosedInTheMiddleOfAGigabyte)
     fixture.server.route("/x.pdf", large);
     open();
     EXPECT_TRUE(run_until([this] { return !fixture.server.requests().empty(); }, 10'000));
-    live_for(1'200); // into the third piece
+    dispatch_for(1'200); // into the third piece
     close();
     EXPECT_LT(closing_ms, longest_closing_ms);
     EXPECT_EQ(viewers.opened(), 0u);
@@ -264,7 +264,7 @@ TEST_P(HostilePeer, RedirectsEndlessly)
     });
     open();
     EXPECT_TRUE(run_until([&] { return server->number > 3; }, 10'000));
-    live_for(500);
+    dispatch_for(500);
     close_while([&] { server->is_tired = true; });
     EXPECT_EQ(viewers.opened(), 0u);
 }
