@@ -159,6 +159,6 @@ void html_page::click(const quill::dom_node::pointer& element)
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     const auto target = quill::target_of(*page_, *element);
     const CComPtr<IOleClientSite> site = m_spClientSite;
-    if (events_.fire_click(page_, element) && !target.address.empty() && site)
+    if (events_.fire_click(page_, element) && !target.url.empty() && site)
         quill::follow(site, target);
 }

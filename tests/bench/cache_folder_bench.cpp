@@ -64,9 +64,9 @@ void compare(const old_documents& documents)
     const auto ours = timed([&] { keep(create_cache_folder(temporary)); });
     const int rounds = is_short_run() ? 2 : documents.rounds;
     const std::string line = "cache folder among " + documents.what + " : ";
-    report(line + "a reading and a creation",
+    report(line + "listing and creating",
            compare_medians(ours, timed([&] { read_and_create(temporary, expected); }), rounds), 1.3);
-    report(line + "a question for each number",
+    report(line + "a query for each number",
            compare_medians(ours, timed([&] { probe_and_create(temporary); }), rounds), documents.of_probing);
 }
 

@@ -48,7 +48,7 @@ struct combination
 {
     const wchar_t* reference;
     const wchar_t* base;
-    const wchar_t* address;
+    const wchar_t* url;
 };
 
 // Cases in which CombineUrl and resolve_link agree.
@@ -94,14 +94,14 @@ void expect_combined(const combination& expected)
 {
     std::wstring out = L"left over";
     EXPECT_EQ(CombineUrl(expected.reference, expected.base, out), 1);
-    EXPECT_EQ(out, expected.address);
+    EXPECT_EQ(out, expected.url);
 }
 
 void expect_resolved(const combination& expected)
 {
     std::wstring out = L"left over";
     EXPECT_TRUE(resolve_link(expected.reference, expected.base, out));
-    EXPECT_EQ(out, expected.address);
+    EXPECT_EQ(out, expected.url);
 }
 
 TEST(CombineUrl, FollowsItsRules)

@@ -112,7 +112,7 @@ private:
             });
             const std::size_t count = found == requests.end() ? 0 : found->second;
             if (count != 2)
-                ADD_FAILURE() << "document " << i << " has asked " << count << " times";
+                ADD_FAILURE() << "document " << i << " has made " << count << " requests";
         }
         print_last_lines();
     }
