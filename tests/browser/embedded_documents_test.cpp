@@ -147,7 +147,7 @@ TEST_F(Embedded, NavigatingAwayReleasesEverything)
     ASSERT_EQ(viewers.living_viewers(), 2);
 
     open_page(browser, server.url(L"/other.html"));
-    EXPECT_TRUE(wait_until([this] { return module.can_unload(); })) << "a document is still held";
+    EXPECT_TRUE(wait_until([this] { return module.can_unload(); })) << "a document is still referenced";
     EXPECT_EQ(viewers.living_viewers(), 0);
     EXPECT_TRUE(wait_until([this] { return pages.living().pages == 1; }))
         << testing::PrintToString(pages.living());

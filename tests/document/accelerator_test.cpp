@@ -186,7 +186,7 @@ QUILL_DOCUMENT_TEST(DocumentKeys, KeyDownMessagesAreSentToTheViewerWindow)
     EXPECT_EQ(fixture.send(WM_KEYDOWN, VK_NEXT, 0x1510001), 0);
     EXPECT_EQ(fixture.send(WM_KEYDOWN, 'Z', 1), 0);
     EXPECT_EQ(viewer_window.keys, (keys{{VK_NEXT, 0x1510001}, {'Z', 1}}));
-    EXPECT_EQ(fixture.viewer.texts(viewer_get_window).size(), 2u) << "asked for each key";
+    EXPECT_EQ(fixture.viewer.texts(viewer_get_window).size(), 2u) << "queried for each key";
     fixture.close_in_order();
 }
 

@@ -43,7 +43,7 @@ TEST_F(FrameworkFailingHost, EachSiteCallFailsInTurn)
             EXPECT_EQ(container->in_place_balance, control->m_bInPlaceActive ? 1 : 0) << failed;
             EXPECT_EQ(container->ui_balance, control->m_bUIActive ? 1 : 0) << failed;
             if (!control->m_bInPlaceActive)
-                EXPECT_EQ(control->m_spInPlaceSite.p, nullptr) << failed << ": no view is held";
+                EXPECT_EQ(control->m_spInPlaceSite.p, nullptr) << failed << ": the view is still referenced";
         }
         close();
         container->record.take();

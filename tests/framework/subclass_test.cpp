@@ -49,7 +49,7 @@ TEST_F(FrameworkSubclass, ObjectOnAWindowOfTheSystem)
     ASSERT_TRUE(on_top.SubclassWindow(edit));
     EXPECT_FALSE(on_top.SubclassWindow(edit)) << "it sits there already";
     SendMessageW(edit, message_run, 0, 0);
-    EXPECT_EQ(GetWindowTextLengthW(edit), 4) << "what is not handled goes to the edit control";
+    EXPECT_EQ(GetWindowTextLengthW(edit), 4) << "an unhandled message is passed to the edit control";
     EXPECT_EQ(on_top.UnsubclassWindow(), edit);
     EXPECT_EQ(on_top.UnsubclassWindow(), nullptr);
     EXPECT_EQ(GetWindowLongPtrW(edit, GWLP_WNDPROC), original);

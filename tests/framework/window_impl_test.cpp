@@ -147,7 +147,7 @@ TEST_F(FrameworkWindow, FinalMessageWaitsForTheHandlerThatDestroyedTheWindow)
     ASSERT_TRUE(create(*window));
     const LRESULT result = window->run([&](test_window& self) {
         ::DestroyWindow(self.m_hWnd);
-        EXPECT_EQ(ends, 0) << "the handler's object is alive";
+        EXPECT_EQ(ends, 0) << "the handler's object still exists";
         EXPECT_EQ(self.finals.size(), 0u);
         return LRESULT{7};
     });
@@ -207,7 +207,7 @@ TEST_F(FrameworkWindow, CreationRefusedByAHookLeaksNothing)
     test_window next;
     const HWND handle = create(next);
     ASSERT_TRUE(handle);
-    EXPECT_EQ(next.m_hWnd, handle) << "the next window goes to its own object";
+    EXPECT_EQ(next.m_hWnd, handle) << "the next window belongs to its own object";
     EXPECT_EQ(refused.m_hWnd, nullptr);
     next.DestroyWindow();
 }

@@ -135,7 +135,7 @@ TEST_F(EmbeddedElement, EscapesTheReference)
     EXPECT_EQ(url, L"caf%C3%A9+1.pdf");
 }
 
-// Numbers go by the order in the source: an element before its children, children before what follows.
+// Elements are numbered in source order: an element before its children, its children before its siblings.
 TEST_F(EmbeddedElement, NumbersDepthFirst)
 {
     const std::size_t first = page.add_plain(L"DIV");

@@ -243,7 +243,7 @@ TEST_F(EngineClosings, AtAnyStageOfTheDownload)
     EXPECT_EQ(bare.kept, 0);
     EXPECT_EQ(documents.strayed, 0);
     EXPECT_EQ(documents.kept, 0);
-    EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
+    EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "an object keeps the module loaded";
     expect_no_steeper_than(bare.table, documents.table, 1);
 }
 
@@ -260,7 +260,8 @@ TEST_F(EngineClosings, WhileTheEngineLoads)
     EXPECT_LE(kept, about(kept_bare));
     EXPECT_LE(static_cast<double>(documents.strayed), about(static_cast<double>(bare.strayed)));
     if (documents.kept == 0)
-        EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
+        EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); }))
+            << "an object keeps the module loaded";
 
     const known_growth each = resources_of_a_document();
     const known_growth engine = growth_since(bare.table, 1);

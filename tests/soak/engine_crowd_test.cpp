@@ -99,7 +99,8 @@ private:
         EXPECT_EQ(guest.end(), 0u) << "a worker is left";
         EXPECT_TRUE(server.wait_idle(deadline_ms));
         EXPECT_EQ(trivial.living(), 0);
-        EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
+        EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); }))
+            << "an object keeps the module loaded";
         forget_requests();
     }
     // Prints the documents without a request of the engine or of the worker, and the log of the module.
