@@ -3,9 +3,9 @@
 #include "sharepoint/decisions/links.h"
 #include "sharepoint/editor/editor_launch.h"
 #include "tests/fuzz/caught_line.h"
-#include "tests/fuzz/command_line.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
+#include "tests/fuzz/windows_arguments.h"
 
 #include <atlutil.h>
 

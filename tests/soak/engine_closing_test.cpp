@@ -2,8 +2,8 @@
 // compared with a document object that does nothing and has a bare download.
 #include "tests/soak/closing_plan.h"
 #include "tests/soak/engine_soak_fixture.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>

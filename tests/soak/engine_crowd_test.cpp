@@ -1,8 +1,8 @@
 // Many documents open at once in browsers of one process, all fetching at the same moment, compared with as
 // many document objects that do nothing and have a bare download each.
 #include "tests/soak/engine_soak_fixture.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/module_threads.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/wait.h"

@@ -1,8 +1,8 @@
 // Documents in the system's own browser engine, many times in one process, compared with a document object
 // that does nothing: the engine's own growth is measured, and the module adds nothing to it.
 #include "tests/soak/engine_soak_fixture.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>

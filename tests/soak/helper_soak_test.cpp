@@ -3,8 +3,8 @@
 #include "tests/document/module_under_test.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>

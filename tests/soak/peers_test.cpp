@@ -1,7 +1,7 @@
 // Servers that are slow, send wrong lengths, never end or never respond, on both download paths: the UI
 // thread keeps dispatching messages, closing ends with the worker, only PDFs are shown, nothing is leaked.
 #include "tests/soak/document_soak_fixture.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/module_threads.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/wait.h"
