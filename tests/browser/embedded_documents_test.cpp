@@ -226,7 +226,7 @@ TEST_F(Embedded, APageWithoutPdfElementsIsLeftAlone)
     EXPECT_THAT(fetched(), IsEmpty());
     EXPECT_EQ(pages.living().embedded_sites, 0);
     EXPECT_EQ(viewers.living_viewers(), 0);
-    EXPECT_TRUE(module.can_unload()) << "the module was used";
+    EXPECT_TRUE(module.can_unload()) << "the page used the module";
 }
 
 TEST_F(Embedded, AreFoundAmongHundredsOfOtherElements)

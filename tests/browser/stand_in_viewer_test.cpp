@@ -179,7 +179,7 @@ TEST_F(StandInViewer, FollowsALinkWithinTheDocument)
     ASSERT_TRUE(shows(browser, L"page 1 of 5 - 100 %"));
     // "Invoice 2291" in the contents
     EXPECT_TRUE(click_until_shown(browser, 100.0 / 892, 634.0 / 1263, L"page 4 of 5 - 100 %"));
-    EXPECT_EQ(browser.navigations().size(), 1u) << "the browser has no part in it";
+    EXPECT_EQ(browser.navigations().size(), 1u) << "the browser must not navigate";
 }
 
 TEST_F(StandInViewer, FollowsALinkToAnotherDocument)

@@ -52,7 +52,7 @@ public:
             longest_ms_ = std::max(longest_ms_, GetTickCount64() - begin);
             EXPECT_LT(GetTickCount64() - begin, longest_closing_ms);
             test::pump_messages();
-            EXPECT_EQ(viewers.opened(), opened) << "something was shown after the end";
+            EXPECT_EQ(viewers.opened(), opened) << "a document was shown after it was closed";
         }
         EXPECT_EQ(fixture_.module.can_unload_now(), S_OK);
         EXPECT_TRUE(fixture_.server.wait_idle(10'000)) << "a download is still running";

@@ -183,7 +183,7 @@ private:
             longest_ms = std::max(longest_ms, took);
             EXPECT_LT(took, longest_closing_ms);
             test::pump_messages();
-            EXPECT_EQ(guest.shown(), shown) << "something was shown after the end";
+            EXPECT_EQ(guest.shown(), shown) << "a document was shown after it was closed";
         }
         EXPECT_EQ(guest.end(), 0u) << "a worker is left";
         EXPECT_TRUE(server.wait_idle(server_rest_ms)) << "a download is still running";

@@ -98,7 +98,7 @@ TEST(HelperSoak, PagesWithClicks)
         none.heap_bytes_each = 0;
         none.private_bytes_each = 0;
         table.expect_flat_from(1, none);
-        EXPECT_EQ(module.can_unload_now(), S_FALSE) << "the kept object";
+        EXPECT_EQ(module.can_unload_now(), S_FALSE) << "the kept helper object must keep the module loaded";
         kept.Release();
         EXPECT_EQ(module.can_unload_now(), S_OK);
     }

@@ -195,7 +195,7 @@ TEST_P(HostilePeer, SendsLessThanItAnnounces)
     EXPECT_LE(shown_after(lying), 1u); // the file begins as a PDF
     const std::size_t before = viewers.opened();
     lying.body = "<html>" + std::string(20'000, ' ');
-    EXPECT_EQ(shown_after(lying), before) << "what is not a PDF is not shown";
+    EXPECT_EQ(shown_after(lying), before) << "a response that is no PDF was shown";
 }
 
 TEST_P(HostilePeer, SendsMoreThanItAnnounces)
@@ -367,8 +367,9 @@ TEST(SilentPeer, RespondsAfterTheModuleIsUnloaded)
         EXPECT_TRUE(test::wait_until([&] { return !server.requests().empty(); }));
         document.close_as_navigating_away();
     }
-    EXPECT_GT(test::process_resources::now().threads, threads_before) << "no thread waits any more";
-    EXPECT_NE(GetModuleHandleW(L"wininet.dll"), nullptr) << "what waits belongs to it";
+    EXPECT_GT(test::process_resources::now().threads, threads_before)
+        << "no thread is waiting for the server";
+    EXPECT_NE(GetModuleHandleW(L"wininet.dll"), nullptr) << "the waiting threads belong to it";
     EXPECT_NE(GetModuleHandleW(L"urlmon.dll"), nullptr);
     server.stop();
     EXPECT_TRUE(test::wait_until([&] { return test::process_resources::now().threads <= threads_before; }));
