@@ -1,5 +1,5 @@
-// The document's window: creation, which hosts the viewer and finds the document, messages of the system, the
-// private messages of window_messages.h, and destruction.
+// The document's window: creation, which hosts the viewer and finds the document; system messages; the
+// private messages of window_messages.h; destruction.
 #include "active_doc/active_doc_ctrl.h"
 #include "active_doc/browser_instances.h"
 #include "active_doc/browser_services.h"
@@ -210,7 +210,7 @@ LRESULT CActiveDocCtrl::OnDestroy(UINT, WPARAM, LPARAM, BOOL&)
 
 void CActiveDocCtrl::OnFinalMessage(HWND window)
 {
-    // Neither is the last reference: the message's own is released after the handler.
+    // Neither Release is the last one: the framework holds a reference while it handles a message.
     if (last_reference_.window_closed(window))
         GetUnknown()->Release();
     if (std::exchange(is_held_by_window_, false))
@@ -389,7 +389,7 @@ LRESULT CActiveDocCtrl::OnSaveAs(UINT, WPARAM, LPARAM, BOOL&)
 
 LRESULT CActiveDocCtrl::OnRelease(UINT, WPARAM, LPARAM, BOOL&)
 {
-    // Not the last reference: the message's own is released after the handler.
+    // Not the last Release: the framework holds a reference while it handles a message.
     if (last_reference_.take())
         GetUnknown()->Release();
     return 0;

@@ -93,7 +93,7 @@ void log_stream::format(const wchar_t* text) noexcept
 void log_stream::format(std::wstring_view text) noexcept
 {
     ignore_errors([&] {
-        // Nearly all text is ASCII, which needs no call of the system. Out of memory drops the whole piece.
+        // Nearly all text is ASCII, which needs no system call. Out of memory drops the whole piece.
         buffer().reserve(buffer().size() + text.size());
         if (std::all_of(text.begin(), text.end(), [](wchar_t unit) { return unit < 0x80; }))
             std::transform(text.begin(), text.end(), std::back_inserter(buffer()),

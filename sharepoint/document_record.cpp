@@ -25,8 +25,8 @@ std::wstring list_link(IHTMLElement* element)
     return std::wstring(is_pdf_link(link.text()) ? link.text() : std::wstring_view());
 }
 
-// The page's URL, to complete server-relative links; empty if the page has none. Out of memory is thrown: the
-// link would be opened without its server.
+// The page's URL, to complete server-relative links; empty if the page has none. Throws std::bad_alloc, since
+// without memory the link would be opened without its server.
 std::wstring base_url(IHTMLDocument2* page)
 {
     CComBSTR url;

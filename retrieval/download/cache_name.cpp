@@ -1,3 +1,4 @@
+// The plain part of cache_folder.h: names, no folders.
 #include "retrieval/download/cache_folder.h"
 #include "retrieval/file/file_names.h"
 #include "retrieval/url/url_text.h"

@@ -81,7 +81,8 @@ std::uint32_t version_of_url(const download_job& job) noexcept
     return job.version ? job.version->current() : 0;
 }
 
-// version: of the URL that was received. The URL may be replaced between the two messages of request_url.
+// version receives that of the URL. If the URL is replaced between the two messages of request_url, both are
+// sent again.
 bool request_consistent_url(const download_job& job, std::wstring& url, std::uint32_t& version)
 {
     for (;;) {

@@ -1,3 +1,4 @@
+// The plain part of download_switch.h: the text of the setting, not the registry.
 #include "retrieval/download/download_switch.h"
 
 #include <cctype>

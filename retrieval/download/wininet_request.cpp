@@ -38,7 +38,7 @@ struct url_parts
     bool is_secure = false;
 };
 
-// On failure, also for a URL without a host, the last error tells the reason.
+// Returns false with the last error set, also for a URL without a host.
 bool split_url(const std::wstring& url, url_parts& parts)
 {
     URL_COMPONENTSW found{};

@@ -25,8 +25,8 @@ struct internet_request
     DWORD error = ERROR_SUCCESS;
 };
 
-// Accepts certificates that are expired, of unknown issuers or issued to other names. A request handle takes
-// the option always, a session handle not on every system.
+// Accepts certificates that are expired, of unknown issuers or issued to other names. Every system accepts
+// the option on a request handle, but not every one on a session handle.
 void relax_certificate_checks(const wininet_functions& wininet, HINTERNET handle) noexcept;
 
 // Sends a request for url, which must not contain a fragment, and receives the response headers. After a

@@ -45,8 +45,8 @@ enum class read_result
     done
 };
 
-// The path may come from a page, and the UI thread waits: a device or pipe is not opened if its path tells
-// it, and never read. A file that opens but cannot be read counts as empty.
+// The path may come from a page, and the UI thread waits for the result: a device or pipe is not opened if
+// its path identifies it, and is never read. A file that opens but cannot be read counts as empty.
 read_result read_window(const wchar_t* path, file_window& window) noexcept
 {
     if (!path || !may_name_disk_file(path))
@@ -54,7 +54,7 @@ read_result read_window(const wchar_t* path, file_window& window) noexcept
     const no_system_dialogs quiet;
     const unique_handle file(CreateFileW(path, GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
                                          FILE_ATTRIBUTE_NORMAL, nullptr));
-    // After the attempt to open it, because nearly every file exists.
+    // Queried only after opening has failed, because nearly every file exists.
     if (!file)
         return PathFileExistsW(path) ? read_result::refused : read_result::missing;
     if (GetFileType(file.get()) != FILE_TYPE_DISK)

@@ -1,3 +1,4 @@
+// The plain part of pdf_check.h: the decision, without the file.
 #include "retrieval/file/pdf_check.h"
 
 namespace quill {

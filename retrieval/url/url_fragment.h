@@ -1,4 +1,4 @@
-// Reads the page and the zoom that a URL's fragment asks for, as in "#page=3#zoom=150".
+// Reads the page and the zoom that a URL's fragment specifies, as in "#page=3#zoom=150".
 #pragma once
 
 #include <cstdint>

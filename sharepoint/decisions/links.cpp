@@ -22,8 +22,8 @@ struct text_range
     std::size_t end;
 };
 
-// The search goes on one character after an attribute without the call, not after its value: the value may
-// end with the beginning of the next match, "onclick=" and its quotation mark.
+// After an attribute without the call the search continues at the next character, not after the value: the
+// value may end in "onclick=", and its closing quotation mark then belongs to the next match.
 std::optional<text_range> next_handler(std::wstring_view markup, std::size_t from)
 {
     for (std::size_t begin = markup.find(attribute_start, from); begin != not_found;

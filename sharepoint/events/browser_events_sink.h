@@ -1,5 +1,6 @@
 // Event sink of a tab's browser: forwards BeforeNavigate2 and DocumentComplete to a handler until OnQuit, and
-// cancels a navigation when the handler says so. The helper object's subscription holds it by a connection.
+// cancels a navigation if the handler returns true. Owned by the helper object's subscription through a
+// browser_events_connection.
 #pragma once
 
 #include "platform/mutex.h"
@@ -85,7 +86,7 @@ public:
 
     // Without a browser there are no events. Throws std::system_error with the failure code.
     void connect(std::weak_ptr<browser_events_handler> handler);
-    // May be repeated after a system exception has cut it off: no call into the host is made twice.
+    // May be called again after a system exception has interrupted it: no call into the host is made twice.
     void close() noexcept;
 
 private:

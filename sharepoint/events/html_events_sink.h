@@ -1,5 +1,5 @@
-// Event sink of an HTML document: forwards clicks, which the handler may cancel, and the end of loading. A
-// document record holds it by a connection.
+// Event sink of an HTML document: forwards clicks, which the handler may cancel, and the end of loading.
+// Owned by a document record through an html_events_connection.
 #pragma once
 
 #include "sharepoint/events/event_handlers.h"
@@ -42,9 +42,9 @@ public:
                   &html_events_sink::on_ready_state_change)
     END_SINK_MAP()
 
-    // The events. The engine may pass another interface of the event object than the type library says, so
-    // IHTMLEventObj is queried. on_click returns VARIANT_FALSE for a click that was opened and blocked
-    // without a failure; a click that was opened is blocked even if something fails.
+    // The events. The engine may pass another interface of the event object than the type library declares,
+    // so IHTMLEventObj is queried. on_click returns VARIANT_FALSE for a click whose link was opened and that
+    // was blocked without a failure; such a click is blocked even if something fails.
     VARIANT_BOOL STDMETHODCALLTYPE on_click(IDispatch* event);
     void STDMETHODCALLTYPE on_ready_state_change(IDispatch* event);
 

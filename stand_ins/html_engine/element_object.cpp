@@ -12,9 +12,9 @@ namespace {
 
 // Flags of getAttribute: case-sensitive name; absolute URL.
 constexpr LONG case_sensitive = 1;
-constexpr LONG expand_address = 4;
+constexpr LONG expand_url = 4;
 
-bool is_address(std::wstring_view attribute)
+bool is_url_attribute(std::wstring_view attribute)
 {
     return attribute == L"href" || attribute == L"src" || attribute == L"data" || attribute == L"action";
 }
@@ -60,7 +60,7 @@ HRESULT element_object::put_attribute_text(const wchar_t* attribute, BSTR value)
     });
 }
 
-HRESULT element_object::get_attribute_address(const wchar_t* attribute, BSTR* value) const
+HRESULT element_object::get_attribute_url(const wchar_t* attribute, BSTR* value) const
 {
     return guarded_out(value, [&] {
         if (const auto text = node_->attribute(attribute))
@@ -96,7 +96,7 @@ STDMETHODIMP element_object::getAttribute(BSTR name, LONG flags, VARIANT* value)
         const auto text = node_->attribute(key);
         if (!text)
             return S_OK;
-        const bool expand = (flags & expand_address) != 0 && is_address(key);
+        const bool expand = (flags & expand_url) != 0 && is_url_attribute(key);
         value->bstrVal = new_bstr(expand ? page_->absolute(*text) : *text);
         value->vt = VT_BSTR;
         return S_OK;

@@ -60,7 +60,7 @@ protected:
     HRESULT get_attribute_text(const wchar_t* attribute, BSTR* value) const;
     HRESULT put_attribute_text(const wchar_t* attribute, BSTR value);
     // As get_attribute_text, as an absolute URL.
-    HRESULT get_attribute_address(const wchar_t* attribute, BSTR* value) const;
+    HRESULT get_attribute_url(const wchar_t* attribute, BSTR* value) const;
 
 private:
     std::shared_ptr<page_model> page_;

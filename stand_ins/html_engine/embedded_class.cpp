@@ -63,15 +63,15 @@ std::wstring type_of(const dom_node& element)
 {
     if (const auto stated = element.attribute(L"type"))
         return plain_type(*stated);
-    const auto address = element.attribute(element.is(L"embed") ? L"src" : L"data");
-    return address ? type_of_extension(lower_case(extension_of(*address))) : std::wstring();
+    const auto url = element.attribute(element.is(L"embed") ? L"src" : L"data");
+    return url ? type_of_extension(lower_case(extension_of(*url))) : std::wstring();
 }
 
 } // namespace
 
-std::wstring extension_of(const std::wstring& address)
+std::wstring extension_of(const std::wstring& url)
 {
-    const std::wstring path = address.substr(0, address.find_first_of(L"?#"));
+    const std::wstring path = url.substr(0, url.find_first_of(L"?#"));
     const auto dot = path.find_last_of(L"./\\:");
     return dot != std::wstring::npos && path[dot] == L'.' ? path.substr(dot) : std::wstring();
 }

@@ -15,6 +15,6 @@ namespace quill {
 std::optional<CLSID> embedded_class(const dom_node& element);
 
 // The extension of a URL with its dot, without query and fragment; empty if there is none.
-std::wstring extension_of(const std::wstring& address);
+std::wstring extension_of(const std::wstring& url);
 
 } // namespace quill

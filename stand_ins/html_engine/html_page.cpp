@@ -9,18 +9,18 @@
 
 #include <utility>
 
-CHtmlPage::CHtmlPage() : page_(std::make_shared<quill::page_model>())
+html_page::html_page() : page_(std::make_shared<quill::page_model>())
 {
     m_bWindowOnly = TRUE;
     page_->owner = this;
 }
 
-HRESULT CHtmlPage::FinalConstruct()
+HRESULT html_page::FinalConstruct()
 {
     return events_.create(this);
 }
 
-void CHtmlPage::FinalRelease()
+void html_page::FinalRelease()
 {
     stop_download();
     page_->owner = nullptr;
@@ -29,7 +29,7 @@ void CHtmlPage::FinalRelease()
     events_.close();
 }
 
-STDMETHODIMP CHtmlPage::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
+STDMETHODIMP html_page::Invoke(DISPID id, REFIID reserved, LCID locale, WORD flags, DISPPARAMS* parameters,
                                VARIANT* result, EXCEPINFO* exception, UINT* bad_argument)
 {
     if (id != DISPID_READYSTATE || (flags & DISPATCH_PROPERTYGET) == 0)
@@ -45,7 +45,7 @@ STDMETHODIMP CHtmlPage::Invoke(DISPID id, REFIID reserved, LCID locale, WORD fla
 
 // A document host is asked once to create a view; a second request would replace it. Any other host activates
 // the page as a control.
-STDMETHODIMP CHtmlPage::DoVerb(LONG verb, LPMSG message, IOleClientSite* site, LONG index, HWND parent,
+STDMETHODIMP html_page::DoVerb(LONG verb, LPMSG message, IOleClientSite* site, LONG index, HWND parent,
                                LPCRECT place)
 {
     const CComQIPtr<IOleDocumentSite> document_site(m_spClientSite);
@@ -53,17 +53,17 @@ STDMETHODIMP CHtmlPage::DoVerb(LONG verb, LPMSG message, IOleClientSite* site, L
                        verb == OLEIVERB_INPLACEACTIVATE;
     if (document_site && shows && !m_bInPlaceActive)
         return document_site->ActivateMe(nullptr);
-    return IOleObjectImpl<CHtmlPage>::DoVerb(verb, message, site, index, parent, place);
+    return IOleObjectImpl<html_page>::DoVerb(verb, message, site, index, parent, place);
 }
 
-STDMETHODIMP CHtmlPage::Close(DWORD save)
+STDMETHODIMP html_page::Close(DWORD save)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     stop_download();
-    return IOleObjectImpl<CHtmlPage>::Close(save);
+    return IOleObjectImpl<html_page>::Close(save);
 }
 
-STDMETHODIMP CHtmlPage::GetMiscStatus(DWORD, DWORD* status)
+STDMETHODIMP html_page::GetMiscStatus(DWORD, DWORD* status)
 {
     if (status == nullptr)
         return E_POINTER;
@@ -72,7 +72,7 @@ STDMETHODIMP CHtmlPage::GetMiscStatus(DWORD, DWORD* status)
     return S_OK;
 }
 
-STDMETHODIMP CHtmlPage::ParseDisplayName(IBindCtx*, LPOLESTR, ULONG* eaten, IMoniker** moniker)
+STDMETHODIMP html_page::ParseDisplayName(IBindCtx*, LPOLESTR, ULONG* eaten, IMoniker** moniker)
 {
     if (eaten == nullptr || moniker == nullptr)
         return E_POINTER;
@@ -81,7 +81,7 @@ STDMETHODIMP CHtmlPage::ParseDisplayName(IBindCtx*, LPOLESTR, ULONG* eaten, IMon
     return E_NOTIMPL;
 }
 
-STDMETHODIMP CHtmlPage::EnumObjects(DWORD, IEnumUnknown** objects)
+STDMETHODIMP html_page::EnumObjects(DWORD, IEnumUnknown** objects)
 {
     if (objects == nullptr)
         return E_POINTER;
@@ -89,7 +89,7 @@ STDMETHODIMP CHtmlPage::EnumObjects(DWORD, IEnumUnknown** objects)
     return E_NOTIMPL;
 }
 
-STDMETHODIMP CHtmlPage::GetClassID(CLSID* class_id)
+STDMETHODIMP html_page::GetClassID(CLSID* class_id)
 {
     if (class_id == nullptr)
         return E_POINTER;
@@ -97,7 +97,7 @@ STDMETHODIMP CHtmlPage::GetClassID(CLSID* class_id)
     return S_OK;
 }
 
-STDMETHODIMP CHtmlPage::EnumConnectionPoints(IEnumConnectionPoints** points)
+STDMETHODIMP html_page::EnumConnectionPoints(IEnumConnectionPoints** points)
 {
     if (points == nullptr)
         return E_POINTER;
@@ -105,12 +105,12 @@ STDMETHODIMP CHtmlPage::EnumConnectionPoints(IEnumConnectionPoints** points)
     return E_NOTIMPL;
 }
 
-STDMETHODIMP CHtmlPage::FindConnectionPoint(REFIID interface_id, IConnectionPoint** point)
+STDMETHODIMP html_page::FindConnectionPoint(REFIID interface_id, IConnectionPoint** point)
 {
     return events_.find(interface_id, point);
 }
 
-STDMETHODIMP CHtmlPage::Load(BOOL, IMoniker* moniker, IBindCtx* context, DWORD)
+STDMETHODIMP html_page::Load(BOOL, IMoniker* moniker, IBindCtx* context, DWORD)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     return quill::guarded([&] {
@@ -129,7 +129,7 @@ STDMETHODIMP CHtmlPage::Load(BOOL, IMoniker* moniker, IBindCtx* context, DWORD)
     });
 }
 
-void CHtmlPage::stop_download()
+void html_page::stop_download()
 {
     const auto download = std::move(download_);
     if (download)
@@ -137,7 +137,7 @@ void CHtmlPage::stop_download()
 }
 
 // A partially received page is displayed, as browsers do.
-void CHtmlPage::downloaded(HRESULT, const std::string& bytes)
+void html_page::downloaded(HRESULT, const std::string& bytes)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     download_.Release();
@@ -147,18 +147,18 @@ void CHtmlPage::downloaded(HRESULT, const std::string& bytes)
     tree_changed();
 }
 
-void CHtmlPage::set_state(quill::page_state state)
+void html_page::set_state(quill::page_state state)
 {
     page_->state = state;
     events_.fire_ready_state(page_);
 }
 
 // The sinks may change or close the page, so the link target and the site are read before the event.
-void CHtmlPage::click(const quill::dom_node::pointer& element)
+void html_page::click(const quill::dom_node::pointer& element)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     const auto target = quill::target_of(*page_, *element);
     const CComPtr<IOleClientSite> site = m_spClientSite;
-    if (events_.fire_click(page_, element) && !target.address.empty() && site)
+    if (events_.fire_click(page_, element) && !target.url.empty() && site)
         quill::follow(site, target);
 }

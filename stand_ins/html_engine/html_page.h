@@ -17,33 +17,33 @@
 #include <memory>
 #include <string>
 
-class ATL_NO_VTABLE CHtmlPage : public quill::counted_object<&quill::live_objects::pages>,
+class ATL_NO_VTABLE html_page : public quill::counted_object<&quill::live_objects::pages>,
                                 public quill::html_document2,
                                 public quill::html_document3,
-                                public CComControl<CHtmlPage>,
-                                public IOleObjectImpl<CHtmlPage>,
-                                public IOleInPlaceObjectWindowlessImpl<CHtmlPage>,
-                                public IOleInPlaceActiveObjectImpl<CHtmlPage>,
-                                public quill::document_with_view<CHtmlPage>,
+                                public CComControl<html_page>,
+                                public IOleObjectImpl<html_page>,
+                                public IOleInPlaceObjectWindowlessImpl<html_page>,
+                                public IOleInPlaceActiveObjectImpl<html_page>,
+                                public quill::document_with_view<html_page>,
                                 public IOleContainer,
                                 public IPersistMoniker,
                                 public IConnectionPointContainer,
-                                public CComCoClass<CHtmlPage, &quill::CLSID_html_page>,
+                                public CComCoClass<html_page, &quill::CLSID_html_page>,
                                 private quill::page_owner,
                                 private quill::page_download_owner,
                                 private quill::embedded_host
 {
 public:
-    CHtmlPage();
+    html_page();
     HRESULT FinalConstruct();
     void FinalRelease();
 
     DECLARE_WND_CLASS_EX(quill::page_window_class, CS_HREDRAW | CS_VREDRAW, -1)
     DECLARE_REGISTRY_RESOURCEID(101)
-    DECLARE_NOT_AGGREGATABLE(CHtmlPage)
+    DECLARE_NOT_AGGREGATABLE(html_page)
     DECLARE_PROTECT_FINAL_CONSTRUCT()
 
-    BEGIN_COM_MAP(CHtmlPage)
+    BEGIN_COM_MAP(html_page)
     COM_INTERFACE_ENTRY(IHTMLDocument2)
     COM_INTERFACE_ENTRY2(IHTMLDocument, IHTMLDocument2)
     COM_INTERFACE_ENTRY2(IDispatch, IHTMLDocument2)
@@ -61,7 +61,7 @@ public:
     COM_INTERFACE_ENTRY(IConnectionPointContainer)
     END_COM_MAP()
 
-    BEGIN_MSG_MAP(CHtmlPage)
+    BEGIN_MSG_MAP(html_page)
     MESSAGE_HANDLER(WM_CREATE, OnCreate)
     MESSAGE_HANDLER(WM_DESTROY, OnDestroy)
     MESSAGE_HANDLER(WM_SIZE, OnSize)
@@ -73,7 +73,7 @@ public:
     MESSAGE_HANDLER(WM_VSCROLL, OnScroll)
     MESSAGE_HANDLER(WM_MOUSEWHEEL, OnWheel)
     MESSAGE_HANDLER(arrange_message, OnArrange)
-    CHAIN_MSG_MAP(CComControl<CHtmlPage>)
+    CHAIN_MSG_MAP(CComControl<html_page>)
     END_MSG_MAP()
 
     // IDispatch: the type library's DISPIDs and DISPID_READYSTATE

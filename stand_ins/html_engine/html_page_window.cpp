@@ -15,13 +15,13 @@ POINT point_of(LPARAM lparam)
 
 } // namespace
 
-void CHtmlPage::tree_changed()
+void html_page::tree_changed()
 {
     if (m_hWnd != nullptr && !arrange_posted_)
         arrange_posted_ = ::PostMessageW(m_hWnd, arrange_message, 0, 0) != FALSE;
 }
 
-void CHtmlPage::arrange()
+void html_page::arrange()
 {
     const bool loaded = page_->state == quill::page_state::complete;
     const auto is_box = [](const quill::dom_node& element) {
@@ -31,7 +31,7 @@ void CHtmlPage::arrange()
     ::InvalidateRect(m_hWnd, nullptr, FALSE);
 }
 
-LRESULT CHtmlPage::OnCreate(UINT, WPARAM, LPARAM, BOOL&)
+LRESULT html_page::OnCreate(UINT, WPARAM, LPARAM, BOOL&)
 {
     ::SetWindowLongPtrW(m_hWnd, GWL_STYLE,
                         ::GetWindowLongPtrW(m_hWnd, GWL_STYLE) | WS_CLIPCHILDREN | WS_VSCROLL);
@@ -40,7 +40,7 @@ LRESULT CHtmlPage::OnCreate(UINT, WPARAM, LPARAM, BOOL&)
     return 0;
 }
 
-LRESULT CHtmlPage::OnDestroy(UINT, WPARAM, LPARAM, BOOL& handled)
+LRESULT html_page::OnDestroy(UINT, WPARAM, LPARAM, BOOL& handled)
 {
     pressed_.reset();
     quill::guarded([&] {
@@ -51,7 +51,7 @@ LRESULT CHtmlPage::OnDestroy(UINT, WPARAM, LPARAM, BOOL& handled)
     return 0;
 }
 
-LRESULT CHtmlPage::OnArrange(UINT, WPARAM, LPARAM, BOOL&)
+LRESULT html_page::OnArrange(UINT, WPARAM, LPARAM, BOOL&)
 {
     const CComPtr<IUnknown> keep_alive(GetUnknown());
     arrange_posted_ = false;
@@ -66,24 +66,24 @@ LRESULT CHtmlPage::OnArrange(UINT, WPARAM, LPARAM, BOOL&)
     return 0;
 }
 
-LRESULT CHtmlPage::OnSize(UINT, WPARAM, LPARAM, BOOL&)
+LRESULT html_page::OnSize(UINT, WPARAM, LPARAM, BOOL&)
 {
     tree_changed();
     return 0;
 }
 
-LRESULT CHtmlPage::OnPaint(UINT, WPARAM, LPARAM, BOOL&)
+LRESULT html_page::OnPaint(UINT, WPARAM, LPARAM, BOOL&)
 {
     surface_.paint(m_hWnd);
     return 0;
 }
 
-LRESULT CHtmlPage::OnEraseBackground(UINT, WPARAM, LPARAM, BOOL&)
+LRESULT html_page::OnEraseBackground(UINT, WPARAM, LPARAM, BOOL&)
 {
     return 1; // WM_PAINT fills the client area
 }
 
-LRESULT CHtmlPage::OnSetCursor(UINT, WPARAM, LPARAM lparam, BOOL& handled)
+LRESULT html_page::OnSetCursor(UINT, WPARAM, LPARAM lparam, BOOL& handled)
 {
     POINT point{};
     ::GetCursorPos(&point);
@@ -94,14 +94,14 @@ LRESULT CHtmlPage::OnSetCursor(UINT, WPARAM, LPARAM lparam, BOOL& handled)
     return handled;
 }
 
-LRESULT CHtmlPage::OnButtonDown(UINT, WPARAM, LPARAM lparam, BOOL&)
+LRESULT html_page::OnButtonDown(UINT, WPARAM, LPARAM lparam, BOOL&)
 {
     ::SetFocus(m_hWnd);
     pressed_ = surface_.element_at(point_of(lparam));
     return 0;
 }
 
-LRESULT CHtmlPage::OnButtonUp(UINT, WPARAM, LPARAM lparam, BOOL&)
+LRESULT html_page::OnButtonUp(UINT, WPARAM, LPARAM lparam, BOOL&)
 {
     const auto pressed = std::move(pressed_);
     quill::guarded([&] {
@@ -112,14 +112,14 @@ LRESULT CHtmlPage::OnButtonUp(UINT, WPARAM, LPARAM lparam, BOOL&)
     return 0;
 }
 
-LRESULT CHtmlPage::OnScroll(UINT, WPARAM wparam, LPARAM, BOOL&)
+LRESULT html_page::OnScroll(UINT, WPARAM wparam, LPARAM, BOOL&)
 {
     if (surface_.scroll(m_hWnd, LOWORD(wparam)))
         embedded_.place(surface_.boxes());
     return 0;
 }
 
-LRESULT CHtmlPage::OnWheel(UINT, WPARAM wparam, LPARAM, BOOL&)
+LRESULT html_page::OnWheel(UINT, WPARAM wparam, LPARAM, BOOL&)
 {
     constexpr int pixels_per_notch = 60;
     if (surface_.scroll_by(m_hWnd, -GET_WHEEL_DELTA_WPARAM(wparam) * pixels_per_notch / WHEEL_DELTA))

@@ -8,9 +8,9 @@
 namespace quill {
 namespace {
 
-std::wstring without_fragment(const std::wstring& address)
+std::wstring without_fragment(const std::wstring& url)
 {
-    return address.substr(0, address.find(L'#'));
+    return url.substr(0, url.find(L'#'));
 }
 
 } // namespace
@@ -26,8 +26,8 @@ link_target target_of(const page_model& page, const dom_node& element)
     if (lower_case(reference).starts_with(L"javascript:"))
         return {};
     link_target target{page.absolute(reference), link->attribute(L"target").value_or(std::wstring())};
-    const bool same_page = target.address.find(L'#') != std::wstring::npos &&
-                           without_fragment(target.address) == without_fragment(page.url);
+    const bool same_page = target.url.find(L'#') != std::wstring::npos &&
+                           without_fragment(target.url) == without_fragment(page.url);
     return same_page ? link_target{} : target;
 }
 
@@ -43,7 +43,7 @@ HRESULT follow(IOleClientSite* site, const link_target& target)
     CComVariant flags(0);
     CComVariant frame(target.frame.c_str());
     CComVariant nothing;
-    return browser->Navigate(CComBSTR(target.address.c_str()), &flags, &frame, &nothing, &nothing);
+    return browser->Navigate(CComBSTR(target.url.c_str()), &flags, &frame, &nothing, &nothing);
 }
 
 } // namespace quill

@@ -13,11 +13,11 @@ namespace quill {
 
 struct link_target
 {
-    std::wstring address; // absolute
-    std::wstring frame;   // the target window's name; empty for the page's own
+    std::wstring url;   // absolute
+    std::wstring frame; // the target window's name; empty for the page's own
 };
 
-// The target of the link that is `element` or contains it. The address is empty if there is no link, or for a
+// The target of the link that is `element` or contains it. The URL is empty if there is no link, or for a
 // script or an anchor in the same page.
 link_target target_of(const page_model& page, const dom_node& element);
 

@@ -15,7 +15,7 @@ pages_module module_object;
 
 } // namespace
 
-OBJECT_ENTRY_AUTO(quill::CLSID_html_page, CHtmlPage)
+OBJECT_ENTRY_AUTO(quill::CLSID_html_page, html_page)
 
 // The result of the HTML interfaces' methods that are not implemented.
 HRESULT unimplemented_method(const char*) noexcept

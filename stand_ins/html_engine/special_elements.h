@@ -50,7 +50,7 @@ public:
     END_COM_MAP()
 
     STDMETHODIMP put_href(BSTR value) override { return put_attribute_text(L"href", value); }
-    STDMETHODIMP get_href(BSTR* value) override { return get_attribute_address(L"href", value); }
+    STDMETHODIMP get_href(BSTR* value) override { return get_attribute_url(L"href", value); }
     STDMETHODIMP put_target(BSTR value) override { return put_attribute_text(L"target", value); }
     STDMETHODIMP get_target(BSTR* value) override { return get_attribute_text(L"target", value); }
     STDMETHODIMP put_rel(BSTR value) override { return put_attribute_text(L"rel", value); }

@@ -35,7 +35,7 @@ UINT argument_count(viewer_method method)
 
 } // namespace
 
-STDMETHODIMP CViewerControl::GetTypeInfoCount(UINT* count)
+STDMETHODIMP viewer_control::GetTypeInfoCount(UINT* count)
 {
     if (count == nullptr)
         return E_POINTER;
@@ -43,7 +43,7 @@ STDMETHODIMP CViewerControl::GetTypeInfoCount(UINT* count)
     return S_OK;
 }
 
-STDMETHODIMP CViewerControl::GetTypeInfo(UINT, LCID, ITypeInfo** info)
+STDMETHODIMP viewer_control::GetTypeInfo(UINT, LCID, ITypeInfo** info)
 {
     if (info == nullptr)
         return E_POINTER;
@@ -51,7 +51,7 @@ STDMETHODIMP CViewerControl::GetTypeInfo(UINT, LCID, ITypeInfo** info)
     return E_NOTIMPL;
 }
 
-STDMETHODIMP CViewerControl::GetIDsOfNames(REFIID, LPOLESTR*, UINT count, LCID, DISPID* ids)
+STDMETHODIMP viewer_control::GetIDsOfNames(REFIID, LPOLESTR*, UINT count, LCID, DISPID* ids)
 {
     if (ids == nullptr)
         return E_POINTER;
@@ -60,7 +60,7 @@ STDMETHODIMP CViewerControl::GetIDsOfNames(REFIID, LPOLESTR*, UINT count, LCID, 
     return DISP_E_UNKNOWNNAME;
 }
 
-STDMETHODIMP CViewerControl::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
+STDMETHODIMP viewer_control::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
                                     VARIANT* result, EXCEPINFO*, UINT*)
 {
     if (result != nullptr)
@@ -84,7 +84,7 @@ STDMETHODIMP CViewerControl::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPAR
     }
 }
 
-HRESULT CViewerControl::call(viewer_method method, DISPPARAMS& parameters, VARIANT& result)
+HRESULT viewer_control::call(viewer_method method, DISPPARAMS& parameters, VARIANT& result)
 {
     CComVariant value;
     HRESULT hr = S_OK;
@@ -127,7 +127,7 @@ HRESULT CViewerControl::call(viewer_method method, DISPPARAMS& parameters, VARIA
     return DISP_E_MEMBERNOTFOUND;
 }
 
-HRESULT CViewerControl::set_target(DISPPARAMS& parameters, void (quill::host_requests::*set)(HWND, UINT))
+HRESULT viewer_control::set_target(DISPPARAMS& parameters, void (quill::host_requests::*set)(HWND, UINT))
 {
     CComVariant window;
     CComVariant message;
@@ -142,7 +142,7 @@ HRESULT CViewerControl::set_target(DISPPARAMS& parameters, void (quill::host_req
     return S_OK;
 }
 
-STDMETHODIMP CViewerControl::GetClassID(CLSID* class_id)
+STDMETHODIMP viewer_control::GetClassID(CLSID* class_id)
 {
     if (class_id == nullptr)
         return E_POINTER;
@@ -150,7 +150,7 @@ STDMETHODIMP CViewerControl::GetClassID(CLSID* class_id)
     return S_OK;
 }
 
-STDMETHODIMP CViewerControl::GetSizeMax(ULARGE_INTEGER* size)
+STDMETHODIMP viewer_control::GetSizeMax(ULARGE_INTEGER* size)
 {
     if (size == nullptr)
         return E_POINTER;
@@ -158,7 +158,7 @@ STDMETHODIMP CViewerControl::GetSizeMax(ULARGE_INTEGER* size)
     return S_OK;
 }
 
-LRESULT CViewerControl::OnCreate(UINT, WPARAM, LPARAM, BOOL&)
+LRESULT viewer_control::OnCreate(UINT, WPARAM, LPARAM, BOOL&)
 {
     RECT client = {};
     GetClientRect(&client);
@@ -169,7 +169,7 @@ LRESULT CViewerControl::OnCreate(UINT, WPARAM, LPARAM, BOOL&)
     return 0;
 }
 
-LRESULT CViewerControl::OnDestroy(UINT, WPARAM, LPARAM, BOOL& handled)
+LRESULT viewer_control::OnDestroy(UINT, WPARAM, LPARAM, BOOL& handled)
 {
     // The child window and its object are destroyed right after this handler.
     viewer_ = nullptr;
@@ -177,14 +177,14 @@ LRESULT CViewerControl::OnDestroy(UINT, WPARAM, LPARAM, BOOL& handled)
     return 0;
 }
 
-LRESULT CViewerControl::OnSize(UINT, WPARAM, LPARAM lparam, BOOL&)
+LRESULT viewer_control::OnSize(UINT, WPARAM, LPARAM lparam, BOOL&)
 {
     if (viewer_ != nullptr)
         viewer_->MoveWindow(0, 0, LOWORD(lparam), HIWORD(lparam));
     return 0;
 }
 
-LRESULT CViewerControl::OnEraseBackground(UINT, WPARAM, LPARAM, BOOL&)
+LRESULT viewer_control::OnEraseBackground(UINT, WPARAM, LPARAM, BOOL&)
 {
     return 1; // the child window covers the client area
 }

@@ -9,25 +9,25 @@
 #include <atlcom.h>
 #include <atlctl.h>
 
-class ATL_NO_VTABLE CViewerControl : public CComObjectRootEx<CComSingleThreadModel>,
+class ATL_NO_VTABLE viewer_control : public CComObjectRootEx<CComSingleThreadModel>,
                                      public IDispatch,
-                                     public CComControl<CViewerControl>,
-                                     public IViewObjectExImpl<CViewerControl>,
-                                     public IOleInPlaceObjectWindowlessImpl<CViewerControl>,
-                                     public IOleInPlaceActiveObjectImpl<CViewerControl>,
-                                     public IOleControlImpl<CViewerControl>,
-                                     public IOleObjectImpl<CViewerControl>,
+                                     public CComControl<viewer_control>,
+                                     public IViewObjectExImpl<viewer_control>,
+                                     public IOleInPlaceObjectWindowlessImpl<viewer_control>,
+                                     public IOleInPlaceActiveObjectImpl<viewer_control>,
+                                     public IOleControlImpl<viewer_control>,
+                                     public IOleObjectImpl<viewer_control>,
                                      public IPersistStreamInit,
-                                     public CComCoClass<CViewerControl, &quill::CLSID_viewer_control>
+                                     public CComCoClass<viewer_control, &quill::CLSID_viewer_control>
 {
 public:
-    CViewerControl() { m_bWindowOnly = TRUE; }
+    viewer_control() { m_bWindowOnly = TRUE; }
 
     DECLARE_REGISTRY_RESOURCEID(101)
-    DECLARE_NOT_AGGREGATABLE(CViewerControl)
+    DECLARE_NOT_AGGREGATABLE(viewer_control)
     DECLARE_PROTECT_FINAL_CONSTRUCT()
 
-    BEGIN_COM_MAP(CViewerControl)
+    BEGIN_COM_MAP(viewer_control)
     COM_INTERFACE_ENTRY(IDispatch)
     COM_INTERFACE_ENTRY_IID(quill::IID_viewer_control, IDispatch)
     COM_INTERFACE_ENTRY(IViewObjectEx)
@@ -43,12 +43,12 @@ public:
     COM_INTERFACE_ENTRY2(IPersist, IPersistStreamInit)
     END_COM_MAP()
 
-    BEGIN_MSG_MAP(CViewerControl)
+    BEGIN_MSG_MAP(viewer_control)
     MESSAGE_HANDLER(WM_CREATE, OnCreate)
     MESSAGE_HANDLER(WM_DESTROY, OnDestroy)
     MESSAGE_HANDLER(WM_SIZE, OnSize)
     MESSAGE_HANDLER(WM_ERASEBKGND, OnEraseBackground)
-    CHAIN_MSG_MAP(CComControl<CViewerControl>)
+    CHAIN_MSG_MAP(CComControl<viewer_control>)
     END_MSG_MAP()
 
     // IDispatch: by DISPID only

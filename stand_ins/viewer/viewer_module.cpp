@@ -14,7 +14,7 @@ viewer_module module_object;
 
 } // namespace
 
-OBJECT_ENTRY_AUTO(quill::CLSID_viewer_control, CViewerControl)
+OBJECT_ENTRY_AUTO(quill::CLSID_viewer_control, viewer_control)
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID reserved)
 {

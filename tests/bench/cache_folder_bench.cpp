@@ -26,7 +26,7 @@ void read_and_create(const std::wstring& temporary, const std::wstring& folder)
     CreateDirectoryW(folder.c_str(), nullptr);
 }
 
-void ask_and_create(const std::wstring& temporary)
+void probe_and_create(const std::wstring& temporary)
 {
     std::wstring folder;
     int number = 0;
@@ -41,7 +41,7 @@ struct old_documents
     std::string what;
     std::wstring temporary; // with a trailing backslash
     int rounds;
-    std::optional<target> of_questions; // against probing each number
+    std::optional<target> of_probing; // against probing each number
 };
 
 void compare(const old_documents& documents)
@@ -64,10 +64,10 @@ void compare(const old_documents& documents)
     const auto ours = timed([&] { keep(create_cache_folder(temporary)); });
     const int rounds = is_short_run() ? 2 : documents.rounds;
     const std::string line = "cache folder among " + documents.what + " : ";
-    report(line + "a reading and a creation",
+    report(line + "listing and creating",
            compare_medians(ours, timed([&] { read_and_create(temporary, expected); }), rounds), 1.3);
-    report(line + "a question for each number",
-           compare_medians(ours, timed([&] { ask_and_create(temporary); }), rounds), documents.of_questions);
+    report(line + "a query for each number",
+           compare_medians(ours, timed([&] { probe_and_create(temporary); }), rounds), documents.of_probing);
 }
 
 } // namespace

@@ -22,19 +22,19 @@ namespace {
 const void* const some_object = &some_object;
 
 // The best that a caller could write without the log stream: a logger in a variable, its level, and a branch.
-spdlog::logger* logger_at_hand;
+spdlog::logger* known_logger;
 
-[[gnu::noinline, gnu::cold]] void write_to_logger_at_hand()
+[[gnu::noinline, gnu::cold]] void write_to_known_logger()
 {
-    logger_at_hand->log(spdlog::level::debug, "a line");
+    known_logger->log(spdlog::level::debug, "a line");
 }
 
 void test_level(std::size_t times)
 {
-    keep(&logger_at_hand); // any code may set it, so it is read each time
+    keep(&known_logger); // any code may set it, so it is read each time
     for (std::size_t i = 0; i < times; ++i) {
-        if (logger_at_hand->should_log(spdlog::level::debug)) [[unlikely]]
-            write_to_logger_at_hand();
+        if (known_logger->should_log(spdlog::level::debug)) [[unlikely]]
+            write_to_known_logger();
         keep(i);
     }
 }
@@ -58,7 +58,7 @@ void write_plain_line(std::size_t times)
 
 void switched_off()
 {
-    logger_at_hand = global_logger().logger.get();
+    known_logger = global_logger().logger.get();
     report("log line of one piece, switched off : a bare level test",
            compare_shortest(write_plain_line, test_level), 1.5);
     report("log line of four pieces, switched off : a bare level test",

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""The server that the benchmarks download from: as fast as the machine can be, and the same for everybody.
+"""The server that the benchmarks download from: as fast as the machine permits, and the same for both sides.
 
 usage: server.py
 
-Answers GET /SIZE.pdf, whatever query follows, with SIZE bytes that pass for a PDF. Prints its address as
-"http://127.0.0.1:PORT" and serves until its standard input ends.
+Responds to GET /SIZE.pdf, with any query, with SIZE bytes that begin as a PDF does. Prints its URL,
+"http://127.0.0.1:PORT", and serves until its standard input ends.
 """
 import os
 import re
@@ -18,7 +18,7 @@ FILLING = b"% filling filling filling filling filling filling filling filli\n"
 
 
 class Bodies:
-    """Files with the bodies, made when they are first asked for; sent by the kernel alone."""
+    """Files with the bodies, created at their first request; the kernel alone sends them."""
 
     def __init__(self):
         self.files = {}
@@ -61,7 +61,7 @@ def serve_quietly(connection, bodies):
     try:
         serve(connection, bodies)
     except OSError:
-        pass  # the client went away
+        pass  # the client has disconnected
 
 
 def accept(listener, bodies):

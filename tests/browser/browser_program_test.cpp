@@ -59,7 +59,7 @@ TEST_F(BrowserProgram, FailsWhenNoDocumentAppears)
     EXPECT_THAT(result.errors, HasSubstr("not shown: no document appeared in 1 s"));
 }
 
-TEST_F(BrowserProgram, FailsWhenTheServerDoesNotAnswer)
+TEST_F(BrowserProgram, FailsWhenTheServerDoesNotRespond)
 {
     const child_result result = run(L"--exit --wait 20 " + http_server::refused_url(L"/x.pdf"));
     EXPECT_EQ(result.exit_code, 1u);

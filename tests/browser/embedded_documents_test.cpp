@@ -88,7 +88,7 @@ TEST_F(Embedded, TwoElementsShowTheirOwnFiles)
     EXPECT_EQ(pages.living().embedded_sites, 2);
 }
 
-TEST_F(Embedded, DocumentsStandWhereThePageHasTheirElements)
+TEST_F(Embedded, DocumentsAreAtThePositionsOfTheirElements)
 {
     serve_page("<embed type='application/pdf' src='/files/first.pdf' width=420 height=210>"
                "<p>Text</p><embed type='application/pdf' src='/files/second.pdf' width=50% height=160>");
@@ -147,7 +147,7 @@ TEST_F(Embedded, NavigatingAwayReleasesEverything)
     ASSERT_EQ(viewers.living_viewers(), 2);
 
     open_page(browser, server.url(L"/other.html"));
-    EXPECT_TRUE(wait_until([this] { return module.can_unload(); })) << "a document is still held";
+    EXPECT_TRUE(wait_until([this] { return module.can_unload(); })) << "a document is still referenced";
     EXPECT_EQ(viewers.living_viewers(), 0);
     EXPECT_TRUE(wait_until([this] { return pages.living().pages == 1; }))
         << testing::PrintToString(pages.living());
@@ -226,7 +226,7 @@ TEST_F(Embedded, APageWithoutPdfElementsIsLeftAlone)
     EXPECT_THAT(fetched(), IsEmpty());
     EXPECT_EQ(pages.living().embedded_sites, 0);
     EXPECT_EQ(viewers.living_viewers(), 0);
-    EXPECT_TRUE(module.can_unload()) << "the module was used";
+    EXPECT_TRUE(module.can_unload()) << "the page used the module";
 }
 
 TEST_F(Embedded, AreFoundAmongHundredsOfOtherElements)

@@ -62,9 +62,9 @@ engine::~engine()
     close();
 }
 
-void engine::open(const std::wstring& address)
+void engine::open(const std::wstring& url)
 {
-    EXPECT_EQ(control_.navigate(address), S_OK) << to_utf8(address);
+    EXPECT_EQ(control_.navigate(url), S_OK) << to_utf8(url);
 }
 
 void engine::close()

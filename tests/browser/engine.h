@@ -30,7 +30,7 @@ public:
     ~engine();
 
     // Navigates; fails the test if the control refuses.
-    void open(const std::wstring& address);
+    void open(const std::wstring& url);
     // Closes the control, and then the window, as a closed browser does.
     void close();
 
@@ -46,8 +46,8 @@ public:
 private:
     void on_title(const std::wstring&) override {}
     void on_status(const std::wstring&) override {}
-    void on_navigate(const std::wstring& address) override { navigations_.push_back(address); }
-    void on_failure(const std::wstring& address, long) override { failures_.push_back(address); }
+    void on_navigate(const std::wstring& url) override { navigations_.push_back(url); }
+    void on_failure(const std::wstring& url, long) override { failures_.push_back(url); }
     void on_new_window(const std::wstring&) override {}
     void on_command_state(bool, bool) override {}
 

@@ -116,7 +116,7 @@ TEST_F(HtmlDocument, ReturnsAttributesAsWrittenInThePage)
         EXPECT_EQ(attribute(link, L"HREF", flags), CComVariant(L"sub/y.pdf")) << flags;
     EXPECT_EQ(attribute(link, L"href", 4), CComVariant(server.url(L"/dir/sub/y.pdf").c_str()));
     EXPECT_EQ(attribute(link, L"target", 2).vt, VT_NULL);
-    EXPECT_EQ(attribute(link, L"HREF", 1).vt, VT_NULL) << "the name's case counts";
+    EXPECT_EQ(attribute(link, L"HREF", 1).vt, VT_NULL) << "the name is case-sensitive";
     EXPECT_EQ(link->getAttribute(CComBSTR(L"href"), 2, nullptr), E_POINTER);
 
     const auto first = element_by_id(document, L"a1");

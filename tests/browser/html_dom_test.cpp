@@ -32,7 +32,7 @@ TEST(HtmlReader, RepairsMarkupAsBrowsersDo)
     EXPECT_EQ(body_of(L""), L"");
 }
 
-TEST(HtmlReader, AlwaysBuildsAWholePage)
+TEST(HtmlReader, AlwaysBuildsACompletePage)
 {
     for (const wchar_t* html : {L"", L"text", L"<html>", L"<body>", L"\xFFFD<<<>>"}) {
         const auto page = read_page(html);
@@ -216,7 +216,7 @@ TEST(PageLayout, ShowsLinksApartAndHidesWhatIsNoText)
     EXPECT_EQ(page.texts[2].element->name, L"b");
 }
 
-TEST(PageLayout, PutsBoxesWhereTheirElementsStand)
+TEST(PageLayout, PlacesBoxesAtTheirElements)
 {
     const auto page =
         arrange(L"<p>above</p><embed width=200 height=100><p>below</p><embed width=50% height=40>", 432);
@@ -229,7 +229,7 @@ TEST(PageLayout, PutsBoxesWhereTheirElementsStand)
     EXPECT_GE(page.height, page.boxes[1].place.bottom);
 }
 
-TEST(PageLayout, PutsTheCellsOfARowBesideEachOther)
+TEST(PageLayout, PlacesTheCellsOfARowSideBySide)
 {
     const auto page = arrange(L"<table><tr><td>a<td>b<tr><td>c<td>d</table>", 432);
     ASSERT_EQ(page.texts.size(), 4u);
@@ -272,7 +272,7 @@ TEST(PageLayout, ColorsWhatThePageStates)
     EXPECT_FALSE(page.texts[1].style.color.has_value());
 }
 
-TEST(ShareWidth, FillsWhatIsStatedAndNeverMoreThanThereIs)
+TEST(ShareWidth, FillsTheStatedWidthWithinTheAvailableOne)
 {
     using widths = std::vector<int>;
     EXPECT_EQ(share_width({}, 100, 50), widths{});

@@ -20,9 +20,9 @@ constexpr wchar_t program[] = L"C:\\Program Files\\Internet Explorer\\iexplore.e
 class browser_process
 {
 public:
-    explicit browser_process(const std::wstring& address)
+    explicit browser_process(const std::wstring& url)
     {
-        std::wstring command = std::wstring(L"\"") + program + L"\" " + address;
+        std::wstring command = std::wstring(L"\"") + program + L"\" " + url;
         STARTUPINFOW startup = {};
         startup.cb = sizeof(startup);
         EXPECT_TRUE(CreateProcessW(program, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr,

@@ -122,7 +122,7 @@ TEST_F(Navigation, ReloadingFetchesTheDocumentAgain)
     browser.open(server.url(L"/plan.pdf"));
     ASSERT_TRUE(wait_for_calls(viewer_open, 2));
     const auto opened = script.texts(viewer_open);
-    EXPECT_NE(opened[0], opened[1]) << "every download has a folder of its own";
+    EXPECT_NE(opened[0], opened[1]) << "two downloads share a folder";
 }
 
 TEST_F(Navigation, FollowsALinkThatTheViewerAsksFor)

@@ -18,7 +18,7 @@ namespace {
 constexpr DWORD rendering_ms = 30'000; // other programs start here, possibly on a machine under load
 
 // A document of one page with the word "there" in its upper left corner, which is a link.
-std::string document_with_link(const std::string& address)
+std::string document_with_link(const std::string& url)
 {
     const std::string content = "BT /F1 24 Tf 72 720 Td (there) Tj ET";
     const std::string objects[] = {
@@ -28,7 +28,7 @@ std::string document_with_link(const std::string& address)
         "/Resources << /Font << /F1 5 0 R >> >> >>",
         "<< /Length " + std::to_string(content.size()) + " >>\nstream\n" + content + "\nendstream",
         "<< /Type /Font /Subtype /Type1 /BaseFont /Helvetica >>",
-        "<< /Type /Annot /Subtype /Link /Rect [70 715 140 745] /A << /S /URI /URI (" + address + ") >> >>"};
+        "<< /Type /Annot /Subtype /Link /Rect [70 715 140 745] /A << /S /URI /URI (" + url + ") >> >>"};
     std::string document = "%PDF-1.4\n";
     std::string table = "xref\n0 7\n0000000000 65535 f \n";
     int number = 0;
@@ -148,7 +148,7 @@ TEST_F(StandInViewer, LimitsTheZoom)
     EXPECT_EQ(settled(browser).text, L"page 2 of 5 - 400 %");
 }
 
-TEST_F(StandInViewer, SaysWhenADocumentCannotBeDrawn)
+TEST_F(StandInViewer, ReportsADocumentThatCannotBeDrawn)
 {
     server.route("/broken.pdf", http_response::ok("%PDF-1.4\n" + std::string(5'000, 'x')));
     engine browser;
@@ -158,7 +158,7 @@ TEST_F(StandInViewer, SaysWhenADocumentCannotBeDrawn)
     EXPECT_THAT(to_utf8(document.text), testing::HasSubstr("damaged"));
 }
 
-TEST_F(StandInViewer, GetsTheKeysThatTheDocumentPassesOn)
+TEST_F(StandInViewer, GetsTheKeysThatTheDocumentForwards)
 {
     engine browser;
     browser.open(server.url(L"/set/bracket.pdf"));
@@ -179,18 +179,18 @@ TEST_F(StandInViewer, FollowsALinkWithinTheDocument)
     ASSERT_TRUE(shows(browser, L"page 1 of 5 - 100 %"));
     // "Invoice 2291" in the contents
     EXPECT_TRUE(click_until_shown(browser, 100.0 / 892, 634.0 / 1263, L"page 4 of 5 - 100 %"));
-    EXPECT_EQ(browser.navigations().size(), 1u) << "the browser has no part in it";
+    EXPECT_EQ(browser.navigations().size(), 1u) << "the browser must not navigate";
 }
 
 TEST_F(StandInViewer, FollowsALinkToAnotherDocument)
 {
-    const std::wstring address = server.url(L"/set/bracket.pdf#page=2");
-    server.route("/link.pdf", http_response::ok(document_with_link(to_utf8(address))));
+    const std::wstring url = server.url(L"/set/bracket.pdf#page=2");
+    server.route("/link.pdf", http_response::ok(document_with_link(to_utf8(url))));
     engine browser;
     browser.open(server.url(L"/link.pdf"));
     ASSERT_TRUE(shows(browser, L"page 1 of 1 - 100 %"));
     EXPECT_TRUE(click_until_shown(browser, 90.0 / 595, (842 - 727.0) / 842, L"page 2 of 5 - 100 %"));
-    EXPECT_EQ(browser.navigations().back(), address);
+    EXPECT_EQ(browser.navigations().back(), url);
 }
 
 TEST_F(StandInViewer, KeepsNoFilesOfTheRenderer)

@@ -34,7 +34,7 @@ TEST(Resolution, IsThatOfTheScreenTimesTheZoom)
     EXPECT_EQ(resolution_for(a4, 0.1), 10u);
 }
 
-TEST(Resolution, IsLessForAPageThatWouldNotFitInMemory)
+TEST(Resolution, IsLowerForAPageThatWouldNotFitInMemory)
 {
     const page_size wall = {20'000, 20'000};
     const unsigned resolution = resolution_for(wall, 4);
@@ -53,7 +53,7 @@ TEST(Strip, FindsItsButtons)
     EXPECT_EQ(strip_command_at({20, strip_height + 1}), strip_command::none);
 }
 
-TEST(Strip, SaysPageAndZoom)
+TEST(Strip, ShowsPageAndZoom)
 {
     EXPECT_EQ(strip_status({1, 1.5}, 5), L"page 2 of 5 - 150 %");
     EXPECT_EQ(strip_status({0, 0.335}, 1), L"page 1 of 1 - 34 %");

@@ -110,11 +110,11 @@ QUILL_DOCUMENT_TEST(DocumentKeys, ControlWithAnEditingKeyIsSentToTheViewer)
             EXPECT_EQ(fixture.take_log(), std::vector<std::string>{"@ TranslateAccelerator"});
         }
     }
-    EXPECT_EQ(fixture.host.calls.count(translate), 0) << "the browser saw the document's keys";
+    EXPECT_EQ(fixture.host.calls.count(translate), 0) << "the frame got the document's keys";
     fixture.close_in_order();
 }
 
-// Passed on to that window, a key would come back without end.
+// Forwarded to its own window, a key would loop endlessly.
 QUILL_DOCUMENT_TEST(DocumentKeys, DoNotLoopWhenTheViewerReturnsTheDocumentWindow)
 {
     fixture.show_file(fixture.pdf());
@@ -186,7 +186,7 @@ QUILL_DOCUMENT_TEST(DocumentKeys, KeyDownMessagesAreSentToTheViewerWindow)
     EXPECT_EQ(fixture.send(WM_KEYDOWN, VK_NEXT, 0x1510001), 0);
     EXPECT_EQ(fixture.send(WM_KEYDOWN, 'Z', 1), 0);
     EXPECT_EQ(viewer_window.keys, (keys{{VK_NEXT, 0x1510001}, {'Z', 1}}));
-    EXPECT_EQ(fixture.viewer.texts(viewer_get_window).size(), 2u) << "asked for each key";
+    EXPECT_EQ(fixture.viewer.texts(viewer_get_window).size(), 2u) << "queried for each key";
     fixture.close_in_order();
 }
 

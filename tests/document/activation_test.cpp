@@ -64,7 +64,7 @@ QUILL_DOCUMENT_TEST(DocumentActivation, SucceedsAgainAfterDeactivation)
     for (int round = 0; round < 3; ++round) {
         EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
         EXPECT_EQ(fixture.window(), nullptr);
-        EXPECT_EQ(fixture.viewers.living_viewers(), 0) << "the viewer goes with the window";
+        EXPECT_EQ(fixture.viewers.living_viewers(), 0) << "the viewer is released with the window";
         EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);
         EXPECT_NE(fixture.window(), nullptr);
         EXPECT_EQ(fixture.viewers.living_viewers(), 1);
@@ -155,12 +155,12 @@ QUILL_DOCUMENT_TEST(DocumentActivation, ClippingMakesAWindowRegion)
 
     const RECT everything{0, 0, 1000, 1000};
     EXPECT_EQ(in_place->SetObjectRects(&position, &everything), S_OK);
-    EXPECT_EQ(region_of(fixture.window()).right, 0) << "nothing cut off, no region";
+    EXPECT_EQ(region_of(fixture.window()).right, 0) << "not clipped, no region";
 
     EXPECT_EQ(in_place->SetObjectRects(&position, &clip), S_OK);
     const RECT elsewhere{500, 500, 600, 600};
     EXPECT_EQ(in_place->SetObjectRects(&position, &elsewhere), S_OK);
-    EXPECT_EQ(region_of(fixture.window()).right, 0) << "nothing in common, no region";
+    EXPECT_EQ(region_of(fixture.window()).right, 0) << "no intersection, no region";
     fixture.close_in_order();
 }
 

@@ -140,7 +140,8 @@ TEST(DocumentClosedWhileLoading, InsideInsertMenus)
                  {"IOleInPlaceFrame::InsertMenus", unmerged});
 }
 
-// A frame may take the menu after the calls that it makes inside SetMenu, so it is called once more.
+// The frame may set the menu after the calls that it makes inside SetMenu, so the document resets it once
+// more.
 TEST(DocumentClosedWhileLoading, InsideSetMenu)
 {
     close_inside("IOleInPlaceFrame::SetMenu", "IOleInPlaceFrame::SetMenu menu", {"4(I4 1)", "9(R8 0.5)"},
@@ -285,7 +286,7 @@ INSTANTIATE_TEST_SUITE_P(
                     creation_call{"IOleClientSite::GetMoniker", "IOleClientSite::GetMoniker 4 1", true},
                     creation_call{"IOleClientSite::GetContainer", "IOleClientSite::GetContainer", true}));
 
-// The frame takes the menu of the first window after its call for the second one.
+// The frame sets the first window's menu after the second window's.
 QUILL_DOCUMENT_TEST(DocumentClosedWhileLoading, AndShownAgainInsideSetMenu)
 {
     once_inside(fixture, "IOleInPlaceFrame::SetMenu", "IOleInPlaceFrame::SetMenu menu", [&] {

@@ -80,7 +80,7 @@ QUILL_DOCUMENT_TEST(DocumentCommands, AreIgnoredWithoutAViewer)
               (lines{"@ Exec 6", "@ Exec 4", "@ Exec 1", "@ Exec 0", "@ Exec 4294967295"}));
 }
 
-QUILL_DOCUMENT_TEST(DocumentCommands, PrintPrintsAndSaysNotSupported)
+QUILL_DOCUMENT_TEST(DocumentCommands, PrintPrintsAndReturnsNotSupported)
 {
     fixture.show_file(fixture.pdf());
     fixture.viewer.forget_calls();

@@ -32,7 +32,7 @@ lines creation_calls(document_fixture& fixture)
          "IOleClientSite::GetContainer", "IOleInPlaceFrame::InsertMenus", "IOleInPlaceFrame::SetMenu"});
 }
 
-QUILL_DOCUMENT_TEST(DocumentCreation, MakesTheHostWindow)
+QUILL_DOCUMENT_TEST(DocumentCreation, CreatesTheHostWindow)
 {
     fixture.show_file(fixture.pdf());
     const HWND host = fixture.viewer_host_window();
@@ -75,7 +75,7 @@ QUILL_DOCUMENT_TEST(DocumentCreation, OfALocalFileIsLoggedLineByLine)
     fixture.log.skip();
 }
 
-QUILL_DOCUMENT_TEST(DocumentCreation, OfALocalFileAsksInOrder)
+QUILL_DOCUMENT_TEST(DocumentCreation, OfALocalFileMakesItsCallsInOrder)
 {
     fixture.show_file(fixture.pdf());
     EXPECT_EQ(creation_calls(fixture),
@@ -108,7 +108,7 @@ QUILL_DOCUMENT_TEST(DocumentCreation, OfAUrlIsLoggedLineByLine)
 }
 
 // If the browser's menu is not merged, page and zoom are those of the URL itself.
-QUILL_DOCUMENT_TEST(DocumentCreation, OfAUrlWithoutMenuDoesNotAskForTheLocation)
+QUILL_DOCUMENT_TEST(DocumentCreation, OfAUrlWithoutMenuDoesNotReadTheLocation)
 {
     fixture.create();
     fixture.set_site();

@@ -223,12 +223,12 @@ protected:
 
     std::vector<fault_place> recorded_places()
     {
-        live_whole();
-        live_whole(); // without what the process does once
+        run_undisturbed();
+        run_undisturbed(); // without what the process does once
         return faults_.places();
     }
 
-    void live_whole()
+    void run_undisturbed()
     {
         document_visit visit(from(), server_);
         faults_.count();
@@ -238,7 +238,7 @@ protected:
     }
 
     // Once with the failure, and once in the same module without one. Returns whether the call failed.
-    bool live_with(const fault_place& place)
+    bool run_with(const fault_place& place)
     {
         document_visit visit(from(), server_);
         faults_.fail(place);
@@ -273,7 +273,7 @@ protected:
         });
         if (known == std::end(losses)) {
             // The second failure may concern something else.
-            EXPECT_TRUE(is_shown || failures > 1) << "nothing that the document could not do without";
+            EXPECT_TRUE(is_shown || failures > 1) << "the document needs none of these functions";
             return;
         }
         if (known->is_certain)
@@ -297,7 +297,7 @@ TEST_P(DocumentImportFaults, LeaveTheDocumentClosableAndTheNextOneWhole)
     ASSERT_GT(places.size(), 200u);
     constexpr int usual_step = 15;
     fail_each((kind == fault_kind::calls ? name : memory).c_str(), kind, places, usual_step,
-              [this](const fault_place& place) { return live_with(place); });
+              [this](const fault_place& place) { return run_with(place); });
 }
 
 // Two failures of either kind, for a document from a server.
@@ -313,7 +313,7 @@ TEST_P(DocumentPairedImportFaults, LeaveTheDocumentClosableAndTheNextOneWhole)
     for (const auto [second, usual_pairs] :
          {std::pair{fault_kind::calls, std::size_t{3}}, std::pair{fault_kind::memory, std::size_t{2}}})
         fail_pairs(routine.c_str(), second, places, usual_pairs,
-                   [this](const fault_place& pair) { return live_with(pair); });
+                   [this](const fault_place& pair) { return run_with(pair); });
 }
 
 std::string name_of(const testing::TestParamInfo<DocumentImportFaults::ParamType>& way)

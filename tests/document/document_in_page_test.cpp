@@ -152,7 +152,7 @@ QUILL_DOCUMENT_TEST(DocumentInPage, WithoutAnyElementTheDocumentsOwnUrlIsFetched
 }
 
 // A document that was loaded by URL does not read the page.
-QUILL_DOCUMENT_TEST(DocumentInPage, WithAUrlOfItsOwnThePageIsNotAsked)
+QUILL_DOCUMENT_TEST(DocumentInPage, WithAUrlOfItsOwnThePageIsNotSearched)
 {
     page_container page(L"http://host.test/page.html");
     page.add(L"EMBED", L"application/pdf", L"x.pdf");

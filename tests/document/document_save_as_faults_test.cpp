@@ -17,7 +17,7 @@ class DocumentSaveAsFaults : public testing::TestWithParam<bool>
 protected:
     static void SetUpTestSuite()
     {
-        static const bool is_here = (bring_along(L"QuillPDF.IE.dll"), true);
+        static const bool is_here = (copy_library(L"QuillPDF.IE.dll"), true);
         ASSERT_TRUE(is_here);
     }
 

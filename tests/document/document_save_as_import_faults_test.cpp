@@ -39,7 +39,7 @@ class DocumentSaveAsImportFaults : public testing::TestWithParam<bool>
 protected:
     static void SetUpTestSuite()
     {
-        static const bool is_here = (bring_along(L"QuillPDF.IE.dll"), true);
+        static const bool is_here = (copy_library(L"QuillPDF.IE.dll"), true);
         ASSERT_TRUE(is_here);
     }
 
@@ -90,7 +90,7 @@ private:
         fixture.show_file(path);
         browser.owner = fixture.window();
         browser.before_save = [](const wchar_t* copy) {
-            EXPECT_EQ(read_file(copy), small_pdf) << "the browser got no whole copy";
+            EXPECT_EQ(read_file(copy), small_pdf) << "the browser did not get a complete copy";
         };
         EXPECT_TRUE(write_file(browser.destination, former_text));
         return path;
@@ -115,10 +115,10 @@ private:
         const bool is_saved = at_place == small_pdf;
         EXPECT_TRUE(is_saved || at_place == former_text) << "the user's file is lost";
         if (!has_failed(needed))
-            EXPECT_TRUE(is_saved) << "nothing that a copy could not do without";
+            EXPECT_TRUE(is_saved) << "saving needs none of these functions";
         if (!has_failed(browser_lookup))
-            EXPECT_EQ(browser.states_given_back, browser.states_given);
-        EXPECT_LE(browser.states_given_back, browser.states_given);
+            EXPECT_EQ(browser.states_released, browser.states_returned);
+        EXPECT_LE(browser.states_released, browser.states_returned);
         // A deletion that fails once is repeated.
         if (!is_one_of(place.group, deletion) || !is_one_of(second, deletion))
             EXPECT_THAT(files_in(browser.cache.path()), IsEmpty());

@@ -64,7 +64,7 @@ struct DocumentSaveAs : testing::TestWithParam<request>
 {
     static void SetUpTestSuite()
     {
-        static const bool is_here = (bring_along(L"QuillPDF.IE.dll"), true);
+        static const bool is_here = (copy_library(L"QuillPDF.IE.dll"), true);
         ASSERT_TRUE(is_here);
     }
 
@@ -128,7 +128,7 @@ struct DocumentSaveAs : testing::TestWithParam<request>
     }
 };
 
-TEST_P(DocumentSaveAs, PutsACopyOfTheFetchedFileWhereTheDialogSaid)
+TEST_P(DocumentSaveAs, SavesACopyOfTheFetchedFileAtTheChosenPath)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
@@ -144,7 +144,7 @@ TEST_P(DocumentSaveAs, PutsACopyOfTheFetchedFileWhereTheDialogSaid)
 }
 
 // The document keeps a local file open against writing; it can be copied anyway.
-TEST_P(DocumentSaveAs, PutsACopyOfALocalFileWhereTheDialogSaid)
+TEST_P(DocumentSaveAs, SavesACopyOfALocalFileAtTheChosenPath)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;
@@ -285,7 +285,7 @@ TEST_P(DocumentSaveAs, HandlesBeingClosedDuringTheDialog)
 }
 
 // Another document may be loaded meanwhile: the copy is of what was shown when the user asked for it.
-TEST_P(DocumentSaveAs, SavesWhatWasShownWhenItWasAskedTo)
+TEST_P(DocumentSaveAs, SavesWhatWasShownAtTheRequest)
 {
     in_balance([](document_fixture& fixture, save_browser& browser) {
         const ieframe_scope library;

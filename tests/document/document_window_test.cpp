@@ -124,7 +124,7 @@ QUILL_DOCUMENT_TEST(DocumentPane, StaysHiddenAfterTheLoad)
     ASSERT_NE(fixture.pane(), nullptr);
     EXPECT_FALSE(has_visible_style(fixture.pane()));
     fixture.send(WM_SIZE, 0, MAKELPARAM(500, 400));
-    EXPECT_FALSE(has_visible_style(fixture.pane())) << "a size does not bring it back";
+    EXPECT_FALSE(has_visible_style(fixture.pane())) << "resizing does not show it again";
     fixture.close_in_order();
 }
 

@@ -97,7 +97,7 @@ QUILL_DOCUMENT_TEST(DocumentInstances, StartAgainWhenOneIsDestroyed)
     further_document second(fixture, browser);
     EXPECT_EQ(second.number(), 1u);
     first.reset();
-    EXPECT_EQ(second.number(), 1u) << "a number is kept for life";
+    EXPECT_EQ(second.number(), 1u) << "a document keeps its number";
     further_document third(fixture, browser);
     EXPECT_EQ(third.number(), 0u);
     further_document fourth(fixture, browser);

@@ -99,7 +99,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, OnTheWorker)
     SetEvent(urlmon.may_end);
     EXPECT_EQ(WaitForSingleObject(urlmon.has_released, default_deadline_ms), WAIT_OBJECT_0);
     EXPECT_NE(urlmon.references_left, 0u) << "the worker destroyed the document";
-    EXPECT_TRUE(IsWindow(window)) << "nothing is destroyed before this thread gets to it";
+    EXPECT_TRUE(IsWindow(window)) << "destroyed before this thread handled the message";
     EXPECT_TRUE(wait_until([&] { return !IsWindow(window); }));
     expect_destroyed_here(fixture, fixture.take_log());
     fixture.wait_for_no_worker();
@@ -254,7 +254,7 @@ QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowReachesAThreadWithAFullQ
 }
 
 // Later, it could not be reached.
-QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowIsDestroyedAtOnceForAThreadThatTakesNoMessages)
+QUILL_DOCUMENT_TEST(DocumentReleasedLast, WithoutAWindowIsDestroyedAtOnceForAThreadThatRetrievesNoMessages)
 {
     const import_replaced post(
         fixture.module.handle(), "PostThreadMessageW", +[](DWORD, UINT, WPARAM, LPARAM) -> BOOL {

@@ -8,11 +8,11 @@
 namespace quill::test {
 namespace {
 
-void show_with_address(document_fixture& fixture, const wchar_t* address)
+void show_with_url(document_fixture& fixture, const wchar_t* url)
 {
     fixture.show_url(unserved_url);
     fixture.wait_for_failed_worker();
-    fixture.host.object_moniker.display_name = address;
+    fixture.host.object_moniker.display_name = url;
     fixture.host.calls.forget_calls();
 }
 
@@ -26,7 +26,7 @@ QUILL_DOCUMENT_TEST(DocumentLinks, ResolvesRelativeLinksAgainstTheDocument)
 {
     struct link_case
     {
-        const wchar_t* address;
+        const wchar_t* url;
         const wchar_t* link;
         const wchar_t* opened;
     };
@@ -36,10 +36,10 @@ QUILL_DOCUMENT_TEST(DocumentLinks, ResolvesRelativeLinksAgainstTheDocument)
         {L"http://host.test/a/c/d.pdf", L"", L"http://host.test/a/c/"},
         {L"https://host.test:8443/a/d.pdf", L"/b.pdf", L"https://host.test:8443/b.pdf"},
     };
-    show_with_address(fixture, L"");
+    show_with_url(fixture, L"");
     for (const auto& one : cases) {
-        SCOPED_TRACE(testing::PrintToString(std::wstring{one.address} + L" + " + one.link));
-        fixture.host.object_moniker.display_name = one.address;
+        SCOPED_TRACE(testing::PrintToString(std::wstring{one.url} + L" + " + one.link));
+        fixture.host.object_moniker.display_name = one.url;
         open_link(fixture, one.link);
         ASSERT_EQ(fixture.host.browser.navigations.size(), 1u);
         EXPECT_EQ(fixture.host.browser.navigations[0].url, one.opened);
@@ -49,7 +49,7 @@ QUILL_DOCUMENT_TEST(DocumentLinks, ResolvesRelativeLinksAgainstTheDocument)
 
 QUILL_DOCUMENT_TEST(DocumentLinks, OpensAbsoluteLinksUnchanged)
 {
-    show_with_address(fixture, L"http://host.test/a/c/d.pdf");
+    show_with_url(fixture, L"http://host.test/a/c/d.pdf");
     for (const wchar_t* link : {L"http://other.test/a/../q.pdf", L"www.other.test/x"}) {
         SCOPED_TRACE(testing::PrintToString(link));
         open_link(fixture, link);
@@ -62,7 +62,7 @@ QUILL_DOCUMENT_TEST(DocumentLinks, OpensAbsoluteLinksUnchanged)
 
 QUILL_DOCUMENT_TEST(DocumentLinks, NavigatesWithDefaultArguments)
 {
-    show_with_address(fixture, L"http://host.test/a/c/d.pdf");
+    show_with_url(fixture, L"http://host.test/a/c/d.pdf");
     for (const WPARAM new_window : {WPARAM{0}, WPARAM{1}, WPARAM{0x1'0000'0000}}) {
         open_link(fixture, L"x.pdf", new_window);
         ASSERT_EQ(fixture.host.browser.navigations.size(), 1u);
@@ -79,7 +79,7 @@ QUILL_DOCUMENT_TEST(DocumentLinks, NavigatesWithDefaultArguments)
 
 QUILL_DOCUMENT_TEST(DocumentLinks, OpensNoRelativeLinkWithoutTheDocumentMoniker)
 {
-    show_with_address(fixture, L"http://host.test/a/c/d.pdf");
+    show_with_url(fixture, L"http://host.test/a/c/d.pdf");
     fixture.host.container_moniker.display_name = L"http://host.test/container/d.pdf";
     for (const char* call : {"IOleClientSite::GetMoniker", "object moniker::GetDisplayName"}) {
         for (const call_fault kind : host_faults) {
@@ -100,7 +100,7 @@ QUILL_DOCUMENT_TEST(DocumentLinks, OpensNoRelativeLinkWithoutTheDocumentMoniker)
 
 QUILL_DOCUMENT_TEST(DocumentLinks, OpensNothingWithoutTheBrowser)
 {
-    show_with_address(fixture, L"http://host.test/a/c/d.pdf");
+    show_with_url(fixture, L"http://host.test/a/c/d.pdf");
     for (const call_fault kind : host_faults) {
         SCOPED_TRACE(to_text(kind));
         fixture.host.calls.make_fail("IServiceProvider::QueryService", kind);
@@ -115,13 +115,13 @@ QUILL_DOCUMENT_TEST(DocumentLinks, OpensNothingWithoutTheBrowser)
 
 QUILL_DOCUMENT_TEST(DocumentLinks, OpensLinksOfAnyLength)
 {
-    std::wstring address = L"http://host.test/";
-    address.append(50'000, L'a').append(L"/d.pdf");
-    show_with_address(fixture, address.c_str());
+    std::wstring url = L"http://host.test/";
+    url.append(50'000, L'a').append(L"/d.pdf");
+    show_with_url(fixture, url.c_str());
     const std::wstring link(50'000, L'b');
     open_link(fixture, link.c_str());
     ASSERT_EQ(fixture.host.browser.navigations.size(), 1u);
-    EXPECT_EQ(fixture.host.browser.navigations[0].url, address.substr(0, address.size() - 5) + link);
+    EXPECT_EQ(fixture.host.browser.navigations[0].url, url.substr(0, url.size() - 5) + link);
     std::wstring climbing;
     for (int level = 0; level < 5'000; ++level)
         climbing += L"../";
@@ -133,7 +133,7 @@ QUILL_DOCUMENT_TEST(DocumentLinks, OpensLinksOfAnyLength)
 
 QUILL_DOCUMENT_TEST(DocumentLinks, IgnoresANullLink)
 {
-    show_with_address(fixture, L"http://host.test/a/c/d.pdf");
+    show_with_url(fixture, L"http://host.test/a/c/d.pdf");
     open_link(fixture, nullptr);
     open_link(fixture, nullptr, 1);
     EXPECT_TRUE(fixture.host.browser.navigations.empty());

@@ -202,7 +202,7 @@ QUILL_DOCUMENT_TEST(DocumentLoad, IgnoresFailingPageAndZoomCalls)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentLoad, APathThatDoesNotFitIsCutOrRefused)
+QUILL_DOCUMENT_TEST(DocumentLoad, APathThatDoesNotFitIsTruncatedOrRefused)
 {
     show_waiting(fixture);
     std::wstring path = L"C:\\";

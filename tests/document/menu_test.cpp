@@ -29,7 +29,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedAfterTheLoadAndRemovedAtDeactivation)
     EXPECT_NE(merged.descriptor, nullptr);
     EXPECT_EQ(merged.window, fixture.window());
     EXPECT_TRUE(IsMenu(shared));
-    EXPECT_EQ(GetMenuItemCount(shared), 3) << "the container's groups and nothing of the document's";
+    EXPECT_EQ(GetMenuItemCount(shared), 3) << "the container's groups only";
     EXPECT_FALSE(is_freed(merged.descriptor));
 
     fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
@@ -116,7 +116,7 @@ QUILL_DOCUMENT_TEST(DocumentMenu, IsDestroyedAtOnceWhenTheFrameRefusesIt)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMenu, IsDestroyedAtTheEndWhenTheFrameDoesNotTakeIt)
+QUILL_DOCUMENT_TEST(DocumentMenu, IsDestroyedAtTheEndWhenSetMenuFails)
 {
     fixture.host.calls.make_fail("IOleInPlaceFrame::SetMenu", call_fault::error);
     fixture.show_file(fixture.pdf());

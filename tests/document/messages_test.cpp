@@ -72,7 +72,7 @@ QUILL_DOCUMENT_TEST(DocumentMessages, UrlIsCopiedWithinItsBounds)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentMessages, LengthIsWrittenWhole)
+QUILL_DOCUMENT_TEST(DocumentMessages, LengthIsWrittenAs64Bits)
 {
     show_idle(fixture);
     std::uint64_t length[2] = {~0ull, ~0ull};

@@ -27,15 +27,15 @@ Function export_of(HMODULE module, const char* name)
     return function;
 }
 
-// What the module's calls of CreateMenu lead to otherwise.
+// The original target of the module's calls of CreateMenu.
 code_address module_create_menu = nullptr;
 // Holds the handle that was freed last. Destroyed with the next one, so there is always one and counts of
 // menus stay as they are.
 HMENU spare_menu = nullptr;
 
-// Wine forgets the object of a handle only after its server has freed the handle, so a menu made meanwhile
-// that gets the handle of a window which another thread destroys (urlmon's, when the worker ends) may be
-// lost. The handle that was freed last is given out first: a spare menu takes it.
+// In Wine a menu may be lost if it gets the handle of a window that another thread destroys (urlmon's, when
+// the worker ends): the server frees the handle before the process forgets it. The handle that was freed last
+// is reused first, so a spare menu takes it.
 HMENU WINAPI create_menu_beside_a_spare()
 {
     const HMENU former_spare = std::exchange(spare_menu, CreateMenu());

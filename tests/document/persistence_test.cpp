@@ -124,7 +124,7 @@ QUILL_DOCUMENT_TEST(DocumentPersistence, OtherMonikerMethodsAreNotImplemented)
     auto* const untouched = reinterpret_cast<IMoniker*>(&fixture);
     IMoniker* current = untouched;
     EXPECT_EQ(persist->GetCurMoniker(&current), S_OK);
-    EXPECT_EQ(current, untouched) << "the out argument is not written";
+    EXPECT_EQ(current, untouched) << "the out parameter is not written";
     EXPECT_EQ(persist->GetCurMoniker(nullptr), S_OK);
     EXPECT_EQ(fixture.take_log(),
               (lines{"@ Save IPersistMoniker", "@ SaveCompleted IPersistMoniker",
@@ -229,7 +229,7 @@ QUILL_DOCUMENT_TEST(DocumentPersistence, AFileOfAServerIsNotOpened)
     fixture.close_in_order();
 }
 
-QUILL_DOCUMENT_TEST(DocumentPersistence, APathThatDoesNotFitIsCutOrRefused)
+QUILL_DOCUMENT_TEST(DocumentPersistence, APathThatDoesNotFitIsTruncatedOrRefused)
 {
     fixture.create();
     fixture.set_site();

@@ -142,7 +142,7 @@ TEST_F(DocumentReleasedWhile, ItsClientSiteIsSet)
     EXPECT_EQ(fixture.host.site.references(), 0);
 }
 
-TEST_F(DocumentReleasedWhile, ItsMonikerIsAsked)
+TEST_F(DocumentReleasedWhile, ItsMonikerIsRequested)
 {
     fixture.create();
     IPersistMoniker* const persist = fixture.as<IPersistMoniker>().Get();

@@ -86,7 +86,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, WithoutAnyStep)
 {
     fixture.show_file(fixture.pdf());
     take_down_in(fixture, "");
-    EXPECT_EQ(fixture.host.frame.set_menus.size(), 2u) << "the frame has its menu back";
+    EXPECT_EQ(fixture.host.frame.set_menus.size(), 2u) << "the frame has its own menu again";
 }
 
 QUILL_DOCUMENT_TEST(DocumentTeardown, WithoutAnyStepWhileUiActive)
@@ -146,7 +146,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, AWindowDestroyedAloneIsDetached)
     take_down_in(fixture, "UIHVPCS");
 }
 
-QUILL_DOCUMENT_TEST(DocumentTeardown, TheEndOfTheWindowIsLogged)
+QUILL_DOCUMENT_TEST(DocumentTeardown, TheDestructionOfTheWindowIsLogged)
 {
     fixture.show_file(fixture.pdf());
     fixture.take_log();
@@ -215,7 +215,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, AForgedDestroyMessageLeaksNoReference)
     take_down_in(fixture, "UHIVPCS");
 }
 
-QUILL_DOCUMENT_TEST(DocumentTeardown, ReleaseDuringTheEndOfTheWindowDestroysItOnce)
+QUILL_DOCUMENT_TEST(DocumentTeardown, ReleaseDuringTheDestructionOfTheWindowDestroysItOnce)
 {
     fixture.show_file(fixture.pdf());
     const HWND window = fixture.window();
@@ -233,7 +233,7 @@ QUILL_DOCUMENT_TEST(DocumentTeardown, ReleaseDuringTheEndOfTheWindowDestroysItOn
 }
 
 // A host may have a key translated while it closes the document.
-QUILL_DOCUMENT_TEST(DocumentTeardown, AFrameAskedForInsideTheDeactivationIsReleased)
+QUILL_DOCUMENT_TEST(DocumentTeardown, AFrameQueriedInsideTheDeactivationIsReleased)
 {
     fixture.host.order = activation_order::site_then_ui_activate;
     fixture.show_file(fixture.pdf());

@@ -152,7 +152,7 @@ QUILL_DOCUMENT_TEST(DocumentVerbs, ShownAgainAsksAgainButMakesNoSecondView)
     fixture.take_log();
     const auto result =
         fixture.as<IOleObject>()->DoVerb(OLEIVERB_SHOW, nullptr, nullptr, -1, nullptr, nullptr);
-    EXPECT_EQ(result, E_FAIL) << "the site's answer: one view only";
+    EXPECT_EQ(result, E_FAIL) << "the site's result: there is only one view";
     EXPECT_EQ(fixture.host.activation_results, std::vector<HRESULT>{E_FAIL});
     EXPECT_EQ(fixture.host.calls.count(activate_me), 1);
     EXPECT_EQ(fixture.window(), window);

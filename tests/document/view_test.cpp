@@ -31,7 +31,7 @@ QUILL_DOCUMENT_TEST(DocumentView, IsTheDocumentItself)
     EXPECT_EQ(view->GetDocument(nullptr), E_FAIL);
 }
 
-QUILL_DOCUMENT_TEST(DocumentView, IsMadeWithItsSite)
+QUILL_DOCUMENT_TEST(DocumentView, IsCreatedWithItsSite)
 {
     fixture.create();
     fixture.set_site();
@@ -70,7 +70,7 @@ QUILL_DOCUMENT_TEST(DocumentView, RefusedASecondTimeLeavesTheHostItsView)
 }
 
 // Without a site the document does not know that it has a view already.
-QUILL_DOCUMENT_TEST(DocumentView, WithoutSiteCanBeAskedForAgain)
+QUILL_DOCUMENT_TEST(DocumentView, WithoutASiteCanBeCreatedAgain)
 {
     fixture.create();
     const auto document = fixture.as<IOleDocument>();
@@ -86,7 +86,7 @@ QUILL_DOCUMENT_TEST(DocumentView, NullArgumentsAreRefusedAsTheHostExpects)
     fixture.create();
     const auto document = fixture.as<IOleDocument>();
     EXPECT_EQ(document->CreateView(fixture.host.site.in_place_site(), nullptr, 0, nullptr), E_POINTER);
-    EXPECT_EQ(fixture.host.site.references(), 0) << "refused before anything is kept";
+    EXPECT_EQ(fixture.host.site.references(), 0) << "refused before anything is stored";
     EXPECT_EQ(document->EnumViews(nullptr, nullptr), E_POINTER);
     const auto view = fixture.as<IOleDocumentView>();
     EXPECT_EQ(view->GetInPlaceSite(nullptr), E_FAIL);
@@ -116,7 +116,7 @@ QUILL_DOCUMENT_TEST(DocumentView, EnumerationReturnsTheOneView)
     EXPECT_EQ(views.Get(), nullptr);
 }
 
-QUILL_DOCUMENT_TEST(DocumentView, StatusSaysNoFileSupport)
+QUILL_DOCUMENT_TEST(DocumentView, StatusIsNoFileSupport)
 {
     fixture.create();
     DWORD status = 0;

@@ -97,7 +97,7 @@ using models = testing::Types<sample<CComSingleThreadModel>, sample<CComMultiThr
                               sample<CComMultiThreadModelNoCS>>;
 TYPED_TEST_SUITE(EachModel, models);
 
-TYPED_TEST(EachModel, LivesAsLongAsItIsReferenced)
+TYPED_TEST(EachModel, IsDestroyedWithItsLastReference)
 {
     CComObject<TypeParam>* object = nullptr;
     ASSERT_EQ(CComObject<TypeParam>::CreateInstance(&object), S_OK);

@@ -60,7 +60,8 @@ TEST_F(FrameworkActivation, ShowAndInPlaceVerbsActivateWithoutTheUserInterface)
         EXPECT_EQ(GetParent(control->m_hWnd), container->window);
         EXPECT_TRUE(same(place_of_control(), container->position));
         EXPECT_TRUE(same(control->m_rcPos, container->position));
-        EXPECT_TRUE(same(control->created.back(), container->position)) << "made where it belongs";
+        EXPECT_TRUE(same(control->created.back(), container->position))
+            << "the window is created at the control's position";
 
         close();
         EXPECT_EQ(container->record.take(), (calls{"OnShowWindow(FALSE)", "OnInPlaceDeactivate"}));
@@ -76,7 +77,7 @@ TEST_F(FrameworkActivation, PrimaryAndUiVerbsActivateWithTheUserInterface)
         EXPECT_EQ(do_verb(verb), S_OK);
         if (verb == OLEIVERB_PRIMARY) {
             EXPECT_EQ(container->record.take(), in_place)
-                << "the primary verb of a running page is to be in place";
+                << "in user mode the primary verb activates in place only";
             EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
             EXPECT_EQ(container->record.take(), ui_after_in_place);
         } else {
@@ -107,7 +108,7 @@ TEST_F(FrameworkActivation, VerbsWithoutEffect)
     close();
 }
 
-TEST_F(FrameworkActivation, HideTakesTheUserInterfaceAndTheWindowFromView)
+TEST_F(FrameworkActivation, HideDeactivatesTheUserInterfaceAndHidesTheWindow)
 {
     set_site();
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), S_OK);
@@ -121,7 +122,7 @@ TEST_F(FrameworkActivation, HideTakesTheUserInterfaceAndTheWindowFromView)
     EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
     EXPECT_EQ(container->record.take(), (calls{"GetWindow", "GetWindowContext", "ShowObject"}));
     EXPECT_TRUE(control->GetStyle() & WS_VISIBLE);
-    EXPECT_EQ(control->created.size(), 1u) << "the same window";
+    EXPECT_EQ(control->created.size(), 1u) << "the window is kept";
     close();
 }
 
@@ -137,7 +138,7 @@ TEST_F(FrameworkActivation, DesignerHasNoPrimaryVerb)
     close();
 }
 
-TEST_F(FrameworkActivation, DocumentHostMakesAViewAndShowsIt)
+TEST_F(FrameworkActivation, DocumentHostCreatesAViewAndShowsIt)
 {
     set_site();
     ATL::CComPtr<IOleDocumentView> view;
@@ -149,7 +150,7 @@ TEST_F(FrameworkActivation, DocumentHostMakesAViewAndShowsIt)
     EXPECT_EQ(container->record.take(), in_place);
     EXPECT_EQ(view->UIActivate(TRUE), S_OK);
     EXPECT_EQ(container->record.take(), ui_after_in_place);
-    EXPECT_EQ(view->UIActivate(TRUE), S_OK) << "once more: only shown";
+    EXPECT_EQ(view->UIActivate(TRUE), S_OK) << "already active: only shown";
     EXPECT_EQ(container->record.take(), (calls{"GetWindow", "GetWindowContext", "ShowObject"}));
     EXPECT_EQ(view->UIActivate(FALSE), S_OK);
     EXPECT_EQ(container->record.take(), ui_end);
@@ -158,13 +159,13 @@ TEST_F(FrameworkActivation, DocumentHostMakesAViewAndShowsIt)
     EXPECT_EQ(view->CloseView(0), S_OK);
     EXPECT_EQ(container->record.take(), calls{"OnInPlaceDeactivate"});
     close();
-    EXPECT_EQ(container->record.take(), calls{}) << "nothing is left to be closed";
+    EXPECT_EQ(container->record.take(), calls{}) << "nothing remains to be deactivated";
 }
 
 TEST_F(FrameworkActivation, ViewGetsItsSiteThenUserInterfaceThenPlace)
 {
     ASSERT_EQ(control->SetInPlaceSite(container.get()), S_OK);
-    EXPECT_EQ(control->UIActivate(TRUE), S_OK) << "also before a client site";
+    EXPECT_EQ(control->UIActivate(TRUE), S_OK) << "also without a client site";
     calls expected = ui_at_once;
     expected.erase(expected.begin() +
                    5);   // without a client site there is no control site to notify of the focus
@@ -193,7 +194,7 @@ TEST_F(FrameworkActivation, DeactivationInTwoStepsAndTwice)
     EXPECT_EQ(container->record.count("OnInPlaceDeactivate"), 1);
     container->record.take();
 
-    EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK) << "and active again";
+    EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK) << "can be activated again";
     EXPECT_EQ(container->record.take(), in_place);
     EXPECT_EQ(control->created.size(), 2u);
     close();
@@ -210,7 +211,7 @@ TEST_F(FrameworkActivation, InPlaceDeactivationEndsTheUserInterfaceFirst)
     close();
 }
 
-TEST_F(FrameworkActivation, WindowIsCutOffWhereTheClipEnds)
+TEST_F(FrameworkActivation, WindowIsClipped)
 {
     set_site();
     container->clip = {0, 0, 105, 300};
@@ -225,11 +226,12 @@ TEST_F(FrameworkActivation, WindowIsCutOffWhereTheClipEnds)
     EXPECT_EQ(GetWindowRgnBox(control->m_hWnd, &region), ERROR) << "no region";
     const RECT elsewhere{300, 300, 310, 310};
     EXPECT_EQ(control->SetObjectRects(&moved, &elsewhere), S_OK);
-    EXPECT_EQ(GetWindowRgnBox(control->m_hWnd, &region), ERROR) << "nothing in common: no region either";
+    EXPECT_EQ(GetWindowRgnBox(control->m_hWnd, &region), ERROR) << "no intersection, no region";
     EXPECT_EQ(control->SetObjectRects(nullptr, &moved), E_POINTER);
     EXPECT_EQ(control->SetObjectRects(&moved, nullptr), E_POINTER);
     close();
-    EXPECT_EQ(control->SetObjectRects(&elsewhere, &elsewhere), S_OK) << "without a window it is remembered";
+    EXPECT_EQ(control->SetObjectRects(&elsewhere, &elsewhere), S_OK)
+        << "without a window the position is stored";
     EXPECT_TRUE(same(control->m_rcPos, elsewhere));
 }
 
@@ -265,10 +267,10 @@ TEST_F(FrameworkActivation, WindowWithoutARegionIsPlacedWithoutARepaint)
     RECT clip = place;
     --clip.right;
     EXPECT_EQ(control->SetObjectRects(&place, &clip), S_OK);
-    EXPECT_GT(watch.calculations, 0) << "the region is new";
+    EXPECT_GT(watch.calculations, 0) << "a region was set";
     watch.calculations = 0;
     EXPECT_EQ(control->SetObjectRects(&place, &place), S_OK);
-    EXPECT_GT(watch.calculations, 0) << "the region is taken away";
+    EXPECT_GT(watch.calculations, 0) << "the region was removed";
     watch.UnsubclassWindow();
     close();
 }
@@ -287,11 +289,11 @@ TEST_F(FrameworkActivation, FocusFromOutsideActivatesTheUserInterface)
     container->record.take();
 
     SendMessageW(control->m_hWnd, WM_MOUSEACTIVATE, reinterpret_cast<WPARAM>(container->window), 0);
-    EXPECT_TRUE(control->m_bUIActive) << "a click does as well";
+    EXPECT_TRUE(control->m_bUIActive) << "a click UI-activates";
     EXPECT_EQ(control->UIDeactivate(), S_OK);
     container->user_mode = false;
     SendMessageW(control->m_hWnd, WM_MOUSEACTIVATE, reinterpret_cast<WPARAM>(container->window), 0);
-    EXPECT_FALSE(control->m_bUIActive) << "but not in a designer";
+    EXPECT_FALSE(control->m_bUIActive) << "not in design mode";
     close();
 }
 

@@ -43,7 +43,7 @@ TEST_F(FrameworkFailingHost, EachSiteCallFailsInTurn)
             EXPECT_EQ(container->in_place_balance, control->m_bInPlaceActive ? 1 : 0) << failed;
             EXPECT_EQ(container->ui_balance, control->m_bUIActive ? 1 : 0) << failed;
             if (!control->m_bInPlaceActive)
-                EXPECT_EQ(control->m_spInPlaceSite.p, nullptr) << failed << ": no view is held";
+                EXPECT_EQ(control->m_spInPlaceSite.p, nullptr) << failed << ": the view is still referenced";
         }
         close();
         container->record.take();
@@ -135,7 +135,7 @@ TEST_F(FrameworkFailingHost, ContextLeftUntouchedTakesThePositionOfTheVerb)
     EXPECT_TRUE(same(place_of_control(), position));
     EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
 
-    EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK) << "or the last one known";
+    EXPECT_EQ(do_verb(OLEIVERB_SHOW), S_OK) << "or at the last known position";
     EXPECT_TRUE(same(place_of_control(), position));
     EXPECT_EQ(control->InPlaceDeactivate(), S_OK);
 
@@ -162,7 +162,7 @@ TEST_F(FrameworkFailingHost, FailedContextYieldsNoWindows)
     close();
 }
 
-TEST_F(FrameworkFailingHost, WindowThatCannotBeMade)
+TEST_F(FrameworkFailingHost, WindowThatCannotBeCreated)
 {
     control->refuse_window = true;
     EXPECT_EQ(do_verb(OLEIVERB_UIACTIVATE), E_FAIL);
@@ -267,7 +267,7 @@ TEST_F(FrameworkFailingHost, ActivatesAgainInsideAHandlerOfTheWindow)
     close();
 }
 
-TEST_F(FrameworkFailingHost, WindowDestroyedInsideItsHandlerIsNoWindowAnyMore)
+TEST_F(FrameworkFailingHost, WindowDestroyedInsideItsHandlerIsForgotten)
 {
     ASSERT_EQ(do_verb(OLEIVERB_SHOW), S_OK);
     control->on_app = [&] {
@@ -295,7 +295,7 @@ TEST_F(FrameworkFailingHost, LastReleaseInsideACall)
         raw->DoVerb(OLEIVERB_UIACTIVATE, nullptr, container.get(), 0, nullptr, nullptr);
         EXPECT_FALSE(other);
         container->record.when_any(nullptr);
-        EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1) << "only the fixture's control is left";
+        EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1) << "only the fixture's control exists";
     }
     close();
 }
@@ -313,7 +313,7 @@ TEST_F(FrameworkFailingHost, LastReleaseInsideAMessage)
         other->Close(OLECLOSE_NOSAVE);
         other->SetClientSite(nullptr);
         other.Release();
-        EXPECT_FALSE(ended) << "the object outlives its handler";
+        EXPECT_FALSE(ended) << "the object must exist until its handler returns";
     };
     EXPECT_EQ(SendMessageW(window, WM_APP, 0, 0), 42) << "the handler ran to its end";
     EXPECT_TRUE(ended);

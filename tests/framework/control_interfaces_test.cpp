@@ -143,7 +143,7 @@ TEST_F(FrameworkControlInterfaces, StorageKeepsWhatTheStreamPersistenceWrites)
                                STGM_READWRITE | STGM_SHARE_EXCLUSIVE | STGM_CREATE | STGM_DELETEONRELEASE, 0,
                                &storage),
               S_OK);
-    EXPECT_EQ(persist->Load(storage), STG_E_FILENOTFOUND) << "nothing in it yet";
+    EXPECT_EQ(persist->Load(storage), STG_E_FILENOTFOUND) << "the storage is empty";
     control->stored = 4711;
     EXPECT_EQ(persist->Save(storage, FALSE), S_OK);
     EXPECT_EQ(persist->InitNew(storage), S_OK);

@@ -65,7 +65,7 @@ TEST_F(FrameworkControlView, HostDrawsTheControl)
     EXPECT_EQ(drawn.top, 20);
     EXPECT_EQ(drawn.right, 30);
     EXPECT_EQ(drawn.bottom, 40) << "in pixels";
-    EXPECT_EQ(GetMapMode(dc), MM_ANISOTROPIC) << "put back";
+    EXPECT_EQ(GetMapMode(dc), MM_ANISOTROPIC) << "restored";
     EXPECT_EQ(draw(DVASPECT_ICON, dc, &bounds), DV_E_DVASPECT);
     EXPECT_EQ(draw(DVASPECT_CONTENT, nullptr, &bounds), E_INVALIDARG);
     EXPECT_EQ(draw(DVASPECT_CONTENT, dc, nullptr), E_INVALIDARG);

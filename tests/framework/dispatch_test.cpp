@@ -136,7 +136,7 @@ TEST_F(Dispatch, FailuresReachTheCaller)
     SysFreeString(exception.bstrHelpFile);
 }
 
-TEST_F(Dispatch, TypeInformationIsHandedOut)
+TEST_F(Dispatch, TypeInformationIsReturned)
 {
     UINT count = 0;
     EXPECT_EQ(dispatch->GetTypeInfoCount(&count), S_OK);

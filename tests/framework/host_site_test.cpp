@@ -168,7 +168,7 @@ TEST_F(FrameworkHostSite, RealControlIsHostedInTheWindow)
     EXPECT_FALSE(made->m_bUIActive);
     EXPECT_EQ(made->m_hWnd, nullptr);
     EXPECT_EQ(made->m_spClientSite.p, nullptr);
-    EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1) << "only the control is left, and only ours";
+    EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1) << "only the test's reference to the control is left";
 }
 
 TEST_F(FrameworkHostSite, RealControlReleasedInsideItsHostIsDestroyed)

@@ -49,7 +49,7 @@ TEST_F(FrameworkHost, WindowWithoutATitleHasAHostAndNoControl)
     EXPECT_EQ(host->QueryControl(IID_IUnknown, nullptr), E_POINTER);
     EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1);
     host.Release();
-    EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1) << "the window's";
+    EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 1) << "the window's reference to the host";
     DestroyWindow(host_window);
     EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 0);
     EXPECT_EQ(control().record.total(), 0);
@@ -185,7 +185,7 @@ TEST_F(FrameworkHost, AnotherControlReplacesTheFirst)
     EXPECT_EQ(control().record.take(), expected);
     EXPECT_TRUE(control().window);
     EXPECT_EQ(create(unknown_names[0]), CO_E_CLASSSTRING);
-    EXPECT_TRUE(control().window) << "a name that leads nowhere changes nothing";
+    EXPECT_TRUE(control().window) << "an unknown name changes nothing";
 }
 
 TEST_F(FrameworkHost, SizeAndPositionFollowTheWindow)
@@ -211,7 +211,7 @@ TEST_F(FrameworkHost, FocusIsForwardedToTheControl)
     EXPECT_EQ(GetFocus(), control().window);
     SetFocus(parent());
     SetFocus(host_window);
-    EXPECT_EQ(control().record.take(), calls{}) << "it has the user interface";
+    EXPECT_EQ(control().record.take(), calls{}) << "the control is UI-active already";
     EXPECT_EQ(GetFocus(), control().window);
 }
 
@@ -226,7 +226,7 @@ TEST_F(FrameworkHost, AnyWindowCanBeGivenAHost)
               CO_E_CLASSSTRING);
     EXPECT_EQ(host.p, nullptr);
     EXPECT_EQ(made.p, nullptr);
-    EXPECT_EQ(GetWindowLongPtrW(host_window, GWLP_WNDPROC), original) << "the window is as it was";
+    EXPECT_EQ(GetWindowLongPtrW(host_window, GWLP_WNDPROC), original) << "the window procedure is restored";
     EXPECT_EQ(ATL::_pAtlModule->GetLockCount(), 0);
 
     ASSERT_EQ(ATL::AtlAxCreateControlEx(hosted_progid, host_window, nullptr, &host, &made), S_OK);

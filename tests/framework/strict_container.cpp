@@ -86,7 +86,7 @@ HRESULT strict_container::GetWindowContext(IOleInPlaceFrame** frame_out, IOleInP
                                            LPRECT position_out, LPRECT clip_out, LPOLEINPLACEFRAMEINFO info)
 {
     EXPECT_EQ(info->cb, sizeof *info);
-    EXPECT_EQ(*frame_out, nullptr) << "a host may leave it as it was";
+    EXPECT_EQ(*frame_out, nullptr) << "the out parameter is not initialised: a host may leave it untouched";
     EXPECT_EQ(*document_out, nullptr);
     const HRESULT hr = record.note("GetWindowContext");
     if (FAILED(hr) && failure_leaves_windows) {

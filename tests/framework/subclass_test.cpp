@@ -47,9 +47,9 @@ TEST_F(FrameworkSubclass, ObjectOnAWindowOfTheSystem)
     std::vector<std::string> log;
     overlay on_top(log, "a");
     ASSERT_TRUE(on_top.SubclassWindow(edit));
-    EXPECT_FALSE(on_top.SubclassWindow(edit)) << "it sits there already";
+    EXPECT_FALSE(on_top.SubclassWindow(edit)) << "the object is attached already";
     SendMessageW(edit, message_run, 0, 0);
-    EXPECT_EQ(GetWindowTextLengthW(edit), 4) << "what is not handled goes to the edit control";
+    EXPECT_EQ(GetWindowTextLengthW(edit), 4) << "an unhandled message is passed to the edit control";
     EXPECT_EQ(on_top.UnsubclassWindow(), edit);
     EXPECT_EQ(on_top.UnsubclassWindow(), nullptr);
     EXPECT_EQ(GetWindowLongPtrW(edit, GWLP_WNDPROC), original);
@@ -80,7 +80,7 @@ TEST_F(FrameworkSubclass, SeveralObjectsOnOneWindow)
     EXPECT_EQ(log, (std::vector<std::string>{"second", "first", "window"}));
 
     log.clear();
-    EXPECT_EQ(first.UnsubclassWindow(), handle) << "out of order";
+    EXPECT_EQ(first.UnsubclassWindow(), handle) << "removed below the latest object";
     EXPECT_EQ(window.run(run), 5);
     EXPECT_EQ(log, (std::vector<std::string>{"second", "window"}));
 
@@ -110,7 +110,7 @@ TEST_F(FrameworkSubclass, ObjectUnsubclassesBelowAnotherProcedure)
     below =
         reinterpret_cast<WNDPROC>(SetWindowLongPtrW(edit, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(foreign)));
     EXPECT_EQ(object.UnsubclassWindow(), edit);
-    EXPECT_EQ(GetWindowTextLengthW(edit), 4) << "still reaches the edit control";
+    EXPECT_EQ(GetWindowTextLengthW(edit), 4) << "the message reaches the edit control";
     EXPECT_EQ(log.size(), 0u);
     EXPECT_GT(passed, 0);
 

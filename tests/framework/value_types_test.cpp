@@ -148,7 +148,7 @@ TEST(ComPtr, SetSiteReachesTheObject)
     EXPECT_EQ(object.references(), 1);
 }
 
-TEST(ComQIPtr, AsksForItsInterface)
+TEST(ComQIPtr, QueriesItsInterface)
 {
     counted_object object;
     {
@@ -163,7 +163,7 @@ TEST(ComQIPtr, AsksForItsInterface)
     EXPECT_EQ(object.references(), 0);
 }
 
-TEST(ComQIPtr, AssignmentOfAnObjectWithoutTheInterfaceEmpties)
+TEST(ComQIPtr, AssignmentOfAnObjectWithoutTheInterfaceClearsIt)
 {
     counted_object first;
     counted_object second;
@@ -288,7 +288,7 @@ TEST(ComVariant, ConvertsAndCompares)
               DISP_E_TYPEMISMATCH);
 }
 
-TEST(CriticalSections, LockNestsAndEnds)
+TEST(CriticalSections, LocksNest)
 {
     CComAutoCriticalSection section;
     {

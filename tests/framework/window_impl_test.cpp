@@ -26,7 +26,7 @@ TEST_F(FrameworkWindow, ClassIsRegisteredOnFirstUseAndUnregisteredByTerm)
     EXPECT_TRUE(class_exists(L"QuillFrameworkTestWindow"));
 
     _AtlWinModule.Term();
-    EXPECT_TRUE(class_exists(L"QuillFrameworkTestWindow")) << "a class with windows stays";
+    EXPECT_TRUE(class_exists(L"QuillFrameworkTestWindow")) << "a class with windows stays registered";
     EXPECT_EQ(window.run([](test_window&) { return LRESULT{42}; }), 42) << "and its windows work";
 
     window.DestroyWindow();
@@ -46,7 +46,7 @@ TEST_F(FrameworkWindow, ClassesAreUnregisteredWithTheirModule)
         ASSERT_TRUE(module);
         if (!first_place)
             first_place = module;
-        EXPECT_EQ(module, first_place) << "otherwise this proves nothing";
+        EXPECT_EQ(module, first_place) << "loaded at another address: the test proves nothing";
         const auto use = reinterpret_cast<BOOL (*)()>(
             reinterpret_cast<void (*)()>(GetProcAddress(module, "use_window_classes")));
         ASSERT_TRUE(use);
@@ -95,7 +95,7 @@ TEST_F(FrameworkWindow, PositionTitleStylesAndParameterReachTheWindow)
               DWORD{WS_CHILD | WS_VISIBLE | WS_CLIPCHILDREN | WS_CLIPSIBLINGS});
     EXPECT_EQ(child.GetDlgCtrlID(), 9);
     window.DestroyWindow();
-    EXPECT_EQ(child.m_hWnd, nullptr) << "children end with their parent";
+    EXPECT_EQ(child.m_hWnd, nullptr) << "children are destroyed with their parent";
     EXPECT_EQ(child.finals.size(), 1u);
 }
 
@@ -147,7 +147,7 @@ TEST_F(FrameworkWindow, FinalMessageWaitsForTheHandlerThatDestroyedTheWindow)
     ASSERT_TRUE(create(*window));
     const LRESULT result = window->run([&](test_window& self) {
         ::DestroyWindow(self.m_hWnd);
-        EXPECT_EQ(ends, 0) << "the handler's object is alive";
+        EXPECT_EQ(ends, 0) << "the handler's object still exists";
         EXPECT_EQ(self.finals.size(), 0u);
         return LRESULT{7};
     });
@@ -201,13 +201,13 @@ TEST_F(FrameworkWindow, CreationRefusedByAHookLeaksNothing)
     const HWND plain_window = CreateWindowExW(0, L"QuillFrameworkTestWindow", nullptr, WS_POPUP, 0, 0, 9, 9,
                                               nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
     ASSERT_TRUE(plain_window);
-    EXPECT_EQ(refused.m_hWnd, nullptr) << "a window of the class does not fall to it";
+    EXPECT_EQ(refused.m_hWnd, nullptr) << "another window of the class was attached to it";
     DestroyWindow(plain_window);
 
     test_window next;
     const HWND handle = create(next);
     ASSERT_TRUE(handle);
-    EXPECT_EQ(next.m_hWnd, handle) << "the next window goes to its own object";
+    EXPECT_EQ(next.m_hWnd, handle) << "the next window belongs to its own object";
     EXPECT_EQ(refused.m_hWnd, nullptr);
     next.DestroyWindow();
 }

@@ -3,9 +3,9 @@
 #include "sharepoint/decisions/links.h"
 #include "sharepoint/editor/editor_launch.h"
 #include "tests/fuzz/caught_line.h"
-#include "tests/fuzz/command_line.h"
 #include "tests/fuzz/reference_text.h"
 #include "tests/fuzz/subjects.h"
+#include "tests/fuzz/windows_arguments.h"
 
 #include <atlutil.h>
 
@@ -53,7 +53,7 @@ void check_tests(const std::wstring& text)
     FUZZ_CHECK(is_anchor == (lower == L"a"));
 }
 
-std::wstring expected_address(const std::wstring& link, const std::wstring& page)
+std::wstring expected_url(const std::wstring& link, const std::wstring& page)
 {
     const std::size_t mark = page.find(L"://");
     if (mark == nowhere || !link.starts_with(L"/"))
@@ -69,13 +69,13 @@ std::wstring expected_address(const std::wstring& link, const std::wstring& page
     return link.starts_with(L"//") ? scheme + link : scheme + L"//" + server + link;
 }
 
-void check_address(const std::wstring& link, const std::wstring& page)
+void check_url(const std::wstring& link, const std::wstring& page)
 {
-    const std::wstring address = absolute_link(exact_copy<wchar_t>(link), exact_copy<wchar_t>(page));
-    FUZZ_CHECK(address == expected_address(link, page));
-    FUZZ_CHECK(address.ends_with(link));
+    const std::wstring url = absolute_link(exact_copy<wchar_t>(link), exact_copy<wchar_t>(page));
+    FUZZ_CHECK(url == expected_url(link, page));
+    FUZZ_CHECK(url.ends_with(link));
     if (!page.starts_with(L"/"))
-        FUZZ_CHECK(absolute_link(address, page) == address);
+        FUZZ_CHECK(absolute_link(url, page) == url);
 }
 
 bool is_separator(wchar_t unit)
@@ -172,7 +172,7 @@ void sharepoint_links(bytes input)
     check_tests(lines[0]);
     check_launch(lines[0]);
     if (lines.size() > 1)
-        check_address(lines[0], lines[1]);
+        check_url(lines[0], lines[1]);
 }
 
 } // namespace quill::fuzz

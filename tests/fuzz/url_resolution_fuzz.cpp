@@ -54,16 +54,16 @@ void check_address_test(const std::wstring& text)
 void check_combining(const std::wstring& reference, const std::wstring& base)
 {
     const std::size_t prefix = holds(base, L"http://") ? 7 : holds(base, L"https://") ? 8 : 0;
-    std::wstring address = L"former";
-    FUZZ_CHECK(CombineUrl(reference, base, address) == (base.empty() ? 0 : 1));
-    FUZZ_CHECK(address == (base.empty() ? std::wstring() : absolute(reference, base, prefix)));
+    std::wstring url = L"former";
+    FUZZ_CHECK(CombineUrl(reference, base, url) == (base.empty() ? 0 : 1));
+    FUZZ_CHECK(url == (base.empty() ? std::wstring() : absolute(reference, base, prefix)));
     // The result may overwrite an argument.
     std::wstring same = reference;
     CombineUrl(same, base, same);
-    FUZZ_CHECK(same == address);
+    FUZZ_CHECK(same == url);
     same = base;
     CombineUrl(reference, same, same);
-    FUZZ_CHECK(same == address);
+    FUZZ_CHECK(same == url);
 }
 
 void check_link(const std::wstring& link, const std::wstring& document_url)
@@ -71,10 +71,10 @@ void check_link(const std::wstring& link, const std::wstring& document_url)
     const std::size_t prefix = document_url.starts_with(L"http://")    ? 7
                                : document_url.starts_with(L"https://") ? 8
                                                                        : 0;
-    std::wstring address = L"former";
-    const bool done = resolve_link(exact_copy<wchar_t>(link), exact_copy<wchar_t>(document_url), address);
+    std::wstring url = L"former";
+    const bool done = resolve_link(exact_copy<wchar_t>(link), exact_copy<wchar_t>(document_url), url);
     FUZZ_CHECK(done == !document_url.empty());
-    FUZZ_CHECK(address == (done ? absolute(link, document_url, prefix) : std::wstring()));
+    FUZZ_CHECK(url == (done ? absolute(link, document_url, prefix) : std::wstring()));
 }
 
 } // namespace

@@ -47,7 +47,7 @@ TEST(SinksFromText, IgnoresUnknownNamesAndOtherCase)
     EXPECT_THAT(sinks_from_text("console stdout"), ElementsAre(standard_output));
 }
 
-TEST(LevelFromName, KnowsTheNames)
+TEST(LevelFromName, RecognisesTheNames)
 {
     const std::pair<const char*, log_level> names[] = {
         {"trace", log_level::trace},     {"debug", log_level::debug},       {"info", log_level::info},

@@ -14,7 +14,7 @@ namespace {
 
 void CALLBACK take_name(ULONG reason, const library_notice* notice, void* names)
 {
-    if (reason == library_came)
+    if (reason == library_loaded)
         static_cast<std::vector<std::wstring>*>(names)->emplace_back(
             notice->base_name->Buffer, notice->base_name->Length / sizeof(wchar_t));
 }

@@ -70,7 +70,7 @@ protected:
         return faults_.places();
     }
 
-    bool live_with(const fault_place& place)
+    bool run_with(const fault_place& place)
     {
         faults_.fail(place);
         const bool has_worked = load_use_and_unload();
@@ -143,7 +143,7 @@ TEST_P(ModuleImportFaults, AffectOnlyWhatFailed)
     fail_each(GetParam() == fault_kind::calls
                   ? "the system's part in loading, the log and the suite's libraries"
                   : "memory for loading, the log and the suite's libraries",
-              GetParam(), places, usual_step, [this](const fault_place& place) { return live_with(place); });
+              GetParam(), places, usual_step, [this](const fault_place& place) { return run_with(place); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Module, ModuleImportFaults, testing::Values(fault_kind::calls, fault_kind::memory),

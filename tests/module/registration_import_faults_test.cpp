@@ -65,7 +65,7 @@ protected:
             EXPECT_EQ(registry_listing(), listing(how().installed))
                 << "remains prevent the next installation";
             EXPECT_EQ(module.DllInstall(FALSE, how().command_line), S_OK);
-            EXPECT_EQ(registry_listing(), listing(how().removed)) << "remains survive the next removal";
+            EXPECT_EQ(registry_listing(), listing(how().removed)) << "keys remain after the next removal";
         }
         return place && faults_.failures() == place->failures();
     }

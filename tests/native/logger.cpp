@@ -1,5 +1,5 @@
-// The process's logger where there is no environment to ask: a placeholder that takes no line, until a test
-// puts its own in its place.
+// The process's logger in the native build, which does not read the environment: a disabled placeholder until
+// a test sets its own.
 #include "logging/global_logger.h"
 #include "logging/log_switch.h"
 

@@ -1,7 +1,7 @@
-// The shell's path functions as they are documented.
+// The path functions of the shell that plain code calls, as documented.
 #include <shlwapi.h>
 
-// Behind the last "\", "/" or ":" that has a character behind it which is none of the separators.
+// After the last "\", "/" or ":" that is followed by a character other than a separator.
 wchar_t* PathFindFileNameW(const wchar_t* path)
 {
     const wchar_t* name = path;
@@ -13,7 +13,7 @@ wchar_t* PathFindFileNameW(const wchar_t* path)
     return const_cast<wchar_t*>(name);
 }
 
-// The last "." behind which there is no "\" and no blank; the end of the path when there is none.
+// The last "." that neither a "\" nor a blank follows; the end of the path if there is none.
 wchar_t* PathFindExtensionW(const wchar_t* path)
 {
     const wchar_t* extension = nullptr;

@@ -1,6 +1,6 @@
-// The system's text functions as the plain code calls them: UTF-8 only, explicit lengths, no flags. What is
-// no text becomes U+FFFD, one for every part of a character that the system gives up at; the corpora are
-// replayed with the system's own functions as well, which would show a difference.
+// The system's text functions as plain code calls them: UTF-8 only, explicit lengths, no flags. Each invalid
+// sequence becomes U+FFFD, divided as the system divides it; the corpora are replayed with the system's own
+// functions too, which would show a difference.
 #include <windows.h>
 
 #include <cstdlib>
@@ -33,7 +33,7 @@ public:
         const unsigned lead = take();
         if (lead < 0x80)
             return lead;
-        // The bounds of the second byte shut out long forms, surrogates and what lies beyond U+10FFFF.
+        // The bounds of the second byte exclude overlong forms, surrogates and values beyond U+10FFFF.
         if (lead >= 0xC2 && lead <= 0xDF)
             return rest(lead & 0x1F, 1, 0x80, 0xBF);
         if (lead >= 0xE0 && lead <= 0xEF)

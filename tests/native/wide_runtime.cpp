@@ -1,6 +1,6 @@
-// The C library's functions on wide text, for units of 16 bits: the machine's own count 32 to a unit. They
-// are hidden, so that the machine's libraries go on using theirs, and plain loops, so that the sanitizers
-// see every access.
+// The C library's wide-character functions for a wchar_t of 16 bits; that of the build machine has 32.
+// Hidden, so that the machine's libraries keep using their own; plain loops, so that the sanitizers check
+// every access.
 #include <cerrno>
 #include <climits>
 #include <cstdarg>
@@ -14,7 +14,8 @@
 
 extern "C" {
 
-// Two functions that C++ overloads: which ones it has differs between compilers, the library's names do not.
+// C++ overloads these two functions, and which overloads are declared depends on the compiler; the symbols of
+// the C library do not.
 wchar_t* find_unit(const wchar_t* text, wchar_t unit, std::size_t count) noexcept __asm__("wmemchr");
 wchar_t* find_part(const wchar_t* text, const wchar_t* part) noexcept __asm__("wcsstr");
 

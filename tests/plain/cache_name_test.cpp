@@ -10,7 +10,7 @@ TEST(CacheFileName, IsTheUrlsName)
     EXPECT_EQ(cache_file_name(L"http://h/docs/My%20File.pdf#page=3"), L"My File.pdf");
     EXPECT_EQ(cache_file_name(L"http://h/get.aspx?id=7&file=c:\\x\\report.PDF"), L"report.PDF");
     EXPECT_EQ(cache_file_name(L"http://h/%C3%A9t%C3%A9.pdf"), L"\u00e9t\u00e9.pdf");
-    // Unescaped first, taken apart then.
+    // Unescaped first, then split.
     EXPECT_EQ(cache_file_name(L"http://h/a%2Fb.pdf"), L"b.pdf");
 }
 
@@ -22,7 +22,7 @@ TEST(CacheFileName, IsUntitledWithoutAName)
     EXPECT_EQ(cache_file_name(nullptr), L"Untitled.pdf");
 }
 
-TEST(CacheFileName, IsUntitledFromTwoHundredAndSixtyUnits)
+TEST(CacheFileName, IsUntitledFrom260CodeUnits)
 {
     const std::wstring fits = std::wstring(255, L'n') + L".pdf";
     EXPECT_EQ(cache_file_name((L"http://h/" + fits).c_str()), fits);
@@ -41,7 +41,7 @@ TEST(CacheFileName, IsUntitledForANameThatNoFileCanHave)
     }
 }
 
-// An escaped zero ends the URL: no part of a name that no file can have is left.
+// An escaped zero truncates the URL before the characters that are not permitted.
 TEST(CacheFileName, EndsAtAnEscapedZero)
 {
     EXPECT_EQ(cache_file_name(L"http://h/a%00b.pdf"), L"a");
@@ -63,8 +63,8 @@ TEST(CacheFileName, IsUntitledForADevice)
     }
 }
 
-// What ends in a dot or a blank is a good name once ".pdf" follows it.
-TEST(CacheFileName, IsTheUrlsNameHoweverOdd)
+// A name that ends in a dot or a blank is valid, because ".pdf" is appended to it.
+TEST(CacheFileName, KeepsUnusualNamesThatAreValid)
 {
     const std::pair<const wchar_t*, const wchar_t*> cases[] = {{L"null.pdf", L"null.pdf"},
                                                                {L"COM10.pdf", L"COM10.pdf"},

@@ -33,7 +33,7 @@ TEST(IgnoringCase, ComparesText)
         {L"xABy", L"ab", true, false, false, false},
         {L"a", L"ab", false, false, false, false},
         {L"aab", L"AB", true, false, true, false},
-        {L"azAZ{[@`", L"AZaz{[@`", true, true, true, true}, // the neighbours of the letters have no case
+        {L"azAZ{[@`", L"AZaz{[@`", true, true, true, true}, // the characters next to the letters have no case
         {L"[", L"{", false, false, false, false},
         {L"@", L"`", false, false, false, false},
         {L"http://h/Doc.pdf", L"HTTP://H/DOC.PDF", true, true, true, true},
@@ -56,7 +56,7 @@ TEST(IgnoringCase, ComparesText)
     }
 }
 
-// Which characters beyond ASCII have a case is the facet's business: each of them must compare as it says.
+// The facet decides which characters beyond ASCII have a case; each must compare as it does there.
 TEST(IgnoringCase, ComparesAsTheStandardFacetDoes)
 {
     const std::locale locale;

@@ -19,7 +19,7 @@ struct url_parts
     ATL_URL_PORT port;
     const wchar_t* path;
     const wchar_t* extra;
-    const wchar_t* rebuilt; // null: the text as it was
+    const wchar_t* rebuilt; // null: the same text
 };
 
 std::wstring text_of(const CUrl& url)
@@ -35,7 +35,7 @@ class CrackedUrl : public testing::TestWithParam<url_parts>
 {
 };
 
-TEST_P(CrackedUrl, ComesApartAndTogether)
+TEST_P(CrackedUrl, IsComposedToTheSameText)
 {
     const auto& expected = GetParam();
     CUrl url;

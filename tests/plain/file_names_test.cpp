@@ -7,7 +7,7 @@
 namespace quill {
 namespace {
 
-TEST(DeviceName, IsToldInAnyCaseAndWithAnyExtension)
+TEST(DeviceName, IsRecognisedInAnyCaseAndWithAnyExtension)
 {
     for (const wchar_t* name :
          {L"CON",       L"prn",       L"Aux",       L"nul",     L"CLOCK$",    L"conin$",
@@ -25,7 +25,7 @@ TEST(DeviceName, IsTheWholeName)
         EXPECT_FALSE(is_device_name(name)) << testing::PrintToString(name);
 }
 
-TEST(CreatableName, HoldsNoCharacterThatMeansSomethingElse)
+TEST(CreatableName, ContainsNoReservedCharacter)
 {
     constexpr std::wstring_view forbidden = L"\"*/:<>?\\|";
     for (wchar_t unit = 0; unit < 0x180; ++unit) {

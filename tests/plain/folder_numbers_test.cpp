@@ -38,7 +38,7 @@ TEST(FolderNumbers, AreReadInAnyCase)
     EXPECT_EQ(first_free({L"qll0", L"QLL0", L"Qll0", L"qll1"}), 2u);
 }
 
-TEST(FolderNumbers, AreOnlyThoseThatAFolderIsNamedWith)
+TEST(FolderNumbers, AreReadFromExactFolderNamesOnly)
 {
     for (const wchar_t* const entry : {L"",
                                        L"q",
@@ -93,7 +93,7 @@ TEST(FolderNumbers, AreEachReturnedOnce)
     EXPECT_EQ(free, (std::vector<std::uint32_t>{0, 2, 3, 6, 7}));
 }
 
-TEST(FolderNumbers, AreThoseThatOneByOneQuestionsFind)
+TEST(FolderNumbers, EqualThoseOfALinearSearch)
 {
     std::mt19937 random(20'240'601); // NOLINT: the same entries each time
     for (int round = 0; round < 200; ++round) {

@@ -9,7 +9,7 @@
 namespace quill {
 namespace {
 
-// What the scanner has to be equal to, for text short enough for the library's matcher.
+// The reference for the scanner, for text that is short enough for the library's recursive matcher.
 std::optional<std::wstring> rewritten_by_expression(const std::wstring& markup)
 {
     static const std::wregex handler(LR"m(onclick="[^"]*PdfFile\.OpenDocuments[^"]*")m");
@@ -62,8 +62,8 @@ TEST(LinkRewriting, RemovesTheHandlers)
     }
 }
 
-// All texts of up to six of the pieces that matter.
-TEST(LinkRewriting, EqualsTheExpression)
+// All texts of up to six of the relevant pieces.
+TEST(LinkRewriting, EqualsTheRegularExpression)
 {
     const wchar_t* const pieces[] = {L"onclick=", L"\"", L"PdfFile.OpenDocuments", L"x", L"onclick=\""};
     constexpr std::size_t longest = 6;
@@ -97,7 +97,7 @@ TEST(LinkRewriting, IsSafeForMegabytes)
     EXPECT_EQ(without_open_handlers(attributes), kept);
 }
 
-// Quotes that never close make every attribute reach for the end of the text: still one pass.
+// Without a closing quotation mark every attribute extends to the end of the text.
 TEST(LinkRewriting, IsLinearForUnclosedAttributes)
 {
     std::wstring markup;

@@ -7,7 +7,7 @@
 namespace quill {
 namespace {
 
-TEST(PdfElement, KnowsBothKindsInAnyCase)
+TEST(PdfElement, RecognisesEmbedAndObjectInAnyCase)
 {
     EXPECT_EQ(kind_of_tag(L"EMBED"), element_kind::embed);
     EXPECT_EQ(kind_of_tag(L"embed"), element_kind::embed);
@@ -20,7 +20,7 @@ TEST(PdfElement, KnowsBothKindsInAnyCase)
     EXPECT_EQ(reference_attribute(element_kind::other), nullptr);
 }
 
-TEST(PdfElement, KnowsTheTypeInAnyCase)
+TEST(PdfElement, RecognisesTheTypeInAnyCase)
 {
     EXPECT_TRUE(is_pdf_type(L"application/pdf"));
     EXPECT_TRUE(is_pdf_type(L"Application/PDF"));
@@ -40,7 +40,7 @@ TEST(PdfElement, FindsTheTypeInTheSource)
         EXPECT_FALSE(source_states_pdf_type(other)) << testing::PrintToString(std::wstring(other));
 }
 
-TEST(PdfElement, KnowsNamesOfPdfs)
+TEST(PdfElement, RecognisesNamesOfPdfs)
 {
     for (const wchar_t* pdf : {L"a.pdf", L"A.PDF", L"/x/y.pDf", L"..pdf"})
         EXPECT_TRUE(names_pdf(pdf)) << testing::PrintToString(std::wstring(pdf));

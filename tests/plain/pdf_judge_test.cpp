@@ -37,7 +37,7 @@ TEST(JudgePdf, RefusesAHeaderThatDoesNotEndInTheFirstKilobyte)
     EXPECT_EQ(judge(junk(1024) + "%PDF-1.4"), pdf_verdict::refused);
 }
 
-TEST(JudgePdf, AsksNothingOfTheVersionDigit)
+TEST(JudgePdf, AcceptsAnyVersionDigit)
 {
     EXPECT_EQ(judge("%PDF-1.x "), pdf_verdict::pdf);
     EXPECT_EQ(judge("  %PDF-1."), pdf_verdict::pdf);
@@ -66,7 +66,7 @@ TEST(JudgePdf, PrefersTheHeaderToTheProtectedFormat)
     EXPECT_EQ(judge(".pfile %PDF-1.4"), pdf_verdict::pdf);
 }
 
-TEST(JudgePdf, WantsAPlaceForTheDigitInsideTheWindow)
+TEST(JudgePdf, NeedsRoomForTheDigitInsideTheWindow)
 {
     EXPECT_EQ(judge_pdf(junk(1018) + "%PDF-1.", 1025), pdf_verdict::refused);
     EXPECT_EQ(judge_pdf(".pfile" + junk(1012) + "%PDF-1.", 1025), pdf_verdict::protected_pdf);

@@ -210,7 +210,7 @@ TEST(AbsoluteLink, IsCompletedFromThePageUrl)
     {
         const wchar_t* link;
         const wchar_t* page;
-        const wchar_t* address;
+        const wchar_t* url;
     } const cases[] = {
         {L"/sites/a/x.pdf", L"https://server/sites/a/Forms/AllItems.aspx", L"https://server/sites/a/x.pdf"},
         {L"/x.pdf", L"http://server:8080/list?a=b#c", L"http://server:8080/x.pdf"},
@@ -244,7 +244,7 @@ TEST(AbsoluteLink, IsCompletedFromThePageUrl)
         {L"/x.pdf", L"about:blank?http://server/", L"/x.pdf"},
     };
     for (const auto& expected : cases)
-        EXPECT_EQ(absolute_link(expected.link, expected.page), expected.address)
+        EXPECT_EQ(absolute_link(expected.link, expected.page), expected.url)
             << testing::PrintToString(expected.link) << " in " << testing::PrintToString(expected.page);
 }
 
@@ -287,7 +287,7 @@ TEST(RepeatGuard, RestartsTheIntervalWithEachCancellation)
     EXPECT_TRUE(guard.is_repeat(L"http://h/a.pdf", 1'189));
     EXPECT_FALSE(guard.is_repeat(L"http://h/a.pdf", 1'190));
     guard.cancelled(L"http://h/b.pdf", 1'190);
-    EXPECT_FALSE(guard.is_repeat(L"http://h/a.pdf", 1'191)); // one address is remembered
+    EXPECT_FALSE(guard.is_repeat(L"http://h/a.pdf", 1'191)); // one URL is remembered
     EXPECT_TRUE(guard.is_repeat(L"http://h/b.pdf", 1'191));
 }
 

@@ -31,7 +31,7 @@ TEST(StatusPaneLayout, PlacesThePaneAboveTheMiddle)
     EXPECT_EQ(position(801, 601), place(225, 255));
 }
 
-TEST(StatusPaneLayout, KeepsNegativePlacesOfASmallParent)
+TEST(StatusPaneLayout, KeepsNegativePositionsInASmallParent)
 {
     EXPECT_EQ(position(0, 0), place(-175, -45));
     EXPECT_EQ(position(100, 50), place(-125, -20));
@@ -47,7 +47,7 @@ TEST(StatusPaneLayout, DrawsTwoPixelsForEachPercent)
     EXPECT_EQ(rectangle(status_bar_frame(client)), rectangle(10, 10, 210, 35));
 }
 
-TEST(StatusPaneLayout, GivesTheTextWhatLiesRightOfTheBar)
+TEST(StatusPaneLayout, PlacesTheTextRightOfTheBar)
 {
     EXPECT_EQ(rectangle(status_text_area(client)), rectangle(210, 0, 350, 45));
 }
@@ -64,7 +64,7 @@ TEST(StatusPaneLayout, FormatsThePercentage)
     EXPECT_EQ(text_of(L"", 100), L"");
 }
 
-TEST(StatusPaneLayout, CutsATextThatDoesNotFit)
+TEST(StatusPaneLayout, TruncatesTextThatDoesNotFit)
 {
     const std::wstring longest(254, L'x');
     EXPECT_EQ(text_of((longest + L"%d").c_str(), 7), longest + L"7");

@@ -7,7 +7,7 @@ namespace {
 
 using optional_name = std::optional<std::wstring>;
 
-TEST(SuggestedName, TakesTheCachesNumberOff)
+TEST(SuggestedName, OmitsTheCacheNumber)
 {
     const std::pair<const wchar_t*, const wchar_t*> cases[] = {
         {L"C:\\x\\doc.pdf", L"doc.pdf"},
@@ -16,9 +16,9 @@ TEST(SuggestedName, TakesTheCachesNumberOff)
         {L"a]b.pdf", L"a]b.pdf"},
         {L"my[b].pdf", L"my.pdf"},
         {L"my[1][2].pdf", L"my[1].pdf"},
-        {L"my[a]b].pdf", L"my.pdf"}, // the first "[" behind the last "]"
+        {L"my[a]b].pdf", L"my.pdf"}, // from the last "["
         {L"my[1]].pdf", L"my.pdf"},
-        {L"my].pdf", L"my].pdf"}, // nothing opens it
+        {L"my].pdf", L"my].pdf"}, // no "["
         {L"my[.pdf", L"my[.pdf"},
         {L"my[].pdf", L"my.pdf"},
         {L"[1].pdf", L".pdf"},

@@ -23,7 +23,7 @@ class SwitchText : public testing::TestWithParam<switch_case>
 {
 };
 
-TEST_P(SwitchText, Means)
+TEST_P(SwitchText, IsParsed)
 {
     EXPECT_EQ(parse_wininet_switch(GetParam().text), GetParam().answer);
 }

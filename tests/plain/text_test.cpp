@@ -14,9 +14,9 @@ TEST(EqualIgnoringAsciiCase, IgnoresTheCaseOfAsciiLetters)
     EXPECT_FALSE(equal_ignoring_ascii_case(L"embed", L"embee"));
 }
 
-TEST(EqualIgnoringAsciiCase, TellsOtherCharactersApart)
+TEST(EqualIgnoringAsciiCase, DistinguishesOtherCharacters)
 {
-    EXPECT_FALSE(equal_ignoring_ascii_case(L"@[", L"`{")); // the neighbours of the letters
+    EXPECT_FALSE(equal_ignoring_ascii_case(L"@[", L"`{")); // the characters next to the letters
     EXPECT_FALSE(equal_ignoring_ascii_case(L"\x00c4", L"\x00e4"));
     EXPECT_FALSE(equal_ignoring_ascii_case(L"k", L"\x212a"));
     EXPECT_FALSE(equal_ignoring_ascii_case(std::wstring_view(L"a\0b", 3), std::wstring_view(L"A\0C", 3)));
@@ -34,12 +34,12 @@ TEST(ToUtf8, ConvertsEmbeddedNuls)
     EXPECT_EQ(to_utf8(std::wstring_view(L"a\0b\0", 4)), std::string("a\0b\0", 4));
 }
 
-TEST(ToUtf8, TakesTheGivenLengthOnly)
+TEST(ToUtf8, ConvertsTheGivenLengthOnly)
 {
     EXPECT_EQ(to_utf8(std::wstring_view(L"abcdef", 3)), "abc");
 }
 
-TEST(ToUtf8, ReplacesHalfAPair)
+TEST(ToUtf8, ReplacesAnUnpairedSurrogate)
 {
     EXPECT_EQ(to_utf8(L"a\xd83d"), "a\xef\xbf\xbd");
     EXPECT_EQ(to_utf8(L"\xde00z"), "\xef\xbf\xbdz");

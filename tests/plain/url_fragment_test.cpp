@@ -20,7 +20,7 @@ struct document_case
     std::int32_t zoom;
 };
 
-TEST(ParseUrlNumber, ReadsTheDocumentsAddress)
+TEST(ParseUrlNumber, ReadsTheUrlOfTheDocument)
 {
     const document_case cases[] = {
         {nullptr, false, 0, false, 0},
@@ -81,7 +81,7 @@ struct page_case
     std::int32_t zoom;
 };
 
-TEST(PageUrlNumber, ReadsTheHostingPagesAddress)
+TEST(PageUrlNumber, ReadsTheUrlOfTheHostingPage)
 {
     const page_case cases[] = {
         {L"", 0, 0},
@@ -110,8 +110,8 @@ TEST(PageUrlNumber, ReadsTheHostingPagesAddress)
     }
 }
 
-// With work that grows with the square of the length this test runs into its time limit.
-TEST(UrlFragment, TakesMegabytesOfPiecesAndDigits)
+// A quadratic algorithm exceeds the time limit of the test.
+TEST(UrlFragment, AcceptsMegabytesOfPiecesAndDigits)
 {
     std::wstring url = L"http://h/a.pdf#" + std::wstring(8'000'000, L'#');
     std::int32_t value = 77;

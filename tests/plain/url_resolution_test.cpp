@@ -26,7 +26,7 @@ TEST(IsUrl, LooksForSchemesAnywhere)
         {L"mailto:a@b", 1, 1},
         {L"https://h/", 1, 0},
         {L"http://www.h/", 1, 0}, // the first group decides alone
-        {L"docs/www.pdf", 1, 1},  // "www." is looked for anywhere, too
+        {L"docs/www.pdf", 1, 1},  // "www." is found anywhere, too
         {L"HTTP://h/", 0, 0},
         {L"Www.h/", 0, 0},
         {L"http:/h", 0, 0},
@@ -48,10 +48,10 @@ struct combination
 {
     const wchar_t* reference;
     const wchar_t* base;
-    const wchar_t* address;
+    const wchar_t* url;
 };
 
-// What both ways of making a reference absolute have in common.
+// Cases in which CombineUrl and resolve_link agree.
 const combination common[] = {
     {L"b.pdf", L"http://h/x/y/z.html", L"http://h/x/y/b.pdf"},
     {L"b.pdf", L"https://h/x/y/z.html", L"https://h/x/y/b.pdf"},
@@ -69,13 +69,13 @@ const combination common[] = {
     {L"/b.pdf", L"http://h", L"http://h/b.pdf"},
     {L"../b.pdf", L"http://h", L"http://h/b.pdf"},
     {L"b.pdf", L"http://", L"http:///b.pdf"},
-    // The query goes before the file name is looked for, so its slashes do not count.
+    // The query is removed before the file name, so its slashes do not count.
     {L"b.pdf", L"http://h/x/z.aspx?from=/a/b", L"http://h/x/b.pdf"},
     {L"b.pdf", L"http://h?x/y", L"http://h/b.pdf"},
     {L"b.pdf?q=/1", L"http://h/x/z.html", L"http://h/x/b.pdf?q=/1"},
-    // A fragment is no part of the rules: its slash is one like any other.
+    // The rules do not know fragments: a slash in one counts like any other.
     {L"b.pdf", L"http://h/z.html#a/b", L"http://h/z.html#a/b.pdf"},
-    // Steps inside a reference drop units from its start.
+    // Steps inside a reference remove characters from its start.
     {L"a/../b.pdf", L"http://h/x/y/z.html", L"http://h/x/./b.pdf"},
     {L"abcd/../b.pdf", L"http://h/x/y/z.html", L"http://h/./b.pdf"},
     {L"a/./b.pdf", L"http://h/x/z.html", L"http://h/x/./b.pdf"},
@@ -94,17 +94,17 @@ void expect_combined(const combination& expected)
 {
     std::wstring out = L"left over";
     EXPECT_EQ(CombineUrl(expected.reference, expected.base, out), 1);
-    EXPECT_EQ(out, expected.address);
+    EXPECT_EQ(out, expected.url);
 }
 
 void expect_resolved(const combination& expected)
 {
     std::wstring out = L"left over";
     EXPECT_TRUE(resolve_link(expected.reference, expected.base, out));
-    EXPECT_EQ(out, expected.address);
+    EXPECT_EQ(out, expected.url);
 }
 
-TEST(CombineUrl, KeepsToItsRules)
+TEST(CombineUrl, FollowsItsRules)
 {
     for (const combination& expected : common) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(expected.reference)));
@@ -112,7 +112,7 @@ TEST(CombineUrl, KeepsToItsRules)
     }
 }
 
-TEST(ResolveLink, KeepsToItsRules)
+TEST(ResolveLink, FollowsItsRules)
 {
     for (const combination& expected : common) {
         SCOPED_TRACE(testing::PrintToString(std::wstring(expected.reference)));
@@ -120,20 +120,20 @@ TEST(ResolveLink, KeepsToItsRules)
     }
 }
 
-TEST(ResolveLink, AnswersTheLinksOfADocumentInAFolder)
+TEST(ResolveLink, ResolvesTheLinksOfADocumentInAFolder)
 {
     expect_resolved({L"../b.pdf", L"http://h/a/c/d.pdf", L"http://h/a/b.pdf"});
     expect_resolved({L"/x.pdf", L"http://h/a/c/d.pdf", L"http://h/x.pdf"});
     expect_resolved({L"x.pdf", L"http://h/a/c/d.pdf", L"http://h/a/c/x.pdf"});
 }
 
-TEST(CombineUrl, ProtectsAsMuchAsASchemeTakesWhereverTheBaseHoldsOne)
+TEST(CombineUrl, ProtectsTheLengthOfASchemeAnywhereInTheBase)
 {
-    // Seven units for a "http://" that comes later: here "ftp://h".
+    // An "http://" farther on protects the first seven characters: here "ftp://h".
     expect_combined({L"/b.pdf", L"ftp://h/x?u=http://y/z", L"ftp://h/b.pdf"});
     expect_combined({L"b.pdf", L"ftp://ho/x?u=http://y/z", L"ftp://ho/b.pdf"});
     expect_combined({L"b.pdf", L"ab?c/d?u=https://y/z", L"ab?c/d?u=https://y/b.pdf"});
-    // "http://" is looked for first.
+    // "http://" is searched for first.
     expect_combined({L"/b.pdf", L"https://h/x?u=http://y/z", L"https://b.pdf"});
 }
 
@@ -151,7 +151,7 @@ TEST(CombineUrl, RefusesAnEmptyBase)
     EXPECT_EQ(out, L"");
 }
 
-TEST(ResolveLink, RefusesAnEmptyDocumentAddress)
+TEST(ResolveLink, RefusesAnEmptyDocumentUrl)
 {
     std::wstring out = L"left over";
     EXPECT_FALSE(resolve_link(L"b.pdf", L"", out));
@@ -170,9 +170,8 @@ TEST(CombineUrl, MayWriteOverItsArguments)
     EXPECT_EQ(base, L"http://h/d.pdf");
 }
 
-// A page's author decides how long a reference is; with work that grows with the square of the length
-// this test runs into its time limit.
-TEST(UrlResolution, TakesReferencesOfManyMegabytes)
+// The page controls the length of a reference. A quadratic algorithm exceeds the time limit of the test.
+TEST(UrlResolution, AcceptsReferencesOfManyMegabytes)
 {
     constexpr std::size_t steps = 4'000'000;
     std::wstring reference;
@@ -187,7 +186,7 @@ TEST(UrlResolution, TakesReferencesOfManyMegabytes)
     EXPECT_EQ(out, L"http://h/f/b.pdf");
     EXPECT_TRUE(resolve_link(reference, L"http://h/x/z.html", out));
     EXPECT_EQ(out, L"http://h/b.pdf");
-    // A long name before the folders is not gone through at every step.
+    // A long name before the folders is not scanned at every step.
     const std::wstring server(steps, L'h');
     EXPECT_EQ(CombineUrl(reference, L"http://" + server + base.substr(8) + L"g/z.html", out), 1);
     EXPECT_EQ(out, L"http://" + server + L"/f/b.pdf");

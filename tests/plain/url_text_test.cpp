@@ -23,7 +23,7 @@ class Encode : public testing::TestWithParam<text_case>
 {
 };
 
-TEST_P(Encode, Gives)
+TEST_P(Encode, ReturnsTheEscapedText)
 {
     EXPECT_EQ(EncodeUrl(GetParam().from), GetParam().to);
 }
@@ -44,7 +44,7 @@ class Decode : public testing::TestWithParam<text_case>
 {
 };
 
-TEST_P(Decode, Gives)
+TEST_P(Decode, ReturnsTheUnescapedText)
 {
     EXPECT_EQ(DecodeUrl(GetParam().from.c_str()), GetParam().to);
 }
@@ -60,25 +60,25 @@ INSTANTIATE_TEST_SUITE_P(
                     text_case{L"% 1", L"% 1"},
                     // An escaped zero ends the text.
                     text_case{L"a%00b", L"a"},
-                    // Units above 0xFF lose their high byte: U+0141 becomes "A".
+                    // Code units above 0xFF lose their high byte: U+0141 becomes "A".
                     text_case{L"\u0141", L"A"},
-                    // A lone byte from 0x80 is no UTF-8.
+                    // A single byte from 0x80 is not valid UTF-8.
                     text_case{L"\u00e9", L"\ufffd"}, text_case{L"%FF", L"\ufffd"},
                     text_case{L"\u00c3\u00a9", L"\u00e9"},
                     text_case{L"/docs/My%20File.pdf#page=3", L"/docs/My File.pdf#page=3"}));
 
-TEST(DecodeUrl, GivesNothingForNull)
+TEST(DecodeUrl, ReturnsEmptyTextForNull)
 {
     EXPECT_EQ(DecodeUrl(nullptr), L"");
 }
 
-TEST(DecodeUrl, UndoesWhatEncodeUrlDid)
+TEST(DecodeUrl, ReversesEncodeUrl)
 {
     const std::wstring text = L"http://h/\u00e4 \u4e2d\u6587/\U0001F600.pdf";
     EXPECT_EQ(DecodeUrl(EncodeUrl(text).c_str()), text);
 }
 
-TEST(DecodeUrl, TakesAVeryLongUrl)
+TEST(DecodeUrl, AcceptsAVeryLongUrl)
 {
     const std::wstring text(2'000'000, L'x');
     EXPECT_EQ(DecodeUrl(text.c_str()), text);
@@ -100,7 +100,7 @@ class FileName : public testing::TestWithParam<name_case>
 {
 };
 
-TEST_P(FileName, Gives)
+TEST_P(FileName, IsTheNameInTheUrl)
 {
     std::array<wchar_t, 260> buffer{};
     EXPECT_EQ(GetFileNameFromUrl(GetParam().url.c_str(), buffer.data(), buffer.size()), GetParam().length);
@@ -130,11 +130,12 @@ INSTANTIATE_TEST_SUITE_P(
                     name_case{L"/get.aspx?a=b=c.pdf", 7, L"b=c.pdf"}, name_case{L"/?f=x.pdf", 5, L"x.pdf"},
                     name_case{L"/?f=a:b*c?d\"e<f>g|h.pdf", 5, L"h.pdf"},
                     name_case{L"/?f=a|b\\c.pdf", 5, L"c.pdf"},
-                    // Only a character behind the start of what is left moves it.
+                    // Such a character is kept if it is the first of what remains.
                     name_case{L"/?f=:x.pdf", 6, L":x.pdf"}, name_case{L"/?f=a\\:x.pdf", 6, L":x.pdf"},
                     name_case{L"/?f=pdf", 3, L"pdf"}, name_case{L"/x?&&f=x.pdf&", 5, L"x.pdf"},
 
-                    // The first look leaves the name of the path in the buffer; the length is what counts.
+                    // The buffer keeps the path's name, which was written first; only the length tells that
+                    // there is no name.
                     name_case{L"/x?f=a.pdf#page=2", 0, L"x"}, name_case{L"/x?f=", 0, L"x"}));
 
 TEST(GetFileNameFromUrl, FindsNoNameInAQueryWithoutPdf)
@@ -146,7 +147,7 @@ TEST(GetFileNameFromUrl, FindsNoNameInAQueryWithoutPdf)
     EXPECT_EQ(GetFileNameFromUrl(L"/get.aspx?", buffer.data(), buffer.size()), 0u);
 }
 
-TEST(GetFileNameFromUrl, CountsASlashInsideTheQueryAsANameThatNeverFits)
+TEST(GetFileNameFromUrl, ReturnsALengthThatNeverFitsForASlashInTheQuery)
 {
     std::array<wchar_t, 260> buffer{};
     const std::wstring url = L"http://h/x?y=/z.pdf";
@@ -156,7 +157,7 @@ TEST(GetFileNameFromUrl, CountsASlashInsideTheQueryAsANameThatNeverFits)
     EXPECT_EQ(buffer[0], L'\0');
 }
 
-TEST(GetFileNameFromUrl, WritesNothingWhereTheNameDoesNotFit)
+TEST(GetFileNameFromUrl, WritesNothingIfTheNameDoesNotFit)
 {
     for (const std::size_t length : {259u, 260u, 261u, 5000u}) {
         SCOPED_TRACE(length);
@@ -171,7 +172,7 @@ TEST(GetFileNameFromUrl, WritesNothingWhereTheNameDoesNotFit)
     }
 }
 
-TEST(GetFileNameFromUrl, TakesNullAndNoRoom)
+TEST(GetFileNameFromUrl, AcceptsNullAndAnEmptyBuffer)
 {
     wchar_t buffer[1] = {L'!'};
     EXPECT_EQ(GetFileNameFromUrl(nullptr, buffer, 1), 0u);

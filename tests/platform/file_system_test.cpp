@@ -47,7 +47,7 @@ private:
     wchar_t before_[MAX_PATH] = {};
 };
 
-TEST(DirectoryExists, TellsFoldersFromEverythingElse)
+TEST(DirectoryExists, DistinguishesFoldersFromEverythingElse)
 {
     const scratch_directory scratch;
     test::write_file(scratch / L"file", "x");

@@ -101,7 +101,7 @@ TEST(LibraryFunction, IsFoundOrNull)
     EXPECT_EQ(library_function<tick_count>(nullptr, "GetTickCount64"), nullptr);
 }
 
-TEST(Mutex, IsReentrantAndKeepsOtherThreadsOut)
+TEST(Mutex, IsRecursiveAndExcludesOtherThreads)
 {
     struct shared
     {
@@ -126,7 +126,7 @@ TEST(Mutex, IsReentrantAndKeepsOtherThreadsOut)
     EXPECT_EQ(state.counter, 40'000);
 }
 
-TEST(EnvironmentVariable, TellsAbsentFromEmpty)
+TEST(EnvironmentVariable, DistinguishesAbsentFromEmpty)
 {
     const environment_scope scope(L"QUILL_TEST_VARIABLE", std::nullopt);
     EXPECT_EQ(environment_variable(L"QUILL_TEST_VARIABLE"), std::nullopt);

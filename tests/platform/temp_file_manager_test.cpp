@@ -115,7 +115,7 @@ TEST_F(TempFileManager, ReportsAFolderThatCannotBeCreated)
     EXPECT_EQ(manager.get_temp_folder(MAX_PATH, buffer, 0), file.size());
 }
 
-TEST_F(TempFileManager, CutsThePathToTheBufferAndReturnsItsFullLength)
+TEST_F(TempFileManager, TruncatesThePathToTheBufferAndReturnsItsFullLength)
 {
     set_variable(scratch.path());
     wchar_t buffer[8];

@@ -15,7 +15,7 @@ bool is_folder(const std::wstring& path)
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY);
 }
 
-TEST(CreateCacheFolder, CountsUpFromNull)
+TEST(CreateCacheFolder, CountsUpFromZero)
 {
     const scratch_directory temporary;
     const std::wstring folder = temporary.path() + L"\\";
@@ -36,7 +36,7 @@ TEST(CreateCacheFolder, SkipsAPlainFileLikeAFolder)
     EXPECT_EQ(read_file(folder + L"qll0"), "a file");
 }
 
-TEST(CreateCacheFolder, FailsWhereNoFolderCanBeMade)
+TEST(CreateCacheFolder, FailsWhereNoFolderCanBeCreated)
 {
     const scratch_directory temporary;
     EXPECT_EQ(create_cache_folder(temporary / L"missing\\"), L"");
@@ -44,7 +44,7 @@ TEST(CreateCacheFolder, FailsWhereNoFolderCanBeMade)
     EXPECT_EQ(create_cache_folder(temporary / L"file\\"), L"");
 }
 
-TEST(CreateCacheFolder, RefusesATextThatDoesNotFit)
+TEST(CreateCacheFolder, RefusesAPathThatDoesNotFit)
 {
     EXPECT_EQ(create_cache_folder(L"C:\\" + std::wstring(256, L'x') + L"\\"), L"");
     EXPECT_EQ(create_cache_folder(L"C:\\" + std::wstring(5000, L'x') + L"\\"), L"");

@@ -1,6 +1,6 @@
 // The worker with servers that respond well, slowly, unusually and badly.
-#include "tests/retrieval/deaf_protocol.h"
 #include "tests/retrieval/download_fixture.h"
+#include "tests/retrieval/unabortable_protocol.h"
 #include "tests/support/wait.h"
 
 #include <gmock/gmock.h>
@@ -133,7 +133,7 @@ TEST_F(DownloadFromServer, NamesADocumentWithoutANameUntitled)
     expect_opened(L"/dir/", L"qll0\\Untitled.pdf", pdf_body(100));
 }
 
-TEST_F(DownloadFromServer, OpensWhatABodyCutShortBrought)
+TEST_F(DownloadFromServer, OpensTheFileOfATruncatedBody)
 {
     auto response = http_response::ok(pdf_body(10'000));
     response.cut_after = 4'000;
@@ -158,7 +158,7 @@ TEST_F(DownloadFromServer, LogsARefusedConnection)
                    {"debug: ACTIVEDOC DownloadPDFFile FAILED " + std::to_string(INET_E_DOWNLOAD_FAILURE)});
 }
 
-TEST_F(DownloadFromServer, LogsAUrlThatIsNone)
+TEST_F(DownloadFromServer, LogsAnInvalidUrl)
 {
     fake_document_window window({.url = L"no url at all"});
     download(window);
@@ -177,7 +177,7 @@ TEST_F(DownloadFromServer, RefusesThePageOfA404)
 }
 
 // The system reports success anyway.
-TEST_F(DownloadFromServer, MissesAFileThatCouldNotBeWritten)
+TEST_F(DownloadFromServer, ReportsAFileThatCouldNotBeWrittenAsMissing)
 {
     server_.route("/a.pdf", [this](const http_request&) {
         EXPECT_TRUE(RemoveDirectoryW((temporary_ / L"qll0").c_str()));
@@ -214,10 +214,10 @@ TEST_F(DownloadFromServer, EndsWithAbortWhenTheDocumentIsClosedAlready)
 // The event of the document is auto-reset, and not every protocol ends when it is aborted.
 TEST_F(DownloadFromServer, EndsWithAbortWhenTheSystemContinues)
 {
-    const std::wstring url = std::wstring(deaf_scheme) + L"://host/a.pdf";
+    const std::wstring url = std::wstring(unabortable_scheme) + L"://host/a.pdf";
     const std::wstring source = temporary_ / L"source";
     ASSERT_TRUE(write_file(source, pdf_body(100)));
-    const deaf_protocol protocol(source);
+    const unabortable_protocol protocol(source);
     const HANDLE once = CreateEventW(nullptr, FALSE, TRUE, nullptr);
     fake_document_window window({.url = url});
     {

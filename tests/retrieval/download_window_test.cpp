@@ -49,7 +49,7 @@ TEST_F(DownloadForWindow, EndsSilentlyWithoutALength)
     EXPECT_THAT(lines(), IsEmpty());
 }
 
-TEST_F(DownloadForWindow, EndsSilentlyWithALengthOfNull)
+TEST_F(DownloadForWindow, EndsSilentlyWithALengthOfZero)
 {
     fake_document_window window({.url = L""});
     download(window);
@@ -64,7 +64,7 @@ TEST_F(DownloadForWindow, EndsSilentlyWithoutAWindow)
     EXPECT_THAT(lines(), IsEmpty());
 }
 
-TEST_F(DownloadForWindow, EndsSilentlyWithADeadWindow)
+TEST_F(DownloadForWindow, EndsSilentlyWithADestroyedWindow)
 {
     fake_document_window window({.url = url()});
     window.close();
@@ -72,7 +72,7 @@ TEST_F(DownloadForWindow, EndsSilentlyWithADeadWindow)
     EXPECT_THAT(lines(), IsEmpty());
 }
 
-TEST_F(DownloadForWindow, EndsSilentlyWhenTheWindowVanishesAtAQuestion)
+TEST_F(DownloadForWindow, EndsSilentlyWhenTheWindowIsDestroyedDuringARequest)
 {
     fake_document_window at_length({.url = url(), .to_length = reply::vanish});
     download(at_length);
@@ -114,7 +114,7 @@ TEST_F(DownloadForWindow, DoesNotRequestTheLoadOfARejectedPath)
     EXPECT_EQ(window.cache_file(), temporary_ / L"qll0\\a.pdf");
 }
 
-TEST_F(DownloadForWindow, EndsWhenTheWindowVanishesAtTheHandOver)
+TEST_F(DownloadForWindow, EndsWhenTheWindowIsDestroyedAsItGetsThePath)
 {
     fake_document_window window({.url = url(), .to_cache_file = reply::vanish});
     download(window);
@@ -122,7 +122,7 @@ TEST_F(DownloadForWindow, EndsWhenTheWindowVanishesAtTheHandOver)
     EXPECT_EQ(window.messages().back(), WM_USER_SETCACHEFILE);
 }
 
-TEST_F(DownloadForWindow, DownloadsOnWhenTheWindowVanishesInBetween)
+TEST_F(DownloadForWindow, ContinuesWhenTheWindowIsDestroyedDuringTheDownload)
 {
     auto response = http_response::slow(pdf_body(400'000), 100'000, 100);
     server_.route("/a.pdf", response);
@@ -154,25 +154,25 @@ TEST_F(DownloadForWindow, AsksForAUrlOfAnyLength)
 }
 
 // Returns a length and writes nothing, or fills the whole buffer.
-class lying_window
+class faulty_window
 {
 public:
-    explicit lying_window(std::size_t length) : length_(length)
+    explicit faulty_window(std::size_t length) : length_(length)
     {
         window_ =
             CreateWindowExW(0, L"STATIC", L"", WS_POPUP, 0, 0, 1, 1, nullptr, nullptr, nullptr, nullptr);
         SetWindowLongPtrW(window_, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
         SetWindowLongPtrW(window_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(procedure));
     }
-    ~lying_window() { DestroyWindow(window_); }
-    lying_window(const lying_window&) = delete;
-    lying_window& operator=(const lying_window&) = delete;
+    ~faulty_window() { DestroyWindow(window_); }
+    faulty_window(const faulty_window&) = delete;
+    faulty_window& operator=(const faulty_window&) = delete;
     HWND handle() const { return window_; }
 
 private:
     static LRESULT CALLBACK procedure(HWND window, UINT message, WPARAM wparam, LPARAM lparam)
     {
-        const auto* self = reinterpret_cast<const lying_window*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+        const auto* self = reinterpret_cast<const faulty_window*>(GetWindowLongPtrW(window, GWLP_USERDATA));
         if (message == WM_USER_GETURLLENGTH)
             *reinterpret_cast<std::size_t*>(lparam) = self->length_;
         else if (message == WM_USER_GETURL)
@@ -186,9 +186,9 @@ private:
     HWND window_;
 };
 
-TEST(RequestUrl, EndsATextThatTheWindowDidNotEnd)
+TEST(RequestUrl, EndsAtTheTerminator)
 {
-    const lying_window window(3);
+    const faulty_window window(3);
     std::wstring url;
     EXPECT_TRUE(request_url(window.handle(), url));
     EXPECT_EQ(url, L"uuuu");
@@ -198,7 +198,7 @@ TEST(RequestUrl, RefusesALengthThatNoUrlHas)
 {
     for (const std::size_t length : {static_cast<std::size_t>(-1), static_cast<std::size_t>(-2),
                                      static_cast<std::size_t>(-1) / sizeof(wchar_t)}) {
-        const lying_window window(length);
+        const faulty_window window(length);
         EXPECT_EQ(DownloadPDFFile({window.handle(), nullptr, nullptr}), 0u);
     }
 }

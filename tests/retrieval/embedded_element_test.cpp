@@ -135,7 +135,7 @@ TEST_F(EmbeddedElement, EscapesTheReference)
     EXPECT_EQ(url, L"caf%C3%A9+1.pdf");
 }
 
-// Numbers go by the order in the source: an element before its children, children before what follows.
+// Elements are numbered in source order: an element before its children, its children before its siblings.
 TEST_F(EmbeddedElement, NumbersDepthFirst)
 {
     const std::size_t first = page.add_plain(L"DIV");
@@ -241,7 +241,7 @@ TEST_F(EmbeddedElement, SearchesBelowAnyElement)
     EXPECT_EQ(counter, 3u);
 }
 
-// Wherever a call fails, the search ends without a result and leaks nothing. Only the URL of the page may be
+// Each call that fails ends the search without a result and without a leak. Only the URL of the page may be
 // missing.
 TEST_F(EmbeddedElement, StopsAtEachCallThatFails)
 {
@@ -276,7 +276,7 @@ TEST_F(EmbeddedElement, StopsAtEachCallThatFails)
                     EXPECT_EQ(page_number, 0);
                     EXPECT_EQ(zoom, 0);
                 } else if (is_error(fault)) {
-                    EXPECT_EQ(page.calls.calls().size(), number) << "nothing is asked after a failure";
+                    EXPECT_EQ(page.calls.calls().size(), number) << "no call is made after a failure";
                 }
             });
         }

@@ -240,7 +240,7 @@ IUnknown* untouchable()
     {
         STDMETHODIMP QueryInterface(REFIID, void** out) override
         {
-            ADD_FAILURE() << "a failed call's value is asked for an interface";
+            ADD_FAILURE() << "a failed call's value is queried for an interface";
             *out = nullptr;
             return E_NOINTERFACE;
         }

@@ -44,7 +44,7 @@ struct SaveAs : testing::Test, save_browser
     }
 };
 
-TEST_F(SaveAs, PutsACopyWhereTheDialogSaid)
+TEST_F(SaveAs, SavesACopyAtTheChosenPath)
 {
     const ieframe_scope browser;
     EXPECT_EQ(save(), 1);
@@ -55,7 +55,7 @@ TEST_F(SaveAs, PutsACopyWhereTheDialogSaid)
     EXPECT_EQ(loads, 3) << "the library is loaded for each call";
 }
 
-TEST_F(SaveAs, ReplacesWhatTheUserAgreedToReplace)
+TEST_F(SaveAs, ReplacesAFileIfTheUserAgrees)
 {
     const ieframe_scope browser;
     ASSERT_TRUE(write_file(destination, "older"));
@@ -63,7 +63,7 @@ TEST_F(SaveAs, ReplacesWhatTheUserAgreedToReplace)
     EXPECT_EQ(read_file(destination), "%PDF-1.7 of the cache");
 }
 
-TEST_F(SaveAs, IsDoneWhenTheUserCancels)
+TEST_F(SaveAs, SucceedsWhenTheUserCancels)
 {
     const ieframe_scope browser;
     dialog_result = S_FALSE;
@@ -180,7 +180,7 @@ TEST_F(SaveAs, FailsWithoutTheBrowser)
     EXPECT_THAT(calls, IsEmpty());
 }
 
-TEST_F(SaveAs, SuggestsTheNameWithoutTheCachesNumber)
+TEST_F(SaveAs, SuggestsTheNameWithoutTheCacheNumber)
 {
     const ieframe_scope browser;
     dialog_result = S_FALSE;
@@ -206,7 +206,7 @@ TEST_F(SaveAs, ShowsNoDialogForAFileWithoutANameOrAnExtension)
     EXPECT_EQ(loads, 0);
 }
 
-TEST_F(SaveAs, SavesWhatWasShownWhenItWasAskedTo)
+TEST_F(SaveAs, SavesWhatWasShownAtTheRequest)
 {
     const ieframe_scope browser;
     while_dialog_is_up = [&] { shown.assign(shown.size(), L'?'); };

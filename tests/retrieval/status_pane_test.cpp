@@ -145,7 +145,7 @@ void expect_frame(const picture& seen)
     EXPECT_TRUE(seen.is_filled({0, 0, 10, 45}, ground)) << "left of the bar";
 }
 
-TEST_F(StatusPane, DrawsAnEmptyFrameAtTheBeginning)
+TEST_F(StatusPane, DrawsAnEmptyFrameAtFirst)
 {
     const parent_window parent(800, 600);
     create(parent);

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""TLS in front of a test's own HTTP server, with certificates that a client has to judge.
+"""TLS in front of a test's own HTTP server, with certificates that a client has to check.
 
 usage: tls_servers.py HTTP_PORT
 
-Listens on one port of 127.0.0.1 for each kind of certificate; a connection takes one request without a
-body, passes it on to HTTP_PORT and the answer back. Prints the ports, the issuer's certificate and
-"ready"; lives for as long as the test keeps one connection to the control port open.
+Listens on one port of 127.0.0.1 for each kind of certificate; forwards one request without a body per
+connection to HTTP_PORT, and returns the response. Prints the ports, the issuer's certificate and "ready";
+runs as long as the test keeps a connection to the control port open.
 """
 import base64
 import os
@@ -58,7 +58,7 @@ def openssl(*arguments):
 
 
 def make_root(folder):
-    # A name of its own: a root that an earlier run left behind must not be taken for this one.
+    # A unique name: a root that an earlier run has left must not be used in its place.
     openssl("req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "2", "-sha256",
             "-subj", f"/CN=Test issuer {secrets.token_hex(8)}", "-addext", "keyUsage=critical,keyCertSign,cRLSign",
             "-keyout", f"{folder}/root.key", "-out", f"{folder}/root.pem")
@@ -76,7 +76,7 @@ def make_certificate(folder, kind, name, validity, by_root):
 
 def make_certificates(folder):
     make_root(folder)
-    # One key for all servers: making keys is what takes time.
+    # One key for all servers, because generating keys takes time.
     openssl("genrsa", "-out", f"{folder}/leaf.key", "2048")
     with open(f"{folder}/index", "w"):
         pass
@@ -91,14 +91,14 @@ def read_request(connection):
     while b"\r\n\r\n" not in request:
         data = connection.recv(65536)
         if not data:
-            raise ConnectionError("went away")
+            raise ConnectionError("the client has disconnected")
         request += data
     return request
 
 
 def serve(connection, context, http_port):
     try:
-        # The request is read whole before the answer starts: one TLS connection serves one thread only.
+        # The request is read completely before the response begins: one TLS connection serves one thread only.
         with context.wrap_socket(connection, server_side=True) as secure, \
                 socket.create_connection(("127.0.0.1", http_port)) as plain:
             plain.sendall(read_request(secure))
@@ -106,7 +106,7 @@ def serve(connection, context, http_port):
                 secure.sendall(data)
             secure.unwrap()
     except OSError:
-        pass  # a client that does not like the certificate goes away
+        pass  # a client that rejects the certificate disconnects
 
 
 def refuse_tls(connection):
@@ -145,7 +145,7 @@ def main():
     print("ready", flush=True)
     connection, _ = control.accept()
     connection.recv(1)
-    os._exit(0)  # whatever connections are still open
+    os._exit(0)  # even if connections are still open
 
 
 main()

@@ -159,7 +159,7 @@ TEST_F(WinInetCalls, RepeatTheRequestRelaxedAfterACertificateError)
     }
 }
 
-TEST_F(WinInetCalls, RelaxARequestBetweenItsMakingAndItsSending)
+TEST_F(WinInetCalls, RelaxARequestBetweenItsCreationAndItsSending)
 {
     wininet.open_url_error = 12045;
     wininet.initial_flags = 0x1;
@@ -225,7 +225,7 @@ TEST_F(WinInetCalls, ReportAUrlWithoutAHostAsInvalid)
     }
 }
 
-TEST_F(WinInetCalls, CloseEverythingWhenTheFileCannotBeMade)
+TEST_F(WinInetCalls, CloseEverythingWhenTheFileCannotBeCreated)
 {
     path = folder / L"missing\\a.pdf";
     EXPECT_EQ(download(), 1u);

@@ -169,7 +169,7 @@ TEST_F(WinInetHttp, ReportsAnInvalidUrl)
     EXPECT_TRUE(log.lines().front().starts_with("debug: ACTIVEDOC DEBUG InternetOpenUrl FAILED 12"));
 }
 
-TEST_F(WinInetHttp, ReportsAFileThatCannotBeMade)
+TEST_F(WinInetHttp, ReportsAFileThatCannotBeCreated)
 {
     server.route("/a.pdf", http_response::ok("hello"));
     path = folder / L"missing\\a.pdf";

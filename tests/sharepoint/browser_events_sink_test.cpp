@@ -314,7 +314,7 @@ TEST_F(BrowserEventsSink, ForwardsReentrantEventsOfTheSameThread)
     EXPECT_EQ(handler_->completions, std::vector<std::wstring>{L"inner"});
 }
 
-TEST_F(BrowserEventsSink, LivesUntilAHandlerReturnsThatClosesTheTab)
+TEST_F(BrowserEventsSink, ExistsUntilAHandlerReturnsThatClosesTheTab)
 {
     handler_->before_navigate = [&](auto&&...) {
         browser_->quit();

@@ -55,7 +55,7 @@ HRESULT fake_connection_point::Advise(IUnknown* sink, DWORD* cookie)
 
 HRESULT fake_connection_point::Unadvise(DWORD cookie)
 {
-    // An Advise that was made to succeed without connecting hands out no valid cookie.
+    // An Advise that was made to succeed without connecting returns no valid cookie.
     EXPECT_TRUE(sinks_.count(cookie) == 1 || tab().has_failed()) << "unknown cookie";
     // Disconnects before it fails, unless keeps_sink_when_failing.
     const bool is_connected = keeps_sink_when_failing || sinks_.erase(cookie) == 1;

@@ -106,8 +106,8 @@ private:
         std::size_t changed = 0;
         for (std::size_t step = 0; step < visit_steps; ++step) {
             SCOPED_TRACE("step " + std::to_string(step));
-            changed += expect_bearable(record.outcomes[step], normal_.outcomes[step]);
-            changed += expect_bearable(record.repeats[step], normal_.repeats[step]);
+            changed += expect_tolerable(record.outcomes[step], normal_.outcomes[step]);
+            changed += expect_tolerable(record.repeats[step], normal_.repeats[step]);
         }
         // One failure costs one event, or all of them if SetSite fails. Two may cost both events that report
         // the page, and with them all events of the page.
@@ -124,8 +124,8 @@ private:
 
     // An event may fail or not be cancelled; none may be cancelled that would not be without a failure.
     // Returns whether the outcome differs.
-    static bool expect_bearable(const std::optional<event_outcome>& seen,
-                                const std::optional<event_outcome>& normal)
+    static bool expect_tolerable(const std::optional<event_outcome>& seen,
+                                 const std::optional<event_outcome>& normal)
     {
         if (seen == normal)
             return false;

@@ -45,7 +45,7 @@ struct hostile_link
 };
 
 // The editor is a real program, which parses its command line itself.
-TEST_F(HostilePage, GivesTheEditorOneArgumentWhateverTheLinkIs)
+TEST_F(HostilePage, PassesTheEditorOneArgumentWhateverTheLinkIs)
 {
     const hostile_link links[] = {
         {L"http://h/a\" /other \"C:\\x.pdf", L"http://h/a%22 /other %22C:\\x.pdf"},
@@ -74,7 +74,7 @@ TEST_F(HostilePage, GivesTheEditorOneArgumentWhateverTheLinkIs)
     EXPECT_THAT(editors_.starts(expected.size()), testing::UnorderedElementsAreArray(expected));
 }
 
-TEST_F(HostilePage, GivesTheEditorOneArgumentWhateverTheNavigationIs)
+TEST_F(HostilePage, PassesTheEditorOneArgumentWhateverTheNavigationIs)
 {
     const hostile_link navigations[] = {
         {L"http://h/a\" /other \"C:\\x.pdf", L"http://h/a%22 /other %22C:\\x.pdf"},
@@ -127,7 +127,7 @@ TEST_F(HostilePage, PassesTheUrlUnchangedToTheDefaultHandler)
     EXPECT_EQ(recorded_launches().editor_lines, urls{});
 }
 
-// Windows takes command lines of up to 32,766 characters.
+// Windows accepts command lines of up to 32,766 characters.
 TEST_F(HostilePage, StartsTheEditorWithTheLongestCommandLine)
 {
     const std::wstring around = L"/pdf \"sharepoint://http://h/.pdf\"";
@@ -201,7 +201,7 @@ TEST_F(HostilePage, ParsesNoPartOfTextWithAnEmbeddedNull)
 }
 
 // CUrl cannot parse the link without a server, so an empty URL is opened.
-TEST_F(HostilePage, GivesServerRelativeLinksNoOtherSchemeThanHttp)
+TEST_F(HostilePage, CompletesNoServerRelativeLinksOnPagesOfOtherSchemes)
 {
     const launch_recording recording;
     for (const wchar_t* page_url_without_server :

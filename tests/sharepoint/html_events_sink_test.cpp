@@ -196,7 +196,7 @@ TEST_F(HtmlEventsSink, UnadvisesWhenTheConnectionIsDestroyed)
     EXPECT_TRUE(handler_->ready_documents.empty());
 }
 
-TEST_F(HtmlEventsSink, LivesUntilAHandlerReturnsThatDestroysTheConnection)
+TEST_F(HtmlEventsSink, ExistsUntilAHandlerReturnsThatDestroysTheConnection)
 {
     connect();
     handler_->click = [&](auto*, auto*) {

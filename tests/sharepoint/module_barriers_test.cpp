@@ -329,7 +329,7 @@ TEST(ModuleWithoutTheSuite, CatchesTheSame)
     return code;
 }
 
-TEST_F(ModuleCrash, IsLeftToTheBrowserWhenTheCrashLibrarySaysSo)
+TEST_F(ModuleCrash, IsLeftToTheBrowserWhenTheCrashLibraryDecidesSo)
 {
     testing::internal::CaptureStderr();
     start({.libraries = {L"crashguard14.dll"}, .verdict = L"search"});

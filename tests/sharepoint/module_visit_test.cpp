@@ -196,7 +196,7 @@ TEST_F(ModuleVisit, WarnsOfAMissingEditor)
     editors_.starts(2);
 }
 
-TEST_F(ModuleVisit, StaysSilentWithLoggingOff)
+TEST_F(ModuleVisit, LogsNothingWithLoggingOff)
 {
     editors_.use_editor();
     module_fixture module({}, L"off");
@@ -210,10 +210,10 @@ TEST_F(ModuleVisit, LeaksNothingForLinksBeyondAscii)
 {
     library_->add_to_head({.tag = L"META", .name = L"\x416GENERATOR", .content = L"\xDC\x416 SharePoint"});
     library_->add_to_head({.tag = L"SCRIPT", .src = L"/_layouts/\x6587\x66F8.js"});
-    const std::wstring address = L"http://h/\xDC"
-                                 L"bersicht \x416 \x6587\x66F8.PDF";
-    fake_element* const link = &library_->add_to_body(list_link(address));
-    library_->add_to_body(list_link(address + L"\x436"));
+    const std::wstring url = L"http://h/\xDC"
+                             L"bersicht \x416 \x6587\x66F8.PDF";
+    fake_element* const link = &library_->add_to_body(list_link(url));
+    library_->add_to_body(list_link(url + L"\x436"));
     const auto visit_and_unload = [&] {
         module_fixture module;
         const CComPtr<IObjectWithSite> helper = module.make_helper();
@@ -221,7 +221,7 @@ TEST_F(ModuleVisit, LeaksNothingForLinksBeyondAscii)
         EXPECT_EQ(helper->SetSite(browser_->unknown()), S_OK);
         EXPECT_EQ(browser_->document_complete(L"http://h/list"), S_OK);
         EXPECT_TRUE(click(library_, link));
-        EXPECT_EQ(navigate((address + L"\x436").c_str()), VARIANT_FALSE);
+        EXPECT_EQ(navigate((url + L"\x436").c_str()), VARIANT_FALSE);
         EXPECT_EQ(helper->SetSite(nullptr), S_OK);
     };
     visit_and_unload();

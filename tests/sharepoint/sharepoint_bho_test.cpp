@@ -222,7 +222,7 @@ TEST_F(SharepointBho, HoldsANewSiteThatTheBrowserReleasesInUnadvise)
     EXPECT_EQ(helper_->SetSite(nullptr), S_OK);
 }
 
-TEST_F(SharepointBho, LivesUntilSetSiteReturnsWhenTheBrowserReleasesIt)
+TEST_F(SharepointBho, ExistsUntilSetSiteReturnsWhenTheBrowserReleasesIt)
 {
     struct dropping_browser : fake_browser
     {

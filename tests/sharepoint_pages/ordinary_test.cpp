@@ -25,7 +25,7 @@ constexpr const wchar_t* ordinary_pages[] = {L"/documents.html", L"/parts.html",
 struct visit
 {
     std::vector<std::string> events;   // of the browser
-    std::vector<std::string> clicks;   // as the pages' own sinks heard them
+    std::vector<std::string> clicks;   // as the pages' own sinks received them
     std::vector<std::string> requests; // that the server got
     std::vector<std::wstring> pages;   // markup of each
     double longest_event = 0;          // seconds that the browser waited in the helper object for one event

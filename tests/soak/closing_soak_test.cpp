@@ -3,8 +3,8 @@
 #include "tests/soak/bare_download.h"
 #include "tests/soak/closing_plan.h"
 #include "tests/soak/document_soak_fixture.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>
@@ -52,7 +52,7 @@ public:
             longest_ms_ = std::max(longest_ms_, GetTickCount64() - begin);
             EXPECT_LT(GetTickCount64() - begin, longest_closing_ms);
             test::pump_messages();
-            EXPECT_EQ(viewers.opened(), opened) << "something was shown after the end";
+            EXPECT_EQ(viewers.opened(), opened) << "a document was shown after it was closed";
         }
         EXPECT_EQ(fixture_.module.can_unload_now(), S_OK);
         EXPECT_TRUE(fixture_.server.wait_idle(10'000)) << "a download is still running";

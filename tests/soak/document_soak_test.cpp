@@ -1,8 +1,8 @@
 // Documents opened and closed many times in one process, and many open at once, without growth.
 #include "tests/soak/bare_download.h"
 #include "tests/soak/document_soak_fixture.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 // compared with a document object that does nothing and has a bare download.
 #include "tests/soak/closing_plan.h"
 #include "tests/soak/engine_soak_fixture.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>
@@ -49,7 +49,7 @@ test::http_response in_drops(std::size_t size, const std::string& type)
 }
 
 // The resources of one document.
-known_growth weight_of_a_document()
+known_growth resources_of_a_document()
 {
     constexpr std::size_t count = 16;
     std::vector<ComPtr<IPersistMoniker>> documents(count);
@@ -183,7 +183,7 @@ private:
             longest_ms = std::max(longest_ms, took);
             EXPECT_LT(took, longest_closing_ms);
             test::pump_messages();
-            EXPECT_EQ(guest.shown(), shown) << "something was shown after the end";
+            EXPECT_EQ(guest.shown(), shown) << "a document was shown after it was closed";
         }
         EXPECT_EQ(guest.end(), 0u) << "a worker is left";
         EXPECT_TRUE(server.wait_idle(server_rest_ms)) << "a download is still running";
@@ -243,7 +243,7 @@ TEST_F(EngineClosings, AtAnyStageOfTheDownload)
     EXPECT_EQ(bare.kept, 0);
     EXPECT_EQ(documents.strayed, 0);
     EXPECT_EQ(documents.kept, 0);
-    EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
+    EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "an object keeps the module loaded";
     expect_no_steeper_than(bare.table, documents.table, 1);
 }
 
@@ -260,9 +260,10 @@ TEST_F(EngineClosings, WhileTheEngineLoads)
     EXPECT_LE(kept, about(kept_bare));
     EXPECT_LE(static_cast<double>(documents.strayed), about(static_cast<double>(bare.strayed)));
     if (documents.kept == 0)
-        EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
+        EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); }))
+            << "an object keeps the module loaded";
 
-    const known_growth each = weight_of_a_document();
+    const known_growth each = resources_of_a_document();
     const known_growth engine = growth_since(bare.table, 1);
     const double more = kept_bare > 0 ? std::max(kept - kept_bare, 0.0) / kept_bare : kept;
     expect_no_steeper_than(bare.table, documents.table, 1,

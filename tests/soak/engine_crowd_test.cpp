@@ -1,8 +1,8 @@
 // Many documents open at once in browsers of one process, all fetching at the same moment, compared with as
 // many document objects that do nothing and have a bare download each.
 #include "tests/soak/engine_soak_fixture.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/module_threads.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/wait.h"
@@ -86,7 +86,7 @@ private:
                 test::pump_messages();
             }
             if (!test::wait_until([&] { return waiting_workers() == size; }, deadline_ms))
-                report_laggards();
+                report_pending();
             EXPECT_EQ(guest.workers(), size);
             threads_at_once = std::max(threads_at_once, test::process_resources::now().threads);
             EXPECT_EQ(guest.done(), 0u);
@@ -99,11 +99,12 @@ private:
         EXPECT_EQ(guest.end(), 0u) << "a worker is left";
         EXPECT_TRUE(server.wait_idle(deadline_ms));
         EXPECT_EQ(trivial.living(), 0);
-        EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
+        EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); }))
+            << "an object keeps the module loaded";
         forget_requests();
     }
-    // Who has made no request: the engine, or only the worker; and the log of the module.
-    void report_laggards()
+    // Prints the documents without a request of the engine or of the worker, and the log of the module.
+    void report_pending()
     {
         const std::lock_guard lock(guard);
         for (std::size_t i = 0; i < size; ++i) {
@@ -112,7 +113,7 @@ private:
             });
             const std::size_t count = found == requests.end() ? 0 : found->second;
             if (count != 2)
-                ADD_FAILURE() << "document " << i << " has asked " << count << " times";
+                ADD_FAILURE() << "document " << i << " has made " << count << " requests";
         }
         print_last_lines();
     }

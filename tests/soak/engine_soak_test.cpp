@@ -1,8 +1,8 @@
 // Documents in the system's own browser engine, many times in one process, compared with a document object
 // that does nothing: the engine's own growth is measured, and the module adds nothing to it.
 #include "tests/soak/engine_soak_fixture.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>
@@ -73,7 +73,7 @@ TEST_F(EngineSoak, Documents)
     run_cycles(table, warm_up_visits, visits(), [&](std::size_t) { visit_document(missed); });
     std::printf("never shown: %zu of the trivial ones, %zu of the module's\n", bare_missed, missed);
     EXPECT_EQ(trivial.living(), 0);
-    EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "the module is held";
+    EXPECT_TRUE(test::wait_until([&] { return module.can_unload(); })) << "an object keeps the module loaded";
     expect_no_steeper_than(bare, table, 1);
     EXPECT_EQ(missed, 0u);
 }

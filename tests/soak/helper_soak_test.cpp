@@ -3,8 +3,8 @@
 #include "tests/document/module_under_test.h"
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>
@@ -98,7 +98,7 @@ TEST(HelperSoak, PagesWithClicks)
         none.heap_bytes_each = 0;
         none.private_bytes_each = 0;
         table.expect_flat_from(1, none);
-        EXPECT_EQ(module.can_unload_now(), S_FALSE) << "the kept object";
+        EXPECT_EQ(module.can_unload_now(), S_FALSE) << "the kept helper object must keep the module loaded";
         kept.Release();
         EXPECT_EQ(module.can_unload_now(), S_OK);
     }

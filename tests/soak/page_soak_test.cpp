@@ -1,8 +1,8 @@
 // SharePoint pages in tabs of the system's browser engine, loaded and clicked many times in one process,
 // without and with the helper object: the growth of the engine itself is the limit.
 #include "tests/sharepoint_pages/library_site.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/wait.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // Servers that are slow, send wrong lengths, never end or never respond, on both download paths: the UI
 // thread keeps dispatching messages, closing ends with the worker, only PDFs are shown, nothing is leaked.
 #include "tests/soak/document_soak_fixture.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/module_threads.h"
 #include "tests/support/process_resources.h"
 #include "tests/support/wait.h"
@@ -79,12 +79,12 @@ protected:
         }
         return true;
     }
-    void live_for(DWORD milliseconds)
+    void dispatch_for(DWORD milliseconds)
     {
         run_until([] { return false; }, milliseconds);
     }
     // The worker and all threads that the system created for it have ended.
-    bool live_until_fetched(DWORD deadline_ms)
+    bool dispatch_until_fetched(DWORD deadline_ms)
     {
         return run_until([this] { return viewers.opened() > opened_before || worker_has_ended(); },
                          deadline_ms);
@@ -139,7 +139,7 @@ protected:
     {
         fixture.server.route("/x.pdf", std::move(response));
         open();
-        EXPECT_TRUE(live_until_fetched(deadline_ms));
+        EXPECT_TRUE(dispatch_until_fetched(deadline_ms));
         close();
         EXPECT_LT(closing_ms, longest_closing_ms);
         return viewers.opened();
@@ -150,7 +150,7 @@ protected:
     {
         fixture.server.route("/x.pdf", std::move(response));
         open();
-        live_until_fetched(1'000);
+        dispatch_until_fetched(1'000);
         close();
         EXPECT_LT(closing_ms, longest_closing_ms);
         return viewers.opened();
@@ -169,21 +169,21 @@ TEST_P(HostilePeer, SendsOneByteASecond)
     auto slow = http_response::slow(test::pdf_body(20'000), 1, 1'000);
     fixture.server.route("/x.pdf", slow);
     open();
-    live_for(2'500);
+    dispatch_for(2'500);
     close();
     EXPECT_LT(closing_ms, longest_wait_for_a_silent_server_ms);
     EXPECT_EQ(viewers.opened(), 0u);
 }
 
 // The worker waits in the system's call, and closing waits for the worker, as long as that call takes.
-TEST_P(HostilePeer, NeverAnswers)
+TEST_P(HostilePeer, NeverResponds)
 {
     http_response silent = http_response::ok(test::pdf_body(20'000));
     silent.hold_head = true;
     fixture.server.route("/x.pdf", silent);
     open();
     EXPECT_TRUE(run_until([this] { return !fixture.server.requests().empty(); }, 10'000));
-    live_for(1'000);
+    dispatch_for(1'000);
     close_while([this] { fixture.server.release(); });
     EXPECT_EQ(viewers.opened(), 0u);
 }
@@ -195,7 +195,7 @@ TEST_P(HostilePeer, SendsLessThanItAnnounces)
     EXPECT_LE(shown_after(lying), 1u); // the file begins as a PDF
     const std::size_t before = viewers.opened();
     lying.body = "<html>" + std::string(20'000, ' ');
-    EXPECT_EQ(shown_after(lying), before) << "what is not a PDF is not shown";
+    EXPECT_EQ(shown_after(lying), before) << "a response that is no PDF was shown";
 }
 
 TEST_P(HostilePeer, SendsMoreThanItAnnounces)
@@ -218,7 +218,7 @@ TEST_P(HostilePeer, SendsAnInvalidLength)
         fixture.server.route("/x.pdf", lying);
         open();
         // Some systems wait for the announced data as long as the connection is open.
-        live_until_fetched(300);
+        dispatch_until_fetched(300);
         close();
         EXPECT_LT(closing_ms, longest_closing_ms);
         EXPECT_EQ(viewers.opened(), 0u);
@@ -243,14 +243,14 @@ TEST_P(HostilePeer, IsClosedInTheMiddleOfAGigabyte)
     fixture.server.route("/x.pdf", large);
     open();
     EXPECT_TRUE(run_until([this] { return !fixture.server.requests().empty(); }, 10'000));
-    live_for(1'200); // into the third piece
+    dispatch_for(1'200); // into the third piece
     close();
     EXPECT_LT(closing_ms, longest_closing_ms);
     EXPECT_EQ(viewers.opened(), 0u);
 }
 
 // Where the system does not limit redirections the worker waits in its call until the server stops.
-TEST_P(HostilePeer, RedirectsForEver)
+TEST_P(HostilePeer, RedirectsEndlessly)
 {
     struct state
     {
@@ -264,7 +264,7 @@ TEST_P(HostilePeer, RedirectsForEver)
     });
     open();
     EXPECT_TRUE(run_until([&] { return server->number > 3; }, 10'000));
-    live_for(500);
+    dispatch_for(500);
     close_while([&] { server->is_tired = true; });
     EXPECT_EQ(viewers.opened(), 0u);
 }
@@ -367,8 +367,9 @@ TEST(SilentPeer, RespondsAfterTheModuleIsUnloaded)
         EXPECT_TRUE(test::wait_until([&] { return !server.requests().empty(); }));
         document.close_as_navigating_away();
     }
-    EXPECT_GT(test::process_resources::now().threads, threads_before) << "no thread waits any more";
-    EXPECT_NE(GetModuleHandleW(L"wininet.dll"), nullptr) << "what waits belongs to it";
+    EXPECT_GT(test::process_resources::now().threads, threads_before)
+        << "no thread is waiting for the server";
+    EXPECT_NE(GetModuleHandleW(L"wininet.dll"), nullptr) << "the waiting threads belong to it";
     EXPECT_NE(GetModuleHandleW(L"urlmon.dll"), nullptr);
     server.stop();
     EXPECT_TRUE(test::wait_until([&] { return test::process_resources::now().threads <= threads_before; }));

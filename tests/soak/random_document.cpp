@@ -78,7 +78,7 @@ const char* random_documents::step()
 {
     if (documents_.empty() || (documents_.size() < most_documents && random_.chance(20))) {
         documents_.push_back(std::make_unique<hosted_document>(fixture_));
-        // The questions of a document that is saved, resized or undone.
+        // The calls of a document that is saved, resized or undone.
         for (const char* call : {"IOleClientSite::SaveObject", "IOleClientSite::RequestNewObjectLayout",
                                  "IOleInPlaceSite::OnPosRectChange", "IOleInPlaceSite::DeactivateAndUndo",
                                  "IOleInPlaceSite::DiscardUndoState"})

@@ -50,7 +50,7 @@ private:
     void call_dispatch(hosted_document& document);
     void query(hosted_document& document);
 
-    // Its life cycle and what the host does; random_document.cpp
+    // Its lifetime and the actions of the host; random_document.cpp
     void verb(hosted_document& document);
     void load(hosted_document& document);
     void load_address(hosted_document& document);

@@ -1,8 +1,8 @@
 // Random sequences against the whole document object. QUILL_SOAK_SEED and QUILL_SOAK_STEPS repeat a sequence;
 // with QUILL_SOAK_TRACE each step is printed before it is made.
 #include "tests/soak/random_document.h"
-#include "tests/soak/samples.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/resource_samples.h"
+#include "tests/soak/soak_settings.h"
 #include "tests/support/module_threads.h"
 
 #include <gtest/gtest.h>

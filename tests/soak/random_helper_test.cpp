@@ -2,7 +2,7 @@
 // QUILL_SOAK_TRACE each step is printed before it is made.
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/soak/random_helper.h"
-#include "tests/soak/settings.h"
+#include "tests/soak/soak_settings.h"
 
 #include <gtest/gtest.h>
 #include <ole2.h>

@@ -12,7 +12,7 @@
 
 namespace quill::test {
 
-// Owns the socket. The connection is closed in good order unless unread bytes are left or the response resets
+// Owns the socket. The connection is closed gracefully unless unread bytes are left or the response resets
 // it.
 class http_connection
 {

@@ -42,8 +42,8 @@ struct http_response
     // The body is sent in pieces of this size (0: at once), with this delay before each piece but the first.
     std::size_t piece_size = 0;
     std::uint32_t piece_delay_ms = 0;
-    // Sends no more than this many bytes of the body, then closes the connection in good order (FIN) although
-    // more was announced.
+    // Sends at most this many bytes of the body, then closes the connection gracefully (FIN) although more
+    // was announced.
     std::size_t cut_after = static_cast<std::size_t>(-1);
     // Sends this many bytes of the body; the rest follows after http_server::release().
     std::size_t hold_after = static_cast<std::size_t>(-1);
@@ -56,8 +56,8 @@ struct http_response
     // Sends nothing until http_server::release().
     bool hold_head = false;
 
-    // Ends the connection with a reset (RST) after the headers and the body, instead of closing it in good
-    // order.
+    // Ends the connection with a reset (RST) after the headers and the body, instead of closing it
+    // gracefully.
     bool reset = false;
 
     static http_response ok(std::string body, std::string content_type = "application/pdf");

@@ -16,7 +16,7 @@ struct library_notice
     void* base;
     ULONG size;
 };
-inline constexpr ULONG library_came = 1; // the other reason is the unloading
+inline constexpr ULONG library_loaded = 1; // the other reason is the unloading
 using notice_handler = void(CALLBACK*)(ULONG reason, const library_notice* notice, void* context);
 
 // LdrRegisterDllNotification and LdrUnregisterDllNotification. A handler is called on the loading thread,

@@ -1,2 +1,2 @@
-// Plain code uses nothing of COM.
+// Empty: plain code does not use COM.
 #pragma once

@@ -99,7 +99,7 @@ const wchar_t* file_of(ieframe variant)
 
 } // namespace
 
-void bring_along(const std::wstring& library)
+void copy_library(const std::wstring& library)
 {
     const std::wstring source = variable(home_variable) + L"\\" + library;
     EXPECT_TRUE(CopyFileW(source.c_str(), beside_this_program(library).c_str(), FALSE)) << GetLastError();

@@ -18,7 +18,7 @@ enum class ieframe
 };
 
 // Copies a library from the folder of the original program to that of the running copy; it is not removed.
-void bring_along(const std::wstring& library);
+void copy_library(const std::wstring& library);
 
 // Installs a variant in the folder of this program, replacing any other, and removes it at the end of the
 // scope.

@@ -48,9 +48,9 @@ HRESULT show_dialog(HWND window, const wchar_t* file_name, const wchar_t* folder
         *destination = task_string(browser.destination);
     else if (browser.writes_null)
         *destination = nullptr;
-    if (browser.dialog_result == S_OK && browser.gives_state) {
+    if (browser.dialog_result == S_OK && browser.returns_state) {
         *state = save_browser::state;
-        ++browser.states_given;
+        ++browser.states_returned;
     } else if (browser.writes_null) {
         *state = nullptr;
     }
@@ -72,10 +72,10 @@ HRESULT get_folder(REFKNOWNFOLDERID folder_id, wchar_t** folder)
 }
 
 // False for the state of a dialog that returned none.
-bool take_back(HANDLE state)
+bool release_state(HANDLE state)
 {
-    EXPECT_EQ(state, current->gives_state ? save_browser::state : nullptr);
-    current->states_given_back += state != nullptr;
+    EXPECT_EQ(state, current->returns_state ? save_browser::state : nullptr);
+    current->states_released += state != nullptr;
     return state != nullptr;
 }
 
@@ -84,7 +84,7 @@ HRESULT save_file(HANDLE state, const wchar_t* source)
 {
     save_browser& browser = *current;
     browser.calls.emplace_back("save");
-    if (!take_back(state))
+    if (!release_state(state))
         return E_HANDLE;
     EXPECT_TRUE(std::wstring(source).starts_with(browser.cache_path + L"\\qIE"))
         << testing::PrintToString(source);
@@ -99,7 +99,7 @@ HRESULT save_file(HANDLE state, const wchar_t* source)
 HRESULT cancel_save(HANDLE state)
 {
     current->calls.emplace_back("cancel");
-    return take_back(state) ? current->cancel_result : E_HANDLE;
+    return release_state(state) ? current->cancel_result : E_HANDLE;
 }
 
 } // namespace

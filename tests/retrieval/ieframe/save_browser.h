@@ -36,9 +36,9 @@ struct save_browser
     HRESULT cancel_result = S_OK;
     bool gives_destination = true;
     bool gives_folder = true;
-    bool gives_state = true;  // if the dialog succeeds
-    bool moves_copy = true;   // if saving succeeds
-    bool writes_null = false; // on failure; otherwise out parameters are not touched
+    bool returns_state = true; // if the dialog succeeds
+    bool moves_copy = true;    // if saving succeeds
+    bool writes_null = false;  // on failure; otherwise out parameters are not touched
     std::function<void()> while_dialog_is_up;
     std::function<void(const wchar_t* copy)> before_save;
     HWND owner = nullptr; // the required owner window of the dialog
@@ -50,8 +50,8 @@ struct save_browser
     std::vector<std::string> calls; // "dialog", "folder", "save", "cancel"
     int loads = 0;
     int unloads = 0;
-    int states_given = 0;
-    int states_given_back = 0; // passed to saving or cancelling
+    int states_returned = 0;
+    int states_released = 0; // passed to saving or cancelling
 };
 
 } // namespace quill::test

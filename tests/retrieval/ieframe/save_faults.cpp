@@ -39,7 +39,7 @@ void add_dialog(std::vector<save_fault>& faults)
                           .arrange =
                               [=](save_browser& browser, auto&) {
                                   browser.gives_destination = false;
-                                  browser.gives_state = false;
+                                  browser.returns_state = false;
                                   browser.writes_null = writes_null;
                               },
                           .calls = whole});
@@ -153,7 +153,7 @@ void expect_tidy(const save_browser& browser, const save_fault& fault)
     EXPECT_EQ(browser.calls, fault.calls);
     const bool cannot_return =
         fault.library == ieframe::without_save || fault.library == ieframe::without_cancel;
-    EXPECT_EQ(browser.states_given_back, cannot_return ? 0 : browser.states_given);
+    EXPECT_EQ(browser.states_released, cannot_return ? 0 : browser.states_returned);
     EXPECT_EQ(browser.loads, browser.unloads);
     EXPECT_THAT(files_in(browser.cache.path()), testing::IsEmpty());
     const std::vector<std::wstring> saved = {L"saved.pdf"};

@@ -127,7 +127,7 @@ void watch_module(HMODULE module)
 void CALLBACK take_notice(ULONG reason, const library_notice* notice, void*)
 {
     const std::wstring_view name(notice->base_name->Buffer, notice->base_name->Length / sizeof(wchar_t));
-    if (reason == library_came && name == module_name)
+    if (reason == library_loaded && name == module_name)
         watch_module(static_cast<HMODULE>(notice->base));
 }
 

@@ -134,7 +134,7 @@ const std::vector<left_alone>& all_left_alone()
           "wcsxfrm",
           "___lc_codepage_func",
           "___mb_cur_max_func"}},
-        {"exceptions and the stack: the compiler's, which has no way to hear of a failure",
+        {"exceptions and the stack: called by the compiler's code, which cannot handle a failure",
          {"RaiseException", "RtlCaptureContext", "RtlLookupFunctionEntry", "RtlUnwindEx", "RtlVirtualUnwind",
           "VirtualProtect", "VirtualQuery", "_resetstkoflw", "__C_specific_handler", "_initterm"}},
         {"linked in with the log's library for output and pauses, or with the runtime for last words: a "

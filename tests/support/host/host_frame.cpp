@@ -38,7 +38,7 @@ STDMETHODIMP host_frame::GetWindow(HWND* out)
 
 STDMETHODIMP host_frame::SetBorderSpace(LPCBORDERWIDTHS widths)
 {
-    EXPECT_EQ(widths, nullptr) << "the document asks for border space";
+    EXPECT_EQ(widths, nullptr) << "the document requests border space";
     return answer_plain(arrive("IOleInPlaceFrame::SetBorderSpace"));
 }
 

@@ -97,7 +97,7 @@ STDMETHODIMP host_site::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUI
 {
     const call_fault fault = arrive("IOleInPlaceSite::GetWindowContext");
     if (!frame || !document || !position || !clip || !info) {
-        ADD_FAILURE() << "GetWindowContext without an out argument";
+        ADD_FAILURE() << "GetWindowContext without an out parameter";
         return E_INVALIDARG;
     }
     EXPECT_EQ(*frame, nullptr) << "the frame variable was not initialised";
@@ -161,7 +161,7 @@ STDMETHODIMP host_site::QueryService(REFGUID service, REFIID iid, void** out)
                                                                       : shell ? "shell"
                                                                               : "other");
     if (!out) {
-        ADD_FAILURE() << "QueryService without an out argument";
+        ADD_FAILURE() << "QueryService without an out parameter";
         return E_POINTER;
     }
     if (browser) {
@@ -169,7 +169,7 @@ STDMETHODIMP host_site::QueryService(REFGUID service, REFIID iid, void** out)
         return answer_interface(fault, reinterpret_cast<IUnknown**>(out),
                                 static_cast<IUnknown*>(&host_.browser));
     }
-    EXPECT_TRUE(shell) << "a service was asked for that the document does not need";
+    EXPECT_TRUE(shell) << "a service was queried that the document does not need";
     EXPECT_TRUE(IsEqualIID(iid, IID_IOleWindow));
     return answer_interface(fault, reinterpret_cast<IUnknown**>(out), static_cast<IUnknown*>(&host_.shell));
 }

@@ -1,4 +1,4 @@
-#include "tests/retrieval/deaf_protocol.h"
+#include "tests/retrieval/unabortable_protocol.h"
 
 #include "tests/support/adopt.h"
 #include "tests/support/fakes/com_object.h"
@@ -80,16 +80,17 @@ private:
 
 } // namespace
 
-deaf_protocol::deaf_protocol(const std::wstring& path)
+unabortable_protocol::unabortable_protocol(const std::wstring& path)
 {
     factory_ = adopt<IClassFactory>(new factory(path));
     EXPECT_EQ(CoInternetGetSession(0, &session_, 0), S_OK);
-    EXPECT_EQ(session_->RegisterNameSpace(factory_.Get(), CLSID_NULL, deaf_scheme, 0, nullptr, 0), S_OK);
+    EXPECT_EQ(session_->RegisterNameSpace(factory_.Get(), CLSID_NULL, unabortable_scheme, 0, nullptr, 0),
+              S_OK);
 }
 
-deaf_protocol::~deaf_protocol()
+unabortable_protocol::~unabortable_protocol()
 {
-    session_->UnregisterNameSpace(factory_.Get(), deaf_scheme);
+    session_->UnregisterNameSpace(factory_.Get(), unabortable_scheme);
 }
 
 } // namespace quill::test

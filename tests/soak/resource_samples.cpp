@@ -1,4 +1,4 @@
-#include "tests/soak/samples.h"
+#include "tests/soak/resource_samples.h"
 
 #include "tests/support/task_memory.h"
 #include "tests/support/wait.h"

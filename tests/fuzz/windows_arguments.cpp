@@ -1,4 +1,4 @@
-#include "tests/fuzz/command_line.h"
+#include "tests/fuzz/windows_arguments.h"
 
 namespace quill::fuzz {
 namespace {

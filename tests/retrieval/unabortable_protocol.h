@@ -11,16 +11,16 @@
 
 namespace quill::test {
 
-inline constexpr wchar_t deaf_scheme[] = L"quilldeaf";
+inline constexpr wchar_t unabortable_scheme[] = L"quillunabortable";
 
 // Registers the scheme in its scope. Each of its URLs returns the file at path.
-class deaf_protocol
+class unabortable_protocol
 {
 public:
-    explicit deaf_protocol(const std::wstring& path);
-    ~deaf_protocol();
-    deaf_protocol(const deaf_protocol&) = delete;
-    deaf_protocol& operator=(const deaf_protocol&) = delete;
+    explicit unabortable_protocol(const std::wstring& path);
+    ~unabortable_protocol();
+    unabortable_protocol(const unabortable_protocol&) = delete;
+    unabortable_protocol& operator=(const unabortable_protocol&) = delete;
 
 private:
     Microsoft::WRL::ComPtr<IInternetSession> session_;

@@ -1,4 +1,4 @@
-#include "tests/soak/settings.h"
+#include "tests/soak/soak_settings.h"
 
 #include <array>
 #include <cstdio>

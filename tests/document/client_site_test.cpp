@@ -87,7 +87,7 @@ QUILL_DOCUMENT_TEST(DocumentSite, LosingTheDocumentSiteClearsTheFlag)
     fixture.release();
 }
 
-QUILL_DOCUMENT_TEST(DocumentSite, WithoutOutArgumentIsRefused)
+QUILL_DOCUMENT_TEST(DocumentSite, NullOutParameterIsRefused)
 {
     fixture.create();
     fixture.set_site();
@@ -136,7 +136,7 @@ QUILL_DOCUMENT_TEST(DocumentSite, ItsInPlaceSiteIsReleasedWithIt)
     fixture.release();
 }
 
-QUILL_DOCUMENT_TEST(DocumentSite, SetAgainIsAskedForItsInPlaceSiteAgain)
+QUILL_DOCUMENT_TEST(DocumentSite, SetAgainIsQueriedForItsInPlaceSiteAgain)
 {
     activate_without_a_view(fixture);
     EXPECT_EQ(fixture.set_site(), S_OK);
