@@ -13,7 +13,7 @@ ROOTS = {
     "HKCC": "HKCC", "HKEY_CURRENT_CONFIG": "HKCC",
 }
 KINDS = {"NOREMOVE": "NoRemove", "FORCEREMOVE": "ForceRemove", "DELETE": "Delete"}
-MAX_DEPTH = 512  # the registry's limit
+MAX_DEPTH = 200  # below the interpreter's limit for nested calls
 WORD = re.compile(r"[ \t\r\n]*(?:'((?:[^']|'')*)'|([^' \t\r\n][^ \t\r\n]*))")
 SPACE = re.compile(r"[ \t\r\n]*")
 
