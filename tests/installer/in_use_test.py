@@ -3,7 +3,7 @@ import re
 import subprocess
 
 import package
-from installed import DOCUMENT_CLASS, FOLDER_ON_DISK, InstallerTest
+from installed import DOCUMENT_CLASS, FOLDER_ON_DISK, OLDER_VERSION, InstallerTest
 from windows import windows_path
 
 DEADLINE_S = 60
@@ -54,13 +54,12 @@ class InstalledModule(InstallerTest):
         self.install(package_file=self.older)
         browser = self.open_browser()
         self.assertEqual(self.wait_for_line(browser, r"shown: (page 2 of \d+)")[1], "page 2 of 5")
-        older = self.module_on_disk().read_bytes()
         self.expect(3010, "/i", self.package)
-        self.assertEqual(self.module_on_disk().read_bytes(), older)
+        self.assert_module(package.module_of_version(self.folder, OLDER_VERSION))
         self.close_browser()
         self.restart()
         self.assertEqual(self.module_files(), ["QuillPDF.IE.dll"])
-        self.assertEqual(self.module_on_disk().read_bytes(), package.module().read_bytes())
+        self.assert_module(package.module())
         self.remove()
         self.assertFalse(self.module_on_disk().parent.parent.exists())
 

@@ -13,7 +13,7 @@ class Installation(InstallerTest):
         installed = self.windows.registry()
         self.assert_listing(installed)
         self.assertEqual(registry_listing.difference(user, self.windows.registry("HKEY_CURRENT_USER")), [])
-        self.assertEqual(self.module_on_disk().read_bytes(), package.module().read_bytes())
+        self.assert_module(package.module())
         self.assertIn("Property(S): ProductVersion", self.windows.log)
         entries = self.entries(installed)
         self.assertEqual(len(entries), 1)
@@ -26,7 +26,7 @@ class Installation(InstallerTest):
         self.remove()
         self.assert_registry(self.before)
         self.assertEqual(registry_listing.difference(user, self.windows.registry("HKEY_CURRENT_USER")), [])
-        self.assertEqual(self.windows.files(), files_before)
+        self.assert_files(files_before)
 
     def OfOneFeatureWritesOnlyItsRows(self):
         self.install("ADDLOCAL=SharePoint")
@@ -52,7 +52,7 @@ class Installation(InstallerTest):
         self.windows.reg("delete", CONTENT_TYPES + r"\application/pdf", "/v", "CLSID", "/f")
         self.windows.reg("add", HELPER_CLASS + r"\InprocServer32", "/ve", "/d", "damaged", "/f")
         self.install("REINSTALL=ALL REINSTALLMODE=amus")
-        self.assertEqual(module.read_bytes(), package.module().read_bytes())
+        self.assert_module(package.module(), "Another folder")
         self.assertFalse((self.windows.drive / FOLDER_ON_DISK).exists())
         repaired = self.windows.registry()
         self.assert_listing(repaired, folder=r"C:\Another folder")
@@ -60,10 +60,10 @@ class Installation(InstallerTest):
 
         module.unlink()
         self.install("REINSTALL=ALL REINSTALLMODE=omus")
-        self.assertEqual(module.read_bytes(), package.module().read_bytes())
+        self.assert_module(package.module(), "Another folder")
         self.remove()
         self.assert_registry(self.before)
-        self.assertEqual(self.windows.files(), files_before)
+        self.assert_files(files_before)
 
     def IsRefusedOnUnsuitableSystems(self):
         files = self.windows.files()
@@ -79,4 +79,4 @@ class Installation(InstallerTest):
         with self.subTest("ALLUSERS"):
             self.expect(1603, "/i", self.package, 'ALLUSERS=""')
         self.assert_registry(self.before)
-        self.assertEqual(self.windows.files(), files)
+        self.assert_files(files)

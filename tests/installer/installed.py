@@ -46,6 +46,15 @@ class InstallerTest(unittest.TestCase):
     def remove(self, package_file=None):
         self.expect(0, "/x", package_file or self.package)
 
+    def assert_module(self, expected, folder=FOLDER_ON_DISK):
+        """Expects the installed module to be a copy of the file."""
+        self.assertTrue(self.module_on_disk(folder).read_bytes() == expected.read_bytes(), "another file")
+
+    def assert_files(self, before):
+        """Expects the disk to be as before."""
+        after = self.windows.files()
+        self.assertEqual(sorted(name for name in before.keys() | after.keys() if before.get(name) != after.get(name)), [])
+
     def entries(self, listing):
         """The product's entries in the list of installed programs."""
         return [values for values in registry_listing.below(listing, UNINSTALL).values()

@@ -9,7 +9,7 @@ from package import ROOT
 
 # Written by Windows Installer itself. Its empty keys remain after a removal.
 INSTALLER_KEYS = (r"hklm\software\classes\installer", r"hklm\software\microsoft\windows\currentversion\installer")
-PROGRAM_LIMIT_S = 120
+PROGRAM_LIMIT_S = 240
 
 
 def windows_path(path):
