@@ -9,7 +9,8 @@ UPGRADE_CODE = "{14127976-0BB3-4DFC-92AB-92E56C2B9B95}"
 # Title and description of each feature; the name is used on command lines.
 FEATURES = {
     "ActiveDocument": ("PDF documents in the browser", "Opens PDF documents inside Internet Explorer and IE mode."),
-    "SharePoint": ("PDF documents of SharePoint libraries", "Starts the desktop editor for PDFs of SharePoint libraries."),
+    "SharePoint": ("PDF documents of SharePoint libraries",
+                   "Starts the desktop editor for PDFs of SharePoint libraries."),
 }
 # The installer's own values: the folder, the installed features, and what the shared values held before.
 SETTINGS_KEY = r"SOFTWARE\Quill\QuillPDF.IE"

@@ -32,6 +32,8 @@ class ContentTypes(InstallerTest):
 
     def WrittenLaterByAnotherProductStay(self):
         self.windows.set_value(PDF, "CLSID", OTHER)
+        # Left by regsvr32; the class goes, so its registration is not to be restored.
+        self.windows.set_value(CONTENT_TYPES + r"\application/ppdf", "CLSID", OURS)
         self.install()
         self.windows.set_value(PDF, "CLSID", THIRD)
         self.install("REINSTALL=ALL REINSTALLMODE=omus")

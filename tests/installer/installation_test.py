@@ -14,7 +14,7 @@ class Installation(InstallerTest):
         self.assert_listing(installed)
         self.assertEqual(registry_listing.difference(user, self.windows.registry("HKEY_CURRENT_USER")), [])
         self.assert_module(package.module())
-        self.assertIn("Property(S): ProductVersion", self.windows.log)
+        self.assertIn("INSTALL", self.windows.log)
         entries = self.entries(installed)
         self.assertEqual(len(entries), 1)
         expected = {"displayversion": f"s {package.version()}", "publisher": "s Quill",

@@ -53,7 +53,8 @@ class InstallerTest(unittest.TestCase):
     def assert_files(self, before):
         """Expects the disk to be as before."""
         after = self.windows.files()
-        self.assertEqual(sorted(name for name in before.keys() | after.keys() if before.get(name) != after.get(name)), [])
+        names = before.keys() | after.keys()
+        self.assertEqual(sorted(name for name in names if before.get(name) != after.get(name)), [])
 
     def entries(self, listing):
         """The product's entries in the list of installed programs."""

@@ -81,7 +81,8 @@ class Registration(unittest.TestCase):
 
     def RefusesWhatTheInstallerCannotDo(self):
         for text, reason in UNSUITABLE_SCRIPTS.items():
-            with self.subTest(text), self.assertRaisesRegex(registration.RegistrationError, "sharepoint.rgs: .*" + reason):
+            with self.subTest(text), self.assertRaisesRegex(registration.RegistrationError,
+                                                            "sharepoint.rgs: .*" + reason):
                 self.registration_of(text)
 
     def RefusesTheSameValueTwice(self):

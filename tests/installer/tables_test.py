@@ -107,16 +107,28 @@ class Tables(build_test.Scratch):
         self.assertEqual(module["FileName"].split("|")[1], "QuillPDF.IE.dll")
         self.assertEqual(int(module["FileSize"]), package.module().stat().st_size)
         self.assertEqual((notices["Version"], notices["FileName"]), ("", "THIRD-~2.TXT|THIRD-PARTY-NOTICES.txt"))
-        digest = subprocess.run(["md5sum", self.notices], check=True, stdout=subprocess.PIPE, text=True).stdout.split()[0]
+        digest = subprocess.run(["md5sum", self.notices], check=True, stdout=subprocess.PIPE, text=True).stdout[:32]
         parts = [int(row[f"HashPart{number}"]) for row in self.table("MsiFileHash") for number in range(1, 5)]
         self.assertEqual(struct.pack("<4i", *parts).hex(), digest)
 
     def HoldTheFilesUnchanged(self):
         subprocess.run(["msiextract", "-C", self.folder / "extracted", self.package], check=True,
                        stdout=subprocess.DEVNULL)
-        extracted = {path.name: path.read_bytes() for path in (self.folder / "extracted").rglob("*.*") if path.is_file()}
-        self.assertEqual(extracted, {"QuillPDF.IE.dll": package.module().read_bytes(),
-                                     self.notices.name: self.notices.read_bytes()})
+        extracted = {path.name: path for path in (self.folder / "extracted").rglob("*.*") if path.is_file()}
+        self.assertEqual(extracted.keys(), {"QuillPDF.IE.dll", self.notices.name})
+        for name, source in (("QuillPDF.IE.dll", package.module()), (self.notices.name, self.notices)):
+            self.assertTrue(extracted[name].read_bytes() == source.read_bytes(), name)
+
+    def HoldFilesWithAConstantTime(self):
+        cabinet = subprocess.run(["msiinfo", "extract", self.package, "product.cab"], check=True,
+                                 stdout=subprocess.PIPE).stdout
+        at, = struct.unpack_from("<I", cabinet, 16)
+        count, = struct.unpack_from("<H", cabinet, 28)
+        times = []
+        for _ in range(count):
+            times.append(struct.unpack_from("<HH", cabinet, at + 10))
+            at = cabinet.index(b"\0", at + 16) + 1
+        self.assertEqual(times, [((2000 - 1980) << 9 | 1 << 5 | 1, 0)] * 2)
 
     def NameProductVersionAndPublisher(self):
         properties = {row["Property"]: row["Value"] for row in self.table("Property")}
@@ -130,7 +142,8 @@ class Tables(build_test.Scratch):
         self.assertEqual(len(set(codes)), 3, "one upgrade code and a product code for each version")
 
     def AreFor64BitWindows(self):
-        information = subprocess.run(["msiinfo", "suminfo", self.package], check=True, stdout=subprocess.PIPE, text=True)
+        information = subprocess.run(["msiinfo", "suminfo", self.package], check=True, stdout=subprocess.PIPE,
+                                     text=True)
         self.assertRegex(information.stdout, r"(?m)^Template: x64;1033$")
         self.assertNotRegex(information.stdout, "(?m)^(Created|Last saved|Last printed)")
         # Of each component; registry rows of the others would go to the 32-bit view.

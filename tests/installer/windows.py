@@ -36,12 +36,12 @@ class Windows:
                 raise
         return process.returncode, output
 
-    def msiexec(self, what, package, arguments="", silent="/qn"):
+    def msiexec(self, what, package, arguments=""):
         """The exit code of msiexec, all bits of it: outside cmd Wine passes on eight."""
         script, log = self.scratch / "msiexec.cmd", self.scratch / "msiexec.log"
         log.unlink(missing_ok=True)
-        script.write_text(f'@msiexec {what} "{windows_path(package)}" {silent} /l*v "{windows_path(log)}" {arguments}\r\n'
-                          "@echo exit code %errorlevel%\r\n")
+        command = f'msiexec {what} "{windows_path(package)}" /qn /l*v "{windows_path(log)}" {arguments}'
+        script.write_text(f"@{command}\r\n@echo exit code %errorlevel%\r\n")
         _, output = self.run("cmd", "/c", windows_path(script))
         data = log.read_bytes() if log.exists() else b""
         self.log = data.decode("utf-16" if data[:2] == b"\xff\xfe" else "latin-1")
