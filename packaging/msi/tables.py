@@ -29,8 +29,8 @@ SEQUENCES = {
         *SEARCHES, ("LaunchConditions", 100), ("ValidateProductID", 700), *COSTING, ("MigrateFeatureStates", 1200),
         ("InstallValidate", 1400), ("InstallInitialize", 1500), ("RemoveExistingProducts", 1501),
         ("ProcessComponents", 1600), ("UnpublishFeatures", 1800), ("RemoveRegistryValues", 2600), ("RemoveFiles", 3500),
-        ("InstallFiles", 4000), ("WriteRegistryValues", 5000), ("RegisterUser", 6000), ("RegisterProduct", 6100), ("PublishFeatures", 6300),
-        ("PublishProduct", 6400), ("InstallFinalize", 6600)],
+        ("InstallFiles", 4000), ("WriteRegistryValues", 5000), ("RegisterUser", 6000), ("RegisterProduct", 6100),
+        ("PublishFeatures", 6300), ("PublishProduct", 6400), ("InstallFinalize", 6600)],
     # Without launch conditions: the user is asked for an administrator's password after this sequence only.
     "InstallUISequence": [*SEARCHES, *COSTING, ("MigrateFeatureStates", 1200), ("ExecuteAction", 1300)],
     "AdminExecuteSequence": [
