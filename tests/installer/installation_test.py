@@ -9,11 +9,15 @@ from registry_listing import SETTINGS, below
 class Installation(InstallerTest):
     def WritesWhatRegsvr32WritesAndRemovesIt(self):
         user, files_before = self.windows.registry("HKEY_CURRENT_USER"), self.windows.files()
+        notices = self.folder / "NOTICES of others.txt"
+        notices.write_text("notices")
+        self.package = package.build(self.package, files=[notices])
         self.install()
         installed = self.windows.registry()
         self.assert_listing(installed)
         self.assertEqual(registry_listing.difference(user, self.windows.registry("HKEY_CURRENT_USER")), [])
         self.assert_module(package.module())
+        self.assertEqual(self.module_on_disk().with_name(notices.name).read_text(), "notices")
         self.assertIn("INSTALL", self.windows.log)
         entries = self.entries(installed)
         self.assertEqual(len(entries), 1)
