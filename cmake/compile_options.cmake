@@ -35,7 +35,8 @@ target_compile_options(quill_options INTERFACE
 target_compile_options(quill_options INTERFACE $<$<CONFIG:Release>:-U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2>)
 target_link_options(quill_options INTERFACE
     -fstack-protector-strong
-    -Wl,--gc-sections -Wl,--no-insert-timestamp
+    -Wl,--gc-sections
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:QUILL_IS_SHIPPED>>>:-Wl,--no-insert-timestamp>
     $<$<NOT:$<BOOL:$<TARGET_PROPERTY:QUILL_WITHOUT_THREAD_LIBRARY>>>:-pthread>)
 
 if(QUILL_CHECKS)
@@ -45,7 +46,7 @@ if(QUILL_CHECKS)
         -fno-sanitize=vptr,function)
 endif()
 
-# quill_set_output(TARGET): puts the binary and its .pdb into bin/.
+# quill_set_output(TARGET): puts the binary and its .pdb into bin/. The linker runs in the build folder.
 function(quill_set_output target)
     set_target_properties(${target} PROPERTIES
         RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/bin
@@ -56,6 +57,6 @@ function(quill_set_output target)
         set(output_name ${target})
     endif()
     if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
-        target_link_options(${target} PRIVATE -Wl,--pdb=${PROJECT_BINARY_DIR}/bin/${output_name}.pdb)
+        target_link_options(${target} PRIVATE -Wl,--pdb=bin/${output_name}.pdb)
     endif()
 endfunction()

@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 #include <oleauto.h>
+#include <quill_version.h>
 #include <winver.h>
 
 #include <fstream>
@@ -137,8 +138,8 @@ std::string Image::version_text(const wchar_t* name) const
 
 TEST_F(Image, VersionResourceNamesTheProduct)
 {
-    EXPECT_EQ(version_text(L"FileVersion"), "14.0.0.0");
-    EXPECT_EQ(version_text(L"ProductVersion"), "14.0.0.0");
+    EXPECT_EQ(version_text(L"FileVersion"), QUILL_VERSION_TEXT);
+    EXPECT_EQ(version_text(L"ProductVersion"), QUILL_VERSION_TEXT);
     EXPECT_EQ(version_text(L"ProductName"), "Quill PDF");
     EXPECT_EQ(version_text(L"OriginalFilename"), "QuillPDF.IE.dll");
 }
@@ -152,9 +153,13 @@ TEST_F(Image, VersionNumberIsTheProducts)
     VS_FIXEDFILEINFO* fixed = nullptr;
     UINT size = 0;
     ASSERT_TRUE(VerQueryValueW(block.data(), L"\\", reinterpret_cast<void**>(&fixed), &size));
-    EXPECT_EQ(fixed->dwFileVersionMS, MAKELONG(0, 14));
-    EXPECT_EQ(fixed->dwFileVersionLS, 0u);
-    EXPECT_EQ(fixed->dwProductVersionMS, MAKELONG(0, 14));
+    const WORD numbers[] = {QUILL_VERSION_NUMBERS};
+    const DWORD high = static_cast<DWORD>(MAKELONG(numbers[1], numbers[0]));
+    const DWORD low = static_cast<DWORD>(MAKELONG(numbers[3], numbers[2]));
+    EXPECT_EQ(fixed->dwFileVersionMS, high);
+    EXPECT_EQ(fixed->dwFileVersionLS, low);
+    EXPECT_EQ(fixed->dwProductVersionMS, high);
+    EXPECT_EQ(fixed->dwProductVersionLS, low);
     EXPECT_EQ(fixed->dwFileType, static_cast<DWORD>(VFT_DLL));
 }
 
