@@ -66,7 +66,7 @@ class InstalledModule(InstallerTest):
     def IsUnregisteredWhileItIsInUse(self):
         self.install()
         self.wait_for_line(self.open_browser(), r"shown: page 2")
-        # Windows returns 3010 and deletes the file at the restart. Wine 8 returns 0 and leaves the file.
+        # Windows returns 3010 and deletes the file at the restart; Wine returns 0 and leaves it.
         self.assertIn(self.windows.msiexec("/x", self.package), (0, 3010))
         registry = self.windows.registry()
         self.assertEqual(self.entries(registry), [])
