@@ -89,7 +89,10 @@ def image_file(image):
 def document(version, date, images, installer, components):
     files = [image_file(image) for image in images]
     relationships = [("SPDXRef-DOCUMENT", "DESCRIBES", PRODUCT)]
-    relationships += [(PRODUCT, "CONTAINS", file["SPDXID"]) for file in files]
+    # A package whose files were not analysed may not contain any, so the document describes them beside it.
+    for file in files:
+        relationships += [("SPDXRef-DOCUMENT", "DESCRIBES", file["SPDXID"]),
+                          (file["SPDXID"], "GENERATED_FROM", PRODUCT)]
     packages = [product_package(version, installer)]
     extracted = []
     for component in components:
@@ -98,7 +101,7 @@ def document(version, date, images, installer, components):
                               "extractedText": component.licence_text()})
         for package in component.packages:
             packages.append(component_package(component, package))
-            kind = "STATIC_LINK" if package.linked else "CONTAINS"
+            kind = "STATIC_LINK" if package.linked else "DEPENDS_ON"
             relationships.append((PRODUCT, kind, packages[-1]["SPDXID"]))
     contents = "".join(file["checksums"][1]["checksumValue"] for file in files)
     identity = uuid.uuid5(uuid.NAMESPACE_OID, contents)
