@@ -36,13 +36,23 @@ class Windows:
                 raise
         return process.returncode, output
 
+    def run_reporting(self, *command):
+        """The same for a program that always prints something. Under Wine a program occasionally fails before its
+        first instruction: without any output it is started once more, which ./test reports."""
+        code, output = self.run(*command)
+        if not output.strip():
+            with open(ROOT / "build/repeated-starts.txt", "a") as repeated:
+                repeated.write(f"{' '.join(map(str, command))}: exit code {code}\n")
+            code, output = self.run(*command)
+        return code, output
+
     def msiexec(self, what, package, arguments=""):
         """The exit code of msiexec, all bits of it: outside cmd Wine passes on eight."""
         script, log = self.scratch / "msiexec.cmd", self.scratch / "msiexec.log"
         log.unlink(missing_ok=True)
         command = f'msiexec {what} "{windows_path(package)}" /qn /l*v "{windows_path(log)}" {arguments}'
         script.write_text(f"@{command}\r\n@echo exit code %errorlevel%\r\n")
-        _, output = self.run("cmd", "/c", windows_path(script))
+        _, output = self.run_reporting("cmd", "/c", windows_path(script))
         data = log.read_bytes() if log.exists() else b""
         self.log = data.decode("utf-16" if data[:2] == b"\xff\xfe" else "latin-1")
         for line in output.splitlines():
@@ -59,7 +69,7 @@ class Windows:
 
     def text(self, key, name):
         """The text of a value; nothing if there is no such value."""
-        code, output = self.run("reg", "query", key, "/v", name)
+        code, output = self.run_reporting("reg", "query", key, "/v", name)
         match = re.search(rf"(?m)^ +{re.escape(name)} +REG_SZ +(.*?)\r?$", output)
         return match[1] if code == 0 and match else None
 
@@ -67,7 +77,7 @@ class Windows:
         self.reg("add", key, "/v", name, "/d", text, "/f")
 
     def reg(self, *arguments):
-        code, output = self.run("reg", *arguments)
+        code, output = self.run_reporting("reg", *arguments)
         assert code == 0, f"reg {arguments}: {output}"
 
     def files(self):
