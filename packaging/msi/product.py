@@ -15,6 +15,8 @@ FEATURES = {
 # The installer's own values: the folder, the installed features, and what the shared values held before.
 SETTINGS_KEY = r"SOFTWARE\Quill\QuillPDF.IE"
 FORMER_KEY = rf"{SETTINGS_KEY}\Former content types"
+# The entry under Add or Remove Programs.
+UNINSTALL_KEY = r"SOFTWARE\Microsoft\Windows\CurrentVersion\Uninstall\[ProductCode]"
 
 NAMESPACE = uuid.UUID("f6874b0d-ef04-48e2-aa77-6d2ddc019f8b")
 

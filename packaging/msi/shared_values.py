@@ -19,6 +19,7 @@ SET_PROPERTY = 51
 # An executable by its path; in the execution script, as the system, failing the installation if it fails.
 RUN_AS_SYSTEM = 34 + 1024 + 2048
 REMOVED = f"${COMPONENT}=2"  # the component's action is "absent"
+INSTALLED = f"?{COMPONENT}=3"  # the component is on the computer, known after CostFinalize
 
 
 def _former_key(value):
@@ -51,11 +52,11 @@ def add(tables, values, own_classes, recorded):
         search(tables, now, value.key, value.name)
         search(tables, former, *former_row(number, value)[:2])
         # A value that names one of the module's classes was not written by another product. An extension may be:
-        # whether it was is known at the first installation only.
+        # whether it was is known at the first installation only, also if the record of it was deleted since.
         others = f'{now} AND {now} ~<> "{value.data}"'
         if not re.search("|".join(map(re.escape, own_classes)), value.data, re.I):
-            others = f"{now} AND ({now} ~<> \"{value.data}\" OR NOT {recorded})"
-        _action(tables, f"SetFormer{number}", SET_PROPERTY, former, f"[{now}]", others, 110 + number)
+            others = f"{now} AND ({now} ~<> \"{value.data}\" OR (NOT {recorded} AND NOT {INSTALLED}))"
+        _action(tables, f"SetFormer{number}", SET_PROPERTY, former, f"[{now}]", others, 1020 + number)
         _action(tables, f"SetKeep{number}", SET_PROPERTY, keep, " (not removed)",
                 f'{REMOVED} AND ({now} ~<> "{value.data}" OR {now} ~= {former})', 1510 + number)
         command = (f'"[System64Folder]reg.exe" add "HKLM\\{value.key}" /v "{value.name}" /t REG_SZ '

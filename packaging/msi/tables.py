@@ -82,8 +82,8 @@ def make(version, files, registered_from):
         "ARPNOMODIFY": 1,  # features are chosen on the command line, there are no dialogs
         "REBOOT": "ReallySuppress",  # a restart is reported, never begun
         "MSIRESTARTMANAGERCONTROL": "DisableShutdown",  # nor is a browser closed
-        "SecureCustomProperties": ";".join(["INSTALLDIR", "REMEMBERED_INSTALLDIR", "NEWERVERSIONFOUND",
-                                            "OLDERVERSIONFOUND", *map(_installed, product.FEATURES), *secure]),
+        "SecureCustomProperties": ";".join(["INSTALLDIR", "REMEMBERED_INSTALLDIR", "LISTED_INSTALLDIR",
+                                            "NEWERVERSIONFOUND", "OLDERVERSIONFOUND", *map(_installed, product.FEATURES), *secure]),
     }.items()
     return tables
 
@@ -127,12 +127,16 @@ def _add_folders(tables):
     ]
     # The folder of the last installation, for a repair or an upgrade that does not name it again.
     shared_values.search(tables, "REMEMBERED_INSTALLDIR", product.SETTINGS_KEY, "InstallDir")
+    # The entry under Add or Remove Programs, if that record was deleted.
+    shared_values.search(tables, "LISTED_INSTALLDIR", product.UNINSTALL_KEY, "InstallLocation")
     tables["CustomAction"] += [
         ("SetInstallDir", shared_values.SET_PROPERTY, "INSTALLDIR", "[REMEMBERED_INSTALLDIR]", None),
+        ("SetListedInstallDir", shared_values.SET_PROPERTY, "INSTALLDIR", "[LISTED_INSTALLDIR]", None),
         ("SetInstallLocation", shared_values.SET_PROPERTY, "ARPINSTALLLOCATION", "[INSTALLDIR]", None),
     ]
     for sequence in ("InstallExecuteSequence", "InstallUISequence"):
         tables[sequence].append(("SetInstallDir", "REMEMBERED_INSTALLDIR AND NOT INSTALLDIR", 101))
+        tables[sequence].append(("SetListedInstallDir", "LISTED_INSTALLDIR AND NOT INSTALLDIR", 102))
     tables["InstallExecuteSequence"].append(("SetInstallLocation", None, 1010))
     _registry(tables, "Settings", product.SETTINGS_KEY, "InstallDir", "[INSTALLDIR]")
     _component(tables, "Settings", product.FEATURES, REGISTRY_KEY_PATH, tables["Registry"][-1][0], "PublisherFolder")

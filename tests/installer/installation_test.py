@@ -54,6 +54,7 @@ class Installation(InstallerTest):
         module.write_bytes(b"damaged")
         self.windows.reg("delete", DOCUMENT_CLASS + r"\InprocServer32", "/f")
         self.windows.reg("delete", CONTENT_TYPES + r"\application/pdf", "/v", "CLSID", "/f")
+        self.windows.reg("delete", SETTINGS, "/f")
         self.windows.reg("add", HELPER_CLASS + r"\InprocServer32", "/ve", "/d", "damaged", "/f")
         self.install("REINSTALL=ALL REINSTALLMODE=amus")
         self.assert_module(package.module(), "Another folder")

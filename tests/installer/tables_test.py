@@ -175,13 +175,14 @@ class Tables(build_test.Scratch):
         for table in ("InstallUISequence", "InstallExecuteSequence"):
             sequence = {row["Action"]: int(row["Sequence"]) for row in self.table(table)}
             self.assertLess(sequence["AppSearch"], sequence["SetInstallDir"])
-            self.assertLess(sequence["SetInstallDir"], sequence["CostInitialize"])
+            self.assertLess(sequence["SetInstallDir"], sequence["SetListedInstallDir"])
+            self.assertLess(sequence["SetListedInstallDir"], sequence["CostInitialize"])
 
     def RunNoCodeOfTheProduct(self):
         self.assertNotIn("SelfReg", package.tables(self.package))
         kinds = {row["Action"].rstrip("0123456789"): row["Type"] for row in self.table("CustomAction")}
-        self.assertEqual(kinds, {"SetInstallDir": "51", "SetInstallLocation": "51", "SetFormer": "51",
-                                 "SetKeep": "51", "RestoreFormer": "3106"})
+        self.assertEqual(kinds, {"SetInstallDir": "51", "SetListedInstallDir": "51", "SetInstallLocation": "51",
+                                 "SetFormer": "51", "SetKeep": "51", "RestoreFormer": "3106"})
 
     def ReferToRowsThatExist(self):
         existing = {table: {row[column] for row in self.table(table)} for table, column in
