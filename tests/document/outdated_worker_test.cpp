@@ -82,7 +82,6 @@ QUILL_DOCUMENT_TEST(DocumentWorker, EndsWhenAnotherUrlIsLoadedAfterItsOwn)
     fixture.close_in_order();
 }
 
-// The path of the host's own file, and the pane, no longer belong to that worker.
 QUILL_DOCUMENT_TEST(DocumentWorker, KeepsItsUrlWhenAFirstUrlIsLoadedAfterIt)
 {
     const held_worker worker(fixture, message_get_url, held_worker::side::after);
@@ -98,6 +97,7 @@ QUILL_DOCUMENT_TEST(DocumentWorker, KeepsItsUrlWhenAFirstUrlIsLoadedAfterIt)
     fixture.close_in_order();
 }
 
+// The path of the host's own file, and the pane, no longer belong to that worker.
 QUILL_DOCUMENT_TEST(DocumentWorker, RequestsNoLoadWhenAnotherUrlIsLoadedAfterItsFile)
 {
     const import_replaced download(fixture.module.handle(), "URLDownloadToFileW", &download_small_pdf);

@@ -29,7 +29,8 @@ struct counted
     }
 };
 
-// Under load the system's own threads close some handles a moment later; a leak stays.
+// Under load the system's own threads close some handles a moment later; a leak stays. Polls, because nothing
+// signals that, and dispatches no messages, which could release what the scenario left behind.
 counted settled(const counted& wanted)
 {
     constexpr ULONGLONG deadline_ms = 2'000;
