@@ -183,7 +183,10 @@ TEST_F(Parity, MakesNoDifferenceOnOtherPages)
     EXPECT_EQ(with.pages, without.pages);
     EXPECT_GT(without.events.size(), 15u);
     EXPECT_NE(without.pages[0].find(L"299.pdf"), std::wstring::npos);
-    EXPECT_THAT(editors.starts(0), testing::IsEmpty());
+    // Wine's engine itself sometimes gives a URL that refuses the connection to the default handler.
+    EXPECT_THAT(editors.starts(0),
+                testing::Each(testing::Field(&program_start::crt_arguments,
+                                             testing::ElementsAre(testing::_, L"--default", refused))));
 }
 
 } // namespace

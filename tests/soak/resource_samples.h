@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -38,6 +39,9 @@ struct growth_limits
     std::uint64_t private_bytes_each = 1024;
 };
 
+// What grew by more than its limit, a text each; empty if nothing did.
+using growth_report = std::vector<std::string>;
+
 class sample_table
 {
 public:
@@ -51,7 +55,7 @@ public:
     void add(std::size_t done, bool settled);
     void print() const;
     // Compares the last line with the one at the index, the end of the warm-up.
-    void expect_flat_from(std::size_t index, const growth_limits& limits) const;
+    growth_report growth_beyond(std::size_t index, const growth_limits& limits) const;
     // Growth for each cycle from the line at the index to the last.
     double heap_bytes_each(std::size_t index) const;
     const std::vector<sample>& lines() const { return lines_; }
@@ -76,10 +80,14 @@ struct known_growth
 // Compares a run in the browser's engine with the same run without the code under test: from the line at the
 // index to the last, nothing may grow by more than in the other run, the known growth, and what comes and
 // goes.
-void expect_no_steeper_than(const sample_table& bare, const sample_table& table, std::size_t index,
+growth_report growth_beyond(const sample_table& bare, const sample_table& table, std::size_t index,
                             const known_growth& known = {});
 // The growth of a table from the line at the index to the last.
 known_growth growth_since(const sample_table& table, std::size_t index);
+
+// Fails the test if something grew in each of three measurements; a measurement without growth ends it. A
+// leak appears in each; a thread that the system starts or what it allocates at some first use does not.
+void expect_flat(const std::function<growth_report()>& measure);
 
 // A run of many cycles, with a line of the table after the warm-up and at regular intervals; ends early if a
 // test has failed.
