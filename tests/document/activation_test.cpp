@@ -48,7 +48,12 @@ QUILL_DOCUMENT_TEST(DocumentActivation, DeactivatesTheUserInterfaceFirst)
     fixture.host.order = activation_order::site_then_ui_activate;
     fixture.show_file(fixture.pdf());
     fixture.host.calls.forget_calls();
+    const HWND window = fixture.window();
+    bool is_destroyed = false;
+    fixture.host.calls.when("IOleInPlaceSite::OnInPlaceDeactivate",
+                            [&] { is_destroyed = !IsWindow(window); });
     EXPECT_EQ(fixture.as<IOleInPlaceObject>()->InPlaceDeactivate(), S_OK);
+    EXPECT_TRUE(is_destroyed) << "the site was called while the window existed";
     EXPECT_EQ(fixture.host.calls.calls_of(
                   {"IOleInPlaceSite::OnUIDeactivate", "IOleInPlaceSite::OnInPlaceDeactivate"}),
               (lines{"IOleInPlaceSite::OnUIDeactivate", "IOleInPlaceSite::OnInPlaceDeactivate"}));

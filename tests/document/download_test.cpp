@@ -143,6 +143,7 @@ TEST_F(DocumentDownload, StartsAgainWithANewWindow)
     fixture.load_url(server.url(L"/x.pdf"));
     fixture.show();
     ASSERT_TRUE(wait_for_viewer_calls(1));
+    fixture.wait_for_no_worker(); // no worker consumes the stop
     fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
     fixture.viewer.forget_calls();
     EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);

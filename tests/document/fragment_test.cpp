@@ -93,6 +93,17 @@ QUILL_DOCUMENT_TEST(DocumentFragment, WithoutALocationThereIsNeitherPageNorZoom)
     }
 }
 
+QUILL_DOCUMENT_TEST(DocumentFragment, ABrowserLeftByAFailedQueryIsNotAsked)
+{
+    fixture.host.browser.location_url = L"http://host.test/x.pdf#page=3";
+    fixture.host.calls.make_fail("IServiceProvider::QueryService", call_fault::error_with_value);
+    fixture.show_file(fixture.pdf());
+    EXPECT_EQ(calls_after_opening(fixture), lines{});
+    EXPECT_EQ(fixture.host.calls.count("IWebBrowser2::get_LocationURL"), 0);
+    EXPECT_EQ(fixture.host.calls.count("IShellBrowser::GetWindow"), 0);
+    fixture.close_in_order();
+}
+
 QUILL_DOCUMENT_TEST(DocumentFragment, MayHaveAnyLength)
 {
     fixture.host.browser.location_url = L"http://host.test/x.pdf#page=12#";

@@ -44,6 +44,23 @@ QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedAfterTheLoadAndRemovedAtDeactivation)
     EXPECT_EQ(fixture.host.frame.set_menus.size(), 2u);
 }
 
+QUILL_DOCUMENT_TEST(DocumentMenu, LeavesTheSubmenusToTheContainer)
+{
+    const HMENU submenu = CreatePopupMenu();
+    fixture.host.calls.when("IOleInPlaceFrame::SetMenu", [&] {
+        if (fixture.host.frame.set_menus.size() == 1)
+            AppendMenuW(fixture.host.frame.filled_menus[0], MF_POPUP, reinterpret_cast<UINT_PTR>(submenu),
+                        L"&Tools");
+    });
+    fixture.show_file(fixture.pdf());
+    ASSERT_EQ(fixture.host.frame.filled_menus.size(), 1u);
+    EXPECT_EQ(GetSubMenu(fixture.host.frame.filled_menus[0], 3), submenu);
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    EXPECT_FALSE(IsMenu(fixture.host.frame.filled_menus[0]));
+    EXPECT_TRUE(DestroyMenu(submenu)) << "it was destroyed with the merged menu";
+    fixture.close_in_order();
+}
+
 QUILL_DOCUMENT_TEST(DocumentMenu, IsMergedAfterPageAndZoomAreShown)
 {
     fixture.host.browser.location_url = L"http://host.test/x.pdf#page=2#zoom=50";

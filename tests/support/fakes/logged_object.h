@@ -69,8 +69,11 @@ template <class Interface>
 HRESULT answer_interface(call_fault fault, Interface** out, Interface* value)
 {
     HRESULT result = S_OK;
-    if (!wants_value(fault, out, result))
+    if (!wants_value(fault, out, result)) {
+        if (fault == call_fault::error_with_value && out)
+            *out = value;
         return result;
+    }
     *out = value;
     if (!value)
         return E_NOTIMPL;
