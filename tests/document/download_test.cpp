@@ -135,19 +135,28 @@ TEST_F(DocumentDownload, IsNotShownWhenClosedBeforeTheFileIsLoaded)
 }
 
 // A document that is hidden and shown again downloads its file again.
-TEST_F(DocumentDownload, StartsAgainWithANewWindow)
+TEST_F(DocumentDownload, IsNotRepeatedForANewWindow)
 {
     server.route("/x.pdf", http_response::ok(pdf_body(2'000)));
-    fixture.create();
-    fixture.set_site();
-    fixture.load_url(server.url(L"/x.pdf"));
-    fixture.show();
+    fixture.show_url(server.url(L"/x.pdf"));
     ASSERT_TRUE(wait_for_viewer_calls(1));
-    fixture.wait_for_no_worker(); // no worker consumes the stop
     fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
     fixture.viewer.forget_calls();
     EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);
     ASSERT_TRUE(wait_for_viewer_calls(1));
+    fixture.close_in_order();
+    EXPECT_EQ(server.requests().size(), 1u);
+}
+
+TEST_F(DocumentDownload, StartsAgainWithANewWindowAfterAFailure)
+{
+    server.route("/x.pdf", http_response::not_found());
+    fixture.show_url(server.url(L"/x.pdf"));
+    fixture.wait_for_no_worker(); // which could consume the stop
+    fixture.as<IOleInPlaceObject>()->InPlaceDeactivate();
+    server.route("/x.pdf", http_response::ok(pdf_body(2'000)));
+    EXPECT_EQ(fixture.host.view->Show(TRUE), S_OK);
+    EXPECT_TRUE(wait_for_viewer_calls(1));
     fixture.close_in_order();
 }
 
