@@ -67,8 +67,8 @@ class BrowsingTest(unittest.TestCase):
         lines = [self.server.stdout.readline() for _ in SAMPLES]
         self.document, self.library = (line.removeprefix("serving ").strip() for line in lines)
 
-    def browse(self, *arguments, **variables):
-        """Runs the browser program until it has shown what it opens."""
+    def browse(self, *arguments, expected=0, **variables):
+        """Runs the browser program until it has shown what it opens; with the exit code 1 it shows nothing."""
         environment = {name: value for name, value in os.environ.items() if not name.startswith("QUILL_LOG_")}
         environment.update(QUILL_EDITOR_RECORD=windows_path(self.record), **variables)
         before = set(self.logs())
@@ -76,7 +76,7 @@ class BrowsingTest(unittest.TestCase):
         process = self.windows.start(package.bin_folder / "quill_browser.exe", "--exit", *arguments, env=environment,
                                      stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
         output = process.communicate(timeout=2 * LIMIT_S)[0].decode(errors="replace")
-        self.assertEqual(process.returncode, 0, output)
+        self.assertEqual(process.returncode, expected, output)
         new = [path for path in self.logs() if path not in before]
         self.assertLessEqual(len(new), 1)
         self.log_file = new[0] if new else None

@@ -12,10 +12,12 @@ sys.dont_write_bytecode = True
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(ROOT / folder) for folder in ("tests/installer", "packaging/msi", "tools")]
 import package
+import page_test
+import page_text_test
 import reading_test
 import template_test
 
-MODULES = {"native": [template_test], "wine": [reading_test]}
+MODULES = {"native": [template_test, page_text_test], "wine": [reading_test, page_test]}
 
 
 def tests():

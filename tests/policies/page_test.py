@@ -1,0 +1,135 @@
+"""What the administrator's page says, followed to the letter in a new prefix."""
+import re
+import subprocess
+
+import package
+import page
+import registry_listing
+from browsing import BrowsingTest, LIMIT_S
+from windows import INSTALLER_KEYS, windows_path
+
+TIME = re.compile(r"^[\d:]+ \[t:\d+\] ", re.M)
+# What differs from run to run.
+VARIABLE = [(TIME, ""), (re.compile(r"0x[0-9a-f]{4,}"), "OBJECT"), (re.compile(r"127\.0\.0\.1:\d+"), "SERVER"),
+            (re.compile(r"\\users\\\w+\\"), r"\\users\\USER\\"), (re.compile(r"qll\d+"), "qllN"),
+            (re.compile(r"(Default - \d) \d+"), r"\1 ERROR")]
+
+
+def normalised(log):
+    for pattern, replacement in VARIABLE:
+        log = pattern.sub(replacement, log)
+    return [line.rstrip() for line in log.splitlines()]
+
+
+class Page(BrowsingTest):
+    modules = ("QuillPDFCtrl.dll", "QuillPages.dll")  # the package installs the product
+
+    def run_lines(self, block):
+        """[(line, exit code, output)] of a block's commands, run as a batch file in the folder of the package."""
+        lines = [re.sub(r"QuillPDF\.IE-\d+\.\d+\.\d+-x64", f"QuillPDF.IE-{package.version()}-x64", line)
+                 for line in block.text.splitlines()]
+        script = ["@echo off"] + [part for line in lines for part in (line, "echo exit code %errorlevel%")]
+        (self.folder / "page.cmd").write_text("".join(f"{line}\r\n" for line in script))
+        process = self.windows.start("cmd", "/c", "page.cmd", cwd=self.folder, stdout=subprocess.PIPE,
+                                     stderr=subprocess.STDOUT, text=True)
+        parts = re.split(r"(?m)^exit code (-?\d+)\r?\n?", process.communicate(timeout=4 * LIMIT_S)[0])
+        self.assertEqual(len(parts), 2 * len(lines) + 1, parts)
+        return list(zip(lines, map(int, parts[1::2]), parts[::2]))
+
+    def import_file(self, block):
+        file = self.folder / "page.reg"
+        file.write_bytes(block.text.replace("\n", "\r\n").encode("utf-16"))
+        self.windows.reg("import", windows_path(file))
+        for key, values in page.registry_file(block).items():
+            for name, (kind, data) in values.items():
+                _, output = self.windows.run_reporting("reg", "query", key, "/v", name)
+                self.assertRegex(output, rf"(?m)^ +{re.escape(name)} +{kind} +{re.escape(data)}\r?$")
+
+    def CommandsWorkInANewPrefix(self):
+        package.build(self.folder / f"QuillPDF.IE-{package.version()}-x64.msi")
+        machine, user = self.windows.registry(), self.environment()
+        after = {"msiexec /i": self.check_installed, 'mkdir "%USERPROFILE%': self.check_log_folder,
+                 "QUILL_LOG_LEVEL /d debug": self.check_log, "msiexec /x": self.check_removed}
+        kept = {}  # written by registry files, and removed with the policies that stand for them
+        for block in page.blocks():
+            if block.language == "bat" and block.runs_in_wine():
+                for line, code, output in self.run_lines(block):
+                    may_fail = line.startswith("reg delete")
+                    self.assertIn(code, (0, 1) if may_fail else (0,), f"{line}: {output}")
+                    for words in [words for words in after if words in line]:
+                        after.pop(words)(output)
+            elif block.language == "reg":
+                self.import_file(block)
+                kept.update(page.registry_file(block))
+            elif block.language == "xml" and "<Task " in block.text:
+                (self.folder / "downloads.xml").write_text(block.text)
+        self.assertEqual(after, {}, "what was not run")
+        self.assert_cleaned(machine, user, kept)
+
+    def LogLinesAreThoseOfTheModule(self):
+        self.register("QuillPDF.IE.dll")
+        level = {"QUILL_LOG_LEVEL": "debug"}
+        shown = self.open_document(**level).log
+        logs = {"shown": shown, "library": self.click_in_library(**level)[0].log}
+        logs["folder"] = self.browse(self.document, "--wait", "2", expected=1, QUILL_TMP_FOLDER=r"C:\missing", **level).log
+        self.register("/u", "QuillPDFCtrl.dll")
+        logs["viewer"] = self.browse(self.document, "--wait", "2", expected=1, **level).log
+
+        [example] = [block.text for block in page.blocks() if "[debug]" in block.text]
+        lines = iter(normalised(shown))
+        for line in normalised(example):
+            self.assertIn(line, lines)  # in this order
+        rows = [text for heading, text in page.statements() if heading == "Reading the log" and text.startswith("| `")]
+        seen = [row for row in rows if "S37" in row or "S15" in row]
+        self.assertGreater(len(seen), 6)
+        everything = "\n".join(line for log in logs.values() for line in normalised(log))
+        for row in seen:
+            words = normalised(re.match(r"\| `(.*?)`", row)[1])[0]
+            if words != "KIEBrowserPlugin: WinINet":  # policies.Policies.SwitchBetweenTheDownloadPaths
+                self.assertIn(words, everything)
+        self.assertIn("FAILED TO CREATE TEMP DIRECTORY", logs["folder"])
+        self.assertIn("OnCreate [#1]", logs["viewer"])
+        self.assertNotIn("OnCreate [#2]", logs["viewer"])
+        self.assertRegex(logs["library"], r"PDF Editor: \r\n")
+
+    def register(self, *words):
+        code, output = self.windows.run("regsvr32", "/s", *words[:-1], windows_path(package.bin_folder / words[-1]))
+        self.assertEqual(code, 0, output)
+
+    def check_installed(self, _):
+        self.open_document()
+
+    def check_log_folder(self, _):
+        self.open_document(QUILL_LOG_LEVEL="debug")
+        self.assertEqual(self.log_file.parent, self.profile / ".quill/test")
+
+    def check_log(self, _):
+        self.assertIn("debug", self.open_document().levels())
+
+    def check_removed(self, _):
+        module = self.windows.drive / "Program Files/Quill/PDF for Internet Explorer/QuillPDF.IE.dll"
+        self.assertFalse(module.exists())
+        self.assertTrue(self.downloads(), "downloads stay")
+        self.assertTrue(self.logs(), "logs stay")
+        # What a tab in protected mode would have left.
+        low = self.profile / "AppData/LocalLow/Temp/qll3"
+        low.mkdir(parents=True)
+        (low / "a.pdf").write_text("x")
+
+    def downloads(self):
+        return [path for folder in ("Temp", "AppData/LocalLow/Temp") for path in (self.profile / folder).glob("qll*")]
+
+    def environment(self):
+        return self.windows.run_reporting("reg", "query", r"HKCU\Environment")[1]
+
+    def assert_cleaned(self, machine, user, kept):
+        stay = {key.lower().replace("hkey_local_machine", "hklm") for key in kept if r"\Policies\Microsoft" in key}
+        self.assertEqual(len(stay), 2, "policies of the browsers")
+        stay |= {key.replace(r"hklm\software", r"hklm\software\wow6432node") for key in stay}  # one key in two views
+        changes = [line for line in registry_listing.difference(machine, self.windows.registry())
+                   if ": " in line and not line[2:].startswith((*INSTALLER_KEYS, *stay))]
+        self.assertEqual(changes, [])
+        self.assertEqual(self.environment(), user)
+        self.assertEqual(self.windows.run("reg", "query", r"HKCU\SOFTWARE\Quill")[0], 1)
+        self.assertEqual(self.downloads(), [])
+        self.assertEqual(self.logs(), [])
