@@ -26,9 +26,10 @@ class Windows:
     def start(self, *command, **options):
         return subprocess.Popen([ROOT / "tools/wine-run", *map(str, command)], stdin=subprocess.DEVNULL, **options)
 
-    def run(self, *command):
+    def run(self, *command, **options):
         """(exit code, output) of a program."""
-        with self.start(*command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True) as process:
+        with self.start(*command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
+                        **options) as process:
             try:
                 output, _ = process.communicate(timeout=PROGRAM_LIMIT_S)
             except subprocess.TimeoutExpired:
@@ -36,14 +37,14 @@ class Windows:
                 raise
         return process.returncode, output
 
-    def run_reporting(self, *command):
+    def run_reporting(self, *command, **options):
         """The same for a program that always prints something. Under Wine a program occasionally fails before its
         first instruction: without any output it is started once more, which ./test reports."""
-        code, output = self.run(*command)
+        code, output = self.run(*command, **options)
         if not output.strip():
             with open(ROOT / "build/repeated-starts.txt", "a") as repeated:
                 repeated.write(f"{' '.join(map(str, command))}: exit code {code}\n")
-            code, output = self.run(*command)
+            code, output = self.run(*command, **options)
         return code, output
 
     def msiexec(self, what, package, arguments=""):
