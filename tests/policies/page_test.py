@@ -70,6 +70,9 @@ class Page(BrowsingTest):
         shown = self.open_document(**level).log
         logs = {"shown": shown, "library": self.click_in_library(**level)[0].log}
         logs["folder"] = self.browse(self.document, "--wait", "2", expected=1, QUILL_TMP_FOLDER=r"C:\missing", **level).log
+        self.block_log_folder()
+        self.assertIsNone(self.open_document(**level).log)
+        self.unblock_log_folder()
         self.register("QuillPDFCtrl.dll", "/u")
         logs["viewer"] = self.browse(self.document, "--wait", "2", expected=1, **level).log
 
@@ -89,6 +92,15 @@ class Page(BrowsingTest):
         self.assertIn("OnCreate [#1]", logs["viewer"])
         self.assertNotIn("OnCreate [#2]", logs["viewer"])
         self.assertRegex(logs["library"], r"PDF Editor: \r\n")
+
+    def block_log_folder(self):
+        self.company = self.profile / "AppData/Roaming/Quill"
+        self.company.rename(self.company.with_name("Quill of before"))
+        self.company.write_text("a file in the way")
+
+    def unblock_log_folder(self):
+        self.company.unlink()
+        self.company.with_name("Quill of before").rename(self.company)
 
     def check_installed(self, _):
         self.open_document()
