@@ -27,6 +27,19 @@ DWORD system_temp_path(DWORD size, wchar_t* buffer)
     return newer ? newer(size, buffer) : GetTempPathW(size, buffer);
 }
 
+std::wstring joined(const std::wstring& folder, const wchar_t* name)
+{
+    const bool separated = !folder.empty() && (folder.back() == L'\\' || folder.back() == L'/');
+    return folder + (separated ? L"" : L"\\") + name;
+}
+
+bool exists(const std::wstring& path)
+{
+    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+} // namespace
+
 std::wstring system_temp_directory()
 {
     wchar_t path[MAX_PATH + 2] = {};
@@ -41,18 +54,13 @@ std::wstring system_temp_directory()
     return path;
 }
 
-std::wstring joined(const std::wstring& folder, const wchar_t* name)
+std::wstring local_low_temp_directory()
 {
-    const bool separated = !folder.empty() && (folder.back() == L'\\' || folder.back() == L'/');
-    return folder + (separated ? L"" : L"\\") + name;
+    unique_com_string folder;
+    if (FAILED(SHGetKnownFolderPath(FOLDERID_LocalAppDataLow, 0, nullptr, folder.put())) || !folder)
+        return {};
+    return joined(folder.get(), L"Temp");
 }
-
-bool exists(const std::wstring& path)
-{
-    return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
-} // namespace
 
 temp_file_manager::temp_file_manager(error_report report, integrity_query is_low_integrity)
     : report_(std::move(report)), is_low_integrity_(is_low_integrity)
@@ -72,12 +80,12 @@ bool temp_file_manager::create_directories(const std::wstring& path) const
 
 bool temp_file_manager::local_low_directory(std::wstring& path) const
 {
-    unique_com_string folder;
-    if (FAILED(SHGetKnownFolderPath(FOLDERID_LocalAppDataLow, 0, nullptr, folder.put())) || !folder) {
+    std::wstring folder = local_low_temp_directory();
+    if (folder.empty()) {
         report_("temp_file_manager: local_low temp_path failed");
         return false;
     }
-    path = joined(folder.get(), L"Temp");
+    path = std::move(folder);
     return exists(path) || create_directories(path);
 }
 
@@ -87,7 +95,7 @@ bool temp_file_manager::temp_directory(std::wstring& path) const
         if (!local_low_directory(path))
             return false;
     } else {
-        path = environment_variable(L"QUILL_TMP_FOLDER").value_or(L"");
+        path = environment_variable(temp_folder_variable).value_or(L"");
         if (path.empty())
             path = system_temp_directory();
     }

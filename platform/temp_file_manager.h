@@ -11,6 +11,16 @@
 
 namespace quill {
 
+// The system's temporary folder of this process. Throws std::filesystem::filesystem_error if it is
+// unavailable.
+std::wstring system_temp_directory();
+
+// The temporary folder of low-integrity processes, whether or not it exists; empty if the system has none.
+std::wstring local_low_temp_directory();
+
+// The environment variable that replaces the system's temporary folder.
+inline constexpr wchar_t temp_folder_variable[] = L"QUILL_TMP_FOLDER";
+
 class temp_file_manager
 {
 public:

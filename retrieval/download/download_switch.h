@@ -20,6 +20,23 @@ enum wininet_switch : int
 // error code, whether or not reading failed.
 wininet_switch ReadWinINetSwitch(DWORD& last_error) noexcept;
 
+// The key that ReadWinINetSwitch reads: the first of these that exists. It is not looked for in the others
+// when the value is missing there. Also none if the user's key exists but cannot be opened.
+enum class wininet_switch_source
+{
+    none,
+    user,
+    machine, // the 64-bit view
+    machine_32_bit
+};
+
+// The setting as ReadWinINetSwitch finds it. For programs that show where it comes from.
+wininet_switch read_wininet_switch(wininet_switch_source& source) noexcept;
+
+// Path of the key below its root, and name of the value.
+extern const wchar_t wininet_switch_key[];
+extern const wchar_t wininet_switch_value[];
+
 // On for "/b" and a decimal number other than 0. text is null-terminated.
 wininet_switch parse_wininet_switch(const wchar_t* text) noexcept;
 

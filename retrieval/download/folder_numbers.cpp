@@ -2,8 +2,6 @@
 
 #include "platform/text.h"
 
-#include <optional>
-
 namespace quill {
 namespace {
 
@@ -32,11 +30,14 @@ std::optional<std::uint32_t> number_of(std::wstring_view digits)
 
 } // namespace
 
+std::optional<std::uint32_t> cache_folder_number(std::wstring_view entry)
+{
+    return has_prefix(entry) ? number_of(entry.substr(cache_folder_prefix.size())) : std::nullopt;
+}
+
 void folder_numbers::add(std::wstring_view entry)
 {
-    if (!has_prefix(entry))
-        return;
-    if (const auto number = number_of(entry.substr(cache_folder_prefix.size())))
+    if (const auto number = cache_folder_number(entry))
         taken_.push(*number);
 }
 

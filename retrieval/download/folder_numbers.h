@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <queue>
 #include <string_view>
 #include <vector>
@@ -11,6 +12,10 @@ namespace quill {
 
 // Prefix of the name of each cache folder; its number follows.
 inline constexpr std::wstring_view cache_folder_prefix = L"qll";
+
+// The number in the name of a cache folder; nullopt for any other name. Ignores the case of the prefix, as
+// the file system does.
+std::optional<std::uint32_t> cache_folder_number(std::wstring_view entry);
 
 // Add every entry of the folder first, then take free numbers in ascending order. Throws std::bad_alloc.
 class folder_numbers

@@ -30,7 +30,12 @@ using HKEY = struct registry_key*;
 #define E_FAIL static_cast<HRESULT>(0x80004005)
 #define HRESULT_FROM_WIN32(error) static_cast<HRESULT>(((error) & 0xFFFF) | 0x80070000)
 #define ERROR_SUCCESS 0u
+#define ERROR_FILE_NOT_FOUND 2u
+#define ERROR_PATH_NOT_FOUND 3u
+#define ERROR_ACCESS_DENIED 5u
+#define ERROR_SHARING_VIOLATION 32u
 #define ERROR_INVALID_PARAMETER 87u
+#define ERROR_MORE_DATA 234u
 
 #define HKEY_CLASSES_ROOT reinterpret_cast<HKEY>(0x80000000)
 #define HKEY_CURRENT_USER reinterpret_cast<HKEY>(0x80000001)
@@ -40,6 +45,7 @@ using HKEY = struct registry_key*;
 
 #define REG_NONE 0u
 #define REG_SZ 1u
+#define REG_EXPAND_SZ 2u
 #define REG_BINARY 3u
 #define REG_DWORD 4u
 

@@ -1,0 +1,160 @@
+// Where a tab writes: the temporary folders, the log, and what downloads have left.
+#include "diagnose/lookup.h"
+#include "diagnose/zones.h"
+
+#include <algorithm>
+
+namespace quill::diagnose {
+namespace {
+
+constexpr std::uint64_t many_folders = 500;
+constexpr std::uint64_t many_bytes = std::uint64_t{1} << 30;
+
+void check_temp_folder(const subject& subject, report& findings)
+{
+    const product_settings& settings = subject.settings;
+    const std::wstring origin =
+        settings.is_temp_folder_set ? L" (from " + settings.temp_variable + L")" : L" (the system's)";
+    finding result{state::problem, L"Temporary folder", L"the system has none" + origin,
+                   L"a folder in which a file can be created",
+                   settings.is_temp_folder_set
+                       ? L"create the folder, or correct " + settings.temp_variable
+                       : L"correct TMP or TEMP, or give the user rights in the folder"};
+    if (!settings.temp_folder.empty()) {
+        const write_facts facts = subject.computer.write(settings.temp_folder, false);
+        result.found = quoted(settings.temp_folder) + origin + L": ";
+        if (facts.result == write_result::written) {
+            result.result = state::ok;
+            result.found += L"can be written";
+            result.to_do.clear();
+        } else {
+            result.found += L"cannot be written: " + error_text(facts.error);
+        }
+    }
+    findings.push_back(result);
+}
+
+// Appends what was found out about writing at low integrity. The state is that of a folder without this
+// right.
+state low_integrity_state(const write_facts& facts, state refused, std::wstring& text)
+{
+    switch (facts.result) {
+    case write_result::written:
+        text += L"can be written at low integrity";
+        return state::ok;
+    case write_result::refused:
+        text += L"cannot be written at low integrity: " + error_text(facts.error);
+        return refused;
+    case write_result::not_tested:
+        break;
+    }
+    text += L"not tested: the system does not lower the integrity of a thread; the folder's mandatory label ";
+    text +=
+        facts.has_low_label ? L"admits low integrity" : L"does not admit low integrity, or cannot be read";
+    return state::note;
+}
+
+void check_low_temp_folder(const subject& subject, report& findings)
+{
+    const std::wstring& folder = subject.settings.low_temp_folder;
+    const bool is_used = is_any_zone_protected(subject.computer);
+    const state refused = is_used ? state::problem : state::note;
+    finding result{refused, L"Temporary folder in protected mode", L"the system has none",
+                   L"a folder in which a tab of low integrity can create a file", L""};
+    if (!folder.empty()) {
+        result.found = quoted(folder) + L": ";
+        const DWORD error = subject.computer.exists(folder);
+        // The module creates Temp, which inherits the label of LocalLow.
+        const std::wstring parent = folder.substr(0, folder.find_last_of(L'\\'));
+        if (is_missing(error))
+            result.found +=
+                L"does not exist yet and is created by the first download; " + quoted(parent) + L" ";
+        const write_facts facts = subject.computer.write(is_missing(error) ? parent : folder, true);
+        result.result = low_integrity_state(facts, refused, result.found);
+    }
+    if (!is_used)
+        result.found += L" (no zone with PDFs is in protected mode)";
+    if (result.result == state::problem)
+        result.to_do = L"icacls \"" + printable(folder) +
+                       L"\" /setintegritylevel (OI)(CI)low, and give the user rights in it";
+    else if (result.result == state::note)
+        result.to_do = L"nothing if PDFs open; otherwise examine the folder's label with icacls";
+    findings.push_back(result);
+}
+
+void check_log(const subject& subject, report& findings)
+{
+    const product_settings& settings = subject.settings;
+    finding result{state::ok, L"Log", L"off: QUILL_LOG_LEVEL is not set",
+                   L"off, or a file that a tab can write", L""};
+    if (settings.is_log_set && !settings.is_log_on) {
+        result.result = state::note;
+        result.found = L"off: QUILL_LOG_LEVEL is " + quoted(settings.log_level) + L", which is no level";
+        result.to_do = L"set it to trace, debug, info, warning, error or critical, or remove it";
+    } else if (settings.is_log_on && !settings.is_log_to_file) {
+        result.found = L"on, level " + quoted(settings.log_level) + L", not to a file";
+    } else if (settings.is_log_on) {
+        result.found = quoted(settings.log_folder) + L": ";
+        const write_facts facts = subject.computer.write(settings.log_folder, false);
+        if (facts.result != write_result::written) {
+            result.result = state::note;
+            result.found += L"cannot be written: " + error_text(facts.error);
+        } else if (is_any_zone_protected(subject.computer)) {
+            result.result = low_integrity_state(subject.computer.write(settings.log_folder, true),
+                                                state::note, result.found);
+        } else {
+            result.found += L"can be written";
+        }
+        if (result.result == state::note)
+            result.to_do =
+                L"PDFs open without a log; for one in protected mode create .quill\\test in the user's "
+                L"profile with icacls /setintegritylevel (OI)(CI)low";
+    }
+    findings.push_back(result);
+}
+
+void check_downloads(const subject& subject, const wchar_t* check, const std::wstring& folder,
+                     report& findings)
+{
+    finding result{state::ok, check, L"no such folder", L"fewer than 500 folders and less than 1 GiB", L""};
+    if (!folder.empty()) {
+        const download_count count = subject.computer.downloads(folder);
+        result.found = quoted(folder) + L": ";
+        if (is_missing(count.error)) {
+            result.found += L"does not exist";
+        } else if (count.error != ERROR_SUCCESS) {
+            result.result = state::note;
+            result.found += L"cannot be listed: " + error_text(count.error);
+            result.to_do = L"give the user the right to list the folder";
+        } else {
+            result.found += counted(count.folders, L"folder") + L" with " + counted(count.bytes, L"byte");
+            if (count.folders > 0)
+                result.found += L", the oldest of " + counted(count.oldest_days, L"day");
+            if (count.unreadable > 0)
+                result.found += L", and " + number_text(count.unreadable) + L" that cannot be listed";
+            if (count.folders >= many_folders || count.bytes >= many_bytes || count.unreadable > 0) {
+                result.result = state::note;
+                result.to_do =
+                    L"QuillDiagnose --clean-downloads 30 removes those that are older than 30 days";
+            }
+        }
+    }
+    findings.push_back(result);
+}
+
+} // namespace
+
+void check_folders(const subject& subject, report& findings)
+{
+    const product_settings& settings = subject.settings;
+    check_temp_folder(subject, findings);
+    check_low_temp_folder(subject, findings);
+    check_log(subject, findings);
+    check_downloads(subject, L"Downloads, system's temporary folder", settings.system_temp_folder, findings);
+    check_downloads(subject, L"Downloads, temporary folder in protected mode", settings.low_temp_folder,
+                    findings);
+    check_downloads(subject, L"Downloads, QUILL_TMP_FOLDER",
+                    settings.is_temp_folder_set ? settings.temp_folder : std::wstring(), findings);
+}
+
+} // namespace quill::diagnose

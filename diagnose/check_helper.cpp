@@ -1,0 +1,162 @@
+// The browser helper object for SharePoint libraries, and the editor that it starts. Nothing here keeps a PDF
+// from opening in the browser, so nothing here is a problem.
+#include "diagnose/lookup.h"
+#include "diagnose/zones.h"
+
+#include <algorithm>
+
+namespace quill::diagnose {
+namespace {
+
+constexpr const wchar_t* elevation_policy =
+    L"SOFTWARE\\Microsoft\\Internet Explorer\\Low Rights\\ElevationPolicy";
+
+void check_helper_registration(const subject& subject, report& findings)
+{
+    std::vector<std::wstring> wrong;
+    for (const registered_value& row : subject.product.helper_values) {
+        if (const std::wstring text = difference(subject.computer, row); !text.empty())
+            wrong.push_back(text);
+    }
+    const bool is_absent = wrong.size() == subject.product.helper_values.size();
+    const bool is_expected = is_feature_installed(subject.computer, L"SharePoint");
+    findings.push_back(
+        {wrong.empty() ? state::ok : state::note, L"Helper object, registration for the machine",
+         wrong.empty()               ? L"complete"
+         : is_absent && !is_expected ? L"not registered; the feature SharePoint is not installed"
+                                     : joined(wrong),
+         L"complete if PDFs of SharePoint libraries are to open in the editor",
+         wrong.empty()               ? L""
+         : is_absent && !is_expected ? L"msiexec /i PACKAGE.msi ADDLOCAL=SharePoint, if wanted"
+                                     : repair});
+}
+
+void check_helper_library(const subject& subject, report& findings)
+{
+    const server_path document =
+        server_of_class(subject.computer, subject.product.document_class, registry_view::bits_64);
+    const server_path helper =
+        server_of_class(subject.computer, subject.product.helper_class, registry_view::bits_64);
+    const bool is_same = helper.path && document.path && equal_names(*helper.path, *document.path);
+    const bool is_absent = is_missing(helper.value.value);
+    findings.push_back({is_same || is_absent ? state::ok : state::note, L"Helper object, DLL",
+                        described(helper.value.key, L"") + L": " + described(helper.value.value),
+                        L"the DLL of the document class, or not registered",
+                        is_same || is_absent ? L"" : repair});
+}
+
+void check_extensions(const subject& subject, report& findings)
+{
+    constexpr const wchar_t* name = L"Enable Browser Extensions";
+    const found_value found =
+        first_value(subject.computer, policy_keys(L"Microsoft\\Internet Explorer\\Main"), name);
+    const auto text = text_of(found.value);
+    const bool is_on = is_missing(found.value) || (text && !equal_names(*text, L"no"));
+    findings.push_back(
+        {is_on ? state::ok : state::note, L"Helper object, browser extensions",
+         is_missing(found.value) ? L"not set: enabled"
+                                 : described(found.key, name) + L": " + described(found.value),
+         L"not set, or \"yes\"",
+         is_on ? L"" : L"enable \"third-party browser extensions\" if the helper object is wanted"});
+}
+
+void check_editor(const subject& subject, report& findings)
+{
+    const std::wstring& path = subject.settings.editor_path;
+    constexpr const wchar_t* name = L"exepath";
+    finding result{state::ok, L"Desktop editor", L"", L"the full path of the suite's editor in HKLM", L""};
+    DWORD error = ERROR_SUCCESS;
+    if (path.empty()) {
+        const registry_key key = machine_key(subject.settings.editor_key);
+        result.found = described(key, name) + L": " + described(subject.computer.value(key, name)) +
+                       L"; a text of 260 or more characters is not read";
+    } else {
+        error = subject.computer.exists(path);
+        result.found = quoted(path) + (error == ERROR_SUCCESS ? L"" : L": " + error_text(error));
+    }
+    if (path.empty() || error != ERROR_SUCCESS) {
+        result.result = state::note;
+        result.to_do = L"install the suite's editor; until then the system's default program opens the PDFs "
+                       L"of libraries";
+    }
+    const registry_value of_user = subject.computer.value(user_key(subject.settings.editor_key), name);
+    if (!is_missing(of_user)) {
+        result.result = state::note;
+        result.found += L"; the user's value " + described(of_user) + L" is ignored";
+        if (result.to_do.empty())
+            result.to_do = L"delete the user's value, or set the machine's";
+    }
+    findings.push_back(result);
+}
+
+std::wstring file_name(const std::wstring& path)
+{
+    return path.substr(path.find_last_of(L"\\/") + 1);
+}
+
+// In protected mode the browser starts a program at medium integrity without asking only if a policy says so.
+void check_elevation(const subject& subject, report& findings)
+{
+    constexpr DWORD without_asking = 3;
+    const std::wstring& path = subject.settings.editor_path;
+    finding result{state::note, L"Desktop editor, elevation policy", L"the editor is not known",
+                   L"an entry with AppName, AppPath and Policy 3 for the editor, if libraries are opened in "
+                   L"protected mode",
+                   L"create the entry if users are asked each time"};
+    if (!path.empty()) {
+        const registry_key all = machine_key(elevation_policy);
+        const subkey_list keys = subject.computer.subkeys(all);
+        result.found = described(all) + (keys.error == ERROR_SUCCESS || is_missing(keys.error)
+                                             ? std::wstring(L": no entry for ") + quoted(file_name(path))
+                                             : L": " + error_text(keys.error));
+        for (const std::wstring& name : keys.names) {
+            const registry_key key = below(all, name);
+            const auto program = text_of(subject.computer.value(key, L"AppName"));
+            if (!program || !equal_names(*program, file_name(path)))
+                continue;
+            const registry_value policy = subject.computer.value(key, L"Policy");
+            result.found = described(key) + L": Policy " + described(policy);
+            if (number_of(policy) == without_asking) {
+                result.result = state::ok;
+                result.to_do.clear();
+            }
+            break;
+        }
+    }
+    findings.push_back(result);
+}
+
+} // namespace
+
+void check_helper(const subject& subject, report& findings)
+{
+    const std::wstring& clsid = subject.product.helper_class;
+    check_helper_registration(subject, findings);
+    check_helper_library(subject, findings);
+    findings.push_back(
+        add_on_list_finding(subject.computer, clsid, L"Helper object, Add-on List", state::note));
+    findings.push_back(
+        user_choice_finding(subject.computer, clsid, L"Helper object, disabled by the user", state::note));
+    check_extensions(subject, findings);
+    check_editor(subject, findings);
+    check_elevation(subject, findings);
+}
+
+report diagnose(const subject& subject)
+{
+    report findings;
+    check_system(subject, findings);
+    check_installation(subject, findings);
+    check_registration(subject, findings);
+    check_content_types(subject, findings);
+    check_library(subject, findings);
+    check_viewer(subject, findings);
+    check_blocking(subject, findings);
+    check_tabs(subject, findings);
+    check_folders(subject, findings);
+    check_settings(subject, findings);
+    check_helper(subject, findings);
+    return findings;
+}
+
+} // namespace quill::diagnose

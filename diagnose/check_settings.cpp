@@ -1,0 +1,150 @@
+// The system, the installer's record, and the settings of the product.
+#include "diagnose/image_file.h"
+#include "diagnose/lookup.h"
+
+namespace quill::diagnose {
+namespace {
+
+// packaging/msi/product.py writes it.
+constexpr const wchar_t* installer_key = L"SOFTWARE\\Quill\\QuillPDF.IE";
+
+void check_account(const subject& subject, report& findings)
+{
+    const bool is_elevated = subject.system.is_elevated;
+    findings.push_back(
+        {is_elevated ? state::note : state::ok, L"Account",
+         printable(subject.system.user) + (is_elevated ? L", elevated" : L", not elevated"),
+         L"the account of the browser, not elevated: settings and folders of a user are this account's",
+         is_elevated ? L"start the program again as the user whose PDFs do not open, not as administrator"
+                     : L""});
+}
+
+void check_engine(const subject& subject, report& findings)
+{
+    const std::wstring browser = subject.system.program_files + L"\\Internet Explorer\\iexplore.exe";
+    std::vector<std::wstring> wrong;
+    const file_contents file = subject.computer.read(browser);
+    if (file.error != ERROR_SUCCESS || file.is_folder)
+        wrong.push_back(quoted(browser) + L": " + (file.is_folder ? L"is a folder" : error_text(file.error)));
+    else if (read_image(file.bytes).kind != image_kind::bits_64)
+        wrong.push_back(quoted(browser) + L" is no 64-bit program");
+    for (const wchar_t* name : {L"ieframe.dll", L"mshtml.dll", L"urlmon.dll"}) {
+        const std::wstring path = subject.system.system_folder + L"\\" + name;
+        if (const DWORD error = subject.computer.exists(path); error != ERROR_SUCCESS)
+            wrong.push_back(quoted(path) + L": " + error_text(error));
+    }
+    const registry_key key = machine_key(L"SOFTWARE\\Microsoft\\Internet Explorer");
+    const found_value version = first_value(subject.computer, {key}, L"svcVersion");
+    const found_value older = first_value(subject.computer, {key}, L"Version");
+    const auto text = text_of(is_missing(version.value) ? older.value : version.value);
+    findings.push_back({wrong.empty() ? state::ok : state::problem, L"Internet Explorer",
+                        (wrong.empty() ? quoted(browser) + L" and its libraries exist" : joined(wrong)) +
+                            L"; version " + (text ? quoted(*text) : std::wstring(L"not known")),
+                        L"the 64-bit iexplore.exe and the engine's libraries, which Edge's IE mode uses too",
+                        wrong.empty() ? L"" : L"enable the Windows feature Internet Explorer 11"});
+}
+
+} // namespace
+
+void check_system(const subject& subject, report& findings)
+{
+    check_account(subject, findings);
+    findings.push_back({state::ok, L"Windows", printable(subject.system.windows_version),
+                        L"64-bit Windows: this program starts on no other", L""});
+    check_engine(subject, findings);
+}
+
+bool is_feature_installed(const machine& computer, const wchar_t* feature)
+{
+    return !is_missing(computer.value(machine_key(installer_key), feature));
+}
+
+void check_installation(const subject& subject, report& findings)
+{
+    const registry_key key = machine_key(installer_key);
+    finding result{state::ok, L"Installation", L"",
+                   L"the installer's record of folder and features, version " +
+                       subject.product.version.substr(0, subject.product.version.rfind(L'.')),
+                   L""};
+    const DWORD error = subject.computer.open(key);
+    if (is_missing(error)) {
+        result.result = state::note;
+        result.found = L"no record: not installed by the package, or registered with regsvr32";
+        result.to_do = L"nothing if regsvr32 registered the product; otherwise install the package";
+    } else if (error != ERROR_SUCCESS) {
+        result.result = state::note;
+        result.found = described(key) + L": " + error_text(error);
+        result.to_do = repair;
+    } else {
+        const registry_value folder = subject.computer.value(key, L"InstallDir");
+        const registry_value document = subject.computer.value(key, L"ActiveDocument");
+        result.found = L"InstallDir " + described(folder) + L", ActiveDocument " + described(document) +
+                       L", SharePoint " + described(subject.computer.value(key, L"SharePoint"));
+        if (!text_of(folder) || !text_of(document)) {
+            result.result = state::note;
+            result.to_do = is_missing(document)
+                               ? L"msiexec /i PACKAGE.msi ADDLOCAL=ActiveDocument, if PDFs are to open"
+                               : repair;
+        }
+    }
+    findings.push_back(result);
+}
+
+namespace {
+
+const wchar_t* source_text(switch_source source)
+{
+    switch (source) {
+    case switch_source::user:
+        return L"HKCU";
+    case switch_source::machine:
+        return L"HKLM";
+    case switch_source::machine_32_bit:
+        return L"HKLM (32-bit view)";
+    case switch_source::none:
+        break;
+    }
+    return L"";
+}
+
+void check_wininet(const subject& subject, report& findings)
+{
+    const product_settings& settings = subject.settings;
+    const registry_key user = user_key(settings.wininet_key);
+    finding result{state::ok, L"WinINet switch", L"off: there is no key " + printable(settings.wininet_key),
+                   L"off, or text such as \"/b 1\" for a network in which certificates do not matter", L""};
+    const DWORD error = subject.computer.open(user);
+    if (settings.wininet_source == switch_source::none && error != ERROR_SUCCESS && !is_missing(error)) {
+        result.result = state::note;
+        result.found =
+            L"off: " + described(user) + L": " + error_text(error) + L", and the machine's is not looked for";
+        result.to_do = L"correct the rights of the key if the switch is to be on";
+    } else if (settings.wininet_source != switch_source::none) {
+        const registry_key key{
+            settings.wininet_source == switch_source::user ? registry_root::user : registry_root::machine,
+            settings.wininet_key,
+            settings.wininet_source == switch_source::machine_32_bit ? registry_view::bits_32
+                                                                     : registry_view::bits_64};
+        const registry_value value = subject.computer.value(key, settings.wininet_value);
+        result.found = std::wstring(settings.uses_wininet ? L"on" : L"off") + L", from " +
+                       source_text(settings.wininet_source) + L": " + described(key, settings.wininet_value) +
+                       L": " + described(value);
+        if (settings.uses_wininet) {
+            result.result = state::note;
+            result.to_do = L"nothing if this is intended: servers' certificates prove nothing then";
+        } else if (!is_missing(value) && !text_of(value)) {
+            result.result = state::note;
+            result.to_do = L"write the value as text (REG_SZ)";
+        }
+    }
+    findings.push_back(result);
+}
+
+} // namespace
+
+void check_settings(const subject& subject, report& findings)
+{
+    check_wininet(subject, findings);
+}
+
+} // namespace quill::diagnose

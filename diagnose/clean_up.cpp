@@ -1,0 +1,55 @@
+#include "diagnose/clean_up.h"
+
+#include "diagnose/report.h"
+#include "retrieval/download/folder_numbers.h"
+
+#include <algorithm>
+
+namespace quill::diagnose {
+namespace {
+
+bool has_download_name(std::wstring_view name)
+{
+    return name.ends_with(L".pdf");
+}
+
+judgement foreign(std::wstring reason)
+{
+    return {verdict::foreign, std::move(reason)};
+}
+
+} // namespace
+
+bool is_download_folder_name(std::wstring_view name)
+{
+    // The module writes the prefix in lower case only.
+    const auto number = cache_folder_number(name);
+    return number && *number < folder_numbers::end && name.starts_with(cache_folder_prefix);
+}
+
+judgement judge(const folder_entry& folder, const std::vector<folder_entry>& contents, file_time now,
+                unsigned days)
+{
+    if (!is_download_folder_name(folder.name))
+        return foreign(L"another name");
+    if (folder.is_link)
+        return foreign(L"a link");
+    if (!folder.is_folder)
+        return foreign(L"not a folder");
+    if (contents.size() > 1)
+        return foreign(L"it holds " + number_text(contents.size()) + L" files and folders");
+    file_time newest = folder.newest;
+    for (const folder_entry& entry : contents) {
+        if (entry.is_link)
+            return foreign(L"it holds a link, " + quoted(entry.name));
+        if (entry.is_folder)
+            return foreign(L"it holds a folder, " + quoted(entry.name));
+        if (!has_download_name(entry.name))
+            return foreign(L"it holds " + quoted(entry.name) + L", which is no download");
+        newest = std::max(newest, entry.newest);
+    }
+    const bool is_old = newest < now && now - newest > days * ticks_per_day;
+    return {is_old ? verdict::remove : verdict::too_new, L""};
+}
+
+} // namespace quill::diagnose

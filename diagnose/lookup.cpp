@@ -1,0 +1,88 @@
+#include "diagnose/lookup.h"
+
+#include <utility>
+
+namespace quill::diagnose {
+
+found_value first_value(const machine& computer, const std::vector<registry_key>& keys,
+                        const std::wstring& name)
+{
+    found_value found;
+    found.value.error = ERROR_FILE_NOT_FOUND;
+    for (const registry_key& key : keys) {
+        found = {key, computer.value(key, name)};
+        if (!is_missing(found.value))
+            break;
+    }
+    return found;
+}
+
+found_value class_value(const machine& computer, const std::wstring& path, const std::wstring& name,
+                        registry_view view)
+{
+    const std::wstring full = std::wstring(classes_key) + L"\\" + path;
+    return first_value(computer, {user_key(full, view), machine_key(full, view)}, name);
+}
+
+std::vector<registry_key> policy_keys(const std::wstring& suffix)
+{
+    const std::wstring policy = L"SOFTWARE\\Policies\\" + suffix;
+    const std::wstring setting = L"SOFTWARE\\" + suffix;
+    return {machine_key(policy), user_key(policy), user_key(setting), machine_key(setting)};
+}
+
+std::wstring difference(const machine& computer, const registered_value& row)
+{
+    const registry_key key = machine_key(row.path);
+    if (!row.name) {
+        const DWORD error = computer.open(key);
+        return error == ERROR_SUCCESS ? L"" : described(key) + L": " + error_text(error);
+    }
+    const registry_value value = computer.value(key, *row.name);
+    if (row.is_module_path) {
+        const auto path = text_of(value);
+        return path && !path->empty() ? L"" : described(key, *row.name) + L": " + described(value);
+    }
+    if (value.error == ERROR_SUCCESS && value.type == row.type && value.data == row.data)
+        return {};
+    const registry_value expected{ERROR_SUCCESS, row.type, row.data};
+    // Identifiers and names are compared without regard to case by the system too.
+    if (const auto text = text_of(value), wanted = text_of(expected);
+        text && wanted && equal_names(*text, *wanted))
+        return {};
+    return described(key, *row.name) + L": " + described(value) + L" instead of " + described(expected);
+}
+
+bool is_below(std::wstring_view text, std::wstring_view prefix)
+{
+    return text.size() >= prefix.size() && equal_names(text.substr(0, prefix.size()), prefix) &&
+           (text.size() == prefix.size() || text[prefix.size()] == L'\\');
+}
+
+server_path server_of_class(const machine& computer, const std::wstring& clsid, registry_view view)
+{
+    server_path server;
+    server.value = class_value(computer, L"CLSID\\" + clsid + L"\\InprocServer32", L"", view);
+    auto text = text_of(server.value.value);
+    if (!text || text->empty())
+        return server;
+    if (server.value.value.type == REG_EXPAND_SZ)
+        *text = computer.expanded(*text);
+    if (text->size() > 1 && text->front() == L'"' && text->back() == L'"')
+        *text = text->substr(1, text->size() - 2);
+    server.path = std::move(*text);
+    return server;
+}
+
+std::wstring joined(const std::vector<std::wstring>& parts)
+{
+    constexpr std::size_t most = 6;
+    std::wstring text;
+    for (std::size_t i = 0; i < parts.size() && i < most; ++i)
+        text += (i == 0 ? L"" : L"; ") + parts[i];
+    if (parts.size() > most)
+        text += L"; and " + number_text(parts.size() - most) + L" more";
+    return text;
+}
+
+} // namespace quill::diagnose
