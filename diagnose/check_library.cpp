@@ -109,14 +109,15 @@ void check_contents(const library* dll, report& findings)
 
 void check_signature(const subject& subject, const library* dll, report& findings)
 {
-    finding result{state::note, L"DLL, signature", L"not examined: there is no DLL",
-                   L"a valid signature, or none", L""};
+    finding result{state::note, L"DLL, signature", L"not examined: there is no DLL that can be loaded",
+                   L"a valid signature, or none", repair};
     const signature_facts facts = dll ? subject.computer.signature(dll->path) : signature_facts{};
     const std::wstring status = L" (0x" + hexadecimal(facts.status, 8) + L")";
     if (dll) {
         switch (facts.kind) {
         case signature_kind::valid:
             result.result = state::ok;
+            result.to_do.clear();
             result.found = L"signed, and the system trusts the signature";
             break;
         case signature_kind::none:
@@ -131,6 +132,7 @@ void check_signature(const subject& subject, const library* dll, report& finding
             break;
         case signature_kind::unknown:
             result.found = L"not tested: the system could not verify it" + status;
+            result.to_do = L"examine the signature in the properties of the file";
             break;
         }
     }
@@ -162,8 +164,7 @@ void check_library(const subject& subject, report& findings)
     const library* const examined = is_loadable ? &*dll : nullptr;
     check_version(subject, examined, findings);
     check_contents(examined, findings);
-    const bool is_file = dll && dll->contents.error == ERROR_SUCCESS && !dll->contents.is_folder;
-    check_signature(subject, is_file ? &*dll : nullptr, findings);
+    check_signature(subject, examined, findings);
 }
 
 namespace {

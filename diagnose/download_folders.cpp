@@ -72,11 +72,52 @@ DWORD list_downloads(const std::wstring& temp_folder, std::vector<folder_entry>&
 }
 
 // Opens the entry itself, never what it links to. sharing: what other programs may do meanwhile.
-unique_handle open_entry(const std::wstring& path, DWORD sharing)
+unique_handle open_entry(const std::wstring& path, DWORD access, DWORD sharing)
 {
-    return unique_handle(CreateFileW(path.c_str(), DELETE | FILE_READ_ATTRIBUTES | SYNCHRONIZE, sharing,
-                                     nullptr, OPEN_EXISTING,
-                                     FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    return unique_handle(CreateFileW(path.c_str(), access | DELETE | FILE_READ_ATTRIBUTES, sharing, nullptr,
+                                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT,
+                                     nullptr));
+}
+
+// By the handle: a search by path would be refused as long as the folder is open for its removal.
+DWORD list(HANDLE folder, std::vector<folder_entry>& entries)
+{
+    alignas(FILE_FULL_DIR_INFO) BYTE buffer[16 * 1024];
+    while (GetFileInformationByHandleEx(folder, FileFullDirectoryInfo, buffer, sizeof buffer)) {
+        for (const BYTE* position = buffer;;) {
+            const auto* const data = reinterpret_cast<const FILE_FULL_DIR_INFO*>(position);
+            folder_entry entry;
+            entry.name.assign(data->FileName, data->FileNameLength / sizeof(wchar_t));
+            entry.is_folder = (data->FileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+            entry.is_link = (data->FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+            entry.size = static_cast<std::uint64_t>(data->EndOfFile.QuadPart);
+            entry.newest =
+                static_cast<file_time>(std::max(data->CreationTime.QuadPart, data->LastWriteTime.QuadPart));
+            if (entry.name != L"." && entry.name != L"..")
+                entries.push_back(entry);
+            if (data->NextEntryOffset == 0)
+                break;
+            position += data->NextEntryOffset;
+        }
+    }
+    return GetLastError() == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : GetLastError();
+}
+
+// Empty if it cannot be determined.
+std::wstring final_path(HANDLE entry)
+{
+    std::wstring path(GetFinalPathNameByHandleW(entry, nullptr, 0, 0), L'\0');
+    const DWORD length = GetFinalPathNameByHandleW(entry, path.data(), static_cast<DWORD>(path.size()), 0);
+    path.resize(length < path.size() ? length : 0);
+    return path;
+}
+
+// Whether an entry that was opened by its name in a folder is really there. A link that the system follows in
+// spite of the flags, as some file systems' drivers do, leads elsewhere.
+bool lies_in(HANDLE entry, HANDLE folder, std::wstring_view name)
+{
+    const std::wstring outer = final_path(folder);
+    return !outer.empty() && equal_names(final_path(entry), outer + L"\\" + std::wstring(name));
 }
 
 bool read_entry(HANDLE handle, const std::wstring& name, folder_entry& entry)
@@ -102,27 +143,30 @@ DWORD remove_by_handle(unique_handle& handle)
 class folder_removal
 {
 public:
-    folder_removal(const std::wstring& temp_folder, const std::wstring& name, unsigned days)
-        : path_(temp_folder + L"\\" + name), name_(name), days_(days)
+    folder_removal(const std::wstring& temp_path, HANDLE temp_folder, const std::wstring& name, unsigned days)
+        : path_(temp_path + L"\\" + name), temp_folder_(temp_folder), name_(name), days_(days)
     {
     }
 
     // Empty if the folder was removed or is too new; otherwise why it is left.
     std::wstring run(removal& total)
     {
-        unique_handle folder = open_entry(path_, FILE_SHARE_READ | FILE_SHARE_WRITE);
+        unique_handle folder = open_entry(path_, FILE_LIST_DIRECTORY, FILE_SHARE_READ | FILE_SHARE_WRITE);
         folder_entry itself;
         if (!folder || !read_entry(folder.get(), name_, itself))
             return error_text(GetLastError());
         std::vector<folder_entry> contents;
+        const bool is_real = lies_in(folder.get(), temp_folder_, name_);
+        if (!is_real && !itself.is_link)
+            return L"it leads to another place";
         if (itself.is_folder && !itself.is_link) {
-            if (const DWORD error = list(path_ + L"\\*", contents); error != ERROR_SUCCESS)
+            if (const DWORD error = list(folder.get(), contents); error != ERROR_SUCCESS)
                 return L"it cannot be listed: " + error_text(error);
         }
         if (std::wstring reason; !is_removable(itself, contents, reason))
             return reason;
         for (const folder_entry& entry : contents) {
-            if (std::wstring reason = remove_file(itself, entry, total); !reason.empty())
+            if (std::wstring reason = remove_file(folder.get(), itself, entry, total); !reason.empty())
                 return reason;
         }
         if (const DWORD error = remove_by_handle(folder); error != ERROR_SUCCESS)
@@ -141,13 +185,16 @@ private:
     }
 
     // Shared with no one: fails if any program has the file open.
-    std::wstring remove_file(const folder_entry& itself, const folder_entry& listed, removal& total) const
+    std::wstring remove_file(HANDLE folder, const folder_entry& itself, const folder_entry& listed,
+                             removal& total) const
     {
         const std::wstring quoted_name = quoted(listed.name);
-        unique_handle file = open_entry(path_ + L"\\" + listed.name, 0);
+        unique_handle file = open_entry(path_ + L"\\" + listed.name, 0, 0);
         folder_entry entry;
         if (!file || !read_entry(file.get(), listed.name, entry))
             return quoted_name + L": " + error_text(GetLastError());
+        if (!lies_in(file.get(), folder, listed.name))
+            return quoted_name + L" leads to another place";
         if (std::wstring reason; !is_removable(itself, {entry}, reason))
             return quoted_name + L" has changed meanwhile";
         if (const DWORD error = remove_by_handle(file); error != ERROR_SUCCESS)
@@ -158,6 +205,7 @@ private:
     }
 
     std::wstring path_;
+    HANDLE temp_folder_;
     std::wstring name_;
     unsigned days_;
 };
@@ -194,11 +242,17 @@ void remove_downloads(const std::wstring& temp_folder, unsigned days, const line
         write(quoted(temp_folder) + L" cannot be listed: " + error_text(error));
         total.is_complete = false;
     }
+    const unique_handle opened(CreateFileW(temp_folder.c_str(), FILE_READ_ATTRIBUTES,
+                                           FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                           OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr));
     for (const folder_entry& folder : folders) {
-        // Its age cannot be less: what is in it was created after it.
-        if (judge(folder, {}, now(), days).what == verdict::too_new)
+        // Its contents can only make it newer.
+        const judgement judged = judge(folder, {}, now(), days);
+        if (judged.what == verdict::too_new)
             continue;
-        const std::wstring reason = folder_removal(temp_folder, folder.name, days).run(total);
+        std::wstring reason = judged.reason;
+        if (judged.what == verdict::remove)
+            reason = folder_removal(temp_folder, opened.get(), folder.name, days).run(total);
         if (reason.empty())
             continue;
         ++total.left;

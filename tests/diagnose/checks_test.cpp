@@ -1,0 +1,202 @@
+// The checks on a computer that is stated. The program's tests have each fault by itself; here is what a real
+// registry or a test in Wine cannot show, and any bad value at any place that is read.
+#include "diagnose/registered_values.h"
+#include "tests/diagnose/stated_machine.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace quill::diagnose {
+namespace {
+
+const finding& found(const report& findings, const wchar_t* check)
+{
+    const auto match = std::ranges::find(findings, check, &finding::check);
+    if (match == findings.end())
+        throw std::runtime_error("no such check");
+    return *match;
+}
+
+bool contains(const std::wstring& text, std::wstring_view part)
+{
+    return text.find(part) != std::wstring::npos;
+}
+
+std::vector<std::wstring> names_of(const report& findings)
+{
+    std::vector<std::wstring> names;
+    for (const finding& finding : findings)
+        names.push_back(finding.check);
+    return names;
+}
+
+TEST(Checks, FindNoProblemWhereAPdfWouldOpen)
+{
+    const report findings = stated_computer().diagnose();
+    EXPECT_TRUE(would_open(findings));
+    std::vector<std::wstring> names = names_of(findings);
+    std::ranges::sort(names);
+    EXPECT_TRUE(std::ranges::adjacent_find(names) == names.end());
+}
+
+// Each value that any check asks for, in turn, with each of these values: there is one finding for each
+// check, each in four lines, and what is not a result is not a good one.
+TEST(Checks, AnyBadValueAnywhereGivesTheSameFindings)
+{
+    const std::vector<registry_value> bad_values = {
+        {ERROR_SUCCESS, REG_SZ, {}},
+        {ERROR_SUCCESS, REG_SZ, {'x'}},
+        {ERROR_SUCCESS, REG_SZ, {'x', 0}},
+        {ERROR_SUCCESS, REG_SZ, {'"', 0, '\r', 0, '\n', 0, 0, 0}},
+        {ERROR_SUCCESS, REG_SZ, {0, 0xD8, 0, 0}},
+        {ERROR_SUCCESS, REG_SZ, std::vector<BYTE>(1 << 12, 'x')},
+        {ERROR_SUCCESS, REG_EXPAND_SZ, {'%', 0, 0, 0}},
+        {ERROR_SUCCESS, REG_DWORD, {}},
+        {ERROR_SUCCESS, REG_DWORD, {0xFF, 0xFF, 0xFF, 0xFF}},
+        {ERROR_SUCCESS, REG_DWORD, {1, 2, 3}},
+        {ERROR_SUCCESS, REG_BINARY, std::vector<BYTE>(1 << 12)},
+        {ERROR_SUCCESS, REG_NONE, {}},
+        {ERROR_SUCCESS, 0xFFFFFFFF, {1}},
+        {ERROR_ACCESS_DENIED, 0, {}},
+        {ERROR_MORE_DATA, 0, {}},
+    };
+    stated_computer computer;
+    const auto names = names_of(computer.diagnose());
+    const auto places = computer.machine.asked;
+    const auto values = computer.machine.values;
+    EXPECT_GT(places.size(), 60u);
+    for (const auto& place : places) {
+        for (const registry_value& bad : bad_values) {
+            const auto& [root, view, path, name] = place;
+            computer.machine.set({root, path, view}, name, bad);
+            const report findings = computer.diagnose();
+            EXPECT_EQ(names_of(findings), names);
+            for (const finding& finding : findings) {
+                const std::wstring text = text_of(finding);
+                EXPECT_EQ(std::ranges::count(text, L'\n'), 4);
+                EXPECT_EQ(std::ranges::count(text, L'\r'), 0);
+                EXPECT_FALSE(finding.found.empty());
+                EXPECT_FALSE(finding.expected.empty());
+                EXPECT_EQ(finding.result == state::ok, finding.to_do.empty())
+                    << std::string(text.begin(), text.end());
+            }
+        }
+        computer.machine.values = values;
+    }
+}
+
+TEST(Checks, FileOfAnyContentsGivesAFinding)
+{
+    for (const std::string& contents :
+         {std::string(), std::string("MZ"), std::string(5000, 'M'), std::string("text")}) {
+        stated_computer computer;
+        for (auto& [path, file] : computer.machine.files)
+            file.bytes = contents;
+        EXPECT_FALSE(would_open(computer.diagnose()));
+    }
+    for (const DWORD error : {DWORD{ERROR_ACCESS_DENIED}, DWORD{ERROR_SHARING_VIOLATION}, DWORD{1392}}) {
+        stated_computer computer;
+        computer.machine.files[test_module_path] = {error, false, {}};
+        EXPECT_EQ(found(computer.diagnose(), L"DLL, file").result, state::problem);
+    }
+    stated_computer computer;
+    computer.machine.files[test_module_path].is_folder = true;
+    EXPECT_TRUE(contains(found(computer.diagnose(), L"DLL, file").found, L"is a folder"));
+}
+
+struct signature_case
+{
+    signature_kind kind;
+    state result;
+};
+
+TEST(Checks, OnlyABrokenSignatureIsAProblem)
+{
+    for (const signature_case& expected : {signature_case{signature_kind::valid, state::ok},
+                                           {signature_kind::none, state::note},
+                                           {signature_kind::unknown, state::note},
+                                           {signature_kind::broken, state::problem}}) {
+        stated_computer computer;
+        computer.machine.signed_as.kind = expected.kind;
+        EXPECT_EQ(found(computer.diagnose(), L"DLL, signature").result, expected.result);
+    }
+}
+
+TEST(Checks, FolderThatLowIntegrityCannotWriteIsAProblemInProtectedMode)
+{
+    constexpr const wchar_t* check = L"Temporary folder in protected mode";
+    stated_computer computer;
+    computer.machine.written_low = {write_result::refused, ERROR_ACCESS_DENIED, false};
+    EXPECT_EQ(found(computer.diagnose(), check).result, state::problem);
+    // Protected mode off in the only zone that has it by default.
+    computer.machine.set_number({registry_root::user,
+                                 L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\Zones\\3",
+                                 registry_view::bits_64},
+                                L"2500", 3);
+    EXPECT_EQ(found(computer.diagnose(), check).result, state::note);
+    computer.machine.written_low = {write_result::not_tested, 0, true};
+    EXPECT_TRUE(contains(found(computer.diagnose(), check).found, L"not tested"));
+    EXPECT_TRUE(contains(found(computer.diagnose(), check).found, L"admits low integrity"));
+}
+
+TEST(Checks, FolderThatDoesNotExistYetIsJudgedByItsParent)
+{
+    stated_computer computer;
+    computer.machine.files.erase(L"C:\\Low\\Temp");
+    const finding result = found(computer.diagnose(), L"Temporary folder in protected mode");
+    EXPECT_EQ(result.result, state::ok);
+    EXPECT_TRUE(contains(result.found, L"\"C:\\Low\""));
+}
+
+TEST(Checks, LogThatCannotBeWrittenIsANote)
+{
+    stated_computer computer;
+    computer.settings.is_log_set = computer.settings.is_log_on = computer.settings.is_log_to_file = true;
+    computer.settings.log_folder = L"C:\\Log";
+    EXPECT_EQ(found(computer.diagnose(), L"Log").result, state::ok);
+    computer.machine.written_low = {write_result::refused, ERROR_ACCESS_DENIED, false};
+    const finding refused = found(computer.diagnose(), L"Log");
+    EXPECT_EQ(refused.result, state::note);
+    EXPECT_TRUE(contains(refused.found, L"cannot be written at low integrity: access denied"));
+}
+
+TEST(Checks, OnlyTheMachinesZonesCountIfAPolicySaysSo)
+{
+    const std::wstring settings = L"Microsoft\\Windows\\CurrentVersion\\Internet Settings";
+    stated_computer computer;
+    computer.machine.set_number(
+        {registry_root::user, L"SOFTWARE\\" + settings + L"\\Zones\\3", registry_view::bits_64}, L"2500", 3);
+    EXPECT_TRUE(contains(found(computer.diagnose(), L"Protected mode").found, L"internet off"));
+    computer.machine.set_number(
+        {registry_root::machine, L"SOFTWARE\\Policies\\" + settings, registry_view::bits_64},
+        L"Security_HKLM_only", 1);
+    EXPECT_TRUE(contains(found(computer.diagnose(), L"Protected mode").found, L"internet on"));
+}
+
+TEST(Checks, MissingEngineIsAProblem)
+{
+    stated_computer computer;
+    computer.machine.files.erase(L"C:\\Windows\\System32\\ieframe.dll");
+    const finding result = found(computer.diagnose(), L"Internet Explorer");
+    EXPECT_EQ(result.result, state::problem);
+    EXPECT_TRUE(contains(result.found, L"ieframe.dll"));
+}
+
+TEST(RegisteredValues, AreTheMachinesRowsOfAScript)
+{
+    const auto rows = registered_values(
+        LR"(HKLM { NoRemove 'a' { val 'n' = d '5' ForceRemove 'k' ForceRemove 'm' = s '%MODULE%' } }
+        HKCR { NoRemove 'c' { val 'x' = s 'y' } } HKCU { NoRemove 'u' { val 'z' = s '' } })");
+    ASSERT_EQ(rows.size(), 4u);
+    EXPECT_TRUE(rows[0].path == L"a" && rows[0].name == L"n" && rows[0].type == REG_DWORD &&
+                !rows[0].is_module_path);
+    EXPECT_TRUE(rows[1].path == L"a\\k" && !rows[1].name);
+    EXPECT_TRUE(rows[2].path == L"a\\m" && rows[2].name == L"" && rows[2].is_module_path);
+    EXPECT_TRUE(rows[3].path == L"SOFTWARE\\Classes\\c" && rows[3].name == L"x");
+    EXPECT_TRUE(registered_values(L"HKLM { 'a' = s '%OTHER%' }").empty());
+    EXPECT_TRUE(registered_values(L"HKLM {").empty());
+}
+
+} // namespace
+} // namespace quill::diagnose

@@ -1,0 +1,100 @@
+#include "diagnose/image_file.h"
+#include "tests/diagnose/stated_machine.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace quill::diagnose {
+namespace {
+
+template <typename Number>
+std::string with(std::string image, std::size_t offset, Number number)
+{
+    std::memcpy(image.data() + offset, &number, sizeof number);
+    return image;
+}
+
+constexpr std::size_t header = 0x40;
+
+TEST(ImageFile, LibraryIsRead)
+{
+    const image_facts facts = read_image(image_of_library());
+    EXPECT_EQ(facts.kind, image_kind::bits_64);
+    EXPECT_TRUE(facts.is_library);
+    EXPECT_TRUE(facts.has_class_objects);
+    EXPECT_FALSE(facts.is_checksum_wrong);
+    ASSERT_TRUE(facts.version);
+    EXPECT_TRUE(text_of(*facts.version) == L"14.0.0.0");
+    EXPECT_TRUE(facts.version->original_name == L"QuillPDF.IE.dll");
+}
+
+TEST(ImageFile, OtherFilesAreNoLibraries)
+{
+    const std::string image = image_of_library();
+    EXPECT_EQ(read_image("").kind, image_kind::none);
+    EXPECT_EQ(read_image("M").kind, image_kind::none);
+    EXPECT_EQ(read_image("MZ").kind, image_kind::truncated);
+    EXPECT_EQ(read_image("This is no program.").kind, image_kind::none);
+    EXPECT_EQ(read_image(with<std::uint32_t>(image, header, 0x454E)).kind, image_kind::none);
+    EXPECT_EQ(read_image(with<std::uint32_t>(image, 0x3C, 0xFFFFFFFF)).kind, image_kind::truncated);
+    EXPECT_EQ(read_image(with<std::uint16_t>(image, header + 4, 0xAA64)).kind, image_kind::other);
+    EXPECT_EQ(
+        read_image(with<std::uint16_t>(with<std::uint16_t>(image, header + 4, 0x14C), header + 24, 0x10B))
+            .kind,
+        image_kind::bits_32);
+    EXPECT_EQ(read_image(with<std::uint16_t>(image, header + 24, 0x10B)).kind, image_kind::other);
+    EXPECT_EQ(read_image(with<std::uint16_t>(image, header + 6, 0)).kind, image_kind::truncated);
+    EXPECT_EQ(read_image(with<std::uint16_t>(image, header + 6, 0xFFFF)).kind, image_kind::truncated);
+    EXPECT_FALSE(read_image(with<std::uint16_t>(image, header + 22, 0)).is_library);
+    EXPECT_FALSE(read_image(image_of_library("DllMain")).has_class_objects);
+}
+
+// Every beginning of the file, and every byte of it with another value, gives a result.
+TEST(ImageFile, AnyDamageGivesAResult)
+{
+    const std::string image = image_of_library();
+    for (std::size_t size = 0; size < image.size(); ++size)
+        EXPECT_NE(read_image(image.substr(0, size)).kind, image_kind::bits_64);
+    for (std::size_t i = 0; i < image.size(); ++i) {
+        for (const char byte : {'\x01', '\x7F', '\xFF'}) {
+            std::string damaged = image;
+            damaged[i] = static_cast<char>(damaged[i] ^ byte);
+            read_image(damaged);
+        }
+    }
+}
+
+TEST(ImageFile, DamagedVersionIsSeen)
+{
+    const std::string image = image_of_library();
+    const image_facts no_signature = read_image(with<std::uint32_t>(image, 0x200 + 0x200 + 40, 0));
+    EXPECT_TRUE(no_signature.has_version);
+    EXPECT_FALSE(no_signature.version);
+    EXPECT_FALSE(read_image(with<std::uint32_t>(image, header + 24 + 128, 0)).has_version);
+    // The directory of the type is its own entry: nothing loops.
+    EXPECT_FALSE(read_image(with<std::uint32_t>(image, 0x200 + 0x100 + 20, 0x80000000u)).version);
+}
+
+TEST(ImageFile, ChecksumIsTheSystems)
+{
+    // The sum of the words of this file, all others of which are zero, by hand.
+    const std::string image = image_of_library();
+    std::uint64_t sum = 0;
+    for (std::size_t i = 0; i < image.size(); i += 2) {
+        std::uint16_t word = 0;
+        std::memcpy(&word, image.data() + i, sizeof word);
+        sum += word;
+    }
+    while (sum > 0xFFFF)
+        sum = (sum & 0xFFFF) + (sum >> 16);
+    const auto right = static_cast<std::uint32_t>(sum + image.size());
+    const std::string checked = with(image, header + 24 + 64, right);
+    EXPECT_FALSE(read_image(checked).is_checksum_wrong);
+    EXPECT_TRUE(read_image(with(image, header + 24 + 64, right + 1)).is_checksum_wrong);
+    EXPECT_TRUE(read_image(with<char>(checked, image.size() - 1, 'x')).is_checksum_wrong);
+    EXPECT_TRUE(read_image(checked + "x").is_checksum_wrong);
+}
+
+} // namespace
+} // namespace quill::diagnose
