@@ -28,7 +28,7 @@ struct product_constants
     std::wstring app_container_category;
     std::wstring viewer_progid;
     std::wstring module_file;
-    std::wstring version; // of this program: "14.0.0.0"
+    std::wstring version; // of this program, four numbers
     std::vector<registered_value> document_values;
     std::vector<registered_value> helper_values;
 };

@@ -13,6 +13,7 @@ FEATURES = {
                    "Starts the desktop editor for PDFs of SharePoint libraries."),
 }
 # The installer's own values: the folder, the installed features, and what the shared values held before.
+# diagnose/check_settings.cpp reads them.
 SETTINGS_KEY = r"SOFTWARE\Quill\QuillPDF.IE"
 FORMER_KEY = rf"{SETTINGS_KEY}\Former content types"
 # The entry under Add or Remove Programs.

@@ -1,9 +1,13 @@
 """Installing, choosing features, repairing and removing."""
+import re
+
 import package
 import registry_listing
 from installed import (CONTENT_TYPES, DOCUMENT_CLASS, FOLDER, FOLDER_ON_DISK, HELPER_CLASS, UNINSTALL,
                        InstallerTest)
 from registry_listing import SETTINGS, below
+
+PROGRAM = "QuillDiagnose.exe"
 
 
 class Installation(InstallerTest):
@@ -11,13 +15,15 @@ class Installation(InstallerTest):
         user, files_before = self.windows.registry("HKEY_CURRENT_USER"), self.windows.files()
         notices = self.folder / "NOTICES of others.txt"
         notices.write_text("notices")
-        self.package = package.build(self.package, files=[notices])
+        program = package.bin_folder / PROGRAM
+        self.package = package.build(self.package, files=[notices, program])
         self.install()
         installed = self.windows.registry()
         self.assert_listing(installed)
         self.assertEqual(registry_listing.difference(user, self.windows.registry("HKEY_CURRENT_USER")), [])
         self.assert_module(package.module())
         self.assertEqual(self.module_on_disk().with_name(notices.name).read_text(), "notices")
+        self.assertTrue(self.module_on_disk().with_name(PROGRAM).read_bytes() == program.read_bytes(), "another file")
         self.assertIn("INSTALL", self.windows.log)
         entries = self.entries(installed)
         self.assertEqual(len(entries), 1)
@@ -32,11 +38,24 @@ class Installation(InstallerTest):
         self.assertEqual(registry_listing.difference(user, self.windows.registry("HKEY_CURRENT_USER")), [])
         self.assert_files(files_before)
 
+    def diagnosis(self):
+        """The state of each check of the installed diagnosis program."""
+        code, output = self.windows.run_reporting(self.module_on_disk().with_name(PROGRAM))
+        self.assertEqual(code, 1, output)
+        return {line[8:]: line[:8].strip() for line in output.splitlines() if re.match("OK |NOTE |PROBLEM ", line)}
+
     def OfOneFeatureWritesOnlyItsRows(self):
+        self.package = package.build(self.package, files=[package.bin_folder / PROGRAM])
         self.install("ADDLOCAL=SharePoint")
         self.assert_listing(self.windows.registry(), ("SharePoint",))
+        self.assertEqual(self.diagnosis()["Installation"], "NOTE")
         self.install("ADDLOCAL=ActiveDocument")
         self.assert_listing(self.windows.registry())
+        found = self.diagnosis()
+        # What the package does not bring: the viewer, and 64-bit tabs.
+        self.assertEqual({check for check, state in found.items() if state == "PROBLEM"},
+                         {"Viewer, ProgID", "Viewer, server", "64-bit tabs"})
+        self.assertEqual((found["Installation"], found["Helper object, registration for the machine"]), ("OK", "OK"))
         self.install("REMOVE=SharePoint")
         self.assert_listing(self.windows.registry(), ("ActiveDocument",))
         self.assertTrue(self.module_on_disk().exists(), "the other feature needs it")

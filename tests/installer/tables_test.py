@@ -111,6 +111,14 @@ class Tables(build_test.Scratch):
         parts = [int(row[f"HashPart{number}"]) for row in self.table("MsiFileHash") for number in range(1, 5)]
         self.assertEqual(struct.pack("<4i", *parts).hex(), digest)
 
+    def GiveAFurtherProgramItsVersion(self):
+        self.package = package.build(self.folder / "program.msi", files=[package.bin_folder / "QuillDiagnose.exe"])
+        files = {row["File"]: row for row in self.table("File")}
+        self.assertEqual(files["QuillDiagnose.exe"]["Version"], package.version() + ".0")
+        pairs = {(row["Feature_"], row["Component_"]) for row in self.table("FeatureComponents")}
+        for feature in product.FEATURES:
+            self.assertIn((feature, "QuillDiagnose.exe"), pairs)
+
     def HoldTheFilesUnchanged(self):
         subprocess.run(["msiextract", "-C", self.folder / "extracted", self.package], check=True,
                        stdout=subprocess.DEVNULL)
