@@ -64,7 +64,7 @@ finding add_on_list_finding(const machine& computer, const std::wstring& clsid, 
                             state otherwise)
 {
     const listed list = look_up_add_on(computer, clsid);
-    finding result{state::ok, check, L"the class is in no list, and others than listed add-ons are allowed",
+    finding result{state::ok, check, L"the class is in no list, and RestrictToList is not set",
                    L"not listed, or listed with 1 or 2; listed if RestrictToList is set", L""};
     std::vector<std::wstring> found = list.texts;
     bool is_restricted = false;

@@ -68,7 +68,7 @@ void check_low_temp_folder(const subject& subject, report& findings)
         const std::wstring parent = folder.substr(0, folder.find_last_of(L'\\'));
         if (is_missing(error))
             result.found +=
-                L"does not exist yet and is created by the first download; " + quoted(parent) + L" ";
+                L"does not exist yet and is created by the first download; " + quoted(parent) + L": ";
         const write_facts facts = subject.computer.write(is_missing(error) ? parent : folder, true);
         result.result = low_integrity_state(facts, refused, result.found);
     }

@@ -8,27 +8,71 @@
 namespace quill::diagnose {
 namespace {
 
+constexpr const wchar_t* helper_objects =
+    L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Browser Helper Objects\\";
 constexpr const wchar_t* elevation_policy =
     L"SOFTWARE\\Microsoft\\Internet Explorer\\Low Rights\\ElevationPolicy";
 
+void check_user_helper(const std::vector<user_row>& rows, report& findings)
+{
+    finding result{state::ok, L"Helper object, registration for the user", L"none",
+                   L"none, or the product's own values", L""};
+    std::vector<std::wstring> texts;
+    for (const user_row& row : rows) {
+        texts.push_back(row.text);
+        if (!row.is_same && !row.row->is_module_path)
+            result.result = state::note;
+    }
+    if (!texts.empty())
+        result.found = joined(texts) + L"; a tab uses these instead of the machine's";
+    if (result.result == state::note)
+        result.to_do = L"delete the user's key, or register the product for this user again";
+    findings.push_back(result);
+}
+
+void check_helper_view(const subject& subject, report& findings)
+{
+    const server_path server =
+        server_of_class(subject.computer, subject.product.helper_class, registry_view::bits_32);
+    const registry_key object =
+        machine_key(std::wstring(helper_objects) + subject.product.helper_class, registry_view::bits_32);
+    const DWORD error = subject.computer.open(object);
+    finding result{state::ok, L"Helper object, 32-bit view", L"not registered",
+                   L"not registered: the DLL is for 64-bit tabs only", L""};
+    if (!is_missing(server.value.value) || !is_missing(error)) {
+        result.result = state::note;
+        result.found = described(server.value.key, L"") + L": " + described(server.value.value) + L"; " +
+                       described(object) + (error == ERROR_SUCCESS ? L" exists" : L": " + error_text(error));
+        result.to_do = L"delete the keys: 32-bit tabs use them and cannot load the DLL";
+    }
+    findings.push_back(result);
+}
+
+// A registration for the user writes the class there and not for the machine.
 void check_helper_registration(const subject& subject, report& findings)
 {
+    const auto of_user = read_user_rows(subject.computer, subject.product.helper_values);
     std::vector<std::wstring> wrong;
     for (const registered_value& row : subject.product.helper_values) {
-        if (const std::wstring text = difference(subject.computer, row); !text.empty())
+        const std::wstring text = difference(subject.computer, row);
+        if (!text.empty() && std::ranges::count(of_user, &row, &user_row::row) == 0)
             wrong.push_back(text);
     }
     const bool is_absent = wrong.size() == subject.product.helper_values.size();
     const bool is_expected = is_feature_installed(subject.computer, L"SharePoint");
-    findings.push_back(
-        {wrong.empty() ? state::ok : state::note, L"Helper object, registration for the machine",
-         wrong.empty()               ? L"complete"
-         : is_absent && !is_expected ? L"not registered; the feature SharePoint is not installed"
-                                     : joined(wrong),
-         L"complete if PDFs of SharePoint libraries are to open in the editor",
-         wrong.empty()               ? L""
-         : is_absent && !is_expected ? L"msiexec /i PACKAGE.msi ADDLOCAL=SharePoint, if wanted"
-                                     : repair});
+    finding result{state::ok, L"Helper object, registration", L"complete",
+                   L"complete if PDFs of SharePoint libraries are to open in the editor", L""};
+    if (is_absent && !is_expected) {
+        result.result = state::note;
+        result.found = L"not registered; the feature SharePoint is not installed";
+        result.to_do = L"msiexec /i PACKAGE.msi ADDLOCAL=SharePoint, if wanted";
+    } else if (!wrong.empty()) {
+        result.result = state::note;
+        result.found = joined(wrong);
+        result.to_do = repair;
+    }
+    findings.push_back(result);
+    check_user_helper(of_user, findings);
 }
 
 void check_helper_library(const subject& subject, report& findings)
@@ -133,6 +177,7 @@ void check_helper(const subject& subject, report& findings)
     const std::wstring& clsid = subject.product.helper_class;
     check_helper_registration(subject, findings);
     check_helper_library(subject, findings);
+    check_helper_view(subject, findings);
     findings.push_back(
         add_on_list_finding(subject.computer, clsid, L"Helper object, Add-on List", state::note));
     findings.push_back(

@@ -69,34 +69,29 @@ void check_class(const subject& subject, report& findings)
     findings.push_back(result);
 }
 
-// Whether the user's value of a row differs in a way that matters. The library's path is checked as such: see
-// check_library().
+// The library's path is checked as such: see check_library().
 void check_user_class(const subject& subject, report& findings)
 {
     const std::wstring path = class_key(subject.product.document_class);
     finding result{state::ok, L"Document class, registration for the user", L"none",
-                   L"no key " + described(user_key(path)), L""};
+                   L"no key " + described(user_key(path)) + L", and no key of the product's ProgIDs there",
+                   L""};
+    auto rows = read_user_rows(subject.computer, subject.product.document_values);
+    std::erase_if(rows, [](const user_row& row) { return is_below(row.row->path, content_types_key); });
     const DWORD error = subject.computer.open(user_key(path));
-    if (!is_missing(error)) {
-        std::vector<std::wstring> found;
+    if (!rows.empty() || !is_missing(error)) {
         result.result = state::note;
-        if (error != ERROR_SUCCESS) {
+        std::vector<std::wstring> texts;
+        if (error != ERROR_SUCCESS && !is_missing(error)) {
             result.result = state::problem;
-            found.push_back(described(user_key(path)) + L": " + error_text(error));
+            texts.push_back(described(user_key(path)) + L": " + error_text(error));
         }
-        for (const registered_value& row : subject.product.document_values) {
-            if (!row.name || !is_below(row.path, path))
-                continue;
-            const registry_value value = subject.computer.value(user_key(row.path), *row.name);
-            if (is_missing(value))
-                continue;
-            const bool is_same =
-                value.error == ERROR_SUCCESS && value.type == row.type && value.data == row.data;
-            found.push_back(described(user_key(row.path), *row.name) + L": " + described(value));
-            if (!is_same && !row.is_module_path && is_needed(row.path, path))
+        for (const user_row& row : rows) {
+            texts.push_back(row.text);
+            if (!row.is_same && !row.row->is_module_path && is_needed(row.row->path, path))
                 result.result = state::problem;
         }
-        result.found = found.empty() ? L"an empty key" : joined(found);
+        result.found = texts.empty() ? L"an empty key" : joined(texts);
         result.found += L"; a tab uses these instead of the machine's";
         result.to_do = remove_user_key;
     }
@@ -134,6 +129,27 @@ std::wstring type_of(const std::wstring& path)
     return path.substr(std::wstring_view(content_types_key).size() + 1);
 }
 
+// The content type's extension, by which the browser names a file of this type.
+void add_extension(const subject& subject, const std::wstring& path, finding& result)
+{
+    for (const registered_value& row : subject.product.document_values) {
+        if (!row.name || *row.name != L"Extension" || !equal_names(row.path, path))
+            continue;
+        const found_value found =
+            first_value(subject.computer, {user_key(path), machine_key(path)}, L"Extension");
+        const auto text = text_of(found.value);
+        const auto own = text_of(registry_value{ERROR_SUCCESS, row.type, row.data});
+        if (text && own && equal_names(*text, *own))
+            return;
+        result.found += L"; " + described(found.key, L"Extension") + L": " + described(found.value);
+        result.expected += L", Extension " + own.value_or(L"");
+        if (result.result == state::ok) {
+            result.result = state::note;
+            result.to_do = repair;
+        }
+    }
+}
+
 void check_content_type(const subject& subject, const registered_value& row, report& findings)
 {
     const std::wstring type = type_of(row.path);
@@ -161,6 +177,7 @@ void check_content_type(const subject& subject, const registered_value& row, rep
     } else if (is_user) {
         result.found += L", which shadows the machine's same value";
     }
+    add_extension(subject, row.path, result);
     findings.push_back(result);
 }
 

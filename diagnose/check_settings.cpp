@@ -80,8 +80,18 @@ void check_installation(const subject& subject, report& findings)
         const registry_value document = subject.computer.value(key, L"ActiveDocument");
         result.found = L"InstallDir " + described(folder) + L", ActiveDocument " + described(document) +
                        L", SharePoint " + described(subject.computer.value(key, L"SharePoint"));
-        if (!text_of(folder) || !text_of(document)) {
+        const auto installed = text_of(folder);
+        const registry_value dll =
+            subject.computer.value(machine_key(std::wstring(classes_key) + L"\\CLSID\\" +
+                                               subject.product.document_class + L"\\InprocServer32"),
+                                   L"");
+        const std::wstring path = text_of(dll).value_or(L"");
+        const std::wstring dll_folder = path.substr(0, path.find_last_of(L'\\') + 1);
+        const auto version = text_of(document);
+        const bool is_complete = installed && version && *version + L".0" == subject.product.version;
+        if (!is_complete || !equal_names(*installed, dll_folder)) {
             result.result = state::note;
+            result.found += L"; the DLL is registered in " + quoted(dll_folder);
             result.to_do = is_missing(document)
                                ? L"msiexec /i PACKAGE.msi ADDLOCAL=ActiveDocument, if PDFs are to open"
                                : repair;

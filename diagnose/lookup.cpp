@@ -53,6 +53,21 @@ std::wstring difference(const machine& computer, const registered_value& row)
     return described(key, *row.name) + L": " + described(value) + L" instead of " + described(expected);
 }
 
+std::vector<user_row> read_user_rows(const machine& computer, const std::vector<registered_value>& rows)
+{
+    std::vector<user_row> found;
+    for (const registered_value& row : rows) {
+        if (!row.name || !is_below(row.path, classes_key))
+            continue;
+        const registry_value value = computer.value(user_key(row.path), *row.name);
+        if (is_missing(value))
+            continue;
+        const bool is_same = value.error == ERROR_SUCCESS && value.type == row.type && value.data == row.data;
+        found.push_back({&row, is_same, described(user_key(row.path), *row.name) + L": " + described(value)});
+    }
+    return found;
+}
+
 bool is_below(std::wstring_view text, std::wstring_view prefix)
 {
     return text.size() >= prefix.size() && equal_names(text.substr(0, prefix.size()), prefix) &&

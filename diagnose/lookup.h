@@ -41,6 +41,16 @@ std::vector<registry_key> policy_keys(const std::wstring& suffix);
 // Rows with the module's path must have some text.
 std::wstring difference(const machine& computer, const registered_value& row);
 
+// Values in the user's part of the classes that the product registers for the machine: they take precedence
+// there.
+struct user_row
+{
+    const registered_value* row = nullptr;
+    bool is_same = false; // as registration would write it
+    std::wstring text;    // the value with its place
+};
+std::vector<user_row> read_user_rows(const machine& computer, const std::vector<registered_value>& rows);
+
 // Whether text begins with prefix, and ends there or goes on with a backslash. Ignores case.
 bool is_below(std::wstring_view text, std::wstring_view prefix);
 

@@ -119,6 +119,8 @@ TEST_F(RegistrationFault, OfContentTypes)
          {{check, "OK", "HKLM\\"}}},
         one_value("a rare type", HKEY_CURRENT_USER, std::wstring(content_types) + L"ppdf", L"CLSID",
                   text_data(other_class), {{"Content type ppdf", "NOTE", "{11111111"}}),
+        one_value("another extension", HKEY_CURRENT_USER, pdf, L"Extension", text_data(L".txt"),
+                  {{check, "NOTE", "value \"Extension\": \".txt\""}}),
         denied("an unreadable key", HKEY_CURRENT_USER, pdf, {{check, "PROBLEM", "access denied (error 5)"}}),
         one_value("another extension's type", HKEY_LOCAL_MACHINE, L"SOFTWARE\\Classes\\.pdf", L"Content Type",
                   text_data(L"text/plain"),
@@ -195,9 +197,17 @@ TEST_F(RegistrationFault, OfTheHelperObject)
     expect_each_alone({
         one_value("another library", HKEY_LOCAL_MACHINE, key, L"", text_data(L"C:\\other.dll"),
                   {{"Helper object, DLL", "NOTE", "\"C:\\other.dll\""}}),
+        one_value("the user's library", HKEY_CURRENT_USER, key, L"", text_data(module_path()),
+                  {{"Helper object, registration for the user", "OK", "a tab uses these instead"},
+                   {"Helper object, DLL", "OK", "HKCU\\"},
+                   // Wine has one view of the user's classes; on Windows this finding does not change.
+                   {"Helper object, 32-bit view", "NOTE", "HKCU\\"}}),
+        one_value("the user's threading model", HKEY_CURRENT_USER, key, L"ThreadingModel", text_data(L"Free"),
+                  {{"Helper object, registration for the user", "NOTE", "\"Free\""}}),
+        one_value("the 32-bit view", HKEY_LOCAL_MACHINE, objects, L"NoExplorer", number_data(1),
+                  {{"Helper object, 32-bit view", "NOTE", "(32-bit view) exists"}}, KEY_WOW64_32KEY),
         one_value("also in the shell", HKEY_LOCAL_MACHINE, objects, L"NoExplorer", std::nullopt,
-                  {{"Helper object, registration for the machine", "NOTE",
-                    "\"NoExplorer\": no value instead of 1"}}),
+                  {{"Helper object, registration", "NOTE", "\"NoExplorer\": no value instead of 1"}}),
     });
 }
 

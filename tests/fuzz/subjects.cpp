@@ -13,7 +13,7 @@ std::span<const subject> subjects()
         {"repeat_guard", repeat_guard},     {"sharepoint_links", sharepoint_links},
         {"url_escapes", url_escapes},       {"url_file_name", url_file_name},
         {"url_fragment", url_fragment},     {"url_parts", url_parts},
-        {"url_resolution", url_resolution},
+        {"url_resolution", url_resolution}, {"diagnosis", diagnosis},
     };
     return all;
 }

@@ -31,5 +31,6 @@ void page_kind(bytes input);
 void repeat_guard(bytes input);
 void settings_text(bytes input);
 void registry_script(bytes input);
+void diagnosis(bytes input);
 
 } // namespace quill::fuzz

@@ -55,7 +55,7 @@ class Installation(InstallerTest):
         # What the package does not bring: the viewer, and 64-bit tabs.
         self.assertEqual({check for check, state in found.items() if state == "PROBLEM"},
                          {"Viewer, ProgID", "Viewer, server", "64-bit tabs"})
-        self.assertEqual((found["Installation"], found["Helper object, registration for the machine"]), ("OK", "OK"))
+        self.assertEqual((found["Installation"], found["Helper object, registration"]), ("OK", "OK"))
         self.install("REMOVE=SharePoint")
         self.assert_listing(self.windows.registry(), ("ActiveDocument",))
         self.assertTrue(self.module_on_disk().exists(), "the other feature needs it")
