@@ -37,7 +37,8 @@ class Page(BrowsingTest):
     def import_file(self, block):
         file = self.folder / "page.reg"
         file.write_bytes(block.text.replace("\n", "\r\n").encode("utf-16"))
-        self.windows.reg("import", windows_path(file))
+        code, output = self.windows.run("reg", "import", windows_path(file))  # prints nothing if it succeeds
+        self.assertEqual(code, 0, output)
         for key, values in page.registry_file(block).items():
             for name, (kind, data) in values.items():
                 _, output = self.windows.run_reporting("reg", "query", key, "/v", name)
