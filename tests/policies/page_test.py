@@ -1,5 +1,7 @@
 """What the administrator's page says, followed to the letter in a new prefix."""
+import os
 import re
+import time
 
 import package
 import page
@@ -45,24 +47,29 @@ class Page(BrowsingTest):
                 self.assertRegex(output, rf"(?m)^ +{re.escape(name)} +{kind} +{re.escape(data)}\r?$")
 
     def CommandsWorkInANewPrefix(self):
-        package.build(self.folder / f"QuillPDF.IE-{package.version()}-x64.msi")
+        package.build(self.folder / f"QuillPDF.IE-{package.version()}-x64.msi",
+                      files=[package.bin_folder / "QuillDiagnose.exe"])
         machine, user = self.windows.registry(), self.environment()
+        before = {"--clean-downloads": self.leave_downloads}
         after = {"msiexec /i": self.check_installed, 'mkdir "%USERPROFILE%': self.check_log_folder,
-                 "QUILL_LOG_LEVEL /d debug": self.check_log, "msiexec /x": self.check_removed}
+                 "QUILL_LOG_LEVEL /d debug": self.check_log, "--clean-downloads": self.check_clean_downloads,
+                 'QuillDiagnose.exe"\n': self.check_diagnosis, "msiexec /x": self.check_removed}
         kept = {}  # written by registry files, and removed with the policies that stand for them
         for block in page.blocks():
             if block.language == "bat" and block.runs_in_wine():
+                for words in [words for words in before if words in block.text]:
+                    before.pop(words)()
                 for line, code, output in self.run_lines(block):
                     may_fail = line.startswith("reg delete")
                     self.assertIn(code, (0, 1) if may_fail else (0,), f"{line}: {output}")
-                    for words in [words for words in after if words in line]:
+                    for words in [words for words in after if words in line + "\n"]:
                         after.pop(words)(output)
             elif block.language == "reg":
                 self.import_file(block)
                 kept.update(page.registry_file(block))
             elif block.language == "xml" and "<Task " in block.text:
                 (self.folder / "downloads.xml").write_text(block.text)
-        self.assertEqual(after, {}, "what was not run")
+        self.assertEqual((before, after), ({}, {}), "what was not run")
         self.assert_cleaned(machine, user, kept)
 
     def LogLinesAreThoseOfTheModule(self):
@@ -112,6 +119,22 @@ class Page(BrowsingTest):
 
     def check_log(self, _):
         self.assertIn("debug", self.open_document().levels())
+
+    def leave_downloads(self):
+        for name, file, days in (("qll90", "old.pdf", 31), ("qll91", "new.pdf", 29)):
+            folder = self.temp_on_disk / name
+            folder.mkdir()
+            (folder / file).write_text("x")
+            for path in (folder / file, folder):
+                os.utime(path, (time.time() - days * 86400,) * 2)
+
+    def check_clean_downloads(self, _):
+        names = {path.name for path in self.downloads()}
+        self.assertEqual(names & {"qll90", "qll91"}, {"qll91"})
+
+    def check_diagnosis(self, output):
+        self.assertIn("RESULT: a PDF would open", output)
+        self.assertRegex(output, "Isolation64Bit\": 1")
 
     def check_removed(self, _):
         module = self.windows.drive / "Program Files/Quill/PDF for Internet Explorer/QuillPDF.IE.dll"
