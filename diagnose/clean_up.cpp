@@ -32,13 +32,17 @@ judgement judge(const folder_entry& folder, const std::vector<folder_entry>& con
 {
     if (!is_download_folder_name(folder.name))
         return foreign(L"another name");
+    file_time newest = folder.newest;
+    for (const folder_entry& entry : contents)
+        newest = std::max(newest, entry.newest);
+    if (newest >= now || now - newest <= days * ticks_per_day)
+        return {verdict::too_new, L""};
     if (folder.is_link)
         return foreign(L"a link");
     if (!folder.is_folder)
         return foreign(L"not a folder");
     if (contents.size() > 1)
         return foreign(L"it holds " + number_text(contents.size()) + L" files and folders");
-    file_time newest = folder.newest;
     for (const folder_entry& entry : contents) {
         if (entry.is_link)
             return foreign(L"it holds a link, " + quoted(entry.name));
@@ -46,10 +50,8 @@ judgement judge(const folder_entry& folder, const std::vector<folder_entry>& con
             return foreign(L"it holds a folder, " + quoted(entry.name));
         if (!has_download_name(entry.name))
             return foreign(L"it holds " + quoted(entry.name) + L", which is no download");
-        newest = std::max(newest, entry.newest);
     }
-    const bool is_old = newest < now && now - newest > days * ticks_per_day;
-    return {is_old ? verdict::remove : verdict::too_new, L""};
+    return {verdict::remove, L""};
 }
 
 } // namespace quill::diagnose

@@ -3,6 +3,7 @@
 #include "diagnose/registry_value.h"
 #include "diagnose/report.h"
 #include "platform/unique_handle.h"
+#include "retrieval/download/cache_folder.h"
 #include "retrieval/download/folder_numbers.h"
 
 #include <windows.h>
@@ -117,7 +118,7 @@ std::wstring final_path(HANDLE entry)
 bool lies_in(HANDLE entry, HANDLE folder, std::wstring_view name)
 {
     const std::wstring outer = final_path(folder);
-    return !outer.empty() && equal_names(final_path(entry), outer + L"\\" + std::wstring(name));
+    return !outer.empty() && equal_names(final_path(entry), with_separator(outer) + std::wstring(name));
 }
 
 bool read_entry(HANDLE handle, const std::wstring& name, folder_entry& entry)

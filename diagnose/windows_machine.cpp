@@ -100,6 +100,10 @@ file_contents windows_machine::read(const std::wstring& path) const
         result.error = GetLastError();
         return result;
     }
+    if (GetFileType(file.get()) != FILE_TYPE_DISK) {
+        result.error = ERROR_BAD_FILE_TYPE;
+        return result;
+    }
     if (static_cast<std::uint64_t>(size.QuadPart) > largest_file) {
         result.error = ERROR_FILE_TOO_LARGE;
         return result;

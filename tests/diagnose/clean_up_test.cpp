@@ -36,6 +36,14 @@ TEST(DownloadFolder, IsRemovedAfterItsDays)
     EXPECT_EQ(judge(folder(0), {file(0)}, now, 3650).what, verdict::too_new);
 }
 
+TEST(DownloadFolder, IsNotJudgedBeforeItsDays)
+{
+    folder_entry link = folder(now - 1);
+    link.is_link = true;
+    EXPECT_EQ(judge(link, {}, now, 1).what, verdict::too_new);
+    EXPECT_EQ(judge(folder(0), {file(0), file(now - 1)}, now, 1).what, verdict::too_new);
+}
+
 TEST(DownloadFolder, OfTheFutureIsNew)
 {
     EXPECT_EQ(judge(folder(now + 1), {}, now, 1).what, verdict::too_new);
