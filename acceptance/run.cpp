@@ -26,13 +26,30 @@ std::wstring class_text(REFCLSID id)
     return text;
 }
 
+std::string suite_key(settings_key key)
+{
+    return to_utf8(settings_key_paths[static_cast<std::size_t>(key)]);
+}
+
 // What the tests and the stand-ins change besides the product's own keys.
 std::vector<std::string> stand_in_keys()
 {
-    const std::string suite = to_utf8(settings_key_paths[static_cast<std::size_t>(settings_key::product)]);
-    return {"HKLM\\" + suite, "HKCU\\" + suite, "HKLM\\SOFTWARE\\Classes\\" + to_utf8(inner_viewer_progid),
+    return {"HKLM\\" + suite_key(settings_key::product),
+            "HKCU\\" + suite_key(settings_key::company),
+            "HKCU\\SOFTWARE\\QuillTest",
+            "HKLM\\SOFTWARE\\Classes\\" + to_utf8(inner_viewer_progid),
             "HKLM\\SOFTWARE\\Classes\\http\\shell\\open\\command",
             "HKLM\\SOFTWARE\\Classes\\https\\shell\\open\\command"};
+}
+
+// Whether the installation does not write the tree. The installer's own record is below the company's key, in
+// the 64-bit view only.
+bool is_of_stand_ins(const saved_tree& tree)
+{
+    const std::vector<saved_tree> trees = trees_of(stand_in_keys());
+    return (tree.view == 32 && tree.path == suite_key(settings_key::company)) ||
+           std::any_of(trees.begin(), trees.end(),
+                       [&](const saved_tree& each) { return name_of(each) == name_of(tree); });
 }
 
 std::string text_of(const child_result& result)
@@ -107,8 +124,7 @@ exit_code run::refusal()
 // The keys that the installation writes.
 std::vector<std::string> run::product_keys() const
 {
-    const std::string company = to_utf8(settings_key_paths[static_cast<std::size_t>(settings_key::company)]);
-    std::vector<std::string> keys = {"HKLM\\" + company, "HKCU\\" + company,
+    std::vector<std::string> keys = {"HKLM\\" + suite_key(settings_key::company),
                                      "HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" +
                                          to_utf8(kit_.installer.product_code)};
     for (const wchar_t* listing : {L"registered_per_machine.txt", L"registered_per_user.txt"})
@@ -146,12 +162,16 @@ bool run::save_state()
     for (const saved_tree& tree : trees_of(keys))
         saved_.trees.push_back(read_tree(tree));
     if (!write_durably(kit_.journal(), to_text(saved_))) {
-        report_.failed("journal.txt could not be written: " + error_text(GetLastError()));
+        const std::string error = error_text(GetLastError());
+        DeleteFileW((kit_.journal() + L".new").c_str());
+        refuse(exit_no_report,
+               "journal.txt, which would hold the state of the machine, cannot be written (" + error + ").");
         return false;
     }
     report_.fact("saved",
                  std::to_string(saved_.trees.size()) + " registry keys with their contents, in journal.txt");
-    return CreateDirectoryW(kit_.work().c_str(), nullptr) || GetLastError() == ERROR_ALREADY_EXISTS;
+    CreateDirectoryW(kit_.work().c_str(), nullptr);
+    return true;
 }
 
 exit_code run::execute()
@@ -167,10 +187,11 @@ exit_code run::execute()
     report_.fact("version", to_utf8(kit_.installer.version));
     report_.fact("product code", to_utf8(kit_.installer.product_code));
 
+    if (!save_state())
+        return exit_no_report;
     bool restored = false;
     try {
-        if (save_state())
-            run_steps();
+        run_steps();
     } catch (const broken_off&) {
         was_broken_off_ = true;
         report_.section("BROKEN OFF by the user");
@@ -207,7 +228,7 @@ void run::run_steps()
     report_.section("Test programs, with the DLL of the kit");
     for (const step& one : test_steps())
         run_step(one);
-    restore_stand_in_keys();
+    restore_after_tests(false);
     measure_rollback();
     install();
     if (dll_.empty())
@@ -216,7 +237,7 @@ void run::run_steps()
     report_.section("The installed product in the browser's engine");
     for (const step& one : installed_steps())
         run_step(one);
-    restore_stand_in_keys();
+    restore_after_tests(true);
     measure_repair();
     measure_admin_image();
 }
@@ -311,13 +332,21 @@ void run::report_answers()
         report_.line("  " + line);
 }
 
+// Also where the product is not listed: an installation of a killed run may still be in progress.
 bool run::remove_product()
 {
-    const package removed{kit_.installer.path, to_wide(saved_.product), kit_.installer.upgrade_code, {}};
-    const auto products = installed_products(removed);
-    if (std::find(products.begin(), products.end(), removed.product_code) == products.end())
+    constexpr ULONGLONG other_installation_ms = 600'000;
+    constexpr DWORD look_again_ms = 1'000;
+    const ULONGLONG end = GetTickCount64() + other_installation_ms;
+    child_result ended;
+    do {
+        ended = run_msiexec(L"/x " + to_wide(saved_.product), kit_.log(L"remove"), kit_.work());
+    } while (ended.exit_code == ERROR_INSTALL_ALREADY_RUNNING && GetTickCount64() < end &&
+             WaitForSingleObject(GetCurrentProcess(), look_again_ms) == WAIT_TIMEOUT);
+    if (ended.start_error == ERROR_SUCCESS && ended.exit_code == ERROR_UNKNOWN_PRODUCT) {
+        report_.fact("msiexec /x", "the product was not installed");
         return true;
-    const child_result ended = run_msiexec(L"/x " + removed.product_code, kit_.log(L"remove"), kit_.work());
+    }
     const std::string what = "msiexec /x: " + text_of(ended) + " (msiexec-remove.log)";
     answers_["msi-install"] +=
         (answers_["msi-install"].empty() ? "removal: " : "; removal: ") + text_of(ended);
@@ -343,7 +372,7 @@ bool run::put_back()
             report_.passed("the folder is gone: " + to_utf8(folder));
     }
     // Interrupted tests have not restored them. The product's own record is below the same key.
-    restore_stand_in_keys();
+    restore_after_tests(true);
     complete = restore_registry() && complete;
     if (!delete_folder(kit_.work()))
         report_.failed("the folder of the kit's own files could not be deleted: " + to_utf8(kit_.work()));
@@ -353,12 +382,10 @@ bool run::put_back()
 }
 
 // Tests leave empty keys where they created some, and more if one of them was terminated.
-void run::restore_stand_in_keys()
+void run::restore_after_tests(bool is_installed)
 {
-    const std::vector<saved_tree> stand_ins = trees_of(stand_in_keys());
     for (const saved_tree& tree : saved_.trees) {
-        const auto is_tree = [&](const saved_tree& each) { return name_of(each) == name_of(tree); };
-        if (std::none_of(stand_ins.begin(), stand_ins.end(), is_tree))
+        if (is_installed && !is_of_stand_ins(tree))
             continue;
         for (const std::string& line : difference(tree, read_tree(tree)))
             report_.fact("restored after the tests", line);

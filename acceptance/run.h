@@ -42,7 +42,8 @@ private:
     bool put_back();
     bool remove_product();
     bool restore_registry();
-    void restore_stand_in_keys();
+    // Restores what the tests have changed: all keys, or without those of the product while it is installed.
+    void restore_after_tests(bool is_installed);
     std::vector<std::string> product_keys() const;
     void report_answers();
     bool is_selected(std::string_view step) const;

@@ -28,7 +28,8 @@ class Windows:
 
     def run(self, *command):
         """(exit code, output) of a program."""
-        with self.start(*command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True) as process:
+        with self.start(*command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+                        errors="replace") as process:
             try:
                 output, _ = process.communicate(timeout=PROGRAM_LIMIT_S)
             except subprocess.TimeoutExpired:

@@ -142,8 +142,32 @@ TEST(Integrity, ReportsWhereALowIntegrityProcessCanWrite)
                  "a process whose level was set to 0x1000: " + output.substr(begin + 6, end - begin - 6));
 }
 
+// Removes a key of the user at the end of the scope if it did not exist at the beginning.
+class created_key
+{
+public:
+    explicit created_key(const wchar_t* path) : path_(path)
+    {
+        unique_registry_key key;
+        existed_ = RegOpenKeyExW(HKEY_CURRENT_USER, path, 0, KEY_READ, key.put()) == ERROR_SUCCESS;
+    }
+    created_key(const created_key&) = delete;
+    created_key& operator=(const created_key&) = delete;
+    ~created_key()
+    {
+        if (!existed_)
+            RegDeleteKeyW(HKEY_CURRENT_USER, path_);
+    }
+
+private:
+    const wchar_t* path_;
+    bool existed_;
+};
+
 TEST(System, ReportsWhetherTheUsersClassRegistrationIsRead)
 {
+    const created_key classes(L"Software\\Classes");
+    const created_key class_ids(L"Software\\Classes\\CLSID");
     constexpr wchar_t class_text[] = L"{3F1D6A52-6E0B-4C57-9B7C-0E4B0B5B2D91}";
     const ole_apartment apartment;
     CLSID id{};
