@@ -121,16 +121,27 @@ exit_code run::refusal()
     return exit_passed;
 }
 
-// The keys that the installation writes.
-std::vector<std::string> run::product_keys() const
+// The keys that the tests change, and those that the installation writes.
+std::vector<saved_tree> run::watched_trees(const std::string& product) const
 {
-    std::vector<std::string> keys = {"HKLM\\" + suite_key(settings_key::company),
-                                     "HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" +
-                                         to_utf8(kit_.installer.product_code)};
+    std::vector<std::string> keys = stand_in_keys();
+    keys.push_back("HKLM\\" + suite_key(settings_key::company));
+    keys.push_back("HKLM\\SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Uninstall\\" + product);
     for (const wchar_t* listing : {L"registered_per_machine.txt", L"registered_per_user.txt"})
         for (const std::string& key : own_keys(read_whole_file(kit_.bin(listing))))
-            keys.push_back(key);
-    return keys;
+            if (std::find(keys.begin(), keys.end(), key) == keys.end())
+                keys.push_back(key);
+    return trees_of(keys);
+}
+
+// A journal that names other keys is not this kit's: restoring it could remove anything.
+bool run::is_own(const journal& saved) const
+{
+    CLSID product{};
+    const std::vector<saved_tree> watched = watched_trees(saved.product);
+    return SUCCEEDED(CLSIDFromString(to_wide(saved.product).c_str(), &product)) &&
+           std::equal(saved.trees.begin(), saved.trees.end(), watched.begin(), watched.end(),
+                      [](const saved_tree& a, const saved_tree& b) { return name_of(a) == name_of(b); });
 }
 
 // After a run that ended without restoring: killed, or by a power failure.
@@ -140,7 +151,7 @@ exit_code run::restore_broken_off_run()
         return exit_passed;
     report_.section("An earlier run was broken off; restoring the state before it");
     const auto saved = parse_journal(read_whole_file(kit_.journal()));
-    if (!saved)
+    if (!saved || !is_own(*saved))
         return refuse(exit_not_restored,
                       "journal.txt, which holds the state before that run, is damaged. Remove "
                       "the product if it is installed, then delete journal.txt.");
@@ -154,12 +165,8 @@ exit_code run::restore_broken_off_run()
 bool run::save_state()
 {
     report_.section("Saving the state of the machine");
-    std::vector<std::string> keys = stand_in_keys();
-    for (const std::string& key : product_keys())
-        if (std::find(keys.begin(), keys.end(), key) == keys.end())
-            keys.push_back(key);
     saved_ = {to_utf8(kit_.installer.product_code), {}};
-    for (const saved_tree& tree : trees_of(keys))
+    for (const saved_tree& tree : watched_trees(saved_.product))
         saved_.trees.push_back(read_tree(tree));
     if (!write_durably(kit_.journal(), to_text(saved_))) {
         const std::string error = error_text(GetLastError());

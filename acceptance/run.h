@@ -44,7 +44,9 @@ private:
     bool restore_registry();
     // Restores what the tests have changed: all keys, or without those of the product while it is installed.
     void restore_after_tests(bool is_installed);
-    std::vector<std::string> product_keys() const;
+    // The keys that a run saves, compares and restores, without their contents.
+    std::vector<saved_tree> watched_trees(const std::string& product) const;
+    bool is_own(const journal& saved) const;
     void report_answers();
     bool is_selected(std::string_view step) const;
     std::wstring installed_dll() const;

@@ -89,7 +89,8 @@ bool parse_line(std::string_view line, journal& saved)
         tree.view = reader.number<int>();
         tree.path = reader.name();
         saved.trees.push_back(std::move(tree));
-        return reader.ok() && (saved.trees.back().root == "HKLM" || saved.trees.back().root == "HKCU") &&
+        return reader.ok() && !saved.trees.back().path.empty() &&
+               (saved.trees.back().root == "HKLM" || saved.trees.back().root == "HKCU") &&
                (saved.trees.back().view == 64 || saved.trees.back().view == 32);
     }
     if (saved.trees.empty())

@@ -52,14 +52,15 @@ bool is_step(std::string_view name)
 std::optional<std::vector<std::string>> parse_selection(std::string_view names)
 {
     std::vector<std::string> selected;
-    while (!names.empty()) {
+    for (;;) {
         const std::size_t comma = names.find(',');
         selected.emplace_back(names.substr(0, comma));
-        names.remove_prefix(comma == std::string_view::npos ? names.size() : comma + 1);
         if (!is_step(selected.back()))
             return std::nullopt;
+        if (comma == std::string_view::npos)
+            return selected;
+        names.remove_prefix(comma + 1);
     }
-    return selected.empty() ? std::nullopt : std::optional(std::move(selected));
 }
 
 } // namespace quill::acceptance

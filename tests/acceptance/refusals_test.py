@@ -87,11 +87,13 @@ class AcceptanceKit(KitTest):
             (self.kit / "journal.txt.new").mkdir()
             self.refused(16, "journal.txt, which would hold the state of the machine, cannot be written")
             (self.kit / "journal.txt.new").rmdir()
-        with self.subTest("journal of an earlier run"):
-            (self.kit / "journal.txt").write_text("quill acceptance journal 1\nproduct 7b7d\n")
-            output = self.expect(18)
-            self.assertIn("journal.txt, which holds the state before that run, is damaged", output)
-            (self.kit / "journal.txt").unlink()
+        product = "{162DB887-D266-5794-B691-094FDA428AD5}".encode().hex()
+        for tree in ("", "tree HKLM 64 " + "SOFTWARE".encode().hex() + "\nend\n"):
+            with self.subTest("journal of an earlier run", tree=tree):
+                (self.kit / "journal.txt").write_text(f"quill acceptance journal 1\nproduct {product}\n{tree}")
+                output = self.expect(18)
+                self.assertIn("journal.txt, which holds the state before that run, is damaged", output)
+                (self.kit / "journal.txt").unlink()
         with self.subTest("options"):
             for arguments in (("--only", "nothing"), ("--only",), ("--help",)):
                 output = self.expect(2, *arguments)
