@@ -86,7 +86,8 @@ HWND engine::find_window(const std::wstring& window_class) const
 
 std::string sample(const std::wstring& name)
 {
-    // Beside the program in the acceptance kit, otherwise in the clone, where Z: is the root of the file system.
+    // Beside the program in the acceptance kit, otherwise in the clone, where Z: is the root of the file
+    // system.
     std::wstring path = beside_this_program(L"samples/" + name);
     if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
         path = L"Z:" + to_wide(QUILL_SAMPLES) + L"/" + name;
