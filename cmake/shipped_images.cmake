@@ -16,9 +16,11 @@ set(quill_path_options
 if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     list(APPEND quill_path_options -fdebug-compilation-dir=${quill_source_root} -gno-codeview-command-line)
 endif()
+# The messages of failing tests have real paths, except in a release, whose acceptance kit has test programs.
+set(quill_keeps_paths $<AND:$<BOOL:$<TARGET_PROPERTY:QUILL_IS_TEST_CODE>>,$<NOT:$<BOOL:${QUILL_PRODUCT_ONLY}>>>)
 foreach(option ${quill_path_options})
     target_compile_options(quill_options INTERFACE
-        $<$<NOT:$<OR:$<BOOL:$<TARGET_PROPERTY:QUILL_IS_TEST_CODE>>,$<COMPILE_LANGUAGE:RC>>>:${option}>)
+        $<$<NOT:$<OR:${quill_keeps_paths},$<COMPILE_LANGUAGE:RC>>>:${option}>)
 endforeach()
 
 # One source for the version: project(VERSION) in CMakeLists.txt. Windows Installer compares these three numbers and
@@ -61,6 +63,7 @@ function(quill_ship_image target)
     target_link_options(${target} PRIVATE -Wl,--strip-all -Wl,-Map=bin/${name}.map)
     if(CMAKE_CXX_COMPILER_ID STREQUAL Clang)
         target_link_options(${target} PRIVATE
+            -Wl,--pdb=bin/${name}.pdb
             # The timestamp is a hash of the image: symbol servers tell versions apart by it.
             -Wl,-Xlink=-Brepro
             # The header's checksum, as signing sets it.

@@ -1,5 +1,6 @@
 #include "tests/browser/engine.h"
 
+#include "tests/support/child_process.h"
 #include "tests/support/scopes.h"
 #include "tests/support/text.h"
 #include "tests/support/wait.h"
@@ -85,7 +86,11 @@ HWND engine::find_window(const std::wstring& window_class) const
 
 std::string sample(const std::wstring& name)
 {
-    std::wstring path = L"Z:" + to_wide(QUILL_SAMPLES) + L"/" + name;
+    // Beside the program in the acceptance kit, otherwise in the clone, where Z: is the root of the file
+    // system.
+    std::wstring path = beside_this_program(L"samples/" + name);
+    if (GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES)
+        path = L"Z:" + to_wide(QUILL_SAMPLES) + L"/" + name;
     std::replace(path.begin(), path.end(), L'/', L'\\');
     const auto content = read_file(path);
     EXPECT_TRUE(content.has_value()) << to_utf8(path);

@@ -2,6 +2,7 @@
 
 #include "tests/support/child_process.h"
 #include "tests/support/faults/import_table.h"
+#include "tests/support/is_wine.h"
 
 #include <gtest/gtest.h>
 
@@ -53,6 +54,8 @@ module_under_test::module_under_test()
         throw std::runtime_error("QuillPDF.IE.dll does not load: error " + std::to_string(GetLastError()));
     get_class_object_ = export_of<get_class_object_function>(handle_, "DllGetClassObject");
     can_unload_ = export_of<can_unload_function>(handle_, "DllCanUnloadNow");
+    if (!is_wine())
+        return;
     module_create_menu =
         redirect_import(handle_, "CreateMenu", reinterpret_cast<code_address>(&create_menu_beside_a_spare));
     EXPECT_NE(module_create_menu, nullptr);

@@ -1,5 +1,6 @@
 // The PDF check on real files.
 #include "retrieval/file/pdf_check.h"
+#include "tests/support/is_wine.h"
 #include "tests/support/listening_pipe.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/process_resources.h"
@@ -8,6 +9,8 @@
 #include <windows.h>
 
 #include <gmock/gmock.h>
+
+#include <vector>
 
 namespace quill::test {
 namespace {
@@ -104,10 +107,12 @@ TEST_F(PdfFile, IsMissingWhenItIsAPipeWhichIsNotConnected)
     }
 }
 
-// A Unix device whose path looks like that of a file.
+// A device whose path looks like that of a file.
 TEST_F(PdfFile, IsMissingWhenWhatWasOpenedIsNoDiskFile)
 {
-    for (const wchar_t* path : {L"Z:\\dev\\zero", L"Z:\\dev\\null", L"Z:\\dev\\full"}) {
+    const std::vector<const wchar_t*> unix_devices = {L"Z:\\dev\\zero", L"Z:\\dev\\null", L"Z:\\dev\\full"};
+    const std::vector<const wchar_t*> windows_devices = {L"\\\\?\\GLOBALROOT\\Device\\Null"};
+    for (const wchar_t* path : is_wine() ? unix_devices : windows_devices) {
         log_.clear();
         EXPECT_EQ(isPDF(path), 0);
         EXPECT_THAT(log_.lines(), ElementsAre("debug: ACTIVEDOC isPDF [FALSE] MISSING FILE"));

@@ -1,6 +1,7 @@
 #include "tests/retrieval/ieframe/own_folder.h"
 
 #include "tests/support/child_process.h"
+#include "tests/support/is_wine.h"
 #include "tests/support/scopes.h"
 
 #include <windows.h>
@@ -44,6 +45,8 @@ std::wstring arguments()
 
 void prefer_own_library(const std::wstring& program)
 {
+    if (!is_wine())
+        return;
     const std::wstring key = L"Software\\Wine\\AppDefaults\\" + program + L"\\DllOverrides";
     const wchar_t order[] = L"native,builtin";
     RegSetKeyValueW(HKEY_CURRENT_USER, key.c_str(), L"ieframe", REG_SZ, order, sizeof order);

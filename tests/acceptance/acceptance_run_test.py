@@ -1,0 +1,63 @@
+"""Runs of the kit to their end."""
+import re
+import shutil
+import subprocess
+
+import package
+from kit import KitTest, write_contents
+
+WINE = "/usr/lib/wine/wine64"
+
+
+class AcceptanceRun(KitTest):
+    def ReportsWhatItMeasuresAndLeavesNothing(self):
+        self.expect(0, "--only", "platform,engine,embedded,library,integrity,system,repair")
+        report = self.report()
+        self.assertIn("RESULT: passed", report)
+        wine = subprocess.run([WINE, "--version"], capture_output=True, text=True).stdout.split()[0]
+        self.assertIn("Wine " + wine.removeprefix("wine-") + ", NOT Windows", self.fact("system"))
+        self.assertIn("ieframe.dll", self.fact("WebBrowser control"))
+        self.assertIn("QuillPages.dll", self.fact("HTML engine"))
+        self.assertEqual(self.fact("version"), package.version())
+        self.assertTrue(self.fact("installed").startswith(package.version() + ".0 "))
+        self.assertIn(r"C:\Program Files\Quill\PDF for Internet Explorer", self.fact("installed"))
+        # The count is the program's, not the kit's.
+        _, listed = self.windows.run(package.bin_folder / "test_platform.exe", "--gtest_list_tests")
+        tests = len(re.findall(r"(?m)^  \w", listed))
+        self.assertIn(f"platform (settings, files, temporary folders, locks): {tests} passed, 0 failed", report)
+        self.assertRegex(report, r"the viewer got .*\\bracket\.pdf\), 4\(I4 1\), 9\(R8 1\.5\)")
+        self.assertIn("GET /embedded.html", report)
+        self.assertRegex(report, r'started with /pdf "sharepoint://http://127\.0\.0\.1:\d+/sites/.*bracket%202291-B\.pdf"')
+        self.assertIn("plain: left out by --only", report)
+        # What was left out, and what Wine does.
+        self.assert_answer("caller-object", "not answered: its step was left out")
+        self.assert_answer("ie-mode", "not answered: IE mode needs Edge")
+        self.assert_answer("low-integrity", "seen: a process whose level was set to 0x1000: level 0x3000")
+        self.assert_answer("per-user-class", "seen: CoCreateInstance of a class that only the user has registered "
+                                             "returns 0x80040154")
+        self.assert_answer("signatures", "seen: QuillPDF.IE.dll: 0x800b0100, not signed")
+        self.assert_answer("msi-install", "seen: installation: exit code 0; removal: exit code 0")
+        self.assert_as_before()
+
+    def assert_answer(self, question, beginning):
+        match = re.search(rf"(?m)^  {question}: .*\n(?:    measured by: .*\n)?    (.*)$", self.report())
+        self.assertIsNotNone(match, question)
+        self.assertTrue(match[1].startswith(beginning), f"{question}: {match[1]}")
+
+    def NamesWhatFailsAndRemovesTheProduct(self):
+        shutil.copy(package.bin_folder / "quill_browser.exe", self.kit / "bin/test_plain.exe")  # prints its usage
+        shutil.copy(package.bin_folder / "quill_editor.exe", self.kit / "bin/test_platform.exe")  # prints nothing
+        write_contents(self.kit)
+        # What another product has registered stays.
+        self.windows.reg("add", r"HKLM\SOFTWARE\Classes\MIME\Database\Content Type\application/pdf", "/v", "CLSID",
+                         "/d", "{00000000-1111-2222-3333-444444444444}", "/f")
+        self.windows.reg("add", r"HKLM\SOFTWARE\Quill\DocStudio\14\Settings", "/v", "exepath", "/d", "editor", "/f")
+        self.registry_before = self.registry()
+        self.expect(1, "--only", "plain,library")
+        report = self.report()
+        failures = report[report.index("RESULT: FAILED"):]
+        self.assertRegex(failures, r"plain \(.*\): 0 passed, 0 failed, 0 skipped, exit code 2")
+        self.assertNotIn("platform", failures)
+        self.assertIn("usage: quill_browser", (self.kit / "failed-plain.txt").read_text())
+        self.assertIn("passed: library", report)
+        self.assert_as_before()

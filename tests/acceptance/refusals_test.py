@@ -1,0 +1,101 @@
+"""What the kit refuses: a message, an exit code, and nothing is changed."""
+import shutil
+
+import package
+from kit import KitTest
+from windows import windows_path
+
+CONTROL_CLASS = r"HKLM\SOFTWARE\Classes\CLSID\{8856F961-340A-11D0-A96B-00C04FD705A2}"
+HTML_TYPE = r"HKLM\SOFTWARE\Classes\MIME\Database\Content Type\text/html"
+
+
+class AcceptanceKit(KitTest):
+    def refused(self, code, text, *arguments):
+        output = self.expect(code, *arguments)
+        self.assertIn("REFUSED", output)
+        self.assertIn("othing was changed", output)
+        self.assertIn(text, output)
+        self.assert_clean()
+
+    def run_script(self, *lines):
+        """(exit code, output) of a script of commands for cmd."""
+        script = self.kit / "script.cmd"
+        script.write_text("".join(f"@{line}\r\n" for line in lines))
+        return self.windows.run_reporting("cmd", "/c", windows_path(script))
+
+    def RefusesUnsuitableMachines(self):
+        accept = '"%~dp0accept.cmd"'  # without "call": the script ends with its exit code
+        with self.subTest("32-bit Windows"):
+            code, output = self.run_script("set PROCESSOR_ARCHITEW6432=", "set PROCESSOR_ARCHITECTURE=x86", accept)
+            self.assertEqual(code, 10, output)
+            self.assertIn("64-bit Windows on an x64 processor is needed; this is x86", output)
+            self.assertIn("x86", self.report())
+        with self.subTest("a 32-bit cmd on 64-bit Windows"):
+            code, output = self.run_script("set PROCESSOR_ARCHITEW6432=AMD64", "set PROCESSOR_ARCHITECTURE=x86", accept + " --help")
+            self.assertEqual(code, 2, output)
+        with self.subTest("no administrator's rights"):
+            code, output = self.windows.run_reporting(package.bin_folder / "limited_start.exe", "cmd", "/c",
+                                                      windows_path(self.kit / "accept.cmd"))
+            self.assertEqual(code, 11, output)
+            self.assertIn("run accept.cmd as administrator", self.report())
+            self.assert_clean()
+        for key in (CONTROL_CLASS, HTML_TYPE):
+            with self.subTest(key):
+                self.windows.reg("copy", key, r"HKLM\SOFTWARE\Moved", "/s", "/f")
+                self.windows.reg("delete", key, "/f")
+                self.refused(12, "Internet Explorer's engine is missing")
+                self.windows.reg("copy", r"HKLM\SOFTWARE\Moved", key, "/s", "/f")
+                self.windows.reg("delete", r"HKLM\SOFTWARE\Moved", "/f")
+        self.assert_as_before()
+
+    def RefusesAnInstalledOrRegisteredProduct(self):
+        installer = next(self.archive.parent.glob("*.msi"))
+        self.assertEqual(self.windows.msiexec("/i", installer), 0)
+        self.registry_before, self.files_before = self.registry(), self.windows.files()
+        self.refused(13, "The product is installed already")
+        self.assert_as_before()
+        self.assertEqual(self.windows.msiexec("/x", installer), 0)
+        for options in ((), ("/n", "/i:user")):
+            with self.subTest(options):
+                module = package.bin_folder / "QuillPDF.IE.dll"
+                self.assertEqual(self.windows.run("regsvr32", "/s", *options, module)[0], 0)
+                self.registry_before, self.files_before = self.registry(), self.windows.files()
+                self.refused(14, "registered already")
+                self.assert_as_before()
+                self.assertEqual(self.windows.run("regsvr32", "/s", "/u", *options, module)[0], 0)
+
+    def RefusesADamagedKitAndAFolderThatCannotBeWritten(self):
+        complete = self.kit
+        for name, damage, text in (
+                ("missing program", lambda kit: (kit / "bin/QuillAcceptance.exe").unlink(), "QuillAcceptance.exe"),
+                ("missing file", lambda kit: (kit / "bin/samples/care.pdf").unlink(), r"bin\samples\care.pdf is missing"),
+                ("damaged file", lambda kit: (kit / "bin/test_plain.exe").write_bytes(b"MZ"),
+                 r"bin\test_plain.exe is damaged"),
+                ("damaged list", lambda kit: (kit / "contents.txt").write_text("x"), "contents.txt is missing or damaged"),
+                ("no list", lambda kit: (kit / "contents.txt").unlink(), "contents.txt is missing or damaged")):
+            with self.subTest(name):
+                self.kit = self.unpack(name)
+                damage(self.kit)
+                self.refused(15, text)
+                shutil.rmtree(self.kit)
+        self.kit = complete
+        with self.subTest("report"):
+            (self.kit / "report.txt").mkdir()
+            self.refused(16, "report.txt cannot be written")
+            (self.kit / "report.txt").rmdir()
+        with self.subTest("journal"):
+            (self.kit / "journal.txt.new").mkdir()
+            self.refused(16, "journal.txt, which would hold the state of the machine, cannot be written")
+            (self.kit / "journal.txt.new").rmdir()
+        product = "{162DB887-D266-5794-B691-094FDA428AD5}".encode().hex()
+        for tree in ("", "tree HKLM 64 " + "SOFTWARE".encode().hex() + "\nend\n"):
+            with self.subTest("journal of an earlier run", tree=tree):
+                (self.kit / "journal.txt").write_text(f"quill acceptance journal 1\nproduct {product}\n{tree}")
+                output = self.expect(18)
+                self.assertIn("journal.txt, which holds the state before that run, is damaged", output)
+                (self.kit / "journal.txt").unlink()
+        with self.subTest("options"):
+            for arguments in (("--only", "nothing"), ("--only",), ("--help",)):
+                output = self.expect(2, *arguments)
+                self.assertIn("steps: plain platform", output)
+        self.assert_as_before()
