@@ -77,9 +77,8 @@ registry_value stated_machine::value(const registry_key& key, const std::wstring
 
 DWORD stated_machine::open(const registry_key& key) const
 {
-    for (const auto& [place, value] : values) {
-        if (std::get<0>(place) == key.root && std::get<1>(place) == key.view &&
-            is_below(std::get<2>(place), key.path))
+    for (const auto& [at, stated] : values) {
+        if (std::get<0>(at) == key.root && std::get<1>(at) == key.view && is_below(std::get<2>(at), key.path))
             return ERROR_SUCCESS;
     }
     return ERROR_FILE_NOT_FOUND;
@@ -89,9 +88,9 @@ subkey_list stated_machine::subkeys(const registry_key& key) const
 {
     subkey_list list{open(key), {}};
     std::set<std::wstring> names;
-    for (const auto& [place, value] : values) {
-        const std::wstring& path = std::get<2>(place);
-        if (std::get<0>(place) == key.root && path.size() > key.path.size() && is_below(path, key.path))
+    for (const auto& [at, stated] : values) {
+        const std::wstring& path = std::get<2>(at);
+        if (std::get<0>(at) == key.root && path.size() > key.path.size() && is_below(path, key.path))
             names.insert(path.substr(key.path.size() + 1,
                                      path.find(L'\\', key.path.size() + 1) - key.path.size() - 1));
     }
