@@ -185,7 +185,7 @@ private:
         return judged.what == verdict::remove;
     }
 
-    // Shared with no one: fails if any program has the file open.
+    // Opened without sharing: fails if any program has the file open.
     std::wstring remove_file(HANDLE folder, const folder_entry& itself, const folder_entry& listed,
                              removal& total) const
     {

@@ -161,11 +161,11 @@ denied_key::denied_key(HKEY root, const std::wstring& path)
     RegGetKeySecurity(key_, DACL_SECURITY_INFORMATION, nullptr, &size);
     before_.resize(size);
     EXPECT_EQ(RegGetKeySecurity(key_, DACL_SECURITY_INFORMATION, before_.data(), &size), ERROR_SUCCESS);
-    ACL nobody{};
-    InitializeAcl(&nobody, sizeof nobody, ACL_REVISION);
+    ACL empty_list{}; // admits no access
+    InitializeAcl(&empty_list, sizeof empty_list, ACL_REVISION);
     SECURITY_DESCRIPTOR descriptor{};
     InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION);
-    SetSecurityDescriptorDacl(&descriptor, TRUE, &nobody, FALSE);
+    SetSecurityDescriptorDacl(&descriptor, TRUE, &empty_list, FALSE);
     EXPECT_EQ(RegSetKeySecurity(key_, DACL_SECURITY_INFORMATION, &descriptor), ERROR_SUCCESS);
 }
 

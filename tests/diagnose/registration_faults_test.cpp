@@ -88,7 +88,7 @@ TEST_F(RegistrationFault, OfContentTypes)
     const auto user_only = [&] {
         return make_undo<value_change>(HKEY_LOCAL_MACHINE, pdf, L"CLSID", text_data(other_class));
     };
-    const auto nobody = [&] {
+    const auto no_product = [&] {
         auto all = std::make_shared<undo_stack>();
         for (const HKEY root : {HKEY_LOCAL_MACHINE, HKEY_CURRENT_USER})
             all->push_back(make_undo<value_change>(root, pdf, L"CLSID", std::nullopt));
@@ -107,7 +107,7 @@ TEST_F(RegistrationFault, OfContentTypes)
         {"another product",
          [&] { return machine_only(text_data(other_class)); },
          {{check, "PROBLEM", "{11111111"}}},
-        {"nobody", nobody, {{check, "PROBLEM", "no value"}}},
+        {"no product", no_product, {{check, "PROBLEM", "no value"}}},
         {"binary",
          [&] { return machine_only(binary_data(16)); },
          {{check, "PROBLEM", "REG_BINARY of 16 bytes"}}},
