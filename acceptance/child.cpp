@@ -74,19 +74,21 @@ child_result run_child(const std::wstring& program, const std::wstring& argument
         startup.hStdOutput = output.get();
         startup.hStdError = output.get();
         std::wstring command_line = L"\"" + program + L"\" " + arguments;
-        // A process group of its own: Ctrl+C reaches this program only, which decides what ends.
-        if (!CreateProcessW(program.c_str(), command_line.data(), nullptr, nullptr, TRUE,
-                            CREATE_NEW_PROCESS_GROUP | CREATE_SUSPENDED, nullptr, nullptr, &startup,
-                            &started)) {
+        // A process group of its own: Ctrl+C reaches this program only, which decides what ends. A program
+        // that is to end with this one is suspended until it is in the job.
+        const DWORD flags = CREATE_NEW_PROCESS_GROUP | (may_end ? CREATE_SUSPENDED : 0);
+        if (!CreateProcessW(program.c_str(), command_line.data(), nullptr, nullptr, TRUE, flags, nullptr,
+                            nullptr, &startup, &started)) {
             result.start_error = GetLastError();
             return result;
         }
     }
     const unique_handle process(started.hProcess);
     const unique_handle thread(started.hThread);
-    if (may_end)
+    if (may_end) {
         AssignProcessToJobObject(job_of_children(), process.get());
-    ResumeThread(thread.get());
+        ResumeThread(thread.get());
+    }
 
     const std::array handles{process.get(), broken_off_event};
     const DWORD waited = WaitForMultipleObjects(may_end ? 2 : 1, handles.data(), FALSE, limit_ms);

@@ -43,11 +43,14 @@ class BrokenOffRun(KitTest):
         self.wait_for(lambda: process.poll() is not None or (self.kit / "report.txt").exists() and PHASES[phase][0] in self.report(), phase)
         return process
 
+    def set_editor(self, path):
+        self.windows.reg("add", r"HKLM\SOFTWARE\Quill\DocStudio\14\Settings", "/v", "exepath", "/d", path, "/f")
+
     def run_ended(self):
         return not self.programs("QuillAcceptance.exe") and not self.programs("msiexec.exe", "/i")
 
     def AKilledRunIsRestoredByTheNext(self):
-        self.windows.reg("add", r"HKLM\SOFTWARE\Quill\DocStudio\14\Settings", "/v", "exepath", "/d", "editor", "/f")
+        self.set_editor("editor")
         self.registry_before = self.registry()
         for phase in PHASES:
             with self.subTest(phase):
@@ -56,6 +59,7 @@ class BrokenOffRun(KitTest):
                     code, output = self.accept()
                     self.assertEqual(code, 17, output)
                     self.assertIn("another run of the kit is in progress", output)
+                self.set_editor("of a test that was ended too")
                 for program in self.programs("QuillAcceptance.exe"):
                     os.kill(program, signal.SIGKILL)
                 process.wait(DEADLINE_S)

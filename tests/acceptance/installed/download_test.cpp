@@ -130,7 +130,7 @@ TEST_F(Download, ReportsWhatUrlmonDoesWithItsCallerAndItsCallback)
                  "references added during the download: " + std::to_string(caller.additions) +
                      ", interfaces asked for: " + std::to_string(caller.queries) +
                      ", references held when it returned: " + std::to_string(held) +
-                     ", three seconds later at most: " + std::to_string(caller.references - 1));
+                     ", at most three seconds later: " + std::to_string(caller.references - 1));
     print_answer("last-release",
                  caller.released_on == 0           ? "the caller object was never released, because it was "
                                                      "never held"
