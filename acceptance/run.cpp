@@ -211,9 +211,10 @@ exit_code run::execute()
         report_.failed(failure.what());
     }
     report_answers();
-    report_.section(was_broken_off_              ? "RESULT: broken off"
-                    : report_.failures().empty() ? "RESULT: passed"
-                                                 : "RESULT: FAILED");
+    report_.section(was_broken_off_               ? "RESULT: broken off"
+                    : !report_.failures().empty() ? "RESULT: FAILED"
+                    : selection_.empty()          ? "RESULT: passed"
+                                                  : "RESULT: passed, the steps of --only");
     for (const std::string& failure : report_.failures())
         report_.line("  " + failure);
     if (!restored)
