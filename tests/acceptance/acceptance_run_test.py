@@ -22,6 +22,10 @@ class AcceptanceRun(KitTest):
         self.assertEqual(self.fact("version"), package.version())
         self.assertTrue(self.fact("installed").startswith(package.version() + ".0 "))
         self.assertIn(r"C:\Program Files\Quill\PDF for Internet Explorer", self.fact("installed"))
+        # Without the suite's viewer no PDF opens.
+        self.assertRegex(report, r"QuillDiagnose\.exe\n  result: exit code 1\n    QuillDiagnose \S+\n")
+        self.assertRegex(report, r"(?m)^    OK      DLL, file$")
+        self.assertRegex(report, r"(?m)^    PROBLEM Viewer, ProgID$")
         # The count is the program's, not the kit's.
         _, listed = self.windows.run(package.bin_folder / "test_platform.exe", "--gtest_list_tests")
         tests = len(re.findall(r"(?m)^  \w", listed))

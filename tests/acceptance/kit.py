@@ -35,7 +35,8 @@ def make_kit():
             for older in cache.glob("*/"):
                 shutil.rmtree(older)
             folder.mkdir()
-            installer = package.build(folder / f"QuillPDF.IE-{package.version()}-x64.msi")
+            installer = package.build(folder / f"QuillPDF.IE-{package.version()}-x64.msi",
+                                      files=[package.bin_folder / "QuillDiagnose.exe"])
             subprocess.run([MAKE_KIT, "--bin", package.bin_folder, "--installer", installer, "--out",
                             folder / "new.zip"], check=True)
             (folder / "new.zip").rename(folder / "kit.zip")
