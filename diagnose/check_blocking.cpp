@@ -98,6 +98,13 @@ finding user_choice_finding(const machine& computer, const std::wstring& clsid, 
             is_enabled ? L"" : L"enable the add-on under Manage Add-ons in the browser"};
 }
 
+bool are_controls_allowed(const zone_value& value)
+{
+    constexpr DWORD disable = 3;
+    constexpr DWORD administrator_approved = 0x10000;
+    return !value.is_invalid && value.number != disable && value.number != administrator_approved;
+}
+
 namespace {
 
 void check_filtering(const subject& subject, report& findings)
@@ -115,19 +122,14 @@ void check_filtering(const subject& subject, report& findings)
          is_off ? L"" : L"switch ActiveX filtering off, or except the sites that have PDFs"});
 }
 
-// The URL action "Run ActiveX controls and plug-ins". Where it is disabled, no PDF is shown.
 void check_zones(const subject& subject, report& findings)
 {
-    constexpr DWORD disable = 3;
-    constexpr DWORD administrator_approved = 0x10000;
     std::vector<std::wstring> found;
     bool is_any_open = false;
     bool is_any_closed = false;
     for (const zone& zone : zones_with_documents) {
-        const zone_value value = value_of_zone(subject.computer, zone.number, L"1200");
-        const bool is_closed =
-            value.is_invalid || value.number == disable || value.number == administrator_approved;
-        (is_closed ? is_any_closed : is_any_open) = true;
+        const zone_value value = value_of_zone(subject.computer, zone.number, run_controls);
+        (are_controls_allowed(value) ? is_any_open : is_any_closed) = true;
         if (!value.text.empty())
             found.push_back(std::wstring(zone.name) + L": " + value.text);
     }

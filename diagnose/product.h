@@ -71,6 +71,9 @@ struct system_facts
     std::wstring windows_version;
     std::wstring program_files;
     std::wstring system_folder;
+    // Of the system, for example 6 and 1; 0 and 0 if it is not known.
+    DWORD windows_major = 0;
+    DWORD windows_minor = 0;
 };
 
 } // namespace quill::diagnose

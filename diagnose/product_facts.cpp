@@ -111,16 +111,21 @@ std::wstring folder_of(REFKNOWNFOLDERID id)
     return SUCCEEDED(SHGetKnownFolderPath(id, 0, nullptr, path.put())) && path ? path.get() : L"";
 }
 
-std::wstring windows_version()
+void read_windows_version(system_facts& system)
 {
     using get_version = LONG(WINAPI*)(OSVERSIONINFOEXW*);
     const auto read = library_function<get_version>(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
     OSVERSIONINFOEXW version{};
     version.dwOSVersionInfoSize = sizeof version;
-    if (!read || read(&version) != 0)
-        return L"Windows, version not known";
-    return L"Windows " + number_text(version.dwMajorVersion) + L"." + number_text(version.dwMinorVersion) +
-           L"." + number_text(version.dwBuildNumber) + L", 64-bit";
+    if (!read || read(&version) != 0) {
+        system.windows_version = L"Windows, version not known";
+        return;
+    }
+    system.windows_major = version.dwMajorVersion;
+    system.windows_minor = version.dwMinorVersion;
+    system.windows_version = L"Windows " + number_text(version.dwMajorVersion) + L"." +
+                             number_text(version.dwMinorVersion) + L"." + number_text(version.dwBuildNumber) +
+                             L", 64-bit";
 }
 
 bool is_elevated()
@@ -172,7 +177,7 @@ system_facts read_system()
     DWORD size = ARRAYSIZE(user);
     system.user = GetUserNameW(user, &size) ? user : L"not known";
     system.is_elevated = is_elevated();
-    system.windows_version = windows_version();
+    read_windows_version(system);
     system.program_files = folder_of(FOLDERID_ProgramFiles);
     system.system_folder = folder_of(FOLDERID_System);
     return system;

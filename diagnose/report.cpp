@@ -59,8 +59,12 @@ std::wstring summary_of(const report& findings)
     std::wstring text = counted(count_of(findings, state::problem), L"problem") + L", " +
                         counted(count_of(findings, state::note), L"note") + L", " +
                         number_text(count_of(findings, state::ok)) + L" OK\n";
-    if (would_open(findings))
-        return text + L"RESULT: a PDF would open in a 64-bit tab\n";
+    if (would_open(findings)) {
+        text += L"RESULT: a PDF would open in a 64-bit tab";
+        for (const finding& finding : findings)
+            text += finding.limit;
+        return text + L"\n";
+    }
     text += L"RESULT: a PDF would not open, or it is not certain that it would, because of:\n";
     for (const finding& finding : findings) {
         if (finding.result == state::problem)

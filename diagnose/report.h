@@ -10,8 +10,8 @@ namespace quill::diagnose {
 enum class state
 {
     ok,
-    note,   // worth knowing; a PDF opens all the same
-    problem // a PDF does not open, or it is not certain that it does
+    note,   // a PDF opens all the same, in at least one zone
+    problem // a PDF opens in no zone, or not by https, or it is not certain that it does
 };
 
 struct finding
@@ -20,7 +20,8 @@ struct finding
     std::wstring check; // the name, always the same for the same check
     std::wstring found;
     std::wstring expected;
-    std::wstring to_do; // empty: nothing
+    std::wstring to_do;      // empty: nothing
+    std::wstring limit = {}; // what the result adds if a PDF would open
 };
 
 using report = std::vector<finding>;

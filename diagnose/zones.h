@@ -15,6 +15,9 @@ struct zone
 inline constexpr zone zones_with_documents[] = {
     {1, L"intranet", false}, {2, L"trusted sites", false}, {3, L"internet", true}};
 
+// The URL action "Run ActiveX controls and plug-ins". Where it is disabled, no PDF is shown.
+inline constexpr wchar_t run_controls[] = L"1200";
+
 struct zone_value
 {
     std::optional<DWORD> number;
@@ -25,6 +28,9 @@ struct zone_value
 // A setting of a zone: policies of the machine and the user, then the user's and the machine's own setting.
 // With the policy Security_HKLM_only the machine's alone.
 zone_value value_of_zone(const machine& computer, int zone, const wchar_t* action);
+
+// Of the value of run_controls. Asking the user counts as allowed.
+bool are_controls_allowed(const zone_value& value);
 
 // Whether tabs of any of these zones run at low integrity.
 bool is_any_zone_protected(const machine& computer);

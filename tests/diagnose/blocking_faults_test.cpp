@@ -19,6 +19,8 @@ fault one_value(const std::string& name, HKEY root, const std::wstring& path, co
             std::move(changes)};
 }
 
+const char* const zones_check = "Zones in which a PDF opens";
+
 class BlockingFault : public DiagnosedComputer
 {
 protected:
@@ -130,8 +132,12 @@ TEST_F(BlockingFault, OfSecurityZones)
     };
     expect_each_alone({
         one_value("no controls in the internet", HKEY_LOCAL_MACHINE, zone(L"3"), L"1200", number_data(3),
-                  {{check, "NOTE", "Zones\\3, value \"1200\": 3"}}),
-        {"no controls anywhere", all, {{check, "PROBLEM", "Zones\\1, value \"1200\": 3"}}},
+                  {{check, "NOTE", "Zones\\3, value \"1200\": 3"},
+                   {zones_check, "NOTE", "intranet, trusted sites; not: internet\n"}}),
+        {"no controls anywhere",
+         all,
+         {{check, "PROBLEM", "Zones\\1, value \"1200\": 3"},
+          {zones_check, "PROBLEM", "none; not: intranet, trusted sites, internet\n"}}},
         one_value("protected mode off", HKEY_CURRENT_USER, zone(L"3"), L"2500", number_data(3),
                   {{"Protected mode", "OK", "internet off"},
                    {"Temporary folder in protected mode", "NOTE", "no zone with PDFs is in protected mode"}}),
@@ -158,27 +164,37 @@ TEST_F(BlockingFault, OfTabProcesses)
         all->push_back(make_undo<value_change>(HKEY_CURRENT_USER, setting, L"Isolation", text_data(L"PMEM")));
         return undo(all);
     };
+    const char* const check = "64-bit tabs";
+    const changed_finding no_zone{zones_check, "PROBLEM", "none; not: intranet, trusted sites, internet\n"};
+    // Windows 8 and later put the tabs of Enhanced Protected Mode into an AppContainer.
+    const std::string& windows = before().findings.at("Windows");
+    const bool has_containers = windows.find("Windows 6.0.") == std::string::npos &&
+                                windows.find("Windows 6.1.") == std::string::npos;
+    const std::vector<changed_finding> contained = {
+        {check, "PROBLEM", "it is not certain that a PDF opens: internet ("},
+        {zones_check, "PROBLEM", "none; not certain: internet; not: intranet, trusted sites\n"}};
+    const std::vector<changed_finding> loaded = {
+        {check, "NOTE", "load the DLL: internet; 32-bit tabs, which do not: intranet, trusted sites"},
+        {zones_check, "NOTE", "internet; not: intranet, trusted sites\n"}};
     expect_each_alone({
         {"defaults",
          [&] { return make_undo<value_change>(HKEY_CURRENT_USER, setting, L"TabProcGrowth", std::nullopt); },
-         {{"64-bit tabs", "PROBLEM", "nothing is set"}}},
-        {"enhanced protected mode",
-         [&] { return enhanced(setting, L"PMEM", 1); },
-         {{"64-bit tabs", "NOTE",
-           "load the DLL: internet; 32-bit tabs, which do not: intranet, trusted sites"}}},
+         {{check, "PROBLEM", "nothing is set"}, no_zone}},
+        {"enhanced protected mode", [&] { return enhanced(setting, L"PMEM", 1); },
+         has_containers ? contained : loaded},
         {"32-bit processes",
          [&] { return enhanced(policy, L"PMEM", 0); },
-         {{"64-bit tabs", "PROBLEM", "all tabs are 32-bit"}}},
+         {{check, "PROBLEM", "all tabs are 32-bit"}, no_zone}},
         {"no enhanced protected mode",
          [&] { return enhanced(policy, L"PMIL", 1); },
-         {{"64-bit tabs", "PROBLEM", "PMIL"}}},
+         {{check, "PROBLEM", "PMIL"}, no_zone}},
         {"a policy before the user's setting",
          shadowed,
-         {{"64-bit tabs", "PROBLEM", "HKLM\\SOFTWARE\\Policies"}}},
+         {{check, "PROBLEM", "HKLM\\SOFTWARE\\Policies"}, no_zone}},
         one_value("a policy for tab processes", HKEY_LOCAL_MACHINE, policy, L"TabProcGrowth",
-                  text_data(L"Medium"), {{"64-bit tabs", "PROBLEM", "\"Medium\""}}),
+                  text_data(L"Medium"), {{check, "PROBLEM", "\"Medium\""}, no_zone}),
         one_value("zero as text", HKEY_LOCAL_MACHINE, policy, L"TabProcGrowth", text_data(L"0"),
-                  {{"64-bit tabs", "OK", "\"0\""}}),
+                  {{check, "OK", "\"0\""}}),
     });
 }
 

@@ -174,6 +174,82 @@ TEST(Checks, OnlyTheMachinesZonesCountIfAPolicySaysSo)
     EXPECT_TRUE(contains(found(computer.diagnose(), L"Protected mode").found, L"internet on"));
 }
 
+constexpr const wchar_t* browser_key = L"SOFTWARE\\Microsoft\\Internet Explorer\\Main";
+
+// Enhanced Protected Mode with 64-bit processes, in the one zone that has protected mode by default.
+stated_computer computer_with_enhanced_mode(DWORD windows_major, DWORD windows_minor)
+{
+    stated_computer computer;
+    const registry_key key{registry_root::user, browser_key, registry_view::bits_64};
+    computer.machine.remove(key, L"TabProcGrowth");
+    computer.machine.set_text(key, L"Isolation", L"PMEM");
+    computer.machine.set_number(key, L"Isolation64Bit", 1);
+    computer.system.windows_major = windows_major;
+    computer.system.windows_minor = windows_minor;
+    return computer;
+}
+
+struct windows_case
+{
+    DWORD major;
+    DWORD minor;
+    bool is_certain;
+};
+
+TEST(Checks, TabsInAnAppContainerAreNotCertain)
+{
+    for (const windows_case& windows : {windows_case{6, 0, true},
+                                        {6, 1, true},
+                                        {6, 2, false},
+                                        {6, 3, false},
+                                        {10, 0, false},
+                                        {0, 0, false}}) {
+        const report findings = computer_with_enhanced_mode(windows.major, windows.minor).diagnose();
+        const finding tabs = found(findings, L"64-bit tabs");
+        EXPECT_EQ(would_open(findings), windows.is_certain) << windows.major << "." << windows.minor;
+        EXPECT_EQ(tabs.result, windows.is_certain ? state::note : state::problem);
+        EXPECT_EQ(contains(tabs.found, L"in an AppContainer"), !windows.is_certain);
+        EXPECT_TRUE(contains(tabs.to_do, L"TabProcGrowth"));
+        EXPECT_TRUE(contains(found(findings, L"Zones in which a PDF opens").found,
+                             windows.is_certain ? L"internet; not: intranet, trusted sites"
+                                                : L"none; not certain: internet; not: intranet"));
+    }
+}
+
+TEST(Checks, TabsOfAnAppContainerNameTheClassesCategory)
+{
+    stated_computer computer = computer_with_enhanced_mode(10, 0);
+    EXPECT_TRUE(contains(found(computer.diagnose(), L"64-bit tabs").found, L"which the class does;"));
+    computer.machine.remove({registry_root::machine,
+                             L"SOFTWARE\\Classes\\CLSID\\" + computer.product.document_class +
+                                 L"\\Implemented Categories\\" + computer.product.app_container_category,
+                             registry_view::bits_64},
+                            L"");
+    EXPECT_TRUE(contains(found(computer.diagnose(), L"64-bit tabs").found, L"which the class does not;"));
+}
+
+TEST(Checks, ResultNamesTheZonesUnlessAPdfOpensInAll)
+{
+    EXPECT_TRUE(
+        summary_of(stated_computer().diagnose()).ends_with(L"RESULT: a PDF would open in a 64-bit tab\n"));
+    EXPECT_TRUE(summary_of(computer_with_enhanced_mode(6, 1).diagnose())
+                    .ends_with(L"in a 64-bit tab, in these zones: internet; not: intranet, trusted sites\n"));
+}
+
+// Each of the two alone leaves a zone.
+TEST(Checks, NoZoneWithBoth64BitTabsAndControlsIsAProblem)
+{
+    stated_computer computer = computer_with_enhanced_mode(6, 1);
+    computer.machine.set_number({registry_root::user,
+                                 L"SOFTWARE\\Microsoft\\Windows\\CurrentVersion\\Internet Settings\\Zones\\3",
+                                 registry_view::bits_64},
+                                L"1200", 3);
+    const report findings = computer.diagnose();
+    EXPECT_EQ(found(findings, L"64-bit tabs").result, state::note);
+    EXPECT_EQ(found(findings, L"ActiveX controls in the security zones").result, state::note);
+    EXPECT_EQ(found(findings, L"Zones in which a PDF opens").result, state::problem);
+}
+
 TEST(Checks, MissingEngineIsAProblem)
 {
     stated_computer computer;
