@@ -110,6 +110,15 @@ void check_log(const subject& subject, report& findings)
                 L"PDFs open without a log; for one in protected mode create .quill\\test in the user's "
                 L"profile with icacls /setintegritylevel (OI)(CI)low";
     }
+    if (!settings.unknown_sinks.empty()) {
+        std::vector<std::wstring> words;
+        for (const std::wstring& word : settings.unknown_sinks)
+            words.push_back(quoted(word));
+        result.result = state::note;
+        result.found += L"; QUILL_LOG_SINKS has what is no destination: " + joined(words);
+        result.to_do += (result.to_do.empty() ? L"" : L"; ") +
+                        std::wstring(L"write file, stdout or procmon, in lower case, or remove the variable");
+    }
     findings.push_back(result);
 }
 

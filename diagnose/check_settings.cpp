@@ -150,11 +150,79 @@ void check_wininet(const subject& subject, report& findings)
     findings.push_back(result);
 }
 
+// The default path, the browser's download service, copies from the browser's cache, in which encrypted pages
+// then have no file.
+void check_encrypted_pages(const subject& subject, report& findings)
+{
+    constexpr const wchar_t* name = L"DisableCachingOfSSLPages";
+    const found_value found = first_value(
+        subject.computer, policy_keys(L"Microsoft\\Windows\\CurrentVersion\\Internet Settings"), name);
+    const auto number = number_of(found.value);
+    const bool is_saved = is_missing(found.value) || number == DWORD{0};
+    finding result{state::ok, L"Encrypted pages",
+                   is_missing(found.value) ? std::wstring(L"not set: saved")
+                                           : described(found.key, name) + L": " + described(found.value),
+                   L"not set, or 0: the default download path needs a file in the browser's cache", L""};
+    if (!is_saved && subject.settings.uses_wininet) {
+        result.found += L"; does not matter: the WinINet switch is on";
+    } else if (!is_saved) {
+        result.result = state::problem;
+        result.found += L"; PDFs of https servers do not open, those of http servers do";
+        result.to_do =
+            L"switch \"Do not save encrypted pages to disk\" off, by policy or under Internet Options, "
+            L"Advanced";
+    }
+    findings.push_back(result);
+}
+
+// A value of the registry as a new session would have it.
+std::wstring session_text(const machine& computer, const registry_value& value)
+{
+    const auto text = text_of(value);
+    if (!text)
+        return {};
+    return value.type == REG_EXPAND_SZ ? computer.expanded(*text) : *text;
+}
+
+// Programs get the variables of the registry when the user signs in.
+void check_environment(const subject& subject, report& findings)
+{
+    std::vector<std::wstring> different;
+    std::wstring names;
+    for (const std::wstring& name : subject.settings.variables) {
+        names += (names.empty() ? L"" : L", ") + name;
+        const found_value found =
+            first_value(subject.computer,
+                        {user_key(L"Environment"),
+                         machine_key(L"SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment")},
+                        name);
+        if (is_missing(found.value))
+            continue;
+        const auto current = subject.computer.environment(name);
+        if (text_of(found.value) && session_text(subject.computer, found.value) == current.value_or(L""))
+            continue;
+        different.push_back(described(found.key, name) + L": " + described(found.value) +
+                            L", but this program has " + (current ? quoted(*current) : L"no such variable"));
+    }
+    finding result{state::ok, L"Environment variables", L"none in the registry, or as this program has them",
+                   names + L" as text in the registry, as this program has them", L""};
+    if (!different.empty()) {
+        result.result = state::note;
+        result.found = joined(different);
+        result.to_do =
+            L"sign out and in again: the tabs have the variables of the time of the sign-in; write "
+            L"the values as text";
+    }
+    findings.push_back(result);
+}
+
 } // namespace
 
 void check_settings(const subject& subject, report& findings)
 {
     check_wininet(subject, findings);
+    check_encrypted_pages(subject, findings);
+    check_environment(subject, findings);
 }
 
 } // namespace quill::diagnose

@@ -61,7 +61,10 @@ struct product_settings
     bool is_log_on = false;  // and names a level
     bool is_log_to_file = false;
     std::wstring log_level;
-    std::wstring log_folder; // only if the log goes to a file
+    std::wstring log_folder;                 // only if the log goes to a file
+    std::vector<std::wstring> unknown_sinks; // words that select no destination of a log that is on
+
+    std::vector<std::wstring> variables; // the environment variables that the module reads
 };
 
 struct system_facts

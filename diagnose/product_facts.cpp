@@ -11,6 +11,7 @@
 #include "platform/library_function.h"
 #include "platform/settings.h"
 #include "platform/temp_file_manager.h"
+#include "platform/text.h"
 #include "platform/unique_com_memory.h"
 #include "retrieval/download/download_switch.h"
 #include "sharepoint/identifiers.h"
@@ -84,16 +85,40 @@ void read_folders(product_settings& settings)
     }
 }
 
+constexpr const wchar_t* level_variable = L"QUILL_LOG_LEVEL";
+constexpr const wchar_t* sinks_variable = L"QUILL_LOG_SINKS";
+
+// The module finds its names anywhere in the text.
+std::vector<std::wstring> unknown_sinks()
+{
+    std::vector<std::wstring> unknown;
+    std::wstring text = environment_variable(sinks_variable).value_or(L"") + L" ";
+    std::wstring word;
+    for (const wchar_t c : text) {
+        if (std::wstring_view(L" \t,;|+").find(c) == std::wstring_view::npos) {
+            word += c;
+            continue;
+        }
+        if (!word.empty() && sinks_from_text(to_utf8(word)).empty())
+            unknown.push_back(word);
+        word.clear();
+    }
+    return unknown;
+}
+
 void read_log(product_settings& settings)
 {
+    settings.variables = {temp_folder_variable, level_variable, sinks_variable};
     const auto level = environment_variable("QUILL_LOG_LEVEL");
     settings.is_log_set = level.has_value();
     if (!level)
         return;
-    settings.log_level = environment_variable(L"QUILL_LOG_LEVEL").value_or(L"");
+    settings.log_level = environment_variable(level_variable).value_or(L"");
     settings.is_log_on = level_from_name(*level) != log_level::off;
     const auto sinks = sinks_from_text(environment_variable("QUILL_LOG_SINKS").value_or(""));
     settings.is_log_to_file = std::ranges::count(sinks, log_sink::file) > 0;
+    if (settings.is_log_on)
+        settings.unknown_sinks = unknown_sinks();
     if (!settings.is_log_on || !settings.is_log_to_file)
         return;
     try {

@@ -69,17 +69,26 @@ TEST_F(FolderFault, OfTheLog)
 {
     const std::wstring profile = temp_folder() + L"\\profile";
     const auto level = [](const wchar_t* text) { return variable(L"QUILL_LOG_LEVEL", text); };
-    const auto sinks = [] {
-        auto all = std::make_shared<undo_stack>();
-        all->push_back(make_undo<environment_scope>(L"QUILL_LOG_LEVEL", L"debug"));
-        all->push_back(make_undo<environment_scope>(L"QUILL_LOG_SINKS", L"stdout"));
-        return undo(all);
+    const auto sinks = [](const wchar_t* text) {
+        return [text] {
+            auto all = std::make_shared<undo_stack>();
+            all->push_back(make_undo<environment_scope>(L"QUILL_LOG_LEVEL", L"debug"));
+            all->push_back(make_undo<environment_scope>(L"QUILL_LOG_SINKS", text));
+            return undo(all);
+        };
     };
     expect_each_alone({
         {"no level", level(L"loud"), {{"Log", "NOTE", "\"loud\", which is no level"}}},
         {"an empty level", level(L""), {{"Log", "NOTE", "\"\", which is no level"}}},
         {"on", level(L"info"), {{"Log", "NOTE", "not tested: the system does not lower the integrity"}}},
-        {"not to a file", sinks, {{"Log", "OK", "on, level \"debug\", not to a file"}}},
+        {"not to a file", sinks(L"stdout,procmon"), {{"Log", "OK", "on, level \"debug\", not to a file"}}},
+        {"in upper case",
+         sinks(L"FILE"),
+         {{"Log", "NOTE", "QUILL_LOG_SINKS has what is no destination: \"FILE\""}}},
+        {"a word among others",
+         sinks(L"stdout, syslog;Procmon"),
+         {{"Log", "NOTE",
+           "not to a file; QUILL_LOG_SINKS has what is no destination: \"syslog\"; \"Procmon\""}}},
     });
 }
 

@@ -55,6 +55,93 @@ TEST_F(SettingFault, OfTheDownloadSwitch)
     EXPECT_NE(run_diagnosis().findings.at(check).find("access denied (error 5)"), std::string::npos);
 }
 
+TEST_F(SettingFault, OfEncryptedPages)
+{
+    const char* const check = "Encrypted pages";
+    const std::wstring key = L"Microsoft\\Windows\\CurrentVersion\\Internet Settings";
+    const auto not_saved = [&](HKEY root, const wchar_t* parent, const value_change::data& data) {
+        return value(root, parent + key, L"DisableCachingOfSSLPages", data);
+    };
+    const auto by_wininet = [&] {
+        auto all = std::make_shared<undo_stack>();
+        all->push_back(not_saved(HKEY_CURRENT_USER, L"SOFTWARE\\", number_data(1))());
+        all->push_back(
+            value(HKEY_CURRENT_USER, wininet_switch_key, wininet_switch_value, text_data(L"/b 1"))());
+        return undo(all);
+    };
+    const auto allowed_by_policy = [&] {
+        auto all = std::make_shared<undo_stack>();
+        all->push_back(not_saved(HKEY_CURRENT_USER, L"SOFTWARE\\", number_data(1))());
+        all->push_back(not_saved(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Policies\\", number_data(0))());
+        return undo(all);
+    };
+    expect_each_alone({
+        {"by the user",
+         not_saved(HKEY_CURRENT_USER, L"SOFTWARE\\", number_data(1)),
+         {{check, "PROBLEM", "1; PDFs of https servers do not open"}}},
+        {"for the machine",
+         not_saved(HKEY_LOCAL_MACHINE, L"SOFTWARE\\", number_data(1)),
+         {{check, "PROBLEM", "HKLM\\SOFTWARE\\Microsoft"}}},
+        {"by the user's policy",
+         not_saved(HKEY_CURRENT_USER, L"SOFTWARE\\Policies\\", number_data(1)),
+         {{check, "PROBLEM", "HKCU\\SOFTWARE\\Policies"}}},
+        {"by the machine's policy",
+         not_saved(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Policies\\", number_data(1)),
+         {{check, "PROBLEM", "HKLM\\SOFTWARE\\Policies"}}},
+        {"text", not_saved(HKEY_CURRENT_USER, L"SOFTWARE\\", text_data(L"0")), {{check, "PROBLEM", "\"0\""}}},
+        {"saved",
+         not_saved(HKEY_CURRENT_USER, L"SOFTWARE\\", number_data(0)),
+         {{check, "OK", "\"DisableCachingOfSSLPages\": 0"}}},
+        {"saved by policy", allowed_by_policy, {{check, "OK", "HKLM\\SOFTWARE\\Policies"}}},
+        {"with WinINet",
+         by_wininet,
+         {{check, "OK", "does not matter: the WinINet switch is on"},
+          {"WinINet switch", "NOTE", "on, from HKCU"}}},
+    });
+}
+
+TEST_F(SettingFault, OfVariablesThatTheSessionDoesNotHave)
+{
+    const char* const check = "Environment variables";
+    const wchar_t* const machine = L"SYSTEM\\CurrentControlSet\\Control\\Session Manager\\Environment";
+    const wchar_t* const user = L"Environment";
+    const auto both = [&](const wchar_t* in_registry, const wchar_t* in_process) {
+        auto all = std::make_shared<undo_stack>();
+        all->push_back(make_undo<environment_scope>(L"QUILL_TMP_FOLDER", in_process));
+        all->push_back(make_undo<value_change>(HKEY_CURRENT_USER, user, L"QUILL_TMP_FOLDER",
+                                               text_data(in_registry, REG_EXPAND_SZ)));
+        return undo(all);
+    };
+    const auto user_first = [&] {
+        auto all = std::make_shared<undo_stack>();
+        all->push_back(value(HKEY_LOCAL_MACHINE, machine, L"QUILL_LOG_SINKS", text_data(L"procmon"))());
+        all->push_back(value(HKEY_CURRENT_USER, user, L"QUILL_LOG_SINKS", text_data(L"file"))());
+        return undo(all);
+    };
+    const std::string temp = "Temporary folder";
+    const std::string downloads = "Downloads, QUILL_TMP_FOLDER";
+    expect_each_alone({
+        {"the level, for the machine",
+         value(HKEY_LOCAL_MACHINE, machine, L"QUILL_LOG_LEVEL", text_data(L"debug")),
+         {{check, "NOTE", "\"QUILL_LOG_LEVEL\": \"debug\", but this program has no such variable"}}},
+        {"the destinations, for the user",
+         value(HKEY_CURRENT_USER, user, L"QUILL_LOG_SINKS", text_data(L"file")),
+         {{check, "NOTE", "\"file\", but this program has no such variable"}}},
+        {"the user's before the machine's", user_first, {{check, "NOTE", "HKCU\\Environment"}}},
+        {"not text",
+         value(HKEY_CURRENT_USER, user, L"QUILL_LOG_LEVEL", binary_data(1 << 20)),
+         {{check, "NOTE", "REG_BINARY of 1048576 bytes"}}},
+        {"another folder",
+         [&] { return both(L"%SystemDrive%\\other", L"C:\\windows\\temp"); },
+         {{check, "NOTE", "but this program has \"C:\\windows\\temp\""},
+          {temp, "OK", "(from QUILL_TMP_FOLDER)"},
+          {downloads, "OK", "folder"}}},
+        {"the same folder",
+         [&] { return both(L"%SystemDrive%\\windows\\temp", L"C:\\windows\\temp"); },
+         {{temp, "OK", "(from QUILL_TMP_FOLDER)"}, {downloads, "OK", "folder"}}},
+    });
+}
+
 TEST_F(SettingFault, OfTheEditor)
 {
     const char* const check = "Desktop editor";

@@ -109,6 +109,12 @@ DWORD stated_machine::exists(const std::wstring& path) const
     return files.contains(path) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
 }
 
+std::optional<std::wstring> stated_machine::environment(const std::wstring& name) const
+{
+    const auto found = variables.find(name);
+    return found == variables.end() ? std::nullopt : std::optional(found->second);
+}
+
 write_facts stated_machine::write(const std::wstring&, bool at_low_integrity) const
 {
     return at_low_integrity ? written_low : written;
@@ -130,6 +136,7 @@ stated_computer::stated_computer()
     settings.editor_key = L"SOFTWARE\\Suite";
     settings.editor_path = L"C:\\Suite\\editor.exe";
     settings.temp_variable = L"QUILL_TMP_FOLDER";
+    settings.variables = {L"QUILL_TMP_FOLDER", L"QUILL_LOG_LEVEL"};
     settings.temp_folder = L"C:\\Temp";
     settings.system_temp_folder = L"C:\\Temp";
     settings.low_temp_folder = L"C:\\Low\\Temp";

@@ -27,12 +27,13 @@ public:
     DWORD exists(const std::wstring& path) const override;
     signature_facts signature(const std::wstring&) const override { return signed_as; }
     std::wstring expanded(const std::wstring& text) const override { return text; }
-    std::optional<std::wstring> environment(const std::wstring&) const override { return std::nullopt; }
+    std::optional<std::wstring> environment(const std::wstring& name) const override;
     write_facts write(const std::wstring& folder, bool at_low_integrity) const override;
     download_count downloads(const std::wstring&) const override { return found_downloads; }
 
     std::map<place, registry_value> values;
     std::map<std::wstring, file_contents> files;
+    std::map<std::wstring, std::wstring> variables;
     signature_facts signed_as{signature_kind::valid, 0};
     write_facts written{write_result::written, 0, false};
     write_facts written_low{write_result::written, 0, false};
