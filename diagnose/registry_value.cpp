@@ -1,5 +1,6 @@
 #include "diagnose/registry_value.h"
 
+#include "diagnose/path_place.h"
 #include "diagnose/report.h"
 
 #include <cstring>
@@ -119,6 +120,10 @@ std::wstring error_text(DWORD error)
         return L"in use by another program (" + number + L")";
     case ERROR_MORE_DATA:
         return L"too large (" + number + L")";
+    case error_path_on_share:
+        return L"lies on another computer and is not examined";
+    case error_path_of_device:
+        return L"is a device and is not examined";
     default:
         return number;
     }

@@ -28,7 +28,7 @@ constexpr bool is_between(wchar_t c, unsigned first, unsigned last)
 // Control characters, line separators, and the characters that control the direction of writing.
 constexpr bool is_unprintable(wchar_t c)
 {
-    return c < 0x20 || is_between(c, 0x7F, 0x9F) || is_between(c, 0x200B, 0x200F) ||
+    return c < 0x20 || is_between(c, 0x7F, 0x9F) || c == 0x61C || is_between(c, 0x200B, 0x200F) ||
            is_between(c, 0x2028, 0x202E) || is_between(c, 0x2066, 0x2069) || c == 0xFEFF;
 }
 

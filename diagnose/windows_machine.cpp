@@ -1,6 +1,7 @@
 #include "diagnose/windows_machine.h"
 
 #include "diagnose/download_folders.h"
+#include "diagnose/path_place.h"
 #include "diagnose/write_test.h"
 #include "platform/environment.h"
 #include "platform/unique_handle.h"
@@ -32,6 +33,21 @@ DWORD open_key(const registry_key& key, REGSAM access, unique_registry_key& open
 {
     return static_cast<DWORD>(
         RegOpenKeyExW(handle_of(key.root), key.path.c_str(), 0, access | access_of(key.view), opened.put()));
+}
+
+// ERROR_SUCCESS for a path that may be opened.
+DWORD path_error(std::wstring_view path)
+{
+    const path_place place = place_of(path);
+    if (place == path_place::device)
+        return error_path_of_device;
+    const std::size_t colon = path.find(L':');
+    const std::wstring drive = colon == std::wstring_view::npos || colon == 0
+                                   ? L""
+                                   : std::wstring(path.substr(colon - 1, 2)) + L"\\";
+    if (place == path_place::share || (!drive.empty() && GetDriveTypeW(drive.c_str()) == DRIVE_REMOTE))
+        return error_path_on_share;
+    return ERROR_SUCCESS;
 }
 
 } // namespace
@@ -84,6 +100,9 @@ subkey_list windows_machine::subkeys(const registry_key& key) const
 file_contents windows_machine::read(const std::wstring& path) const
 {
     file_contents result;
+    result.error = path_error(path);
+    if (result.error != ERROR_SUCCESS)
+        return result;
     const DWORD attributes = GetFileAttributesW(path.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES) {
         result.error = GetLastError();
@@ -128,6 +147,8 @@ file_contents windows_machine::read(const std::wstring& path) const
 
 DWORD windows_machine::exists(const std::wstring& path) const
 {
+    if (const DWORD error = path_error(path); error != ERROR_SUCCESS)
+        return error;
     return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES ? GetLastError() : ERROR_SUCCESS;
 }
 

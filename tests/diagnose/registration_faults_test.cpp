@@ -147,6 +147,10 @@ TEST_F(RegistrationFault, OfAnyValueInPlaceOfThePath)
         {"control characters", text_data(L"C:\\a\r\nPROBLEM b\x1B[2J\u202E.dll")},
         {"unpaired surrogate", text_data(L"C:\\\xD800.dll")},
         {"device", text_data(L"\\\\.\\NUL")},
+        {"serial port", text_data(L"\\\\.\\COM1")},
+        {"named pipe", text_data(L"\\\\.\\pipe\\quill")},
+        {"share", text_data(L"\\\\server.invalid\\share\\QuillPDF.IE.dll")},
+        {"longest path", text_data(L"C:\\" + std::wstring(32'764, L'x'))},
         {"drive that does not exist", text_data(L"Q:\\QuillPDF.IE.dll")},
         {"unknown variable", text_data(L"%QUILL_NOTHING%\\QuillPDF.IE.dll", REG_EXPAND_SZ)},
     };
@@ -162,6 +166,29 @@ TEST_F(RegistrationFault, OfAnyValueInPlaceOfThePath)
             4);
         EXPECT_EQ(found.errors, "");
     }
+}
+
+// A server that does not answer would stop the program, and a pipe's server could act as its user.
+TEST_F(RegistrationFault, OfAPathThatIsNotLocalIsNotOpened)
+{
+    const wchar_t* const name = L"\\\\.\\pipe\\quill-diagnosed";
+    const HANDLE pipe =
+        CreateNamedPipeW(name, PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE | PIPE_NOWAIT, 1, 64, 64, 0, nullptr);
+    ASSERT_NE(pipe, INVALID_HANDLE_VALUE);
+    for (const auto& [path, words] : {std::pair(name, "is a device and is not examined"),
+                                      std::pair(L"\\\\server.invalid\\share\\QuillPDF.IE.dll",
+                                                "lies on another computer and is not examined"),
+                                      std::pair(L"C:\\COM1.dll", "is a device and is not examined")}) {
+        const value_change change(HKEY_LOCAL_MACHINE, server_key, L"", text_data(path));
+        const diagnosis found = run_diagnosis();
+        EXPECT_EQ(found.exit_code, 1u);
+        EXPECT_NE(found.findings.at("DLL, file").find(words), std::string::npos)
+            << found.findings.at("DLL, file");
+    }
+    // A client, even one that has gone, would be another error.
+    EXPECT_FALSE(ConnectNamedPipe(pipe, nullptr));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_PIPE_LISTENING));
+    CloseHandle(pipe);
 }
 
 TEST_F(RegistrationFault, OfAPathInAnotherForm)
