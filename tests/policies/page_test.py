@@ -60,7 +60,9 @@ class Page(BrowsingTest):
                 for words in [words for words in before if words in block.text]:
                     before.pop(words)()
                 for line, code, output in self.run_lines(block):
-                    may_fail = line.startswith("reg delete")
+                    if line.endswith('QuillDiagnose.exe"'):
+                        self.assertEqual(code, 1 if "\nPROBLEM" in output else 0, output)
+                    may_fail = line.startswith("reg delete") or line.endswith('QuillDiagnose.exe"')
                     self.assertIn(code, (0, 1) if may_fail else (0,), f"{line}: {output}")
                     for words in [words for words in after if words in line + "\n"]:
                         after.pop(words)(output)
@@ -133,8 +135,14 @@ class Page(BrowsingTest):
         self.assertEqual(names & {"qll90", "qll91"}, {"qll91"})
 
     def check_diagnosis(self, output):
-        self.assertIn("RESULT: a PDF would open", output)
         self.assertRegex(output, "Isolation64Bit\": 1")
+        problems = re.findall(r"(?m)^PROBLEM (.*?)\r?$", output)
+        if re.search(r"Windows 6\.[01]\.", output):  # Enhanced Protected Mode without an AppContainer
+            self.assertEqual(problems, [])
+            self.assertIn("RESULT: a PDF would open", output)
+        else:
+            self.assertEqual(problems, ["64-bit tabs", "Zones in which a PDF opens"])
+            self.assertIn("RESULT: a PDF would not open, or it is not certain", output)
 
     def check_removed(self, _):
         module = self.windows.drive / "Program Files/Quill/PDF for Internet Explorer/QuillPDF.IE.dll"
