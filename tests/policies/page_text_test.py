@@ -66,6 +66,13 @@ class Statements(unittest.TestCase):
         self.assertIn(settings.words("retrieval/download/folder_numbers.h", r'cache_folder_prefix = L"(\w+)"') + "0",
                       text)
 
+    def SayWhichClassesDeclareAppContainers(self):
+        listing = (settings.ROOT / "tests/module/registered_per_machine.txt").read_text()
+        declared = {clsid for clsid in settings.clsids() if re.search(
+            rf"CLSID\\{re.escape(clsid)}\\Implemented Categories\\\{{59FB2056-D625-48D0-A944-1A85B5AB2640\}}", listing)}
+        self.assertEqual(declared, set(settings.clsids()))
+        self.assertIn("Both classes declare it", " ".join(page.text().split()))
+
     def NameWhatTheTemplatesWrite(self):
         rows = {row.split("|")[1].strip(): row for _, row in page.statements() if row.startswith("|")}
         texts = template_test.template.strings(template_test.read()[1])
