@@ -1,6 +1,7 @@
 #include "tests/diagnose/diagnosed_computer.h"
 
 #include <algorithm>
+#include <iostream>
 
 namespace quill::test {
 namespace {
@@ -192,9 +193,19 @@ file_change::~file_change()
         DeleteFileW(path_.c_str());
 }
 
+diagnosis run_again_if_silent(const std::function<diagnosis()>& run)
+{
+    const diagnosis result = run();
+    if (!result.output.empty() || !result.errors.empty())
+        return result;
+    std::cout << "exit code " << result.exit_code << ": started again, since it printed nothing" << std::endl;
+    return run();
+}
+
 diagnosis run_diagnosis(const std::wstring& arguments)
 {
-    diagnosis result = run_with_files(beside_this_program(L"QuillDiagnose.exe"), arguments);
+    diagnosis result = run_again_if_silent(
+        [&] { return run_with_files(beside_this_program(L"QuillDiagnose.exe"), arguments); });
     std::string check;
     for (std::size_t position = 0; position < result.output.size();) {
         const std::size_t end = std::min(result.output.find("\r\n", position), result.output.size());

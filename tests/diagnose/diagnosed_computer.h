@@ -89,6 +89,10 @@ struct diagnosis
     std::vector<std::string> checks;             // in order
 };
 
+// Runs a second time, and prints that, if there was no output: under Wine a program occasionally fails before
+// its first instruction.
+diagnosis run_again_if_silent(const std::function<diagnosis()>& run);
+
 diagnosis run_diagnosis(const std::wstring& arguments = L"");
 
 // Whatever undoes the fault in its destructor.

@@ -219,5 +219,24 @@ TEST_F(SettingFault, OfArgumentsIsAUsageError)
     EXPECT_NE(help.output.find("--clean-downloads DAYS"), std::string::npos);
 }
 
+TEST(DiagnosisRun, IsRepeatedOnceIfThereIsNoOutput)
+{
+    const auto starts = [](const std::vector<diagnosis>& results) {
+        std::size_t count = 0;
+        testing::internal::CaptureStdout();
+        const diagnosis last = run_again_if_silent([&] { return results.at(count++); });
+        const bool is_said =
+            testing::internal::GetCapturedStdout().find("started again") != std::string::npos;
+        EXPECT_EQ(is_said, count > 1);
+        EXPECT_EQ(last.exit_code, results.at(count - 1).exit_code);
+        return count;
+    };
+    const diagnosis silent{1, "", "", {}, {}};
+    EXPECT_EQ(starts({{0, "text", "", {}, {}}}), 1u);
+    EXPECT_EQ(starts({{2, "", "usage", {}, {}}}), 1u);
+    EXPECT_EQ(starts({silent, {0, "text", "", {}, {}}}), 2u);
+    EXPECT_EQ(starts({silent, {3, "", "", {}, {}}}), 2u);
+}
+
 } // namespace
 } // namespace quill::test
