@@ -110,15 +110,19 @@ void check_editor(const subject& subject, report& findings)
     constexpr const wchar_t* name = L"exepath";
     finding result{state::ok, L"Desktop editor", L"", L"the full path of the suite's editor in HKLM", L""};
     DWORD error = ERROR_SUCCESS;
+    bool is_folder = false;
     if (path.empty()) {
         const registry_key key = machine_key(subject.settings.editor_key);
         result.found = described(key, name) + L": " + described(subject.computer.value(key, name)) +
                        L"; a text of 260 or more characters is not read";
     } else {
         error = subject.computer.exists(path);
-        result.found = quoted(path) + (error == ERROR_SUCCESS ? L"" : L": " + error_text(error));
+        is_folder = error == ERROR_SUCCESS && subject.computer.is_folder(path);
+        result.found = quoted(path) + (is_folder                ? L" is a folder"
+                                       : error == ERROR_SUCCESS ? L""
+                                                                : L": " + error_text(error));
     }
-    if (path.empty() || error != ERROR_SUCCESS) {
+    if (path.empty() || is_folder || error != ERROR_SUCCESS) {
         result.result = state::note;
         result.to_do = L"install the suite's editor; until then the system's default program opens the PDFs "
                        L"of libraries";
@@ -133,9 +137,25 @@ void check_editor(const subject& subject, report& findings)
     findings.push_back(result);
 }
 
-std::wstring file_name(const std::wstring& path)
+// A folder without a separator at its end.
+std::wstring_view trimmed(std::wstring_view folder)
 {
-    return path.substr(path.find_last_of(L"\\/") + 1);
+    while (folder.ends_with(L'\\') || folder.ends_with(L'/'))
+        folder.remove_suffix(1);
+    return folder;
+}
+
+// What the elevation policy's entry is for: AppName in the folder AppPath.
+bool is_policy_for(const machine& computer, const registry_key& entry, const std::wstring& program)
+{
+    const auto name = text_of(computer.value(entry, L"AppName"));
+    const registry_value path = computer.value(entry, L"AppPath");
+    auto folder = text_of(path);
+    if (folder && path.type == REG_EXPAND_SZ)
+        folder = computer.expanded(*folder);
+    const std::wstring own = program.substr(0, program.size() - file_name(program).size());
+    return name && folder && equal_names(*name, file_name(program)) &&
+           equal_names(trimmed(*folder), trimmed(own));
 }
 
 // In protected mode the browser starts a program at medium integrity without asking only if a policy says so.
@@ -151,20 +171,19 @@ void check_elevation(const subject& subject, report& findings)
         const registry_key all = machine_key(elevation_policy);
         const subkey_list keys = subject.computer.subkeys(all);
         result.found = described(all) + (keys.error == ERROR_SUCCESS || is_missing(keys.error)
-                                             ? std::wstring(L": no entry for ") + quoted(file_name(path))
+                                             ? std::wstring(L": no entry for ") + quoted(path)
                                              : L": " + error_text(keys.error));
         for (const std::wstring& name : keys.names) {
             const registry_key key = below(all, name);
-            const auto program = text_of(subject.computer.value(key, L"AppName"));
-            if (!program || !equal_names(*program, file_name(path)))
+            if (!is_policy_for(subject.computer, key, path))
                 continue;
             const registry_value policy = subject.computer.value(key, L"Policy");
             result.found = described(key) + L": Policy " + described(policy);
             if (number_of(policy) == without_asking) {
                 result.result = state::ok;
                 result.to_do.clear();
+                break;
             }
-            break;
         }
     }
     findings.push_back(result);

@@ -20,11 +20,6 @@ library read_library(const machine& computer, const std::wstring& path)
     return result;
 }
 
-bool is_full_path(std::wstring_view path)
-{
-    return path.size() > 2 && (path.substr(1, 2) == L":\\" || path.substr(0, 2) == L"\\\\");
-}
-
 // What keeps the system from loading the file as a 64-bit library; empty if nothing does.
 std::wstring load_error(const library& library)
 {
@@ -99,7 +94,9 @@ void check_contents(const library* dll, report& findings)
 {
     finding result{state::problem, L"DLL, contents", L"not examined: there is no DLL that can be loaded",
                    L"the checksum in the file's header is the file's", repair};
-    if (dll && !dll->image.is_checksum_wrong) {
+    if (dll && !dll->image.has_checksum) {
+        result.found = L"the file has no checksum, and a released one has: it was changed after it was built";
+    } else if (dll && !dll->image.is_checksum_wrong) {
         result = {state::ok, result.check, L"the checksum is right", result.expected, L""};
     } else if (dll) {
         result.found = L"the file was changed after it was built: the checksum is wrong";
@@ -172,8 +169,20 @@ namespace {
 constexpr const wchar_t* install_viewer =
     L"install or repair the suite with its 64-bit viewer: without it nothing is shown";
 
-// The server of the viewer's class as CLSCTX_INPROC_SERVER and CLSCTX_LOCAL_SERVER find it.
-void check_viewer_server(const subject& subject, const std::wstring& clsid, report& findings)
+bool is_own_class(const product_constants& product, const std::wstring& clsid)
+{
+    return equal_names(clsid, product.document_class) || equal_names(clsid, product.helper_class);
+}
+
+bool is_own_library(const product_constants& product, const library& library)
+{
+    const auto& version = library.image.version;
+    return equal_names(file_name(library.path), product.module_file) ||
+           (version && equal_names(version->original_name, product.module_file));
+}
+
+// The server of a class as CLSCTX_INPROC_SERVER and CLSCTX_LOCAL_SERVER find it.
+finding viewer_server(const subject& subject, const std::wstring& clsid)
 {
     const server_path server = server_of_class(subject.computer, clsid, registry_view::bits_64);
     const found_value local = class_value(subject.computer, L"CLSID\\" + clsid + L"\\LocalServer32", L"");
@@ -188,17 +197,49 @@ void check_viewer_server(const subject& subject, const std::wstring& clsid, repo
         } else if (other.path) {
             result.found += L"; there is a viewer for 32-bit programs only: " + quoted(*other.path);
         }
-        findings.push_back(result);
-        return;
+        return result;
     }
     // COM passes a name without a folder to LoadLibrary, which searches the system's folder.
     const std::wstring path =
         is_full_path(*server.path) ? *server.path : subject.system.system_folder + L"\\" + *server.path;
-    const std::wstring error = load_error(read_library(subject.computer, path));
+    const library viewer = read_library(subject.computer, path);
+    std::wstring error = load_error(viewer);
+    if (is_own_library(subject.product, viewer))
+        error = quoted(path) + L" is this product's DLL, not the viewer";
     result.found = described(server.value.key, L"") + L": " + (error.empty() ? quoted(path) : error);
     if (error.empty()) {
         result.result = state::ok;
         result.to_do.clear();
+    }
+    return result;
+}
+
+// COM creates the class that the viewer's TreatAs names, if there is one.
+void check_viewer_server(const subject& subject, const std::wstring& clsid, report& findings)
+{
+    const found_value other = substitute_of_class(subject.computer, clsid);
+    if (is_missing(other.value)) {
+        findings.push_back(viewer_server(subject, clsid));
+        return;
+    }
+    const std::wstring instead =
+        L"another class is created instead, " + described(other.key, L"") + L": " + described(other.value);
+    finding result{state::problem, L"Viewer, server", instead, L"no TreatAs, the path of a 64-bit library",
+                   install_viewer};
+    const auto text = text_of(other.value);
+    if (text && is_own_class(subject.product, *text)) {
+        result.found += L", a class of this product";
+    } else if (text && is_class_identifier(*text)) {
+        const finding server = viewer_server(subject, *text);
+        result.found += L"; " + server.found;
+        if (!is_missing(substitute_of_class(subject.computer, *text).value))
+            result.found += L"; that class has a TreatAs too";
+        else if (server.result != state::problem)
+            result.result = state::note;
+        if (result.result == state::note)
+            result.to_do = L"nothing if PDFs are shown; otherwise delete the key TreatAs";
+    } else {
+        result.found += L", which is no class identifier";
     }
     findings.push_back(result);
 }
@@ -213,11 +254,12 @@ void check_viewer(const subject& subject, report& findings)
     if (is_missing(found.value) && current && !current->empty())
         found = class_value(subject.computer, *current + L"\\CLSID", L"");
     const auto clsid = text_of(found.value);
-    const bool is_class =
-        clsid && clsid->size() == subject.product.document_class.size() && clsid->front() == L'{';
+    const bool is_own = clsid && is_own_class(subject.product, *clsid);
+    const bool is_class = clsid && is_class_identifier(*clsid) && !is_own;
     add(findings, is_class, state::problem, L"Viewer, ProgID",
-        described(found.key, L"") + L": " + described(found.value), L"the class identifier of " + progid,
-        install_viewer);
+        described(found.key, L"") + L": " + described(found.value) +
+            (is_own ? L", a class of this product, not the viewer's" : L""),
+        L"the class identifier of " + progid, install_viewer);
     if (is_class)
         check_viewer_server(subject, *clsid, findings);
     else

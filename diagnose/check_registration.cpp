@@ -48,9 +48,7 @@ void check_class(const subject& subject, report& findings)
         machine_key(key + L"\\Implemented Categories\\" + subject.product.app_container_category);
     if (const DWORD error = subject.computer.open(category); error != ERROR_SUCCESS)
         wrong.push_back(described(category) + L": " + error_text(error));
-    // COM creates the class that TreatAs names instead.
-    const found_value other =
-        class_value(subject.computer, L"CLSID\\" + subject.product.document_class + L"\\TreatAs", L"");
+    const found_value other = substitute_of_class(subject.computer, subject.product.document_class);
     if (!is_missing(other.value))
         wrong.push_back(described(other.key, L"") + L": " + described(other.value) + L" instead of no key");
     const registry_key library =

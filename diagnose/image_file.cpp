@@ -87,6 +87,7 @@ public:
         if (facts.kind != image_kind::bits_64)
             return facts;
         facts.has_class_objects = exports("DllGetClassObject");
+        facts.has_checksum = bytes_.u32(header_ + checksum_field).value_or(0) != 0;
         facts.is_checksum_wrong = is_checksum_wrong();
         read_version(facts);
         return facts;

@@ -31,6 +31,7 @@ struct image_facts
     WORD machine = 0;
     bool is_library = false;
     bool has_class_objects = false; // exports DllGetClassObject
+    bool has_checksum = false;      // the header's is not 0
     bool is_checksum_wrong = false; // the header has a checksum and it is not the file's
     bool has_version = false;       // the resources name version information
     std::optional<image_version> version;

@@ -89,6 +89,36 @@ server_path server_of_class(const machine& computer, const std::wstring& clsid, 
     return server;
 }
 
+found_value substitute_of_class(const machine& computer, const std::wstring& clsid)
+{
+    return class_value(computer, L"CLSID\\" + clsid + L"\\TreatAs", L"");
+}
+
+bool is_class_identifier(std::wstring_view text)
+{
+    constexpr std::wstring_view form = L"{00000000-0000-0000-0000-000000000000}";
+    if (text.size() != form.size())
+        return false;
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        const wchar_t c = text[i];
+        const bool is_digit =
+            (c >= L'0' && c <= L'9') || (c >= L'a' && c <= L'f') || (c >= L'A' && c <= L'F');
+        if (form[i] == L'0' ? !is_digit : c != form[i])
+            return false;
+    }
+    return true;
+}
+
+bool is_full_path(std::wstring_view path)
+{
+    return path.size() > 2 && (path.substr(1, 2) == L":\\" || path.substr(0, 2) == L"\\\\");
+}
+
+std::wstring file_name(const std::wstring& path)
+{
+    return path.substr(path.find_last_of(L"\\/") + 1);
+}
+
 std::wstring joined(const std::vector<std::wstring>& parts)
 {
     constexpr std::size_t most = 6;

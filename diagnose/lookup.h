@@ -63,6 +63,18 @@ struct server_path
 };
 server_path server_of_class(const machine& computer, const std::wstring& clsid, registry_view view);
 
+// The value of TreatAs: COM creates the class that it names instead.
+found_value substitute_of_class(const machine& computer, const std::wstring& clsid);
+
+// Whether text has the form of a class identifier, "{01234567-89AB-CDEF-0123-456789ABCDEF}".
+bool is_class_identifier(std::wstring_view text);
+
+// A full path of a drive or a share.
+bool is_full_path(std::wstring_view path);
+
+// What is behind the last separator.
+std::wstring file_name(const std::wstring& path);
+
 // "a; b; c"
 std::wstring joined(const std::vector<std::wstring>& parts);
 

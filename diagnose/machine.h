@@ -76,6 +76,7 @@ public:
     virtual file_contents read(const std::wstring& path) const = 0;
     // ERROR_SUCCESS if there is a file or folder of this name.
     virtual DWORD exists(const std::wstring& path) const = 0;
+    virtual bool is_folder(const std::wstring& path) const = 0;
     virtual signature_facts signature(const std::wstring& path) const = 0;
     virtual std::wstring expanded(const std::wstring& text) const = 0;
     virtual std::optional<std::wstring> environment(const std::wstring& name) const = 0;

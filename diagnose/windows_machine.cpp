@@ -152,6 +152,14 @@ DWORD windows_machine::exists(const std::wstring& path) const
     return GetFileAttributesW(path.c_str()) == INVALID_FILE_ATTRIBUTES ? GetLastError() : ERROR_SUCCESS;
 }
 
+bool windows_machine::is_folder(const std::wstring& path) const
+{
+    if (path_error(path) != ERROR_SUCCESS)
+        return false;
+    const DWORD attributes = GetFileAttributesW(path.c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
 // Without a look at revocation lists, which may need the network.
 signature_facts windows_machine::signature(const std::wstring& path) const
 {

@@ -14,6 +14,7 @@ public:
 
     file_contents read(const std::wstring& path) const override;
     DWORD exists(const std::wstring& path) const override;
+    bool is_folder(const std::wstring& path) const override;
     signature_facts signature(const std::wstring& path) const override;
     std::wstring expanded(const std::wstring& text) const override;
     std::optional<std::wstring> environment(const std::wstring& name) const override;

@@ -1,5 +1,6 @@
 // The checks on a computer that is stated. The program's tests have each fault by itself; here is what a real
 // registry or a test in Wine cannot show, and any bad value at any place that is read.
+#include "diagnose/lookup.h"
 #include "diagnose/registered_values.h"
 #include "tests/diagnose/stated_machine.h"
 
@@ -103,6 +104,27 @@ TEST(Checks, FileOfAnyContentsGivesAFinding)
     stated_computer computer;
     computer.machine.files[test_module_path].is_folder = true;
     EXPECT_TRUE(contains(found(computer.diagnose(), L"DLL, file").found, L"is a folder"));
+}
+
+TEST(Checks, LibraryWithoutAChecksumIsAProblem)
+{
+    stated_computer computer;
+    std::string& image = computer.machine.files[test_module_path].bytes;
+    image.replace(offset_of_checksum, 4, 4, '\0');
+    const finding result = found(computer.diagnose(), L"DLL, contents");
+    EXPECT_EQ(result.result, state::problem);
+    EXPECT_TRUE(contains(result.found, L"the file has no checksum"));
+}
+
+TEST(ClassIdentifier, IsAGuidInBraces)
+{
+    EXPECT_TRUE(is_class_identifier(L"{5E2C7A90-1B3D-4F6E-8A21-C4d9e07b3f15}"));
+    for (const wchar_t* text :
+         {L"", L"{}", L"{5E2C7A90-1B3D-4F6E-8A21-C4D9E07B3F15", L"5E2C7A90-1B3D-4F6E-8A21-C4D9E07B3F15",
+          L"{5E2C7A90-1B3D-4F6E-8A21-C4D9E07B3F15]", L"{GE2C7A90-1B3D-4F6E-8A21-C4D9E07B3F15}",
+          L"{5E2C7A9001B3D-4F6E-8A21-C4D9E07B3F15}", L"{5E2C7A90-1B3D-4F6E-8A21-C4D9E07B3F15} ",
+          L"{5E2C7A90-1B3D-4F6E-8A21-C4D9E07B3F1\u0661}"})
+        EXPECT_FALSE(is_class_identifier(text));
 }
 
 struct signature_case

@@ -78,22 +78,14 @@ TEST(ImageFile, DamagedVersionIsSeen)
 
 TEST(ImageFile, ChecksumIsTheSystems)
 {
-    // The sum of the words of this file, all others of which are zero, by hand.
-    const std::string image = image_of_library();
-    std::uint64_t sum = 0;
-    for (std::size_t i = 0; i < image.size(); i += 2) {
-        std::uint16_t word = 0;
-        std::memcpy(&word, image.data() + i, sizeof word);
-        sum += word;
-    }
-    while (sum > 0xFFFF)
-        sum = (sum & 0xFFFF) + (sum >> 16);
-    const auto right = static_cast<std::uint32_t>(sum + image.size());
-    const std::string checked = with(image, header + 24 + 64, right);
+    const std::string checked = image_of_library();
+    const std::uint32_t right = checksum_of(checked);
     EXPECT_FALSE(read_image(checked).is_checksum_wrong);
-    EXPECT_TRUE(read_image(with(image, header + 24 + 64, right + 1)).is_checksum_wrong);
-    EXPECT_TRUE(read_image(with<char>(checked, image.size() - 1, 'x')).is_checksum_wrong);
+    EXPECT_TRUE(read_image(with(checked, offset_of_checksum, right + 1)).is_checksum_wrong);
+    EXPECT_TRUE(read_image(with<char>(checked, checked.size() - 1, 'x')).is_checksum_wrong);
     EXPECT_TRUE(read_image(checked + "x").is_checksum_wrong);
+    EXPECT_TRUE(read_image(checked).has_checksum);
+    EXPECT_FALSE(read_image(with<std::uint32_t>(checked, offset_of_checksum, 0)).has_checksum);
 }
 
 } // namespace

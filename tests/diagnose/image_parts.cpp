@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <gtest/gtest.h>
+#include <imagehlp.h>
 
 #include <cstring>
 
@@ -27,10 +28,13 @@ IMAGE_SECTION_HEADER& section_of(std::string& image, const std::string& name)
     throw std::runtime_error("no section " + name);
 }
 
-// Without a checksum the change alone is seen.
-void clear_checksum(std::string& image)
+// With the right checksum the change alone is seen.
+void set_checksum(std::string& image)
 {
-    headers_of(image).OptionalHeader.CheckSum = 0;
+    DWORD before = 0;
+    DWORD right = 0;
+    EXPECT_TRUE(CheckSumMappedFile(image.data(), static_cast<DWORD>(image.size()), &before, &right));
+    headers_of(image).OptionalHeader.CheckSum = right;
 }
 
 } // namespace
@@ -51,7 +55,7 @@ std::string as_arm(std::string image)
 std::string as_program(std::string image)
 {
     headers_of(image).FileHeader.Characteristics &= static_cast<WORD>(~IMAGE_FILE_DLL);
-    clear_checksum(image);
+    set_checksum(image);
     return image;
 }
 
@@ -59,6 +63,18 @@ std::string without_section(std::string image, const std::string& name)
 {
     const IMAGE_SECTION_HEADER section = section_of(image, name);
     std::memset(image.data() + section.PointerToRawData, 0xFF, section.SizeOfRawData);
+    return image;
+}
+
+std::string with_checksum(std::string image)
+{
+    set_checksum(image);
+    return image;
+}
+
+std::string without_checksum(std::string image)
+{
+    headers_of(image).OptionalHeader.CheckSum = 0;
     return image;
 }
 
@@ -78,8 +94,9 @@ std::string with_false_signature(std::string image)
     const DWORD head[] = {64, 0x0002'0200};
     std::string certificate(64, 'x');
     std::memcpy(certificate.data(), head, sizeof head);
-    clear_checksum(image);
-    return image + certificate;
+    image += certificate;
+    set_checksum(image);
+    return image;
 }
 
 std::string with_version(std::string image, unsigned short major)
@@ -89,7 +106,7 @@ std::string with_version(std::string image, unsigned short major)
         image.find(std::string(reinterpret_cast<const char*>(fixed_info), sizeof fixed_info));
     EXPECT_NE(at, std::string::npos);
     std::memcpy(image.data() + at + 10, &major, sizeof major);
-    clear_checksum(image);
+    set_checksum(image);
     return image;
 }
 

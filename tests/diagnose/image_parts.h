@@ -13,6 +13,9 @@ std::string as_arm(std::string image);
 std::string as_program(std::string image);
 // The contents of a section are replaced by 0xFF.
 std::string without_section(std::string image, const std::string& name);
+std::string with_checksum(std::string image);
+// The header's checksum is 0.
+std::string without_checksum(std::string image);
 // One bit of the code is inverted; the checksum stays.
 std::string with_changed_code(std::string image);
 // Signed, by a signature that is none.

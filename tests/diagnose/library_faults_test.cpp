@@ -60,9 +60,12 @@ TEST_F(LibraryFault, OfTheModulesContents)
               {"DLL, contents", "PROBLEM", "the checksum is wrong"}}),
         file("one bit of the code", module_path(), with_changed_code(module_),
              {{"DLL, contents", "PROBLEM", "the checksum is wrong"}}),
+        file("no checksum", module_path(), without_checksum(module_),
+             {{"DLL, contents", "PROBLEM", "the file has no checksum"}}),
         file("another version", module_path(), with_version(module_, 13),
              {{"DLL, version", "NOTE", "of version 13.0.0.0"}}),
-        file("another product's library", module_path(), viewer_, {{"DLL, version", "PROBLEM", ""}}),
+        file("another product's library", module_path(), with_checksum(viewer_),
+             {{"DLL, version", "PROBLEM", ""}}),
         file("a signature that is none", module_path(), with_false_signature(module_),
              {{"DLL, signature", "PROBLEM", "not valid or not trusted (0x"}}),
     });
@@ -97,6 +100,7 @@ TEST_F(LibraryFault, OfTheViewersFile)
         unloadable_viewer("text", "text", "is no program file"),
         unloadable_viewer("half of it", viewer_.substr(0, viewer_.size() / 2), "ends too early"),
         unloadable_viewer("32-bit", as_32_bit(viewer_), "is for 32-bit programs"),
+        unloadable_viewer("the module by another name", module_, "is this product's DLL, not the viewer"),
     });
 }
 
@@ -135,6 +139,17 @@ TEST_F(LibraryFault, OfTheViewersRegistration)
                                                L"", text_data(L"C:\\viewer.exe")));
         return undo(all);
     };
+    const std::wstring other_class = L"{11111111-2222-3333-4444-555555555555}";
+    const std::wstring classes = L"SOFTWARE\\Classes\\CLSID\\";
+    const std::wstring instead = classes + viewer_clsid + L"\\TreatAs";
+    const auto other_viewer = [&](bool has_another) {
+        auto all = std::make_shared<undo_stack>();
+        all->push_back(set(instead, text_data(other_class))());
+        all->push_back(set(classes + other_class + L"\\InprocServer32", text_data(viewer_path()))());
+        if (has_another)
+            all->push_back(set(classes + other_class + L"\\TreatAs", text_data(viewer_clsid))());
+        return undo(all);
+    };
     const char* const id = "Viewer, ProgID";
     const char* const check = "Viewer, server";
     expect_each_alone({
@@ -147,6 +162,32 @@ TEST_F(LibraryFault, OfTheViewersRegistration)
         {"a ProgID that is no class",
          set(progid, text_data(L"{}")),
          {{id, "PROBLEM", "\"{}\""}, {check, "PROBLEM", "not examined"}}},
+        {"a ProgID that is no class, with its length",
+         set(progid, text_data(L"{1111111122222333334444455555555555555}")),
+         {{id, "PROBLEM", "{1111"}, {check, "PROBLEM", "not examined"}}},
+        {"the document's class",
+         set(progid, text_data(document_clsid)),
+         {{id, "PROBLEM", "a class of this product"}, {check, "PROBLEM", "not examined"}}},
+        {"the helper's class",
+         set(progid, text_data(helper_clsid)),
+         {{id, "PROBLEM", "a class of this product"}, {check, "PROBLEM", "not examined"}}},
+        {"the module as server",
+         set(server, text_data(module_path())),
+         {{check, "PROBLEM", "is this product's DLL, not the viewer"}}},
+        {"a missing module as server",
+         set(server, text_data(L"C:\\missing\\quillpdf.ie.dll")),
+         {{check, "PROBLEM", "is this product's DLL, not the viewer"}}},
+        {"another class instead", [&] { return other_viewer(false); }, {{check, "NOTE", "TreatAs"}}},
+        {"a class instead that has another one",
+         [&] { return other_viewer(true); },
+         {{check, "PROBLEM", "that class has a TreatAs too"}}},
+        {"a class instead that does not exist",
+         set(instead, text_data(other_class)),
+         {{check, "PROBLEM", "{11111111-2222-3333-4444-555555555555}\\InprocServer32"}}},
+        {"the document's class instead",
+         set(instead, text_data(document_clsid)),
+         {{check, "PROBLEM", "a class of this product"}}},
+        {"a number instead", set(instead, number_data(1)), {{check, "PROBLEM", "no class identifier"}}},
         {"a ProgID of a class that does not exist",
          set(progid, text_data(L"{11111111-2222-3333-4444-555555555555}")),
          {{id, "OK", "{11111111"}, {check, "PROBLEM", "{11111111"}}},

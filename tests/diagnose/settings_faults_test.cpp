@@ -146,6 +146,25 @@ TEST_F(SettingFault, OfTheEditor)
 {
     const char* const check = "Desktop editor";
     const char* const elevation = "Desktop editor, elevation policy";
+    const std::wstring folder = editor_path().substr(0, editor_path().rfind(L'\\'));
+    const std::wstring policies = L"SOFTWARE\\Microsoft\\Internet Explorer\\Low Rights\\ElevationPolicy\\";
+    const std::wstring policy = policies + L"{0D1F53A2-7A5E-4C5B-9D0A-6B2C8E1F4A37}";
+    const auto upper = [](std::wstring text) {
+        CharUpperW(text.data());
+        return text;
+    };
+    // Keys are listed by name.
+    const auto before = [&](const wchar_t* id, const std::wstring& path, DWORD number) {
+        auto all = std::make_shared<undo_stack>();
+        all->push_back(value(HKEY_LOCAL_MACHINE, policies + id, L"AppName", text_data(L"editor.exe"))());
+        all->push_back(value(HKEY_LOCAL_MACHINE, policies + id, L"AppPath", text_data(path))());
+        all->push_back(value(HKEY_LOCAL_MACHINE, policies + id, L"Policy", number_data(number))());
+        return undo(all);
+    };
+    const auto others_before = [&] {
+        return before(L"{00000000-7A5E-4C5B-9D0A-6B2C8E1F4A37}", L"C:\\missing", 1);
+    };
+    const auto asking_before = [&] { return before(L"{00000000-7A5E-4C5B-9D0A-6B2C8E1F4A37}", folder, 1); };
     expect_each_alone({
         {"no path",
          value(HKEY_LOCAL_MACHINE, settings, L"exepath", std::nullopt),
@@ -155,10 +174,28 @@ TEST_F(SettingFault, OfTheEditor)
          {{check, "NOTE", "of 260 or more characters"}, {elevation, "NOTE", "the editor is not known"}}},
         {"a missing editor",
          value(HKEY_LOCAL_MACHINE, settings, L"exepath", text_data(L"C:\\missing\\editor.exe")),
-         {{check, "NOTE", "\"C:\\missing\\editor.exe\": does not exist"}}},
+         {{check, "NOTE", "\"C:\\missing\\editor.exe\": does not exist"},
+          {elevation, "NOTE", "no entry for \"C:\\missing\\editor.exe\""}}},
+        {"a folder",
+         value(HKEY_LOCAL_MACHINE, settings, L"exepath", text_data(folder)),
+         {{check, "NOTE", "is a folder"}, {elevation, "NOTE", "no entry for"}}},
         {"another editor",
          value(HKEY_LOCAL_MACHINE, settings, L"exepath", text_data(module_path())),
-         {{check, "OK", "QuillPDF.IE.dll"}, {elevation, "NOTE", "no entry for \"QuillPDF.IE.dll\""}}},
+         {{check, "OK", "QuillPDF.IE.dll"}, {elevation, "NOTE", "QuillPDF.IE.dll\""}}},
+        {"an elevation policy for another folder",
+         value(HKEY_LOCAL_MACHINE, policy, L"AppPath", text_data(L"C:\\missing")),
+         {{elevation, "NOTE", "no entry for"}}},
+        {"no folder",
+         value(HKEY_LOCAL_MACHINE, policy, L"AppPath", std::nullopt),
+         {{elevation, "NOTE", "no entry for"}}},
+        {"another policy",
+         value(HKEY_LOCAL_MACHINE, policy, L"Policy", number_data(2)),
+         {{elevation, "NOTE", "Policy 2"}}},
+        {"an entry for another folder and one that does not match before it", others_before, {}},
+        {"the first entry for the editor asks", asking_before, {}},
+        {"a folder with a backslash and in upper case",
+         value(HKEY_LOCAL_MACHINE, policy, L"AppPath", text_data(upper(folder) + L"\\")),
+         {}},
         {"the user's path",
          value(HKEY_CURRENT_USER, settings, L"exepath", text_data(L"C:\\x.exe")),
          {{check, "NOTE", "the user's value \"C:\\x.exe\" is ignored"}}},

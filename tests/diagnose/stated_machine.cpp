@@ -174,6 +174,7 @@ stated_computer::stated_computer()
           L"C:\\Windows\\System32\\ieframe.dll", L"C:\\Windows\\System32\\mshtml.dll",
           L"C:\\Windows\\System32\\urlmon.dll", L"C:\\Suite\\editor.exe", L"C:\\Low\\Temp"})
         machine.files[path] = {ERROR_SUCCESS, false, image_of_library()};
+    machine.files[viewer_path].bytes = image_of_library("DllGetClassObject", L"viewer.dll");
 }
 
 report stated_computer::diagnose() const
@@ -227,7 +228,21 @@ std::string image_of_library(const std::string& function, const std::wstring& or
     std::memcpy(image.data() + data + version + 100, L"OriginalFilename", 34);
     std::memcpy(image.data() + data + version + 136, original_name.c_str(),
                 (original_name.size() + 1) * sizeof(wchar_t));
+    put(image, offset_of_checksum, checksum_of(image));
     return image;
+}
+
+std::uint32_t checksum_of(const std::string& image)
+{
+    std::uint64_t sum = 0;
+    for (std::size_t i = 0; i < image.size(); i += 2) {
+        std::uint16_t word = 0;
+        std::memcpy(&word, image.data() + i, sizeof word);
+        sum += i == offset_of_checksum || i == offset_of_checksum + 2 ? 0 : word;
+    }
+    while (sum > 0xFFFF)
+        sum = (sum & 0xFFFF) + (sum >> 16);
+    return static_cast<std::uint32_t>(sum + image.size());
 }
 
 } // namespace quill::diagnose

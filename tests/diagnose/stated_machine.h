@@ -25,6 +25,7 @@ public:
     subkey_list subkeys(const registry_key& key) const override;
     file_contents read(const std::wstring& path) const override;
     DWORD exists(const std::wstring& path) const override;
+    bool is_folder(const std::wstring& path) const override { return read(path).is_folder; }
     signature_facts signature(const std::wstring&) const override { return signed_as; }
     std::wstring expanded(const std::wstring& text) const override { return text; }
     std::optional<std::wstring> environment(const std::wstring& name) const override;
@@ -57,6 +58,10 @@ struct stated_computer
 // A library for x64 that exports `function` and has a version resource with this name.
 std::string image_of_library(const std::string& function = "DllGetClassObject",
                              const std::wstring& original_name = L"QuillPDF.IE.dll");
+
+// The checksum that the header of an image of image_of_library() should have, and where it is.
+std::uint32_t checksum_of(const std::string& image);
+inline constexpr std::size_t offset_of_checksum = 0x40 + 24 + 64;
 
 inline constexpr wchar_t test_module_path[] = L"C:\\Quill\\QuillPDF.IE.dll";
 
