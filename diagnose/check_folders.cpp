@@ -1,5 +1,6 @@
 // Where a tab writes: the temporary folders, the log, and what downloads have left.
 #include "diagnose/lookup.h"
+#include "diagnose/path_place.h"
 #include "diagnose/zones.h"
 
 #include <algorithm>
@@ -9,6 +10,20 @@ namespace {
 
 constexpr std::uint64_t many_folders = 500;
 constexpr std::uint64_t many_bytes = std::uint64_t{1} << 30;
+
+constexpr const wchar_t* not_absolute =
+    L"is no full path: a tab looks for it in its own current folder, which is not known here";
+
+bool is_file(const machine& computer, const std::wstring& path)
+{
+    return computer.exists(path) == ERROR_SUCCESS && !computer.is_folder(path);
+}
+
+// Why a folder cannot be used: it is a file, does not exist, or the error of its use.
+std::wstring folder_error(const machine& computer, const std::wstring& path, DWORD error)
+{
+    return is_file(computer, path) ? L"is a file, not a folder" : error_text(error);
+}
 
 void check_temp_folder(const subject& subject, report& findings)
 {
@@ -20,7 +35,15 @@ void check_temp_folder(const subject& subject, report& findings)
                    settings.is_temp_folder_set
                        ? L"create the folder, or correct " + settings.temp_variable
                        : L"correct TMP or TEMP, or give the user rights in the folder"};
-    if (!settings.temp_folder.empty()) {
+    if (settings.temp_folder.empty() && !settings.system_temp_variable.empty()) {
+        const std::wstring& value = settings.system_temp_value;
+        result.found += L": " + settings.system_temp_variable + L" is " + quoted(value);
+        if (!value.empty())
+            result.found += L": " + folder_error(subject.computer, value, ERROR_PATH_NOT_FOUND);
+    } else if (settings.is_temp_folder_set && !is_absolute(settings.temp_folder)) {
+        result.found = quoted(settings.temp_folder) + origin + L": " + not_absolute;
+        result.to_do = L"write a full path into " + settings.temp_variable;
+    } else if (!settings.temp_folder.empty()) {
         const write_facts facts = subject.computer.write(settings.temp_folder, false);
         result.found = quoted(settings.temp_folder) + origin + L": ";
         if (facts.result == write_result::written) {
@@ -28,7 +51,10 @@ void check_temp_folder(const subject& subject, report& findings)
             result.found += L"can be written";
             result.to_do.clear();
         } else {
-            result.found += L"cannot be written: " + error_text(facts.error);
+            result.found +=
+                L"cannot be written: " + folder_error(subject.computer, settings.temp_folder, facts.error);
+            if (settings.is_temp_folder_set && is_file(subject.computer, settings.temp_folder))
+                result.to_do = L"correct " + settings.temp_variable;
         }
     }
     findings.push_back(result);
@@ -126,15 +152,20 @@ void check_downloads(const subject& subject, const wchar_t* check, const std::ws
                      report& findings)
 {
     finding result{state::ok, check, L"no such folder", L"fewer than 500 folders and less than 1 GiB", L""};
-    if (!folder.empty()) {
+    if (!folder.empty() && !is_absolute(folder)) {
+        result.result = state::note;
+        result.found = quoted(folder) + L": " + not_absolute;
+        result.to_do = L"write a full path into the variable";
+    } else if (!folder.empty()) {
         const download_count count = subject.computer.downloads(folder);
         result.found = quoted(folder) + L": ";
         if (is_missing(count.error)) {
             result.found += L"does not exist";
         } else if (count.error != ERROR_SUCCESS) {
             result.result = state::note;
-            result.found += L"cannot be listed: " + error_text(count.error);
-            result.to_do = L"give the user the right to list the folder";
+            result.found += L"cannot be listed: " + folder_error(subject.computer, folder, count.error);
+            result.to_do = is_file(subject.computer, folder) ? L"name a folder in the variable"
+                                                             : L"give the user the right to list the folder";
         } else {
             result.found += counted(count.folders, L"folder") + L" with " + counted(count.bytes, L"byte");
             if (count.folders > 0)

@@ -1,6 +1,8 @@
 // Which download folders --clean-downloads removes. Plain code; download_folders.h finds and removes them.
 #pragma once
 
+#include "diagnose/product.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -36,6 +38,16 @@ struct judgement
 
 // Whether the product gives a folder this name: "qll" and a number without leading zeros.
 bool is_download_folder_name(std::wstring_view name);
+
+// Whether an entry of a temporary folder is a folder, or a link, of such a name. A file is not the product's.
+bool is_download_folder(const folder_entry& entry);
+
+struct clean_up_plan
+{
+    std::vector<std::wstring> folders; // temporary folders, each once
+    std::vector<std::wstring> skipped; // lines about those that cannot be cleaned
+};
+clean_up_plan plan_clean_up(const product_settings& settings);
 
 // folder: the entry of the folder itself, contents: what it holds. The product leaves at most one file in it,
 // whose name ends in ".pdf".

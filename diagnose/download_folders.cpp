@@ -68,7 +68,7 @@ DWORD list_downloads(const std::wstring& temp_folder, std::vector<folder_entry>&
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0)
         return ERROR_DIRECTORY;
     const DWORD error = list(temp_folder + L"\\" + std::wstring(cache_folder_prefix) + L"*", entries);
-    std::erase_if(entries, [](const folder_entry& entry) { return !is_download_folder_name(entry.name); });
+    std::erase_if(entries, [](const folder_entry& entry) { return !is_download_folder(entry); });
     return error;
 }
 

@@ -31,27 +31,15 @@ int run_diagnosis(output& out)
     return would_open(findings) ? exit_good : exit_bad;
 }
 
-// The temporary folders, each once.
-std::vector<std::wstring> temp_folders()
-{
-    const product_settings settings = read_settings();
-    std::vector<std::wstring> folders;
-    for (const std::wstring& folder : {settings.system_temp_folder, settings.low_temp_folder,
-                                       settings.is_temp_folder_set ? settings.temp_folder : std::wstring()}) {
-        bool is_new = !folder.empty();
-        for (const std::wstring& other : folders)
-            is_new = is_new && !equal_names(other, folder);
-        if (is_new)
-            folders.push_back(folder);
-    }
-    return folders;
-}
-
 int run_clean_up(unsigned days, output& out)
 {
     removal total;
     const line_writer write = [&](const std::wstring& line) { out.write(line + L"\n"); };
-    for (const std::wstring& folder : temp_folders()) {
+    const clean_up_plan plan = plan_clean_up(read_settings());
+    for (const std::wstring& line : plan.skipped)
+        write(line);
+    total.is_complete = plan.skipped.empty();
+    for (const std::wstring& folder : plan.folders) {
         out.write(L"in " + quoted(folder) + L":\n");
         remove_downloads(folder, days, write, total);
     }

@@ -32,6 +32,11 @@ bool has_drive(std::wstring_view path)
 
 } // namespace
 
+bool is_absolute(std::wstring_view path)
+{
+    return has_drive(path) || (path.size() > 1 && is_separator(path[0]) && is_separator(path[1]));
+}
+
 path_place place_of(std::wstring_view path)
 {
     if (path.size() > 1 && is_separator(path[0]) && is_separator(path[1])) {

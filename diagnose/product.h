@@ -54,7 +54,10 @@ struct product_settings
     std::wstring temp_folder;        // of a tab of medium integrity; empty: none
     bool is_temp_folder_set = false; // by the environment variable
     std::wstring temp_variable;
-    std::wstring system_temp_folder;
+    std::wstring system_temp_folder; // empty: none
+    // Then the variable that names what is no folder, TMP or TEMP, and its value; empty: neither is set.
+    std::wstring system_temp_variable;
+    std::wstring system_temp_value;
     std::wstring low_temp_folder;
 
     bool is_log_set = false; // the environment variable with the level exists

@@ -71,7 +71,12 @@ void read_folders(product_settings& settings)
     try {
         settings.system_temp_folder = system_temp_directory();
     } catch (const std::exception&) {
-        // Reported as a missing folder.
+        for (const wchar_t* name : {L"TMP", L"TEMP"}) {
+            settings.system_temp_variable = name;
+            settings.system_temp_value = environment_variable(name).value_or(L"");
+            if (!settings.system_temp_value.empty())
+                break;
+        }
     }
     try {
         temp_file_manager([](const char*) {}, [](HANDLE) { return false; })

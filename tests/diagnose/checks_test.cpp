@@ -272,6 +272,16 @@ TEST(Checks, NoZoneWithBoth64BitTabsAndControlsIsAProblem)
     EXPECT_EQ(found(findings, L"Zones in which a PDF opens").result, state::problem);
 }
 
+TEST(Checks, ElevatedAccountIsANote)
+{
+    stated_computer computer;
+    EXPECT_EQ(found(computer.diagnose(), L"Account").result, state::ok);
+    EXPECT_TRUE(contains(found(computer.diagnose(), L"Account").found, L", not elevated"));
+    computer.system.is_elevated = true;
+    EXPECT_EQ(found(computer.diagnose(), L"Account").result, state::note);
+    EXPECT_FALSE(contains(found(computer.diagnose(), L"Account").found, L"not elevated"));
+}
+
 TEST(Checks, MissingEngineIsAProblem)
 {
     stated_computer computer;

@@ -1,5 +1,6 @@
 // --clean-downloads: what it removes, and everything that it leaves.
 #include "platform/library_function.h"
+#include "platform/temp_file_manager.h"
 #include "tests/diagnose/diagnosed_computer.h"
 #include "tests/support/text.h"
 #include "tests/support/wait.h"
@@ -79,6 +80,8 @@ protected:
             << result.output;
     }
 
+    // All have the temporary folder of low integrity in common.
+    cross_process_lock lock_{L"downloads"};
     scratch_directory folder_;
     std::wstring temp_ = folder_ / L"temp";
     environment_scope tmp_{L"TMP", temp_};
@@ -128,7 +131,10 @@ TEST_F(CleanDownloads, LeavesOtherNames)
     for (const std::wstring& name : names)
         EXPECT_TRUE(exists(path(name) + L"\\document.pdf")) << name;
     EXPECT_TRUE(exists(path(L"qll7")));
-    EXPECT_NE(result.output.find("0 folders removed"), std::string::npos) << result.output;
+    EXPECT_EQ(result.exit_code, 0u);
+    EXPECT_NE(result.output.find("0 folders removed, with 0 files and 0 bytes; 0 older folders left"),
+              std::string::npos)
+        << result.output;
 }
 
 TEST_F(CleanDownloads, LeavesAFolderWithOtherContents)
@@ -221,6 +227,50 @@ TEST_F(CleanDownloads, CleansTheFolderOfTheVariableToo)
     EXPECT_FALSE(exists(other + L"\\qll5"));
     EXPECT_FALSE(exists(path(L"qll0")));
     EXPECT_TRUE(exists(other));
+}
+
+TEST_F(CleanDownloads, CleansTheFolderOfLowIntegrityToo)
+{
+    const std::wstring low = local_low_temp_directory();
+    const std::wstring old = low + L"\\qll2147483646";
+    CreateDirectoryW(low.c_str(), nullptr);
+    ASSERT_TRUE(CreateDirectoryW(old.c_str(), nullptr));
+    age(old, limit + 1);
+    const diagnosis result = clean();
+    EXPECT_EQ(result.exit_code, 0u) << result.output;
+    EXPECT_FALSE(exists(old));
+    remove_path(old);
+}
+
+TEST_F(CleanDownloads, SkipsARelativeFolder)
+{
+    // The current folder of this program and the one of QuillDiagnose.exe are the same.
+    const std::wstring old = folder_ / L"relative\\qll0";
+    CreateDirectoryW((folder_ / L"relative").c_str(), nullptr);
+    ASSERT_TRUE(CreateDirectoryW(old.c_str(), nullptr));
+    age(old, limit + 1);
+    wchar_t before[MAX_PATH] = {};
+    GetCurrentDirectoryW(MAX_PATH, before);
+    ASSERT_TRUE(SetCurrentDirectoryW(folder_.path().c_str()));
+    const environment_scope variable(L"QUILL_TMP_FOLDER", L"relative");
+    const diagnosis result = clean();
+    EXPECT_TRUE(SetCurrentDirectoryW(before));
+    EXPECT_EQ(result.exit_code, 1u);
+    EXPECT_NE(result.output.find("\"relative\", which is no full path"), std::string::npos) << result.output;
+    EXPECT_TRUE(exists(old));
+}
+
+TEST_F(CleanDownloads, ReportsThatTheSystemHasNoTemporaryFolder)
+{
+    for (const wchar_t* name : {L"missing", L"file"}) {
+        ASSERT_TRUE(write_file(folder_ / L"file", "x"));
+        const environment_scope tmp(L"TMP", folder_ / name);
+        const diagnosis result = clean();
+        EXPECT_EQ(result.exit_code, 1u) << result.output;
+        EXPECT_NE(result.output.find("skipped: the system has no temporary folder: TMP is"),
+                  std::string::npos)
+            << result.output;
+    }
 }
 
 TEST_F(CleanDownloads, ReportsATemporaryFolderThatIsAFile)

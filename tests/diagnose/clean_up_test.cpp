@@ -26,6 +26,51 @@ TEST(DownloadFolder, NameIsTheOneThatTheModuleGives)
         EXPECT_FALSE(is_download_folder_name(name));
 }
 
+TEST(DownloadFolder, IsNoFile)
+{
+    folder_entry entry = folder(0);
+    EXPECT_TRUE(is_download_folder(entry));
+    entry.is_folder = false;
+    EXPECT_FALSE(is_download_folder(entry));
+    entry.is_link = true;
+    EXPECT_TRUE(is_download_folder(entry));
+    entry.name = L"qllx";
+    EXPECT_FALSE(is_download_folder(entry));
+}
+
+using names = std::vector<std::wstring>;
+
+TEST(CleanUpPlan, HasEachTemporaryFolderOnce)
+{
+    product_settings settings;
+    settings.system_temp_folder = L"C:\\Temp";
+    settings.low_temp_folder = L"C:\\Low\\Temp";
+    settings.temp_folder = L"C:\\Temp"; // without the variable, the system's
+    EXPECT_TRUE(plan_clean_up(settings).folders == names({L"C:\\Temp", L"C:\\Low\\Temp"}));
+    settings.is_temp_folder_set = true;
+    settings.temp_folder = L"D:\\Other";
+    EXPECT_TRUE(plan_clean_up(settings).folders == names({L"C:\\Temp", L"C:\\Low\\Temp", L"D:\\Other"}));
+    settings.temp_folder = L"c:\\low\\TEMP";
+    EXPECT_TRUE(plan_clean_up(settings).folders == names({L"C:\\Temp", L"C:\\Low\\Temp"}));
+    EXPECT_TRUE(plan_clean_up(settings).skipped.empty());
+}
+
+TEST(CleanUpPlan, SkipsARelativeFolderAndAMissingOneOfTheSystem)
+{
+    product_settings settings;
+    settings.system_temp_variable = L"TMP";
+    settings.system_temp_value = L"C:\\missing";
+    settings.low_temp_folder = L"C:\\Low\\Temp";
+    settings.temp_variable = L"QUILL_TMP_FOLDER";
+    settings.temp_folder = L"Temp";
+    settings.is_temp_folder_set = true;
+    const clean_up_plan plan = plan_clean_up(settings);
+    EXPECT_TRUE(plan.folders == names({L"C:\\Low\\Temp"}));
+    ASSERT_EQ(plan.skipped.size(), 2u);
+    EXPECT_NE(plan.skipped[0].find(L"TMP is \"C:\\missing\""), std::wstring::npos);
+    EXPECT_NE(plan.skipped[1].find(L"\"Temp\", which is no full path"), std::wstring::npos);
+}
+
 TEST(DownloadFolder, IsRemovedAfterItsDays)
 {
     const file_time limit = now - 30 * ticks_per_day;

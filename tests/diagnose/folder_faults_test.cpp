@@ -34,10 +34,10 @@ TEST_F(FolderFault, OfTheTemporaryFolder)
     const std::wstring other = temp_folder() + L"\\other";
     CreateDirectoryW(other.c_str(), nullptr);
     ASSERT_TRUE(write_file(file, "x"));
-    const auto no_system_folder = [&] {
+    const auto system_folder = [](const std::wstring& path) {
         auto all = std::make_shared<undo_stack>();
         for (const wchar_t* name : {L"TMP", L"TEMP"})
-            all->push_back(make_undo<environment_scope>(name, missing));
+            all->push_back(make_undo<environment_scope>(name, path));
         return undo(all);
     };
     expect_each_alone({
@@ -51,14 +51,23 @@ TEST_F(FolderFault, OfTheTemporaryFolder)
           {variable_check, "OK", "does not exist"}}},
         {"a file",
          variable(L"QUILL_TMP_FOLDER", file),
-         {{temp_check, "PROBLEM", "cannot be written"}, {variable_check, "NOTE", "cannot be listed"}}},
+         {{temp_check, "PROBLEM", "is a file, not a folder\n"},
+          {variable_check, "NOTE", "cannot be listed: is a file, not a folder"}}},
+        {"a relative path",
+         variable(L"QUILL_TMP_FOLDER", L"."),
+         {{temp_check, "PROBLEM", "\".\" (from QUILL_TMP_FOLDER): is no full path"},
+          {variable_check, "NOTE", "is no full path"}}},
         {"a name that is none",
          variable(L"QUILL_TMP_FOLDER", L"C:\\a<b>|\"c"),
          {{temp_check, "PROBLEM", "cannot be written"},
           {variable_check, "NOTE", "cannot be listed: error 123"}}},
         {"no temporary folder of the system",
-         no_system_folder,
-         {{temp_check, "PROBLEM", "the system has none"},
+         [&] { return system_folder(missing); },
+         {{temp_check, "PROBLEM", "temp\\missing\": does not exist"},
+          {"Downloads, system's temporary folder", "OK", "no such folder"}}},
+        {"a file as temporary folder of the system",
+         [&] { return system_folder(file); },
+         {{temp_check, "PROBLEM", "temp\\file\": is a file, not a folder"},
           {"Downloads, system's temporary folder", "OK", "no such folder"}}},
     });
     for (const std::wstring& path : {other, file})

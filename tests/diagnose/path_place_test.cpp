@@ -22,6 +22,14 @@ TEST(PathPlace, OfOtherComputersIsNotLocal)
         EXPECT_EQ(place_of(path), path_place::share) << path;
 }
 
+TEST(PathPlace, OnlyAnAbsolutePathDependsOnNoCurrentFolder)
+{
+    for (const wchar_t* path : {L"C:\\", L"C:\\a", L"c:/a", L"\\\\server\\share", L"\\\\?\\C:\\a"})
+        EXPECT_TRUE(is_absolute(path));
+    for (const wchar_t* path : {L"", L"a", L"a\\b", L".", L"..\\a", L"C:", L"C:a", L"\\a", L"/a"})
+        EXPECT_FALSE(is_absolute(path));
+}
+
 TEST(PathPlace, OfOtherPathsIsLocal)
 {
     for (const wchar_t* path :
