@@ -1,5 +1,6 @@
 #include "diagnose/write_test.h"
 
+#include "diagnose/mandatory_label.h"
 #include "platform/integrity_level.h"
 #include "platform/unique_handle.h"
 
@@ -11,6 +12,8 @@
 
 namespace quill::diagnose {
 namespace {
+
+static_assert(low_integrity_level == SECURITY_MANDATORY_LOW_RID);
 
 DWORD level_of(HANDLE token)
 {
@@ -95,7 +98,7 @@ bool has_low_label(const std::wstring& folder)
             continue;
         PSID sid = &static_cast<SYSTEM_MANDATORY_LABEL_ACE*>(entry)->SidStart;
         const UCHAR parts = *GetSidSubAuthorityCount(sid);
-        return parts > 0 && is_low_integrity_level(*GetSidSubAuthority(sid, DWORD{parts} - 1));
+        return parts > 0 && is_low_label({GetSidSubAuthority(sid, 0), parts});
     }
     return false;
 }

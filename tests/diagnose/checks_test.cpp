@@ -1,6 +1,7 @@
 // The checks on a computer that is stated. The program's tests have each fault by itself; here is what a real
 // registry or a test in Wine cannot show, and any bad value at any place that is read.
 #include "diagnose/lookup.h"
+#include "diagnose/mandatory_label.h"
 #include "diagnose/registered_values.h"
 #include "tests/diagnose/stated_machine.h"
 
@@ -270,6 +271,16 @@ TEST(Checks, NoZoneWithBoth64BitTabsAndControlsIsAProblem)
     EXPECT_EQ(found(findings, L"64-bit tabs").result, state::note);
     EXPECT_EQ(found(findings, L"ActiveX controls in the security zones").result, state::note);
     EXPECT_EQ(found(findings, L"Zones in which a PDF opens").result, state::problem);
+}
+
+TEST(MandatoryLabel, AboveLowDoesNotAdmitLowIntegrity)
+{
+    for (const DWORD level : {DWORD{0}, DWORD{0x1000}})
+        EXPECT_TRUE(is_low_label(std::vector<DWORD>{level}));
+    for (const DWORD level : {DWORD{0x1001}, DWORD{0x2000}, DWORD{0x3000}, DWORD{0x4000}, ~DWORD{0}})
+        EXPECT_FALSE(is_low_label(std::vector<DWORD>{level}));
+    EXPECT_FALSE(is_low_label(std::vector<DWORD>{0x1000, 0x2000}));
+    EXPECT_FALSE(is_low_label({}));
 }
 
 TEST(Checks, ElevatedAccountIsANote)
