@@ -28,7 +28,7 @@ kit own_kit();
 // What is wrong with the kit's files, by the list of its contents; empty if nothing is. Reads the package.
 std::string damage_of(kit& checked);
 
-// Writes the file anew, completely or not at all, and waits until it is on the disk.
+// Replaces the file, completely or not at all, and waits until it is on the disk.
 bool write_durably(const std::wstring& path, const std::string& text);
 
 // Deletes a folder with everything in it. False if something is left.

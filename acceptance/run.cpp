@@ -37,6 +37,7 @@ std::vector<std::string> stand_in_keys()
     return {"HKLM\\" + suite_key(settings_key::product),
             "HKCU\\" + suite_key(settings_key::company),
             "HKCU\\SOFTWARE\\QuillTest",
+            "HKCU\\SOFTWARE\\QuillPDF.IE tests",
             "HKLM\\SOFTWARE\\Classes\\" + to_utf8(inner_viewer_progid),
             "HKLM\\SOFTWARE\\Classes\\http\\shell\\open\\command",
             "HKLM\\SOFTWARE\\Classes\\https\\shell\\open\\command"};

@@ -12,7 +12,7 @@ WINE = shutil.which("/usr/lib/wine/wine64") or "wine64"
 
 class AcceptanceRun(KitTest):
     def ReportsWhatItMeasuresAndLeavesNothing(self):
-        self.expect(0, "--only", "platform,engine,embedded,library,integrity,system,repair")
+        self.expect(0, "--only", "platform,framework,engine,embedded,library,integrity,system,repair,rollback")
         report = self.report()
         self.assertIn("RESULT: passed, the steps of --only", report)
         wine = subprocess.run([WINE, "--version"], capture_output=True, text=True).stdout.split()[0]

@@ -44,7 +44,7 @@ def make_kit():
 
 
 def write_contents(folder):
-    """Writes the list of checksums anew, after a test has replaced a file."""
+    """Updates the list of checksums after a test has replaced a file."""
     listed = [line[66:] for line in (folder / "contents.txt").read_text().splitlines()]
     (folder / "contents.txt").write_text("".join(
         f"{hashlib.sha256((folder / name).read_bytes()).hexdigest()}  {name}\n" for name in listed))

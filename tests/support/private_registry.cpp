@@ -113,7 +113,7 @@ void list_key(HKEY key, const std::wstring& path, std::string& out)
 } // namespace
 
 private_registry::private_registry()
-    : path_(L"Software\\QuillPDF.IE tests\\" + std::to_wstring(GetCurrentProcessId()))
+    : path_(std::wstring(private_registry_parent) + L"\\" + std::to_wstring(GetCurrentProcessId()))
 {
     RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
     const key_handle machine(HKEY_CURRENT_USER, path_ + L"\\machine", true);
@@ -129,6 +129,8 @@ private_registry::~private_registry()
     for (const HKEY root : {HKEY_CURRENT_USER, HKEY_LOCAL_MACHINE, HKEY_CLASSES_ROOT})
         RegOverridePredefKey(root, nullptr);
     RegDeleteTreeW(HKEY_CURRENT_USER, path_.c_str());
+    // Windows also deletes keys that have values, which this key never has; one with keys below it stays.
+    RegDeleteKeyW(HKEY_CURRENT_USER, private_registry_parent);
 }
 
 void make_unusable(HKEY root, const std::wstring& path)

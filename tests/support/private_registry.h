@@ -8,6 +8,9 @@
 
 namespace quill::test {
 
+// Below the real HKEY_CURRENT_USER; it has a key for each process that uses a private registry.
+inline constexpr wchar_t private_registry_parent[] = L"Software\\QuillPDF.IE tests";
+
 class private_registry
 {
 public:
