@@ -18,6 +18,7 @@ enum exit_code : int
     exit_no_report = 16,
     exit_already_running = 17,
     exit_not_restored = 18,
+    exit_unreadable = 19,
 };
 
 } // namespace quill::acceptance

@@ -22,7 +22,21 @@ namespace {
 
 unique_handle run_ended;
 
-// Runs on a thread of the system's. Closing the console ends the process when this returns.
+// The console's output is UTF-8 until the end of the scope; the caller's cmd keeps its own code page.
+class console_code_page
+{
+public:
+    console_code_page() { SetConsoleOutputCP(CP_UTF8); }
+    ~console_code_page() { SetConsoleOutputCP(before_); }
+    console_code_page(const console_code_page&) = delete;
+    console_code_page& operator=(const console_code_page&) = delete;
+
+private:
+    UINT before_ = GetConsoleOutputCP();
+};
+
+// Runs on a thread of the system's. After Ctrl+C the run restores the machine; when the console is closed,
+// the system ends the process after some seconds, and the next run restores.
 BOOL WINAPI on_control(DWORD)
 {
     SetEvent(broken_off_event);
@@ -76,7 +90,7 @@ int wmain(int count, wchar_t** values)
     using namespace quill::acceptance;
     try {
         SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-        SetConsoleOutputCP(CP_UTF8);
+        const console_code_page utf8;
         const auto selection = parse_arguments(count, values);
         if (!selection) {
             print_usage();

@@ -45,6 +45,7 @@ void run::measure_rollback()
         changes += difference(tree, read_tree(tree)).size();
     const bool is_listed = !installed_products(kit_.installer).empty();
     answers_["msi-rollback"] =
+        (outcome_of(ended) == msi_outcome::action_failed ? "" : "not measured, the action did not fail: ") +
         exit_text(ended) + "; registry keys and values that differ: " + std::to_string(changes) +
         "; the folder " + (exists(folder) ? "stayed" : "is gone") + "; the product is " +
         (is_listed ? "listed as installed" : "not listed as installed");
@@ -64,16 +65,28 @@ void run::measure_repair()
     wchar_t id[64]{};
     StringFromGUID2(CLSID_ActiveDocCtrl, id, 64);
     const std::wstring key = std::wstring(L"SOFTWARE\\Classes\\CLSID\\") + id + L"\\InprocServer32";
+    wchar_t before[64]{};
+    DWORD before_size = sizeof before;
+    RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"ThreadingModel", RRF_RT_REG_SZ, nullptr, before,
+                 &before_size);
     const LSTATUS deleted = RegDeleteKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"ThreadingModel");
+    if (deleted != ERROR_SUCCESS) {
+        answers_["msi-repair"] =
+            "not measured: the value could not be deleted (" + error_text(static_cast<DWORD>(deleted)) + ")";
+        report_.fact("seen", answers_["msi-repair"]);
+        return;
+    }
     const child_result ended =
         run_msiexec(L"/fa " + kit_.installer.product_code, kit_.log(L"repair"), kit_.work());
     wchar_t model[64]{};
     DWORD size = sizeof model;
     const bool repaired = RegGetValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"ThreadingModel", RRF_RT_REG_SZ,
                                        nullptr, model, &size) == ERROR_SUCCESS;
-    answers_["msi-repair"] = "a value was deleted (" + error_text(static_cast<DWORD>(deleted)) + "); " +
-                             exit_text(ended) + "; the value is " +
-                             (repaired ? "there again: " + to_utf8(model) : "still missing");
+    answers_["msi-repair"] =
+        "a value was deleted; " + exit_text(ended) + "; the value is " +
+        (repaired ? "there again: " + to_utf8(model) : "still missing, and was put back");
+    if (!repaired)
+        RegSetKeyValueW(HKEY_LOCAL_MACHINE, key.c_str(), L"ThreadingModel", REG_SZ, before, before_size);
     report_.fact("seen", answers_["msi-repair"]);
 }
 

@@ -87,8 +87,24 @@ child_result run_msiexec(const std::wstring& arguments, const std::wstring& log,
     constexpr DWORD limit_ms = 600'000;
     wchar_t system[MAX_PATH]{};
     GetSystemDirectoryW(system, MAX_PATH);
-    return run_child(std::wstring(system) + L"\\msiexec.exe", arguments + L" /qn /l*v \"" + log + L"\"",
-                     limit_ms, work + L"\\msiexec.txt", at_interruption::wait_for_program);
+    // Also an installation of a run that was killed may still be in progress.
+    constexpr ULONGLONG other_installation_ms = 600'000;
+    constexpr DWORD look_again_ms = 1'000;
+    const ULONGLONG end = GetTickCount64() + other_installation_ms;
+    child_result ended;
+    do {
+        ended = run_child(std::wstring(system) + L"\\msiexec.exe",
+                          arguments + L" /qn /norestart /l*v \"" + log + L"\"", limit_ms,
+                          work + L"\\msiexec.txt", at_interruption::wait_for_program);
+    } while (outcome_of(ended) == msi_outcome::busy && GetTickCount64() < end &&
+             WaitForSingleObject(GetCurrentProcess(), look_again_ms) == WAIT_TIMEOUT);
+    return ended;
+}
+
+msi_outcome outcome_of(const child_result& ended)
+{
+    return ended.start_error != ERROR_SUCCESS || ended.timed_out ? msi_outcome::other
+                                                                 : outcome_of_msiexec(ended.exit_code);
 }
 
 } // namespace quill::acceptance

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "acceptance/child.h"
+#include "acceptance/msiexec_result.h"
 
 #include <string>
 #include <vector>
@@ -26,7 +27,9 @@ std::vector<std::wstring> installed_products(const package& of);
 bool make_failing_package(const package& original, const std::wstring& copy);
 
 // msiexec with these arguments, quiet and with a log of that path. It is waited for, also by a run that is
-// broken off.
+// broken off. While another installation is in progress it is tried again, for ten minutes at most.
 child_result run_msiexec(const std::wstring& arguments, const std::wstring& log, const std::wstring& work);
+
+msi_outcome outcome_of(const child_result& ended);
 
 } // namespace quill::acceptance

@@ -40,7 +40,7 @@ const std::vector<question>& questions()
         {"kept-memory", "What do urlmon and WinINet keep after a download?",
          "handles and threads of the process are counted before and after twenty downloads", ""},
         {"msi-install", "Does Windows Installer install and remove the package?",
-         "the package is installed and removed, and what is left is compared", ""},
+         "the package is installed and removed; the report compares what is left", ""},
         {"msi-repair", "Does msiexec /f repair the registration?",
          "a value is deleted and the product repaired", ""},
         {"msi-admin-image", "Does msiexec /a make an administrative image?",

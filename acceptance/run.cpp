@@ -9,6 +9,7 @@
 #include "active_doc/identifiers.h"
 #include "platform/settings.h"
 #include "platform/text.h"
+#include "platform/unique_handle.h"
 #include "sharepoint/identifiers.h"
 
 #include <ole2.h>
@@ -61,6 +62,11 @@ std::string text_of(const child_result& result)
                             : "exit code " + std::to_string(result.exit_code);
 }
 
+std::string msi_text_of(const child_result& result)
+{
+    return text_of(result) + std::string(remark_on(outcome_of(result)));
+}
+
 bool succeeded(const child_result& result)
 {
     return result.start_error == ERROR_SUCCESS && !result.timed_out && result.exit_code == 0;
@@ -90,7 +96,9 @@ std::wstring run::installed_dll() const
 
 exit_code run::refuse(exit_code code, const std::string& message)
 {
-    report_.section("REFUSED: nothing was changed");
+    report_.section(has_restored_               ? "REFUSED: the state before an earlier run was restored"
+                    : code == exit_not_restored ? "REFUSED: the state before an earlier run is not restored"
+                                                : "REFUSED: nothing was changed");
     report_.line("  " + message);
     report_.line("  exit code " + std::to_string(code));
     return code;
@@ -157,7 +165,8 @@ exit_code run::restore_broken_off_run()
                       "journal.txt, which holds the state before that run, is damaged. Remove "
                       "the product if it is installed, then delete journal.txt.");
     saved_ = *saved;
-    if (!put_back())
+    has_restored_ = put_back();
+    if (!has_restored_)
         return refuse(exit_not_restored, "The state before that run could not be restored; see above.");
     report_.passed("restored");
     return exit_passed;
@@ -188,15 +197,24 @@ exit_code run::execute()
     report_.section("System");
     for (const auto& [name, value] : system_facts())
         report_.fact(name, value);
-    if (const exit_code refused = refusal(); refused != exit_passed)
-        return refused;
+    try {
+        if (const exit_code refused = refusal(); refused != exit_passed)
+            return refused;
+    } catch (const std::exception& failure) {
+        return refuse(exists(kit_.journal()) ? exit_not_restored : exit_unreadable, failure.what());
+    }
     report_.section("Kit");
     report_.fact("package", to_utf8(kit_.installer.path));
     report_.fact("version", to_utf8(kit_.installer.version));
     report_.fact("product code", to_utf8(kit_.installer.product_code));
 
-    if (!save_state())
-        return exit_no_report;
+    try {
+        if (!save_state())
+            return exit_no_report;
+    } catch (const std::exception& failure) {
+        return refuse(exit_unreadable, failure.what());
+    }
+    delete_old_logs();
     bool restored = false;
     try {
         run_steps();
@@ -221,6 +239,20 @@ exit_code run::execute()
     if (!restored)
         report_.line("  The state before the run is in journal.txt; run accept.cmd again to restore it.");
     return was_broken_off_ ? exit_broken_off : report_.failures().empty() ? exit_passed : exit_failed;
+}
+
+// Those of an earlier run would be taken for this one's.
+void run::delete_old_logs()
+{
+    for (const wchar_t* pattern : {L"\\failed-*.txt", L"\\msiexec-*.log"}) {
+        WIN32_FIND_DATAW found{};
+        const unique_find_handle search(FindFirstFileW((kit_.folder + pattern).c_str(), &found));
+        if (!search)
+            continue;
+        do {
+            DeleteFileW((kit_.folder + L"\\" + found.cFileName).c_str());
+        } while (FindNextFileW(search.get(), &found));
+    }
 }
 
 void run::run_steps()
@@ -292,17 +324,17 @@ void run::install()
     report_.section("Installation");
     const child_result ended =
         run_msiexec(L"/i \"" + kit_.installer.path + L"\"", kit_.log(L"install"), kit_.work());
-    dll_ = succeeded(ended) || ended.exit_code == ERROR_SUCCESS_REBOOT_REQUIRED ? installed_dll() : L"";
-    const std::string what = "msiexec /i: " + text_of(ended) + " (msiexec-install.log)";
+    dll_ = is_done(outcome_of(ended)) ? installed_dll() : L"";
+    const std::string what = "msiexec /i: " + msi_text_of(ended) + " (msiexec-install.log)";
     if (dll_.empty() || !exists(dll_)) {
         report_.failed(what);
-        answers_["msi-install"] = "installation: " + text_of(ended);
+        answers_["msi-install"] = "installation: " + msi_text_of(ended);
         dll_.clear();
         return;
     }
     report_.passed(what);
     report_.fact("installed", file_version(dll_));
-    answers_["msi-install"] = "installation: " + text_of(ended);
+    answers_["msi-install"] = "installation: " + msi_text_of(ended);
 }
 
 void run::diagnose()
@@ -341,25 +373,20 @@ void run::report_answers()
         report_.line("  " + line);
 }
 
-// Also where the product is not listed: an installation of a killed run may still be in progress.
+// Also where the product is not listed: an installation of a killed run may have just ended.
 bool run::remove_product()
 {
-    constexpr ULONGLONG other_installation_ms = 600'000;
-    constexpr DWORD look_again_ms = 1'000;
-    const ULONGLONG end = GetTickCount64() + other_installation_ms;
-    child_result ended;
-    do {
-        ended = run_msiexec(L"/x " + to_wide(saved_.product), kit_.log(L"remove"), kit_.work());
-    } while (ended.exit_code == ERROR_INSTALL_ALREADY_RUNNING && GetTickCount64() < end &&
-             WaitForSingleObject(GetCurrentProcess(), look_again_ms) == WAIT_TIMEOUT);
+    const child_result ended =
+        run_msiexec(L"/x " + to_wide(saved_.product), kit_.log(L"remove"), kit_.work());
     if (ended.start_error == ERROR_SUCCESS && ended.exit_code == ERROR_UNKNOWN_PRODUCT) {
         report_.fact("msiexec /x", "the product was not installed");
         return true;
     }
-    const std::string what = "msiexec /x: " + text_of(ended) + " (msiexec-remove.log)";
+    const std::string what = "msiexec /x: " + msi_text_of(ended) + " (msiexec-remove.log)";
     answers_["msi-install"] +=
-        (answers_["msi-install"].empty() ? "removal: " : "; removal: ") + text_of(ended);
-    if (!succeeded(ended)) {
+        (answers_["msi-install"].empty() ? "removal: " : "; removal: ") + msi_text_of(ended);
+    restart_pending_ = outcome_of(ended) == msi_outcome::done_restart_pending;
+    if (!is_done(outcome_of(ended))) {
         report_.failed(what);
         return false;
     }
@@ -375,7 +402,9 @@ bool run::put_back()
     bool complete = remove_product();
     if (complete && !dll.empty()) {
         const std::wstring folder = dll.substr(0, dll.find_last_of(L'\\'));
-        if (exists(folder))
+        if (exists(folder) && restart_pending_)
+            report_.fact("pending", "the next restart deletes the folder " + to_utf8(folder));
+        else if (exists(folder))
             report_.failed("the folder is still there: " + to_utf8(folder));
         else
             report_.passed("the folder is gone: " + to_utf8(folder));
@@ -414,7 +443,10 @@ bool run::restore_registry()
                        " keys compared");
         return true;
     }
-    report_.failed("the registry was not as before; it is restored");
+    if (restart_pending_)
+        report_.fact("pending", "the registry was not as before, and a restart is pending; it is restored");
+    else
+        report_.failed("the registry was not as before; it is restored");
     for (const std::string& line : changed)
         report_.line("    " + line);
     bool complete = true;

@@ -28,6 +28,7 @@ private:
     exit_code refuse(exit_code code, const std::string& message);
     exit_code restore_broken_off_run();
     bool save_state();
+    void delete_old_logs();
 
     void run_steps();
     void run_step(const step& one);
@@ -58,6 +59,8 @@ private:
     std::map<std::string, std::string> answers_;
     std::wstring dll_; // while it is installed
     bool was_broken_off_ = false;
+    bool has_restored_ = false;    // the state before an earlier run
+    bool restart_pending_ = false; // of the removal
 };
 
 } // namespace quill::acceptance

@@ -22,7 +22,9 @@ const std::vector<step>& installed_steps()
     static const std::vector<step> steps = {
         {"engine", "the browser's engine opens a PDF at its page", "test_installed.exe", "Engine.*", 180},
         {"embedded", "a page with embedded PDFs", "test_installed.exe", "EmbeddedPage.*", 180},
-        {"library", "a document library, with the editor's stand-in", "test_installed.exe", "Library.*", 180},
+        {"library",
+         "a document library, with the editor's stand-in; the helper object is created by the step",
+         "test_installed.exe", "Library.*", 180},
         {"download", "questions about the download services", "test_installed.exe", "Download*", 180},
         {"integrity", "questions about low integrity", "test_installed.exe", "Integrity.*", 120},
         {"system", "questions about classes, functions and signatures", "test_installed.exe", "System.*",

@@ -1,5 +1,6 @@
 // Decisions of the acceptance kit: its journal, what it watches, what it reads from test programs.
 #include "acceptance/kit_contents.h"
+#include "acceptance/msiexec_result.h"
 #include "acceptance/questions.h"
 #include "acceptance/saved_registry.h"
 #include "acceptance/steps.h"
@@ -137,6 +138,22 @@ TEST(AcceptanceContents, AreChecksumsAndPathsInsideTheKit)
                                     sum + "  ../x\n", sum + "  a/../x\n", sum + "  c:x\n", sum + "  a\\x\n",
                                     std::string(64, 'A') + "  x\n", std::string("\n"), sum + "  x\n\n"})
         EXPECT_FALSE(parse_kit_contents(text)) << text;
+}
+
+TEST(AcceptanceMsiexec, ExitCodesSayWhatTheActionDid)
+{
+    EXPECT_EQ(outcome_of_msiexec(0), msi_outcome::done);
+    for (const unsigned long code : {1641ul, 3010ul}) {
+        EXPECT_EQ(outcome_of_msiexec(code), msi_outcome::done_restart_pending) << code;
+        EXPECT_TRUE(is_done(outcome_of_msiexec(code))) << code;
+    }
+    for (const unsigned long code : {1603ul, 1627ul})
+        EXPECT_EQ(outcome_of_msiexec(code), msi_outcome::action_failed) << code;
+    EXPECT_EQ(outcome_of_msiexec(1618), msi_outcome::busy);
+    EXPECT_EQ(outcome_of_msiexec(1605), msi_outcome::other);
+    for (const msi_outcome outcome : {msi_outcome::action_failed, msi_outcome::busy, msi_outcome::other})
+        EXPECT_FALSE(is_done(outcome));
+    EXPECT_EQ(remark_on(msi_outcome::done_restart_pending), ", a restart is pending");
 }
 
 TEST(AcceptanceSteps, AreSelectedByTheirNames)

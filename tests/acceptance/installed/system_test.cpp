@@ -185,7 +185,9 @@ TEST(System, ReportsWhetherTheUsersClassRegistrationIsRead)
     text << "CoCreateInstance of a class that only the user has registered returns 0x" << std::hex
          << static_cast<unsigned long>(result)
          << (result == REGDB_E_CLASSNOTREG ? ", class not registered: the user's registration is not read"
-                                           : ": the user's registration is read")
+             : result == CLASS_E_CLASSNOTAVAILABLE
+                 ? ", class not available: the user's registration is read"
+                 : ": not decided, neither class not registered nor class not available")
          << ", in a process with an administrator's rights";
     print_answer("per-user-class", text.str());
 }
