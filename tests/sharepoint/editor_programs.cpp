@@ -91,11 +91,13 @@ void PrintTo(const program_start& start, std::ostream* out)
          << " show " << start.show_command << (start.has_canary ? " with the canary handle" : "");
 }
 
-editor_programs::editor_programs()
+editor_programs::editor_programs(default_handlers handlers)
     : lock_(L"editor programs"), record_(L"QUILL_EDITOR_RECORD", scratch_ / L"starts.txt"),
       settings_64_(HKEY_LOCAL_MACHINE, settings_path, KEY_WOW64_64KEY),
       settings_32_(HKEY_LOCAL_MACHINE, settings_path, KEY_WOW64_32KEY)
 {
+    if (handlers == default_handlers::untouched)
+        return;
     for (const wchar_t* key : handler_keys) {
         handlers_before_.push_back(read_default(key));
         write_default(key, L"\"" + recorder() + L"\" --default \"%1\"");

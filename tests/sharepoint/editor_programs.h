@@ -25,12 +25,18 @@ struct program_start
 };
 void PrintTo(const program_start& start, std::ostream* out);
 
-// At first the settings name no editor, and http and https URLs go to a recorder. The destructor restores the
-// settings and the default handlers.
+enum class default_handlers
+{
+    recorded, // of the machine: http and https URLs go to a recorder
+    untouched // for a test that needs the editor only
+};
+
+// At first the settings name no editor, and http and https URLs go to a recorder unless untouched. The
+// destructor restores the settings and the default handlers.
 class editor_programs
 {
 public:
-    editor_programs();
+    explicit editor_programs(default_handlers handlers = default_handlers::recorded);
     ~editor_programs();
     editor_programs(const editor_programs&) = delete;
     editor_programs& operator=(const editor_programs&) = delete;

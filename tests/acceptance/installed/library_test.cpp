@@ -25,7 +25,7 @@ protected:
             server.route(script_path, http_response::ok(" ", "text/javascript"));
     }
 
-    editor_programs editor;
+    editor_programs editor{default_handlers::untouched};
 };
 
 TEST_F(Library, AClickOnAPdfStartsTheEditorAndTheServerIsNotAsked)
