@@ -54,7 +54,7 @@ class Installation(InstallerTest):
         found = self.diagnosis()
         # What the package does not bring: the viewer, and 64-bit tabs.
         self.assertEqual({check for check, state in found.items() if state == "PROBLEM"},
-                         {"Viewer, ProgID", "Viewer, server", "64-bit tabs"})
+                         {"Viewer, ProgID", "Viewer, server", "64-bit tabs", "Zones in which a PDF opens"})
         self.assertEqual((found["Installation"], found["Helper object, registration"]), ("OK", "OK"))
         self.install("REMOVE=SharePoint")
         self.assert_listing(self.windows.registry(), ("ActiveDocument",))
