@@ -257,7 +257,9 @@ void remove_downloads(const std::wstring& temp_folder, unsigned days, const line
         if (reason.empty())
             continue;
         ++total.left;
-        write(L"left: " + quoted(temp_folder + L"\\" + folder.name) + L": " + reason);
+        std::wstring path = temp_folder;
+        path.append(L"\\").append(folder.name);
+        write(L"left: " + quoted(path) + L": " + reason);
     }
 }
 

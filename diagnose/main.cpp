@@ -84,7 +84,7 @@ int wmain(int argc, wchar_t** argv)
         try {
             output(STD_ERROR_HANDLE).write(L"QuillDiagnose: failed: " + widened(error.what()) + L"\n");
         } catch (const std::exception&) {
-            // Without memory there is no message; the exit code remains.
+            return exit_bad; // without memory there is no message
         }
         return exit_bad;
     }

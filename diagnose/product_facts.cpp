@@ -82,6 +82,7 @@ void read_folders(product_settings& settings)
         temp_file_manager([](const char*) {}, [](HANDLE) { return false; })
             .temp_directory(settings.temp_folder);
     } catch (const std::exception&) {
+        settings.temp_folder.clear(); // the system has none
     }
     for (std::wstring* folder :
          {&settings.temp_folder, &settings.system_temp_folder, &settings.low_temp_folder}) {
