@@ -1,10 +1,7 @@
 #!/usr/bin/env python3
-"""Runs tests of the installer: run.py --list | run.py BIN_FOLDER Suite.Test...
-
---list prints each test as "native Suite.Test" or "wine Suite.Test"; the latter needs a Wine session (in-new-prefix)."""
+"""Runs tests of the installer; arguments: test_program.py."""
 import pathlib
 import sys
-import unittest
 
 sys.dont_write_bytecode = True
 sys.path[:0] = [str(pathlib.Path(__file__).resolve().parents[2] / "packaging/msi")]
@@ -12,36 +9,13 @@ import build_test
 import content_types_test
 import in_use_test
 import installation_test
-import package
 import script_test
 import tables_test
+import test_program
 import upgrade_test
 
-MODULES = {
-    "native": [script_test, build_test, tables_test],
-    "wine": [installation_test, content_types_test, upgrade_test, in_use_test],
-}
-
-
-def tests():
-    """"Suite.Test" -> (where it runs, class)."""
-    return {f"{name}.{test}": (where, suite)
-            for where, modules in MODULES.items() for module in modules
-            for name, suite in vars(module).items()
-            if isinstance(suite, type) and issubclass(suite, unittest.TestCase) and suite.__module__ == module.__name__
-            for test in vars(suite) if test[0].isupper()}
-
-
-def main():
-    known = tests()
-    if sys.argv[1:] == ["--list"]:
-        print("\n".join(f"{where} {name}" for name, (where, _) in known.items()))
-        return 0
-    package.bin_folder = pathlib.Path(sys.argv[1]).resolve()
-    suite = unittest.TestSuite(known[name][1](name.split(".")[1]) for name in sys.argv[2:])
-    result = unittest.TextTestRunner(verbosity=2).run(suite)
-    return 0 if result.wasSuccessful() and result.testsRun == len(sys.argv[2:]) > 0 else 1
-
-
 if __name__ == "__main__":
-    sys.exit(main())
+    sys.exit(test_program.main(sys.argv[1:], {
+        "native": [script_test, build_test, tables_test],
+        "wine": [installation_test, content_types_test, upgrade_test, in_use_test],
+    }))
