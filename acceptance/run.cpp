@@ -1,6 +1,7 @@
 #include "acceptance/run.h"
 
 #include "acceptance/child.h"
+#include "acceptance/key_container.h"
 #include "acceptance/questions.h"
 #include "acceptance/registry_tree.h"
 #include "acceptance/system_facts.h"
@@ -409,6 +410,7 @@ bool run::put_back()
         else
             report_.passed("the folder is gone: " + to_utf8(folder));
     }
+    delete_key_container();
     // Interrupted tests have not restored them. The product's own record is below the same key.
     restore_after_tests(true);
     complete = restore_registry() && complete;

@@ -167,7 +167,9 @@ TEST(AcceptanceQuestions, AreAnsweredWithWhatWasSeenOrWhyNot)
 {
     for (const question& each : questions())
         EXPECT_NE(each.measured_by.empty(), each.reason.empty()) << each.id;
-    const texts lines = answer_lines({{"closing", "3 ms"}, {"suite", "never asked"}}, "it was left out");
+    const texts lines = answer_lines(
+        {{"closing", "3 ms"}, {"kept-memory", "not measured: no server"}, {"suite", "never asked"}},
+        "it was left out");
     const auto after = [&](const std::string& id, std::size_t lines_below) {
         for (std::size_t i = 0; i + lines_below < lines.size(); ++i)
             if (lines[i].starts_with(id + ": "))
@@ -175,6 +177,7 @@ TEST(AcceptanceQuestions, AreAnsweredWithWhatWasSeenOrWhyNot)
         return std::string();
     };
     EXPECT_EQ(after("closing", 2), "  seen: 3 ms");
+    EXPECT_EQ(after("kept-memory", 2), "  not measured: no server");
     EXPECT_EQ(after("start-binding", 2), "  not answered: it was left out");
     EXPECT_EQ(after("suite", 1), "  not answered: the kit has stand-ins for all of them")
         << "an answer that the kit cannot measure";
