@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <limits>
 
 namespace quill::bench {
 
@@ -25,8 +26,11 @@ comparison compare_shortest(const repeated& ours, const repeated& baseline);
 
 // Prepares, does its work, and returns the time of the work alone, in nanoseconds.
 using timed_run = std::function<double()>;
-// For actions that do the same each time but need preparation. The times are the shortest.
-comparison compare_shortest_runs(const timed_run& ours, const timed_run& baseline);
+// For actions that do the same each time but need preparation. The times are the shortest. With a larger
+// ratio than expected_ratio there are more rounds, because a disturbance may be longer than the usual ones
+// take.
+comparison compare_shortest_runs(const timed_run& ours, const timed_run& baseline,
+                                 double expected_ratio = std::numeric_limits<double>::infinity());
 
 // For long actions that vary. The order changes from round to round; the ratio is the mean of the medians of
 // both orders, so that a slow phase affects both sides or neither. The times are medians.
