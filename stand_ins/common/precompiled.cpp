@@ -1,0 +1,2 @@
+// Compiles the precompiled header.
+#include "stand_ins/common/precompiled.h"
