@@ -47,17 +47,17 @@ bool browser_events_aggregator::on_before_navigate(IWebBrowser2* browser, std::w
 void browser_events_aggregator::open(std::wstring_view url)
 {
     // Opening may dispatch messages: the repeat can arrive before it returns.
-    std::wstring opening(url);
+    const std::size_t outer = repeats_.openings();
+    repeats_.begin_opening(url);
     repeats_.cancelled(url, tick_count_());
-    std::wstring outer = repeats_.exchange_opening(std::move(opening));
     try {
         editor_->open(parse_url(url));
     } catch (...) {
-        repeats_.exchange_opening(std::move(outer));
+        repeats_.end_openings(outer);
         repeats_.forget_url(url); // the navigation is not cancelled, so the next one is no repeat
         throw;
     }
-    repeats_.exchange_opening(std::move(outer));
+    repeats_.end_openings(outer);
 }
 
 void browser_events_aggregator::on_document_complete(IWebBrowser2* browser, std::wstring_view url)

@@ -6,6 +6,7 @@
 #include "sharepoint/document_record.h"
 #include "sharepoint/events/event_handlers.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -27,6 +28,8 @@ public:
     // browser_events_handler
     bool on_before_navigate(IWebBrowser2* browser, std::wstring_view url, bool is_post) override;
     void on_document_complete(IWebBrowser2* browser, std::wstring_view url) override;
+    std::size_t openings() const noexcept override { return repeats_.openings(); }
+    void end_openings(std::size_t count) noexcept override { repeats_.end_openings(count); }
 
     // html_events_handler
     bool on_click(IHTMLDocument2* document, IHTMLElement* element) override;

@@ -17,11 +17,19 @@ HRESULT class_from_name(LPCOLESTR name, CLSID& clsid) noexcept
 // Uses the class object: CoCreateInstance does not handle a factory that returns S_OK with a null pointer.
 HRESULT create_object(REFCLSID clsid, CComPtr<IUnknown>& object) noexcept
 {
-    CComPtr<IClassFactory> factory;
+    IClassFactory* offered = nullptr;
     HRESULT hr = CoGetClassObject(clsid, CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER,
-                                  nullptr, IID_IClassFactory, reinterpret_cast<void**>(&factory));
-    if (SUCCEEDED(hr) && factory)
-        hr = factory->CreateInstance(nullptr, IID_IUnknown, reinterpret_cast<void**>(&object));
+                                  nullptr, IID_IClassFactory, reinterpret_cast<void**>(&offered));
+    CComPtr<IClassFactory> factory;
+    // What a failed call leaves in its out parameter is not ours to release.
+    if (SUCCEEDED(hr))
+        factory.Attach(offered);
+    if (factory) {
+        IUnknown* created = nullptr;
+        hr = factory->CreateInstance(nullptr, IID_IUnknown, reinterpret_cast<void**>(&created));
+        if (SUCCEEDED(hr))
+            object.Attach(created);
+    }
     return SUCCEEDED(hr) && !object ? E_NOINTERFACE : hr;
 }
 

@@ -116,7 +116,10 @@ public:
         if (!out)
             return E_POINTER;
         *out = nullptr;
-        return p ? p->QueryInterface(__uuidof(Q), reinterpret_cast<void**>(out)) : E_NOINTERFACE;
+        const HRESULT hr = p ? p->QueryInterface(__uuidof(Q), reinterpret_cast<void**>(out)) : E_NOINTERFACE;
+        if (FAILED(hr))
+            *out = nullptr; // what a failed call leaves there is not the caller's
+        return hr;
     }
 
     T* p = nullptr;
@@ -233,10 +236,8 @@ inline bool AtlIsEqualObject(IUnknown* left, IUnknown* right)
         return true;
     if (!left || !right)
         return false;
-    CComPtr<IUnknown> left_identity;
-    CComPtr<IUnknown> right_identity;
-    left->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&left_identity));
-    right->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&right_identity));
+    const CComQIPtr<IUnknown, &IID_IUnknown> left_identity(left);
+    const CComQIPtr<IUnknown, &IID_IUnknown> right_identity(right);
     return left_identity && left_identity.p == right_identity.p;
 }
 

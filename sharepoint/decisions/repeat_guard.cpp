@@ -11,9 +11,16 @@ constexpr std::uint64_t repeat_window_ms = 100;
 
 bool repeat_guard::is_repeat(std::wstring_view url, std::uint64_t now) const
 {
-    if (!opening_url_.empty() && equal_ignoring_case(url, opening_url_))
-        return true;
+    for (const std::wstring& opening : openings_)
+        if (equal_ignoring_case(url, opening))
+            return true;
     return now - last_cancel_tick_ < repeat_window_ms && equal_ignoring_case(url, last_canceled_url_);
+}
+
+void repeat_guard::end_openings(std::size_t count) noexcept
+{
+    while (openings_.size() > count)
+        openings_.pop_back();
 }
 
 void repeat_guard::forget_url(std::wstring_view url)

@@ -1,10 +1,11 @@
 // Recognises the second BeforeNavigate2 that the browser fires for one click. Used by the aggregator.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
+#include <vector>
 
 namespace quill {
 
@@ -20,23 +21,22 @@ public:
     // Starts the 100 ms, also for a repeat. Does not allocate if a URL of this length was passed before.
     void cancelled(std::wstring_view url, std::uint64_t now);
 
-    // Sets the URL that is being opened: it is a repeat until the caller restores the returned URL, however
-    // long that takes. Empty means none.
-    std::wstring exchange_opening(std::wstring url) { return std::exchange(opening_url_, std::move(url)); }
+    // The URL is a repeat until its opening is ended, however long that takes. Openings may be nested,
+    // because messages are dispatched meanwhile.
+    void begin_opening(std::wstring_view url) { openings_.emplace_back(url); }
+    std::size_t openings() const noexcept { return openings_.size(); }
+    // Ends those that were begun when there were count others.
+    void end_openings(std::size_t count) noexcept;
 
-    // Forgets both URLs, but not the time.
-    void forget_url()
-    {
-        last_canceled_url_.clear();
-        opening_url_.clear();
-    }
+    // Forgets the URL that was cancelled last, but neither the time nor the openings.
+    void forget_url() { last_canceled_url_.clear(); }
     // The same if url is the one that was cancelled last; ignores case.
     void forget_url(std::wstring_view url);
 
 private:
     std::uint64_t last_cancel_tick_;
     std::wstring last_canceled_url_;
-    std::wstring opening_url_;
+    std::vector<std::wstring> openings_;
 };
 
 } // namespace quill

@@ -104,6 +104,8 @@ void STDMETHODCALLTYPE browser_events_sink::on_quit()
 
 void browser_events_sink::protection::release() noexcept
 {
+    if (handler)
+        handler->end_openings(openings);
     handler.reset();
     if (forwarding.owns_lock())
         forwarding.unlock();
@@ -130,6 +132,8 @@ HRESULT browser_events_sink::before_navigate(protection& held, IDispatch* frame,
 
     held.forwarding.lock();
     held.handler = handler_.lock();
+    if (held.handler)
+        held.openings = held.handler->openings();
     if (held.handler && held.handler->on_before_navigate(browser, target, has_post_data(post_data))) {
         // The URL is open, even if a Release has faulted since: the browser must not open it too.
         cancel = VARIANT_TRUE;
@@ -154,8 +158,10 @@ HRESULT browser_events_sink::document_complete(protection& held, IDispatch* fram
 
     held.forwarding.lock();
     held.handler = handler_.lock();
-    if (held.handler)
-        held.handler->on_document_complete(browser, target);
+    if (!held.handler)
+        return S_OK;
+    held.openings = held.handler->openings();
+    held.handler->on_document_complete(browser, target);
     return S_OK;
 }
 

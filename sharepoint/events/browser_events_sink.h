@@ -13,6 +13,7 @@
 #include <exdisp.h>
 #include <exdispid.h>
 
+#include <cstddef>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -57,12 +58,13 @@ private:
         CComPtr<IUnknown> sink;
         std::unique_lock<platform::MutexImpl> forwarding;
         std::shared_ptr<browser_events_handler> handler;
+        std::size_t openings = 0; // before the handler is called
         host_ptr<IWebBrowser2> browser;
 
         void release() noexcept;
     };
 
-    protection protect() { return {GetUnknown(), {forwarding_, std::defer_lock}, nullptr, nullptr}; }
+    protection protect() { return {GetUnknown(), {forwarding_, std::defer_lock}, nullptr, 0, nullptr}; }
     HRESULT before_navigate(protection& held, IDispatch* frame, const VARIANT& url, const VARIANT* post_data,
                             VARIANT_BOOL& cancel);
     HRESULT document_complete(protection& held, IDispatch* frame, const VARIANT& url);

@@ -2,6 +2,7 @@
 // are made on the tab's UI thread, and pointers are borrowed for the call.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 struct IHTMLDocument2;
@@ -19,6 +20,12 @@ public:
     // The tab's top-level page is complete. May throw.
     virtual void on_document_complete(IWebBrowser2* browser, std::wstring_view url) = 0;
     virtual ~browser_events_handler() = default;
+
+    // How many URLs are being opened now. The caller of on_before_navigate asks before the call, and passes
+    // the number to end_openings after it: a system exception may have skipped what the call itself does at
+    // its end.
+    virtual std::size_t openings() const noexcept { return 0; }
+    virtual void end_openings(std::size_t) noexcept {}
 };
 
 // The events of an HTML document.

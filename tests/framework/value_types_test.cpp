@@ -40,6 +40,31 @@ TEST(ComPtr, PropagatesExceptionsOfAnObject)
     EXPECT_EQ(object.references(), 1);
 }
 
+// What a failed call leaves in its out parameter is not the caller's.
+TEST(ComPtr, ReleasesNothingThatAFailedQueryLeaves)
+{
+    struct careless_object : counted_object
+    {
+        HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** out) override
+        {
+            *out = static_cast<IUnknown*>(unknown()); // without a reference
+            return E_FAIL;
+        }
+    };
+    careless_object object;
+    counted_object other;
+    const CComPtr<IObjectWithSite> pointer(&object);
+    {
+        CComPtr<IServiceProvider> service;
+        EXPECT_EQ(pointer.QueryInterface(&service), E_FAIL);
+        EXPECT_FALSE(service.p);
+        EXPECT_FALSE(CComQIPtr<IServiceProvider>(object.unknown()).p);
+        EXPECT_FALSE(AtlIsEqualObject(other.unknown(), object.unknown()));
+        EXPECT_FALSE(AtlIsEqualObject(object.unknown(), other.unknown()));
+    }
+    EXPECT_EQ(object.references(), 1);
+}
+
 TEST(ComPtr, AssignmentAddsTheReferenceBeforeItReleases)
 {
     struct ending_object : counted_object

@@ -313,13 +313,22 @@ TEST(RepeatGuard, ForgetsAUrlOnlyIfItIsTheLast)
 TEST(RepeatGuard, RecognisesTheUrlThatIsBeingOpenedAtAnyTime)
 {
     repeat_guard guard(0);
-    EXPECT_EQ(guard.exchange_opening(L"http://h/a.pdf"), L"");
+    guard.begin_opening(L"http://h/a.pdf");
     EXPECT_TRUE(guard.is_repeat(L"HTTP://h/A.pdf", 50'000));
     EXPECT_FALSE(guard.is_repeat(L"http://h/b.pdf", 50'000));
-    EXPECT_EQ(guard.exchange_opening(L"http://h/b.pdf"), L"http://h/a.pdf");
-    EXPECT_FALSE(guard.is_repeat(L"http://h/a.pdf", 50'000));
-    EXPECT_EQ(guard.exchange_opening(L""), L"http://h/b.pdf");
+    guard.begin_opening(L"http://h/b.pdf");
+    EXPECT_TRUE(guard.is_repeat(L"http://h/a.pdf", 50'000));
+    EXPECT_TRUE(guard.is_repeat(L"http://h/b.pdf", 50'000));
+    EXPECT_EQ(guard.openings(), 2u);
+    guard.end_openings(1);
+    EXPECT_TRUE(guard.is_repeat(L"http://h/a.pdf", 50'000));
     EXPECT_FALSE(guard.is_repeat(L"http://h/b.pdf", 50'000));
+    guard.forget_url();
+    EXPECT_TRUE(guard.is_repeat(L"http://h/a.pdf", 50'000));
+    guard.end_openings(2); // there are fewer already
+    EXPECT_EQ(guard.openings(), 1u);
+    guard.end_openings(0);
+    EXPECT_FALSE(guard.is_repeat(L"http://h/a.pdf", 50'000));
     EXPECT_FALSE(guard.is_repeat(L"", 50'000));
 }
 

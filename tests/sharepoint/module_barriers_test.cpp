@@ -4,8 +4,11 @@
 #include "tests/sharepoint/editor_programs.h"
 #include "tests/sharepoint/fake_browser.h"
 #include "tests/sharepoint/module_fixture.h"
+#include "tests/sharepoint/recorded_launches.h"
 #include "tests/support/child_process.h"
 #include "tests/support/crashes.h"
+#include "tests/support/faults/import_table.h"
+#include "tests/support/wait.h"
 
 #include <gtest/gtest.h>
 
@@ -361,6 +364,30 @@ TEST_F(ModuleCrash, IsLeftToTheBrowserWhenTheCrashLibraryDecidesSo)
     // Each fault is reported once.
     EXPECT_EQ(count_in(testing::internal::GetCapturedStderr(), "exception"),
               std::size(guarded_entries) * (std::size(system_exceptions) - 1));
+}
+
+// The browser's handler skips the end of opening. Later navigations to the URL must not count as repeats.
+TEST_F(ModuleCrash, WhileAUrlIsOpenedBlocksNoLaterNavigation)
+{
+    start({.libraries = {L"crashguard14.dll"}, .verdict = L"search"});
+    test_->module.expect_leaks();
+    test_->tab.expect_leaks();
+    recorded_launches() = {};
+    ASSERT_EQ(test_->helper->SetSite(test_->browser->unknown()), S_OK);
+    const HMODULE module = test_->module.handle();
+    const code_address original =
+        redirect_import(module, "ShellExecuteW", reinterpret_cast<code_address>(&read_nowhere));
+    ASSERT_NE(original, nullptr);
+    const auto navigate = [](void* context) {
+        static_cast<host*>(context)->browser->before_navigate(L"http://h/x.pdf");
+    };
+    EXPECT_EQ(call_as_the_browser(navigate, test_.get()), DWORD{EXCEPTION_ACCESS_VIOLATION});
+    redirect_import(module, "ShellExecuteW", recording_shell_execute());
+    const ULONGLONG faulted = GetTickCount64();
+    ASSERT_TRUE(wait_until([&] { return GetTickCount64() - faulted >= 100; }));
+    EXPECT_EQ(test_->browser->before_navigate(L"http://h/x.pdf").cancel, VARIANT_TRUE);
+    redirect_import(module, "ShellExecuteW", original);
+    EXPECT_EQ(recorded_launches().urls(), std::vector<std::wstring>{L"http://h/x.pdf"});
 }
 
 TEST_F(ModuleCrash, MayBeResumed)

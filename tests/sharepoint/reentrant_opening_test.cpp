@@ -115,6 +115,16 @@ TEST_F(ReentrantOpening, RecognisesARepeatWhenAPageIsCompletedDuringOpening)
     EXPECT_EQ(opened(), urls{pdf_url});
 }
 
+TEST_F(ReentrantOpening, OpensARepeatedUrlOnceAfterAPageWasCompletedInside)
+{
+    during_opening([&] {
+        complete();
+        EXPECT_TRUE(navigate(pdf_url));
+    });
+    EXPECT_TRUE(navigate(pdf_url));
+    EXPECT_EQ(opened(), urls{pdf_url});
+}
+
 // A page that runs an action once when its IUnknown is queried.
 class interrupting_page : public fake_document
 {
