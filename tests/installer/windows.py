@@ -42,10 +42,15 @@ class Windows:
         first instruction: without any output it is started once more, which ./test reports."""
         code, output = self.run(*command, **options)
         if not output.strip():
-            with open(ROOT / "build/repeated-starts.txt", "a") as repeated:
-                repeated.write(f"{' '.join(map(str, command))}: exit code {code}\n")
+            self.report_repeated(command, code)
             code, output = self.run(*command, **options)
         return code, output
+
+    @staticmethod
+    def report_repeated(command, code):
+        """Notes that a program is started once more; ./test prints the notes."""
+        with open(ROOT / "build/repeated-starts.txt", "a") as repeated:
+            repeated.write(f"{' '.join(map(str, command))}: exit code {code}\n")
 
     def msiexec(self, what, package, arguments=""):
         """The exit code of msiexec, all bits of it: outside cmd Wine passes on eight."""
