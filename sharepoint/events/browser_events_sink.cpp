@@ -113,6 +113,14 @@ void browser_events_sink::protection::release() noexcept
     sink.Release();
 }
 
+void browser_events_sink::lock_handler(protection& held)
+{
+    held.forwarding.lock();
+    held.handler = handler_.lock();
+    if (held.handler)
+        held.openings = held.handler->openings();
+}
+
 HRESULT browser_events_sink::before_navigate(protection& held, IDispatch* frame, const VARIANT& url,
                                              const VARIANT* post_data, VARIANT_BOOL& cancel)
 {
@@ -130,10 +138,7 @@ HRESULT browser_events_sink::before_navigate(protection& held, IDispatch* frame,
     const std::wstring_view target = view_of(url.bstrVal);
     QUILL_LOG(log_level::debug) << "on_before_navigate " << target;
 
-    held.forwarding.lock();
-    held.handler = handler_.lock();
-    if (held.handler)
-        held.openings = held.handler->openings();
+    lock_handler(held);
     if (held.handler && held.handler->on_before_navigate(browser, target, has_post_data(post_data))) {
         // The URL is open, even if a Release has faulted since: the browser must not open it too.
         cancel = VARIANT_TRUE;
@@ -156,12 +161,9 @@ HRESULT browser_events_sink::document_complete(protection& held, IDispatch* fram
     const std::wstring_view target = view_of(url.bstrVal);
     QUILL_LOG(log_level::debug) << "on_document_complete " << target;
 
-    held.forwarding.lock();
-    held.handler = handler_.lock();
-    if (!held.handler)
-        return S_OK;
-    held.openings = held.handler->openings();
-    held.handler->on_document_complete(browser, target);
+    lock_handler(held);
+    if (held.handler)
+        held.handler->on_document_complete(browser, target);
     return S_OK;
 }
 

@@ -65,6 +65,8 @@ private:
     };
 
     protection protect() { return {GetUnknown(), {forwarding_, std::defer_lock}, nullptr, 0, nullptr}; }
+    // held.handler is null after OnQuit.
+    void lock_handler(protection& held);
     HRESULT before_navigate(protection& held, IDispatch* frame, const VARIANT& url, const VARIANT* post_data,
                             VARIANT_BOOL& cancel);
     HRESULT document_complete(protection& held, IDispatch* frame, const VARIANT& url);
