@@ -130,7 +130,7 @@ TEST_F(Download, ReportsWhatUrlmonDoesWithItsCallerAndItsCallback)
     print_answer("caller-object",
                  "references added during the download: " + std::to_string(caller.additions) +
                      ", interfaces asked for: " + std::to_string(caller.queries) +
-                     ", references held when it returned: " + std::to_string(held) +
+                     ", references held after its thread had ended: " + std::to_string(held) +
                      ", at most three seconds later: " + std::to_string(caller.references - 1));
     print_answer("last-release",
                  caller.references != 1            ? "not released within 3 s"
@@ -196,12 +196,15 @@ TEST_F(Download, ReportsWhatIsKept)
     constexpr int downloads = 20;
     server.route("/file.pdf", http_response::ok(pdf_body(20'000)));
     ASSERT_EQ(download(nullptr, server.url(L"/file.pdf"), nullptr), S_OK); // sets the services up
+    const std::size_t first_requests = server.requests().size();
     const process_resources before = process_resources::now();
     for (int i = 0; i < downloads; ++i)
         ASSERT_EQ(download(nullptr, server.url(L"/file.pdf"), nullptr), S_OK);
     const process_resources after = process_resources::now();
+    const std::size_t requests = server.requests().size() - first_requests;
     std::ostringstream text;
-    text << "by urlmon, " << downloads << " downloads: " << before << " to " << after
+    text << "by urlmon, " << downloads << " downloads, for which the server got " << requests
+         << " requests: " << before << " to " << after
          << "; blocks of memory are not counted, and WinINet is not measured alone";
     print_answer("kept-memory", text.str());
 }

@@ -39,8 +39,10 @@ TEST_F(Library, AClickOnAPdfStartsTheEditorAndTheServerIsNotAsked)
     std::string events;
     for (const std::string& line : tab.before.lines())
         events += (events.empty() ? "" : ", ") + line;
-    print_answer("html-events", "browser events of the load and the click, by their identifiers: " + events +
-                                    "; the page's own events are not recorded");
+    print_answer("html-events",
+                 "browser events of the load and of a click by IHTMLElement::click, as the kit's "
+                 "tab relays them, by their identifiers: " +
+                     events + "; the page's own events are not recorded");
     for (const program_start& start : starts)
         print_seen("the editor's stand-in was started with " + to_utf8(start.command_line));
     print_seen("the server got " + requests());

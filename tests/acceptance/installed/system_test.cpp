@@ -73,6 +73,11 @@ std::string attempt(const std::wstring& folder)
 {
     if (folder.empty())
         return "no such folder";
+    if (GetFileAttributesW(folder.c_str()) == INVALID_FILE_ATTRIBUTES) {
+        const DWORD error = GetLastError();
+        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
+            return to_utf8(folder) + ": does not exist";
+    }
     const std::wstring path = folder + L"\\quill-acceptance.tmp";
     const unique_handle file(
         CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE, nullptr));
@@ -188,7 +193,8 @@ TEST(System, ReportsWhetherTheUsersClassRegistrationIsRead)
              : result == CLASS_E_CLASSNOTAVAILABLE
                  ? ", class not available: the user's registration is read"
                  : ": not decided, neither class not registered nor class not available")
-         << ", in a process with an administrator's rights";
+         << "; COM may ignore the user's classes in a process with an administrator's rights, as this one "
+            "is, so a tab may differ";
     print_answer("per-user-class", text.str());
 }
 
