@@ -1,7 +1,7 @@
 // How a cache folder gets its number: the system calls for it, races, and folders that cannot be listed.
 #include "platform/library_function.h"
 #include "retrieval/download/cache_folder.h"
-#include "tests/support/faults/import_table.h"
+#include "tests/support/faults/replaced_import.h"
 #include "tests/support/scopes.h"
 
 #include <gtest/gtest.h>
@@ -14,30 +14,6 @@
 namespace quill::test {
 namespace {
 
-// Redirects the system calls of the code under test, which is linked into this program.
-class replaced_import
-{
-public:
-    template <class Function>
-    replaced_import(const char* name, Function* replacement)
-        : name_(name), before_(redirect_import(GetModuleHandleW(nullptr), name,
-                                               reinterpret_cast<code_address>(replacement)))
-    {
-        EXPECT_NE(before_, nullptr) << name << " is not imported";
-    }
-    ~replaced_import()
-    {
-        if (before_)
-            redirect_import(GetModuleHandleW(nullptr), name_, before_);
-    }
-    replaced_import(const replaced_import&) = delete;
-    replaced_import& operator=(const replaced_import&) = delete;
-
-private:
-    const char* name_;
-    code_address before_;
-};
-
 template <class Function>
 Function* system_function(const char* name)
 {
@@ -47,6 +23,7 @@ Function* system_function(const char* name)
 struct system_script
 {
     int questions = 0;
+    int listings = 0;
     int creations = 0;
     int rivals = 0;                // creations before which another tab creates the folder
     int entries_until_failure = 0; // of the reading
@@ -57,6 +34,14 @@ DWORD WINAPI counted_question(LPCWSTR path)
 {
     ++script.questions;
     return system_function<decltype(GetFileAttributesW)>("GetFileAttributesW")(path);
+}
+
+HANDLE WINAPI counted_listing(LPCWSTR pattern, FINDEX_INFO_LEVELS level, LPVOID found,
+                              FINDEX_SEARCH_OPS search, LPVOID filter, DWORD flags)
+{
+    ++script.listings;
+    return system_function<decltype(FindFirstFileExW)>("FindFirstFileExW")(pattern, level, found, search,
+                                                                           filter, flags);
 }
 
 BOOL WINAPI counted_creation(LPCWSTR path, LPSECURITY_ATTRIBUTES security)
@@ -118,9 +103,11 @@ TEST_F(CacheFolderNumber, IsFoundWithoutProbingEachFolder)
 {
     make_folders(100);
     const replaced_import questions("GetFileAttributesW", counted_question);
+    const replaced_import listings("FindFirstFileExW", counted_listing);
     const replaced_import creations("CreateDirectoryW", counted_creation);
     EXPECT_EQ(next(), L"qll100\\");
     EXPECT_EQ(script.questions, 0);
+    EXPECT_EQ(script.listings, 1);
     EXPECT_EQ(script.creations, 1);
 }
 

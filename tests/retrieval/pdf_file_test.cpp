@@ -1,5 +1,6 @@
 // The PDF check on real files.
 #include "retrieval/file/pdf_check.h"
+#include "tests/support/faults/replaced_import.h"
 #include "tests/support/is_wine.h"
 #include "tests/support/listening_pipe.h"
 #include "tests/support/log_capture.h"
@@ -78,6 +79,15 @@ TEST_F(PdfFile, MayBeMissing)
     EXPECT_EQ(log_.lines(), std::vector<std::string>(3, "debug: ACTIVEDOC isPDF [FALSE] MISSING FILE"));
 }
 
+int opened_files = 0;
+
+HANDLE WINAPI counted_opening(LPCWSTR, DWORD, DWORD, LPSECURITY_ATTRIBUTES, DWORD, DWORD, HANDLE)
+{
+    ++opened_files;
+    SetLastError(ERROR_FILE_NOT_FOUND);
+    return INVALID_HANDLE_VALUE;
+}
+
 // A page chooses the path; opening or reading a device may block forever.
 TEST_F(PdfFile, IsMissingWhenItIsADevice)
 {
@@ -85,12 +95,17 @@ TEST_F(PdfFile, IsMissingWhenItIsADevice)
                                       L"CONIN$",   L"\\\\.\\CON",     L"COM1",        L"\\\\.\\COM1",
                                       L"//./COM1", L"\\\\.\\C:",      L"\\\\?\\COM1", L"\\??\\NUL",
                                       L"LPT1.pdf", L"\\\\.\\mailslot"};
+    opened_files = 0;
+    const replaced_import openings("CreateFileW", counted_opening);
     for (const wchar_t* device : devices) {
         log_.clear();
         EXPECT_EQ(isPDF(device), 0);
         EXPECT_THAT(log_.lines(), ElementsAre("debug: ACTIVEDOC isPDF [FALSE] MISSING FILE"))
             << testing::PrintToString(device);
+        EXPECT_EQ(opened_files, 0) << testing::PrintToString(device);
     }
+    isPDF(path_.c_str());
+    EXPECT_EQ(opened_files, 1) << "the opening of a file is counted";
 }
 
 TEST_F(PdfFile, IsMissingWhenItIsAPipeWhichIsNotConnected)

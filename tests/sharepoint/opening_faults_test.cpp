@@ -4,7 +4,7 @@
 #include "tests/sharepoint/aggregator_fixture.h"
 #include "tests/sharepoint/recorded_launches.h"
 #include "tests/support/crashes.h"
-#include "tests/support/faults/import_table.h"
+#include "tests/support/faults/replaced_import.h"
 
 #include <gtest/gtest.h>
 
@@ -16,29 +16,6 @@ struct opening_call
     const char* function;
     bool has_editor;
     bool is_open_before; // whether the URL is open when the function is called
-};
-
-// Makes an imported function of the program fault during its lifetime.
-class faulting_import
-{
-public:
-    explicit faulting_import(const char* function)
-        : function_(function), original_(redirect(reinterpret_cast<code_address>(&read_nowhere)))
-    {
-        EXPECT_NE(original_, nullptr) << function << " is not imported";
-    }
-    ~faulting_import() { redirect(original_); }
-    faulting_import(const faulting_import&) = delete;
-    faulting_import& operator=(const faulting_import&) = delete;
-
-private:
-    code_address redirect(code_address target) const
-    {
-        return redirect_import(GetModuleHandleW(nullptr), function_, target);
-    }
-
-    const char* function_;
-    code_address original_;
 };
 
 class OpeningFaults : public aggregator_fixture, public testing::WithParamInterface<opening_call>
@@ -71,7 +48,7 @@ protected:
 TEST_P(OpeningFaults, CancelANavigationOnlyIfItsUrlIsOpen)
 {
     {
-        const faulting_import fault(GetParam().function);
+        const replaced_import fault(GetParam().function, &read_nowhere);
         const auto result = browser_->before_navigate(L"http://h/x.pdf");
         EXPECT_EQ(result.code, E_FAIL);
         EXPECT_EQ(result.cancel == VARIANT_TRUE, GetParam().is_open_before);
@@ -90,7 +67,7 @@ TEST_P(OpeningFaults, CancelAClickOnlyIfItsUrlIsOpen)
 {
     auto& link = page_->add_to_body(list_link(L"http://h/x.pdf"));
     {
-        const faulting_import fault(GetParam().function);
+        const replaced_import fault(GetParam().function, &read_nowhere);
         const auto event = make_fake<fake_event>(tab_, &link);
         EXPECT_TRUE(is_bool(page_->click(event).value, true));
         EXPECT_EQ(event->is_blocked(), GetParam().is_open_before);
