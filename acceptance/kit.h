@@ -15,6 +15,8 @@ struct kit
 
     std::wstring bin(const std::wstring& name) const { return folder + L"\\bin\\" + name; }
     std::wstring report() const { return folder + L"\\report.txt"; }
+    // The report of a start that is refused, if there is a report of an earlier run.
+    std::wstring refused_report() const { return folder + L"\\report-refused.txt"; }
     std::wstring journal() const { return folder + L"\\journal.txt"; }
     // Deleted at the end of a run.
     std::wstring work() const { return folder + L"\\work"; }

@@ -73,10 +73,10 @@ exit_code run_kit(const std::vector<std::string>& selection)
         return exit_already_running;
     }
     report writes;
-    if (!writes.open(here.report())) {
+    if (!writes.open(here.report(), here.refused_report())) {
         const std::string error = error_text(GetLastError());
         std::fprintf(stderr, "REFUSED: %s cannot be written (%s). Nothing was changed.\n",
-                     to_utf8(here.report()).c_str(), error.c_str());
+                     to_utf8(writes.path()).c_str(), error.c_str());
         return exit_no_report;
     }
     return run(here, writes, selection).execute();

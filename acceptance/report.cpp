@@ -4,10 +4,15 @@
 
 namespace quill::acceptance {
 
-bool report::open(const std::wstring& path)
+bool report::open(const std::wstring& path, const std::wstring& beside)
 {
-    file_.reset(CreateFileW(path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
-                            FILE_ATTRIBUTE_NORMAL, nullptr));
+    final_path_ = path;
+    beside_ = beside;
+    const bool has_earlier = GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    path_ = has_earlier ? beside : path;
+    // A file that shares deletion can be renamed while it is open: no line is lost in between.
+    file_.reset(CreateFileW(path_.c_str(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                            has_earlier ? CREATE_ALWAYS : CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr));
     if (!file_)
         return false;
     constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF"; // for editors on older systems
@@ -15,6 +20,18 @@ bool report::open(const std::wstring& path)
     return WriteFile(file_.get(), byte_order_mark.data(), static_cast<DWORD>(byte_order_mark.size()),
                      &written, nullptr) &&
            written == byte_order_mark.size();
+}
+
+bool report::replace_earlier()
+{
+    if (!is_beside_earlier()) {
+        DeleteFileW(beside_.c_str()); // of a start that was refused
+        return true;
+    }
+    if (!MoveFileExW(path_.c_str(), final_path_.c_str(), MOVEFILE_REPLACE_EXISTING))
+        return false;
+    path_ = final_path_;
+    return true;
 }
 
 void report::line(std::string_view text)

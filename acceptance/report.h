@@ -1,5 +1,5 @@
 // report.txt: each line is written when it is known, so that a run that is broken off leaves what it has
-// seen.
+// seen. Until a start is not refused, the report of an earlier run stays: the new one is beside it.
 #pragma once
 
 #include "platform/unique_handle.h"
@@ -13,8 +13,15 @@ namespace quill::acceptance {
 class report
 {
 public:
-    // Replaces the file. Returns false, with the system's error code, if it cannot be written.
-    bool open(const std::wstring& path);
+    // Writes to `path`, or to `beside` if there is a file `path` already. Returns false, with the system's
+    // error code, if the file, which is named by path(), cannot be written.
+    bool open(const std::wstring& path, const std::wstring& beside);
+    // Replaces a file `path` of an earlier run. Returns false, with the system's error code, if it cannot be
+    // replaced: it is as it was, and what follows is written to `beside`.
+    bool replace_earlier();
+    const std::wstring& path() const { return path_; }
+    // Whether this report is written beside that of an earlier run.
+    bool is_beside_earlier() const { return path_ != final_path_; }
 
     // A line of the report, which is also printed.
     void line(std::string_view text);
@@ -29,6 +36,9 @@ public:
     const std::vector<std::string>& failures() const { return failures_; }
 
 private:
+    std::wstring final_path_;
+    std::wstring path_;
+    std::wstring beside_;
     unique_handle file_;
     std::vector<std::string> failures_;
 };

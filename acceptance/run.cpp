@@ -102,6 +102,9 @@ exit_code run::refuse(exit_code code, const std::string& message)
                                                 : "REFUSED: nothing was changed");
     report_.line("  " + message);
     report_.line("  exit code " + std::to_string(code));
+    if (report_.is_beside_earlier())
+        report_.line("  This is " + to_utf8(kit_.refused_report()) +
+                     "; report.txt is that of an earlier run.");
     return code;
 }
 
@@ -184,6 +187,12 @@ bool run::save_state()
         DeleteFileW((kit_.journal() + L".new").c_str());
         refuse(exit_no_report,
                "journal.txt, which would hold the state of the machine, cannot be written (" + error + ").");
+        return false;
+    }
+    if (!report_.replace_earlier()) {
+        const std::string error = error_text(GetLastError());
+        DeleteFileW(kit_.journal().c_str());
+        refuse(exit_no_report, "report.txt cannot be replaced (" + error + ").");
         return false;
     }
     report_.fact("saved",

@@ -12,6 +12,7 @@ WINE = shutil.which("/usr/lib/wine/wine64") or "wine64"
 
 class AcceptanceRun(KitTest):
     def ReportsWhatItMeasuresAndLeavesNothing(self):
+        (self.kit / "report-refused.txt").write_text("of a start that was refused")
         self.expect(0, "--only", "platform,framework,engine,embedded,library,download,integrity,"
                     "system,repair,rollback")
         report = self.report()
@@ -70,8 +71,10 @@ class AcceptanceRun(KitTest):
         self.registry_before = self.registry()
         # As a terminated step leaves its key container.
         self.windows.reg("add", r"HKCU\Software\Wine\Crypto\RSA\QuillPDF.IE acceptance", "/f")
+        (self.kit / "report.txt").write_text("the report of an earlier run")
         self.expect(1, "--only", "plain,library")
         report = self.report()
+        self.assertTrue(report.startswith("Quill PDF for Internet Explorer: acceptance report\n"), report[:100])
         failures = report[report.index("RESULT: FAILED"):]
         self.assertRegex(failures, r"plain \(.*\): 0 passed, 0 failed, 0 skipped, exit code 2")
         self.assertNotIn("platform", failures)

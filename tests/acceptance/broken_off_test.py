@@ -59,6 +59,7 @@ class BrokenOffRun(KitTest):
                     code, output = self.accept()
                     self.assertEqual(code, 17, output)
                     self.assertIn("another run of the kit is in progress", output)
+                    self.assertFalse((self.kit / "report-refused.txt").exists())
                 self.set_editor("of a test that was ended too")
                 for program in self.programs("QuillAcceptance.exe"):
                     os.kill(program, signal.SIGKILL)

@@ -86,8 +86,8 @@ class KitTest(unittest.TestCase):
         """(exit code, output) of accept.cmd."""
         return self.windows.run_reporting("cmd", "/c", windows_path(self.kit / "accept.cmd"), *arguments)
 
-    def report(self):
-        return (self.kit / "report.txt").read_text("utf-8-sig")
+    def report(self, name="report.txt"):
+        return (self.kit / name).read_text("utf-8-sig")
 
     def fact(self, name):
         """The value of a line "  name: value" of the report."""
@@ -98,6 +98,8 @@ class KitTest(unittest.TestCase):
     def expect(self, code, *arguments):
         actual, output = self.accept(*arguments)
         self.assertEqual(actual, code, output)
+        if code in (0, 1):
+            self.assertFalse((self.kit / "report-refused.txt").exists(), "a run that is not refused has one report")
         return output
 
     def assert_as_before(self):

@@ -6,15 +6,22 @@ from kit import KitTest
 from windows import windows_path
 
 CONTROL_CLASS = r"HKLM\SOFTWARE\Classes\CLSID\{8856F961-340A-11D0-A96B-00C04FD705A2}"
+EARLIER_REPORT = "the report of an earlier run"
 HTML_TYPE = r"HKLM\SOFTWARE\Classes\MIME\Database\Content Type\text/html"
 
 
 class AcceptanceKit(KitTest):
     def refused(self, code, text, *arguments):
+        """Expects a refusal, and that the report of an earlier run stays as it is."""
+        if not (self.kit / "report.txt").exists():
+            (self.kit / "report.txt").write_text(EARLIER_REPORT)
         output = self.expect(code, *arguments)
         self.assertIn("REFUSED", output)
         self.assertIn("othing was changed", output)
         self.assertIn(text, output)
+        if (self.kit / "report.txt").is_file():
+            self.assertEqual(self.report(), EARLIER_REPORT)
+        self.assertIn(text, self.report("report-refused.txt"))
         self.assert_clean()
 
     def run_script(self, *lines):
@@ -28,8 +35,15 @@ class AcceptanceKit(KitTest):
         with self.subTest("32-bit Windows"):
             code, output = self.run_script("set PROCESSOR_ARCHITEW6432=", "set PROCESSOR_ARCHITECTURE=x86", accept)
             self.assertEqual(code, 10, output)
-            self.assertIn("64-bit Windows on an x64 processor is needed; this is x86", output)
-            self.assertIn("x86", self.report())
+            text = "64-bit Windows on an x64 processor is needed; this is x86"
+            self.assertIn(text, output)
+            self.assertIn(text, self.report())
+            (self.kit / "report.txt").write_text(EARLIER_REPORT)
+            self.assertEqual(self.run_script("set PROCESSOR_ARCHITEW6432=", "set PROCESSOR_ARCHITECTURE=x86", accept)[0], 10)
+            self.assertEqual(self.report(), EARLIER_REPORT)
+            self.assertIn(text, self.report("report-refused.txt"))
+            (self.kit / "report-refused.txt").unlink()
+            (self.kit / "report.txt").unlink()
         with self.subTest("a 32-bit cmd on 64-bit Windows"):
             code, output = self.run_script("set PROCESSOR_ARCHITEW6432=AMD64", "set PROCESSOR_ARCHITECTURE=x86", accept + " --help")
             self.assertEqual(code, 2, output)
@@ -38,7 +52,9 @@ class AcceptanceKit(KitTest):
                                                       windows_path(self.kit / "accept.cmd"))
             self.assertEqual(code, 11, output)
             self.assertIn("run accept.cmd as administrator", self.report())
+            self.assertFalse((self.kit / "report-refused.txt").exists(), "there was no earlier report")
             self.assert_clean()
+            (self.kit / "report.txt").unlink()
         for key in (CONTROL_CLASS, HTML_TYPE):
             with self.subTest(key):
                 self.windows.reg("copy", key, r"HKLM\SOFTWARE\Moved", "/s", "/f")
@@ -80,9 +96,24 @@ class AcceptanceKit(KitTest):
                 shutil.rmtree(self.kit)
         self.kit = complete
         with self.subTest("report"):
+            (self.kit / "report.txt").unlink(missing_ok=True)
             (self.kit / "report.txt").mkdir()
-            self.refused(16, "report.txt cannot be written")
+            self.refused(16, "report.txt cannot be replaced")
             (self.kit / "report.txt").rmdir()
+        with self.subTest("report that a program has opened"):
+            (self.kit / "report.txt").write_text(EARLIER_REPORT)
+            code, output = self.run_script('"%~dp0accept.cmd" <"%~dp0report.txt"')
+            self.assertEqual(code, 16, output)
+            self.assertIn("report.txt cannot be replaced", self.report("report-refused.txt"))
+            self.assertEqual(self.report(), EARLIER_REPORT)
+            self.assert_clean()
+        with self.subTest("report of a refusal"):
+            (self.kit / "report-refused.txt").unlink()
+            (self.kit / "report-refused.txt").mkdir()
+            output = self.expect(16)
+            self.assertIn("report-refused.txt cannot be written", output)
+            self.assertEqual(self.report(), EARLIER_REPORT)
+            (self.kit / "report-refused.txt").rmdir()
         with self.subTest("journal"):
             (self.kit / "journal.txt.new").mkdir()
             self.refused(16, "journal.txt, which would hold the state of the machine, cannot be written")
@@ -93,6 +124,7 @@ class AcceptanceKit(KitTest):
                 (self.kit / "journal.txt").write_text(f"quill acceptance journal 1\nproduct {product}\n{tree}")
                 output = self.expect(18)
                 self.assertIn("journal.txt, which holds the state before that run, is damaged", output)
+                self.assertEqual(self.report(), EARLIER_REPORT)
                 (self.kit / "journal.txt").unlink()
         with self.subTest("options"):
             for arguments in (("--only", "nothing"), ("--only",), ("--help",)):
