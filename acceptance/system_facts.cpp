@@ -1,5 +1,6 @@
 #include "acceptance/system_facts.h"
 
+#include "acceptance/server_zone.h"
 #include "acceptance/windows_text.h"
 #include "platform/text.h"
 
@@ -7,6 +8,7 @@
 
 #include <exdisp.h>
 #include <ole2.h>
+#include <urlmon.h>
 
 #include <cstddef>
 #include <optional>
@@ -108,6 +110,46 @@ std::string part_is_missing(const std::string& what, const std::wstring& class_i
     return file_exists(server) ? "" : what + ": " + to_utf8(server) + " does not exist";
 }
 
+std::optional<std::uint32_t> policy_of(IInternetSecurityManager& security, const wchar_t* url, DWORD action)
+{
+    constexpr DWORD unwritten = 0xFFFFFFFF;
+    DWORD policy = unwritten;
+    // The result says whether the action is allowed; Wine fails if the user would have to be asked.
+    security.ProcessUrlAction(url, action, reinterpret_cast<BYTE*>(&policy), sizeof policy, nullptr, 0,
+                              PUAF_NOUI, 0);
+    if (policy == unwritten)
+        return std::nullopt;
+    return policy;
+}
+
+server_zone zone_of_server()
+{
+    constexpr wchar_t server[] = L"http://127.0.0.1/";
+    constexpr wchar_t enhanced_security[] =
+        L"SOFTWARE\\Microsoft\\Active Setup\\Installed Components\\{A509B1A7-37EF-4b3f-8CFC-4F3A74704073}";
+    server_zone found;
+    DWORD value = 0;
+    DWORD size = sizeof value;
+    if (RegGetValueW(HKEY_LOCAL_MACHINE, enhanced_security, L"IsInstalled", RRF_RT_REG_DWORD, nullptr, &value,
+                     &size) == ERROR_SUCCESS)
+        found.enhanced_security = value;
+    // By its class, so that the program also starts where urlmon.dll is missing.
+    const HRESULT initialized = CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+    IInternetSecurityManager* security = nullptr;
+    if (SUCCEEDED(CoCreateInstance(CLSID_InternetSecurityManager, nullptr, CLSCTX_INPROC_SERVER,
+                                   IID_IInternetSecurityManager, reinterpret_cast<void**>(&security)))) {
+        DWORD zone = 0;
+        if (SUCCEEDED(security->MapUrlToZone(server, &zone, 0)))
+            found.zone = zone;
+        found.controls = policy_of(*security, server, URLACTION_ACTIVEX_RUN);
+        found.downloads = policy_of(*security, server, URLACTION_SHELL_FILE_DOWNLOAD);
+        security->Release();
+    }
+    if (SUCCEEDED(initialized))
+        CoUninitialize();
+    return found;
+}
+
 } // namespace
 
 std::string wine_version()
@@ -176,6 +218,8 @@ std::vector<std::pair<std::string, std::string>> system_facts()
     for (const wchar_t* library :
          {L"urlmon.dll", L"wininet.dll", L"msi.dll", L"ole32.dll", L"msvcrt.dll", L"ucrtbase.dll"})
         facts.emplace_back(to_utf8(library), file_version(system_file(library)));
+    for (auto& fact : server_zone_facts(zone_of_server()))
+        facts.push_back(std::move(fact));
     return facts;
 }
 

@@ -9,6 +9,9 @@ from kit import KitTest, write_contents
 # As tools/wine-environment finds it.
 WINE = shutil.which("/usr/lib/wine/wine64") or "wine64"
 
+ZONE = r"HKCU\SOFTWARE\Microsoft\Windows\CurrentVersion\Internet Settings\Zones\3"
+ENHANCED_SECURITY = r"HKLM\SOFTWARE\Microsoft\Active Setup\Installed Components\{A509B1A7-37EF-4b3f-8CFC-4F3A74704073}"
+
 
 class AcceptanceRun(KitTest):
     def ReportsWhatItMeasuresAndLeavesNothing(self):
@@ -21,6 +24,9 @@ class AcceptanceRun(KitTest):
         self.assertIn("Wine " + wine.removeprefix("wine-") + ", NOT Windows", self.fact("system"))
         self.assertIn("ieframe.dll", self.fact("WebBrowser control"))
         self.assertIn("QuillPages.dll", self.fact("HTML engine"))
+        self.assertEqual(self.fact("security zone of http://127.0.0.1/"), "3, internet")
+        self.assertEqual(self.fact("ActiveX controls there (URL action 0x1200)"), "allowed (0)")
+        self.assertNotRegex(report, "(?m)^  NOTE: ")
         self.assertEqual(self.fact("version"), package.version())
         self.assertTrue(self.fact("installed").startswith(package.version() + ".0 "))
         self.assertIn(r"C:\Program Files\Quill\PDF for Internet Explorer", self.fact("installed"))
@@ -68,6 +74,10 @@ class AcceptanceRun(KitTest):
         self.windows.reg("add", r"HKLM\SOFTWARE\Classes\MIME\Database\Content Type\application/pdf", "/v", "CLSID",
                          "/d", "{00000000-1111-2222-3333-444444444444}", "/f")
         self.windows.reg("add", r"HKLM\SOFTWARE\Quill\DocStudio\14\Settings", "/v", "exepath", "/d", "editor", "/f")
+        # As under Enhanced Security Configuration. Wine's engine does not ask for these settings.
+        for action, policy in (("1200", "3"), ("1803", "1")):
+            self.windows.reg("add", ZONE, "/v", action, "/t", "REG_DWORD", "/d", policy, "/f")
+        self.windows.reg("add", ENHANCED_SECURITY, "/v", "IsInstalled", "/t", "REG_DWORD", "/d", "1", "/f")
         self.registry_before = self.registry()
         # As a terminated step leaves its key container.
         self.windows.reg("add", r"HKCU\Software\Wine\Crypto\RSA\QuillPDF.IE acceptance", "/f")
@@ -75,6 +85,10 @@ class AcceptanceRun(KitTest):
         self.expect(1, "--only", "plain,library")
         report = self.report()
         self.assertTrue(report.startswith("Quill PDF for Internet Explorer: acceptance report\n"), report[:100])
+        self.assertEqual(self.fact("ActiveX controls there (URL action 0x1200)"), "not allowed (3)")
+        self.assertEqual(self.fact("file downloads there (URL action 0x1803)"), "the user is asked (1)")
+        self.assertEqual(self.fact("Enhanced Security Configuration for administrators (registry)"), "on (1)")
+        self.assertIn("engine, embedded and download", self.fact("NOTE"))
         failures = report[report.index("RESULT: FAILED"):]
         self.assertRegex(failures, r"plain \(.*\): 0 passed, 0 failed, 0 skipped, exit code 2")
         self.assertNotIn("platform", failures)

@@ -3,6 +3,7 @@
 #include "acceptance/msiexec_result.h"
 #include "acceptance/questions.h"
 #include "acceptance/saved_registry.h"
+#include "acceptance/server_zone.h"
 #include "acceptance/steps.h"
 #include "acceptance/test_output.h"
 #include "acceptance/watched_keys.h"
@@ -154,6 +155,40 @@ TEST(AcceptanceMsiexec, ExitCodesSayWhatTheActionDid)
     for (const msi_outcome outcome : {msi_outcome::action_failed, msi_outcome::busy, msi_outcome::other})
         EXPECT_FALSE(is_done(outcome));
     EXPECT_EQ(remark_on(msi_outcome::done_restart_pending), ", a restart is pending");
+}
+
+TEST(AcceptanceServerZone, IsReportedWithWhatItAllows)
+{
+    using facts = std::vector<std::pair<std::string, std::string>>;
+    EXPECT_EQ(server_zone_facts({3, 0, 0, 0}),
+              (facts{{"security zone of http://127.0.0.1/", "3, internet"},
+                     {"ActiveX controls there (URL action 0x1200)", "allowed (0)"},
+                     {"file downloads there (URL action 0x1803)", "allowed (0)"},
+                     {"Enhanced Security Configuration for administrators (registry)", "off (0)"}}));
+    const facts unknown = server_zone_facts({});
+    ASSERT_EQ(unknown.size(), 4u) << "nothing is said about what is not known";
+    for (const std::size_t line : {0u, 1u, 2u})
+        EXPECT_EQ(unknown[line].second, "unknown, the system's security manager could not be asked");
+    EXPECT_EQ(unknown[3].second, "not in the registry");
+    EXPECT_EQ(server_zone_facts({5, 0, 0, 1})[0].second, "5") << "a zone of the administrator's own";
+    EXPECT_EQ(server_zone_facts({1, 0, 0, 1})[3].second, "on (1)");
+}
+
+TEST(AcceptanceServerZone, ThatDoesNotAllowControlsOrDownloadsIsNoted)
+{
+    constexpr std::uint32_t administrator_approved = 0x10000;
+    for (const std::uint32_t policy : {1u, 3u, administrator_approved}) {
+        for (const server_zone& found : {server_zone{3, policy, 0, 1}, server_zone{3, 0, policy, 1}}) {
+            const auto facts = server_zone_facts(found);
+            ASSERT_EQ(facts.size(), 5u) << policy;
+            const auto& denied = facts[found.controls == policy ? 1 : 2].second;
+            EXPECT_EQ(denied, policy == 1   ? "the user is asked (1)"
+                              : policy == 3 ? "not allowed (3)"
+                                            : "not allowed (65536)");
+            EXPECT_EQ(facts[4].first, "NOTE");
+            EXPECT_NE(facts[4].second.find("engine, embedded and download"), std::string::npos);
+        }
+    }
 }
 
 TEST(AcceptanceSteps, AreSelectedByTheirNames)
