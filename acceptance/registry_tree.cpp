@@ -30,13 +30,18 @@ std::wstring path_of(const saved_tree& tree, const std::string& key)
     return to_wide(tree.path + (key.empty() ? "" : "\\" + key));
 }
 
-void check(LSTATUS status, const saved_tree& tree, const char* what)
+void check(LSTATUS status, const std::string& key, const char* what)
 {
     if (status != ERROR_SUCCESS)
-        throw std::runtime_error(name_of(tree) + " " + what + ": " + error_text(static_cast<DWORD>(status)));
+        throw std::runtime_error(key + " " + what + ": " + error_text(static_cast<DWORD>(status)));
 }
 
-void read_values(HKEY key, const saved_tree& tree, std::map<std::string, saved_value>& values)
+void check(LSTATUS status, const saved_tree& tree, const char* what)
+{
+    check(status, name_of(tree), what);
+}
+
+void read_values(HKEY key, const std::string& where, std::map<std::string, saved_value>& values)
 {
     std::wstring name(longest_value_name, L'\0');
     std::string data(1024, '\0');
@@ -52,7 +57,7 @@ void read_values(HKEY key, const saved_tree& tree, std::map<std::string, saved_v
             data.resize(data.size() * 2);
             continue;
         }
-        check(status, tree, "cannot be read");
+        check(status, where, "cannot be read");
         values[to_utf8({name.data(), name_length})] = {type, data.substr(0, size)};
         ++index;
     }
@@ -61,17 +66,20 @@ void read_values(HKEY key, const saved_tree& tree, std::map<std::string, saved_v
 // Reads the key at `path` below the tree's own and everything below it.
 void read_key(HKEY key, const std::string& path, saved_tree& tree)
 {
-    read_values(key, tree, tree.keys[path]);
+    const std::string where = name_of(tree) + (path.empty() ? "" : "\\" + path);
+    read_values(key, where, tree.keys[path]);
     for (DWORD index = 0;; ++index) {
         wchar_t name[longest_key_name];
         DWORD length = longest_key_name;
         const LSTATUS status = RegEnumKeyExW(key, index, name, &length, nullptr, nullptr, nullptr, nullptr);
         if (status == ERROR_NO_MORE_ITEMS)
             return;
-        check(status, tree, "cannot be read");
+        check(status, where, "cannot be read");
+        const std::string name_below = to_utf8({name, length});
         unique_registry_key below;
-        check(RegOpenKeyExW(key, name, 0, KEY_READ | view_of(tree), below.put()), tree, "cannot be opened");
-        read_key(below.get(), (path.empty() ? "" : path + "\\") + to_utf8({name, length}), tree);
+        check(RegOpenKeyExW(key, name, 0, KEY_READ | view_of(tree), below.put()), where + "\\" + name_below,
+              "cannot be opened");
+        read_key(below.get(), (path.empty() ? "" : path + "\\") + name_below, tree);
     }
 }
 

@@ -12,6 +12,10 @@ WINE = shutil.which("/usr/lib/wine/wine64") or "wine64"
 ZONE = r"HKCU\SOFTWARE\Microsoft\Windows\CurrentVersion\Internet Settings\Zones\3"
 ENHANCED_SECURITY = r"HKLM\SOFTWARE\Microsoft\Active Setup\Installed Components\{A509B1A7-37EF-4b3f-8CFC-4F3A74704073}"
 
+OLD_LOGS = ("failed-document.txt", "failed-of another version.txt", "msiexec-image.log")
+OTHER_FILES = ("failed-plain.log", "failed-plain.txt.old", "my failed-plain.txt", "msiexec-install.txt", "msiexec.log",
+               "my msiexec-install.log", "earlier/failed-plain.txt", "bin/msiexec-install.log")
+
 
 class AcceptanceRun(KitTest):
     def ReportsWhatItMeasuresAndLeavesNothing(self):
@@ -82,6 +86,9 @@ class AcceptanceRun(KitTest):
         # As a terminated step leaves its key container.
         self.windows.reg("add", r"HKCU\Software\Wine\Crypto\RSA\QuillPDF.IE acceptance", "/f")
         (self.kit / "report.txt").write_text("the report of an earlier run")
+        for name in (*OLD_LOGS, *OTHER_FILES):
+            (self.kit / name).parent.mkdir(exist_ok=True)
+            (self.kit / name).write_text("of an earlier run")
         self.expect(1, "--only", "plain,library")
         report = self.report()
         self.assertTrue(report.startswith("Quill PDF for Internet Explorer: acceptance report\n"), report[:100])
@@ -92,6 +99,8 @@ class AcceptanceRun(KitTest):
         failures = report[report.index("RESULT: FAILED"):]
         self.assertRegex(failures, r"plain \(.*\): 0 passed, 0 failed, 0 skipped, exit code 2")
         self.assertNotIn("platform", failures)
+        self.assertEqual([name for name in OLD_LOGS if (self.kit / name).exists()], [])
+        self.assertEqual([(self.kit / name).read_text() for name in OTHER_FILES], ["of an earlier run"] * len(OTHER_FILES))
         self.assertIn("usage: quill_browser", (self.kit / "failed-plain.txt").read_text())
         self.assertIn("passed: library", report)
         self.assert_as_before()

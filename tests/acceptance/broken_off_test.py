@@ -4,7 +4,9 @@ import pathlib
 import signal
 import time
 
+import package
 from kit import KitTest
+from windows import windows_path
 
 DEADLINE_S = 60
 # Where a run is broken off: a text of the report, and the steps of the run.
@@ -49,7 +51,28 @@ class BrokenOffRun(KitTest):
     def run_ended(self):
         return not self.programs("QuillAcceptance.exe") and not self.programs("msiexec.exe", "/i")
 
+    def expect_refused_restorations(self, journal):
+        """What a start says that restores a state, or fails to, and is refused."""
+        report = self.report()
+        (self.kit / "journal.txt").write_bytes(journal)
+        code, output = self.windows.run_reporting(package.bin_folder / "denied_key.exe", "HKLM", r"SOFTWARE\Quill", "cmd", "/c",
+                                                  windows_path(self.kit / "accept.cmd"))
+        self.assertEqual(code, 18, output)
+        self.assertIn("REFUSED: the state before an earlier run is not restored\n", output)
+        self.assertIn(r"HKLM\SOFTWARE\Quill cannot be opened", self.report("report-refused.txt"))
+        self.assertEqual((self.kit / "journal.txt").read_bytes(), journal)
+        self.set_editor("of a test that was ended")
+        key = r"HKLM\SOFTWARE\Classes\MIME\Database\Content Type\text/html"
+        self.windows.reg("add", key, "/v", "CLSID", "/d", "{00000000-1111-2222-3333-444444444444}", "/f")
+        output = self.expect(12)
+        self.assertIn("REFUSED: the state before an earlier run was restored\n", output)
+        self.assertIn("restored after the tests: ~ HKLM\\SOFTWARE\\Quill", self.report("report-refused.txt"))
+        self.assertEqual(self.report(), report)
+        self.windows.reg("add", key, "/v", "CLSID", "/d", self.html_class, "/f")
+        self.assert_as_before()
+
     def AKilledRunIsRestoredByTheNext(self):
+        self.html_class = self.windows.text(r"HKLM\SOFTWARE\Classes\MIME\Database\Content Type\text/html", "CLSID")
         self.set_editor("editor")
         self.registry_before = self.registry()
         for phase in PHASES:
@@ -66,12 +89,13 @@ class BrokenOffRun(KitTest):
                 process.wait(DEADLINE_S)
                 # Wine lets two installations run at the same time.
                 self.wait_for(self.run_ended, "the programs of the run did not end")
-                self.assertTrue((self.kit / "journal.txt").exists())
+                journal = (self.kit / "journal.txt").read_bytes()
                 self.assertEqual(self.programs("test_"), [], "a program of the run goes on")
                 self.expect(0, "--only", "integrity")
                 self.assertIn("An earlier run was broken off; restoring the state before it", self.report())
                 self.assertEqual("msiexec /x: exit code 0" in self.report().split("Kit\n")[0], phase != "tests")
                 self.assert_as_before()
+        self.expect_refused_restorations(journal)
 
     def ARunThatTheUserInterruptsRestoresItself(self):
         for phase in PHASES:

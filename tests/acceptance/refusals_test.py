@@ -2,6 +2,7 @@
 import shutil
 
 import package
+from installed import DOCUMENT_CLASS
 from kit import KitTest
 from windows import windows_path
 
@@ -11,16 +12,19 @@ HTML_TYPE = r"HKLM\SOFTWARE\Classes\MIME\Database\Content Type\text/html"
 
 
 class AcceptanceKit(KitTest):
-    def refused(self, code, text, *arguments):
-        """Expects a refusal, and that the report of an earlier run stays as it is."""
+    def refused(self, code, text, *command):
+        """Expects a refusal by a command line, "accept.cmd" if there is none, and that report and logs of an earlier
+        run stay as they are."""
         if not (self.kit / "report.txt").exists():
             (self.kit / "report.txt").write_text(EARLIER_REPORT)
-        output = self.expect(code, *arguments)
-        self.assertIn("REFUSED", output)
-        self.assertIn("othing was changed", output)
+        (self.kit / "failed-plain.txt").write_text(EARLIER_REPORT)
+        actual, output = self.windows.run_reporting(*command) if command else self.accept()
+        self.assertEqual(actual, code, output)
+        self.assertRegex(output, "REFUSED: (nothing was changed\n|.* Nothing was changed\.)")
         self.assertIn(text, output)
         if (self.kit / "report.txt").is_file():
             self.assertEqual(self.report(), EARLIER_REPORT)
+        self.assertEqual((self.kit / "failed-plain.txt").read_text(), EARLIER_REPORT)
         self.assertIn(text, self.report("report-refused.txt"))
         self.assert_clean()
 
@@ -80,6 +84,21 @@ class AcceptanceKit(KitTest):
                 self.assert_as_before()
                 self.assertEqual(self.windows.run("regsvr32", "/s", "/u", *options, module)[0], 0)
 
+    def refused_without(self, root, key):
+        """Expects a refusal while nobody may read a key."""
+        self.refused(19, rf"{root}\{key} cannot be opened: error 5", package.bin_folder / "denied_key.exe", root, key,
+                     "cmd", "/c", windows_path(self.kit / "accept.cmd"))
+
+    def RefusesAMachineWhoseKeysItCannotRead(self):
+        self.windows.set_value(r"HKCU\SOFTWARE\QuillTest\Below", "value", "of another program")
+        self.windows.set_value(DOCUMENT_CLASS, "value", "of another program")
+        self.registry_before = self.registry()
+        self.refused_without("HKLM", DOCUMENT_CLASS.removeprefix("HKLM\\"))  # must not exist
+        self.windows.reg("delete", DOCUMENT_CLASS, "/f")
+        self.refused_without("HKCU", r"SOFTWARE\QuillTest\Below")  # would be saved
+        self.windows.set_value(DOCUMENT_CLASS, "value", "of another program")
+        self.assert_as_before()
+
     def RefusesADamagedKitAndAFolderThatCannotBeWritten(self):
         complete = self.kit
         for name, damage, text in (
@@ -124,6 +143,7 @@ class AcceptanceKit(KitTest):
                 (self.kit / "journal.txt").write_text(f"quill acceptance journal 1\nproduct {product}\n{tree}")
                 output = self.expect(18)
                 self.assertIn("journal.txt, which holds the state before that run, is damaged", output)
+                self.assertIn("REFUSED: the state before an earlier run is not restored", output)
                 self.assertEqual(self.report(), EARLIER_REPORT)
                 (self.kit / "journal.txt").unlink()
         with self.subTest("options"):
