@@ -1,5 +1,6 @@
 // The test support itself: guards restore state, waits end, a hanging program is ended with stacks.
 #include "tests/support/child_process.h"
+#include "tests/support/listening_pipe.h"
 #include "tests/support/log_file.h"
 #include "tests/support/scopes.h"
 #include "tests/support/wait.h"
@@ -26,6 +27,17 @@ TEST(EnvironmentScope, RestoresTheFormerValue)
         EXPECT_STREQ(value, L"outer");
     }
     EXPECT_EQ(GetEnvironmentVariableW(L"QUILL_TEST_VARIABLE", value, 16), 0u);
+}
+
+TEST(ListeningPipe, KnowsWhetherAClientOpenedIt)
+{
+    const listening_pipe pipe;
+    EXPECT_FALSE(pipe.was_opened());
+    const HANDLE client = CreateFileW((L"\\\\.\\pipe\\" + pipe.name()).c_str(), GENERIC_READ, 0, nullptr,
+                                      OPEN_EXISTING, 0, nullptr);
+    EXPECT_TRUE(pipe.was_opened());
+    if (client != INVALID_HANDLE_VALUE)
+        CloseHandle(client);
 }
 
 TEST(ScratchDirectory, IsEmptyAndIsRemovedWithItsContents)

@@ -30,7 +30,10 @@ public:
     {
         SetEvent(end_);
         server_.join();
-        CancelIo(pipe_);
+        // The system writes to the OVERLAPPED until the request has ended.
+        CancelIoEx(pipe_, &connecting_);
+        DWORD transferred = 0;
+        GetOverlappedResult(pipe_, &connecting_, &transferred, TRUE);
         CloseHandle(pipe_);
         CloseHandle(connecting_.hEvent);
         CloseHandle(end_);
