@@ -5,6 +5,7 @@ import subprocess
 
 import package
 from kit import KitTest, write_contents
+from windows import windows_path
 
 # As tools/wine-environment finds it.
 WINE = shutil.which("/usr/lib/wine/wine64") or "wine64"
@@ -12,6 +13,7 @@ WINE = shutil.which("/usr/lib/wine/wine64") or "wine64"
 ZONE = r"HKCU\SOFTWARE\Microsoft\Windows\CurrentVersion\Internet Settings\Zones\3"
 ENHANCED_SECURITY = r"HKLM\SOFTWARE\Microsoft\Active Setup\Installed Components\{A509B1A7-37EF-4b3f-8CFC-4F3A74704073}"
 
+HANDLER = r"HKLM\SOFTWARE\Classes\{}\shell\open\command"
 OLD_LOGS = ("failed-document.txt", "failed-of another version.txt", "msiexec-image.log")
 OTHER_FILES = ("failed-plain.log", "failed-plain.txt.old", "my failed-plain.txt", "msiexec-install.txt", "msiexec.log",
                "my msiexec-install.log", "earlier/failed-plain.txt", "bin/msiexec-install.log")
@@ -70,6 +72,13 @@ class AcceptanceRun(KitTest):
     def assert_answer(self, question, beginning):
         self.assertTrue(self.answer(question).startswith(beginning), f"{question}: {self.answer(question)}")
 
+    def default_handler_times(self):
+        """When the keys were last written."""
+        times = [self.windows.run_reporting(package.bin_folder / "key_time.exe", *HANDLER.format(scheme).split("\\", 1))
+                 for scheme in ("http", "https")]
+        self.assertEqual([code for code, _ in times], [0, 0])
+        return times
+
     def NamesWhatFailsAndRemovesTheProduct(self):
         shutil.copy(package.bin_folder / "quill_browser.exe", self.kit / "bin/test_plain.exe")  # prints its usage
         shutil.copy(package.bin_folder / "quill_editor.exe", self.kit / "bin/test_platform.exe")  # prints nothing
@@ -78,6 +87,9 @@ class AcceptanceRun(KitTest):
         self.windows.reg("add", r"HKLM\SOFTWARE\Classes\MIME\Database\Content Type\application/pdf", "/v", "CLSID",
                          "/d", "{00000000-1111-2222-3333-444444444444}", "/f")
         self.windows.reg("add", r"HKLM\SOFTWARE\Quill\DocStudio\14\Settings", "/v", "exepath", "/d", "editor", "/f")
+        for scheme in ("http", "https"):
+            self.windows.reg("add", HANDLER.format(scheme), "/ve", "/d",
+                             rf'cmd /c "echo %1>{windows_path(self.scratch)}\handled.txt"', "/f")
         # As under Enhanced Security Configuration. Wine's engine does not ask for these settings.
         for action, policy in (("1200", "3"), ("1803", "1")):
             self.windows.reg("add", ZONE, "/v", action, "/t", "REG_DWORD", "/d", policy, "/f")
@@ -89,7 +101,10 @@ class AcceptanceRun(KitTest):
         for name in (*OLD_LOGS, *OTHER_FILES):
             (self.kit / name).parent.mkdir(exist_ok=True)
             (self.kit / name).write_text("of an earlier run")
+        handler_times = self.default_handler_times()
         self.expect(1, "--only", "plain,library")
+        self.assertEqual(self.default_handler_times(), handler_times, "a key was written, and may be as before only now")
+        self.assertFalse((self.scratch / "handled.txt").exists(), "the default handler was started")
         report = self.report()
         self.assertTrue(report.startswith("Quill PDF for Internet Explorer: acceptance report\n"), report[:100])
         self.assertEqual(self.fact("ActiveX controls there (URL action 0x1200)"), "not allowed (3)")
@@ -103,4 +118,5 @@ class AcceptanceRun(KitTest):
         self.assertEqual([(self.kit / name).read_text() for name in OTHER_FILES], ["of an earlier run"] * len(OTHER_FILES))
         self.assertIn("usage: quill_browser", (self.kit / "failed-plain.txt").read_text())
         self.assertIn("passed: library", report)
+        self.assertRegex(report, 'the editor\'s stand-in was started with /pdf "sharepoint://')
         self.assert_as_before()

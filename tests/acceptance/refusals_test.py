@@ -150,4 +150,9 @@ class AcceptanceKit(KitTest):
             for arguments in (("--only", "nothing"), ("--only",), ("--help",)):
                 output = self.expect(2, *arguments)
                 self.assertIn("steps: plain platform", output)
+        with self.subTest("code page of the console"):
+            _, output = self.windows.run_reporting(package.bin_folder / "in_console.exe", "850", "cmd", "/c",
+                                                   windows_path(self.kit / "accept.cmd"), "--help")
+            self.assertIn("steps: plain platform", output)
+            self.assertIn("code page 850, afterwards 850", output)
         self.assert_as_before()
