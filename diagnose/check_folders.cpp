@@ -138,6 +138,7 @@ void check_log(const subject& subject, report& findings)
     }
     if (!settings.unknown_sinks.empty()) {
         std::vector<std::wstring> words;
+        words.reserve(settings.unknown_sinks.size());
         for (const std::wstring& word : settings.unknown_sinks)
             words.push_back(quoted(word));
         result.result = state::note;

@@ -153,12 +153,11 @@ void check_library(const subject& subject, report& findings)
         dll = read_library(subject.computer, *server.path);
         error = load_error(*dll);
     }
-    const bool is_loadable = error.empty();
-    add(findings, is_loadable, state::problem, L"DLL, file",
-        where + (is_loadable ? quoted(*server.path) : error),
+    const library* const examined = dll && error.empty() ? &*dll : nullptr;
+    add(findings, examined != nullptr, state::problem, L"DLL, file",
+        where + (examined ? quoted(examined->path) : error),
         L"the full path of a 64-bit " + subject.product.module_file, repair);
     check_threading_model(subject, findings);
-    const library* const examined = is_loadable ? &*dll : nullptr;
     check_version(subject, examined, findings);
     check_contents(examined, findings);
     check_signature(subject, examined, findings);

@@ -118,8 +118,8 @@ private:
         for (std::uint16_t i = 0; i < count; ++i, offset += size_of_section) {
             if (bytes_.part(offset, size_of_section).empty())
                 return false;
-            const section found{*bytes_.u32(offset + 12), *bytes_.u32(offset + 8), *bytes_.u32(offset + 20),
-                                *bytes_.u32(offset + 16)};
+            const section found{bytes_.u32(offset + 12).value_or(0), bytes_.u32(offset + 8).value_or(0),
+                                bytes_.u32(offset + 20).value_or(0), bytes_.u32(offset + 16).value_or(0)};
             if (found.size != 0 && bytes_.part(found.offset, found.size).empty())
                 return false;
             sections_.push_back(found);
@@ -140,9 +140,11 @@ private:
     {
         const std::uint64_t field = header_ + optional_header + 112 + std::uint64_t{8} * index;
         const auto count = bytes_.u32(header_ + optional_header + 108);
-        if (!count || index >= *count || !bytes_.u32(field) || !bytes_.u32(field + 4))
+        const auto address = bytes_.u32(field);
+        const auto size = bytes_.u32(field + 4);
+        if (!count || index >= *count || !address || !size)
             return {};
-        return {*bytes_.u32(field), *bytes_.u32(field + 4)};
+        return {*address, *size};
     }
 
     std::string_view name_at(std::uint64_t address) const
@@ -246,7 +248,7 @@ private:
             return std::nullopt;
         image_version version;
         for (std::size_t i = 0; i < 4; ++i)
-            version.parts[i] = *block.u16(fixed_info + 8 + 2 * (i ^ 1));
+            version.parts[i] = block.u16(fixed_info + 8 + 2 * (i ^ 1)).value_or(0);
         version.original_name = value_named(data, L"OriginalFilename");
         return version;
     }

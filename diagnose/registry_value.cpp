@@ -81,7 +81,7 @@ std::optional<DWORD> number_of(const registry_value& value)
 
 std::optional<DWORD> lenient_number_of(const registry_value& value)
 {
-    if (const auto number = number_of(value))
+    if (auto number = number_of(value))
         return number;
     const auto text = text_of(value);
     return text ? decimal(*text) : std::nullopt;
