@@ -20,8 +20,9 @@ struct finding
     std::wstring check; // the name, always the same for the same check
     std::wstring found;
     std::wstring expected;
-    std::wstring to_do;      // empty: nothing
-    std::wstring limit = {}; // what the result adds if a PDF would open
+    std::wstring to_do; // empty: nothing
+    // What the result adds if a PDF would open. Without an initializer, lists of five fields give a warning.
+    std::wstring limit = {}; // NOLINT(readability-redundant-member-init)
 };
 
 using report = std::vector<finding>;
