@@ -38,7 +38,9 @@ void check_temp_folder(const subject& subject, report& findings)
     if (settings.temp_folder.empty() && !settings.system_temp_variable.empty()) {
         const std::wstring& value = settings.system_temp_value;
         result.found += L": " + settings.system_temp_variable + L" is " + quoted(value);
-        if (!value.empty())
+        if (!value.empty() && !is_absolute(value))
+            result.found += std::wstring(L", which ") + not_absolute;
+        else if (!value.empty())
             result.found += L": " + folder_error(subject.computer, value, ERROR_PATH_NOT_FOUND);
     } else if (settings.is_temp_folder_set && !is_absolute(settings.temp_folder)) {
         result.found = quoted(settings.temp_folder) + origin + L": " + not_absolute;
@@ -60,16 +62,18 @@ void check_temp_folder(const subject& subject, report& findings)
     findings.push_back(result);
 }
 
-// Appends what was found out about writing at low integrity. The state is that of a folder without this
+// Appends what was found out about writing at low integrity. `refused` is the state of a folder without this
 // right.
-state low_integrity_state(const write_facts& facts, state refused, std::wstring& text)
+state low_integrity_state(const machine& computer, const std::wstring& folder, state refused,
+                          std::wstring& text)
 {
+    const write_facts facts = computer.write(folder, true);
     switch (facts.result) {
     case write_result::written:
         text += L"can be written at low integrity";
         return state::ok;
     case write_result::refused:
-        text += L"cannot be written at low integrity: " + error_text(facts.error);
+        text += L"cannot be written at low integrity: " + folder_error(computer, folder, facts.error);
         return refused;
     case write_result::not_tested:
         break;
@@ -95,17 +99,37 @@ void check_low_temp_folder(const subject& subject, report& findings)
         if (is_missing(error))
             result.found +=
                 L"does not exist yet and is created by the first download; " + quoted(parent) + L": ";
-        const write_facts facts = subject.computer.write(is_missing(error) ? parent : folder, true);
-        result.result = low_integrity_state(facts, refused, result.found);
+        result.result =
+            low_integrity_state(subject.computer, is_missing(error) ? parent : folder, refused, result.found);
     }
     if (!is_used)
         result.found += L" (no zone with PDFs is in protected mode)";
-    if (result.result == state::problem)
+    if (result.result != state::ok && is_file(subject.computer, folder))
+        result.to_do = L"delete or rename the file: the first download creates the folder";
+    else if (result.result == state::problem)
         result.to_do = L"icacls \"" + printable(folder) +
                        L"\" /setintegritylevel (OI)(CI)low, and give the user rights in it";
     else if (result.result == state::note)
         result.to_do = L"nothing if PDFs open; otherwise examine the folder's label with icacls";
     findings.push_back(result);
+}
+
+void add_log_folder(const subject& subject, finding& result)
+{
+    const std::wstring& folder = subject.settings.log_folder;
+    result.found = quoted(folder) + L": ";
+    const write_facts facts = folder.empty() ? write_facts() : subject.computer.write(folder, false);
+    if (folder.empty()) {
+        result.result = state::note;
+        result.found = L"no folder: the user's application-data folder does not exist or cannot be used";
+    } else if (facts.result != write_result::written) {
+        result.result = state::note;
+        result.found += L"cannot be written: " + folder_error(subject.computer, folder, facts.error);
+    } else if (is_any_zone_protected(subject.computer)) {
+        result.result = low_integrity_state(subject.computer, folder, state::note, result.found);
+    } else {
+        result.found += L"can be written";
+    }
 }
 
 void check_log(const subject& subject, report& findings)
@@ -120,17 +144,7 @@ void check_log(const subject& subject, report& findings)
     } else if (settings.is_log_on && !settings.is_log_to_file) {
         result.found = L"on, level " + quoted(settings.log_level) + L", not to a file";
     } else if (settings.is_log_on) {
-        result.found = quoted(settings.log_folder) + L": ";
-        const write_facts facts = subject.computer.write(settings.log_folder, false);
-        if (facts.result != write_result::written) {
-            result.result = state::note;
-            result.found += L"cannot be written: " + error_text(facts.error);
-        } else if (is_any_zone_protected(subject.computer)) {
-            result.result = low_integrity_state(subject.computer.write(settings.log_folder, true),
-                                                state::note, result.found);
-        } else {
-            result.found += L"can be written";
-        }
+        add_log_folder(subject, result);
         if (result.result == state::note)
             result.to_do =
                 L"PDFs open without a log; for one in protected mode create .quill\\test in the user's "

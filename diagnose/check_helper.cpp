@@ -1,6 +1,7 @@
 // The browser helper object for SharePoint libraries, and the editor that it starts. Nothing here keeps a PDF
 // from opening in the browser, so nothing here is a problem.
 #include "diagnose/lookup.h"
+#include "diagnose/path_place.h"
 #include "diagnose/zones.h"
 
 #include <algorithm>
@@ -109,20 +110,22 @@ void check_editor(const subject& subject, report& findings)
     const std::wstring& path = subject.settings.editor_path;
     constexpr const wchar_t* name = L"exepath";
     finding result{state::ok, L"Desktop editor", L"", L"the full path of the suite's editor in HKLM", L""};
-    DWORD error = ERROR_SUCCESS;
-    bool is_folder = false;
+    bool is_usable = false;
     if (path.empty()) {
         const registry_key key = machine_key(subject.settings.editor_key);
         result.found = described(key, name) + L": " + described(subject.computer.value(key, name)) +
                        L"; a text of 260 or more characters is not read";
+    } else if (!is_absolute(path)) {
+        result.found = quoted(path) + L" is no full path: a tab looks for it in its own current folder";
     } else {
-        error = subject.computer.exists(path);
-        is_folder = error == ERROR_SUCCESS && subject.computer.is_folder(path);
-        result.found = quoted(path) + (is_folder                ? L" is a folder"
-                                       : error == ERROR_SUCCESS ? L""
-                                                                : L": " + error_text(error));
+        const DWORD error = subject.computer.exists(path);
+        const bool is_folder = error == ERROR_SUCCESS && subject.computer.is_folder(path);
+        is_usable = error == ERROR_SUCCESS && !is_folder;
+        result.found = quoted(path) + (is_usable   ? L""
+                                       : is_folder ? L" is a folder"
+                                                   : L": " + error_text(error));
     }
-    if (path.empty() || is_folder || error != ERROR_SUCCESS) {
+    if (!is_usable) {
         result.result = state::note;
         result.to_do = L"install the suite's editor; until then the system's default program opens the PDFs "
                        L"of libraries";
@@ -173,8 +176,11 @@ void check_elevation(const subject& subject, report& findings)
         result.found = described(all) + (keys.error == ERROR_SUCCESS || is_missing(keys.error)
                                              ? std::wstring(L": no entry for ") + quoted(path)
                                              : L": " + error_text(keys.error));
+        std::size_t unreadable = 0;
         for (const std::wstring& name : keys.names) {
             const registry_key key = below(all, name);
+            const DWORD error = subject.computer.open(key);
+            unreadable += error != ERROR_SUCCESS && !is_missing(error) ? 1 : 0;
             if (!is_policy_for(subject.computer, key, path))
                 continue;
             const registry_value policy = subject.computer.value(key, L"Policy");
@@ -185,6 +191,8 @@ void check_elevation(const subject& subject, report& findings)
                 break;
             }
         }
+        if (result.result != state::ok && unreadable > 0)
+            result.found += L"; keys that cannot be read: " + number_text(unreadable);
     }
     findings.push_back(result);
 }

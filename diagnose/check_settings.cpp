@@ -120,16 +120,22 @@ const wchar_t* source_text(switch_source source)
 void check_wininet(const subject& subject, report& findings)
 {
     const product_settings& settings = subject.settings;
-    const registry_key user = user_key(settings.wininet_key);
     finding result{state::ok, L"WinINet switch", L"off: there is no key " + printable(settings.wininet_key),
                    L"off, or text such as \"/b 1\" for a network in which certificates do not matter", L""};
-    const DWORD error = subject.computer.open(user);
-    if (settings.wininet_source == switch_source::none && error != ERROR_SUCCESS && !is_missing(error)) {
-        result.result = state::note;
-        result.found =
-            L"off: " + described(user) + L": " + error_text(error) + L", and the machine's is not looked for";
-        result.to_do = L"correct the rights of the key if the switch is to be on";
-    } else if (settings.wininet_source != switch_source::none) {
+    if (settings.wininet_source == switch_source::none) {
+        // The module stops at the first key that exists, also if it cannot read it.
+        for (const registry_key& key : {user_key(settings.wininet_key), machine_key(settings.wininet_key),
+                                        machine_key(settings.wininet_key, registry_view::bits_32)}) {
+            const DWORD error = subject.computer.open(key);
+            if (error == ERROR_SUCCESS || is_missing(error))
+                continue;
+            result.result = state::note;
+            result.found =
+                L"off: " + described(key) + L": " + error_text(error) + L", and no other is looked for";
+            result.to_do = L"correct the rights of the key if the switch is to be on";
+            break;
+        }
+    } else {
         const registry_key key{
             settings.wininet_source == switch_source::user ? registry_root::user : registry_root::machine,
             settings.wininet_key,

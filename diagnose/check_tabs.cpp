@@ -6,19 +6,40 @@
 
 namespace quill::diagnose {
 
-zone_value value_of_zone(const machine& computer, int zone, const wchar_t* action)
+namespace {
+
+constexpr const wchar_t* machine_only = L"Security_HKLM_only";
+
+zone_value read_zone(const machine& computer, const std::vector<registry_key>& keys, const wchar_t* action)
 {
-    constexpr const wchar_t* settings = L"Microsoft\\Windows\\CurrentVersion\\Internet Settings";
-    const auto restriction = number_of(
-        computer.value(machine_key(L"SOFTWARE\\Policies\\" + std::wstring(settings)), L"Security_HKLM_only"));
-    auto keys = policy_keys(settings + std::wstring(L"\\Zones\\") + number_text(static_cast<unsigned>(zone)));
-    if (restriction == DWORD{1})
-        std::erase_if(keys, [](const registry_key& key) { return key.root == registry_root::user; });
     const found_value found = first_value(computer, keys, action);
     if (is_missing(found.value))
         return {};
     const auto number = number_of(found.value);
     return {number, !number, described(found.key, action) + L": " + described(found.value)};
+}
+
+} // namespace
+
+zone_value value_of_zone(const machine& computer, int zone, const wchar_t* action)
+{
+    constexpr const wchar_t* settings = L"Microsoft\\Windows\\CurrentVersion\\Internet Settings";
+    const registry_key policy = machine_key(L"SOFTWARE\\Policies\\" + std::wstring(settings));
+    const registry_value restriction = computer.value(policy, machine_only);
+    const auto keys =
+        policy_keys(settings + std::wstring(L"\\Zones\\") + number_text(static_cast<unsigned>(zone)));
+    auto of_machine = keys;
+    std::erase_if(of_machine, [](const registry_key& key) { return key.root == registry_root::user; });
+    const zone_value all = read_zone(computer, keys, action);
+    const zone_value restricted = read_zone(computer, of_machine, action);
+    const auto number = number_of(restriction);
+    if (number == DWORD{1})
+        return restricted;
+    if (number || is_missing(restriction) || all.number == restricted.number)
+        return all;
+    return {std::nullopt, true,
+            described(policy, machine_only) + L": " + described(restriction) +
+                L", so it is not certain whether the user's settings count"};
 }
 
 namespace {

@@ -48,8 +48,11 @@ DWORD list(const std::wstring& pattern, std::vector<folder_entry>& entries)
     WIN32_FIND_DATAW data{};
     const unique_find_handle search(FindFirstFileExW(
         pattern.c_str(), FindExInfoBasic, &data, FindExSearchNameMatch, nullptr, FIND_FIRST_EX_LARGE_FETCH));
-    if (!search)
-        return GetLastError() == ERROR_FILE_NOT_FOUND ? ERROR_SUCCESS : GetLastError();
+    if (!search) {
+        // The second one if the only match is a link to nothing, on some file systems.
+        const DWORD error = GetLastError();
+        return error == ERROR_FILE_NOT_FOUND || error == ERROR_NO_MORE_FILES ? ERROR_SUCCESS : error;
+    }
     do {
         const std::wstring_view name = data.cFileName;
         if (name != L"." && name != L"..")

@@ -20,6 +20,9 @@ constexpr std::size_t size_of_section = 40;
 constexpr std::uint32_t type_version = 16;
 constexpr std::uint32_t fixed_info_signature = 0xFEEF04BD;
 constexpr std::size_t longest_name = 260;
+// Ordinals of exports and lengths in version information have 16 bits. More would only take time and memory.
+constexpr std::uint32_t most_exports = 0x10000;
+constexpr std::uint32_t largest_version = 0xFFFF;
 
 // Reads numbers from bytes that may end anywhere.
 class bytes
@@ -164,7 +167,7 @@ private:
             return false;
         const auto count = bytes_.u32(*table + 24);
         const auto names = offset_of(bytes_.u32(*table + 32).value_or(0));
-        if (!count || !names)
+        if (!count || *count > most_exports || !names)
             return false;
         for (std::uint64_t i = 0; i < *count; ++i) {
             const auto address = bytes_.u32(*names + 4 * i);
@@ -236,7 +239,7 @@ private:
         const auto data = offset_of(resources.u32(*found).value_or(0));
         const auto size = resources.u32(*found + 4);
         if (data && size)
-            facts.version = version_in(bytes_.part(*data, *size));
+            facts.version = version_in(bytes_.part(*data, std::min(*size, largest_version)));
     }
 
     // A block: length, length of the value, type, name, then value and blocks, each aligned to four bytes.

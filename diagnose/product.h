@@ -55,7 +55,8 @@ struct product_settings
     bool is_temp_folder_set = false; // by the environment variable
     std::wstring temp_variable;
     std::wstring system_temp_folder; // empty: none
-    // Then the variable that names what is no folder, TMP or TEMP, and its value; empty: neither is set.
+    // Then the variable that names no folder or no full path, TMP or TEMP, and its value; empty: neither is
+    // set.
     std::wstring system_temp_variable;
     std::wstring system_temp_value;
     std::wstring low_temp_folder;

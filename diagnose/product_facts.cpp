@@ -1,6 +1,7 @@
 #include "diagnose/product_facts.h"
 
 #include "active_doc/identifiers.h"
+#include "diagnose/path_place.h"
 #include "diagnose/registered_values.h"
 #include "diagnose/report.h"
 #include "diagnose/resources.h"
@@ -68,15 +69,24 @@ void read_folders(product_settings& settings)
     settings.temp_variable = temp_folder_variable;
     settings.is_temp_folder_set = !environment_variable(temp_folder_variable).value_or(L"").empty();
     settings.low_temp_folder = local_low_temp_directory();
+    std::wstring variable;
+    std::wstring value;
+    for (const wchar_t* name : {L"TMP", L"TEMP"}) {
+        variable = name;
+        value = environment_variable(name).value_or(L"");
+        if (!value.empty())
+            break;
+    }
     try {
-        settings.system_temp_folder = system_temp_directory();
+        // The system completes a relative path with the program's current folder.
+        if (value.empty() || is_absolute(value))
+            settings.system_temp_folder = system_temp_directory();
     } catch (const std::exception&) {
-        for (const wchar_t* name : {L"TMP", L"TEMP"}) {
-            settings.system_temp_variable = name;
-            settings.system_temp_value = environment_variable(name).value_or(L"");
-            if (!settings.system_temp_value.empty())
-                break;
-        }
+        settings.system_temp_folder.clear();
+    }
+    if (settings.system_temp_folder.empty()) {
+        settings.system_temp_variable = variable;
+        settings.system_temp_value = value;
     }
     try {
         temp_file_manager([](const char*) {}, [](HANDLE) { return false; })
@@ -84,6 +94,8 @@ void read_folders(product_settings& settings)
     } catch (const std::exception&) {
         settings.temp_folder.clear(); // the system has none
     }
+    if (!settings.is_temp_folder_set && settings.system_temp_folder.empty())
+        settings.temp_folder.clear();
     for (std::wstring* folder :
          {&settings.temp_folder, &settings.system_temp_folder, &settings.low_temp_folder}) {
         while (folder->size() > 3 && (folder->back() == L'\\' || folder->back() == L'/'))

@@ -117,8 +117,10 @@ std::wstring error_text(DWORD error)
     case ERROR_ACCESS_DENIED:
         return L"access denied (" + number + L")";
     case ERROR_SHARING_VIOLATION:
+    case ERROR_LOCK_VIOLATION:
         return L"in use by another program (" + number + L")";
     case ERROR_MORE_DATA:
+    case ERROR_FILE_TOO_LARGE:
         return L"too large (" + number + L")";
     case error_path_on_share:
         return L"lies on another computer and is not examined";

@@ -25,11 +25,18 @@ constexpr bool is_between(wchar_t c, unsigned first, unsigned last)
     return c >= first && c <= last;
 }
 
-// Control characters, line separators, and the characters that control the direction of writing.
+// Control characters, line separators, the characters that control the direction of writing, and others that
+// have no width or no picture.
 constexpr bool is_unprintable(wchar_t c)
 {
-    return c < 0x20 || is_between(c, 0x7F, 0x9F) || c == 0x61C || is_between(c, 0x200B, 0x200F) ||
-           is_between(c, 0x2028, 0x202E) || is_between(c, 0x2066, 0x2069) || c == 0xFEFF;
+    return c < 0x20 || is_between(c, 0x7F, 0x9F) || c == 0xAD || c == 0x61C || c == 0x180E ||
+           is_between(c, 0x200B, 0x200F) || is_between(c, 0x2028, 0x202E) || is_between(c, 0x2060, 0x206F) ||
+           c == 0xFEFF || is_between(c, 0xFFF9, 0xFFFB);
+}
+
+std::wstring escaped(wchar_t c)
+{
+    return L"<U+" + hexadecimal(c, 4) + L">";
 }
 
 std::size_t count_of(const report& findings, state result)
@@ -78,7 +85,7 @@ std::wstring printable(std::wstring_view text)
     std::wstring result;
     for (const wchar_t c : text.substr(0, longest_text)) {
         if (is_unprintable(c))
-            result += L"<U+" + hexadecimal(c, 4) + L">";
+            result += escaped(c);
         else
             result += c;
     }
@@ -89,7 +96,10 @@ std::wstring printable(std::wstring_view text)
 
 std::wstring quoted(std::wstring_view text)
 {
-    return L"\"" + printable(text) + L"\"";
+    std::wstring result = L"\"";
+    for (const wchar_t c : printable(text))
+        result += c == L'"' ? escaped(c) : std::wstring(1, c);
+    return result + L"\"";
 }
 
 std::wstring widened(std::string_view ascii)

@@ -41,7 +41,7 @@ std::wstring summary_of(const report& findings);
 // 400 UTF-16 code units is shortened and its length is stated.
 std::wstring printable(std::wstring_view text);
 
-// printable() in quotation marks.
+// printable() in quotation marks. Those in the text are written as "<U+0022>": it must not seem to end early.
 std::wstring quoted(std::wstring_view text);
 
 // ASCII text and numbers as wide text.

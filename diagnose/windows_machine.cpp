@@ -205,7 +205,11 @@ signature_facts windows_machine::signature(const std::wstring& path) const
 
 std::wstring windows_machine::expanded(const std::wstring& text) const
 {
-    const DWORD size = ExpandEnvironmentStringsW(text.c_str(), nullptr, 0);
+    // Longer texts are no paths, and many variables in one may expand to gigabytes.
+    constexpr std::size_t longest = 32'767;
+    const DWORD size = text.size() > longest ? 0 : ExpandEnvironmentStringsW(text.c_str(), nullptr, 0);
+    if (size == 0 || size > longest)
+        return text;
     std::wstring result(size, L'\0');
     const DWORD length = ExpandEnvironmentStringsW(text.c_str(), result.data(), size);
     if (length == 0 || length > size)

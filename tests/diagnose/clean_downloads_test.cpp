@@ -1,9 +1,6 @@
 // --clean-downloads: what it removes, and everything that it leaves.
-#include "platform/library_function.h"
 #include "platform/temp_file_manager.h"
 #include "tests/diagnose/diagnosed_computer.h"
-#include "tests/support/text.h"
-#include "tests/support/wait.h"
 
 namespace quill::test {
 namespace {
@@ -13,24 +10,6 @@ constexpr int limit = 30;
 bool exists(const std::wstring& path)
 {
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
-}
-
-// Wine makes no links itself; the machine's program does, and is not waited for by its handle.
-void make_link(const std::wstring& target, const std::wstring& link)
-{
-    using unix_name = char*(CDECL*)(const wchar_t*);
-    const auto name_of =
-        library_function<unix_name>(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name");
-    if (!name_of) {
-        const DWORD kind = GetFileAttributesW(target.c_str()) & FILE_ATTRIBUTE_DIRECTORY ? 1 : 0;
-        ASSERT_TRUE(CreateSymbolicLinkW(link.c_str(), target.c_str(), static_cast<DWORD>(kind)));
-        return;
-    }
-    const std::wstring folder = link.substr(0, link.rfind(L'\\'));
-    const std::string arguments = std::string("-s ") + name_of(target.c_str()) + " " +
-                                  name_of(folder.c_str()) + "/" + to_utf8(link.substr(folder.size() + 1));
-    run_program(L"Z:\\bin\\ln", to_wide(arguments));
-    ASSERT_TRUE(wait_until([&] { return exists(link); }));
 }
 
 // In a temporary folder of its own, so that other downloads of the session stay.
@@ -258,6 +237,23 @@ TEST_F(CleanDownloads, SkipsARelativeFolder)
     EXPECT_EQ(result.exit_code, 1u);
     EXPECT_NE(result.output.find("\"relative\", which is no full path"), std::string::npos) << result.output;
     EXPECT_TRUE(exists(old));
+}
+
+// The system completes TMP with the program's current folder, which is not the one of a tab.
+TEST_F(CleanDownloads, SkipsARelativeFolderOfTheSystem)
+{
+    download(L"qll0", limit + 1);
+    wchar_t before[MAX_PATH] = {};
+    GetCurrentDirectoryW(MAX_PATH, before);
+    ASSERT_TRUE(SetCurrentDirectoryW(folder_.path().c_str()));
+    const environment_scope tmp(L"TMP", L"temp");
+    const diagnosis result = clean();
+    EXPECT_TRUE(SetCurrentDirectoryW(before));
+    EXPECT_EQ(result.exit_code, 1u);
+    EXPECT_NE(result.output.find("skipped: the system has no temporary folder: TMP is \"temp\""),
+              std::string::npos)
+        << result.output;
+    EXPECT_TRUE(exists(path(L"qll0")));
 }
 
 TEST_F(CleanDownloads, ReportsThatTheSystemHasNoTemporaryFolder)

@@ -1,5 +1,9 @@
 #include "tests/diagnose/diagnosed_computer.h"
 
+#include "platform/library_function.h"
+#include "tests/support/text.h"
+#include "tests/support/wait.h"
+
 #include <algorithm>
 #include <iostream>
 
@@ -222,6 +226,24 @@ diagnosis run_diagnosis(const std::wstring& arguments)
             result.findings[check] += line + "\n";
     }
     return result;
+}
+
+// Wine makes no links itself; the machine's program does, and is not waited for by its handle.
+void make_link(const std::wstring& target, const std::wstring& link)
+{
+    using unix_name = char*(CDECL*)(const wchar_t*);
+    const auto name_of =
+        library_function<unix_name>(GetModuleHandleW(L"kernel32.dll"), "wine_get_unix_file_name");
+    if (!name_of) {
+        const DWORD kind = GetFileAttributesW(target.c_str()) & FILE_ATTRIBUTE_DIRECTORY ? 1 : 0;
+        ASSERT_TRUE(CreateSymbolicLinkW(link.c_str(), target.c_str(), static_cast<DWORD>(kind)));
+        return;
+    }
+    const std::wstring folder = link.substr(0, link.rfind(L'\\'));
+    const std::string arguments = std::string("-s ") + name_of(target.c_str()) + " " +
+                                  name_of(folder.c_str()) + "/" + to_utf8(link.substr(folder.size() + 1));
+    run_program(L"Z:\\bin\\ln", to_wide(arguments));
+    ASSERT_TRUE(wait_until([&] { return GetFileAttributesW(link.c_str()) != INVALID_FILE_ATTRIBUTES; }));
 }
 
 DiagnosedComputer::DiagnosedComputer()

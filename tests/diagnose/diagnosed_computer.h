@@ -95,6 +95,9 @@ diagnosis run_again_if_silent(const std::function<diagnosis()>& run);
 
 diagnosis run_diagnosis(const std::wstring& arguments = L"");
 
+// A symbolic link to a file or folder.
+void make_link(const std::wstring& target, const std::wstring& link);
+
 // Whatever undoes the fault in its destructor.
 using undo = std::shared_ptr<void>;
 

@@ -76,6 +76,48 @@ TEST(ImageFile, DamagedVersionIsSeen)
     EXPECT_FALSE(read_image(with<std::uint32_t>(image, 0x200 + 0x100 + 20, 0x80000000u)).version);
 }
 
+// A section of 1 MiB behind the others, at this address.
+constexpr std::uint32_t far_address = 0x100000;
+std::string with_far_section(std::string image, const std::string& contents)
+{
+    const std::size_t section = header + 24 + 240 + 40;
+    const auto offset = static_cast<std::uint32_t>(image.size());
+    const auto size = static_cast<std::uint32_t>(contents.size());
+    image = with<std::uint16_t>(image, header + 6, 2);
+    image = with(with(image, section + 8, size), section + 12, far_address);
+    return with(with(image, section + 16, size), section + 20, offset) + contents;
+}
+
+TEST(ImageFile, HasNoMoreExportsThanOrdinals)
+{
+    constexpr std::uint32_t most = 0x10000;
+    const std::string image = image_of_library();
+    // All names but the last one are empty.
+    std::string names(4 * (most + 1), '\0');
+    std::memcpy(names.data() + 4 * (most - 1), image.data() + 0x200 + 0x40, 4);
+    const std::string exporting = with_far_section(with(image, 0x200 + 32, far_address), names);
+    EXPECT_TRUE(read_image(with(exporting, 0x200 + 24, most)).has_class_objects);
+    EXPECT_FALSE(read_image(with(exporting, 0x200 + 24, most + 1)).has_class_objects);
+    EXPECT_FALSE(read_image(with<std::uint32_t>(exporting, 0x200 + 24, 0xFFFFFFFF)).has_class_objects);
+}
+
+TEST(ImageFile, VersionInformationEndsAtItsLargestLength)
+{
+    const std::string image = image_of_library();
+    std::string version(1 << 20, '\0');
+    std::memcpy(version.data(), image.data() + 0x200 + 0x200, 0x200);
+    std::string moved = with(image, 0x200 + 0x100 + 0x48, far_address);
+    moved = with_far_section(with(moved, 0x200 + 0x100 + 0x4C, static_cast<std::uint32_t>(version.size())),
+                             version);
+    ASSERT_TRUE(read_image(moved).version);
+    EXPECT_TRUE(read_image(moved).version->original_name == L"QuillPDF.IE.dll");
+    // The name of the file behind the largest length.
+    std::swap_ranges(moved.begin() + 0x800 + 100, moved.begin() + 0x800 + 200,
+                     moved.begin() + 0x800 + 0x10000);
+    ASSERT_TRUE(read_image(moved).version);
+    EXPECT_TRUE(read_image(moved).version->original_name.empty());
+}
+
 TEST(ImageFile, ChecksumIsTheSystems)
 {
     const std::string checked = image_of_library();

@@ -42,6 +42,10 @@ const described_value values[] = {
     {{ERROR_PATH_NOT_FOUND, 0, {}}, std::nullopt, std::nullopt, L"no value"},
     {{ERROR_ACCESS_DENIED, REG_SZ, {}}, std::nullopt, std::nullopt, L"unreadable: access denied (error 5)"},
     {{ERROR_MORE_DATA, 0, {}}, std::nullopt, std::nullopt, L"unreadable: too large (error 234)"},
+    {{ERROR_LOCK_VIOLATION, 0, {}},
+     std::nullopt,
+     std::nullopt,
+     L"unreadable: in use by another program (error 33)"},
     {{1018, 0, {}}, std::nullopt, std::nullopt, L"unreadable: error 1018"},
 };
 

@@ -28,11 +28,18 @@ TEST(Report, WithoutFindingsIsNoGoodResult)
     EXPECT_FALSE(would_open({}));
 }
 
+TEST(Report, QuotedTextEndsAtTheLastQuotationMark)
+{
+    EXPECT_TRUE(quoted(L"C:\\a \"b\"") == L"\"C:\\a <U+0022>b<U+0022>\"");
+    EXPECT_TRUE(quoted(L"") == L"\"\"");
+}
+
 TEST(Report, TextStaysInItsLine)
 {
     EXPECT_TRUE(printable(L"a\r\nb\tc\x1B[1m") == L"a<U+000D><U+000A>b<U+0009>c<U+001B>[1m");
     EXPECT_TRUE(printable(L"\u202E\u2066\uFEFF\u200F\u2028") == L"<U+202E><U+2066><U+FEFF><U+200F><U+2028>");
-    EXPECT_TRUE(printable(L"\u061C") == L"<U+061C>");
+    EXPECT_TRUE(printable(L"\u061C\u00AD\u180E\u2060\u206F\uFFF9") ==
+                L"<U+061C><U+00AD><U+180E><U+2060><U+206F><U+FFF9>");
     EXPECT_TRUE(printable(L"\u00E4\u03A9 \u65E5") == L"\u00E4\u03A9 \u65E5");
     EXPECT_TRUE(printable(std::wstring(400, L'x')) == std::wstring(400, L'x'));
     EXPECT_TRUE(printable(std::wstring(500'000, L'x')) ==

@@ -11,6 +11,8 @@
 #include <softpub.h>
 #include <wintrust.h>
 
+#include <cstring>
+
 namespace quill::test {
 namespace {
 
@@ -107,6 +109,17 @@ TEST(Account, IsElevatedIfItsTokenSaysSo)
     }
 }
 
+TEST(Variables, AreNotExpandedInTextThatIsNoPath)
+{
+    const environment_scope variable(L"QUILL_TEST_LONG", std::wstring(10'000, L'x'));
+    const windows_machine computer;
+    EXPECT_EQ(computer.expanded(L"%QUILL_TEST_LONG%\\a"), std::wstring(10'000, L'x') + L"\\a");
+    const std::wstring four = L"%QUILL_TEST_LONG%%QUILL_TEST_LONG%%QUILL_TEST_LONG%%QUILL_TEST_LONG%";
+    EXPECT_EQ(computer.expanded(four), four);
+    const std::wstring longest = std::wstring(32'767, L'x') + L"%TMP%";
+    EXPECT_EQ(computer.expanded(longest), longest);
+}
+
 // A program that has the file open for writing or for deletion, as an installer may, does not hinder.
 TEST(FileContents, AreReadWhileOthersMayWriteOrDeleteTheFile)
 {
@@ -121,6 +134,34 @@ TEST(FileContents, AreReadWhileOthersMayWriteOrDeleteTheFile)
         EXPECT_EQ(windows_machine().read(path).bytes, "12345") << access;
         CloseHandle(other);
     }
+}
+
+int reads_until_failure = 0;
+
+BOOL WINAPI read_file_in_part(HANDLE, void* data, DWORD size, DWORD* count, OVERLAPPED*)
+{
+    if (reads_until_failure-- == 0) {
+        SetLastError(ERROR_LOCK_VIOLATION);
+        return FALSE;
+    }
+    std::memset(data, 'x', size);
+    *count = size;
+    return TRUE;
+}
+
+// Another program may have locked a part of it.
+TEST(FileContents, AreAnErrorIfAPartCannotBeRead)
+{
+    const scratch_directory folder;
+    const std::wstring path = folder / L"a.dll";
+    ASSERT_TRUE(write_file(path, std::string(3 << 20, 'x')));
+    const replaced_import<decltype(ReadFile)> replaced("ReadFile", read_file_in_part);
+    for (int i = 0; i < 3; ++i) {
+        reads_until_failure = i;
+        EXPECT_EQ(windows_machine().read(path).error, static_cast<DWORD>(ERROR_LOCK_VIOLATION));
+    }
+    reads_until_failure = 3;
+    EXPECT_EQ(windows_machine().read(path).error, static_cast<DWORD>(ERROR_SUCCESS));
 }
 
 } // namespace

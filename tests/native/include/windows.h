@@ -34,7 +34,9 @@ using HKEY = struct registry_key*;
 #define ERROR_PATH_NOT_FOUND 3u
 #define ERROR_ACCESS_DENIED 5u
 #define ERROR_SHARING_VIOLATION 32u
+#define ERROR_LOCK_VIOLATION 33u
 #define ERROR_INVALID_PARAMETER 87u
+#define ERROR_FILE_TOO_LARGE 223u
 #define ERROR_MORE_DATA 234u
 
 #define HKEY_CLASSES_ROOT reinterpret_cast<HKEY>(0x80000000)
