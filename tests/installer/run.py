@@ -7,6 +7,7 @@ sys.dont_write_bytecode = True
 sys.path[:0] = [str(pathlib.Path(__file__).resolve().parents[2] / "packaging/msi")]
 import build_test
 import content_types_test
+import diagnosis_page_test
 import in_use_test
 import installation_test
 import script_test
@@ -17,5 +18,5 @@ import upgrade_test
 if __name__ == "__main__":
     sys.exit(test_program.main(sys.argv[1:], {
         "native": [script_test, build_test, tables_test],
-        "wine": [installation_test, content_types_test, upgrade_test, in_use_test],
+        "wine": [installation_test, content_types_test, upgrade_test, in_use_test, diagnosis_page_test],
     }))
