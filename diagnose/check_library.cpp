@@ -1,6 +1,7 @@
 // The module's DLL, and the library of the suite's viewer control.
 #include "diagnose/image_file.h"
 #include "diagnose/lookup.h"
+#include "diagnose/path_place.h"
 
 namespace quill::diagnose {
 namespace {
@@ -148,7 +149,8 @@ void check_library(const subject& subject, report& findings)
     if (!server.path)
         error = described(server.value.value);
     else if (!is_full_path(*server.path))
-        error = quoted(*server.path) + L" is no full path";
+        error = quoted(*server.path) +
+                (is_absolute(*server.path) ? L" has slashes instead of backslashes" : L" is no full path");
     else {
         dll = read_library(subject.computer, *server.path);
         error = load_error(*dll);

@@ -109,7 +109,7 @@ std::wstring described(const registry_value& value)
 
 std::wstring error_text(DWORD error)
 {
-    const std::wstring number = L"error " + number_text(error);
+    std::wstring number = L"error " + number_text(error);
     switch (error) {
     case ERROR_FILE_NOT_FOUND:
     case ERROR_PATH_NOT_FOUND:

@@ -25,8 +25,8 @@ constexpr bool is_between(wchar_t c, unsigned first, unsigned last)
     return c >= first && c <= last;
 }
 
-// Control characters, line separators, the characters that control the direction of writing, and others that
-// have no width or no picture.
+// Control characters, line separators, characters that control the direction of writing, and other invisible
+// ones.
 constexpr bool is_unprintable(wchar_t c)
 {
     return c < 0x20 || is_between(c, 0x7F, 0x9F) || c == 0xAD || c == 0x61C || c == 0x180E ||

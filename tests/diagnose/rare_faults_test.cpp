@@ -4,6 +4,8 @@
 
 #include <winternl.h>
 
+#include <algorithm>
+
 namespace quill::test {
 namespace {
 
@@ -236,6 +238,16 @@ TEST_F(RareFault, OfFiles)
          {{"Temporary folder", "PROBLEM", "qll1\" (from QUILL_TMP_FOLDER): cannot be written"},
           {downloads, "OK", "does not exist"}}},
     });
+}
+
+TEST_F(RareFault, OfAPathWithSlashes)
+{
+    std::wstring path = module_path();
+    std::ranges::replace(path, L'\\', L'/');
+    auto changes = unusable_dll("QuillPDF.IE.dll\" has slashes instead of backslashes");
+    changes.push_back({"Installation", "NOTE", "the DLL is registered in"});
+    changes.push_back({"Helper object, DLL", "NOTE", "QuillPDF.IE.dll"});
+    expect_each_alone({{"the DLL's", value(HKEY_LOCAL_MACHINE, server_key, L"", text_data(path)), changes}});
 }
 
 TEST_F(RareFault, OfPathsThatDependOnTheCurrentFolder)

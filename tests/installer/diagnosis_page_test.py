@@ -50,8 +50,8 @@ class DiagnosisPage(InstallerTest):
         self.assertEqual(self.windows.run("regsvr32", "/s", rf"{SUITE}\QuillPDFCtrl.dll"), (0, ""))
         self.windows.set_value(SETTINGS, "exepath", rf"{SUITE}\quill_editor.exe")
         self.windows.reg("add", BROWSER, "/v", "TabProcGrowth", "/t", "REG_DWORD", "/d", "0", "/f")
-        self.windows.reg("add", ADD_ONS + DOCUMENT_CLASS[DOCUMENT_CLASS.rindex("\\"):], "/v", "Flags", "/t", "REG_DWORD",
-                         "/d", "1", "/f")
+        clsid = DOCUMENT_CLASS.rpartition("\\")[2]
+        self.windows.reg("add", rf"{ADD_ONS}\{clsid}", "/v", "Flags", "/t", "REG_DWORD", "/d", "1", "/f")
         code, output = self.windows.run_reporting(self.module_on_disk().with_name(PROGRAM))
         self.assertEqual(code, 1, output)
         lines = normalised(output.splitlines())
