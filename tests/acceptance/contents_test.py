@@ -12,6 +12,9 @@ import zipfile
 import package
 from kit import MAKE_KIT, make_kit
 
+# The installed program of the package, and libraries of the suite without which the module works.
+NOT_IN_THE_KIT = {"QuillDiagnose.exe", "as_compat.dll", "crashguard14.dll", "pdfcore.dll"}
+
 
 class KitContents(unittest.TestCase):
     def setUp(self):
@@ -31,6 +34,21 @@ class KitContents(unittest.TestCase):
         programs = set(re.findall(r'"(test_\w+\.exe)"', steps))
         self.assertGreater(len(programs), 3)
         self.assertEqual({f"bin/{name}" for name in programs} - set(self.archive.namelist()), set())
+
+    def HaveEveryFileThatTheirProgramsName(self):
+        samples = package.ROOT / "samples"
+        known = {path.name for path in package.bin_folder.iterdir() if path.suffix in (".exe", ".dll")}
+        known |= {path.name for path in (package.ROOT / "tests/module").glob("*.txt")}
+        known |= {path.relative_to(samples).as_posix() for path in samples.rglob("*") if path.suffix in (".pdf", ".html")}
+        named = set()
+        for program in self.archive.namelist():
+            if program.endswith((".exe", ".dll", ".cmd")):
+                text = self.archive.read(program)
+                named |= {name for name in known - {pathlib.PurePosixPath(program).name}
+                          if name.encode() in text or name.encode("utf-16-le") in text}
+        packed = {name.removeprefix("bin/").removeprefix("samples/") for name in self.archive.namelist() if name.startswith("bin/")}
+        self.assertEqual(named - packed, NOT_IN_THE_KIT & known)
+        self.assertEqual(packed - named, set(), "no program needs it")
 
     def HaveTheLineEndsOfWindows(self):
         for name in ("accept.cmd", "readme.txt"):

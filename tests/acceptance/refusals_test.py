@@ -114,6 +114,12 @@ class AcceptanceKit(KitTest):
                 self.refused(15, text)
                 shutil.rmtree(self.kit)
         self.kit = complete
+        for name in ("bin/test_installed.exe", "bin/QuillPDF.IE.dll", "bin/registered_per_machine.txt",
+                     next(self.kit.glob("*.msi")).name):
+            with self.subTest("missing file", name=name):
+                (self.kit / name).rename(self.scratch / "moved")
+                self.refused(15, name.replace("/", "\\") + " is missing")
+                (self.scratch / "moved").rename(self.kit / name)
         with self.subTest("report"):
             (self.kit / "report.txt").unlink(missing_ok=True)
             (self.kit / "report.txt").mkdir()
