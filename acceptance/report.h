@@ -1,5 +1,5 @@
 // report.txt: each line is written when it is known, so that a run that is broken off leaves what it has
-// seen. Until a start is not refused, the report of an earlier run stays: the new one is beside it.
+// seen. The report of an earlier run stays until all checks before a run have passed.
 #pragma once
 
 #include "platform/unique_handle.h"

@@ -85,7 +85,7 @@ class AcceptanceKit(KitTest):
                 self.assertEqual(self.windows.run("regsvr32", "/s", "/u", *options, module)[0], 0)
 
     def refused_without(self, root, key):
-        """Expects a refusal while nobody may read a key."""
+        """Expects a refusal while a key admits no access."""
         self.refused(19, rf"{root}\{key} cannot be opened: error 5", package.bin_folder / "denied_key.exe", root, key,
                      "cmd", "/c", windows_path(self.kit / "accept.cmd"))
 

@@ -1,5 +1,5 @@
-// denied_key.exe HKLM|HKCU PATH COMMAND-LINE: runs a program while nobody may read a registry key, and
-// returns its exit code.
+// denied_key.exe HKLM|HKCU PATH COMMAND-LINE: runs a program while a registry key admits no access, and
+// returns the program's exit code.
 #include "platform/unique_handle.h"
 #include "tests/acceptance/programs/command.h"
 
