@@ -9,6 +9,8 @@
 #include <ole2.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 namespace quill::acceptance {
 namespace {
@@ -21,6 +23,18 @@ std::string exit_text(const child_result& result)
 bool exists(const std::wstring& path)
 {
     return GetFileAttributesW(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+// Also in the folders below.
+bool contains(const std::wstring& folder, const std::wstring& name)
+{
+    std::error_code error;
+    std::filesystem::recursive_directory_iterator entry(
+        folder, std::filesystem::directory_options::skip_permission_denied, error);
+    for (; !error && entry != std::filesystem::recursive_directory_iterator(); entry.increment(error))
+        if (entry->path().filename() == name)
+            return true;
+    return false;
 }
 
 } // namespace
@@ -100,8 +114,10 @@ void run::measure_admin_image()
     const child_result ended =
         run_msiexec(L"/a \"" + kit_.installer.path + L"\" TARGETDIR=\"" + folder + L"\"", kit_.log(L"image"),
                     kit_.work());
-    answers_["msi-admin-image"] =
-        exit_text(ended) + "; the image's folder " + (exists(folder) ? "was made" : "was not made");
+    answers_["msi-admin-image"] = exit_text(ended) + "; the image's folder " +
+                                  (!exists(folder)                        ? "was not made"
+                                   : contains(folder, L"QuillPDF.IE.dll") ? "was made, with the DLL"
+                                                                          : "was made, without the DLL");
     report_.fact("seen", answers_["msi-admin-image"]);
 }
 

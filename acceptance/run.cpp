@@ -360,6 +360,9 @@ void run::diagnose()
     const child_result ended = run_child(program, L"", limit_ms, kit_.work() + L"\\output.txt");
     // Its exit code needs the suite's viewer and editor, which are not on a test machine.
     report_.fact("result", text_of(ended));
+    report_.line("  It ran as administrator, with the kit's temporary folder and without variables of the "
+                 "product: its "
+                 "lines about folders and variables are about this run.");
     std::string_view rest = ended.output;
     while (!rest.empty()) {
         const std::size_t end = rest.find('\n');
@@ -450,8 +453,8 @@ bool run::restore_registry()
         for (const std::string& line : difference(tree, read_tree(tree)))
             changed.push_back(line);
     if (changed.empty()) {
-        report_.passed("the registry is as before: " + std::to_string(saved_.trees.size()) +
-                       " keys compared");
+        report_.passed("the watched registry keys are as before: " + std::to_string(saved_.trees.size()) +
+                       " compared");
         return true;
     }
     if (restart_pending_)

@@ -148,7 +148,7 @@ void check_log(const subject& subject, report& findings)
         if (result.result == state::note)
             result.to_do =
                 L"PDFs open without a log; for one in protected mode create .quill\\test in the user's "
-                L"profile with icacls /setintegritylevel (OI)(CI)low";
+                L"profile, and run icacls on it with /setintegritylevel (OI)(CI)low";
     }
     if (!settings.unknown_sinks.empty()) {
         std::vector<std::wstring> words;

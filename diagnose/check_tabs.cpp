@@ -119,7 +119,8 @@ tab_setting read_setting(const machine& computer, const wchar_t* name)
 }
 
 constexpr const wchar_t* set_growth =
-    L"set TabProcGrowth to 0 (REG_DWORD) in HKCU\\SOFTWARE\\Microsoft\\Internet Explorer\\Main";
+    L"set TabProcGrowth to 0, by the policy \"Set tab process growth\" or as REG_DWORD in "
+    L"HKCU\\SOFTWARE\\Microsoft\\Internet Explorer\\Main";
 
 // What is not certain about tabs in an AppContainer.
 std::wstring container_text(const subject& subject, const std::wstring& names)

@@ -28,6 +28,7 @@ reg add KEY\InprocServer32 /v ThreadingModel /d Repaired /f
 exit 5
 :image
 mkdir %4
+copy "%~dp2bin\QuillPDF.IE.dll" %4\QuillPDF.IE.dll
 exit 7
 """.replace("KEY", DOCUMENT_CLASS)
 
@@ -51,7 +52,7 @@ class InstallerAnswers(KitTest):
         self.assert_answer("msi-rollback", "msiexec's exit code is 1603; registry keys and values that differ: 2; "
                                            "the folder stayed; the product is not listed as installed")
         self.assert_answer("msi-repair", "a value was deleted; msiexec's exit code is 5; the value is there again: Repaired")
-        self.assert_answer("msi-admin-image", "msiexec's exit code is 7; the image's folder was made")
+        self.assert_answer("msi-admin-image", "msiexec's exit code is 7; the image's folder was made, with the DLL")
         # The first attempt met another installation. What is left goes with the restart and is no failure.
         self.assert_answer("msi-install", "installation: exit code 1641, a restart is pending; "
                                           "removal: exit code 3010, a restart is pending")
