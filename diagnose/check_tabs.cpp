@@ -30,8 +30,8 @@ zone_value value_of_zone(const machine& computer, int zone, const wchar_t* actio
         policy_keys(settings + std::wstring(L"\\Zones\\") + number_text(static_cast<unsigned>(zone)));
     auto of_machine = keys;
     std::erase_if(of_machine, [](const registry_key& key) { return key.root == registry_root::user; });
-    const zone_value all = read_zone(computer, keys, action);
-    const zone_value restricted = read_zone(computer, of_machine, action);
+    zone_value all = read_zone(computer, keys, action);
+    zone_value restricted = read_zone(computer, of_machine, action);
     const auto number = number_of(restriction);
     if (number == DWORD{1})
         return restricted;
