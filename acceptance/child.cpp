@@ -1,6 +1,7 @@
 #include "acceptance/child.h"
 
 #include <array>
+#include <vector>
 
 namespace quill::acceptance {
 namespace {
@@ -17,6 +18,40 @@ HANDLE job_of_children()
     }();
     return job.get();
 }
+
+// Creates a process in a job. If it were assigned afterwards, it would go on when this program is terminated
+// in between. Before Windows 10 the attribute is unknown, and the list is empty.
+class job_attribute
+{
+public:
+    // Without a job the list is empty too.
+    explicit job_attribute(HANDLE job) : job_(job)
+    {
+        SIZE_T size = 0;
+        InitializeProcThreadAttributeList(nullptr, 1, 0, &size);
+        memory_.resize(size);
+        auto* const created = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory_.data());
+        if (job_ && InitializeProcThreadAttributeList(created, 1, 0, &size)) {
+            list_ = created;
+            UpdateProcThreadAttribute(list_, 0, PROC_THREAD_ATTRIBUTE_JOB_LIST, &job_, sizeof job_, nullptr,
+                                      nullptr);
+        }
+    }
+    ~job_attribute()
+    {
+        if (list_)
+            DeleteProcThreadAttributeList(list_);
+    }
+    job_attribute(const job_attribute&) = delete;
+    job_attribute& operator=(const job_attribute&) = delete;
+
+    LPPROC_THREAD_ATTRIBUTE_LIST list() const { return list_; }
+
+private:
+    HANDLE job_; // the list refers to it
+    std::vector<char> memory_;
+    LPPROC_THREAD_ATTRIBUTE_LIST list_ = nullptr;
+};
 
 unique_handle output_handle(const std::wstring& path)
 {
@@ -68,27 +103,26 @@ child_result run_child(const std::wstring& program, const std::wstring& argument
     PROCESS_INFORMATION started{};
     {
         const unique_handle output = output_handle(output_file);
-        STARTUPINFOW startup{};
-        startup.cb = sizeof startup;
-        startup.dwFlags = STARTF_USESTDHANDLES;
-        startup.hStdOutput = output.get();
-        startup.hStdError = output.get();
+        const job_attribute job(may_end ? job_of_children() : nullptr);
+        STARTUPINFOEXW startup{};
+        startup.StartupInfo.cb = sizeof startup;
+        startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
+        startup.StartupInfo.hStdOutput = output.get();
+        startup.StartupInfo.hStdError = output.get();
+        startup.lpAttributeList = job.list();
         std::wstring command_line = L"\"" + program + L"\" " + arguments;
-        // A process group of its own: Ctrl+C reaches this program only, which decides what ends. A program
-        // that is to end with this one is suspended until it is in the job.
-        const DWORD flags = CREATE_NEW_PROCESS_GROUP | (may_end ? CREATE_SUSPENDED : 0);
+        // A process group of its own: Ctrl+C reaches this program only, which decides what ends.
+        const DWORD flags = CREATE_NEW_PROCESS_GROUP | EXTENDED_STARTUPINFO_PRESENT;
         if (!CreateProcessW(program.c_str(), command_line.data(), nullptr, nullptr, TRUE, flags, nullptr,
-                            nullptr, &startup, &started)) {
+                            nullptr, &startup.StartupInfo, &started)) {
             result.start_error = GetLastError();
             return result;
         }
     }
     const unique_handle process(started.hProcess);
     const unique_handle thread(started.hThread);
-    if (may_end) {
+    if (may_end) // where the system does not know the attribute
         AssignProcessToJobObject(job_of_children(), process.get());
-        ResumeThread(thread.get());
-    }
 
     const std::array handles{process.get(), broken_off_event};
     const DWORD waited = WaitForMultipleObjects(may_end ? 2 : 1, handles.data(), FALSE, limit_ms);

@@ -37,7 +37,7 @@ class AcceptanceRun(KitTest):
         self.assertTrue(self.fact("installed").startswith(package.version() + ".0 "))
         self.assertIn(r"C:\Program Files\Quill\PDF for Internet Explorer", self.fact("installed"))
         # Without the suite's viewer no PDF opens.
-        self.assertRegex(report, r"QuillDiagnose\.exe\n  result: exit code 1\n    QuillDiagnose \S+\n")
+        self.assertRegex(report, r"QuillDiagnose\.exe\n  result: exit code 1\n  It ran as administrator, .*\n    QuillDiagnose \S+\n")
         self.assertRegex(report, r"(?m)^    OK      DLL, file$")
         self.assertRegex(report, r"(?m)^    PROBLEM Viewer, ProgID$")
         # The count is the program's, not the kit's.
