@@ -105,14 +105,14 @@ child_result run_child(const std::wstring& program, const std::wstring& argument
         const unique_handle output = output_handle(output_file);
         const job_attribute job(may_end ? job_of_children() : nullptr);
         STARTUPINFOEXW startup{};
-        startup.StartupInfo.cb = sizeof startup;
+        startup.StartupInfo.cb = job.list() ? sizeof startup : sizeof startup.StartupInfo;
         startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;
         startup.StartupInfo.hStdOutput = output.get();
         startup.StartupInfo.hStdError = output.get();
         startup.lpAttributeList = job.list();
         std::wstring command_line = L"\"" + program + L"\" " + arguments;
         // A process group of its own: Ctrl+C reaches this program only, which decides what ends.
-        const DWORD flags = CREATE_NEW_PROCESS_GROUP | EXTENDED_STARTUPINFO_PRESENT;
+        const DWORD flags = CREATE_NEW_PROCESS_GROUP | (job.list() ? EXTENDED_STARTUPINFO_PRESENT : 0);
         if (!CreateProcessW(program.c_str(), command_line.data(), nullptr, nullptr, TRUE, flags, nullptr,
                             nullptr, &startup.StartupInfo, &started)) {
             result.start_error = GetLastError();

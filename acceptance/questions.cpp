@@ -37,9 +37,8 @@ const std::vector<question>& questions()
         {"session-certificates", "Which certificate options does WinINet accept on a session?",
          "the option is set on a session and on a request, and read again", ""},
         {"untrusted-server", "Does a session's certificate option let a request to an untrusted server pass?",
-         "requests are sent to a TLS server with a self-signed certificate: without the option, with it on "
-         "the "
-         "session, and with it on the request",
+         "requests to a TLS server with a self-signed certificate: without the option, with it on the "
+         "session, with it on the request",
          ""},
         {"kept-memory", "What do urlmon and WinINet keep after a download?",
          "handles and threads of the process are counted before and after twenty downloads", ""},

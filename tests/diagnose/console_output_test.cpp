@@ -1,6 +1,6 @@
 // Long text on a console, of which older systems take a part only in one call.
 #include "diagnose/output.h"
-#include "tests/diagnose/replaced_import.h"
+#include "tests/support/faults/replaced_import.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The removal of a download folder while other programs act on it.
 #include "diagnose/download_folders.h"
-#include "tests/diagnose/replaced_import.h"
+#include "tests/support/faults/replaced_import.h"
 #include "tests/support/scopes.h"
 
 #include <windows.h>

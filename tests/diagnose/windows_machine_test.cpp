@@ -2,7 +2,7 @@
 // of their results.
 #include "diagnose/product_facts.h"
 #include "diagnose/windows_machine.h"
-#include "tests/diagnose/replaced_import.h"
+#include "tests/support/faults/replaced_import.h"
 #include "tests/support/scopes.h"
 
 #include <windows.h>

@@ -1,7 +1,7 @@
 // What the test of writing does in the folder, and with which token. The system's functions are replaced:
 // Wine does not lower the integrity of a token.
 #include "diagnose/write_test.h"
-#include "tests/diagnose/replaced_import.h"
+#include "tests/support/faults/replaced_import.h"
 #include "tests/support/scopes.h"
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// Redirects the system calls of the code under test, which is linked into the test program.
+// Redirects a system function that the test program imports, for the code under test that is linked into it.
 #pragma once
 
 #include "tests/support/faults/import_table.h"
@@ -7,28 +7,30 @@
 
 namespace quill::test {
 
+// replacement: a function with the signature and calling convention of the imported one.
+template <class Function>
 class replaced_import
 {
 public:
-    // replacement: a function with the signature and calling convention of the imported one.
-    template <class Function>
     replaced_import(const char* name, Function* replacement)
-        : name_(name), before_(redirect_import(GetModuleHandleW(nullptr), name,
-                                               reinterpret_cast<code_address>(replacement)))
+        : name_(name), original_(redirect_import(GetModuleHandleW(nullptr), name,
+                                                 reinterpret_cast<code_address>(replacement)))
     {
-        EXPECT_NE(before_, nullptr) << name << " is not imported";
+        EXPECT_NE(original_, nullptr) << name << " is not imported";
     }
     ~replaced_import()
     {
-        if (before_)
-            redirect_import(GetModuleHandleW(nullptr), name_, before_);
+        if (original_)
+            redirect_import(GetModuleHandleW(nullptr), name_, original_);
     }
     replaced_import(const replaced_import&) = delete;
     replaced_import& operator=(const replaced_import&) = delete;
 
+    Function* original() const { return reinterpret_cast<Function*>(const_cast<void*>(original_)); }
+
 private:
     const char* name_;
-    code_address before_;
+    code_address original_;
 };
 
 } // namespace quill::test
