@@ -361,8 +361,7 @@ void run::diagnose()
     // Its exit code needs the suite's viewer and editor, which are not on a test machine.
     report_.fact("result", text_of(ended));
     report_.line("  It ran as administrator, with the kit's temporary folder and without variables of the "
-                 "product: its "
-                 "lines about folders and variables are about this run.");
+                 "product: its lines about folders and variables are about this run.");
     std::string_view rest = ended.output;
     while (!rest.empty()) {
         const std::size_t end = rest.find('\n');

@@ -1,19 +1,20 @@
 """Runs that are broken off in the middle."""
 import os
 import pathlib
+import shutil
 import signal
 import time
 
 import package
-from kit import KitTest
+from kit import KitTest, write_contents
 from windows import windows_path
 
 DEADLINE_S = 60
-# Where a run is broken off: a text of the report, and the steps of the run.
+# Where a run is broken off: in a step whose program waits instead of testing, or in the installation before it.
 PHASES = {
-    "tests": ("Test programs, with the DLL of the kit", "document"),
-    "installation": ("\nInstallation", "engine"),
-    "installed": ("passed: engine", "engine,embedded,library,download"),
+    "tests": ("plain", "test_plain.exe"),
+    "installation": ("engine", "test_installed.exe"),
+    "installed": ("engine", "test_installed.exe"),
 }
 
 
@@ -38,12 +39,30 @@ class BrokenOffRun(KitTest):
             self.assertLess(time.monotonic(), end, what)
             time.sleep(0.02)
 
+    def replace(self, name, by):
+        shutil.copy(package.bin_folder / by, self.kit / "bin" / name)
+        write_contents(self.kit)
+
     def start_and_wait_for(self, phase):
         (self.kit / "report.txt").unlink(missing_ok=True)
-        process = self.start("--only", PHASES[phase][1])
+        step, program = PHASES[phase]
+        self.replace(program, "waiting.exe")
+        process = self.start("--only", step)
         self.addCleanup(process.kill)
-        self.wait_for(lambda: process.poll() is not None or (self.kit / "report.txt").exists() and PHASES[phase][0] in self.report(), phase)
+        output = self.kit / "work/output.txt"
+
+        def is_there():
+            if phase == "installation":
+                return (self.kit / "report.txt").exists() and "\nInstallation" in self.report() and self.programs(
+                    "msiexec.exe", "/i")
+            return output.exists() and "waiting" in output.read_text(errors="replace")
+
+        self.wait_for(lambda: process.poll() is not None or is_there(), phase)
         return process
+
+    def put_back(self, phase):
+        program = PHASES[phase][1]
+        self.replace(program, program)
 
     def set_editor(self, path):
         self.windows.reg("add", r"HKLM\SOFTWARE\Quill\DocStudio\14\Settings", "/v", "exepath", "/d", path, "/f")
@@ -92,6 +111,7 @@ class BrokenOffRun(KitTest):
                 self.wait_for(self.run_ended, "the programs of the run did not end")
                 journal = (self.kit / "journal.txt").read_bytes()
                 self.assertEqual(self.programs("test_"), [], "a program of the run goes on")
+                self.put_back(phase)
                 self.expect(0, "--only", "integrity")
                 self.assertIn("An earlier run was broken off; restoring the state before it", self.report())
                 self.assertEqual("msiexec /x: exit code 0" in self.report().split("Kit\n")[0], phase != "tests")
@@ -107,4 +127,6 @@ class BrokenOffRun(KitTest):
                 self.assertEqual(process.wait(DEADLINE_S), 3, self.report())
                 self.assertIn("BROKEN OFF by the user", self.report())
                 self.assertIn("RESULT: broken off", self.report())
+                self.assertEqual(self.programs("test_"), [], "a program of the run goes on")
+                self.put_back(phase)
                 self.assert_as_before()
