@@ -47,7 +47,7 @@ class DiagnosisPage(InstallerTest):
         self.package = package.build(self.package, files=[package.bin_folder / PROGRAM])
         self.install()
         self.copy_to_suite("QuillPDFCtrl.dll", "quill_editor.exe")
-        self.assertEqual(self.windows.run("regsvr32", "/s", rf"{SUITE}\QuillPDFCtrl.dll"), (0, ""))
+        self.assertEqual(self.windows.run("regsvr32", "/s", rf"{SUITE}\QuillPDFCtrl.dll")[0], 0)
         self.windows.set_value(SETTINGS, "exepath", rf"{SUITE}\quill_editor.exe")
         self.windows.reg("add", BROWSER, "/v", "TabProcGrowth", "/t", "REG_DWORD", "/d", "0", "/f")
         clsid = DOCUMENT_CLASS.rpartition("\\")[2]
