@@ -134,8 +134,8 @@ double in_no_engine(const loaded_library& module, int links, const link_kind& ki
 }
 
 // Work that is not linear would take ten times as long. Texts of many links do not fit into the processor's
-// caches, which makes a link up to two thirds slower.
-constexpr double most_growth = 2.0;
+// caches, which makes a link up to twice as slow.
+constexpr double most_growth = 3.0;
 
 // Without an engine, whose work may not be linear.
 void growth(const loaded_library& module, const link_kind& kind)

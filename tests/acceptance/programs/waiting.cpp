@@ -1,5 +1,6 @@
 // waiting.exe: prints a line and waits until it is ended. It takes the place of a test program in runs that
-// are broken off, because Wine's server sometimes ends when programs with windows and threads are killed.
+// are broken off: after some programs with windows and threads were killed, Wine's session did not respond
+// any more.
 #include <windows.h>
 
 #include <cstdio>
