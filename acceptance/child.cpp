@@ -33,8 +33,8 @@ public:
         auto* const created = reinterpret_cast<LPPROC_THREAD_ATTRIBUTE_LIST>(memory_.data());
         if (job_ && InitializeProcThreadAttributeList(created, 1, 0, &size)) {
             list_ = created;
-            UpdateProcThreadAttribute(list_, 0, PROC_THREAD_ATTRIBUTE_JOB_LIST, &job_, sizeof job_, nullptr,
-                                      nullptr);
+            UpdateProcThreadAttribute(list_, 0, PROC_THREAD_ATTRIBUTE_JOB_LIST, static_cast<void*>(&job_),
+                                      sizeof job_, nullptr, nullptr);
         }
     }
     ~job_attribute()

@@ -12,6 +12,7 @@
 namespace quill::acceptance {
 namespace {
 
+constexpr std::size_t largest_value = std::size_t{64} * 1024 * 1024;
 constexpr DWORD longest_key_name = 256;
 constexpr DWORD longest_value_name = 16'384;
 
@@ -41,6 +42,13 @@ void check(LSTATUS status, const saved_tree& tree, const char* what)
     check(status, name_of(tree), what);
 }
 
+std::string below_path(std::string path, const std::string& name)
+{
+    if (!path.empty())
+        path += '\\';
+    return path += name;
+}
+
 void read_values(HKEY key, const std::string& where, std::map<std::string, saved_value>& values)
 {
     std::wstring name(longest_value_name, L'\0');
@@ -53,7 +61,7 @@ void read_values(HKEY key, const std::string& where, std::map<std::string, saved
                                              reinterpret_cast<BYTE*>(data.data()), &size);
         if (status == ERROR_NO_MORE_ITEMS)
             return;
-        if (status == ERROR_MORE_DATA && data.size() < 64 * 1024 * 1024) {
+        if (status == ERROR_MORE_DATA && data.size() < largest_value) {
             data.resize(data.size() * 2);
             continue;
         }
@@ -66,7 +74,7 @@ void read_values(HKEY key, const std::string& where, std::map<std::string, saved
 // Reads the key at `path` below the tree's own and everything below it.
 void read_key(HKEY key, const std::string& path, saved_tree& tree)
 {
-    const std::string where = name_of(tree) + (path.empty() ? "" : "\\" + path);
+    const std::string where = path.empty() ? name_of(tree) : below_path(name_of(tree), path);
     read_values(key, where, tree.keys[path]);
     for (DWORD index = 0;; ++index) {
         wchar_t name[longest_key_name];
@@ -77,9 +85,9 @@ void read_key(HKEY key, const std::string& path, saved_tree& tree)
         check(status, where, "cannot be read");
         const std::string name_below = to_utf8({name, length});
         unique_registry_key below;
-        check(RegOpenKeyExW(key, name, 0, KEY_READ | view_of(tree), below.put()), where + "\\" + name_below,
-              "cannot be opened");
-        read_key(below.get(), (path.empty() ? "" : path + "\\") + name_below, tree);
+        check(RegOpenKeyExW(key, name, 0, KEY_READ | view_of(tree), below.put()),
+              below_path(where, name_below), "cannot be opened");
+        read_key(below.get(), below_path(path, name_below), tree);
     }
 }
 

@@ -64,7 +64,7 @@ public:
     bool ok() const { return !failed_ && rest_.empty(); }
 
 private:
-    std::string checked(std::optional<std::string> value)
+    std::string checked(const std::optional<std::string>& value)
     {
         failed_ = failed_ || !value;
         return value.value_or(std::string());

@@ -2,6 +2,7 @@
 
 #include "acceptance/server_zone.h"
 #include "acceptance/windows_text.h"
+#include "platform/library_function.h"
 #include "platform/text.h"
 
 #include <windows.h>
@@ -34,17 +35,10 @@ std::string shown(const std::optional<std::wstring>& text)
     return text ? to_utf8(*text) : "not in the registry";
 }
 
-FARPROC system_function(const wchar_t* library, const char* name)
-{
-    const HMODULE loaded = GetModuleHandleW(library);
-    return loaded != nullptr ? GetProcAddress(loaded, name) : nullptr;
-}
-
 std::string windows_version()
 {
     using get_version = LONG(WINAPI*)(OSVERSIONINFOEXW*);
-    const auto get = reinterpret_cast<get_version>(
-        reinterpret_cast<void*>(system_function(L"ntdll.dll", "RtlGetVersion")));
+    const auto get = library_function<get_version>(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
     OSVERSIONINFOEXW version{};
     version.dwOSVersionInfoSize = sizeof version;
     if (get == nullptr || get(&version) != 0)
@@ -155,8 +149,7 @@ server_zone zone_of_server()
 std::string wine_version()
 {
     using get_version = const char*(CDECL*)();
-    const auto get = reinterpret_cast<get_version>(
-        reinterpret_cast<void*>(system_function(L"ntdll.dll", "wine_get_version")));
+    const auto get = library_function<get_version>(GetModuleHandleW(L"ntdll.dll"), "wine_get_version");
     return get != nullptr ? get() : "";
 }
 
