@@ -11,6 +11,7 @@ from package import ROOT
 INSTALLER_KEYS = (r"hklm\software\classes\installer", r"hklm\software\microsoft\windows\currentversion\installer")
 PROGRAM_LIMIT_S = 240
 
+NOT_STARTED = "ShellExecuteEx failed"  # start.exe, through which Wine starts programs by their names
 
 def windows_path(path):
     return "Z:" + str(path).replace("/", "\\")
@@ -27,7 +28,14 @@ class Windows:
         return subprocess.Popen([ROOT / "tools/wine-run", *map(str, command)], stdin=subprocess.DEVNULL, **options)
 
     def run(self, *command, **options):
-        """(exit code, output) of a program."""
+        """(exit code, output) of a program. It is started once more if Wine's start.exe could not start it."""
+        code, output = self.run_once(*command, **options)
+        if output.startswith(NOT_STARTED):
+            self.report_repeated(command, code)
+            code, output = self.run_once(*command, **options)
+        return code, output
+
+    def run_once(self, *command, **options):
         with self.start(*command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
                         **options) as process:
             try:
