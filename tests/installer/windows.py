@@ -10,8 +10,8 @@ from package import ROOT
 # Written by Windows Installer itself. Its empty keys remain after a removal.
 INSTALLER_KEYS = (r"hklm\software\classes\installer", r"hklm\software\microsoft\windows\currentversion\installer")
 PROGRAM_LIMIT_S = 240
-
 NOT_STARTED = "ShellExecuteEx failed"  # start.exe, through which Wine starts programs by their names
+
 
 def windows_path(path):
     return "Z:" + str(path).replace("/", "\\")
