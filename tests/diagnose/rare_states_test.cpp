@@ -3,23 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 namespace quill::diagnose {
 namespace {
-
-const finding& found(const report& findings, const wchar_t* check)
-{
-    const auto match = std::ranges::find(findings, check, &finding::check);
-    if (match == findings.end())
-        throw std::runtime_error("no such check");
-    return *match;
-}
-
-bool contains(const std::wstring& text, std::wstring_view part)
-{
-    return text.find(part) != std::wstring::npos;
-}
 
 TEST(RareState, LogWithoutAFolderIsANote)
 {

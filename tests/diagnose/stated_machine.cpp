@@ -2,7 +2,9 @@
 
 #include "diagnose/registered_values.h"
 
+#include <algorithm>
 #include <cstring>
+#include <stdexcept>
 
 namespace quill::diagnose {
 namespace {
@@ -243,6 +245,19 @@ std::uint32_t checksum_of(const std::string& image)
     while (sum > 0xFFFF)
         sum = (sum & 0xFFFF) + (sum >> 16);
     return static_cast<std::uint32_t>(sum + image.size());
+}
+
+const finding& found(const report& findings, const wchar_t* check)
+{
+    const auto match = std::ranges::find(findings, check, &finding::check);
+    if (match == findings.end())
+        throw std::runtime_error("no such check");
+    return *match;
+}
+
+bool contains(const std::wstring& text, std::wstring_view part)
+{
+    return text.find(part) != std::wstring::npos;
 }
 
 } // namespace quill::diagnose

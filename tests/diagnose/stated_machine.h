@@ -5,6 +5,8 @@
 
 #include <map>
 #include <set>
+#include <string>
+#include <string_view>
 #include <tuple>
 
 namespace quill::diagnose {
@@ -54,6 +56,10 @@ struct stated_computer
     product_settings settings;
     system_facts system;
 };
+
+// The finding of a check. Throws std::runtime_error if there is none.
+const finding& found(const report& findings, const wchar_t* check);
+bool contains(const std::wstring& text, std::wstring_view part);
 
 // A library for x64 that exports `function` and has a version resource with this name.
 std::string image_of_library(const std::string& function = "DllGetClassObject",
